@@ -1,0 +1,86 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace quillmere {
+
+struct ParameterSpec;
+
+// The twenty parameters of a generation.
+struct Aesthetics {
+    double sources = 2.0;        // corpus latents blended per variation
+    double drift = 0.4;          // walk along the corpus's own directions of variation
+    double mutation = 0.0;       // noise in directions no corpus sample uses
+    double extrapolation = 0.0;  // push away from (or, negative, toward) the corpus average
+    double pitch = 0.0;          // semitones
+    double pitchJitter = 0.0;    // +- semitones per variation
+    double stretch = 1.0;        // duration multiplier
+    double stretchJitter = 0.0;  // +- octaves per variation
+    double tilt = 0.0;           // dB per octave
+    double contrast = 1.0;       // exponent on spectral levels
+    double smear = 0.0;          // blur in time and frequency
+    double grit = 0.0;           // level quantisation
+    double roughness = 0.0;      // level noise
+    double phaseIterations = 48.0;
+    double decay = 0.0;          // ms, 0: off
+    double drive = 0.0;          // dB
+    double crushBits = 24.0;     // 24: off
+    double decimate = 1.0;       // 1: off
+    double reverseChance = 0.0;  // probability
+    double normalize = -1.0;     // peak, dBFS
+
+    [[nodiscard]] static std::span<const ParameterSpec> specs();
+    // The spec with exactly that identifier, or null.
+    [[nodiscard]] static const ParameterSpec* spec(std::string_view id);
+    // Clamps value into the spec's range and stores it; NaN passes.
+    void set(const ParameterSpec& spec, double value);
+
+    friend bool operator==(const Aesthetics&, const Aesthetics&) = default;
+};
+
+struct ParameterSpec {
+    enum class Group { latent, spectral, signal, output };
+
+    std::string_view id;
+    std::string_view title;
+    std::string_view help;
+    Group group;
+    double lower, upper;  // both inclusive
+    double step;
+    std::string_view unit;  // may be empty
+    bool logarithmic;
+    double Aesthetics::*keyPath;
+    std::string_view field;  // name of the member and JSON key
+
+    [[nodiscard]] double value(const Aesthetics& aesthetics) const { return aesthetics.*keyPath; }
+    // Display text: decimals by step, then the unit.
+    [[nodiscard]] std::string format(double value) const;
+};
+
+inline constexpr std::array<ParameterSpec::Group, 4> allParameterGroups{
+    ParameterSpec::Group::latent, ParameterSpec::Group::spectral, ParameterSpec::Group::signal,
+    ParameterSpec::Group::output};
+[[nodiscard]] std::string_view rawValue(ParameterSpec::Group group);  // the display title
+[[nodiscard]] std::optional<ParameterSpec::Group> parameterGroup(std::string_view rawValue);
+
+struct Preset {
+    std::string_view name;
+    std::string_view blurb;
+    Aesthetics aesthetics;
+
+    [[nodiscard]] std::string_view id() const { return name; }
+    [[nodiscard]] static std::span<const Preset> all();
+    // The first preset of that name, letter case ignored, or null.
+    [[nodiscard]] static const Preset* named(std::string_view name);
+};
+
+// One JSON object with the twenty member names as keys, in field order. Decoding requires every key to hold a
+// number (else DecodingError), clamps nothing and ignores other keys.
+[[nodiscard]] std::string encodeJSON(const Aesthetics& aesthetics);
+[[nodiscard]] Aesthetics decodeAesthetics(std::string_view json);
+
+}  // namespace quillmere

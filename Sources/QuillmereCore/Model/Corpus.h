@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace quillmere {
+
+// One audio file found in the corpus.
+struct CorpusFile {
+    std::filesystem::path url;
+    std::string relativePath;   // below the corpus folder, UTF-8, no leading "/"
+    std::int64_t size = 0;      // bytes; 0 when not reported
+    std::int64_t modified = 0;  // whole seconds since 1970, truncated toward zero
+};
+
+// The result of one scan.
+struct CorpusSummary {
+    std::filesystem::path directory;  // as passed to the scan
+    std::vector<CorpusFile> files;    // every supported file in natural order, unreadable ones included
+    double totalSeconds = 0;          // of the readable files
+    std::vector<double> durations;    // seconds, one per readable file in the order of files
+    std::map<int, int> sampleRates;   // Hz to number of readable files
+    int unreadable = 0;               // files that could not be opened
+
+    [[nodiscard]] int fileCount() const { return static_cast<int>(files.size()); }
+    // The most frequent rate, the lowest of equals; 44100 without readable files.
+    [[nodiscard]] int dominantSampleRate() const;
+    // 90th-percentile duration within 0.3 ... 4 s; 1 without durations.
+    [[nodiscard]] double suggestedClipSeconds() const;
+    // 64-bit FNV-1a over path, size and time of each file, in lower-case hexadecimal without leading zeros.
+    [[nodiscard]] std::string fingerprint() const;
+};
+
+// Finds the samples in a folder. Stateless; may run on any thread and may take seconds.
+namespace Corpus {
+
+// Walks the folder recursively, skipping hidden files, packages and symbolic links, and measures each
+// supported file without decoding it. Throws FileError when directory is not a folder.
+[[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory);
+
+// Stable sort in the order a file browser shows: case-insensitive, digits by numeric value.
+void sortNaturally(std::vector<CorpusFile>& files);
+
+// Whether the name has one of AudioIO's supported extensions, in any case.
+[[nodiscard]] bool isSupported(const std::filesystem::path& file);
+
+}  // namespace Corpus
+}  // namespace quillmere

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <memory>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "QuillmereCore/Network/Plan.h"
+
+namespace quillmere::network {
+
+// Where the network runs.
+struct Device {
+    enum class Kind { cpu, gpu };
+    Kind kind = Kind::cpu;
+    std::string name;
+};
+
+struct StepResult {
+    float loss = 0;
+    float mse = 0;
+    float kl = 0;
+};
+
+enum class Purpose {
+    training,   // step, encode and decode
+    inference,  // encode and decode; no gradients or moments are kept
+};
+
+// A compiled plan with its parameters. Weights cross this seam as one array per parameter in plan order and
+// layout; how a backend stores them is its own business.
+// Threads: one thread at a time.
+class Executor {
+public:
+    virtual ~Executor() = default;
+
+    // Also sets both moments to zero.
+    virtual void setWeights(std::span<const std::vector<float>> weights) = 0;
+    [[nodiscard]] virtual std::vector<std::vector<float>> weights() const = 0;
+
+    // One forward pass, all gradients and one update. x: [batch][height][width]; eps: [batch][latent].
+    virtual StepResult step(std::span<const float> x, std::span<const float> eps, float learningRate,
+                            float klWeight) = 0;
+
+    // Gradients of the last step, in the layout of weights(). For tests and diagnosis.
+    [[nodiscard]] virtual std::vector<std::vector<float>> gradients() const = 0;
+
+    // x: [batch][height][width]; mean and logVariance (clamped; may be empty): [batch][latent].
+    virtual void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) = 0;
+    // z: [batch][latent]; images: [batch][height][width].
+    virtual void decode(std::span<const float> z, std::span<float> images) = 0;
+};
+
+class Backend {
+public:
+    virtual ~Backend() = default;
+    [[nodiscard]] virtual const Device& device() const noexcept = 0;
+    [[nodiscard]] virtual std::unique_ptr<Executor> compile(const Plan& plan, Purpose purpose) = 0;
+};
+
+// Hand-written kernels on the processor; results do not depend on the number of threads.
+[[nodiscard]] std::unique_ptr<Backend> makeCPUBackend();
+// Naive loops in double precision, for tests.
+[[nodiscard]] std::unique_ptr<Backend> makeReferenceBackend();
+
+}  // namespace quillmere::network

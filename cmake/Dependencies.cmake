@@ -1,0 +1,11 @@
+# Everything the product calls, as imported targets.
+
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
+pkg_check_modules(SOXR REQUIRED IMPORTED_TARGET soxr)
+pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
+find_package(ICU REQUIRED COMPONENTS i18n uc)
+find_package(TBB REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(CLI11 REQUIRED)
+find_package(Threads REQUIRED)

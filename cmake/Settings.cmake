@@ -1,0 +1,32 @@
+# Compiler settings shared by every target, as the interface target QuillmereSettings.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE_PROGRAM})
+endif()
+
+add_library(QuillmereSettings INTERFACE)
+# A seed must reproduce its result: no contraction into FMA where the source does not ask for it, and
+# never -ffast-math (NaN is tested for).
+target_compile_options(QuillmereSettings INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion
+    -ffp-contract=off
+    $<$<BOOL:${QUILLMERE_WARNINGS_AS_ERRORS}>:-Werror>)
+
+if(QUILLMERE_SANITIZE STREQUAL "address")
+    set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+elseif(QUILLMERE_SANITIZE STREQUAL "thread")
+    set(sanitizers -fsanitize=thread -fno-omit-frame-pointer)
+elseif(NOT QUILLMERE_SANITIZE STREQUAL "")
+    message(FATAL_ERROR "QUILLMERE_SANITIZE must be empty, address or thread")
+endif()
+target_compile_options(QuillmereSettings INTERFACE ${sanitizers})
+target_link_options(QuillmereSettings INTERFACE ${sanitizers})
