@@ -1,0 +1,163 @@
+#include "QuillmereCore/Util/AtomicFile.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <string>
+#include <system_error>
+#include <utility>
+
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t filePermissions = 0666;  // before the umask
+
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
+
+// A new file next to the destination. It is removed on destruction unless its name was given away.
+class TemporaryFile {
+public:
+    explicit TemporaryFile(const fs::path& destination) : destination_(destination) { create(); }
+    ~TemporaryFile() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+        if (owned_) ::unlink(path_.c_str());
+    }
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    [[nodiscard]] const fs::path& path() const { return path_; }
+
+    void write(std::span<const std::byte> bytes) {
+        // Linux moves at most about 2 GiB in one call.
+        constexpr std::size_t largestPiece = std::size_t{1} << 30;
+        while (!bytes.empty()) {
+            const ssize_t written = ::write(descriptor_, bytes.data(), std::min(bytes.size(), largestPiece));
+            if (written < 0 && errno == EINTR) continue;
+            if (written < 0) throw FileError(destination_, lastError());
+            bytes = bytes.subspan(static_cast<std::size_t>(written));
+        }
+    }
+
+    // Some file systems report a full disk only here.
+    void close() {
+        const int result = ::close(std::exchange(descriptor_, -1));
+        if (result != 0 && errno != EINTR) throw FileError(destination_, lastError());
+    }
+
+    // The name no longer belongs to this object.
+    void giveAway() { owned_ = false; }
+
+private:
+    // Another thread, another machine on the same share or an earlier crash may own a name: try the next.
+    void create() {
+        constexpr int attempts = 10000;
+        for (int attempt = 0; attempt < attempts; ++attempt) {
+            path_ = destination_.parent_path() /
+                    (".quillmere-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".tmp");
+            descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions);
+            if (descriptor_ >= 0) {
+                owned_ = true;
+                return;
+            }
+            if (errno != EEXIST) break;
+        }
+        throw FileError(destination_, lastError());
+    }
+
+    fs::path destination_;
+    fs::path path_;
+    int descriptor_ = -1;
+    bool owned_ = false;
+};
+
+// Where a replacing write really goes. Renaming over a device or a pipe would destroy it.
+fs::path replaceableFile(const fs::path& file) {
+    std::error_code ignored;  // a missing file is as good as a regular one
+    const fs::file_status status = fs::status(file, ignored);
+    if (fs::is_directory(status)) throw FileError(file, std::make_error_code(std::errc::is_a_directory));
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw FileError(file, std::make_error_code(std::errc::operation_not_supported));
+    }
+    if (!fs::is_symlink(fs::symlink_status(file, ignored))) return file;
+    fs::path target = fs::canonical(file, ignored);
+    return target.empty() ? file : target;
+}
+
+bool nameIsTaken(const fs::path& file) {
+    struct stat status {};
+    return ::lstat(file.c_str(), &status) == 0;
+}
+
+bool claimName(const fs::path& from, const fs::path& to) {
+    if (const auto claimed = NameClaim::byExclusiveRename(from, to)) return *claimed;
+    if (const auto claimed = NameClaim::byHardLink(from, to)) return *claimed;
+    return NameClaim::byPlaceholder(from, to);
+}
+
+}  // namespace
+
+void writeFileAtomically(const fs::path& file, std::span<const std::byte> bytes) {
+    const fs::path destination = replaceableFile(file);
+    TemporaryFile temporary(destination);
+    temporary.write(bytes);
+    temporary.close();
+    if (::rename(temporary.path().c_str(), destination.c_str()) != 0) throw FileError(file, lastError());
+    temporary.giveAway();
+}
+
+bool writeNewFile(const fs::path& file, std::span<const std::byte> bytes) {
+    if (nameIsTaken(file)) return false;  // saves writing; the claim below is what decides
+    TemporaryFile temporary(file);
+    temporary.write(bytes);
+    temporary.close();
+    if (!claimName(temporary.path(), file)) return false;
+    temporary.giveAway();
+    return true;
+}
+
+std::optional<bool> NameClaim::byExclusiveRename(const fs::path& from, const fs::path& to) {
+#if defined(RENAME_NOREPLACE)
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+    if (errno == EEXIST) return false;
+    if (errno == EINVAL || errno == ENOSYS || errno == ENOTSUP) return std::nullopt;
+    throw FileError(to, lastError());
+#else
+    return std::nullopt;
+#endif
+}
+
+std::optional<bool> NameClaim::byHardLink(const fs::path& from, const fs::path& to) {
+    if (::link(from.c_str(), to.c_str()) == 0) {
+        ::unlink(from.c_str());
+        return true;
+    }
+    if (errno == EEXIST) return false;
+    // EPERM is what file systems without hard links (FAT) answer.
+    if (errno == EPERM || errno == ENOSYS || errno == ENOTSUP) return std::nullopt;
+    throw FileError(to, lastError());
+}
+
+bool NameClaim::byPlaceholder(const fs::path& from, const fs::path& to) {
+    const int descriptor = ::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions);
+    if (descriptor < 0) {
+        if (errno == EEXIST) return false;
+        throw FileError(to, lastError());
+    }
+    ::close(descriptor);
+    if (::rename(from.c_str(), to.c_str()) == 0) return true;
+    const std::error_code reason = lastError();
+    ::unlink(to.c_str());
+    throw FileError(to, reason);
+}
+
+}  // namespace quillmere

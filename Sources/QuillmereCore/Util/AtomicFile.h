@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <span>
+
+// Files that are complete or not there at all.
+//
+// The bytes go to a hidden temporary name in the destination's folder, which then takes the destination's
+// name in one step: a reader never sees half a file, and a failure (a full disk included) leaves no trace.
+// The file gets the permissions that the umask leaves of rw-rw-rw-. Nothing is forced to the disk, so a
+// power cut may still lose a file that was just written.
+// Any thread; several threads and processes may write into one folder at once.
+namespace quillmere {
+
+// Replaces file, or creates it. A symbolic link to a file stays and its target is replaced; a name that
+// belongs to a folder or a device is refused. Throws FileError naming file.
+void writeFileAtomically(const std::filesystem::path& file, std::span<const std::byte> bytes);
+
+// Creates file only if nothing has that name, a dangling symbolic link included: false, with nothing
+// written, when the name is taken. Of several writers that try one name at once, exactly one gets it.
+// Throws FileError naming file.
+[[nodiscard]] bool writeNewFile(const std::filesystem::path& file, std::span<const std::byte> bytes);
+
+// The ways in which a finished temporary file can take a name that must be free, in order of preference;
+// not every file system offers each. True: from is now called to. False: the name is taken. Nothing: the
+// file system does not offer this way. Throws FileError naming to. Exposed for tests.
+namespace NameClaim {
+[[nodiscard]] std::optional<bool> byExclusiveRename(const std::filesystem::path& from,
+                                                    const std::filesystem::path& to);
+[[nodiscard]] std::optional<bool> byHardLink(const std::filesystem::path& from,
+                                             const std::filesystem::path& to);
+// Works everywhere, but other programs can see an empty file for a moment.
+[[nodiscard]] bool byPlaceholder(const std::filesystem::path& from, const std::filesystem::path& to);
+}  // namespace NameClaim
+
+}  // namespace quillmere
