@@ -6,11 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "QuillmereCore/Util/Failure.h"
+
 namespace quillmere {
 
 struct ParameterSpec;
 
-// The twenty parameters of a generation.
+// The twenty parameters of a generation. Counts are kept as floating point, too, and rounded half away from
+// zero where they are used.
 struct Aesthetics {
     double sources = 2.0;        // corpus latents blended per variation
     double drift = 0.4;          // walk along the corpus's own directions of variation
@@ -33,6 +36,7 @@ struct Aesthetics {
     double reverseChance = 0.0;  // probability
     double normalize = -1.0;     // peak, dBFS
 
+    // One spec per member, in member order.
     [[nodiscard]] static std::span<const ParameterSpec> specs();
     // The spec with exactly that identifier, or null.
     [[nodiscard]] static const ParameterSpec* spec(std::string_view id);
@@ -42,22 +46,23 @@ struct Aesthetics {
     friend bool operator==(const Aesthetics&, const Aesthetics&) = default;
 };
 
+// What a user interface needs to know of one parameter.
 struct ParameterSpec {
     enum class Group { latent, spectral, signal, output };
 
     std::string_view id;
     std::string_view title;
-    std::string_view help;
+    std::string_view help;  // one sentence or two
     Group group;
     double lower, upper;  // both inclusive
     double step;
     std::string_view unit;  // may be empty
-    bool logarithmic;
+    bool logarithmic;       // a slider maps its position logarithmically
     double Aesthetics::*keyPath;
     std::string_view field;  // name of the member and JSON key
 
     [[nodiscard]] double value(const Aesthetics& aesthetics) const { return aesthetics.*keyPath; }
-    // Display text: decimals by step, then the unit.
+    // Display text: decimals by step (1 and more: none, 0.1 and more: one, else two), then the unit.
     [[nodiscard]] std::string format(double value) const;
 };
 
@@ -67,6 +72,7 @@ inline constexpr std::array<ParameterSpec::Group, 4> allParameterGroups{
 [[nodiscard]] std::string_view rawValue(ParameterSpec::Group group);  // the display title
 [[nodiscard]] std::optional<ParameterSpec::Group> parameterGroup(std::string_view rawValue);
 
+// A named set of all twenty values.
 struct Preset {
     std::string_view name;
     std::string_view blurb;
@@ -79,8 +85,21 @@ struct Preset {
 };
 
 // One JSON object with the twenty member names as keys, in field order. Decoding requires every key to hold a
-// number (else DecodingError), clamps nothing and ignores other keys.
+// number (else DecodingError, which names the key), clamps nothing and ignores other keys. Encoding throws
+// InvalidParameterError for a value that JSON cannot hold (NaN and infinities).
 [[nodiscard]] std::string encodeJSON(const Aesthetics& aesthetics);
 [[nodiscard]] Aesthetics decodeAesthetics(std::string_view json);
+
+// A parameter has a value that no generation can work with. what() names the parameter.
+class InvalidParameterError : public Failure {
+public:
+    using Failure::Failure;
+};
+
+// Throws InvalidParameterError for values that would stop the program further on: NaN and infinities, counts
+// (sources, phaseIterations, decimate, crushBits) that fit no integer, a stretch that is no finite factor.
+// Everything else passes, however far out of its range. For parameters of foreign origin; what
+// Aesthetics::set stored passes unless it is NaN.
+void validate(const Aesthetics& aesthetics);
 
 }  // namespace quillmere

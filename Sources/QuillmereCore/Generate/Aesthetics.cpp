@@ -1,0 +1,425 @@
+#include "QuillmereCore/Generate/Aesthetics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere {
+namespace {
+
+using Group = ParameterSpec::Group;
+
+constexpr std::array<ParameterSpec, 20> parameterTable{{
+    {.id = "sources",
+     .title = "Sources blended",
+     .help = "How many corpus samples are mixed together in each variation.",
+     .group = Group::latent,
+     .lower = 1,
+     .upper = 8,
+     .step = 1,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::sources,
+     .field = "sources"},
+    {.id = "drift",
+     .title = "Drift",
+     .help = "Random wandering along the ways your samples already differ. 0 stays on the originals; high "
+             "values invent new in-between samples.",
+     .group = Group::latent,
+     .lower = 0,
+     .upper = 4,
+     .step = 0.05,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::drift,
+     .field = "drift"},
+    {.id = "mutation",
+     .title = "Mutation",
+     .help = "Noise in directions no corpus sample uses. This is where unfamiliar timbres and artefacts come "
+             "from.",
+     .group = Group::latent,
+     .lower = 0,
+     .upper = 4,
+     .step = 0.05,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::mutation,
+     .field = "mutation"},
+    {.id = "extrapolation",
+     .title = "Push beyond",
+     .help = "Exaggerates what makes each result different from the corpus average (negative pulls toward "
+             "the average).",
+     .group = Group::latent,
+     .lower = -0.9,
+     .upper = 4,
+     .step = 0.05,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::extrapolation,
+     .field = "extrapolation"},
+    {.id = "pitch",
+     .title = "Pitch",
+     .help =
+         "Shift the whole spectrum. Formants move with it, so extremes sound like tiny or giant versions.",
+     .group = Group::spectral,
+     .lower = -36,
+     .upper = 36,
+     .step = 0.5,
+     .unit = "st",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::pitch,
+     .field = "pitch"},
+    {.id = "pitch-jitter",
+     .title = "Pitch jitter",
+     .help = "Each variation gets a random pitch offset within ± this amount.",
+     .group = Group::spectral,
+     .lower = 0,
+     .upper = 24,
+     .step = 0.5,
+     .unit = "st",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::pitchJitter,
+     .field = "pitchJitter"},
+    {.id = "stretch",
+     .title = "Time stretch",
+     .help = "Duration multiplier, independent of pitch.",
+     .group = Group::spectral,
+     .lower = 0.1,
+     .upper = 8,
+     .step = 0.05,
+     .unit = "×",
+     .logarithmic = true,
+     .keyPath = &Aesthetics::stretch,
+     .field = "stretch"},
+    {.id = "stretch-jitter",
+     .title = "Stretch jitter",
+     .help = "Each variation gets a random stretch within ± this many octaves (1 octave = 2×).",
+     .group = Group::spectral,
+     .lower = 0,
+     .upper = 3,
+     .step = 0.05,
+     .unit = "oct",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::stretchJitter,
+     .field = "stretchJitter"},
+    {.id = "tilt",
+     .title = "Brightness tilt",
+     .help = "Boost highs and cut lows (positive) or the reverse, in dB per octave.",
+     .group = Group::spectral,
+     .lower = -24,
+     .upper = 24,
+     .step = 0.5,
+     .unit = "dB/oct",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::tilt,
+     .field = "tilt"},
+    {.id = "contrast",
+     .title = "Contrast",
+     .help = "Above 1 deepens the valleys and gates quiet detail; below 1 fills them in with noise.",
+     .group = Group::spectral,
+     .lower = 0.25,
+     .upper = 4,
+     .step = 0.05,
+     .unit = "",
+     .logarithmic = true,
+     .keyPath = &Aesthetics::contrast,
+     .field = "contrast"},
+    {.id = "smear",
+     .title = "Smear",
+     .help = "Blurs the spectrogram in time and frequency: washes, halos, loss of definition.",
+     .group = Group::spectral,
+     .lower = 0,
+     .upper = 2,
+     .step = 0.02,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::smear,
+     .field = "smear"},
+    {.id = "grit",
+     .title = "Grit",
+     .help = "Quantises spectral levels into coarse steps for a blocky, codec-damaged character.",
+     .group = Group::spectral,
+     .lower = 0,
+     .upper = 1,
+     .step = 0.02,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::grit,
+     .field = "grit"},
+    {.id = "roughness",
+     .title = "Roughness",
+     .help = "Random per-bin level noise: fizz, sandpaper, hiss.",
+     .group = Group::spectral,
+     .lower = 0,
+     .upper = 3,
+     .step = 0.05,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::roughness,
+     .field = "roughness"},
+    {.id = "phase-iterations",
+     .title = "Phase passes",
+     .help = "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. "
+             "High = cleaner.",
+     .group = Group::signal,
+     .lower = 0,
+     .upper = 300,
+     .step = 1,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::phaseIterations,
+     .field = "phaseIterations"},
+    {.id = "decay",
+     .title = "Extra decay",
+     .help = "Multiplies by an exponential fade with this time constant. 0 = off.",
+     .group = Group::signal,
+     .lower = 0,
+     .upper = 2000,
+     .step = 5,
+     .unit = "ms",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::decay,
+     .field = "decay"},
+    {.id = "drive",
+     .title = "Drive",
+     .help = "Tanh saturation.",
+     .group = Group::signal,
+     .lower = 0,
+     .upper = 48,
+     .step = 0.5,
+     .unit = "dB",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::drive,
+     .field = "drive"},
+    {.id = "crush-bits",
+     .title = "Bit depth",
+     .help = "Quantise the waveform. 24 = off.",
+     .group = Group::signal,
+     .lower = 2,
+     .upper = 24,
+     .step = 1,
+     .unit = "bit",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::crushBits,
+     .field = "crushBits"},
+    {.id = "decimate",
+     .title = "Sample-rate crush",
+     .help = "Hold every Nth sample (aliasing included). 1 = off.",
+     .group = Group::signal,
+     .lower = 1,
+     .upper = 64,
+     .step = 1,
+     .unit = "×",
+     .logarithmic = true,
+     .keyPath = &Aesthetics::decimate,
+     .field = "decimate"},
+    {.id = "reverse-chance",
+     .title = "Reverse chance",
+     .help = "Probability that a variation plays backwards.",
+     .group = Group::signal,
+     .lower = 0,
+     .upper = 1,
+     .step = 0.05,
+     .unit = "",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::reverseChance,
+     .field = "reverseChance"},
+    {.id = "normalize",
+     .title = "Peak level",
+     .help = "Every output is peak-normalised to this level.",
+     .group = Group::output,
+     .lower = -24,
+     .upper = 0,
+     .step = 0.5,
+     .unit = "dBFS",
+     .logarithmic = false,
+     .keyPath = &Aesthetics::normalize,
+     .field = "normalize"},
+}};
+
+// Members that a preset leaves out keep their defaults.
+constexpr std::array<Preset, 8> presetTable{{
+    {.name = "Faithful",
+     .blurb = "Close relatives of the originals.",
+     .aesthetics = {.sources = 1, .drift = 0.15, .phaseIterations = 80}},
+    {.name = "Balanced", .blurb = "Blends of neighbours; plausible but new.", .aesthetics = {}},
+    {.name = "Explore",
+     .blurb = "Clearly new samples that keep the family resemblance.",
+     .aesthetics = {.sources = 3,
+                    .drift = 1.0,
+                    .mutation = 0.25,
+                    .extrapolation = 0.3,
+                    .pitchJitter = 2,
+                    .stretchJitter = 0.15,
+                    .roughness = 0.2}},
+    {.name = "Wild",
+     .blurb = "Far from home, but still musical.",
+     .aesthetics = {.sources = 4,
+                    .drift = 1.6,
+                    .mutation = 0.6,
+                    .extrapolation = 0.8,
+                    .pitchJitter = 5,
+                    .stretchJitter = 0.4,
+                    .contrast = 1.4,
+                    .smear = 0.25,
+                    .grit = 0.2,
+                    .roughness = 0.5,
+                    .phaseIterations = 24,
+                    .drive = 8}},
+    {.name = "Extreme",
+     .blurb = "Everything cranked. Expect destruction.",
+     .aesthetics = {.sources = 6,
+                    .drift = 3.0,
+                    .mutation = 1.5,
+                    .extrapolation = 2.0,
+                    .pitchJitter = 14,
+                    .stretchJitter = 1.0,
+                    .contrast = 2.0,
+                    .smear = 0.5,
+                    .grit = 0.5,
+                    .roughness = 1.5,
+                    .phaseIterations = 6,
+                    .drive = 24,
+                    .crushBits = 8,
+                    .decimate = 4,
+                    .reverseChance = 0.3}},
+    {.name = "Lo-fi",
+     .blurb = "Crushed, saturated, dusty.",
+     .aesthetics = {.drift = 0.3,
+                    .tilt = -3,
+                    .grit = 0.3,
+                    .roughness = 0.4,
+                    .drive = 12,
+                    .crushBits = 8,
+                    .decimate = 3}},
+    {.name = "Ghostly",
+     .blurb = "Long, blurred, washed-out echoes of the corpus.",
+     .aesthetics = {.sources = 4,
+                    .drift = 0.8,
+                    .stretch = 2.5,
+                    .stretchJitter = 0.3,
+                    .tilt = 2,
+                    .contrast = 0.7,
+                    .smear = 0.9,
+                    .phaseIterations = 150}},
+    {.name = "Robotic",
+     .blurb = "Few phase passes: buzzy, metallic, hard-edged.",
+     .aesthetics = {.drift = 0.5, .contrast = 1.6, .grit = 0.6, .phaseIterations = 3}},
+}};
+
+std::string nameForReader(const ParameterSpec& spec) {
+    return std::string(spec.title) + " (" + std::string(spec.field) + ")";
+}
+
+void requireFinite(const ParameterSpec& spec, double value) {
+    if (!std::isfinite(value)) throw InvalidParameterError(nameForReader(spec) + " must be a finite number");
+}
+
+bool isCount(const ParameterSpec& spec) {
+    return spec.keyPath == &Aesthetics::sources || spec.keyPath == &Aesthetics::phaseIterations ||
+           spec.keyPath == &Aesthetics::decimate || spec.keyPath == &Aesthetics::crushBits;
+}
+
+}  // namespace
+
+std::span<const ParameterSpec> Aesthetics::specs() {
+    return parameterTable;
+}
+
+const ParameterSpec* Aesthetics::spec(std::string_view id) {
+    const auto* found = std::ranges::find(parameterTable, id, &ParameterSpec::id);
+    return found == parameterTable.end() ? nullptr : &*found;
+}
+
+void Aesthetics::set(const ParameterSpec& spec, double value) {
+    const double atLeastLower = value <= spec.lower ? spec.lower : value;
+    this->*spec.keyPath = atLeastLower > spec.upper ? spec.upper : atLeastLower;
+}
+
+std::string ParameterSpec::format(double value) const {
+    const int decimals = step >= 1 ? 0 : step >= 0.1 ? 1 : 2;
+    std::string text = Text::fixed(value, decimals);
+    if (!unit.empty()) text.append(" ").append(unit);
+    return text;
+}
+
+std::string_view rawValue(ParameterSpec::Group group) {
+    switch (group) {
+        case Group::latent:
+            return "Departure from the corpus";
+        case Group::spectral:
+            return "Spectral shaping";
+        case Group::signal:
+            return "Signal & degradation";
+        case Group::output:
+            return "Output";
+    }
+    fatal("no such parameter group");
+}
+
+std::optional<ParameterSpec::Group> parameterGroup(std::string_view text) {
+    for (const Group group : allParameterGroups) {
+        if (rawValue(group) == text) return group;
+    }
+    return std::nullopt;
+}
+
+std::span<const Preset> Preset::all() {
+    return presetTable;
+}
+
+const Preset* Preset::named(std::string_view name) {
+    const std::string wanted = Text::lowercase(name);
+    const auto* found = std::ranges::find(presetTable, wanted,
+                                          [](const Preset& preset) { return Text::lowercase(preset.name); });
+    return found == presetTable.end() ? nullptr : &*found;
+}
+
+std::string encodeJSON(const Aesthetics& aesthetics) {
+    nlohmann::ordered_json object = nlohmann::ordered_json::object();
+    for (const ParameterSpec& spec : parameterTable) {
+        requireFinite(spec, spec.value(aesthetics));
+        object[std::string(spec.field)] = spec.value(aesthetics);
+    }
+    return object.dump(2);
+}
+
+Aesthetics decodeAesthetics(std::string_view json) {
+    nlohmann::json object;
+    try {
+        object = nlohmann::json::parse(json);
+    } catch (const nlohmann::json::exception&) {
+        throw DecodingError("The parameters are not valid JSON");
+    }
+    if (!object.is_object()) throw DecodingError("The parameters are not a JSON object");
+    Aesthetics aesthetics;
+    for (const ParameterSpec& spec : parameterTable) {
+        const std::string key(spec.field);
+        const auto entry = object.find(key);
+        if (entry == object.end()) throw DecodingError("The parameters lack the key \"" + key + "\"");
+        if (!entry->is_number())
+            throw DecodingError("The value of \"" + key + "\" in the parameters is not a number");
+        aesthetics.*spec.keyPath = entry->get<double>();
+    }
+    return aesthetics;
+}
+
+void validate(const Aesthetics& aesthetics) {
+    constexpr double countLimit = 0x1p63;
+    for (const ParameterSpec& spec : parameterTable) {
+        const double value = spec.value(aesthetics);
+        requireFinite(spec, value);
+        if (isCount(spec) && std::abs(value) >= countLimit)
+            throw InvalidParameterError(nameForReader(spec) + " is too large");
+    }
+    // Leaves room for the factor that a frame count adds; below it no product overflows to infinity.
+    constexpr double stretchLimit = 1.0e280;
+    const double longest = std::exp2(std::abs(aesthetics.stretchJitter)) * std::abs(aesthetics.stretch);
+    if (!(longest <= stretchLimit))
+        throw InvalidParameterError(
+            "Time stretch (stretch) and stretch jitter (stretchJitter) are too large");
+}
+
+}  // namespace quillmere
