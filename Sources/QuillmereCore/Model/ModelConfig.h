@@ -42,6 +42,12 @@ struct ModelConfig {
     friend bool operator==(const ModelConfig&, const ModelConfig&) = default;
 };
 
+// Why no model can have this configuration, or nothing: sizes that the transforms or the network cannot have,
+// or that would need gigabytes (an image of more than 2^20 pixels, about a minute of audio at 44.1 kHz; more
+// than 2^28 weights). For configurations from files and users; everything else in the library takes a
+// configuration that passes, and may stop the program for one that does not.
+[[nodiscard]] std::optional<std::string> problemWith(const ModelConfig& config);
+
 // One JSON object with exactly the seven keys, "profile" by its raw value. Decoding requires every key and
 // throws DecodingError.
 [[nodiscard]] std::string encodeJSON(const ModelConfig& config);

@@ -1,0 +1,146 @@
+#include "QuillmereCore/Model/ModelConfig.h"
+
+#include <bit>
+#include <cmath>
+#include <limits>
+
+#include "QuillmereCore/Model/JSONDocument.h"
+#include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+// The network halves height and width five times.
+constexpr std::int64_t sizeStep = 32;
+
+struct AnalysisSettings {
+    std::int64_t nFFT, hop, nMels;
+};
+
+AnalysisSettings analysisSettings(AnalysisProfile profile) {
+    if (profile == AnalysisProfile::tonal) return {4096, 1024, 384};
+    return {1024, 256, 96};
+}
+
+constexpr std::int64_t maxSampleRate = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t maxFFT = 1 << 16;
+constexpr std::int64_t maxPixels = 1 << 20;
+constexpr std::int64_t maxSpectrum = 1 << 26;  // values of one spectrogram, frames * nFFT
+constexpr std::int64_t maxWeights = 1 << 28;
+
+bool isImageSize(std::int64_t size) {
+    return size >= sizeStep && size <= maxPixels && size % sizeStep == 0;
+}
+
+std::int64_t weightCount(const ModelConfig& config) {
+    std::int64_t count = 0;
+    for (const VAEArchitecture::Param& param : VAEArchitecture::params(config))
+        count = checkedAdd(count, param.elementCount());
+    return count;
+}
+
+std::string has(const char* key, std::int64_t value) {
+    return std::string(key) + " is " + std::to_string(value);
+}
+
+}  // namespace
+
+std::string_view rawValue(AnalysisProfile profile) {
+    switch (profile) {
+        case AnalysisProfile::automatic:
+            return "auto";
+        case AnalysisProfile::percussive:
+            return "percussive";
+        case AnalysisProfile::tonal:
+            return "tonal";
+    }
+    fatal("unknown analysis profile");
+}
+
+std::string_view label(AnalysisProfile profile) {
+    switch (profile) {
+        case AnalysisProfile::automatic:
+            return "Automatic";
+        case AnalysisProfile::percussive:
+            return "Percussive (sharp attacks)";
+        case AnalysisProfile::tonal:
+            return "Tonal (sustained pitch)";
+    }
+    fatal("unknown analysis profile");
+}
+
+std::optional<AnalysisProfile> analysisProfile(std::string_view raw) {
+    for (const AnalysisProfile profile : allAnalysisProfiles) {
+        if (raw == rawValue(profile)) return profile;
+    }
+    return std::nullopt;
+}
+
+ModelConfig ModelConfig::forSeconds(std::int64_t sampleRate, double seconds, AnalysisProfile profile,
+                                    std::int64_t latentDim) {
+    const auto [nFFT, hop, nMels] = analysisSettings(profile);
+    return {.sampleRate = sampleRate,
+            .nFFT = nFFT,
+            .hop = hop,
+            .nMels = nMels,
+            .frames = framesForSeconds(seconds, sampleRate, hop),
+            .latentDim = latentDim,
+            .profile = profile};
+}
+
+std::int64_t ModelConfig::framesForSeconds(double seconds, std::int64_t sampleRate, std::int64_t hop) {
+    const double exact = seconds * static_cast<double>(sampleRate) / static_cast<double>(hop);
+    const std::int64_t raised = checkedAdd(roundedCount(std::ceil(exact)), sizeStep - 1);
+    return raised < sizeStep ? sizeStep : raised / sizeStep * sizeStep;
+}
+
+std::int64_t ModelConfig::clipSamples() const {
+    return checkedMultiply(frames, hop);
+}
+
+double ModelConfig::clipSeconds() const {
+    return static_cast<double>(clipSamples()) / static_cast<double>(sampleRate);
+}
+
+std::optional<std::string> problemWith(const ModelConfig& config) {
+    const auto& [sampleRate, nFFT, hop, nMels, frames, latentDim, profile] = config;
+    if (sampleRate < 1 || sampleRate > maxSampleRate) return has("sampleRate", sampleRate);
+    if (nFFT < 2 || nFFT > maxFFT || !std::has_single_bit(static_cast<std::uint64_t>(nFFT)))
+        return has("nFFT", nFFT) + ", not a power of two up to " + std::to_string(maxFFT);
+    if (hop < 1 || hop > nFFT) return has("hop", hop) + ", not from 1 to nFFT";
+    if (!isImageSize(nMels)) return has("nMels", nMels) + ", not a multiple of 32 within reason";
+    if (!isImageSize(frames)) return has("frames", frames) + ", not a multiple of 32 within reason";
+    if (nMels * frames > maxPixels || frames * nFFT > maxSpectrum)
+        return has("nMels", nMels) + " and " + has("frames", frames) + ", together too many";
+    if (latentDim < 1 || latentDim > maxWeights) return has("latentDim", latentDim);
+    if (weightCount(config) > maxWeights) return has("latentDim", latentDim) + ", too many for this image";
+    return std::nullopt;
+}
+
+std::string encodeJSON(const ModelConfig& config) {
+    const json::Json object{{"sampleRate", config.sampleRate},
+                            {"nFFT", config.nFFT},
+                            {"hop", config.hop},
+                            {"nMels", config.nMels},
+                            {"frames", config.frames},
+                            {"latentDim", config.latentDim},
+                            {"profile", rawValue(config.profile)}};
+    return object.dump(2);
+}
+
+ModelConfig decodeModelConfig(std::string_view text) {
+    const json::Json object = json::parseObject(text);
+    const std::string& raw = json::stringMember(object, "profile");
+    const std::optional<AnalysisProfile> profile = analysisProfile(raw);
+    if (!profile) throw DecodingError("\"profile\" is \"" + raw + "\", which is no analysis profile");
+    return {.sampleRate = json::integerMember(object, "sampleRate"),
+            .nFFT = json::integerMember(object, "nFFT"),
+            .hop = json::integerMember(object, "hop"),
+            .nMels = json::integerMember(object, "nMels"),
+            .frames = json::integerMember(object, "frames"),
+            .latentDim = json::integerMember(object, "latentDim"),
+            .profile = *profile};
+}
+
+}  // namespace quillmere
