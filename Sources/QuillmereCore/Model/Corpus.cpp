@@ -1,0 +1,226 @@
+#include "QuillmereCore/Model/Corpus.h"
+
+#include <sys/stat.h>
+#include <unicode/coll.h>
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <system_error>
+#include <tuple>
+#include <utility>
+
+#include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Parallel.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string lowerExtension(const fs::path& name) {
+    const std::string extension = Text::lowercase(Text::utf8(name.extension()));
+    return extension.empty() ? extension : extension.substr(1);
+}
+
+bool isHidden(const fs::path& name) {
+    return name.native().starts_with('.');
+}
+
+// Folders that a desktop shows as one document or program; what sounds they hold are its parts.
+bool isPackage(const fs::path& folderName) {
+    static const std::set<std::string, std::less<>> extensions{
+        "aaxplugin",     "app",       "appex",         "au",       "band",   "bundle", "component",
+        "fcpbundle",     "framework", "imovielibrary", "kext",     "logicx", "mpkg",   "musiclibrary",
+        "photoslibrary", "pkg",       "plugin",        "prefpane", "rtfd",   "saver",  "vst",
+        "vst3",          "wdgt",      "xcodeproj",     "xpc"};
+    return extensions.contains(lowerExtension(folderName));
+}
+
+// Times before 1970 have negative seconds and a positive fraction: -1.75 s is {-2, 0.25}.
+std::int64_t truncatedSeconds(const timespec& time) {
+    const bool cutsUp = time.tv_sec < 0 && time.tv_nsec > 0;
+    return std::int64_t{time.tv_sec} + (cutsUp ? 1 : 0);
+}
+
+// Collects the files below a folder. Whatever cannot be read is passed over.
+class Walk {
+public:
+    explicit Walk(fs::path root) : root_(std::move(root)) {}
+
+    std::vector<CorpusFile> run() {
+        std::error_code error;
+        fs::directory_iterator entries(root_, error);
+        if (error) throw FileError(root_, error);
+        visit(std::move(entries), "");
+        while (!pending_.empty()) {
+            const std::string folder = std::move(pending_.back());
+            pending_.pop_back();
+            fs::directory_iterator inside(root_ / folder, error);
+            if (!error) visit(std::move(inside), folder + "/");
+        }
+        return std::move(files_);
+    }
+
+private:
+    void visit(fs::directory_iterator entries, const std::string& prefix) {
+        std::error_code error;
+        for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
+            const fs::path name = entries->path().filename();
+            if (isHidden(name)) continue;
+            if (Corpus::isSupported(name)) addRegularFile(entries->path(), prefix + name.native());
+            std::error_code unknown;  // then it is neither file nor folder
+            const fs::file_status status = entries->symlink_status(unknown);
+            if (fs::is_directory(status) && !isPackage(name)) pending_.push_back(prefix + name.native());
+        }
+    }
+
+    void addRegularFile(const fs::path& file, std::string relativePath) {
+        struct stat status {};
+        if (::lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+        files_.push_back({file, std::move(relativePath), status.st_size, truncatedSeconds(status.st_mtim)});
+    }
+
+    fs::path root_;
+    std::vector<std::string> pending_;  // folders below the root that are still to be visited
+    std::vector<CorpusFile> files_;
+};
+
+// Sort keys of ICU's root collation with numbers by value. One fixed locale: the order decides the
+// fingerprint, which must not change with the user's language.
+class NaturalOrder {
+public:
+    NaturalOrder() {
+        UErrorCode status = U_ZERO_ERROR;
+        collator_.reset(icu::Collator::createInstance(icu::Locale::getRoot(), status));
+        require(U_SUCCESS(status), "ICU has no root collation");
+        collator_->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+        require(U_SUCCESS(status), "ICU cannot compare numbers by value");
+    }
+
+    // Keys compare as bytes.
+    [[nodiscard]] std::string key(const std::string& text) const {
+        const icu::UnicodeString characters = icu::UnicodeString::fromUTF8(text);
+        std::string bytes(static_cast<std::size_t>(collator_->getSortKey(characters, nullptr, 0)), '\0');
+        collator_->getSortKey(characters, reinterpret_cast<std::uint8_t*>(bytes.data()),
+                              static_cast<std::int32_t>(bytes.size()));
+        return bytes;
+    }
+
+private:
+    std::unique_ptr<icu::Collator> collator_;
+};
+
+// 64-bit FNV-1a (Fowler, Noll and Vo).
+class Hash {
+public:
+    void add(std::string_view bytes) {
+        for (const char byte : bytes)
+            value_ = (value_ ^ static_cast<unsigned char>(byte)) * 0x100000001B3U;
+    }
+    [[nodiscard]] std::uint64_t value() const { return value_; }
+
+private:
+    std::uint64_t value_ = 0xCBF29CE484222325U;
+};
+
+std::string hexadecimal(std::uint64_t value) {
+    std::array<char, 16> digits{};
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), value, 16);
+    return {digits.data(), result.ptr};
+}
+
+std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusFile>& files) {
+    std::vector<std::optional<AudioIO::AudioInfo>> infos(files.size());
+    parallelFor(files.size(), [&](std::size_t i) { infos[i] = AudioIO::info(files[i].url); });
+    return infos;
+}
+
+}  // namespace
+
+int CorpusSummary::dominantSampleRate() const {
+    int dominant = 44100;
+    int most = 0;
+    for (const auto& [rate, count] : sampleRates) {
+        if (count > most) {
+            dominant = rate;
+            most = count;
+        }
+    }
+    return dominant;
+}
+
+double CorpusSummary::suggestedClipSeconds() const {
+    if (durations.empty()) return 1.0;
+    std::vector<double> sorted = durations;
+    std::sort(sorted.begin(), sorted.end());
+    const auto index = static_cast<std::size_t>(static_cast<double>(sorted.size()) * 0.9);
+    return std::clamp(sorted[std::min(sorted.size() - 1, index)], 0.3, 4.0);
+}
+
+std::string CorpusSummary::fingerprint() const {
+    Hash hash;
+    for (const CorpusFile& file : files) {
+        hash.add(file.relativePath);
+        hash.add(std::to_string(file.size));
+        hash.add(std::to_string(file.modified));
+    }
+    return hexadecimal(hash.value());
+}
+
+CorpusSummary Corpus::scan(const fs::path& directory) {
+    std::error_code ignored;  // what cannot be looked at is no folder
+    if (!fs::is_directory(directory, ignored)) {
+        throw FileError(directory, std::make_error_code(std::errc::no_such_file_or_directory),
+                        Text::utf8(directory) + " is not a folder");
+    }
+    CorpusSummary summary;
+    summary.directory = directory;
+    summary.files = Walk(directory.lexically_normal()).run();
+    sortNaturally(summary.files);
+    for (const auto& info : measure(summary.files)) {
+        if (!info) {
+            ++summary.unreadable;
+            continue;
+        }
+        summary.durations.push_back(info->duration);
+        ++summary.sampleRates[static_cast<int>(info->sampleRate)];
+    }
+    summary.totalSeconds = std::accumulate(summary.durations.begin(), summary.durations.end(), 0.0);
+    return summary;
+}
+
+void Corpus::sortNaturally(std::vector<CorpusFile>& files) {
+    struct Keyed {
+        std::string key;
+        CorpusFile file;
+    };
+    const NaturalOrder order;
+    std::vector<Keyed> keyed;
+    keyed.reserve(files.size());
+    for (CorpusFile& file : files) {
+        std::string key = order.key(file.relativePath);
+        keyed.push_back({std::move(key), std::move(file)});
+    }
+    // Names that the collation calls equal (kick2, kick02) stand in the order of their bytes, because the
+    // order in which a folder yields them means nothing.
+    std::stable_sort(keyed.begin(), keyed.end(), [](const Keyed& a, const Keyed& b) {
+        return std::tie(a.key, a.file.relativePath) < std::tie(b.key, b.file.relativePath);
+    });
+    std::transform(keyed.begin(), keyed.end(), files.begin(), [](Keyed& k) { return std::move(k.file); });
+}
+
+bool Corpus::isSupported(const fs::path& file) {
+    return AudioIO::supportedExtensions().contains(lowerExtension(file));
+}
+
+}  // namespace quillmere
