@@ -195,8 +195,12 @@ CorpusSummary Corpus::scan(const fs::path& directory) {
         summary.durations.push_back(info->duration);
         ++summary.sampleRates[static_cast<int>(info->sampleRate)];
     }
-    summary.totalSeconds = std::accumulate(summary.durations.begin(), summary.durations.end(), 0.0);
+    summary.totalSeconds = totalSeconds(summary.durations);
     return summary;
+}
+
+double Corpus::totalSeconds(std::span<const double> durations) {
+    return std::accumulate(durations.begin(), durations.end(), 0.0);
 }
 
 void Corpus::sortNaturally(std::vector<CorpusFile>& files) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -40,6 +41,9 @@ namespace Corpus {
 // Walks the folder recursively, skipping hidden files, packages and symbolic links, and measures each
 // supported file without decoding it. Throws FileError when directory is not a folder.
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory);
+
+// The durations added in order, starting from 0.
+[[nodiscard]] double totalSeconds(std::span<const double> durations);
 
 // Stable sort in the order a file browser shows: case-insensitive, digits by numeric value.
 void sortNaturally(std::vector<CorpusFile>& files);
