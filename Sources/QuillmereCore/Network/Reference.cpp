@@ -58,7 +58,7 @@ void forEachTapRow(const Convolution& conv, const Tensor& input, const Tensor& o
                         const std::size_t k = conv.weightIndex(o, i, ky, kx);
                         // x * stride + kx - 1 must lie in [0, input.w).
                         const int x0 = kx == 0 ? 1 : 0;
-                        const int x1 = std::min(output.w - 1, (input.w - kx) / conv.stride);
+                        const int x1 = std::min(output.w - 1, (input.w - kx + conv.stride) / conv.stride - 1);
                         for (int y = 0; y < output.h; ++y) {
                             const int iy = y * conv.stride + ky - 1;
                             if (iy < 0 || iy >= input.h) continue;
@@ -437,11 +437,6 @@ private:
 };
 
 }  // namespace
-
-// The kernels are not written yet: the processor runs the formulas.
-std::unique_ptr<Backend> makeCPUBackend() {
-    return std::make_unique<ReferenceBackend>();
-}
 
 std::unique_ptr<Backend> makeReferenceBackend() {
     return std::make_unique<ReferenceBackend>();

@@ -1,0 +1,107 @@
+// Vector types and element-wise functions. Included once per instruction set.
+#if defined(QUILLMERE_NETWORK_SIMD_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef QUILLMERE_NETWORK_SIMD_INL_H_
+#undef QUILLMERE_NETWORK_SIMD_INL_H_
+#else
+#define QUILLMERE_NETWORK_SIMD_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include <cstddef>
+
+HWY_BEFORE_NAMESPACE();
+namespace quillmere::network::cpu::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+// Whole registers, and at most eight lanes for channel counts that are no multiple of sixteen.
+using FullTag = hn::ScalableTag<float>;
+using EightTag = hn::CappedTag<float, 8>;
+
+template <class D>
+inline constexpr int lanesOf = static_cast<int>(hn::MaxLanes(D()));
+
+// e^x with a relative error of about 1e-7 (Cephes' polynomial). x is limited to the range whose results are
+// normal numbers: never infinity, never a denormal.
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE V boundedExp(D d, V x) {
+    x = hn::Min(hn::Max(x, hn::Set(d, -87.0F)), hn::Set(d, 88.0F));
+    const V n = hn::Round(hn::Mul(x, hn::Set(d, 1.44269504F)));  // x / ln 2
+    // ln 2 in two parts, the first with few bits, so that n * ln 2 loses nothing.
+    V f = hn::NegMulAdd(n, hn::Set(d, 0.693359375F), x);
+    f = hn::NegMulAdd(n, hn::Set(d, -2.12194440e-4F), f);
+    V p = hn::Set(d, 1.9875691500e-4F);
+    p = hn::MulAdd(p, f, hn::Set(d, 1.3981999507e-3F));
+    p = hn::MulAdd(p, f, hn::Set(d, 8.3334519073e-3F));
+    p = hn::MulAdd(p, f, hn::Set(d, 4.1665795894e-2F));
+    p = hn::MulAdd(p, f, hn::Set(d, 1.6666665459e-1F));
+    p = hn::MulAdd(p, f, hn::Set(d, 5.0000001201e-1F));
+    p = hn::Add(hn::MulAdd(hn::Mul(p, f), f, f), hn::Set(d, 1.0F));
+    const hn::RebindToSigned<D> di;
+    // p is in [0.7, 1.5]: adding n to its exponent multiplies by 2^n.
+    return hn::BitCast(d, hn::Add(hn::BitCast(di, p), hn::ShiftLeft<23>(hn::ConvertTo(di, n))));
+}
+
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE V sigmoid(D d, V x) {
+    const V one = hn::Set(d, 1.0F);
+    return hn::Div(one, hn::Add(one, boundedExp(d, hn::Neg(x))));
+}
+
+// SiLU(x) = x * sigmoid(x); its derivative is s + SiLU(x) * (1 - s).
+template <class V>
+struct SiluResult {
+    V value, derivative;
+};
+template <class D, class V = hn::Vec<D>>
+HWY_INLINE SiluResult<V> silu(D d, V x) {
+    const V s = sigmoid(d, x);
+    const V value = hn::Mul(x, s);
+    return {value, hn::MulAdd(value, hn::Sub(hn::Set(d, 1.0F), s), s)};
+}
+
+inline HWY_ATTR void biasSilu(std::size_t count, const float* HWY_RESTRICT x, const float* HWY_RESTRICT bias,
+                              float* act, float* derivative) {
+    const FullTag d;
+    for (std::size_t i = 0; i < count; i += lanesOf<FullTag>) {
+        const auto result = silu(d, hn::Add(hn::LoadU(d, x + i), hn::LoadU(d, bias + i)));
+        hn::StoreU(result.value, d, act + i);
+        if (derivative) hn::StoreU(result.derivative, d, derivative + i);
+    }
+}
+
+inline HWY_ATTR void multiplyAccumulate(std::size_t count, const float* HWY_RESTRICT x, float* HWY_RESTRICT y,
+                                        float* HWY_RESTRICT sum) {
+    const FullTag d;
+    for (std::size_t i = 0; i < count; i += lanesOf<FullTag>) {
+        const auto product = hn::Mul(hn::LoadU(d, x + i), hn::LoadU(d, y + i));
+        hn::StoreU(product, d, y + i);
+        hn::StoreU(hn::Add(hn::LoadU(d, sum + i), product), d, sum + i);
+    }
+}
+
+inline HWY_ATTR void adam(const Optimiser& settings, float learningRate, std::size_t count,
+                          const float* HWY_RESTRICT gradient, float* HWY_RESTRICT first,
+                          float* HWY_RESTRICT second, float* HWY_RESTRICT value) {
+    const FullTag d;
+    const auto beta1 = hn::Set(d, settings.beta1);
+    const auto beta2 = hn::Set(d, settings.beta2);
+    const auto rest1 = hn::Set(d, 1.0F - settings.beta1);
+    const auto rest2 = hn::Set(d, 1.0F - settings.beta2);
+    const auto epsilon = hn::Set(d, settings.epsilon);
+    const auto rate = hn::Set(d, learningRate);
+    for (std::size_t i = 0; i < count; i += lanesOf<FullTag>) {
+        const auto g = hn::LoadU(d, gradient + i);
+        const auto m = hn::MulAdd(beta1, hn::LoadU(d, first + i), hn::Mul(rest1, g));
+        const auto v = hn::MulAdd(beta2, hn::LoadU(d, second + i), hn::Mul(rest2, hn::Mul(g, g)));
+        hn::StoreU(m, d, first + i);
+        hn::StoreU(v, d, second + i);
+        const auto change = hn::Div(hn::Mul(rate, m), hn::Add(hn::Sqrt(v), epsilon));
+        hn::StoreU(hn::Sub(hn::LoadU(d, value + i), change), d, value + i);
+    }
+}
+
+}  // namespace quillmere::network::cpu::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,241 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <hwy/targets.h>
+
+#include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Network/NetworkTestData.h"
+#include "QuillmereCore/Util/Parallel.h"
+
+namespace quillmere {
+namespace {
+
+using testing::busyWeights;
+using testing::gaussianArray;
+using testing::largest;
+using testing::NetworkShape;
+using testing::speckledImages;
+using testing::StepInput;
+
+// Largest difference of two arrays relative to the largest value of the second.
+void expectClose(const std::vector<float>& actual, const std::vector<float>& expected, float tolerance,
+                 const std::string& what) {
+    ASSERT_EQ(actual.size(), expected.size()) << what;
+    const float scale = largest(expected);
+    float worst = 0;
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < actual.size(); ++i) {
+        const float difference = std::abs(actual[i] - expected[i]);
+        if (!(difference <= worst)) {
+            worst = difference;
+            at = i;
+        }
+    }
+    EXPECT_LE(worst, tolerance * scale)
+        << what << " differs most at " << at << ": " << actual[at] << " instead of " << expected[at];
+}
+
+void expectClose(const network::Plan& plan, const std::vector<std::vector<float>>& actual,
+                 const std::vector<std::vector<float>>& expected, float tolerance) {
+    ASSERT_EQ(actual.size(), expected.size());
+    for (std::size_t p = 0; p < actual.size(); ++p) {
+        expectClose(actual[p], expected[p], tolerance, plan.parameters[p].name);
+    }
+}
+
+class CPUBackendShapes : public ::testing::TestWithParam<NetworkShape> {};
+
+// The reference computes in double; the bound of 1e-5 of the largest value leaves room for single precision.
+TEST_P(CPUBackendShapes, GradientsAndScalarsMeetTheReference) {
+    const NetworkShape shape = GetParam();
+    const network::Plan plan = shape.plan();
+    const auto weights = busyWeights(shape, 5);
+    const StepInput input(shape, 11);
+    const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::training);
+    const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::training);
+    cpu->setWeights(weights);
+    reference->setWeights(weights);
+    const auto actual = cpu->step(input.x, input.eps, 1e-4F, 0.1F);
+    const auto expected = reference->step(input.x, input.eps, 1e-4F, 0.1F);
+    EXPECT_NEAR(actual.loss, expected.loss, 1e-5F * std::abs(expected.loss));
+    EXPECT_NEAR(actual.mse, expected.mse, 1e-5F * std::abs(expected.mse));
+    EXPECT_NEAR(actual.kl, expected.kl, 1e-5F * std::max(1.0F, std::abs(expected.kl)));
+    expectClose(plan, cpu->gradients(), reference->gradients(), 1e-5F);
+}
+
+TEST_P(CPUBackendShapes, EncodeAndDecodeMeetTheReference) {
+    const NetworkShape shape = GetParam();
+    const network::Plan plan = shape.plan();
+    const auto weights = busyWeights(shape, 6);
+    const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::inference);
+    const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::inference);
+    cpu->setWeights(weights);
+    reference->setWeights(weights);
+
+    const std::size_t images = shape.batch * shape.imageSize();
+    const std::size_t latents = static_cast<std::size_t>(shape.batch) * shape.latentDim;
+    const auto x = speckledImages(images, 21);
+    std::vector<float> mean(latents), logVariance(latents), expectedMean(latents),
+        expectedLogVariance(latents);
+    cpu->encode(x, mean, logVariance);
+    reference->encode(x, expectedMean, expectedLogVariance);
+    expectClose(mean, expectedMean, 1e-5F, "mean");
+    expectClose(logVariance, expectedLogVariance, 1e-5F, "log-variance");
+
+    const auto z = gaussianArray(latents, 22);
+    std::vector<float> decoded(images), expectedDecoded(images);
+    cpu->decode(z, decoded);
+    reference->decode(z, expectedDecoded);
+    expectClose(decoded, expectedDecoded, 1e-5F, "image");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Shapes, CPUBackendShapes,
+    ::testing::Values(NetworkShape{32, 32, 4, 2},    // one pixel at the deepest level
+                      NetworkShape{32, 96, 3, 1},    // odd widths
+                      NetworkShape{96, 32, 17, 3},   // odd heights, latent size no multiple of anything
+                      NetworkShape{64, 160, 1, 10},  // groups of unequal size
+                      NetworkShape{96, 192, 64, 2}, NetworkShape{384, 96, 64, 2}),
+    [](const auto& test) { return test.param.name(); });
+
+std::vector<std::vector<float>> weightsAfterSteps(const NetworkShape& shape, int steps) {
+    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
+    executor->setWeights(busyWeights(shape, 7));
+    for (int t = 0; t < steps; ++t) {
+        const StepInput input(shape, 31 + 2 * static_cast<std::uint64_t>(t));
+        executor->step(input.x, input.eps, 1e-3F, 0.01F);
+    }
+    return executor->weights();
+}
+
+TEST(CPUBackend, StepsGiveTheSameBitsForAnyThreadCount) {
+    const NetworkShape shape{32, 64, 8, 9};
+    std::vector<std::vector<float>> expected;
+    {
+        const ThreadLimit one(1);
+        expected = weightsAfterSteps(shape, 3);
+    }
+    for (const int threads : {2, 3, 5}) {
+        const ThreadLimit limit(threads);
+        EXPECT_EQ(weightsAfterSteps(shape, 3), expected) << threads << " threads";
+    }
+}
+
+TEST(CPUBackend, RepeatedRunsGiveTheSameBits) {
+    const NetworkShape shape{32, 32, 4, 4};
+    EXPECT_EQ(weightsAfterSteps(shape, 4), weightsAfterSteps(shape, 4));
+}
+
+// Three steps of two backends stay together: the moments are kept and applied alike.
+TEST(CPUBackend, ParametersAfterThreeStepsMeetTheReference) {
+    const NetworkShape shape{32, 64, 6, 2};
+    const auto weights = busyWeights(shape, 8);
+    const auto cpu = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
+    const auto reference = network::makeReferenceBackend()->compile(shape.plan(), network::Purpose::training);
+    cpu->setWeights(weights);
+    reference->setWeights(weights);
+    for (std::uint64_t t = 0; t < 3; ++t) {
+        const StepInput input(shape, 40 + 2 * t);
+        cpu->step(input.x, input.eps, 1e-5F, 0.01F);
+        reference->step(input.x, input.eps, 1e-5F, 0.01F);
+    }
+    const auto actual = cpu->weights();
+    const auto expected = reference->weights();
+    for (std::size_t p = 0; p < actual.size(); ++p) {
+        for (std::size_t i = 0; i < actual[p].size(); ++i) {
+            // A gradient near zero may change sign by rounding, and Adam's first steps follow the sign alone.
+            ASSERT_NEAR(actual[p][i], expected[p][i], 2e-4F) << shape.plan().parameters[p].name << " " << i;
+        }
+    }
+}
+
+TEST(CPUBackend, WeightsSurviveTheChangeOfLayout) {
+    const NetworkShape shape{32, 96, 5, 1};
+    const auto weights = busyWeights(shape, 9);
+    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
+    executor->setWeights(weights);
+    EXPECT_EQ(executor->weights(), weights);
+}
+
+TEST(CPUBackend, DecodedImageDoesNotDependOnItsPlaceInTheBatch) {
+    const NetworkShape shape{32, 64, 4, 16};
+    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
+    executor->setWeights(busyWeights(shape, 10));
+    const auto z = gaussianArray(4, 50);
+    std::vector<float> expected;
+    for (const int place : {0, 1, 7, 15}) {
+        auto batch = gaussianArray(std::size_t{16} * 4, 60 + static_cast<std::uint64_t>(place));
+        std::copy(z.begin(), z.end(), batch.begin() + std::ptrdiff_t{4} * place);
+        std::vector<float> images(16 * shape.imageSize());
+        executor->decode(batch, images);
+        const auto first = images.begin() + static_cast<std::ptrdiff_t>(place * shape.imageSize());
+        const std::vector<float> image(first, first + static_cast<std::ptrdiff_t>(shape.imageSize()));
+        if (expected.empty()) expected = image;
+        EXPECT_EQ(image, expected) << "place " << place;
+    }
+}
+
+TEST(CPUBackend, TrainingAndInferenceDecodeTheSameBits) {
+    const NetworkShape shape{64, 32, 4, 3};
+    const auto weights = busyWeights(shape, 12);
+    const auto z = gaussianArray(12, 70);
+    std::vector<float> trained(3 * shape.imageSize());
+    std::vector<float> inferred(3 * shape.imageSize());
+    const auto training = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
+    const auto inference = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
+    training->setWeights(weights);
+    inference->setWeights(weights);
+    training->decode(z, trained);
+    inference->decode(z, inferred);
+    EXPECT_EQ(trained, inferred);
+}
+
+// A step leaves nothing behind that a later call could see: decoding between steps changes no weight.
+TEST(CPUBackend, DecodingBetweenStepsChangesNothing) {
+    const NetworkShape shape{32, 32, 4, 3};
+    const auto z = gaussianArray(12, 80);
+    std::vector<float> images(3 * shape.imageSize());
+    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
+    executor->setWeights(busyWeights(shape, 7));
+    for (int t = 0; t < 2; ++t) {
+        const StepInput input(shape, 31 + 2 * static_cast<std::uint64_t>(t));
+        executor->step(input.x, input.eps, 1e-3F, 0.01F);
+        executor->decode(z, images);
+    }
+    EXPECT_EQ(executor->weights(), weightsAfterSteps(shape, 2));
+}
+
+// Every instruction set that this processor has meets the reference, not only the best one.
+TEST(CPUBackend, EveryInstructionSetMeetsTheReference) {
+    const NetworkShape shape{32, 96, 5, 3};
+    const network::Plan plan = shape.plan();
+    const auto weights = busyWeights(shape, 13);
+    const StepInput input(shape, 90);
+    const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::training);
+    reference->setWeights(weights);
+    reference->step(input.x, input.eps, 1e-4F, 0.1F);
+    const auto expected = reference->gradients();
+    const std::int64_t supported = hwy::SupportedTargets();
+    for (std::int64_t rest = supported; rest != 0; rest &= rest - 1) {
+        const std::int64_t target = rest & -rest;
+        hwy::SetSupportedTargetsForTest(target);
+        const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::training);
+        cpu->setWeights(weights);
+        cpu->step(input.x, input.eps, 1e-4F, 0.1F);
+        SCOPED_TRACE(hwy::TargetName(target));
+        expectClose(plan, cpu->gradients(), expected, 1e-5F);
+    }
+    hwy::SetSupportedTargetsForTest(0);
+}
+
+TEST(CPUBackend, NonFiniteInputGivesANonFiniteLossAndReturns) {
+    const NetworkShape shape{32, 32, 4, 2};
+    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
+    executor->setWeights(busyWeights(shape, 14));
+    StepInput input(shape, 95);
+    input.x[100] = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_FALSE(std::isfinite(executor->step(input.x, input.eps, 1e-3F, 0.01F).loss));
+}
+
+}  // namespace
+}  // namespace quillmere
