@@ -175,11 +175,12 @@ private:
     network::Backend& backend_;
 };
 
-// backend: called when a case runs, so that nothing is built for cases that are filtered out.
-template <typename BackendSource>
-Suite suiteOn(std::string name, BackendSource backend) {
-    const auto on = [backend](Outputs (Network::*operation)(const Case&) const) -> Operation {
-        return [backend, operation](const Case& vector) { return (Network(*backend()).*operation)(vector); };
+Suite suiteOn(std::string name, std::unique_ptr<network::Backend> (*makeBackend)()) {
+    const auto on = [makeBackend](Outputs (Network::*operation)(const Case&) const) -> Operation {
+        return [makeBackend, operation](const Case& vector) {
+            const std::unique_ptr<network::Backend> backend = makeBackend();
+            return (Network(*backend).*operation)(vector);
+        };
     };
     return {std::move(name),
             {{"encode", on(&Network::encode)},
@@ -195,8 +196,8 @@ Suite suiteOn(std::string name, BackendSource backend) {
 
 Area vaeArea() {
     return {"vae",
-            {suiteOn("VAEOnDefaultDevice", [] { return &GPU::shared().graphDevice(); }),
-             suiteOn("VAEOnReference", [] { return network::makeReferenceBackend(); })}};
+            {suiteOn("VAEOnCPU", network::makeCPUBackend),
+             suiteOn("VAEOnReference", network::makeReferenceBackend)}};
 }
 
 }  // namespace quillmere::golden
