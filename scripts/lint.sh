@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Checks the format of all C++ files and runs the static analysis over them. Without arguments: everything;
+# else only the files given. Fix the format with: clang-format -i FILE
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh build test lint
+if (($#)); then
+    files=("$@")
+else
+    mapfile -t files < <(git ls-files '*.h' '*.cpp')
+fi
+
+clang-format --dry-run -Werror "${files[@]}"
+
+cmake --preset dev > /dev/null
+printf '%s\n' "${files[@]}" | grep '\.cpp$' |
+    xargs --max-args=1 --max-procs="$(nproc)" clang-tidy -p build/dev --quiet
+echo "No findings in ${#files[@]} files."

@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Builds and runs every test under the sanitizers: asan (addresses and undefined behaviour), then tsan
+# (threads). Name one of them to run it alone; further arguments go to ctest.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+presets=(asan tsan)
+if [[ ${1:-} == asan || ${1:-} == tsan ]]; then
+    presets=("$1")
+    shift
+fi
+
+scripts/setup.sh build test
+for preset in "${presets[@]}"; do
+    printf '\n== %s\n' "$preset"
+    cmake --preset "$preset"
+    cmake --build --preset "$preset"
+    ctest --preset "$preset" --parallel "$(nproc)" "$@"
+done

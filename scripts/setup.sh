@@ -1,0 +1,60 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that Quillmere needs and that are missing. May be run again at any time.
+#
+#   scripts/setup.sh [build] [run] [test] [demo] [lint] [pictures] [all]     (build, if nothing is named)
+#
+# Written for Debian 12. Needs root, or a user with sudo.
+set -euo pipefail
+
+# The one list of packages, by what they are needed for.
+build=(g++ cmake ninja-build ccache pkg-config
+       libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev
+       nlohmann-json3-dev libcli11-dev)
+run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12)
+test=(libgtest-dev libgmock-dev libbenchmark-dev python3)
+demo=(sonic-pi-samples)
+lint=(clang-format clang-tidy git)
+pictures=(python3 python3-numpy python3-matplotlib)
+
+die() {
+    echo "setup.sh: $*" >&2
+    exit 1
+}
+
+packages=()
+for group in "${@:-build}"; do
+    case $group in
+        build | run | test | demo | lint | pictures)
+            declare -n names=$group
+            packages+=("${names[@]}")
+            ;;
+        all) packages+=("${build[@]}" "${run[@]}" "${test[@]}" "${demo[@]}" "${lint[@]}" "${pictures[@]}") ;;
+        *) die "unknown group '$group'; the groups are build, run, test, demo, lint, pictures and all" ;;
+    esac
+done
+
+command -v dpkg-query > /dev/null || die "this is no Debian system; install the equivalents of: ${packages[*]}"
+
+missing=()
+for package in "${packages[@]}"; do
+    status=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2> /dev/null || true)
+    [[ $status == installed ]] || missing+=("$package")
+done
+((${#missing[@]})) || exit 0
+
+as_root=()
+if (($(id -u) != 0)); then
+    command -v sudo > /dev/null || die "run as root (or install sudo): apt-get install ${missing[*]}"
+    as_root=(sudo)
+fi
+apt() {
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0 "$@" < /dev/null
+}
+
+echo "Installing ${#missing[@]} packages: ${missing[*]}"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+if ! { apt update && apt install --yes --no-install-recommends "${missing[@]}"; } > "$log" 2>&1; then
+    cat "$log" >&2
+    die "the packages could not be installed"
+fi
