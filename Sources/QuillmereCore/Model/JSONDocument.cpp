@@ -7,6 +7,9 @@
 namespace quillmere::json {
 namespace {
 
+// Documents of this project are at most four levels deep; each level of a broken one costs memory.
+constexpr int maxDepth = 64;
+
 [[noreturn]] void wrongType(const char* key, const char* expected) {
     throw DecodingError("\"" + std::string(key) + "\" must be " + expected);
 }
@@ -14,8 +17,12 @@ namespace {
 }  // namespace
 
 Json parseObject(std::string_view text) {
+    const auto limitDepth = [](int depth, Json::parse_event_t, Json&) {
+        if (depth > maxDepth) throw DecodingError("nested too deeply");
+        return true;
+    };
     try {
-        Json document = Json::parse(text);
+        Json document = Json::parse(text, limitDepth);
         if (!document.is_object()) throw DecodingError("not a JSON object");
         return document;
     } catch (const Json::parse_error& error) {

@@ -33,13 +33,6 @@ bool isImageSize(std::int64_t size) {
     return size >= sizeStep && size <= maxPixels && size % sizeStep == 0;
 }
 
-std::int64_t weightCount(const ModelConfig& config) {
-    std::int64_t count = 0;
-    for (const VAEArchitecture::Param& param : VAEArchitecture::params(config))
-        count = checkedAdd(count, param.elementCount());
-    return count;
-}
-
 std::string has(const char* key, std::int64_t value) {
     return std::string(key) + " is " + std::to_string(value);
 }
@@ -114,7 +107,8 @@ std::optional<std::string> problemWith(const ModelConfig& config) {
     if (nMels * frames > maxPixels || frames * nFFT > maxSpectrum)
         return has("nMels", nMels) + " and " + has("frames", frames) + ", together too many";
     if (latentDim < 1 || latentDim > maxWeights) return has("latentDim", latentDim);
-    if (weightCount(config) > maxWeights) return has("latentDim", latentDim) + ", too many for this image";
+    if (VAEArchitecture::weightCount(config) > maxWeights)
+        return has("latentDim", latentDim) + ", too many for this image";
     return std::nullopt;
 }
 

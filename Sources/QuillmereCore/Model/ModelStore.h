@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "QuillmereCore/Model/Corpus.h"
@@ -35,32 +36,49 @@ struct ModelBundle {
     std::vector<std::vector<float>> latents;  // one vector of latentDim values per clip
 };
 
-// weights.bin does not fit model.json, or either holds values no model can have.
+// weights.bin does not fit model.json, or a model holds values that no model can have.
 class CorruptModelError : public Failure {
 public:
     using Failure::Failure;
 };
 
-// One model folder per corpus: model.json and weights.bin. Stateless; any thread. Two saves into one folder
-// at the same time are not guarded against.
+// One model folder per corpus: model.json (configuration, metadata, latents) and weights.bin (all weights as
+// little-endian single precision, without a header). Stateless; any thread. Two saves into one folder at the
+// same time are not guarded against.
 namespace ModelStore {
 
-// $XDG_DATA_HOME or ~/.local/share, then Quillmere/Models. Not created.
+// $XDG_DATA_HOME if it is an absolute path, else ~/.local/share, then Quillmere/Models. Computed on each
+// call, not created. A user without a home directory stops the program.
 [[nodiscard]] std::filesystem::path rootDirectory();
 
-// The corpus folder's name, "-" and its fingerprint, below root (default: rootDirectory()).
+// The corpus folder's name, "-" and its fingerprint, below root (default: rootDirectory()). Nothing on disk
+// is created or looked at.
 [[nodiscard]] std::filesystem::path directory(const CorpusSummary& corpus);
 [[nodiscard]] std::filesystem::path directory(const CorpusSummary& corpus, const std::filesystem::path& root);
+// Every "/" of corpusFolder becomes "_".
 [[nodiscard]] std::string folderName(std::string corpusFolder, const std::string& fingerprint);
+// The last component of the corpus folder's absolute path ("/" for the root directory), and that path.
+[[nodiscard]] std::string corpusName(const std::filesystem::path& corpusFolder);
+[[nodiscard]] std::filesystem::path corpusPath(const std::filesystem::path& corpusFolder);
 
 // True only if both files are there.
 [[nodiscard]] bool exists(const std::filesystem::path& modelFolder);
 
-// Creates the folder and writes weights.bin, then model.json, each atomically. Throws FileError.
+// Creates the folder and writes weights.bin, then model.json, each atomically. Text that is not UTF-8 (names
+// of files need not be) is stored with replacement characters. Throws FileError, or CorruptModelError with
+// nothing written when a number is not finite.
 void save(const ModelBundle& bundle, const std::filesystem::path& modelFolder);
 
-// Throws FileError, DecodingError or CorruptModelError; the files stay as they are.
+// Throws FileError; DecodingError naming the file when model.json lacks a key or has a wrong type; or
+// CorruptModelError when weights.bin has the wrong size, a configuration that no model can have (problemWith)
+// or weights that are not finite. Allocates nothing of a size that the files only claim. The files stay as
+// they are. The latents are not checked against the configuration: see validate.
 [[nodiscard]] ModelBundle load(const std::filesystem::path& modelFolder);
+
+// What load leaves open and a SampleGenerator takes for granted: at least one latent vector, and latentDim
+// finite values in each. Throws CorruptModelError naming modelFolder's model.json. Call it after load and
+// before the bundle goes to a generator.
+void validate(const ModelBundle& bundle, const std::filesystem::path& modelFolder);
 
 // The model without its weights and latents, for listings. Throws as load.
 struct Manifest {
@@ -71,9 +89,11 @@ struct Manifest {
 
 // ISO 8601 in UTC with whole seconds, as 2025-03-01T14:07:09Z.
 [[nodiscard]] std::string isoDate(std::chrono::sys_seconds time);
+// The reverse. A fraction of a second is accepted and dropped; nothing for any other text.
+[[nodiscard]] std::optional<std::chrono::sys_seconds> parseISODate(std::string_view text);
 // The arrays one after the other as little-endian single precision.
 [[nodiscard]] std::string weightsBlob(const std::vector<std::vector<float>>& weights);
-// 4 bytes per parameter element of the configuration.
+// Bytes of weights.bin: 4 per parameter element of the configuration.
 [[nodiscard]] std::int64_t weightsSize(const ModelConfig& config);
 
 }  // namespace ModelStore

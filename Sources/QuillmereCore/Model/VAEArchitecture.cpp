@@ -74,6 +74,13 @@ std::vector<Param> params(const ModelConfig& config) {
     return list;
 }
 
+std::int64_t weightCount(const ModelConfig& config) {
+    std::int64_t count = 0;
+    for (const Param& param : params(config))
+        count = checkedAdd(count, param.elementCount());
+    return count;
+}
+
 std::vector<std::vector<float>> initialWeights(const ModelConfig& config, std::uint64_t seed) {
     SeededRNG rng(seed);
     std::vector<std::vector<float>> weights;

@@ -23,6 +23,9 @@ struct Param {
 // In the order of every list of weights: training, inference, stored models.
 [[nodiscard]] std::vector<Param> params(const ModelConfig& config);
 
+// Elements of all parameters together.
+[[nodiscard]] std::int64_t weightCount(const ModelConfig& config);
+
 // One array per parameter, drawn from one generator that runs through the whole list (He et al., 2015,
 // for the convolutions).
 [[nodiscard]] std::vector<std::vector<float>> initialWeights(const ModelConfig& config, std::uint64_t seed);
