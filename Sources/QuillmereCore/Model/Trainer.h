@@ -59,8 +59,14 @@ namespace ModelTrainer {
 using ProgressCallback = std::function<void(const TrainingProgress&)>;
 using CancelTest = std::function<bool()>;
 
-// Decodes, analyses, trains and encodes a corpus. Both callbacks may be called from worker threads, progress
-// by one thread at a time. Throws TrainingError or CancellationError. Writes no files.
+// Decodes, analyses, trains and encodes a corpus. Writes no files.
+//
+// Both callbacks may be empty and may be called from worker threads, progress by one thread at a time; what
+// they throw ends the run and reaches the caller. isCancelled is asked before each file and clip and after
+// each step but the last. Files that cannot be read and silent ones are left out without a message.
+// Throws TrainingError, CancellationError, or a Failure when the options ask for a model that cannot be
+// (problemWith). steps and batchSize below 1 and a clip length that is not finite stop the program.
+// The same corpus, options and backend give the same bundle, trainedAt apart, for any number of threads.
 [[nodiscard]] ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
                                 const ProgressCallback& progress, const CancelTest& isCancelled);
 
@@ -71,16 +77,18 @@ struct Schedule {
     float learningRate;       // handed to the step
     float klWeight;
 };
-// Step t of T, t from 1.
+// Step t of T, t from 1. The learning rate warms up over 100 steps, falls by half a cosine to 5 % and carries
+// Adam's bias correction (Kingma and Ba, 2015), which the update leaves out; the KL weight grows over the
+// first 30 % of the steps (as in Bowman et al., 2016). All in single precision.
 [[nodiscard]] Schedule schedule(std::int64_t t, std::int64_t T, float learningRate, float klWeight);
 
-// Uniform integer in [0, bound) by Lemire's multiply-high method with rejection. bound > 0.
+// Uniform integer in [0, bound) by the multiply-high method with rejection (Lemire, 2019). bound > 0.
 [[nodiscard]] std::uint64_t boundedInteger(SeededRNG& rng, std::uint64_t bound);
 
-// Clip indices in shuffled order: every clip once before any again.
+// Clip indices in shuffled order (Fisher and Yates): every clip once before any again.
 class Deck {
 public:
-    explicit Deck(std::size_t clips);
+    explicit Deck(std::size_t clips);  // > 0
     std::size_t draw(SeededRNG& rng);
 
 private:
@@ -97,19 +105,21 @@ struct Augmentation {
     float gain = 0;             // network units
 };
 [[nodiscard]] Augmentation drawAugmentation(const ModelConfig& config, SeededRNG& rng);
-// image, out: [nMels][frames], not overlapping.
+// Moves the content; what it uncovers becomes silence, and silence keeps its level. image, out:
+// [nMels][frames], not overlapping.
 void applyAugmentation(const Augmentation& augmentation, const ModelConfig& config,
                        std::span<const float> image, std::span<float> out);
 // Both of the above.
 [[nodiscard]] std::vector<float> augment(std::span<const float> image, const ModelConfig& config,
                                          SeededRNG& rng);
 
-// Draws the inputs of successive steps.
+// Draws the inputs of successive steps: augmented clips and noise, from one generator derived from the seed
+// of the run. The images belong to the caller and must outlive the source. next() allocates nothing.
 class BatchSource {
 public:
     BatchSource(const ModelConfig& config, std::span<const std::vector<float>> images, std::int64_t batchSize,
                 std::uint64_t trainingSeed);
-    // Fills x [batch][nMels][frames] and eps [batch][latentDim].
+    // Overwrites x [batch][nMels][frames] and eps [batch][latentDim].
     void next(std::span<float> x, std::span<float> eps);
     // Clip indices of the last batch.
     [[nodiscard]] std::span<const std::size_t> indices() const { return indices_; }
@@ -127,7 +137,8 @@ private:
 // Exponential smoothing of the reported losses; the first value is taken as it is.
 class Smoothing {
 public:
-    float add(float value);
+    float add(float value);  // returns the smoothed value
+    [[nodiscard]] float value() const { return value_; }
 
 private:
     bool empty_ = true;
@@ -146,7 +157,8 @@ struct TrainedNetwork {
     float finalLoss = 0;
     float finalReconstructionError = 0;
 };
-// onStep (may be empty) sees the raw scalars of each step.
+// images: each [nMels][frames], at least one. The callbacks as in train, on the calling thread only; onStep
+// (may be empty too) sees the raw scalars of each step.
 [[nodiscard]] TrainedNetwork trainOnImages(
     const ModelConfig& config, std::span<const std::vector<float>> images, const TrainingOptions& options,
     const ProgressCallback& progress, const CancelTest& isCancelled,
