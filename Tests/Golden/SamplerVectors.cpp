@@ -3,25 +3,21 @@
 #include "Golden/GoldenAreas.h"
 #include "Golden/GoldenModel.h"
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Generate/LatentSampler.h"
 
 namespace quillmere::golden {
 namespace {
 
-SampleGenerator generatorFor(std::vector<std::vector<float>> latents) {
-    const std::size_t latentDim = latents.at(0).size();
-    return SampleGenerator(blankModel(smallConfig(latentDim), std::move(latents)));
-}
-
-// "count" latents of "latentDim" values.
-std::vector<std::vector<float>> latents(const Case& vector) {
+// A generator for "count" latents of "latentDim" values.
+SampleGenerator generatorFor(const Case& vector) {
     const auto count = vector.input.at("count").get<std::size_t>();
     const auto latentDim = vector.input.at("latentDim").get<std::size_t>();
     const std::vector<float> values = floats(vector.input.at("latents"));
     if (values.size() != count * latentDim) throw std::invalid_argument("latents: count does not fit");
-    return splitRows(values, count);
+    return SampleGenerator(blankModel(smallConfig(latentDim), splitRows(values, count)));
 }
 
-// The corpus indices that sampleLatent blends, in the order of choice. A corpus whose latents are unit
+// The corpus indices that sampling blends, in the order of choice. A corpus whose latents are unit
 // vectors shows them: without departures the result is the weight of each. The choice comes before every
 // other draw, so with n sources it begins like that with n - 1.
 std::vector<std::size_t> chosenIndices(std::size_t corpusSize, double sources, const SeededRNG& rng) {
@@ -29,11 +25,11 @@ std::vector<std::size_t> chosenIndices(std::size_t corpusSize, double sources, c
     for (std::size_t i = 0; i < corpusSize; ++i) {
         units[i][i] = 1;
     }
-    const SampleGenerator generator = generatorFor(std::move(units));
+    const LatentSampler sampler(units, static_cast<long long>(corpusSize));
     const auto blended = [&](double wanted) {
         Aesthetics plain{.sources = wanted, .drift = 0, .mutation = 0, .extrapolation = 0};
         SeededRNG copy = rng;
-        const std::vector<float> weights = generator.sampleLatent(copy, plain);
+        const std::vector<float> weights = sampler.sample(copy, plain);
         std::vector<std::size_t> indices;
         for (std::size_t i = 0; i < weights.size(); ++i) {
             if (weights[i] != 0) indices.push_back(i);
@@ -51,7 +47,7 @@ std::vector<std::size_t> chosenIndices(std::size_t corpusSize, double sources, c
 }
 
 Outputs statistics(const Case& vector) {
-    const SampleGenerator generator = generatorFor(latents(vector));
+    const SampleGenerator generator = generatorFor(vector);
     Outputs out;
     out.array("centroid", generator.centroid());
     out.array("sigma", generator.sigma());
@@ -60,7 +56,7 @@ Outputs statistics(const Case& vector) {
 }
 
 Outputs sampleLatent(const Case& vector) {
-    const SampleGenerator generator = generatorFor(latents(vector));
+    const SampleGenerator generator = generatorFor(vector);
     const Aesthetics parameters = aesthetics(vector.input.at("aesthetics"));
     SeededRNG rng = seededGenerator(vector.input);
     Outputs out;
