@@ -38,27 +38,32 @@ bool allFinite(std::span<const float> samples) {
     return std::all_of(samples.begin(), samples.end(), [](float sample) { return std::isfinite(sample); });
 }
 
-// Spectral flatness over a fixed band of bins.
+// Spectral flatness of a signal's loud frames between 60 and 6000 Hz.
 class FlatnessMeter {
 public:
-    static constexpr int nFFT = 4096;
-    static constexpr int hop = 1024;
-
     explicit FlatnessMeter(int sampleRate)
         : low_(60 * nFFT / sampleRate), high_(std::min(nFFT / 2, 6000 * nFFT / sampleRate)) {}
 
-    [[nodiscard]] double mean(std::span<const float> samples) const {
+    [[nodiscard]] double mean(std::span<const float> samples) {
         if (low_ >= high_) return 1.0;
-        STFT stft(nFFT, hop);
-        const STFT::Spectrum spectrum = stft.forward(samples);
-        const auto bins = static_cast<std::size_t>(stft.bins());
-        std::vector<Band> frames;
-        for (std::size_t start = 0; start < spectrum.re.size(); start += bins)
-            frames.push_back({band(spectrum.re, start), band(spectrum.im, start)});
-        return meanOfLoud(frames);
+        const int frames = stft_.frameCount(static_cast<long long>(samples.size()));
+        for (int first = 0; first < frames; first += blockFrames)
+            addBlock(samples, first, std::min(blockFrames, frames - first));
+        return meanOfLoud();
     }
 
 private:
+    static constexpr int nFFT = 4096;
+    static constexpr int hop = 1024;
+    static constexpr int context = nFFT / 2 / hop;  // frames whose centres a frame reaches back to
+    static constexpr int blockFrames = 64;          // keeps long recordings from filling the memory
+    static constexpr float loudShare = 0.001F;      // of the loudest frame's energy: -30 dB
+
+    struct Frame {
+        float energy = 0;
+        float flatness = 0;  // 0 when too quiet to count
+    };
+
     // One frame's bins from low to high, both included.
     struct Band {
         std::span<const float> re, im;
@@ -84,31 +89,50 @@ private:
         }
     };
 
-    [[nodiscard]] std::span<const float> band(const std::vector<float>& values, std::size_t start) const {
-        const auto low = static_cast<std::size_t>(low_);
-        return std::span(values).subspan(start + low, static_cast<std::size_t>(high_) - low + 1);
+    // Transforms from a little earlier, so that the block's first frame sees what lies before it.
+    void addBlock(std::span<const float> samples, int first, int count) {
+        const int start = std::max(first - context, 0);
+        const auto signal = samples.subspan(static_cast<std::size_t>(start) * hop);
+        stft_.forward(signal, first - start + count, re_, im_);
+        for (int t = first - start; t < first - start + count; ++t)
+            addFrame({band(re_, t), band(im_, t)});
     }
 
-    // Frames within 30 dB of the loudest.
-    static double meanOfLoud(const std::vector<Band>& frames) {
-        std::vector<float> energies;
-        energies.reserve(frames.size());
-        for (const Band& frame : frames)
-            energies.push_back(frame.energy());
-        const float largest = *std::max_element(energies.begin(), energies.end());
-        if (!(largest > 0)) return 1.0;
-        const float threshold = 0.001F * largest;
+    void addFrame(const Band& bins) {
+        Frame frame;
+        frame.energy = bins.energy();
+        largestEnergy_ = std::max(largestEnergy_, frame.energy);
+        if (isLoud(frame)) frame.flatness = bins.flatness();
+        frames_.push_back(frame);
+    }
+
+    // While frames are still being added, true may yet become false, but not the reverse.
+    [[nodiscard]] bool isLoud(const Frame& frame) const { return frame.energy > loudShare * largestEnergy_; }
+
+    [[nodiscard]] std::span<const float> band(std::span<const float> spectra, int frame) const {
+        const auto start = static_cast<std::size_t>(frame * stft_.bins() + low_);
+        return spectra.subspan(start, static_cast<std::size_t>(high_ - low_ + 1));
+    }
+
+    [[nodiscard]] double meanOfLoud() const {
         double sum = 0;
         int count = 0;
-        for (std::size_t t = 0; t < frames.size(); ++t) {
-            if (!(energies[t] > threshold)) continue;
-            sum += static_cast<double>(frames[t].flatness());
+        for (const Frame& frame : frames_) {
+            if (!isLoud(frame)) continue;
+            sum += static_cast<double>(frame.flatness);
             ++count;
         }
         return count > 0 ? sum / count : 1.0;
     }
 
     int low_, high_;  // bins of 60 and 6000 Hz
+    STFT stft_{nFFT, hop};
+    // [context + blockFrames][bins]
+    std::vector<float> re_ =
+        std::vector<float>(static_cast<std::size_t>((context + blockFrames) * stft_.bins()));
+    std::vector<float> im_ = std::vector<float>(re_.size());
+    std::vector<Frame> frames_;
+    float largestEnergy_ = 0;
 };
 
 double upperMedian(std::vector<double> values) {
