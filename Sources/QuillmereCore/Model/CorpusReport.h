@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Model/ModelConfig.h"
+
+namespace quillmere {
+
+// What becomes of one file of a corpus when a model learns it.
+struct FileFate {
+    enum class Use {
+        whole,
+        cut,         // only its beginning, up to the report's clip length, is learned
+        silent,      // left out
+        unreadable,  // left out
+    };
+    std::string name;  // the file's relative path
+    Use use = Use::whole;
+    std::string reason;                      // of unreadable: the sentence that names the file and says why
+    double seconds = 0;                      // the file's length; 0 when unreadable or silent
+    std::optional<std::string> duplicateOf;  // the first file with the same bytes; both are learned
+
+    [[nodiscard]] bool isUsedAsItIs() const { return use == Use::whole && !duplicateOf; }
+};
+
+struct CorpusReport {
+    std::vector<FileFate> files;  // one per file of the corpus, in its order
+    // What automatic training would choose; the profile is automatic and the length 0 when no file is usable.
+    AnalysisProfile profile = AnalysisProfile::automatic;
+    double clipSeconds = 0;
+};
+
+namespace Corpus {
+
+// Decodes every file, as training does, and says what training would make of it. isCancelled may be empty;
+// it may be called from worker threads. Throws CancellationError.
+[[nodiscard]] CorpusReport inspect(const CorpusSummary& corpus,
+                                   const std::function<bool()>& isCancelled = {});
+
+}  // namespace Corpus
+}  // namespace quillmere
