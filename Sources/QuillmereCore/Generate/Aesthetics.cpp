@@ -317,6 +317,18 @@ void requireFinite(const ParameterSpec& spec, double value) {
     if (!std::isfinite(value)) throw InvalidParameterError(nameForReader(spec) + " must be a finite number");
 }
 
+nlohmann::json parseObject(std::string_view text) {
+    try {
+        nlohmann::json document = nlohmann::json::parse(text);
+        if (!document.is_object()) throw DecodingError("not a JSON object");
+        return document;
+    } catch (const nlohmann::json::parse_error& error) {
+        throw DecodingError("not valid JSON (byte " + std::to_string(error.byte) + ")");
+    } catch (const nlohmann::json::out_of_range&) {
+        throw DecodingError("a number is too large");
+    }
+}
+
 bool isCount(const ParameterSpec& spec) {
     return spec.keyPath == &Aesthetics::sources || spec.keyPath == &Aesthetics::phaseIterations ||
            spec.keyPath == &Aesthetics::decimate || spec.keyPath == &Aesthetics::crushBits;
@@ -387,20 +399,13 @@ std::string encodeJSON(const Aesthetics& aesthetics) {
 }
 
 Aesthetics decodeAesthetics(std::string_view json) {
-    nlohmann::json object;
-    try {
-        object = nlohmann::json::parse(json);
-    } catch (const nlohmann::json::exception&) {
-        throw DecodingError("The parameters are not valid JSON");
-    }
-    if (!object.is_object()) throw DecodingError("The parameters are not a JSON object");
+    const nlohmann::json object = parseObject(json);
     Aesthetics aesthetics;
     for (const ParameterSpec& spec : parameterTable) {
         const std::string key(spec.field);
         const auto entry = object.find(key);
-        if (entry == object.end()) throw DecodingError("The parameters lack the key \"" + key + "\"");
-        if (!entry->is_number())
-            throw DecodingError("The value of \"" + key + "\" in the parameters is not a number");
+        if (entry == object.end()) throw DecodingError("\"" + key + "\" is missing");
+        if (!entry->is_number()) throw DecodingError("\"" + key + "\" must be a number");
         aesthetics.*spec.keyPath = entry->get<double>();
     }
     return aesthetics;

@@ -85,8 +85,8 @@ struct Preset {
 };
 
 // One JSON object with the twenty member names as keys, in field order. Decoding requires every key to hold a
-// number (else DecodingError, which names the key), clamps nothing and ignores other keys. Encoding throws
-// InvalidParameterError for a value that JSON cannot hold (NaN and infinities).
+// number (else DecodingError, which names the key but no file), clamps nothing and ignores other keys.
+// Encoding throws InvalidParameterError for a value that JSON cannot hold (NaN and infinities).
 [[nodiscard]] std::string encodeJSON(const Aesthetics& aesthetics);
 [[nodiscard]] Aesthetics decodeAesthetics(std::string_view json);
 

@@ -4,11 +4,13 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Generate/Aesthetics.h"
+#include "QuillmereCore/Generate/LatentSampler.h"
 #include "QuillmereCore/Model/Features.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/VAE.h"
@@ -16,63 +18,89 @@
 
 namespace quillmere {
 
+// One generation job.
 struct GenerationRequest {
-    std::int64_t count = 0;
-    std::filesystem::path outputDirectory;
+    std::int64_t count = 0;                 // variations; none for 0 and below
+    std::filesystem::path outputDirectory;  // created if missing
     Aesthetics aesthetics;
     std::uint64_t seed = 0;
     OutputFormat format = OutputFormat::wav24;
-    std::optional<std::string> namePrefix;  // absent: the corpus's name
+    std::optional<std::string> namePrefix;  // UTF-8; absent: the corpus's name
 };
 
+// One written file.
 struct GeneratedSample {
     std::filesystem::path url;
     double seconds = 0;
 };
 
 // Turns a trained model into new samples.
-// Immutable after construction apart from the decoder's scratch memory: one call at a time.
+//
+// Variation i of a request has a seed of its own, so its samples depend only on the model, the parameters,
+// the request's seed and i: not on the batch, the number of threads or the order of completion.
+// Threads: immutable after construction apart from the decoder's scratch memory. generate and audition: one
+// call at a time, either of them; everything const: any thread.
 class SampleGenerator {
 public:
     using ProgressCallback = std::function<void(std::int64_t done, std::int64_t total)>;
     using CancelTest = std::function<bool()>;
 
-    explicit SampleGenerator(ModelBundle bundle);
+    // Variations that are decoded in one call and rendered in parallel.
+    static constexpr std::int64_t batch = 16;
+
+    explicit SampleGenerator(ModelBundle bundle, network::Backend& backend = GPU::shared().graphDevice());
 
     [[nodiscard]] const ModelBundle& bundle() const noexcept { return bundle_; }
     [[nodiscard]] int sampleRate() const noexcept { return static_cast<int>(bundle_.config.sampleRate); }
     // Statistics of the corpus latents, [latentDim] each.
-    [[nodiscard]] const std::vector<float>& centroid() const noexcept { return centroid_; }
-    [[nodiscard]] const std::vector<float>& sigma() const noexcept { return sigma_; }
-    [[nodiscard]] const std::vector<std::vector<float>>& deviations() const noexcept { return deviations_; }
+    [[nodiscard]] const std::vector<float>& centroid() const noexcept { return sampler_.centroid(); }
+    [[nodiscard]] const std::vector<float>& sigma() const noexcept { return sampler_.sigma(); }
+    [[nodiscard]] const std::vector<std::vector<float>>& deviations() const noexcept {
+        return sampler_.deviations();
+    }
 
     // One latent vector by the four "departure" parameters.
     [[nodiscard]] std::vector<float> sampleLatent(SeededRNG& rng, const Aesthetics& aesthetics) const;
 
     // One decoded image [nMels][frames] to finished samples. stft: made for the model's configuration.
+    // Treats denormal numbers as zero.
     [[nodiscard]] std::vector<float> render(std::span<const float> image, const Aesthetics& aesthetics,
                                             SeededRNG& rng, STFT& stft) const;
 
-    // Renders and writes count variations, never overwriting a file. progress(done, total) follows each
-    // written file, one call at a time, possibly on a worker thread. Throws the first writing failure after
-    // the running batch, or CancellationError at the next batch boundary; written files stay.
+    // Renders and writes count variations as WAV files named prefix_var_NNNN.wav, numbered on from the
+    // highest number in the folder. Never overwrites: a number that someone else takes meanwhile is skipped.
+    // The samples come back in the order in which they were finished, each with the name it really has.
+    //
+    // progress(done, total) follows each written file, one call at a time; isCancelled is polled before each
+    // batch and each variation. Both may be empty, and both may be called on worker threads.
+    //
+    // Throws InvalidParameterError before anything is done if validate does, or when the parameters lead to
+    // samples that are not finite; FileError for the folder or a file; CancellationError. A batch that has
+    // begun ends first (a cancelled one skips the variations that have not started), and files already
+    // written stay.
     [[nodiscard]] std::vector<GeneratedSample> generate(const GenerationRequest& request,
                                                         const ProgressCallback& progress,
                                                         const CancelTest& isCancelled);
 
-    // One variation, not written: the samples of variation 0 of a request with the same seed.
+    // One variation, not written: the samples of variation 0 of a request with the same seed. Throws
+    // InvalidParameterError as generate.
     [[nodiscard]] std::vector<float> audition(const Aesthetics& aesthetics, std::uint64_t seed);
 
     // Seed of variation index of a request.
     [[nodiscard]] static std::uint64_t variationSeed(std::uint64_t seed, std::uint64_t index);
 
 private:
+    struct Batch {
+        std::vector<SeededRNG> states;           // of each variation, after its latent was drawn
+        std::vector<std::vector<float>> images;  // [nMels][frames] each
+    };
+    // The variations from start on, at most a batch.
+    [[nodiscard]] Batch decodeBatch(const GenerationRequest& request, std::int64_t start);
+
     ModelBundle bundle_;
     VAEInference inference_;
     FeatureExtractor extractor_;
-    std::vector<float> centroid_;
-    std::vector<std::vector<float>> deviations_;
-    std::vector<float> sigma_;
+    LatentSampler sampler_;
 };
 
 }  // namespace quillmere

@@ -1,0 +1,212 @@
+#include "QuillmereCore/Generate/Generator.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <exception>
+#include <mutex>
+#include <system_error>
+#include <utility>
+
+#include "QuillmereCore/Generate/Finishing.h"
+#include "QuillmereCore/Generate/Rendering.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Parallel.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Parameters within float's range can still multiply to infinity, and from there to NaN.
+void requireFinite(std::span<const float> samples) {
+    if (!std::ranges::all_of(samples, [](float value) { return std::isfinite(value); }))
+        throw InvalidParameterError(
+            "The parameters lead to samples that are not finite numbers; less extreme values avoid this");
+}
+
+void createFolder(const fs::path& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (!error && !fs::is_directory(folder, error) && !error)
+        error = std::make_error_code(std::errc::not_a_directory);
+    if (error) throw FileError(folder, error);
+}
+
+// The numbered names of one request.
+class OutputNames {
+public:
+    OutputNames(fs::path folder, std::string base, std::int64_t count)
+        : folder_(std::move(folder)),
+          base_(std::move(base)),
+          first_(Finishing::firstFreeIndex(folder_, base_)),
+          afterLast_(first_ + static_cast<std::size_t>(count)) {}
+
+    [[nodiscard]] std::size_t number(std::int64_t index) const {
+        return first_ + static_cast<std::size_t>(index);
+    }
+    [[nodiscard]] fs::path file(std::size_t number) const {
+        const std::string name = Finishing::fileName(base_, number);
+        return folder_ / std::u8string(name.begin(), name.end());
+    }
+    // A number to try after a taken one: higher, not meant for another variation, and free at this moment.
+    [[nodiscard]] std::size_t next(std::size_t taken) const {
+        return std::max({taken + 1, afterLast_, Finishing::firstFreeIndex(folder_, base_)});
+    }
+
+private:
+    fs::path folder_;
+    std::string base_;
+    std::size_t first_;
+    std::size_t afterLast_;
+};
+
+// A request at work. Results come from several threads.
+class Job {
+public:
+    Job(const GenerationRequest& request, const std::string& base, int sampleRate,
+        const SampleGenerator::ProgressCallback& progress)
+        : request_(request),
+          names_(request.outputDirectory, base, request.count),
+          sampleRate_(sampleRate),
+          progress_(progress) {}
+
+    // Writes the samples of a variation under a name nobody else has.
+    void write(std::span<const float> samples, std::int64_t index) {
+        std::size_t number = names_.number(index);
+        while (!AudioIO::writeNew(samples, names_.file(number), sampleRate_, request_.format))
+            number = names_.next(number);
+        const double seconds = static_cast<double>(samples.size()) / sampleRate_;
+
+        const std::lock_guard lock(mutex_);
+        written_.push_back({names_.file(number), seconds});
+        if (progress_) progress_(std::ssize(written_), request_.count);
+    }
+
+    // Notes that a variation was left out because of a cancellation.
+    void skip() {
+        const std::lock_guard lock(mutex_);
+        skipped_ = true;
+    }
+
+    // Runs the work for one variation. Of several failures the first counts.
+    void attempt(const std::function<void()>& work) {
+        try {
+            work();
+        } catch (...) {
+            const std::lock_guard lock(mutex_);
+            if (!failure_) failure_ = std::current_exception();
+        }
+    }
+
+    // Ends the job after a batch that failed or was cut short.
+    void endBatch() {
+        const std::lock_guard lock(mutex_);
+        if (failure_) std::rethrow_exception(failure_);
+        if (skipped_) throw CancellationError();
+    }
+
+    [[nodiscard]] std::vector<GeneratedSample> takeWritten() {
+        const std::lock_guard lock(mutex_);
+        return std::move(written_);
+    }
+
+private:
+    // Constant while the job runs.
+    const GenerationRequest& request_;
+    const OutputNames names_;
+    const int sampleRate_;
+    const SampleGenerator::ProgressCallback& progress_;
+
+    std::mutex mutex_;  // guards the fields below; held during the progress callback
+    std::vector<GeneratedSample> written_;
+    bool skipped_ = false;
+    std::exception_ptr failure_;
+};
+
+}  // namespace
+
+SampleGenerator::SampleGenerator(ModelBundle bundle, network::Backend& backend)
+    : bundle_(std::move(bundle)),
+      inference_(bundle_.config, bundle_.weights, backend),
+      extractor_(bundle_.config),
+      sampler_(bundle_.latents, bundle_.config.latentDim) {}
+
+std::vector<float> SampleGenerator::sampleLatent(SeededRNG& rng, const Aesthetics& aesthetics) const {
+    return sampler_.sample(rng, aesthetics);
+}
+
+std::vector<float> SampleGenerator::render(std::span<const float> image, const Aesthetics& aesthetics,
+                                           SeededRNG& rng, STFT& stft) const {
+    // Here and not in the callers, so that every thread renders alike.
+    const FlushDenormals flush;
+    std::vector<float> samples = Rendering::waveform(image, aesthetics, extractor_, stft, rng);
+    Finishing::finish(samples, aesthetics, sampleRate(), rng);
+    return samples;
+}
+
+std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& request,
+                                                       const ProgressCallback& progress,
+                                                       const CancelTest& isCancelled) {
+    validate(request.aesthetics);
+    if (request.count <= 0) return {};
+    createFolder(request.outputDirectory);
+
+    const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
+    Job job(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
+    const auto cancelled = [&] { return isCancelled && isCancelled(); };
+    WorkerTeam team;
+    std::vector<STFT> transforms;  // one per worker
+    for (int worker = 0; worker < team.threads(); ++worker)
+        transforms.push_back(extractor_.makeSTFT());
+
+    for (std::int64_t start = 0; start < request.count; start += batch) {
+        if (cancelled()) throw CancellationError();
+        Batch variations = decodeBatch(request, start);
+        team.run(variations.images.size(), [&](std::size_t i, int worker) {
+            job.attempt([&] {
+                if (cancelled()) return job.skip();
+                STFT& stft = transforms[static_cast<std::size_t>(worker)];
+                const std::vector<float> samples =
+                    render(variations.images[i], request.aesthetics, variations.states[i], stft);
+                requireFinite(samples);
+                job.write(samples, start + static_cast<std::int64_t>(i));
+            });
+        });
+        job.endBatch();
+    }
+    return job.takeWritten();
+}
+
+SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& request, std::int64_t start) {
+    const auto first = static_cast<std::uint64_t>(start);
+    const auto end = static_cast<std::uint64_t>(std::min(start + batch, request.count));
+    Batch variations;
+    variations.states.reserve(end - first);
+    std::vector<std::vector<float>> latents;
+    latents.reserve(end - first);
+    for (std::uint64_t index = first; index < end; ++index) {
+        SeededRNG& state = variations.states.emplace_back(variationSeed(request.seed, index));
+        latents.push_back(sampleLatent(state, request.aesthetics));
+    }
+    variations.images = inference_.decode(latents);
+    return variations;
+}
+
+std::vector<float> SampleGenerator::audition(const Aesthetics& aesthetics, std::uint64_t seed) {
+    validate(aesthetics);
+    SeededRNG rng(seed);
+    const std::vector<std::vector<float>> latents{sampleLatent(rng, aesthetics)};
+    const std::vector<std::vector<float>> images = inference_.decode(latents);
+    STFT stft = extractor_.makeSTFT();
+    std::vector<float> samples = render(images.front(), aesthetics, rng, stft);
+    requireFinite(samples);
+    return samples;
+}
+
+std::uint64_t SampleGenerator::variationSeed(std::uint64_t seed, std::uint64_t index) {
+    constexpr std::uint64_t stride = 0x9E3779B97F4A7C15;  // 2^64 / golden ratio
+    return seed + index * stride;
+}
+
+}  // namespace quillmere

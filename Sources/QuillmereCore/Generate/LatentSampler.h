@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "QuillmereCore/Generate/Aesthetics.h"
+#include "QuillmereCore/Util/RNG.h"
+
+namespace quillmere {
+
+// Draws latent vectors around and between those of the corpus clips.
+// Immutable after construction; any number of threads may share one, each with a generator of its own.
+class LatentSampler {
+public:
+    // latents: one vector of at least dim values per clip; the values from dim on do not count. A shorter
+    // vector or a negative dim is a programming error.
+    LatentSampler(std::span<const std::vector<float>> latents, long long dim);
+
+    // Mean of the latents, [dim].
+    [[nodiscard]] const std::vector<float>& centroid() const noexcept { return centroid_; }
+    // Each latent less the centroid, in corpus order.
+    [[nodiscard]] const std::vector<std::vector<float>>& deviations() const noexcept { return deviations_; }
+    // Spread of the latents (population, at least 0.02), [dim]; 0.3 for a single latent.
+    [[nodiscard]] const std::vector<float>& sigma() const noexcept { return sigma_; }
+
+    // A random blend of up to eight latents, then drift, mutation and extrapolation. The result depends on
+    // the parameters and the state of rng alone. An empty corpus, or a number of sources that fits no
+    // integer, stops the program.
+    [[nodiscard]] std::vector<float> sample(SeededRNG& rng, const Aesthetics& aesthetics) const;
+
+private:
+    [[nodiscard]] std::size_t sourceCount(double sources) const;
+    [[nodiscard]] std::vector<std::size_t> pickSources(std::size_t count, SeededRNG& rng) const;
+    [[nodiscard]] std::vector<float> blend(std::span<const std::size_t> sources, SeededRNG& rng) const;
+    void addDrift(std::vector<float>& z, double drift, SeededRNG& rng) const;
+    void addMutation(std::vector<float>& z, double mutation, SeededRNG& rng) const;
+    void extrapolate(std::vector<float>& z, double extrapolation) const;
+
+    std::vector<std::vector<float>> latents_;  // [dim] each
+    std::vector<float> centroid_;
+    std::vector<std::vector<float>> deviations_;
+    std::vector<float> sigma_;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,370 @@
+#include "QuillmereCore/Generate/Generator.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <map>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "QuillmereCore/Generate/Finishing.h"
+#include "QuillmereCore/Generate/Rendering.h"
+#include "QuillmereCore/Util/Parallel.h"
+#include "QuillmereCore/Util/Text.h"
+#include "Support/SmallModel.h"
+#include "Support/TempFolder.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using testing::readText;
+using testing::smallModel;
+using testing::TempFolder;
+
+using Signal = std::vector<float>;
+
+constexpr Aesthetics quick{.phaseIterations = 2};
+
+std::string nameOf(const GeneratedSample& sample) {
+    return Text::utf8(sample.url.filename());
+}
+
+std::set<std::string> namesIn(const fs::path& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.insert(Text::utf8(entry.path().filename()));
+    return names;
+}
+
+std::map<std::string, std::string> contentsOf(const fs::path& folder) {
+    std::map<std::string, std::string> contents;
+    for (const auto& entry : fs::directory_iterator(folder))
+        contents[Text::utf8(entry.path().filename())] = readText(entry.path());
+    return contents;
+}
+
+class Generating : public ::testing::Test {
+protected:
+    [[nodiscard]] GenerationRequest request(std::int64_t count) const {
+        return {.count = count,
+                .outputDirectory = folder.path(),
+                .aesthetics = quick,
+                .seed = 42,
+                .format = OutputFormat::wav32float,
+                .namePrefix = "kick"};
+    }
+    std::vector<GeneratedSample> generate(const GenerationRequest& job) {
+        return generator.generate(job, {}, {});
+    }
+
+    TempFolder folder;
+    SampleGenerator generator{smallModel()};
+};
+
+TEST_F(Generating, VariationZeroIsTheAudition) {
+    for (const char* preset : {"Balanced", "Wild", "Extreme"}) {
+        GenerationRequest job = request(1);
+        job.aesthetics = Preset::named(preset)->aesthetics;
+        const auto written = generate(job);
+        EXPECT_EQ(AudioIO::readMono(written.at(0).url).samples, generator.audition(job.aesthetics, job.seed))
+            << preset;
+    }
+}
+
+// Two batches, so that position in the batch and its size vary.
+TEST_F(Generating, EveryVariationDependsOnItsSeedAlone) {
+    GenerationRequest job = request(19);
+    job.aesthetics = Preset::named("Wild")->aesthetics;
+    (void)generate(job);
+    for (std::uint64_t i = 0; i < 19; ++i) {
+        const fs::path file = folder / Finishing::fileName("kick_var", i + 1);
+        EXPECT_EQ(AudioIO::readMono(file).samples,
+                  generator.audition(job.aesthetics, SampleGenerator::variationSeed(42, i)))
+            << i;
+    }
+}
+
+TEST_F(Generating, BytesDoNotDependOnTheNumberOfThreads) {
+    GenerationRequest job = request(18);
+    job.aesthetics = Preset::named("Extreme")->aesthetics;
+    const auto bytesWith = [&](int threads) {
+        const ThreadLimit limit(threads);
+        job.outputDirectory = folder / std::to_string(threads);
+        (void)generate(job);
+        return contentsOf(job.outputDirectory);
+    };
+    const auto serial = bytesWith(1);
+    EXPECT_EQ(serial.size(), 18U);
+    EXPECT_EQ(bytesWith(4), serial);
+}
+
+TEST_F(Generating, SamplesDoNotDependOnTheCallersTreatmentOfDenormals) {
+    const Aesthetics wild = Preset::named("Wild")->aesthetics;
+    const Signal samples = generator.audition(wild, 3);
+    const FlushDenormals flush;
+    EXPECT_EQ(generator.audition(wild, 3), samples);
+}
+
+TEST_F(Generating, EqualSeedsGiveEqualAuditions) {
+    EXPECT_EQ(generator.audition(quick, 7), generator.audition(quick, 7));
+    EXPECT_NE(generator.audition(quick, 7), generator.audition(quick, 8));
+}
+
+TEST_F(Generating, AuditionIsDecodedRenderedAndFinished) {
+    SeededRNG rng(7);
+    VAEInference inference(generator.bundle().config, generator.bundle().weights);
+    const FeatureExtractor extractor(generator.bundle().config);
+    STFT stft = extractor.makeSTFT();
+    const std::vector<Signal> latents{generator.sampleLatent(rng, quick)};
+    const Signal image = inference.decode(latents).at(0);
+    Signal expected = Rendering::waveform(image, quick, extractor, stft, rng);
+    Finishing::finish(expected, quick, 8000, rng);
+    EXPECT_EQ(generator.audition(quick, 7), expected);
+}
+
+TEST_F(Generating, SeedsOfVariationsWrapAround) {
+    EXPECT_EQ(SampleGenerator::variationSeed(42, 0), 42U);
+    EXPECT_EQ(SampleGenerator::variationSeed(0, 1), 0x9E3779B97F4A7C15U);
+    EXPECT_EQ(SampleGenerator::variationSeed(~0ULL, 1), 0x9E3779B97F4A7C14U);
+}
+
+TEST_F(Generating, NumbersFollowTheHighestInTheFolder) {
+    testing::writeText(folder / "kick_var_0003.wav", "mine");
+    testing::writeText(folder / "kick_var_0010.wav", "mine");
+    testing::writeText(folder / "kick_var_x.wav", "mine");
+    testing::writeText(folder / "kick_var.wav", "mine");
+    (void)generate(request(2));
+    EXPECT_THAT(namesIn(folder.path()),
+                ElementsAre("kick_var.wav", "kick_var_0003.wav", "kick_var_0010.wav", "kick_var_0011.wav",
+                            "kick_var_0012.wav", "kick_var_x.wav"));
+    EXPECT_EQ(readText(folder / "kick_var_0010.wav"), "mine");
+}
+
+TEST_F(Generating, NumbersGoBeyondFourDigits) {
+    testing::writeText(folder / "kick_var_12344.wav", "");
+    EXPECT_EQ(nameOf(generate(request(1)).at(0)), "kick_var_12345.wav");
+}
+
+TEST_F(Generating, ASecondRunGoesOnWhereTheFirstEnded) {
+    (void)generate(request(2));
+    (void)generate(request(2));
+    EXPECT_THAT(namesIn(folder.path()), ElementsAre("kick_var_0001.wav", "kick_var_0002.wav",
+                                                    "kick_var_0003.wav", "kick_var_0004.wav"));
+}
+
+TEST_F(Generating, PrefixesAreSanitised) {
+    GenerationRequest job = request(1);
+    job.namePrefix = "my loop: v2";
+    EXPECT_EQ(nameOf(generate(job).at(0)), "my_loop__v2_var_0001.wav");
+}
+
+TEST_F(Generating, WithoutPrefixTheNameIsTheCorpuss) {
+    GenerationRequest job = request(1);
+    job.namePrefix.reset();
+    EXPECT_EQ(nameOf(generate(job).at(0)), "Drums__café_var_0001.wav");
+}
+
+TEST_F(Generating, ReturnsTheDurationOfEachFile) {
+    for (const GeneratedSample& sample : generate(request(3))) {
+        const auto samples = AudioIO::readMono(sample.url).samples.size();
+        EXPECT_EQ(sample.seconds, static_cast<double>(samples) / 8000);
+    }
+}
+
+TEST_F(Generating, WritesTheRequestedFormat) {
+    const Signal samples = generator.audition(quick, 42);
+    for (const OutputFormat format : allOutputFormats) {
+        GenerationRequest job = request(1);
+        job.format = format;
+        const auto size = fs::file_size(generate(job).at(0).url);
+        const auto audio = samples.size() * static_cast<std::size_t>(bitDepth(format)) / 8;
+        EXPECT_GE(size, audio + 44) << rawValue(format);
+        EXPECT_LE(size, audio + 64) << rawValue(format);
+    }
+}
+
+TEST_F(Generating, ProgressCountsEveryWrittenFile) {
+    std::vector<std::int64_t> reports;
+    std::vector<std::size_t> files;
+    (void)generator.generate(
+        request(18),
+        [&](std::int64_t done, std::int64_t total) {
+            EXPECT_EQ(total, 18);
+            reports.push_back(done);
+            files.push_back(testing::entriesIn(folder.path()));
+        },
+        [] { return false; });
+    ASSERT_EQ(reports.size(), 18U);
+    for (std::size_t i = 0; i < reports.size(); ++i) {
+        EXPECT_EQ(reports[i], static_cast<std::int64_t>(i) + 1);
+        EXPECT_GE(files[i], i + 1);
+    }
+}
+
+TEST_F(Generating, NothingIsDoneForACountOfZeroOrLess) {
+    for (const std::int64_t count : {0L, -5L}) {
+        GenerationRequest job = request(count);
+        job.outputDirectory = folder / "new";
+        EXPECT_TRUE(generate(job).empty());
+        EXPECT_FALSE(fs::exists(folder / "new"));
+    }
+}
+
+TEST_F(Generating, CancelledBeforeItBeginsWritesNothing) {
+    EXPECT_THROW((void)generator.generate(request(3), {}, [] { return true; }), CancellationError);
+    EXPECT_EQ(testing::entriesIn(folder.path()), 0U);
+}
+
+TEST_F(Generating, CancelledWithinABatchKeepsWhatIsWritten) {
+    const ThreadLimit limit(1);
+    std::atomic<bool> cancel = false;
+    const auto afterThree = [&](std::int64_t done, std::int64_t) { cancel = done == 3; };
+    EXPECT_THROW((void)generator.generate(request(10), afterThree, [&] { return cancel.load(); }),
+                 CancellationError);
+    EXPECT_EQ(testing::entriesIn(folder.path()), 3U);
+}
+
+TEST_F(Generating, CancelledAtTheEndOfABatchStopsBeforeTheNext) {
+    std::atomic<bool> cancel = false;
+    const auto afterBatch = [&](std::int64_t done, std::int64_t) { cancel = done == 16; };
+    EXPECT_THROW((void)generator.generate(request(20), afterBatch, [&] { return cancel.load(); }),
+                 CancellationError);
+    EXPECT_EQ(testing::entriesIn(folder.path()), 16U);
+}
+
+TEST_F(Generating, CancelledAfterTheLastVariationIsASuccess) {
+    std::atomic<bool> cancel = false;
+    const auto atTheEnd = [&](std::int64_t done, std::int64_t total) { cancel = done == total; };
+    EXPECT_EQ(generator.generate(request(3), atTheEnd, [&] { return cancel.load(); }).size(), 3U);
+}
+
+TEST_F(Generating, CreatesTheOutputFolder) {
+    GenerationRequest job = request(1);
+    job.outputDirectory = folder / "näme with blanks" / "below";
+    EXPECT_EQ(generate(job).at(0).url, job.outputDirectory / "kick_var_0001.wav");
+    EXPECT_TRUE(fs::is_regular_file(job.outputDirectory / "kick_var_0001.wav"));
+}
+
+TEST_F(Generating, AnOutputPathThatIsAFileIsRefusedByName) {
+    GenerationRequest job = request(1);
+    for (const char* path : {"taken", "taken/below"}) {
+        testing::writeText(folder / "taken", "mine");
+        job.outputDirectory = folder / path;
+        try {
+            (void)generate(job);
+            ADD_FAILURE() << path << " was accepted";
+        } catch (const FileError& error) {
+            EXPECT_THAT(error.what(), HasSubstr((folder / path).string()));
+            EXPECT_THAT(error.what(), HasSubstr("Not a directory"));
+        }
+        EXPECT_EQ(readText(folder / "taken"), "mine");
+    }
+}
+
+TEST_F(Generating, AWriteFailureIsThrownAfterTheBatch) {
+    const ThreadLimit limit(1);
+    const fs::path out = folder / "out";
+    GenerationRequest job = request(20);
+    job.outputDirectory = out;
+    int polls = 0;
+    const auto swapFolderForFile = [&](std::int64_t done, std::int64_t) {
+        EXPECT_EQ(done, 1);
+        fs::rename(out, folder / "moved");
+        testing::writeText(out, "");
+    };
+    EXPECT_THROW((void)generator.generate(job, swapFolderForFile, [&] { return ++polls < 0; }), FileError);
+    EXPECT_EQ(polls, 17);  // the first batch and its sixteen variations
+    EXPECT_THAT(namesIn(folder / "moved"), ElementsAre(::testing::StartsWith("kick_var_")));
+}
+
+TEST_F(Generating, ANameTakenMeanwhileIsLeftAlone) {
+    const ThreadLimit limit(1);
+    const auto takeAll = [&](std::int64_t done, std::int64_t) {
+        if (done != 1) return;
+        for (std::size_t number = 1; number <= 4; ++number) {
+            const fs::path file = folder / Finishing::fileName("kick_var", number);
+            if (!fs::exists(file)) testing::writeText(file, "foreign");
+        }
+    };
+    const auto written = generator.generate(request(4), takeAll, {});
+    ASSERT_EQ(written.size(), 4U);
+    EXPECT_EQ(testing::entriesIn(folder.path()), 7U);
+    std::size_t foreign = 0;
+    for (const auto& [name, content] : contentsOf(folder.path()))
+        foreign += content == "foreign" ? 1 : 0;
+    EXPECT_EQ(foreign, 3U);
+    for (const GeneratedSample& sample : written)
+        EXPECT_FALSE(AudioIO::readMono(sample.url).samples.empty());
+}
+
+TEST_F(Generating, TwoGeneratorsInOneFolderNeverOverwrite) {
+    SampleGenerator second{smallModel()};
+    std::vector<GeneratedSample> fromFirst;
+    std::vector<GeneratedSample> fromSecond;
+    std::thread other([&] {
+        GenerationRequest job = request(30);
+        job.seed = 43;
+        fromSecond = second.generate(job, {}, {});
+    });
+    fromFirst = generate(request(30));
+    other.join();
+
+    std::set<std::string> names;
+    for (const auto* samples : {&fromFirst, &fromSecond}) {
+        for (const GeneratedSample& sample : *samples)
+            names.insert(nameOf(sample));
+    }
+    EXPECT_EQ(names.size(), 60U);
+    EXPECT_EQ(namesIn(folder.path()), names);
+    std::set<std::string> contents;
+    for (const auto& [name, content] : contentsOf(folder.path()))
+        contents.insert(content);
+    EXPECT_EQ(contents.size(), 60U);
+}
+
+TEST_F(Generating, ParametersThatWouldStopTheProgramAreRefused) {
+    GenerationRequest job = request(1);
+    job.outputDirectory = folder / "new";
+    job.aesthetics.phaseIterations = std::nan("");
+    EXPECT_THROW((void)generate(job), InvalidParameterError);
+    EXPECT_FALSE(fs::exists(folder / "new"));
+    EXPECT_THROW((void)generator.audition({.sources = 1e300}, 1), InvalidParameterError);
+}
+
+TEST_F(Generating, ResultsThatAreNotFiniteAreNotWritten) {
+    GenerationRequest job = request(2);
+    job.aesthetics.tilt = 1e30;
+    EXPECT_THROW((void)generate(job), InvalidParameterError);
+    EXPECT_EQ(testing::entriesIn(folder.path()), 0U);
+    EXPECT_THROW((void)generator.audition(job.aesthetics, 1), InvalidParameterError);
+}
+
+// Numbers as a file of parameters may hold them. Phase passes cost time by the number, so only few of them.
+TEST_F(Generating, AbsurdParametersEndInSamplesOrAClearRefusal) {
+    for (const ParameterSpec& spec : Aesthetics::specs()) {
+        for (const double value : {-1e300, -1e5, 1e-300, 1e5, 1e30}) {
+            if (spec.keyPath == &Aesthetics::phaseIterations && value >= 1e5 && value < 1e18) continue;
+            Aesthetics aesthetics = quick;
+            aesthetics.*spec.keyPath = value;
+            try {
+                const Signal samples = generator.audition(aesthetics, 5);
+                EXPECT_FALSE(samples.empty()) << spec.id << " " << value;
+                EXPECT_TRUE(std::ranges::all_of(samples, [](float x) { return std::isfinite(x); }))
+                    << spec.id << " " << value;
+            } catch (const InvalidParameterError& error) {
+                EXPECT_STRNE(error.what(), "") << spec.id << " " << value;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quillmere
