@@ -60,6 +60,8 @@ CPUExecutor::CPUExecutor(const Plan& plan, Purpose purpose)
       groups_((plan.batch + groupSize_ - 1) / groupSize_),
       flat_(plan.mean.inputs),
       parameters_(layout_.size()) {
+    require(flat_ % widthMultiple == 0 && plan.encoder.back().loChannels % widthMultiple == 0,
+            "the deepest layer's channels must be a multiple of sixteen");
     if (training()) {
         gradients_ = FloatBuffer(layout_.size());
         firstMoment_ = FloatBuffer(layout_.size());
@@ -179,7 +181,7 @@ void CPUExecutor::makeWorkers() {
         worker.Z = FloatBuffer(z);
         worker.M = FloatBuffer(m);
         worker.carry = FloatBuffer(carry);
-        worker.strip = FloatBuffer(outputStrip(plan_.width));
+        worker.strip = FloatBuffer(outputStrip(plan_.width, plan_.output.channels));
         worker.scratch = {worker.V.data(), worker.Z.data(), worker.M.data(), worker.carry.data()};
         if (training()) {
             worker.recon = FloatBuffer(plan_.imageSize());

@@ -58,10 +58,8 @@ const KernelTable& kernels() {
     return *HWY_DYNAMIC_DISPATCH(table)();
 }
 
-std::size_t outputStrip(int width) {
-    constexpr std::size_t taps = 16;
-    constexpr std::size_t mostChannels = 64;
-    return (3 * (static_cast<std::size_t>(width) + 2) + mostChannels) * taps;
+std::size_t outputStrip(int width, int channels) {
+    return (3 * (static_cast<std::size_t>(width) + 2) + static_cast<std::size_t>(channels)) * outputTapLanes;
 }
 
 TileGeometry::TileGeometry(const ConvLayer& layer, int batchSize, bool whole)

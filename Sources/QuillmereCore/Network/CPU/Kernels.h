@@ -22,10 +22,13 @@
 // gradient is V[p] transposed times Z[p]. The constants are +-1 only.
 namespace quillmere::network::cpu {
 
-// Channel counts are multiples of this.
+// Channel counts are multiples of this; those of the deepest layer also of widthMultiple.
 inline constexpr int channelMultiple = 8;
 // Matrix widths and flat arrays are padded to multiples of this.
 inline constexpr int widthMultiple = 16;
+
+// Products of one pixel with the nine taps of the output layer, padded.
+inline constexpr int outputTapLanes = 16;
 
 [[nodiscard]] constexpr int roundUp(int value, int multiple) {
     return (value + multiple - 1) / multiple * multiple;
@@ -122,7 +125,7 @@ struct KernelTable {
                         PaddedView derivative, int image);
     void (*stemGradient)(PaddedView x, PaddedView gradient, float* dWeight, int image);
 
-    // ---- Last layer: 3x3 to one channel. weight [9][channels]; strip: scratch of outputStrip(width) floats.
+    // ---- Last layer: 3x3 to one channel. weight [9][channels]; strip: scratch of outputStrip floats.
     void (*outputForward)(PaddedView act, const float* weight, float bias, float* strip, float* recon,
                           int image);
     // Weighted squared error of one image, summed; dRecon (image 0) receives its gradient times scale, and
@@ -157,7 +160,7 @@ struct KernelTable {
 // The table for the best instruction set of this processor that is enabled.
 [[nodiscard]] const KernelTable& kernels();
 
-// Floats of scratch that outputForward needs.
-[[nodiscard]] std::size_t outputStrip(int width);
+// Floats of scratch that outputForward needs: three rows of products and the transposed weights.
+[[nodiscard]] std::size_t outputStrip(int width, int channels);
 
 }  // namespace quillmere::network::cpu

@@ -134,7 +134,7 @@ inline HWY_ATTR void stemGradient(PaddedView x, PaddedView gradient, float* dWei
 // ---- Output layer. Each input pixel is multiplied with all nine taps at once; a strip of three rows of
 // those products is enough to add up one output row.
 
-inline constexpr int tapLanes = 16;  // nine taps and padding
+inline constexpr int tapLanes = outputTapLanes;
 
 inline HWY_ATTR void outputTapProducts(const float* act, int width, int channels, const float* taps,
                                        float* strip) {
