@@ -35,7 +35,7 @@ long long roundedCount(double value) {
     return static_cast<long long>(rounded);
 }
 
-FileError::FileError(std::filesystem::path file, std::error_code reason)
+FileError::FileError(const std::filesystem::path& file, std::error_code reason)
     : FileError(file, reason, Text::utf8(file) + ": " + reason.message()) {}
 
 FileError::FileError(std::filesystem::path file, std::error_code reason, const std::string& message)

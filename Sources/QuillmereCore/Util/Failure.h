@@ -33,7 +33,7 @@ public:
 // Trouble reported by the file system: what() names the file and gives the system's reason.
 class FileError : public Failure {
 public:
-    FileError(std::filesystem::path file, std::error_code reason);
+    FileError(const std::filesystem::path& file, std::error_code reason);
     // For failures that have a sentence of their own.
     FileError(std::filesystem::path file, std::error_code reason, const std::string& message);
 

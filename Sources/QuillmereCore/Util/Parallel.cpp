@@ -33,8 +33,6 @@ public:
     void publish() {}
     void observe() {}
 #endif
-private:
-    char address_ = 0;
 };
 
 }  // namespace

@@ -133,14 +133,15 @@ void CPUExecutor::makeLayers() {
         makeLayer(decoder_[k], spec, inner);
     }
     // The largest layers first, so that the last tasks to finish are small ones.
-    for (auto layer = encoder_.rbegin(); layer != encoder_.rend(); ++layer) {
-        for (int row = 0; row < layer->geometry.loChannels; row += channelMultiple)
-            rowTasks_.push_back({&*layer, row});
-    }
-    for (Layer& layer : decoder_) {
-        for (int row = 0; row < layer.geometry.loChannels; row += channelMultiple)
+    const auto addRowTasks = [&](Layer& layer) {
+        for (int row = 0; row < layer.geometry.loChannels; row += channelMultiple) {
             rowTasks_.push_back({&layer, row});
-    }
+        }
+    };
+    for (std::size_t k = encoder_.size(); k-- > 0;)
+        addRowTasks(encoder_[k]);
+    for (Layer& layer : decoder_)
+        addRowTasks(layer);
 }
 
 void CPUExecutor::makeTensors() {

@@ -35,7 +35,9 @@ class PaddedTensor {
 public:
     PaddedTensor() = default;
     PaddedTensor(int images, int height, int width, int channels) {
-        const auto padded = [](int extent) { return static_cast<std::size_t>((extent + 3) / 4 * 4 + 2); };
+        const auto padded = [](int extent) -> std::size_t {
+            return (static_cast<std::size_t>(extent) + 3) / 4 * 4 + 2;
+        };
         view_.height = height;
         view_.width = width;
         view_.channels = channels;
