@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     const std::array areas{rngArea(),        stftArea(),     melArea(),    griffinLimArea(), corpusArea(),
                            clipsArea(),      featuresArea(), configArea(), vaeArea(),        trainerArea(),
-                           aestheticsArea(), finishArea(),   formatArea()};
+                           aestheticsArea(), samplerArea(),  renderArea(), finishArea(),     formatArea()};
     // Another folder may hold any of the areas; ours holds all.
     const char* const folder = std::getenv("QUILLMERE_GOLDEN_DIR");
     const bool ours = folder == nullptr || *folder == '\0';
