@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <vector>
+
+#include "QuillmereCore/Generate/Aesthetics.h"
+
+namespace quillmere {
+
+// The parameters as the user sees them.
+struct Character {
+    Aesthetics aesthetics;
+    QString presetName;  // the preset they came from; empty when none
+
+    friend bool operator==(const Character&, const Character&) = default;
+};
+
+// Undo and redo of the parameters: whole states, the current one included.
+class EditHistory {
+public:
+    explicit EditHistory(Character start) : current_(std::move(start)) {}
+
+    [[nodiscard]] const Character& current() const { return current_; }
+    [[nodiscard]] bool canUndo() const { return !past_.empty(); }
+    [[nodiscard]] bool canRedo() const { return !future_.empty(); }
+
+    // All changes between begin and end are one step; pairs nest.
+    void begin();
+    void end();
+    // Nothing happens when next is the current state.
+    void change(Character next);
+    // End an open edit; false when there is nothing to go to.
+    bool undo();
+    bool redo();
+
+private:
+    static constexpr std::size_t limit = 500;
+
+    void remember(Character state);
+
+    std::vector<Character> past_;    // oldest first
+    std::vector<Character> future_;  // the next redo last
+    Character current_;
+    Character beforeEdit_;
+    int open_ = 0;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QFileSystemWatcher>
+#include <QHash>
+#include <QList>
+#include <QQmlEngine>
+#include <QTimer>
+#include <QUrl>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "QuillmereApp/BackgroundTask.h"
+#include "QuillmereCore/Generate/Generator.h"
+
+namespace quillmere {
+
+// The files of the last generation. Roles:
+//   url          file URL (for dragging out too)
+//   fileName     string
+//   seconds      double; durationText: "1.24 s"
+//   exists       bool; follows deletions by other programs
+//   isPlaying    bool
+//   peaks        list of numbers 0 ... 1, the largest |sample| of equal stretches of the file; empty until
+//                the thumbnail is computed, which reading the role starts
+// Thousands of rows cost nothing: files are looked at in the background, thumbnails only of the rows that
+// are read, newest request first.
+class ResultsModel : public QAbstractListModel {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("AppModel owns it")
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role {
+        UrlRole = Qt::UserRole + 1,
+        FileNameRole,
+        SecondsRole,
+        DurationTextRole,
+        ExistsRole,
+        IsPlayingRole,
+        PeaksRole,
+    };
+
+    // Stretches per thumbnail; fewer when the file has fewer samples.
+    static constexpr int peakCount = 128;
+
+    explicit ResultsModel(QObject* parent = nullptr);
+    ~ResultsModel() override;
+
+    [[nodiscard]] int count() const { return static_cast<int>(rows_.size()); }
+    [[nodiscard]] const std::vector<GeneratedSample>& samples() const { return samples_; }
+    void setSamples(std::vector<GeneratedSample> samples);
+    void setPlaying(const QUrl& url);
+
+    // The row's file; empty for a row that is not there.
+    Q_INVOKABLE [[nodiscard]] QUrl urlAt(int row) const;
+    Q_INVOKABLE [[nodiscard]] int rowOf(const QUrl& url) const;  // -1 when there is none
+    Q_INVOKABLE [[nodiscard]] bool existsAt(int row) const;
+    // Looks at all files again in the background: call it when the window becomes active.
+    Q_INVOKABLE void refresh();
+
+    [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
+    [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+signals:
+    void countChanged();
+
+private:
+    struct Row {
+        QUrl url;
+        QString fileName;
+        bool exists = true;
+        bool peaksRequested = false;
+        QList<qreal> peaks;
+    };
+
+    void requestPeaks(int row);
+    void watchFolders();
+    void announce(int row, int role);
+
+    std::vector<GeneratedSample> samples_;
+    std::vector<Row> rows_;
+    QHash<QUrl, int> rowByUrl_;
+    QUrl playing_;
+    quint64 generation_ = 0;  // of the rows: late answers for older ones are dropped
+    QFileSystemWatcher watcher_;
+    QTimer refreshSoon_;
+    std::shared_ptr<CancelFlag> staleRows_;
+    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+};
+
+}  // namespace quillmere
