@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Quillmere needs and that are missing. May be run again at any time.
 #
-#   scripts/setup.sh [build] [run] [test] [demo] [lint] [pictures] [all]     (build, if nothing is named)
+#   scripts/setup.sh [build] [run] [test] [demo] [lint] [pictures] [peers] [all]     (build, if nothing is named)
 #
 # Written for Debian 12. Needs root, or a user with sudo.
 set -euo pipefail
@@ -15,6 +15,7 @@ test=(libgtest-dev libgmock-dev libbenchmark-dev python3)
 demo=(sonic-pi-samples)
 lint=(clang-format clang-tidy git)
 pictures=(python3 python3-numpy python3-matplotlib)
+peers=(python3 python3-torch util-linux)
 
 die() {
     echo "setup.sh: $*" >&2
@@ -24,12 +25,13 @@ die() {
 packages=()
 for group in "${@:-build}"; do
     case $group in
-        build | run | test | demo | lint | pictures)
+        build | run | test | demo | lint | pictures | peers)
             declare -n names=$group
             packages+=("${names[@]}")
             ;;
-        all) packages+=("${build[@]}" "${run[@]}" "${test[@]}" "${demo[@]}" "${lint[@]}" "${pictures[@]}") ;;
-        *) die "unknown group '$group'; the groups are build, run, test, demo, lint, pictures and all" ;;
+        all) packages+=("${build[@]}" "${run[@]}" "${test[@]}" "${demo[@]}" "${lint[@]}" "${pictures[@]}"
+                         "${peers[@]}") ;;
+        *) die "unknown group '$group'; the groups are build, run, test, demo, lint, pictures, peers and all" ;;
     esac
 done
 

@@ -2,6 +2,7 @@
 // decoding 16 latents is what a batch of variations costs before rendering.
 
 #include <benchmark/benchmark.h>
+#include <hwy/targets.h>
 
 #include <vector>
 
@@ -41,6 +42,17 @@ void trainingStep(benchmark::State& state) {
     state.counters["images/s"] = benchmark::Counter(batch, benchmark::Counter::kIsIterationInvariantRate);
 }
 
+// The same with the kernels of an ordinary desktop processor.
+void trainingStepAVX2(benchmark::State& state) {
+    if ((hwy::SupportedTargets() & HWY_AVX2) == 0) {
+        state.SkipWithError("this processor has no AVX2");
+        return;
+    }
+    hwy::SetSupportedTargetsForTest(HWY_AVX2);
+    trainingStep(state);
+    hwy::SetSupportedTargetsForTest(0);
+}
+
 void encode16(benchmark::State& state) {
     const ModelConfig config = configOf(state);
     VAEInference inference(config, VAEArchitecture::initialWeights(config, 1));
@@ -67,6 +79,7 @@ void applicationSizes(benchmark::internal::Benchmark* benchmark) {
 }
 
 BENCHMARK(trainingStep)->Apply(applicationSizes);
+BENCHMARK(trainingStepAVX2)->Apply(applicationSizes);
 BENCHMARK(encode16)->Apply(applicationSizes);
 BENCHMARK(decode16)->Apply(applicationSizes);
 

@@ -1,0 +1,174 @@
+#!/usr/bin/env python3
+"""The product's heavy work done with PyTorch, for comparison. Prints the milliseconds of each run as JSON.
+
+usage: torch_peer.py WORK [--threads N] [--seconds S]
+
+WORK: step:HxW (one training step, batch 16), decode:HxW (16 latents), griffinlim:NFFT:FRAMES (48 passes),
+features:NFFT:FRAMES:MELS (one clip). H is the number of mel bands, W the number of frames; the hop is NFFT / 4.
+"""
+import argparse
+import json
+import math
+import time
+
+import torch
+import torch.nn.functional as F
+
+BATCH, LATENT = 16, 64
+ENCODER = [1, 24, 48, 96, 128, 192]
+DECODER = [192, 128, 96, 48, 24, 24]
+
+
+class Network:
+    """The variational autoencoder with its Adam update, in channels_last layout (the faster one here)."""
+
+    def __init__(self, height, width):
+        self.height, self.width = height, width
+        self.deep = (height // 32, width // 32)
+        flat = 192 * self.deep[0] * self.deep[1]
+        self.parameters = []
+        self.encoder = [
+            (self.normal(o, i, 4, 4, std=math.sqrt(2 / (i * 16))), self.normal(o, std=0))
+            for i, o in zip(ENCODER, ENCODER[1:])
+        ]
+        self.mean = (self.normal(flat, LATENT, std=0.5 / math.sqrt(flat)), self.normal(LATENT, std=0))
+        self.log_var = (self.normal(flat, LATENT, std=0.1 / math.sqrt(flat)), self.normal(LATENT, std=0))
+        self.dense = (self.normal(LATENT, flat, std=math.sqrt(2 / LATENT)), self.normal(flat, std=0))
+        self.decoder = [
+            (self.normal(o, i, 3, 3, std=math.sqrt(2 / (i * 9))), self.normal(o, std=0))
+            for i, o in zip(DECODER, DECODER[1:])
+        ]
+        self.output = (self.normal(1, 24, 3, 3, std=0.068), self.normal(1, std=0))
+        self.first = [torch.zeros_like(p) for p in self.parameters]
+        self.second = [torch.zeros_like(p) for p in self.parameters]
+
+    def normal(self, *shape, std):
+        parameter = (torch.randn(*shape) * std).requires_grad_()
+        self.parameters.append(parameter)
+        return parameter
+
+    def encode(self, x):
+        h = x.to(memory_format=torch.channels_last)
+        for weight, bias in self.encoder:
+            h = F.silu(F.conv2d(h, weight, bias, stride=2, padding=1))
+        flat = h.reshape(BATCH, -1)
+        mean = flat @ self.mean[0] + self.mean[1]
+        return mean, (flat @ self.log_var[0] + self.log_var[1]).clamp(-12, 6)
+
+    def decode(self, z):
+        h = F.silu(z @ self.dense[0] + self.dense[1]).view(BATCH, 192, *self.deep)
+        h = h.to(memory_format=torch.channels_last)
+        for weight, bias in self.decoder:
+            h = F.silu(F.conv2d(F.interpolate(h, scale_factor=2, mode="nearest"), weight, bias, padding=1))
+        return F.conv2d(h, *self.output, padding=1)
+
+    def step(self, x, eps, rate=1e-4, kl_weight=0.002):
+        mean, log_var = self.encode(x)
+        difference = self.decode(mean + torch.exp(0.5 * log_var) * eps) - x
+        weight = 1 + 3 * (x > -0.95).to(x.dtype)
+        mse = (difference * difference * weight).mean()
+        kl = -0.5 * ((1 + log_var) - (mean * mean + log_var.exp())).mean()
+        loss = mse + kl_weight * kl
+        gradients = torch.autograd.grad(loss, self.parameters)
+        with torch.no_grad():
+            torch._foreach_mul_(self.first, 0.9)
+            torch._foreach_add_(self.first, gradients, alpha=0.1)
+            torch._foreach_mul_(self.second, 0.999)
+            torch._foreach_addcmul_(self.second, gradients, gradients, 0.001)
+            scale = torch._foreach_sqrt(self.second)
+            torch._foreach_add_(scale, 1e-8)
+            torch._foreach_addcdiv_(self.parameters, self.first, scale, -rate)
+        return loss.item(), mse.item(), kl.item()
+
+
+def training_step(height, width):
+    network = Network(height, width)
+    x = torch.rand(BATCH, 1, height, width) * 2 - 1
+    eps = torch.randn(BATCH, LATENT)
+    return lambda: network.step(x, eps)
+
+
+def decode(height, width):
+    network = Network(height, width)
+    z = torch.randn(BATCH, LATENT)
+
+    def run():
+        with torch.inference_mode():
+            return network.decode(z)
+
+    return run
+
+
+def griffin_lim(size, frames, passes=48):
+    hop, bins = size // 4, size // 2 + 1
+    magnitude = torch.rand(bins, frames) + 0.01
+    window = torch.hann_window(size)
+
+    def inverse(spectrum):
+        return torch.istft(spectrum, size, hop, window=window, length=frames * hop - hop)
+
+    def run():
+        with torch.inference_mode():
+            estimate = torch.polar(magnitude, torch.rand(bins, frames) * 2 * math.pi)
+            previous, momentum = torch.zeros_like(estimate), 0.0
+            for _ in range(passes):
+                projection = torch.stft(inverse(estimate), size, hop, window=window, center=True,
+                                        pad_mode="constant", return_complex=True)
+                moved = projection + (projection - previous) * momentum
+                estimate = magnitude * (moved / (moved.abs() + 1e-12))
+                previous, momentum = projection, 0.99
+            return inverse(estimate)
+
+    return run
+
+
+def features(size, frames, mels):
+    hop = size // 4
+    signal = torch.rand(frames * hop) * 2 - 1
+    window = torch.hann_window(size)
+    edges = torch.linspace(0, 2595 * math.log10(1 + 22050 / 700), mels + 2)
+    edges = 700 * (10 ** (edges / 2595) - 1)
+    frequency = torch.arange(size // 2 + 1) * 44100 / size
+    rising = (frequency[None] - edges[:-2, None]) / (edges[1:-1] - edges[:-2])[:, None]
+    falling = (edges[2:, None] - frequency[None]) / (edges[2:] - edges[1:-1])[:, None]
+    bank = torch.clamp(torch.minimum(rising, falling), min=0)
+    bank = bank / bank.sum(1, keepdim=True).clamp(min=1e-6)
+
+    def run():
+        with torch.inference_mode():
+            spectrum = torch.stft(signal, size, hop, window=window, center=True, pad_mode="constant",
+                                  return_complex=True)[:, :frames]
+            level = 20 * torch.log10(torch.clamp(bank @ (spectrum.abs() * 4 / size), min=1e-7))
+            return (torch.clamp(level, -100, 10) + 50) / 50
+
+    return run
+
+
+def make(work):
+    name, *numbers = work.replace("x", ":").split(":")
+    return {"step": training_step, "decode": decode, "griffinlim": griffin_lim, "features": features}[name](
+        *map(int, numbers))
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("work")
+    parser.add_argument("--threads", type=int, default=2)
+    parser.add_argument("--seconds", type=float, default=3.0)
+    arguments = parser.parse_args()
+    torch.manual_seed(0)
+    torch.set_num_threads(arguments.threads)
+    run = make(arguments.work)
+    for _ in range(2):
+        run()
+    times = []
+    end = time.perf_counter() + arguments.seconds
+    while time.perf_counter() < end or len(times) < 3:
+        start = time.perf_counter()
+        run()
+        times.append((time.perf_counter() - start) * 1e3)
+    print(json.dumps(times))
+
+
+if __name__ == "__main__":
+    main()
