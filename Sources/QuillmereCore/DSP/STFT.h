@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <span>
@@ -34,6 +35,9 @@ public:
     [[nodiscard]] std::span<const float> window() const noexcept { return window_; }
     // 2 / sum of the window: a full-scale sinusoid on a bin centre gets magnitude 1.
     [[nodiscard]] float magnitudeNormalization() const noexcept { return magnitudeNormalization_; }
+    // The least divisor of inverse(): one fifth of the steady-state sum of the squared window, which is
+    // 0.375 * nFFT / hop. Keeps the edges, where few frames overlap, from being blown up.
+    [[nodiscard]] float weightFloor() const noexcept;
 
     // samples / hop + 1.
     [[nodiscard]] int frameCount(long long samples) const;
@@ -48,6 +52,14 @@ public:
 
 private:
     struct Plan;
+
+    [[nodiscard]] std::size_t spectrumSize(int frames) const;
+    [[nodiscard]] std::span<float> scratchFrame(int index);
+    // Windows frame number `frame` of the signal into out [nFFT].
+    void cutFrame(std::span<const float> signal, int frame, std::span<float> out) const;
+    // Adds the windowed frame to the samples and the squared window to their weights.
+    void overlapAdd(std::span<const float> frame, int index, std::span<float> samples,
+                    std::span<float> weights) const;
     int nFFT_;
     int hop_;
     float magnitudeNormalization_ = 0;

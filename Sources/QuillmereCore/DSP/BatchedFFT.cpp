@@ -1,0 +1,245 @@
+#include "QuillmereCore/DSP/BatchedFFT.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <numbers>
+
+#include "QuillmereCore/DSP/VectorLanes.h"
+#include "QuillmereCore/Util/Failure.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "QuillmereCore/DSP/BatchedFFT.cpp"
+#include <hwy/foreach_target.h>  // must come before highway.h
+
+#include <hwy/aligned_allocator.h>
+#include <hwy/highway.h>
+
+#include "QuillmereCore/DSP/BatchedFFT-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quillmere::HWY_NAMESPACE {
+namespace {
+
+// The parts of the scratch memory.
+struct Buffers {
+    Buffers(const RealFFTPlan& plan, float* scratch)
+        : work(scratch),
+          samples(work + plan.workSize()),
+          re(samples + plan.n * lanes),
+          im(re + (plan.half + 1) * lanes),
+          unused(im + (plan.half + 1) * lanes) {}
+
+    float* work;     // of FrameBatch
+    float* samples;  // [n][lanes]
+    float* re;       // [bins][lanes]
+    float* im;       // [bins][lanes]
+    float* unused;   // [n + 1], for lanes without a frame
+};
+
+struct SampleRows {
+    const float* rows;
+    HWY_INLINE Vector operator()(std::size_t i) const { return hn::Load(Tag(), rows + i * lanes); }
+};
+
+struct KeepSamples {
+    float* rows;
+    HWY_INLINE void operator()(std::size_t i, Vector value) const {
+        hn::Store(value, Tag(), rows + i * lanes);
+    }
+};
+
+struct KeepSpectrum {
+    float* re;
+    float* im;
+    HWY_INLINE Complex operator()(std::size_t k, Complex value) const {
+        const Vector half = hn::Set(Tag(), 0.5F);
+        hn::Store(hn::Mul(value.re, half), Tag(), re + k * lanes);
+        hn::Store(hn::Mul(value.im, half), Tag(), im + k * lanes);
+        return value;
+    }
+};
+
+struct SpectrumRows {
+    const float* re;
+    const float* im;
+    HWY_INLINE Complex operator()(std::size_t k, Complex) const {
+        return {hn::Load(Tag(), re + k * lanes), hn::Load(Tag(), im + k * lanes)};
+    }
+};
+
+// The rows of a matrix with the given number of columns, one per lane; lanes without a row repeat the first.
+struct InputRows {
+    InputRows(const float* matrix, std::size_t columns, std::size_t count) {
+        for (std::size_t l = 0; l < lanes; ++l)
+            rows[l] = matrix + (l < count ? l : 0) * columns;
+    }
+    const float* rows[lanes];
+};
+
+struct OutputRows {
+    OutputRows(float* matrix, std::size_t columns, std::size_t count, float* unused) {
+        for (std::size_t l = 0; l < lanes; ++l)
+            rows[l] = l < count ? matrix + l * columns : unused;
+    }
+    float* rows[lanes];
+};
+
+void forward(const RealFFTPlan& plan, float* scratch, const float* frames, std::size_t count, float* re,
+             float* im) {
+    const std::size_t bins = plan.half + 1;
+    const Buffers buffers(plan, scratch);
+    FrameBatch batch(plan, buffers.work);
+    KeepSpectrum keep{buffers.re, buffers.im};
+    for (std::size_t t = 0; t < count; t += lanes) {
+        const std::size_t part = HWY_MIN(lanes, count - t);
+        interleave(InputRows(frames + t * plan.n, plan.n, part).rows, plan.n, buffers.samples, lanes);
+        batch.split(SampleRows{buffers.samples});
+        batch.analyse(keep);
+        deinterleave(buffers.re, lanes, bins, OutputRows(re + t * bins, bins, part, buffers.unused).rows);
+        deinterleave(buffers.im, lanes, bins, OutputRows(im + t * bins, bins, part, buffers.unused).rows);
+    }
+}
+
+void inverse(const RealFFTPlan& plan, float* scratch, const float* re, const float* im, std::size_t count,
+             float* frames) {
+    const std::size_t bins = plan.half + 1;
+    const Buffers buffers(plan, scratch);
+    FrameBatch batch(plan, buffers.work);
+    SpectrumRows spectrum{buffers.re, buffers.im};
+    for (std::size_t t = 0; t < count; t += lanes) {
+        const std::size_t part = HWY_MIN(lanes, count - t);
+        interleave(InputRows(re + t * bins, bins, part).rows, bins, buffers.re, lanes);
+        interleave(InputRows(im + t * bins, bins, part).rows, bins, buffers.im, lanes);
+        batch.synthesise(spectrum);
+        batch.join(KeepSamples{buffers.samples});
+        deinterleave(buffers.samples, lanes, plan.n,
+                     OutputRows(frames + t * plan.n, plan.n, part, buffers.unused).rows);
+    }
+}
+
+}  // namespace
+}  // namespace quillmere::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quillmere {
+namespace {
+
+// The first count of the n-th roots of unity, e^(-2 pi i k / n). Only the first eighth of the circle is
+// computed, in double; the rest follows by reflection, so that symmetric roots are equal bit for bit.
+class Roots {
+public:
+    explicit Roots(std::size_t n) : n_(n) {
+        for (std::size_t k = 0; k <= n / 8; ++k) {
+            const double angle = 2 * std::numbers::pi * static_cast<double>(k) / static_cast<double>(n);
+            eighth_.push_back({static_cast<float>(std::cos(angle)), static_cast<float>(-std::sin(angle))});
+        }
+    }
+
+    // k < n.
+    [[nodiscard]] RealFFTPlan::Root operator[](std::size_t k) const {
+        if (8 * k <= n_) return eighth_[k];
+        if (4 * k <= n_) {
+            const RealFFTPlan::Root mirrored = (*this)[n_ / 4 - k];
+            return {-mirrored.im, -mirrored.re};
+        }
+        if (2 * k <= n_) {
+            const RealFFTPlan::Root quarterBack = (*this)[k - n_ / 4];
+            return {quarterBack.im, -quarterBack.re};
+        }
+        const RealFFTPlan::Root halfBack = (*this)[k - n_ / 2];
+        return {-halfBack.re, -halfBack.im};
+    }
+
+private:
+    std::size_t n_;
+    std::vector<RealFFTPlan::Root> eighth_;
+};
+
+// Twiddles of a transform of `length` points, length = columns * radix, from roots of a multiple of it:
+// [columns][radix - 1], e^(-2 pi i column k / length).
+void appendTwiddles(const Roots& roots, std::size_t n, std::size_t columns, std::size_t radix,
+                    std::vector<RealFFTPlan::Root>& out) {
+    const std::size_t step = n / (columns * radix);
+    for (std::size_t column = 0; column < columns; ++column) {
+        for (std::size_t k = 1; k < radix; ++k)
+            out.push_back(roots[column * k * step]);
+    }
+}
+
+// The largest radix that divides a power of two, except that 16 is better taken as 4 * 4 than as 8 * 2.
+std::size_t radixFor(std::size_t length) {
+    if (length == 16) return 4;
+    return std::min<std::size_t>(length, 8);
+}
+
+}  // namespace
+
+RealFFTPlan::RealFFTPlan(int points) : n(static_cast<std::size_t>(points)), half(n / 2) {
+    require(points >= 1 && std::has_single_bit(n), "FFT: the length is no power of two");
+    const Roots circle(n);
+    for (std::size_t k = 0; k < half; ++k)
+        roots.push_back(circle[k]);
+    blocks = std::clamp<std::size_t>(half, 1, 8);
+    blockLength = std::max<std::size_t>(half / blocks, 1);
+    appendTwiddles(circle, n, blockLength, blocks, blockTwiddles);
+    for (std::size_t length = blockLength, stride = 1; length > 1;) {
+        const std::size_t radix = radixFor(length);
+        passes.push_back({radix, length / radix, stride, twiddles.size()});
+        appendTwiddles(circle, n, length / radix, radix, twiddles);
+        length /= radix;
+        stride *= radix;
+    }
+}
+
+std::size_t RealFFTPlan::workSize() const {
+    return (blocks + 2) * (blockLength + 1) * 2 * maxLanes;
+}
+
+HWY_EXPORT(forward);
+HWY_EXPORT(inverse);
+
+struct BatchedFFT::State {
+    explicit State(int n)
+        : plan(n),
+          scratch(hwy::AllocateAligned<float>(plan.workSize() + (2 * plan.n + 2) * maxLanes + plan.n + 1)) {}
+
+    RealFFTPlan plan;
+    hwy::AlignedFreeUniquePtr<float[]> scratch;
+};
+
+BatchedFFT::BatchedFFT(int n) : state_(std::make_unique<State>(n)) {}
+BatchedFFT::~BatchedFFT() = default;
+BatchedFFT::BatchedFFT(BatchedFFT&&) noexcept = default;
+BatchedFFT& BatchedFFT::operator=(BatchedFFT&&) noexcept = default;
+
+void BatchedFFT::forward(std::span<const float> frames, std::size_t count, std::span<float> re,
+                         std::span<float> im) {
+    const RealFFTPlan& plan = state_->plan;
+    const std::size_t size = count * (plan.half + 1);
+    require(frames.size() >= count * plan.n && re.size() >= size && im.size() >= size,
+            "FFT: buffer too small");
+    if (plan.n == 1) {  // the transform of one point is that point
+        std::copy_n(frames.begin(), count, re.begin());
+        std::fill_n(im.begin(), count, 0.0F);
+        return;
+    }
+    HWY_DYNAMIC_DISPATCH(forward)(plan, state_->scratch.get(), frames.data(), count, re.data(), im.data());
+}
+
+void BatchedFFT::inverse(std::span<const float> re, std::span<const float> im, std::size_t count,
+                         std::span<float> frames) {
+    const RealFFTPlan& plan = state_->plan;
+    const std::size_t size = count * (plan.half + 1);
+    require(frames.size() >= count * plan.n && re.size() >= size && im.size() >= size,
+            "FFT: buffer too small");
+    if (plan.n == 1) {
+        std::copy_n(re.begin(), count, frames.begin());
+        return;
+    }
+    HWY_DYNAMIC_DISPATCH(inverse)(plan, state_->scratch.get(), re.data(), im.data(), count, frames.data());
+}
+
+}  // namespace quillmere
+#endif
