@@ -275,10 +275,10 @@ GriffinLimState::GriffinLimState(const STFT& stft, int frameCount, std::size_t l
 
 std::vector<float> GriffinLim::reconstruct(std::span<const float> mag, int frames, long long length,
                                            long long iterations, STFT& stft, SeededRNG& rng, float momentum) {
-    const long long size = checkedMultiply(frames, stft.bins());
-    require(frames >= 0 && static_cast<long long>(mag.size()) >= size, "GriffinLim: magnitude too small");
-    require(length >= 0, "GriffinLim: negative length");
-    std::vector<float> draws(static_cast<std::size_t>(size));
+    require(frames >= 0 && length >= 0, "GriffinLim: negative size");
+    const auto size = static_cast<std::size_t>(checkedMultiply(frames, stft.bins()));
+    require(mag.size() >= size, "GriffinLim: magnitude too small");
+    std::vector<float> draws(size);
     for (float& draw : draws)
         draw = rng.uniform();
     std::vector<float> samples(static_cast<std::size_t>(length));

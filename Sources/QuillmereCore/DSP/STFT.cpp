@@ -70,7 +70,7 @@ int STFT::frameCount(long long samples) const {
 
 STFT::Spectrum STFT::forward(std::span<const float> signal, std::optional<int> frames) {
     const int count = frames ? *frames : frameCount(static_cast<long long>(signal.size()));
-    const auto size = static_cast<std::size_t>(checkedMultiply(count, bins()));
+    const std::size_t size = spectrumSize(count);
     Spectrum spectrum{std::vector<float>(size), std::vector<float>(size)};
     forward(signal, count, spectrum.re, spectrum.im);
     return spectrum;

@@ -42,7 +42,8 @@ STFT FeatureExtractor::makeSTFT() const {
 }
 
 std::vector<float> FeatureExtractor::features(std::span<const float> samples, STFT& stft) const {
-    require(stft.bins() == bank_.bins(), "FeatureExtractor: STFT of another configuration");
+    require(stft.nFFT() == config_.nFFT && stft.hop() == config_.hop,
+            "FeatureExtractor: STFT of another configuration");
     const int frames = intSize(config_.frames);
     const auto columns = static_cast<std::size_t>(frames);
     const auto bins = static_cast<std::size_t>(bank_.bins());
