@@ -1,0 +1,104 @@
+#include <memory>
+
+#include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/Learning.h"
+#include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/ParameterOptions.h"
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+struct AuditionOptions {
+    CorpusOption corpus;
+    std::filesystem::path output;
+    ParameterOptions parameters;
+    ComputeOptions compute;
+    ModelsOption models;
+    bool json = false;
+
+    void addTo(CLI::App& app) {
+        corpus.addTo(app);
+        addPath(app, "--output", output, "The file to write; replaced if it is there")
+            ->type_name("FILE.wav")
+            ->required();
+        parameters.addTo(app);
+        compute.addTo(app);
+        models.addTo(app);
+        addJSON(app, json);
+    }
+
+    void checkOutput() const {
+        const std::string extension = Text::lowercase(Text::utf8(output.extension()));
+        if (extension != ".wav" && extension != ".wave")
+            throwUsageError("--output", "must name a .wav file, not \"" + shownPath(output) + "\"");
+    }
+};
+
+// Trouble that would otherwise show only after minutes of training.
+void requireWritableFile(const std::filesystem::path& file) {
+    std::error_code error;
+    if (std::filesystem::is_directory(file, error))
+        throw FileError(file, std::make_error_code(std::errc::is_a_directory));
+    requireWritableFolder(file.parent_path());
+}
+
+void audition(const AuditionOptions& options, Console& console, const CancelFlag& cancel) {
+    const auto threads = options.compute.limitThreads();
+    const std::filesystem::path output = std::filesystem::absolute(options.output).lexically_normal();
+    const Aesthetics aesthetics = options.parameters.aesthetics(console);
+    const std::uint64_t seed = options.parameters.seed();
+    const OutputFormat format = options.parameters.format();
+
+    ProgressLine progress(console);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    requireWritableFile(output);
+    SampleGenerator generator(loadOrLearn(corpus, console, progress, cancel));
+
+    WorkProgress work;
+    work.phase = "generating";
+    work.message = "Generating…";
+    work.unit = "variation";
+    work.totalSteps = 1;
+    progress.report(work);
+    cancel.check();
+    const std::vector<float> samples = generator.audition(aesthetics, seed);
+    cancel.check();
+    AudioIO::write(samples, output, generator.sampleRate(), format);
+    progress.finish();
+
+    const double seconds = static_cast<double>(samples.size()) / generator.sampleRate();
+    console.print("Wrote " + shownPath(output) + " (" + duration(seconds) + ").");
+    console.print("Seed " + std::to_string(seed) +
+                  (options.parameters.seedWasGiven()
+                       ? "."
+                       : "; use --seed " + std::to_string(seed) + " to get the same again."));
+    JSON result = makeResult("audition");
+    result["seed"] = seed;
+    result["path"] = toJSON(output);
+    result["durationSeconds"] = seconds;
+    result["format"] = rawValue(format);
+    result["aesthetics"] = toJSON(aesthetics);
+    result["seconds"] = progress.timesJSON();
+    console.emit(result);
+}
+
+}  // namespace
+
+void addAudition(CLI::App& app, Invocation& invocation) {
+    const auto options = std::make_shared<AuditionOptions>();
+    CLI::App* const command =
+        app.add_subcommand("audition", "Write a single variation to a file of your choice");
+    options->addTo(*command);
+    command->callback([options, &invocation] {
+        options->checkOutput();
+        invocation.json = options->json;
+        invocation.action = [options](Console& console, const CancelFlag& cancel) {
+            audition(*options, console, cancel);
+        };
+    });
+}
+
+}  // namespace quillmere::cli

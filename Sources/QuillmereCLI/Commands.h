@@ -1,0 +1,28 @@
+#pragma once
+
+#include <functional>
+
+#include <CLI/CLI.hpp>
+
+#include "QuillmereCLI/Cancellation.h"
+#include "QuillmereCLI/Console.h"
+
+namespace quillmere::cli {
+
+// What the command line asked for, filled in while it is parsed.
+struct Invocation {
+    bool json = false;
+    // Throws Failure or CancellationError.
+    std::function<void(Console&, const CancelFlag&)> action;
+};
+
+// Each adds one command to app. invocation must outlive the parsing.
+void addScan(CLI::App& app, Invocation& invocation);
+void addTrain(CLI::App& app, Invocation& invocation);
+void addGenerate(CLI::App& app, Invocation& invocation);
+void addAudition(CLI::App& app, Invocation& invocation);
+void addPresets(CLI::App& app, Invocation& invocation);
+void addParameters(CLI::App& app, Invocation& invocation);
+void addModels(CLI::App& app, Invocation& invocation);
+
+}  // namespace quillmere::cli

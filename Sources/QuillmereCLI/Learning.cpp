@@ -1,0 +1,103 @@
+#include "QuillmereCLI/Learning.h"
+
+#include <array>
+#include <utility>
+
+#include <unistd.h>
+
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+constexpr std::array<std::pair<std::string_view, std::int64_t>, 3> qualities{
+    {{"quick", 800}, {standardQuality, 2000}, {"thorough", 5000}}};
+
+}  // namespace
+
+KnownCorpus findCorpus(const std::filesystem::path& folder, const std::filesystem::path& modelsRoot,
+                       ProgressLine& progress, const CancelFlag& cancel) {
+    WorkProgress work;
+    work.phase = "scanning";
+    work.message = "Scanning " + Text::utf8(folder.filename()) + "…";
+    progress.report(work);
+    // A scan cannot be asked to stop, and leaves nothing behind.
+    const PromptCancellation prompt(cancel);
+    KnownCorpus corpus;
+    corpus.summary = Corpus::scan(folder);
+    corpus.modelFolder = ModelStore::directory(corpus.summary, modelsRoot);
+    return corpus;
+}
+
+std::int64_t qualitySteps(std::string_view quality) {
+    for (const auto& [name, steps] : qualities) {
+        if (name == quality) return steps;
+    }
+    fatal("unknown quality");
+}
+
+ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, ProgressLine& progress,
+                  const CancelFlag& cancel) {
+    requireWritableFolder(corpus.modelFolder.parent_path());
+    ModelBundle bundle = ModelTrainer::train(
+        corpus.summary, options,
+        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.test());
+    cancel.check();
+
+    WorkProgress work;
+    work.phase = "saving";
+    work.message = "Saving the model…";
+    work.fraction = 1;
+    progress.report(work);
+    ModelStore::save(bundle, corpus.modelFolder);
+    return bundle;
+}
+
+ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
+    try {
+        return ModelStore::load(corpus.modelFolder);
+    } catch (const Failure&) {
+        console.note("The stored model cannot be used. To learn the folder again: quillmere-cli train " +
+                     shellWord(corpus.summary.directory) + " --retrain");
+        throw;
+    }
+}
+
+ModelBundle loadOrLearn(const KnownCorpus& corpus, Console& console, ProgressLine& progress,
+                        const CancelFlag& cancel) {
+    if (corpus.hasModel()) return loadModel(corpus, console);
+    TrainingOptions options;
+    options.steps = qualitySteps(standardQuality);
+    ModelBundle bundle = learn(corpus, options, progress, cancel);
+    progress.finish();
+    console.print(learnedText(bundle));
+    return bundle;
+}
+
+void requireWritableFolder(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::filesystem::create_directories(folder, error);
+    if (error) throw FileError(folder, error);
+    if (!std::filesystem::is_directory(folder, error))
+        throw FileError(folder, std::make_error_code(std::errc::not_a_directory));
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        throw FileError(folder, std::error_code(errno, std::generic_category()));
+}
+
+std::string learnedText(const ModelBundle& bundle) {
+    const auto clips = static_cast<std::int64_t>(bundle.metadata.clipNames.size());
+    return "Learned " + counted(clips, "sample", "samples") + " (" +
+           std::string(rawValue(bundle.config.profile)) + " analysis, " +
+           Text::fixed(bundle.config.clipSeconds(), 1) + " s per sample).";
+}
+
+std::string leftOutText(const KnownCorpus& corpus, const ModelBundle& bundle) {
+    const auto total = static_cast<std::int64_t>(corpus.summary.files.size());
+    const auto used = static_cast<std::int64_t>(bundle.metadata.clipNames.size());
+    if (used >= total) return {};
+    return counted(total - used, "file was", "files were") + " left out; 'quillmere-cli scan " +
+           shellWord(corpus.summary.directory) + "' says why.";
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <filesystem>
+
+#include "QuillmereCLI/Cancellation.h"
+#include "QuillmereCLI/ProgressLine.h"
+#include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Model/Trainer.h"
+
+// What the commands that need a corpus or its model have in common.
+namespace quillmere::cli {
+
+// A scanned corpus and the place of its model.
+struct KnownCorpus {
+    CorpusSummary summary;
+    std::filesystem::path modelFolder;
+
+    [[nodiscard]] bool hasModel() const { return ModelStore::exists(modelFolder); }
+};
+
+// Throws FileError when folder is none.
+[[nodiscard]] KnownCorpus findCorpus(const std::filesystem::path& folder,
+                                     const std::filesystem::path& modelsRoot, ProgressLine& progress,
+                                     const CancelFlag& cancel);
+
+// The steps of the qualities quick, standard and thorough.
+[[nodiscard]] std::int64_t qualitySteps(std::string_view quality);
+inline constexpr std::string_view standardQuality = "standard";
+
+// Trains a model and stores it. Throws as ModelTrainer::train and ModelStore::save; nothing is stored then.
+[[nodiscard]] ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options,
+                                ProgressLine& progress, const CancelFlag& cancel);
+
+// The stored model. A damaged one fails with a note on how to replace it.
+[[nodiscard]] ModelBundle loadModel(const KnownCorpus& corpus, Console& console);
+
+// The stored model, or one learned now at standard quality, with a line that says so.
+[[nodiscard]] ModelBundle loadOrLearn(const KnownCorpus& corpus, Console& console, ProgressLine& progress,
+                                      const CancelFlag& cancel);
+
+// Creates folder and its parents where they are missing. Throws FileError if that fails or files cannot be
+// created in it: better at once than after minutes of training.
+void requireWritableFolder(const std::filesystem::path& folder);
+
+// "Learned 72 samples (percussive analysis, 0.8 s each)."
+[[nodiscard]] std::string learnedText(const ModelBundle& bundle);
+
+// A line about corpus files that the model does not use; empty when it uses all.
+[[nodiscard]] std::string leftOutText(const KnownCorpus& corpus, const ModelBundle& bundle);
+
+}  // namespace quillmere::cli

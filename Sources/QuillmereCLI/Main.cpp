@@ -1,0 +1,29 @@
+#include <cstdio>
+#include <iostream>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include "QuillmereCLI/Cancellation.h"
+#include "QuillmereCLI/CommandLine.h"
+
+namespace {
+
+std::optional<std::size_t> terminalWidth() {
+    if (isatty(STDERR_FILENO) != 1) return std::nullopt;
+    const char* const kind = std::getenv("TERM");
+    if (kind == nullptr || std::string_view(kind) == "dumb") return std::nullopt;
+    winsize size{};
+    constexpr std::size_t usualWidth = 80;
+    if (ioctl(STDERR_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return usualWidth;
+    return size.ws_col;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    quillmere::cli::CancelFlag cancel;
+    const quillmere::cli::SignalRoute route(cancel);
+    const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
+    return quillmere::cli::run(arguments, {std::cout, std::cerr, terminalWidth}, cancel);
+}

@@ -1,0 +1,127 @@
+#include "QuillmereCLI/Options.h"
+
+#include <algorithm>
+
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+std::string quoted(const std::string& text) {
+    return "\"" + printable(text) + "\"";
+}
+
+// Up to six significant decimals, without trailing zeros.
+std::string shortNumber(double value) {
+    std::string text = Text::fixed(value, 6);
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+    return text;
+}
+
+std::filesystem::path absoluteFolder(const std::filesystem::path& path) {
+    std::filesystem::path absolute = std::filesystem::absolute(path).lexically_normal();
+    if (!absolute.has_filename() && absolute.has_relative_path()) absolute = absolute.parent_path();
+    return absolute;
+}
+
+}  // namespace
+
+void throwUsageError(const std::string& option, const std::string& message) {
+    throw CLI::ValidationError(option, message);
+}
+
+CLI::Option* addWholeNumber(CLI::App& app, const std::string& name, std::int64_t& target, WholeRange range,
+                            const std::string& help) {
+    const auto store = [name, &target, range](const std::string& text) {
+        const auto value = Text::parseInteger(text);
+        if (!value || *value < range.lower || *value > range.upper) {
+            throwUsageError(name, "must be a whole number from " + std::to_string(range.lower) + " to " +
+                                      std::to_string(range.upper) + ", not " + quoted(text));
+        }
+        target = *value;
+    };
+    return app.add_option_function<std::string>(name, store, help)->type_name("N");
+}
+
+CLI::Option* addSeed(CLI::App& app, std::optional<std::uint64_t>& target, const std::string& help) {
+    const auto store = [&target](const std::string& text) {
+        target = Text::parseUnsigned(text);
+        if (!target) {
+            throwUsageError("--seed",
+                            "must be a whole number from 0 to 18446744073709551615, not " + quoted(text));
+        }
+    };
+    return app.add_option_function<std::string>("--seed", store, help)->type_name("N");
+}
+
+CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
+                     const std::string& help) {
+    const auto store = [name, &target](const std::string& text) {
+        if (text.empty()) throwUsageError(name, "must not be empty");
+        target = text;
+    };
+    return app.add_option_function<std::string>(name, store, help)->type_name("PATH");
+}
+
+CLI::Option* addReal(CLI::App& app, const std::string& name, std::optional<double>& target, RealRange range,
+                     const std::string& help) {
+    const auto store = [name, &target, range](const std::string& text) {
+        const auto value = Text::parseDouble(text);
+        // Written so that NaN fails.
+        if (!value || !(*value >= range.lower && *value <= range.upper)) {
+            throwUsageError(name, "must be a number from " + shortNumber(range.lower) + " to " +
+                                      shortNumber(range.upper) + ", not " + quoted(text));
+        }
+        target = *value;
+    };
+    return app.add_option_function<std::string>(name, store, help)->type_name("F");
+}
+
+CLI::Option* addChoice(CLI::App& app, const std::string& name, std::string& target,
+                       const std::vector<std::string>& choices, const std::string& help) {
+    const auto store = [name, &target, choices](const std::string& text) {
+        if (std::find(choices.begin(), choices.end(), text) == choices.end())
+            throwUsageError(name, "must be one of " + enumeration(choices) + ", not " + quoted(text));
+        target = text;
+    };
+    std::string typeName;
+    for (const std::string& choice : choices)
+        typeName += (typeName.empty() ? "" : "|") + choice;
+    return app.add_option_function<std::string>(name, store, help)->type_name(typeName);
+}
+
+void addJSON(CLI::App& app, bool& target) {
+    app.add_flag("--json", target, "Print one JSON object per line and nothing else");
+}
+
+void ModelsOption::addTo(CLI::App& app) {
+    addPath(app, "--models", directory_, "Folder of the stored models")
+        ->type_name("DIR")
+        ->default_str("the user's own");
+}
+
+std::filesystem::path ModelsOption::root() const {
+    return directory_.empty() ? ModelStore::rootDirectory() : absoluteFolder(directory_);
+}
+
+void CorpusOption::addTo(CLI::App& app) {
+    addPath(app, "FOLDER", folder_, "Folder of audio samples")->type_name("")->required();
+}
+
+std::filesystem::path CorpusOption::folder() const {
+    return absoluteFolder(folder_);
+}
+
+void ComputeOptions::addTo(CLI::App& app) {
+    addWholeNumber(app, "--threads", threads_, {1, 1024}, "Threads to use")->default_str("one per processor");
+    addChoice(app, "--device", device_, {"auto", "cpu"}, "Where to compute")->default_str("auto");
+}
+
+std::unique_ptr<ThreadLimit> ComputeOptions::limitThreads() const {
+    return threads_ > 0 ? std::make_unique<ThreadLimit>(static_cast<int>(threads_)) : nullptr;
+}
+
+}  // namespace quillmere::cli

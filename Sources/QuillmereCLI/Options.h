@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "QuillmereCore/Util/Parallel.h"
+
+// Options that several commands share, and options with checked values. A value that does not fit is a usage
+// error (CLI::ParseError). Numbers are read independently of the locale.
+namespace quillmere::cli {
+
+struct WholeRange {
+    std::int64_t lower, upper;  // both inclusive
+};
+
+// Each adds an option that stores its value in target, which must outlive the parsing.
+CLI::Option* addWholeNumber(CLI::App& app, const std::string& name, std::int64_t& target, WholeRange range,
+                            const std::string& help);
+CLI::Option* addSeed(CLI::App& app, std::optional<std::uint64_t>& target, const std::string& help);
+// A path that must not be empty; name may be a positional one.
+CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
+                     const std::string& help);
+
+struct RealRange {
+    double lower, upper;  // both inclusive
+};
+CLI::Option* addReal(CLI::App& app, const std::string& name, std::optional<double>& target, RealRange range,
+                     const std::string& help);
+
+// One of choices, matched exactly.
+CLI::Option* addChoice(CLI::App& app, const std::string& name, std::string& target,
+                       const std::vector<std::string>& choices, const std::string& help);
+
+[[noreturn]] void throwUsageError(const std::string& option, const std::string& message);
+
+// --json
+void addJSON(CLI::App& app, bool& target);
+
+// --models DIR
+class ModelsOption {
+public:
+    void addTo(CLI::App& app);
+    // The given folder as an absolute path, else the user's own models root.
+    [[nodiscard]] std::filesystem::path root() const;
+
+private:
+    std::filesystem::path directory_;
+};
+
+// FOLDER, the corpus.
+class CorpusOption {
+public:
+    void addTo(CLI::App& app);
+    // Absolute and without "." and "..", because the folder's name becomes part of names.
+    [[nodiscard]] std::filesystem::path folder() const;
+
+private:
+    std::filesystem::path folder_;
+};
+
+// --threads N and --device auto|cpu. The processor is the only device there is; both names choose it.
+class ComputeOptions {
+public:
+    void addTo(CLI::App& app);
+    // In force while the returned object lives; null without --threads.
+    [[nodiscard]] std::unique_ptr<ThreadLimit> limitThreads() const;
+
+private:
+    std::int64_t threads_ = 0;  // 0: one per processor
+    std::string device_ = "auto";
+};
+
+}  // namespace quillmere::cli

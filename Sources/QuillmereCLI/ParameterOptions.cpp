@@ -1,0 +1,144 @@
+#include "QuillmereCLI/ParameterOptions.h"
+
+#include <cmath>
+#include <fstream>
+#include <random>
+
+#include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+std::vector<std::string> presetNames() {
+    std::vector<std::string> names;
+    for (const Preset& preset : Preset::all())
+        names.emplace_back(preset.name);
+    return names;
+}
+
+std::vector<std::string> parameterIDs() {
+    std::vector<std::string> ids;
+    for (const ParameterSpec& spec : Aesthetics::specs())
+        ids.emplace_back(spec.id);
+    return ids;
+}
+
+std::vector<std::string> formatNames() {
+    std::vector<std::string> names;
+    for (const OutputFormat format : allOutputFormats)
+        names.emplace_back(rawValue(format));
+    return names;
+}
+
+std::string readSmallFile(const std::filesystem::path& file) {
+    constexpr std::streamsize limit = 1 << 20;  // a real one has about 500 bytes
+    std::ifstream stream(file, std::ios::binary);
+    if (!stream) throw FileError(file, std::error_code(errno, std::generic_category()));
+    std::string text(static_cast<std::size_t>(limit) + 1, '\0');
+    errno = 0;
+    stream.read(text.data(), limit + 1);
+    if (stream.bad() || (errno != 0 && stream.gcount() == 0))
+        throw FileError(file, std::error_code(errno != 0 ? errno : EIO, std::generic_category()));
+    if (stream.gcount() > limit) throw FileError(file, std::make_error_code(std::errc::file_too_large));
+    text.resize(static_cast<std::size_t>(stream.gcount()));
+    return text;
+}
+
+Aesthetics readAesthetics(const std::filesystem::path& file) {
+    const std::string text = readSmallFile(file);
+    try {
+        return decodeAesthetics(text);
+    } catch (const DecodingError& error) {
+        throw DecodingError(Text::utf8(file) + ": " + error.what());
+    }
+}
+
+// Stores value within the range of spec, and says so when that changes it.
+void setNoted(Aesthetics& aesthetics, const ParameterSpec& spec, double value, Console& console) {
+    aesthetics.set(spec, value);
+    const double used = spec.value(aesthetics);
+    if (used != value) {
+        console.note("Note: " + std::string(spec.id) + " goes from " + spec.format(spec.lower) + " to " +
+                     spec.format(spec.upper) + "; using " + spec.format(used) + ".");
+    }
+}
+
+}  // namespace
+
+void ParameterOptions::addTo(CLI::App& app) {
+    const auto storePreset = [this](const std::string& name) {
+        preset_ = Preset::named(name);
+        if (preset_ == nullptr) {
+            throwUsageError("--preset", "must be one of " + enumeration(presetNames()) + ", not \"" +
+                                            printable(name) + "\"");
+        }
+    };
+    CLI::Option* const preset = app.add_option_function<std::string>("--preset", storePreset,
+                                                                     "Character to start from; see 'presets'")
+                                    ->type_name("NAME")
+                                    ->default_str("Balanced");
+    CLI::Option* const file =
+        addPath(app, "--aesthetics", file_, "Start from the twenty parameters of a JSON file instead")
+            ->type_name("FILE.json");
+    file->excludes(preset);
+
+    const auto storeAssignments = [this](const std::vector<std::string>& texts) {
+        assignments_.clear();
+        for (const std::string& text : texts)
+            assignments_.push_back(parseAssignment(text));
+    };
+    app.add_option_function<std::vector<std::string>>(
+           "--set", storeAssignments, "Change one parameter; may be repeated; see 'parameters'")
+        ->type_name("ID=VALUE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+
+    addSeed(app, seed_, "The same number gives the same result")->default_str("a fresh one");
+    addChoice(app, "--format", format_, formatNames(), "Sample format")->default_str(format_);
+}
+
+ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        throwUsageError("--set", "must look like pitch=-3, not \"" + printable(text) + "\"");
+    const std::string id = text.substr(0, equals);
+    std::string number = text.substr(equals + 1);
+    if (number.size() > 1 && number[0] == '+' && number[1] != '-') number.erase(0, 1);
+    const ParameterSpec* const spec = Aesthetics::spec(id);
+    if (spec == nullptr) {
+        throwUsageError("--set", "\"" + printable(id) + "\" is no parameter; the parameters are " +
+                                     enumeration(parameterIDs()));
+    }
+    const auto value = Text::parseDouble(number);
+    if (!value || !std::isfinite(*value))
+        throwUsageError("--set", id + " must be a number, not \"" + printable(number) + "\"");
+    return {spec, *value};
+}
+
+Aesthetics ParameterOptions::aesthetics(Console& console) const {
+    Aesthetics result;
+    if (preset_ != nullptr) result = preset_->aesthetics;
+    if (!file_.empty()) {
+        // A file may hold any number; the generator's counts need finite ones of a sensible size.
+        const Aesthetics raw = readAesthetics(file_);
+        for (const ParameterSpec& spec : Aesthetics::specs()) {
+            if (!std::isfinite(spec.value(raw)))
+                throw DecodingError(Text::utf8(file_) + ": " + std::string(spec.field) + " is not finite");
+            setNoted(result, spec, spec.value(raw), console);
+        }
+    }
+    for (const Assignment& assignment : assignments_)
+        setNoted(result, *assignment.spec, assignment.value, console);
+    return result;
+}
+
+std::uint64_t ParameterOptions::seed() const {
+    if (seed_) return *seed_;
+    std::random_device device;
+    return (static_cast<std::uint64_t>(device()) << 32U) | device();
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "QuillmereCLI/Console.h"
+#include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Generate/Aesthetics.h"
+
+namespace quillmere::cli {
+
+// How a generation or an audition sounds: --preset NAME or --aesthetics FILE.json as the start, then each
+// --set ID=VALUE in the order given; and --seed, --format.
+class ParameterOptions {
+public:
+    void addTo(CLI::App& app);
+
+    // The parameters to use, each within its range; a note says which values were moved there. Reads the
+    // file of --aesthetics: throws FileError or DecodingError.
+    [[nodiscard]] Aesthetics aesthetics(Console& console) const;
+
+    // The seed given, or a fresh one.
+    [[nodiscard]] std::uint64_t seed() const;
+    [[nodiscard]] bool seedWasGiven() const { return seed_.has_value(); }
+
+    [[nodiscard]] OutputFormat format() const { return *outputFormat(format_); }
+
+private:
+    struct Assignment {
+        const ParameterSpec* spec;
+        double value;
+    };
+    static Assignment parseAssignment(const std::string& text);
+
+    const Preset* preset_ = nullptr;
+    std::filesystem::path file_;
+    std::vector<Assignment> assignments_;
+    std::optional<std::uint64_t> seed_;
+    std::string format_{rawValue(OutputFormat::wav24)};
+};
+
+}  // namespace quillmere::cli

@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <iterator>
+#include <memory>
+
+#include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/Learning.h"
+#include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Model/CorpusReport.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+struct ScanOptions {
+    CorpusOption corpus;
+    ModelsOption models;
+    bool json = false;
+};
+
+std::string sampleRatesText(const CorpusSummary& summary) {
+    std::vector<std::string> rates;
+    for (const auto& [rate, count] : summary.sampleRates)
+        rates.push_back(std::to_string(rate) + " Hz (" + counted(count, "file", "files") + ")");
+    return enumeration(rates);
+}
+
+std::string_view useName(FileFate::Use use) {
+    switch (use) {
+        case FileFate::Use::whole:
+            return "whole";
+        case FileFate::Use::cut:
+            return "cut";
+        case FileFate::Use::silent:
+            return "silent";
+        case FileFate::Use::unreadable:
+            return "unreadable";
+    }
+    fatal("unknown use of a file");
+}
+
+std::string fateText(const FileFate& fate, double clipSeconds) {
+    std::vector<std::string> parts;
+    switch (fate.use) {
+        case FileFate::Use::whole:
+            break;
+        case FileFate::Use::cut:
+            parts.push_back("cut at " + duration(clipSeconds) + " of " + duration(fate.seconds));
+            break;
+        case FileFate::Use::silent:
+            parts.emplace_back("left out: silent");
+            break;
+        case FileFate::Use::unreadable:
+            parts.push_back("left out: " + printable(fate.reason));
+            break;
+    }
+    if (fate.duplicateOf) parts.push_back("the same file as " + printable(*fate.duplicateOf));
+    return enumeration(parts);
+}
+
+bool isUsable(const FileFate& fate) {
+    return fate.use == FileFate::Use::whole || fate.use == FileFate::Use::cut;
+}
+
+std::vector<FileFate> notUsedAsTheyAre(const CorpusReport& report) {
+    std::vector<FileFate> fates;
+    std::copy_if(report.files.begin(), report.files.end(), std::back_inserter(fates),
+                 [](const FileFate& fate) { return !fate.isUsedAsItIs(); });
+    return fates;
+}
+
+void print(const KnownCorpus& corpus, const CorpusReport& report, Console& console) {
+    const CorpusSummary& summary = corpus.summary;
+    const auto row = [&](std::string_view label, const std::string& text) {
+        constexpr std::size_t labelColumns = 13;
+        console.print("  " + padded(label, labelColumns) + text);
+    };
+    console.print(shownPath(summary.directory));
+    row("samples",
+        std::to_string(summary.fileCount()) + ", " + duration(summary.totalSeconds) + " in all" +
+            (summary.unreadable > 0 ? ", " + std::to_string(summary.unreadable) + " unreadable" : ""));
+    row("sample rate", std::to_string(summary.dominantSampleRate()) + " Hz" +
+                           (summary.sampleRates.size() > 1 ? "; found: " + sampleRatesText(summary) : ""));
+    row("clip length", duration(summary.suggestedClipSeconds()) + " suggested");
+    if (report.clipSeconds > 0) {
+        row("training", std::string(rawValue(report.profile)) + " analysis, " + duration(report.clipSeconds) +
+                            " per sample");
+    }
+    row("fingerprint", summary.fingerprint());
+    row("model", std::string(corpus.hasModel() ? "stored in " : "none yet; it would be ") +
+                     shownPath(corpus.modelFolder));
+
+    std::vector<std::vector<std::string>> rows;
+    for (const FileFate& fate : notUsedAsTheyAre(report))
+        rows.push_back({"  " + printable(fate.name), fateText(fate, report.clipSeconds)});
+    if (!rows.empty()) console.print("Not used as they are:");
+    for (const std::string& line : table(rows))
+        console.print(line);
+}
+
+JSON toJSON(const FileFate& fate) {
+    JSON item = JSON::object();
+    item["path"] = fate.name;
+    item["use"] = useName(fate.use);
+    if (fate.use == FileFate::Use::unreadable) item["reason"] = fate.reason;
+    item["seconds"] = fate.seconds;
+    if (fate.duplicateOf) item["duplicateOf"] = *fate.duplicateOf;
+    return item;
+}
+
+JSON resultJSON(const KnownCorpus& corpus, const CorpusReport& report) {
+    const CorpusSummary& summary = corpus.summary;
+    JSON rates = JSON::object();
+    for (const auto& [rate, count] : summary.sampleRates)
+        rates[std::to_string(rate)] = count;
+    JSON files = JSON::array();
+    for (const FileFate& fate : notUsedAsTheyAre(report))
+        files.push_back(toJSON(fate));
+    JSON result = makeResult("scan");
+    result["corpus"] = cli::toJSON(summary.directory);
+    result["fileCount"] = summary.fileCount();
+    result["unreadable"] = summary.unreadable;
+    result["totalSeconds"] = summary.totalSeconds;
+    result["sampleRates"] = std::move(rates);
+    result["dominantSampleRate"] = summary.dominantSampleRate();
+    result["suggestedClipSeconds"] = summary.suggestedClipSeconds();
+    result["analysis"] = rawValue(report.profile);
+    result["clipSeconds"] = report.clipSeconds;
+    result["fingerprint"] = summary.fingerprint();
+    result["modelFolder"] = cli::toJSON(corpus.modelFolder);
+    result["modelStored"] = corpus.hasModel();
+    result["files"] = std::move(files);
+    return result;
+}
+
+CorpusReport inspect(const KnownCorpus& corpus, ProgressLine& progress, const CancelFlag& cancel) {
+    WorkProgress work;
+    work.phase = "inspecting";
+    work.message = "Decoding " + counted(corpus.summary.fileCount(), "sample", "samples") + "…";
+    progress.report(work);
+    // Nothing is written, so nothing has to be finished when the user wants to leave.
+    const PromptCancellation prompt(cancel);
+    return Corpus::inspect(corpus.summary, cancel.test());
+}
+
+void scan(const ScanOptions& options, Console& console, const CancelFlag& cancel) {
+    ProgressLine progress(console);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    const CorpusReport report = inspect(corpus, progress, cancel);
+    progress.finish();
+    console.emit(resultJSON(corpus, report));
+    if (corpus.summary.files.empty()) throw Failure("No audio files found in this folder.");
+    print(corpus, report, console);
+    if (std::none_of(report.files.begin(), report.files.end(), isUsable))
+        throw TrainingError(TrainingError::Kind::noUsableAudio);
+}
+
+}  // namespace
+
+void addScan(CLI::App& app, Invocation& invocation) {
+    const auto options = std::make_shared<ScanOptions>();
+    CLI::App* const command = app.add_subcommand("scan", "Look at a folder of samples without learning it");
+    options->corpus.addTo(*command);
+    options->models.addTo(*command);
+    addJSON(*command, options->json);
+    command->callback([options, &invocation] {
+        invocation.json = options->json;
+        invocation.action = [options](Console& console, const CancelFlag& cancel) {
+            scan(*options, console, cancel);
+        };
+    });
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,136 @@
+#include <memory>
+
+#include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/Learning.h"
+#include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+struct TrainOptions {
+    CorpusOption corpus;
+    ModelsOption models;
+    ComputeOptions compute;
+    std::string quality{standardQuality};
+    std::int64_t steps = 0;  // 0: by quality
+    std::string analysis{rawValue(AnalysisProfile::automatic)};
+    std::optional<double> clipSeconds;
+    std::int64_t latentDim = TrainingOptions().latentDim;
+    std::int64_t batchSize = TrainingOptions().batchSize;
+    std::optional<double> learningRate;
+    std::optional<double> klWeight;
+    std::optional<std::uint64_t> seed;
+    bool retrain = false;
+    bool json = false;
+
+    void addTo(CLI::App& app) {
+        corpus.addTo(app);
+        addChoice(app, "--quality", quality, {"quick", "standard", "thorough"},
+                  "How long to train: 800, 2000 or 5000 steps")
+            ->default_str(quality);
+        addWholeNumber(app, "--steps", steps, {1, 10'000'000}, "Training steps, instead of the quality's");
+        addChoice(app, "--analysis", analysis, {"auto", "percussive", "tonal"},
+                  "Fine in time (percussive) or in frequency (tonal)")
+            ->default_str(analysis);
+        addReal(app, "--clip-seconds", clipSeconds, {0.01, 60}, "Length to learn of each sample")
+            ->default_str("chosen from the samples");
+        addWholeNumber(app, "--latent-dim", latentDim, {1, 4096}, "Size of the latent vector")
+            ->default_str(std::to_string(latentDim));
+        addWholeNumber(app, "--batch-size", batchSize, {1, 1024}, "Samples per step")
+            ->default_str(std::to_string(batchSize));
+        addReal(app, "--learning-rate", learningRate, {1e-6, 1}, "Peak step size")->default_str("0.001");
+        addReal(app, "--kl-weight", klWeight, {0, 1000}, "Pull towards an even latent space")
+            ->default_str("0.002");
+        addSeed(app, seed, "The same number trains the same model")->default_str("1");
+        compute.addTo(app);
+        models.addTo(app);
+        app.add_flag("--retrain", retrain, "Train even if a model is stored, and replace it");
+        addJSON(app, json);
+    }
+
+    [[nodiscard]] TrainingOptions training() const {
+        TrainingOptions options;
+        options.steps = steps > 0 ? steps : qualitySteps(quality);
+        options.batchSize = batchSize;
+        options.latentDim = latentDim;
+        options.clipSeconds = clipSeconds;
+        options.profile = *analysisProfile(analysis);
+        if (learningRate) options.learningRate = static_cast<float>(*learningRate);
+        if (klWeight) options.klWeight = static_cast<float>(*klWeight);
+        if (seed) options.seed = *seed;
+        return options;
+    }
+};
+
+JSON modelJSON(const KnownCorpus& corpus, const ModelBundle& bundle, bool trained) {
+    JSON result = makeResult("train");
+    result["trained"] = trained;
+    result["modelFolder"] = toJSON(corpus.modelFolder);
+    result["corpus"] = toJSON(corpus.summary.directory);
+    result["fileCount"] = corpus.summary.fileCount();
+    result["clipCount"] = bundle.metadata.clipNames.size();
+    result["steps"] = bundle.metadata.steps;
+    result["analysis"] = rawValue(bundle.config.profile);
+    result["clipSeconds"] = bundle.config.clipSeconds();
+    result["finalLoss"] = bundle.metadata.finalLoss;
+    result["finalReconstructionError"] = bundle.metadata.finalReconstructionError;
+    return result;
+}
+
+void reportStored(const KnownCorpus& corpus, const ModelBundle& bundle, Console& console) {
+    console.print("A model of this folder is stored already, trained " +
+                  ModelStore::isoDate(bundle.metadata.trainedAt) + " with " +
+                  counted(bundle.metadata.steps, "step", "steps") + ".");
+    console.print("Use --retrain to replace it.");
+    console.emit(modelJSON(corpus, bundle, false));
+}
+
+void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const ProgressLine& progress,
+                   Console& console) {
+    console.print(learnedText(bundle));
+    if (const std::string leftOut = leftOutText(corpus, bundle); !leftOut.empty()) console.print(leftOut);
+    console.print("Loss " + Text::fixed(static_cast<double>(bundle.metadata.finalLoss), 5) +
+                  ", reconstruction error " +
+                  Text::fixed(static_cast<double>(bundle.metadata.finalReconstructionError), 5) + " after " +
+                  counted(bundle.metadata.steps, "step", "steps") + ".");
+    console.print("Stored in " + shownPath(corpus.modelFolder) + ".");
+    console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
+    console.print("Next: quillmere-cli generate " + shellWord(corpus.summary.directory) + " --output FOLDER");
+
+    JSON result = modelJSON(corpus, bundle, true);
+    result["seconds"] = progress.timesJSON();
+    console.emit(result);
+}
+
+void train(const TrainOptions& options, Console& console, const CancelFlag& cancel) {
+    const auto threads = options.compute.limitThreads();
+    ProgressLine progress(console);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    if (corpus.hasModel() && !options.retrain) {
+        const ModelBundle bundle = loadModel(corpus, console);
+        progress.finish();
+        reportStored(corpus, bundle, console);
+        return;
+    }
+    const ModelBundle bundle = learn(corpus, options.training(), progress, cancel);
+    progress.finish();
+    reportTrained(corpus, bundle, progress, console);
+}
+
+}  // namespace
+
+void addTrain(CLI::App& app, Invocation& invocation) {
+    const auto options = std::make_shared<TrainOptions>();
+    CLI::App* const command = app.add_subcommand("train", "Learn a folder of samples and store the model");
+    options->addTo(*command);
+    command->callback([options, &invocation] {
+        invocation.json = options->json;
+        invocation.action = [options](Console& console, const CancelFlag& cancel) {
+            train(*options, console, cancel);
+        };
+    });
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,152 @@
+#include "QuillmereCLI/Wording.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+std::string escaped(unsigned char control) {
+    switch (control) {
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        default:
+            break;
+    }
+    constexpr std::string_view digits = "0123456789abcdef";
+    return {'\\', 'x', digits[control >> 4U], digits[control & 15U]};
+}
+
+bool isContinuationByte(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
+// Whether a shell takes the character as it is.
+bool isPlain(char c) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool letterOrDigit =
+        (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || byte >= 0x80U;
+    return letterOrDigit || std::string_view("/._-+,:@%").find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20U || byte == 0x7FU) {
+            result += escaped(byte);
+        } else {
+            result += c;
+        }
+    }
+    return result;
+}
+
+std::string shownPath(const std::filesystem::path& path) {
+    return printable(Text::utf8(path));
+}
+
+std::string shellWord(const std::filesystem::path& path) {
+    const std::string text = shownPath(path);
+    if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) return text;
+    std::string quoted = "'";
+    for (const char c : text) {
+        if (c == '\'') {
+            quoted += "'\\''";
+        } else {
+            quoted += c;
+        }
+    }
+    return quoted + "'";
+}
+
+std::string duration(double seconds) {
+    if (!std::isfinite(seconds)) return "?";
+    if (seconds < 9.995) return Text::fixed(seconds, 2) + " s";
+    if (seconds < 59.95) return Text::fixed(seconds, 1) + " s";
+    const double minutes = std::floor(std::round(seconds) / 60);
+    if (minutes < 60) {
+        return Text::fixed(minutes, 0) + " min " + Text::fixed(std::round(seconds) - minutes * 60, 0) + " s";
+    }
+    const double hours = std::floor(std::round(seconds / 60) / 60);
+    return Text::fixed(hours, 0) + " h " + Text::fixed(std::round(seconds / 60) - hours * 60, 0) + " min";
+}
+
+std::string roughDuration(double seconds) {
+    const double whole = std::round(seconds);
+    return whole < 60 ? Text::fixed(whole, 0) + " s" : duration(whole);
+}
+
+std::string byteSize(std::uint64_t bytes) {
+    if (bytes < 1000) return std::to_string(bytes) + " B";
+    constexpr std::array<std::string_view, 4> units{"kB", "MB", "GB", "TB"};
+    double value = static_cast<double>(bytes) / 1000;
+    std::size_t unit = 0;
+    while (value >= 999.95 && unit + 1 < units.size()) {
+        value /= 1000;
+        ++unit;
+    }
+    return Text::fixed(value, 1) + " " + std::string(units[unit]);
+}
+
+std::string counted(std::int64_t count, std::string_view singular, std::string_view plural) {
+    return std::to_string(count) + " " + std::string(count == 1 ? singular : plural);
+}
+
+std::string enumeration(const std::vector<std::string>& words) {
+    std::string text;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        if (i > 0) text += i + 1 == words.size() ? " and " : ", ";
+        text += words[i];
+    }
+    return text;
+}
+
+std::size_t columns(std::string_view text) {
+    return static_cast<std::size_t>(
+        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); }));
+}
+
+std::string cutToWidth(std::string_view text, std::size_t width) {
+    std::size_t used = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (isContinuationByte(text[i])) continue;
+        if (used == width) return std::string(text.substr(0, i));
+        ++used;
+    }
+    return std::string(text);
+}
+
+std::string padded(std::string_view text, std::size_t width) {
+    const std::size_t used = columns(text);
+    return std::string(text) + std::string(width > used ? width - used : 0, ' ');
+}
+
+std::vector<std::string> table(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], columns(row[i]));
+    }
+    std::vector<std::string> lines;
+    for (const auto& row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i)
+            line += i + 1 < row.size() ? padded(row[i], widths[i] + 2) : row[i];
+        line.erase(line.find_last_not_of(' ') + 1);
+        lines.push_back(std::move(line));
+    }
+    return lines;
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include "QuillmereCLI/RunCommand.h"
+
+namespace quillmere::testing {
+namespace {
+
+class Audition : public CommandTest {
+protected:
+    Audition() { trainModel(); }
+
+    [[nodiscard]] Outcome audition(const std::filesystem::path& file,
+                                   const std::vector<std::string>& more = {}) const {
+        std::vector<std::string> arguments{"audition", corpus.string(), "--output", file.string()};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runCommand(withModels(arguments));
+    }
+};
+
+TEST_F(Audition, EqualsVariationZeroOfAGenerationWithTheSameSeed) {
+    const std::vector<std::string> parameters{"--seed", "77",      "--preset", "Extreme",
+                                              "--set",  "pitch=3", "--format", "wav16"};
+    const Outcome single = audition(folder / "single.wav", parameters);
+    ASSERT_EQ(single.exitCode, 0) << single.err;
+    std::vector<std::string> arguments{"generate",      corpus.string(), "--output",
+                                       output.string(), "--count",       "3"};
+    arguments.insert(arguments.end(), parameters.begin(), parameters.end());
+    const Outcome many = runCommand(withModels(arguments));
+    ASSERT_EQ(many.exitCode, 0) << many.err;
+    EXPECT_EQ(readText(folder / "single.wav"), readText(output / "Struck_Bars_var_0001.wav"));
+    EXPECT_NE(readText(folder / "single.wav"), readText(output / "Struck_Bars_var_0002.wav"));
+}
+
+TEST_F(Audition, ReportsFileDurationAndSeed) {
+    const Outcome outcome = audition(folder / "a.wav", {"--json"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    const cli::JSON result = outcome.event("result");
+    EXPECT_EQ(result["command"], "audition");
+    EXPECT_EQ(result["path"], (folder / "a.wav").string());
+    EXPECT_EQ(result["format"], "wav24");
+    EXPECT_TRUE(result["seed"].is_number_unsigned());
+    EXPECT_GT(result["durationSeconds"].get<double>(), 0.0);
+    const Outcome human = audition(folder / "a.wav");
+    EXPECT_NE(human.out.find("use --seed "), std::string::npos) << human.out;
+}
+
+TEST_F(Audition, ReplacesTheFile) {
+    writeText(folder / "a.wav", "old");
+    ASSERT_EQ(audition(folder / "a.wav", {"--seed", "1"}).exitCode, 0);
+    EXPECT_TRUE(readText(folder / "a.wav").starts_with("RIFF"));
+}
+
+TEST_F(Audition, FailsWhenTheFileIsAFolder) {
+    std::filesystem::create_directory(folder / "taken.wav");
+    const Outcome outcome = audition(folder / "taken.wav");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("quillmere-cli: " + (folder / "taken.wav").string()), std::string::npos)
+        << outcome.err;
+}
+
+TEST_F(Audition, FailsWhenTheFoldersParentIsAFile) {
+    writeText(folder / "file", "in the way");
+    const Outcome outcome = audition(folder / "file" / "a.wav");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("quillmere-cli: " + (folder / "file").string()), std::string::npos)
+        << outcome.err;
+}
+
+TEST_F(Audition, WritesNothingWhenCancelled) {
+    cli::CancelFlag cancel;
+    cancel.request(SIGINT);
+    const Outcome outcome = runCommand(
+        withModels({"audition", corpus.string(), "--output", (folder / "a.wav").string()}), cancel);
+    EXPECT_EQ(outcome.exitCode, 130);
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.wav"));
+}
+
+}  // namespace
+}  // namespace quillmere::testing

@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include "QuillmereCLI/RunCommand.h"
+
+namespace quillmere::testing {
+namespace {
+
+class Models : public CommandTest {
+protected:
+    Models() { trainModel(); }
+
+    [[nodiscard]] Outcome list(const std::vector<std::string>& more = {}) const {
+        std::vector<std::string> arguments{"models"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runCommand(withModels(arguments));
+    }
+    [[nodiscard]] Outcome remove(const std::string& name) const {
+        return runCommand(withModels({"models", "remove", name}));
+    }
+    [[nodiscard]] std::string name() const { return modelFolder().filename().string(); }
+};
+
+TEST_F(Models, ListsWhatIsStoredForPeople) {
+    const Outcome outcome = list();
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    for (const std::string& part : {name(), corpus.string(), std::string("2 steps"), std::string("1 model,"),
+                                    std::string("3 samples"), std::string("analysis")})
+        EXPECT_NE(outcome.out.find(part), std::string::npos) << part << " in\n" << outcome.out;
+}
+
+TEST_F(Models, ListsWhatIsStoredAsOneResult) {
+    const cli::JSON result = list({"--json"}).event("result");
+    EXPECT_EQ(result["root"], models.string());
+    ASSERT_EQ(result["models"].size(), 1U);
+    const cli::JSON& model = result["models"][0];
+    EXPECT_EQ(model["name"], name());
+    EXPECT_EQ(model["corpusName"], "Struck Bars");
+    EXPECT_EQ(model["corpusPath"], corpus.string());
+    EXPECT_EQ(model["clipCount"], 3);
+    EXPECT_EQ(model["steps"], 2);
+    EXPECT_EQ(model["trainedAt"].get<std::string>().size(), 20U);
+    EXPECT_TRUE(model["analysis"] == "percussive" || model["analysis"] == "tonal");
+    EXPECT_EQ(model["bytes"], std::filesystem::file_size(modelFolder() / "model.json") +
+                                  std::filesystem::file_size(modelFolder() / "weights.bin"));
+}
+
+TEST_F(Models, ListsDamagedOnesWithTheReason) {
+    const auto weights = modelFolder() / "weights.bin";
+    std::filesystem::resize_file(weights, std::filesystem::file_size(weights) - 1);
+    EXPECT_NE(list().out.find("damaged   Model weights do not match the saved configuration"),
+              std::string::npos)
+        << list().out;
+    std::filesystem::remove(weights);
+    const Outcome outcome = list({"--json"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.event("result")["models"][0]["damaged"], "weights.bin is missing");
+    writeText(modelFolder() / "weights.bin", "");
+    writeText(modelFolder() / "model.json", "{\"config\":");
+    EXPECT_EQ(list().exitCode, 0);
+    EXPECT_NE(list().out.find("damaged"), std::string::npos);
+}
+
+TEST_F(Models, PassesOverOtherFoldersAndFiles) {
+    std::filesystem::create_directory(models / "empty");
+    writeText(models / "note.txt", "hello");
+    std::filesystem::create_directory_symlink(modelFolder(), folder / "link");
+    EXPECT_EQ(list({"--json"}).event("result")["models"].size(), 1U);
+}
+
+TEST_F(Models, AMissingRootIsAnEmptyList) {
+    const Outcome outcome = runCommand({"models", "--models", (folder / "nowhere").string()});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("No models"), std::string::npos);
+    EXPECT_FALSE(std::filesystem::exists(folder / "nowhere"));
+}
+
+TEST_F(Models, ARootThatIsAFileFails) {
+    writeText(folder / "file", "");
+    const Outcome outcome = runCommand({"models", "--models", (folder / "file").string()});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find((folder / "file").string()), std::string::npos) << outcome.err;
+}
+
+TEST_F(Models, RemoveDeletesTheFolder) {
+    const Outcome outcome = remove(name());
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
+TEST_F(Models, RemoveTakesItsOptionsOnEitherSide) {
+    const Outcome outcome = runCommand({"models", "--models", models.string(), "remove", name(), "--json"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_TRUE(outcome.event("result").contains("removed"));
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
+TEST_F(Models, RemoveDeletesADamagedModelAndLeftoversOfACrash) {
+    std::filesystem::remove(modelFolder() / "model.json");
+    writeText(modelFolder() / ".quillmere-123-0.tmp", "half");
+    EXPECT_EQ(remove(name()).exitCode, 0);
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
+TEST_F(Models, RemoveRefusesNamesThatLeadElsewhere) {
+    std::filesystem::create_directories(folder / "elsewhere");
+    std::filesystem::copy(modelFolder(), folder / "elsewhere" / "copy");
+    std::filesystem::create_directory_symlink(folder / "elsewhere" / "copy", models / "link");
+    for (const std::string& path :
+         {std::string("../elsewhere/copy"), (folder / "elsewhere" / "copy").string(), std::string("."),
+          std::string(".."), name() + "/", std::string("link"), std::string(""), std::string("absent")}) {
+        const Outcome outcome = remove(path);
+        EXPECT_NE(outcome.exitCode, 0) << path;
+    }
+    EXPECT_TRUE(std::filesystem::exists(folder / "elsewhere" / "copy" / "weights.bin"));
+    EXPECT_TRUE(std::filesystem::exists(models / "link"));
+}
+
+TEST_F(Models, RemoveRefusesAFolderThatHoldsMore) {
+    writeText(modelFolder() / "song.txt", "precious");
+    const Outcome outcome = remove(name());
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("other files"), std::string::npos) << outcome.err;
+    EXPECT_EQ(entriesIn(modelFolder()), 3U);
+}
+
+}  // namespace
+}  // namespace quillmere::testing

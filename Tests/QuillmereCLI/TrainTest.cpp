@@ -1,0 +1,170 @@
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+#include "QuillmereCLI/RunCommand.h"
+#include "QuillmereCore/Model/ModelStore.h"
+
+namespace quillmere::testing {
+namespace {
+
+using Train = CommandTest;
+
+TEST_F(Train, StoresAModelWithTheOptionsGiven) {
+    const Outcome outcome = runCommand(trainArguments({"--analysis", "tonal"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("Learned 3 samples (tonal analysis"), std::string::npos) << outcome.out;
+    const ModelBundle bundle = ModelStore::load(modelFolder());
+    EXPECT_EQ(bundle.metadata.steps, 2);
+    EXPECT_EQ(bundle.config.latentDim, 4);
+    EXPECT_EQ(bundle.config.profile, AnalysisProfile::tonal);
+    EXPECT_EQ(bundle.metadata.corpusName, "Struck Bars");
+    EXPECT_EQ(bundle.metadata.corpusPath, corpus.string());
+}
+
+TEST_F(Train, ReportsProgressAndResultAsEvents) {
+    const Outcome outcome = runCommand(trainArguments({"--json"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    std::vector<std::string> phases;
+    for (const cli::JSON& event : outcome.events()) {
+        if (event["event"] == "progress" && (phases.empty() || phases.back() != event["phase"]))
+            phases.push_back(event["phase"]);
+    }
+    EXPECT_EQ(phases, (std::vector<std::string>{"scanning", "analysing", "training", "finishing", "saving"}));
+    const cli::JSON result = outcome.event("result");
+    EXPECT_EQ(result["command"], "train");
+    EXPECT_EQ(result["trained"], true);
+    EXPECT_EQ(result["clipCount"], 3);
+    EXPECT_EQ(result["steps"], 2);
+    EXPECT_EQ(result["modelFolder"], modelFolder().string());
+    EXPECT_TRUE(result["seconds"].contains("training"));
+}
+
+TEST_F(Train, WritesOneLinePerPhaseOffATerminal) {
+    const Outcome outcome = runCommand(trainArguments());
+    EXPECT_EQ(outcome.err,
+              "Scanning Struck Bars…\nReading 3 samples…\nTraining model… 2 steps\nEncoding corpus…\n"
+              "Saving the model…\n");
+}
+
+TEST_F(Train, LeavesNoProgressLineOnATerminal) {
+    const Outcome outcome = runCommand(trainArguments(), cli::CancelFlag(), 80);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.err.find("step "), std::string::npos);
+    EXPECT_EQ(outcome.err.find('\n'), std::string::npos);
+    EXPECT_TRUE(outcome.err.ends_with("\r\x1b[K"));
+}
+
+TEST_F(Train, StopsWhenAModelIsStoredAlready) {
+    trainModel();
+    const auto before = std::filesystem::last_write_time(modelFolder() / "weights.bin");
+    const Outcome outcome = runCommand(trainArguments({"--seed", "2"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("stored already"), std::string::npos) << outcome.out;
+    EXPECT_NE(outcome.out.find("--retrain"), std::string::npos) << outcome.out;
+    EXPECT_EQ(std::filesystem::last_write_time(modelFolder() / "weights.bin"), before);
+    EXPECT_EQ(runCommand(trainArguments({"--json"})).event("result")["trained"], false);
+}
+
+TEST_F(Train, RetrainReplacesTheModel) {
+    trainModel();
+    const std::string before = readText(modelFolder() / "weights.bin");
+    const Outcome outcome = runCommand(trainArguments({"--seed", "2", "--retrain"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(readText(modelFolder() / "weights.bin"), before);
+}
+
+TEST_F(Train, TheSameSeedTrainsTheSameWeightsOnAnyNumberOfThreads) {
+    std::vector<std::string> weights;
+    for (const char* threads : {"1", "2", "3"}) {
+        ASSERT_EQ(runCommand(trainArguments({"--retrain", "--threads", threads, "--seed", "7"})).exitCode, 0);
+        weights.push_back(readText(modelFolder() / "weights.bin"));
+    }
+    EXPECT_EQ(weights[0], weights[1]);
+    EXPECT_EQ(weights[0], weights[2]);
+}
+
+TEST_F(Train, QualityChoosesTheSteps) {
+    const std::vector<std::pair<std::string, int>> qualities{
+        {"quick", 800}, {"standard", 2000}, {"thorough", 5000}};
+    for (const auto& [quality, steps] : qualities) {
+        const Outcome outcome = runCommandCancelledAt(
+            "\"training\"", withModels({"train", corpus.string(), "--quality", quality, "--batch-size", "1",
+                                        "--latent-dim", "1", "--clip-seconds", "0.1", "--json"}));
+        EXPECT_EQ(outcome.exitCode, 130);
+        bool seen = false;
+        for (const cli::JSON& event : outcome.events()) {
+            if (event["event"] != "progress" || event["phase"] != "training") continue;
+            EXPECT_EQ(event["totalSteps"], steps);
+            seen = true;
+        }
+        EXPECT_TRUE(seen) << outcome.out;
+    }
+}
+
+TEST_F(Train, LeavesNothingBehindWhenCancelledWhileTraining) {
+    const Outcome outcome = runCommandCancelledAt("\"training\"", trainArguments({"--json"}));
+    EXPECT_EQ(outcome.exitCode, 130);
+    EXPECT_EQ(outcome.event("error")["message"], "The operation was cancelled.");
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
+TEST_F(Train, StartsNothingWhenCancelledBefore) {
+    cli::CancelFlag cancel;
+    cancel.request(SIGINT);
+    const Outcome outcome = runCommand(trainArguments(), cancel);
+    EXPECT_EQ(outcome.exitCode, 130);
+    EXPECT_NE(outcome.err.find("quillmere-cli: The operation was cancelled.\n"), std::string::npos)
+        << outcome.err;
+    EXPECT_FALSE(std::filesystem::exists(models) && entriesIn(models) > 0);
+}
+
+TEST_F(Train, FailsWithoutUsableAudio) {
+    const auto useless = folder / "useless";
+    writeText(useless / "notes.wav", "no audio at all");
+    const Outcome outcome = runCommand(withModels({"train", useless.string()}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("quillmere-cli: No usable audio files were found in that folder.\n"),
+              std::string::npos)
+        << outcome.err;
+}
+
+TEST_F(Train, SaysHowManyFilesWereLeftOut) {
+    writeText(corpus / "notes.wav", "no audio at all");
+    const Outcome outcome = runCommand(trainArguments());
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("1 file was left out"), std::string::npos) << outcome.out;
+}
+
+TEST_F(Train, FailsAtOnceWhenTheModelsFolderIsAFile) {
+    writeText(models, "in the way");
+    const Outcome outcome = runCommand(trainArguments());
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.err.find("Reading"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("quillmere-cli: " + models.string()), std::string::npos) << outcome.err;
+}
+
+TEST_F(Train, ReportsADamagedModelAndHowToReplaceIt) {
+    trainModel();
+    const auto weights = modelFolder() / "weights.bin";
+    std::filesystem::resize_file(weights, std::filesystem::file_size(weights) - 1);
+    const Outcome outcome = runCommand(trainArguments());
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("quillmere-cli: Model weights do not match the saved configuration\n"),
+              std::string::npos)
+        << outcome.err;
+    EXPECT_NE(outcome.err.find("--retrain"), std::string::npos) << outcome.err;
+    EXPECT_EQ(runCommand(trainArguments({"--retrain"})).exitCode, 0);
+}
+
+TEST_F(Train, TrainsAfreshWhenAFileOfTheModelIsMissing) {
+    trainModel();
+    std::filesystem::remove(modelFolder() / "weights.bin");
+    const Outcome outcome = runCommand(trainArguments());
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("Learned 3 samples"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace quillmere::testing

@@ -1,0 +1,59 @@
+#include "QuillmereCLI/Wording.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace quillmere::cli {
+namespace {
+
+TEST(Wording, PrintableEscapesControlCharactersOnly) {
+    EXPECT_EQ(printable("kick\n\t\x1b[2J\x7f drüm"), "kick\\n\\t\\x1b[2J\\x7f drüm");
+}
+
+TEST(Wording, ShellWordQuotesOnlyWhatNeedsIt) {
+    EXPECT_EQ(shellWord("/music/kicks-2"), "/music/kicks-2");
+    EXPECT_EQ(shellWord("/music/my kicks"), "'/music/my kicks'");
+    EXPECT_EQ(shellWord("it's"), "'it'\\''s'");
+}
+
+TEST(Wording, DurationChangesUnitsWithoutSixtySeconds) {
+    EXPECT_EQ(duration(0.519), "0.52 s");
+    EXPECT_EQ(duration(9.999), "10.0 s");
+    EXPECT_EQ(duration(59.99), "1 min 0 s");
+    EXPECT_EQ(duration(119.6), "2 min 0 s");
+    EXPECT_EQ(duration(3599.7), "1 h 0 min");
+    EXPECT_EQ(duration(3720), "1 h 2 min");
+    EXPECT_EQ(duration(std::nan("")), "?");
+    EXPECT_EQ(roughDuration(9.4), "9 s");
+    EXPECT_EQ(roughDuration(59.7), "1 min 0 s");
+}
+
+TEST(Wording, ByteSizeUsesDecimalUnits) {
+    EXPECT_EQ(byteSize(999), "999 B");
+    EXPECT_EQ(byteSize(48'120), "48.1 kB");
+    EXPECT_EQ(byteSize(999'999), "1.0 MB");
+    EXPECT_EQ(byteSize(2'300'000'000), "2.3 GB");
+}
+
+TEST(Wording, CutToWidthCountsCharactersNotBytes) {
+    EXPECT_EQ(cutToWidth("Grüße…", 4), "Grüß");
+    EXPECT_EQ(columns("Grüße…"), 6U);
+    EXPECT_EQ(cutToWidth("short", 80), "short");
+}
+
+TEST(Wording, TableAlignsColumnsByCharacters) {
+    const auto lines = table({{"ü", "x", "end"}, {"long", "y", ""}});
+    ASSERT_EQ(lines.size(), 2U);
+    EXPECT_EQ(lines[0], "ü     x  end");
+    EXPECT_EQ(lines[1], "long  y");
+}
+
+TEST(Wording, EnumerationEndsWithAnd) {
+    EXPECT_EQ(enumeration({"a", "b", "c"}), "a, b and c");
+    EXPECT_EQ(enumeration({"a"}), "a");
+    EXPECT_EQ(enumeration({}), "");
+}
+
+}  // namespace
+}  // namespace quillmere::cli
