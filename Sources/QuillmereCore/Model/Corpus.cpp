@@ -9,6 +9,7 @@
 #include <array>
 #include <charconv>
 #include <memory>
+#include <mutex>
 #include <numeric>
 #include <optional>
 #include <set>
@@ -52,10 +53,15 @@ std::int64_t truncatedSeconds(const timespec& time) {
     return std::int64_t{time.tv_sec} + (cutsUp ? 1 : 0);
 }
 
+void stopIfCancelled(const Corpus::CancelTest& isCancelled) {
+    if (isCancelled && isCancelled()) throw CancellationError();
+}
+
 // Collects the files below a folder. Whatever cannot be read is passed over.
 class Walk {
 public:
-    explicit Walk(fs::path root) : root_(std::move(root)) {}
+    Walk(fs::path root, const Corpus::CancelTest& isCancelled)
+        : root_(std::move(root)), isCancelled_(isCancelled) {}
 
     std::vector<CorpusFile> run() {
         std::error_code error;
@@ -63,6 +69,7 @@ public:
         if (error) throw FileError(root_, error);
         visit(std::move(entries), "");
         while (!pending_.empty()) {
+            stopIfCancelled(isCancelled_);
             const std::string folder = std::move(pending_.back());
             pending_.pop_back();
             fs::directory_iterator inside(root_ / folder, error);
@@ -91,6 +98,7 @@ private:
     }
 
     fs::path root_;
+    const Corpus::CancelTest& isCancelled_;
     std::vector<std::string> pending_;  // folders below the root that are still to be visited
     std::vector<CorpusFile> files_;
 };
@@ -139,9 +147,20 @@ std::string hexadecimal(std::uint64_t value) {
     return {digits.data(), result.ptr};
 }
 
-std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusFile>& files) {
+std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusFile>& files,
+                                                       const Corpus::ProgressCallback& progress,
+                                                       const Corpus::CancelTest& isCancelled) {
     std::vector<std::optional<AudioIO::AudioInfo>> infos(files.size());
-    parallelFor(files.size(), [&](std::size_t i) { infos[i] = AudioIO::info(files[i].url); });
+    std::mutex mutex;  // guards done; held during the progress callback
+    std::size_t done = 0;
+    if (progress) progress(0, files.size());
+    parallelFor(files.size(), [&](std::size_t i) {
+        stopIfCancelled(isCancelled);
+        infos[i] = AudioIO::info(files[i].url);
+        if (!progress) return;
+        const std::lock_guard guard(mutex);
+        progress(++done, files.size());
+    });
     return infos;
 }
 
@@ -178,6 +197,11 @@ std::string CorpusSummary::fingerprint() const {
 }
 
 CorpusSummary Corpus::scan(const fs::path& directory) {
+    return scan(directory, {}, {});
+}
+
+CorpusSummary Corpus::scan(const fs::path& directory, const ProgressCallback& progress,
+                           const CancelTest& isCancelled) {
     std::error_code ignored;  // what cannot be looked at is no folder
     if (!fs::is_directory(directory, ignored)) {
         throw FileError(directory, std::make_error_code(std::errc::no_such_file_or_directory),
@@ -185,9 +209,9 @@ CorpusSummary Corpus::scan(const fs::path& directory) {
     }
     CorpusSummary summary;
     summary.directory = directory;
-    summary.files = Walk(directory.lexically_normal()).run();
+    summary.files = Walk(directory.lexically_normal(), isCancelled).run();
     sortNaturally(summary.files);
-    for (const auto& info : measure(summary.files)) {
+    for (const auto& info : measure(summary.files, progress, isCancelled)) {
         if (!info) {
             ++summary.unreadable;
             continue;

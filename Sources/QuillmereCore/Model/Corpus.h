@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <span>
 #include <string>
@@ -41,6 +42,14 @@ namespace Corpus {
 // Walks the folder recursively, skipping hidden files, packages and symbolic links, and measures each
 // supported file without decoding it. Throws FileError when directory is not a folder.
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory);
+
+// The same for a caller who watches. Either callback may be empty; both may be called from worker threads,
+// progress by one thread at a time: once with 0 done when the files are counted, then after each measured
+// file. isCancelled is asked for each folder and each file; throws CancellationError.
+using ProgressCallback = std::function<void(std::size_t done, std::size_t total)>;
+using CancelTest = std::function<bool()>;
+[[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory, const ProgressCallback& progress,
+                                 const CancelTest& isCancelled);
 
 // The durations added in order, starting from 0.
 [[nodiscard]] double totalSeconds(std::span<const double> durations);

@@ -6,9 +6,11 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Util/Failure.h"
@@ -54,6 +56,26 @@ TEST(CorpusScan, ListsFilesInNaturalOrder) {
     for (const char* name : {"b.wav", "A.wav", "a10.wav", "a2.wav"})
         writeText(folder / name, wav(0.1));
     EXPECT_THAT(paths(Corpus::scan(folder.path())), ElementsAre("A.wav", "a2.wav", "a10.wav", "b.wav"));
+}
+
+TEST(CorpusScan, TellsOfEachMeasuredFileOnceTheFilesAreCounted) {
+    const TempFolder folder;
+    for (const char* name : {"a.wav", "b.wav", "c.wav"})
+        writeText(folder / name, wav(0.1));
+    std::vector<std::pair<std::size_t, std::size_t>> reports;
+    const CorpusSummary watched = Corpus::scan(
+        folder.path(), [&](std::size_t done, std::size_t total) { reports.emplace_back(done, total); }, {});
+    EXPECT_THAT(reports, ElementsAre(std::pair(0, 3), std::pair(1, 3), std::pair(2, 3), std::pair(3, 3)));
+    EXPECT_EQ(watched.fingerprint(), Corpus::scan(folder.path()).fingerprint());
+}
+
+TEST(CorpusScan, StopsWhenCancelled) {
+    const TempFolder folder;
+    writeText(folder / "a.wav", wav(0.1));
+    writeText(folder / "b.wav", wav(0.1));
+    std::atomic<int> asked = 0;
+    const auto cancelledAtSecondFile = [&] { return ++asked == 2; };
+    EXPECT_THROW((void)Corpus::scan(folder.path(), {}, cancelledAtSecondFile), CancellationError);
 }
 
 TEST(CorpusScan, ReportsPathSizeAndLocation) {
