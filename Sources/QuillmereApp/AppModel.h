@@ -1,14 +1,15 @@
 #pragma once
 
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QObject>
 #include <QQmlEngine>
-#include <QSettings>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
 #include <QUrl>
 #include <QVariantList>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -20,9 +21,11 @@
 #include "QuillmereApp/BackgroundTask.h"
 #include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/EditHistory.h"
+#include "QuillmereApp/Environment.h"
 #include "QuillmereApp/LossHistory.h"
 #include "QuillmereApp/ParameterModel.h"
 #include "QuillmereApp/Player.h"
+#include "QuillmereApp/Preferences.h"
 #include "QuillmereApp/PresetModel.h"
 #include "QuillmereApp/Quality.h"
 #include "QuillmereApp/ResultsModel.h"
@@ -32,26 +35,6 @@
 #include "QuillmereCore/Model/Trainer.h"
 
 namespace quillmere {
-
-// What AppModel reaches outside of itself, so that tests can put something else in its place.
-struct Environment {
-    QString settingsFile;                   // INI file of the preferences
-    QString presetsFolder;                  // of the user's own presets; made when the first one is saved
-    std::filesystem::path modelsRoot;       // of the stored models
-    std::filesystem::path temporaryFolder;  // of the audition file
-    QString homeFolder;                     // what "~" means
-    bool followDesktop = true;              // ask the desktop for light or dark
-    std::function<TrainingOptions(TrainingOptions)> adjustTraining;  // empty: options as they are
-    std::function<std::uint64_t()> freshSeed;
-    std::function<std::unique_ptr<Player>()> makePlayer;
-    std::function<void(const QString&)> copyText;  // to the clipboard
-    // Shows the folder in the platform's file manager, the files selected; false when there is none. Runs in
-    // the background.
-    std::function<bool(const QUrl& folder, const QList<QUrl>& files)> showFiles;
-
-    // The user's own folders, the sound card, the clipboard and the desktop.
-    static Environment standard();
-};
 
 // The application without its window: all state the user sees, and every operation on it.
 //
@@ -325,7 +308,7 @@ public:
     [[nodiscard]] const Aesthetics& aesthetics() const { return parameters_.values(); }
     [[nodiscard]] ParameterModel* parameters() { return &parameters_; }
     [[nodiscard]] PresetModel* presets() { return &presets_; }
-    [[nodiscard]] QString presetName() const { return presetName_; }
+    [[nodiscard]] QString presetName() const { return history_.current().presetName; }
     [[nodiscard]] bool presetEdited() const;
     [[nodiscard]] bool canUndo() const { return history_.canUndo(); }
     [[nodiscard]] bool canRedo() const { return history_.canRedo(); }
@@ -394,6 +377,121 @@ signals:
     // A run has ended well: something to announce.
     void trainingFinished();
     void generationFinished(int files);
+
+private:
+    using Returned = std::function<void()>;  // called when an operation has ended
+
+    template <typename T>
+    void assign(T& field, T value, void (AppModel::*changed)());
+    void assignRunning(bool& field, bool value, void (AppModel::*changed)());
+    // Tells of isBusy, canTrain and what else follows from several fields.
+    void announceDerived();
+    void setError(const QString& message);
+    void report(const TaskFailure& failure);
+
+    void restorePreferences();
+    void rememberCorpus(const QString& path);
+
+    void scan();
+    void scanProgressed(std::size_t done, std::size_t total);
+    struct Scan;
+    void scanned(Scan result);
+    void scanFailed(const TaskFailure& failure);
+    void scanEnded();
+    void loadModel(const std::filesystem::path& folder);
+    void setGenerator(std::shared_ptr<SampleGenerator> generator);
+
+    void train(Returned returned);
+    [[nodiscard]] TrainingOptions trainingOptions() const;
+    void trainingEnded(const Returned& returned);
+    void receive(const TrainingProgress& progress);
+
+    [[nodiscard]] QString busyNotice() const;
+    void startGeneration(const QUrl& folder, Returned returned);
+    void generated(std::vector<GeneratedSample> samples, const QUrl& folder);
+    void generationEnded(const Returned& returned);
+    void auditionEnded();
+    [[nodiscard]] std::optional<std::uint64_t> typedSeed() const;
+    [[nodiscard]] std::uint64_t drawSeed();
+
+    void editParameters(const Aesthetics& aesthetics);
+    void changeCharacter(Character next);
+    void showCharacter();
+    void reloadPresets();
+
+    [[nodiscard]] QUrl auditionURL() const;
+    void setPlaying(const QUrl& file);
+    void playbackStarted(const QString& file, double seconds);
+    void playbackFailed(const QString& file, const QString& reason);
+    void clearIfPlayed();
+    void lookAtOutput();
+
+    const Environment environment_;
+    Preferences preferences_;
+    Appearance appearance_;
+
+    // Corpus and model. A choice of a corpus has a number; what was begun for an older one is dropped.
+    QUrl corpusURL_;
+    quint64 corpusChoice_ = 0;
+    QStringList recentCorpora_;
+    bool isScanning_ = false;
+    int scanDone_ = 0;
+    int scanTotal_ = 0;
+    QElapsedTimer scanClock_;  // since the files were counted
+    std::shared_ptr<CancelFlag> scanCancel_;
+    std::shared_ptr<const CorpusSummary> summary_;
+    bool isLoadingModel_ = false;
+    quint64 modelLoad_ = 0;                       // number of the newest load
+    std::vector<Returned> whenLoaded_;            // what waits for it
+    std::shared_ptr<SampleGenerator> generator_;  // and the bundle
+    QString modelProblem_;
+    Quality quality_ = Quality::standard;
+    AnalysisProfile analysis_ = AnalysisProfile::automatic;
+    bool isTraining_ = false;
+    std::optional<TrainingProgress> training_;
+    LossHistory lossHistory_;
+    std::shared_ptr<CancelFlag> trainCancel_;
+
+    // Output and character.
+    QString outputText_;
+    OutputStatus outputStatus_ = NoOutput;
+    quint64 outputLook_ = 0;  // number of the newest look
+    QTimer lookSoon_;
+    int count_ = 10;
+    OutputFormat format_ = OutputFormat::wav24;
+    EditHistory history_{{Aesthetics(), QStringLiteral("Balanced")}};
+    ParameterModel parameters_;
+    PresetModel presets_;
+    QString seedText_;
+    QString lastSeed_;
+
+    // Runs and results.
+    bool isGenerating_ = false;
+    int generationDone_ = 0;
+    int generationTotal_ = 0;
+    QElapsedTimer generationClock_;
+    std::shared_ptr<CancelFlag> generateCancel_;
+    bool isAuditioning_ = false;
+    bool auditionIsDropped_ = false;
+    bool isCancelling_ = false;
+    ResultsModel results_;
+    QUrl lastOutputFolder_;
+    QString errorMessage_;
+
+    // Playback.
+    std::unique_ptr<Player> player_;
+    QUrl openingURL_;  // asked for, not yet started
+    QUrl playingURL_;
+    QTimer playTimer_;
+
+    // What was last told by announceDerived.
+    struct Derived {
+        bool isBusy = false, canTrain = false, canGenerate = false, canAudition = false;
+        QString trainHint;
+    };
+    Derived derived_;
+
+    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 
 }  // namespace quillmere

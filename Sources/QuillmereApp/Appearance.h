@@ -1,13 +1,15 @@
 #pragma once
 
+#include <QDBusVariant>
 #include <QObject>
 #include <QQmlEngine>
+#include <QString>
 
 #include "QuillmereApp/BackgroundTask.h"
 
-class QSettings;
-
 namespace quillmere {
+
+class Preferences;
 
 // Light or dark, and whether things may move: what the desktop asks for (XDG desktop portal, else the
 // platform's palette), or what the user chose instead. Follows the desktop while it runs.
@@ -23,16 +25,18 @@ public:
     enum Mode { System, Light, Dark };
     Q_ENUM(Mode)
 
-    // Remembers the choice in settings, which must outlive it. askDesktop: false leaves the desktop alone.
-    Appearance(QSettings& settings, bool askDesktop, QObject* parent = nullptr);
-    ~Appearance() override;
+    // Remembers the choice in preferences, which must outlive it. followDesktop: false leaves the desktop
+    // alone.
+    Appearance(Preferences& preferences, bool followDesktop, QObject* parent = nullptr);
 
     [[nodiscard]] Mode mode() const { return mode_; }
     void setMode(Mode mode);
     // Light for this run only; the stored choice stays.
     void forceLight();
-    [[nodiscard]] bool isDark() const;
+    [[nodiscard]] bool isDark() const { return mode_ == Dark || (mode_ == System && desktopIsDark_); }
     [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 signals:
     void modeChanged();
@@ -44,15 +48,16 @@ private slots:
 
 private:
     void askDesktop();
+    void followPalette();
     void setDesktopDark(bool dark);
-    void setReducedMotion(bool reduced);
     void applyMode(Mode mode);
 
-    QSettings& settings_;
+    Preferences& preferences_;
     Mode mode_ = System;
-    bool desktopDark_ = false;
+    bool desktopIsDark_ = false;
+    bool portalAnswers_ = false;  // then the palette does not count
     bool reducedMotion_ = false;
-    BackgroundTasks tasks_;
+    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 
 }  // namespace quillmere

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QString>
+#include <cstddef>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Generate/Aesthetics.h"
@@ -15,21 +17,23 @@ struct Character {
     friend bool operator==(const Character&, const Character&) = default;
 };
 
-// Undo and redo of the parameters: whole states, the current one included.
+// Undo and redo of the parameters: whole states, the current one included. The oldest of more than 500 steps
+// are forgotten.
 class EditHistory {
 public:
     explicit EditHistory(Character start) : current_(std::move(start)) {}
 
     [[nodiscard]] const Character& current() const { return current_; }
-    [[nodiscard]] bool canUndo() const { return !past_.empty(); }
+    [[nodiscard]] bool canUndo() const { return !past_.empty() || (open_ > 0 && beforeEdit_ != current_); }
     [[nodiscard]] bool canRedo() const { return !future_.empty(); }
 
-    // All changes between begin and end are one step; pairs nest.
+    // All changes between begin and end are one step; pairs nest. An end without its begin (undo and redo
+    // close what is open) does nothing.
     void begin();
     void end();
     // Nothing happens when next is the current state.
     void change(Character next);
-    // End an open edit; false when there is nothing to go to.
+    // False when there is nothing to go to. An open edit is closed first.
     bool undo();
     bool redo();
 
@@ -37,6 +41,7 @@ private:
     static constexpr std::size_t limit = 500;
 
     void remember(Character state);
+    void closeEdit();
 
     std::vector<Character> past_;    // oldest first
     std::vector<Character> future_;  // the next redo last

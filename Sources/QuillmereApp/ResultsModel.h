@@ -85,10 +85,10 @@ private:
     std::vector<Row> rows_;
     QHash<QUrl, int> rowByUrl_;
     QUrl playing_;
-    quint64 generation_ = 0;  // of the rows: late answers for older ones are dropped
     QFileSystemWatcher watcher_;
     QTimer refreshSoon_;
-    std::shared_ptr<CancelFlag> staleRows_;
+    std::shared_ptr<CancelFlag> staleRows_;  // set when the rows give way to others: late answers are dropped
+    int nextPriority_ = 0;                   // grows: the newest request is answered first
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

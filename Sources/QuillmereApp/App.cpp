@@ -1,0 +1,166 @@
+// The desktop application: one window on one AppModel.
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <QFileInfo>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QOffscreenSurface>
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+#include <QQmlApplicationEngine>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QSocketNotifier>
+#include <QUrl>
+#include <QtQml/QQmlExtensionPlugin>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <string>
+
+#include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/DebugHooks.h"
+
+Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
+
+namespace quillmere {
+namespace {
+
+[[noreturn]] void refuse(const char* reason) {
+    std::fprintf(stderr, "quillmere: %s\n", reason);
+    std::_Exit(EXIT_FAILURE);
+}
+
+constexpr const char* noDisplay =
+    "There is no display to open a window on. Start it in a desktop session, or use quillmere-cli.";
+
+// Qt ends the program with a core dump when it finds no display.
+void requireDisplay() {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    const bool needsDisplay =
+        platform.isEmpty() || platform.startsWith("xcb") || platform.startsWith("wayland");
+    if (needsDisplay && qEnvironmentVariableIsEmpty("DISPLAY") &&
+        qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+        refuse(noDisplay);
+}
+
+// Until the window is there, Qt's fatal messages are about the display: it is named but cannot be opened.
+void refuseOnFatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
+    if (type == QtFatalMsg) refuse(noDisplay);
+    if (type == QtCriticalMsg) std::fprintf(stderr, "quillmere: %s\n", qPrintable(message));
+}
+
+bool isSoftwareRenderer(const QByteArray& name) {
+    return name.contains("llvmpipe") || name.contains("softpipe") || name.contains("Software Rasterizer");
+}
+
+// Whether OpenGL works and is done by a GPU; a rasterizer for OpenGL is slower than Qt's own.
+bool hasGPU() {
+    QOpenGLContext context;
+    if (!context.create()) return false;
+    QOffscreenSurface surface;
+    surface.setFormat(context.format());
+    surface.create();
+    if (!surface.isValid() || !context.makeCurrent(&surface)) return false;
+    const auto* name = reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
+    const bool isGPU = name != nullptr && !isSoftwareRenderer(name);
+    context.doneCurrent();
+    return isGPU;
+}
+
+void chooseRenderer() {
+    const bool isChosen =
+        qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
+    if (!isChosen && !hasGPU()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
+
+// SIGTERM, SIGINT and SIGHUP end the event loop as closing the window does. A handler may do little more than
+// write to a socket; the other end wakes the event loop.
+class QuitSignals : public QObject {
+public:
+    QuitSignals() : QObject(nullptr) {
+        if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, sockets_.data()) != 0)
+            return;
+        connect(new QSocketNotifier(sockets_[1], QSocketNotifier::Read, this), &QSocketNotifier::activated,
+                this, [] { QCoreApplication::exit(0); });
+        struct sigaction action {};
+        action.sa_handler = [](int) {
+            const char byte = 1;
+            [[maybe_unused]] const auto written = ::write(sockets_[0], &byte, 1);
+        };
+        action.sa_flags = SA_RESTART;
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP})
+            ::sigaction(signal, &action, nullptr);
+    }
+
+private:
+    // A signal handler reaches only what is static.
+    static inline std::array<int, 2> sockets_{-1, -1};
+};
+
+struct Arguments {
+    std::string folder;
+};
+
+// Nothing: the program is to end with the status given.
+std::optional<Arguments> parse(int argc, char** argv, int& status) {
+    Arguments arguments;
+    CLI::App cli("Learns the character of a folder of audio samples and generates new ones.", "quillmere");
+    cli.set_version_flag("--version", "quillmere " QUILLMERE_VERSION);
+    cli.add_option("folder", arguments.folder, "Folder of samples to open as the corpus")
+        ->option_text("FOLDER");
+    try {
+        cli.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        status = cli.exit(error, std::cout, std::cerr) == 0 ? EXIT_SUCCESS : 2;
+        return std::nullopt;
+    }
+    return arguments;
+}
+
+int run(int argc, char** argv) {
+    int status = EXIT_SUCCESS;
+    const std::optional<Arguments> arguments = parse(argc, argv, status);
+    if (!arguments) return status;
+
+    requireDisplay();
+    const QtMessageHandler usual = qInstallMessageHandler(refuseOnFatal);
+    QGuiApplication::setApplicationName(QStringLiteral("Quillmere"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(QUILLMERE_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral("quillmere"));
+    int qtArguments = 1;  // ours are parsed already
+    QGuiApplication app(qtArguments, argv);
+    qInstallMessageHandler(usual);
+    if (QFontDatabase::families().isEmpty())
+        refuse(
+            "No fonts are installed, so nothing could be read. Install one, for example fonts-dejavu-core.");
+    chooseRenderer();
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+
+    const QuitSignals quitSignals;
+    AppModel model;
+    if (!arguments->folder.empty())
+        model.setCorpus(
+            QUrl::fromLocalFile(QFileInfo(QString::fromStdString(arguments->folder)).absoluteFilePath()));
+
+    QQmlApplicationEngine engine;
+    engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)}});
+    engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
+    if (engine.rootObjects().isEmpty()) refuse("The window could not be loaded.");
+    DebugHooks::install(model);
+    return QGuiApplication::exec();
+}
+
+}  // namespace
+}  // namespace quillmere
+
+int main(int argc, char** argv) {
+    return quillmere::run(argc, argv);
+}

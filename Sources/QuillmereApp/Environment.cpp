@@ -1,0 +1,40 @@
+#include "QuillmereApp/Environment.h"
+
+#include <QClipboard>
+#include <QDir>
+#include <QGuiApplication>
+#include <QStandardPaths>
+#include <random>
+
+#include "QuillmereApp/FileManager.h"
+#include "QuillmereCore/Model/ModelStore.h"
+
+namespace quillmere {
+namespace {
+
+std::uint64_t systemRandom() {
+    std::random_device device;
+    return std::uint64_t{device()} << 32 | device();
+}
+
+}  // namespace
+
+Environment Environment::standard() {
+    const QString config = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                           QStringLiteral("/Quillmere");
+    return {
+        .settingsFile = config + QStringLiteral("/Quillmere.conf"),
+        .presetsFolder = config + QStringLiteral("/presets"),
+        .modelsRoot = ModelStore::rootDirectory(),
+        .temporaryFolder = std::filesystem::temp_directory_path(),
+        .homeFolder = QDir::homePath(),
+        .followDesktop = true,
+        .adjustTraining = {},
+        .freshSeed = systemRandom,
+        .makePlayer = Player::forSoundCard,
+        .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
+        .showFiles = FileManager::show,
+    };
+}
+
+}  // namespace quillmere

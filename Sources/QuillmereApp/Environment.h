@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QUrl>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "QuillmereApp/Player.h"
+#include "QuillmereCore/Model/Trainer.h"
+
+namespace quillmere {
+
+// What AppModel reaches outside of itself, so that tests can put something else in its place.
+struct Environment {
+    QString settingsFile;                   // INI file of the preferences
+    QString presetsFolder;                  // of the user's own presets; made when the first one is saved
+    std::filesystem::path modelsRoot;       // of the stored models
+    std::filesystem::path temporaryFolder;  // of the audition file
+    QString homeFolder;                     // what "~" means
+    bool followDesktop = true;              // ask the desktop for light or dark
+
+    // The options of a training run before they are used; empty: as they are.
+    std::function<TrainingOptions(TrainingOptions)> adjustTraining;
+    std::function<std::uint64_t()> freshSeed;
+    std::function<std::unique_ptr<Player>()> makePlayer;
+    std::function<void(const QString&)> copyText;  // to the clipboard
+    // Shows folder in the platform's file manager, the files selected; false when there is none. Called in
+    // the background.
+    std::function<bool(const QUrl& folder, const QList<QUrl>& files)> showFiles;
+
+    // The user's own folders, the sound card, the clipboard and the desktop. Needs a QGuiApplication.
+    [[nodiscard]] static Environment standard();
+};
+
+}  // namespace quillmere

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QString>
+#include <QVariant>
+#include <QVariantMap>
+
+#include "QuillmereApp/BackgroundTask.h"
+
+namespace quillmere {
+
+// The per-user preferences, an INI file. Read once, at construction; written in the background, in the order
+// of the calls, because a write waits for the disk. The destructor waits for what is still to be written.
+class Preferences {
+public:
+    // owner: any object of the user-interface thread that outlives this one.
+    Preferences(QString file, QObject* owner);
+
+    // Invalid when there is none.
+    [[nodiscard]] QVariant value(const QString& key) const { return values_.value(key); }
+    void setValue(const QString& key, const QVariant& value);
+
+private:
+    QString file_;
+    QVariantMap values_;
+    BackgroundTasks writer_;
+};
+
+}  // namespace quillmere

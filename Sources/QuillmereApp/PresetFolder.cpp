@@ -1,0 +1,91 @@
+#include "QuillmereApp/PresetFolder.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <algorithm>
+#include <span>
+#include <string>
+#include <system_error>
+
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+const QString suffix = QStringLiteral(".json");
+constexpr qint64 largestFile = 1 << 16;  // bytes; twenty numbers need a few hundred
+constexpr qsizetype longestName = 200;   // bytes; file systems allow 255 with the suffix
+
+QString fileOf(const QString& folder, const QString& name) {
+    return folder + QLatin1Char('/') + name + suffix;
+}
+
+// Values from a file, brought into the ranges of the sliders.
+Aesthetics clamped(const Aesthetics& read) {
+    validate(read);
+    Aesthetics inRange;
+    for (const ParameterSpec& spec : Aesthetics::specs())
+        inRange.set(spec, spec.value(read));
+    return inRange;
+}
+
+OwnPreset read(const QFileInfo& info) {
+    OwnPreset preset{info.completeBaseName(), std::nullopt, {}};
+    QFile file(info.filePath());
+    if (info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
+        preset.problem = QStringLiteral("The preset's file cannot be read.");
+        return preset;
+    }
+    try {
+        preset.aesthetics = clamped(decodeAesthetics(file.readAll().toStdString()));
+    } catch (const Failure& failure) {
+        preset.problem = QString::fromUtf8(failure.what());
+    }
+    return preset;
+}
+
+}  // namespace
+
+QList<OwnPreset> PresetFolder::list(const QString& folder) {
+    QList<OwnPreset> presets;
+    for (const QFileInfo& info : QDir(folder).entryInfoList({QLatin1Char('*') + suffix}, QDir::Files)) {
+        if (problemWithName(info.completeBaseName()).isEmpty()) presets.append(read(info));
+    }
+    std::stable_sort(presets.begin(), presets.end(), [](const OwnPreset& a, const OwnPreset& b) {
+        return QString::compare(a.name, b.name, Qt::CaseInsensitive) < 0;
+    });
+    return presets;
+}
+
+bool PresetFolder::save(const QString& folder, const QString& name, const Aesthetics& aesthetics) {
+    const std::filesystem::path path = toPath(folder);
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    if (error) throw FileError(path, error);
+    const std::string json = encodeJSON(aesthetics);
+    return writeNewFile(toPath(fileOf(folder, name)), std::as_bytes(std::span(json)));
+}
+
+void PresetFolder::remove(const QString& folder, const QString& name) {
+    const std::filesystem::path path = toPath(fileOf(folder, name));
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    if (error) throw FileError(path, error);
+}
+
+QString PresetFolder::problemWithName(const QString& name) {
+    if (name.trimmed().isEmpty()) return QStringLiteral("Give the preset a name.");
+    if (name.toUtf8().size() > longestName) return QStringLiteral("That name is too long.");
+    const bool hasControl =
+        std::any_of(name.begin(), name.end(), [](QChar c) { return c.category() == QChar::Other_Control; });
+    if (name.contains(QLatin1Char('/')) || name.startsWith(QLatin1Char('.')) || hasControl)
+        return QStringLiteral("A preset's name cannot begin with a dot or contain a slash.");
+    if (Preset::named(name.toStdString()) != nullptr)
+        return QStringLiteral("A built-in preset has that name.");
+    return {};
+}
+
+}  // namespace quillmere

@@ -1,0 +1,168 @@
+#include "QuillmereApp/ResultsModel.h"
+
+#include <chrono>
+#include <set>
+#include <system_error>
+#include <utility>
+
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/TimeText.h"
+#include "QuillmereApp/Waveform.h"
+
+namespace quillmere {
+namespace {
+
+using namespace std::chrono_literals;
+
+std::vector<bool> existing(const std::vector<std::filesystem::path>& files, const CancelFlag& stale) {
+    std::vector<bool> exist;
+    exist.reserve(files.size());
+    for (const auto& file : files) {
+        if (stale.isCancelled()) break;
+        std::error_code unknown;  // then it cannot be played either
+        exist.push_back(std::filesystem::is_regular_file(file, unknown));
+    }
+    return exist;
+}
+
+}  // namespace
+
+ResultsModel::ResultsModel(QObject* parent)
+    : QAbstractListModel(parent), staleRows_(std::make_shared<CancelFlag>()), tasks_(this, 2) {
+    // A program that deletes a thousand files tells of each.
+    refreshSoon_.setSingleShot(true);
+    refreshSoon_.setInterval(200ms);
+    connect(&refreshSoon_, &QTimer::timeout, this, &ResultsModel::refresh);
+    connect(&watcher_, &QFileSystemWatcher::directoryChanged, &refreshSoon_, qOverload<>(&QTimer::start));
+}
+
+ResultsModel::~ResultsModel() {
+    staleRows_->cancel();
+}
+
+void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
+    if (samples.empty() && rows_.empty()) return;
+    staleRows_->cancel();
+    staleRows_ = std::make_shared<CancelFlag>();
+    beginResetModel();
+    samples_ = std::move(samples);
+    rows_.clear();
+    rows_.reserve(samples_.size());
+    rowByUrl_.clear();
+    for (const GeneratedSample& sample : samples_) {
+        const QUrl url = toUrl(sample.url);
+        rowByUrl_.insert(url, count());
+        rows_.push_back({.url = url, .fileName = toQString(sample.url.filename()), .peaks = {}});
+    }
+    endResetModel();
+    emit countChanged();
+    watchFolders();
+}
+
+void ResultsModel::watchFolders() {
+    if (!watcher_.directories().isEmpty()) watcher_.removePaths(watcher_.directories());
+    std::set<std::filesystem::path> folders;
+    for (const GeneratedSample& sample : samples_)
+        folders.insert(sample.url.parent_path());
+    for (const auto& folder : folders)
+        watcher_.addPath(toQString(folder));
+}
+
+void ResultsModel::setPlaying(const QUrl& url) {
+    if (url == playing_) return;
+    const int before = rowOf(std::exchange(playing_, url));
+    if (before >= 0) announce(before, IsPlayingRole);
+    const int now = rowOf(url);
+    if (now >= 0) announce(now, IsPlayingRole);
+}
+
+QUrl ResultsModel::urlAt(int row) const {
+    return row >= 0 && row < count() ? rows_[static_cast<std::size_t>(row)].url : QUrl();
+}
+
+int ResultsModel::rowOf(const QUrl& url) const {
+    return rowByUrl_.value(url, -1);
+}
+
+bool ResultsModel::existsAt(int row) const {
+    return row >= 0 && row < count() && rows_[static_cast<std::size_t>(row)].exists;
+}
+
+void ResultsModel::refresh() {
+    if (samples_.empty()) return;
+    std::vector<std::filesystem::path> files;
+    files.reserve(samples_.size());
+    for (const GeneratedSample& sample : samples_)
+        files.push_back(sample.url);
+    tasks_.run([files = std::move(files), stale = staleRows_] { return existing(files, *stale); },
+               [this, stale = staleRows_](const std::vector<bool>& exist) {
+                   if (stale->isCancelled()) return;
+                   for (int row = 0; row < count(); ++row) {
+                       const bool exists = exist[static_cast<std::size_t>(row)];
+                       if (std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
+                           announce(row, ExistsRole);
+                   }
+               },
+               [](const TaskFailure&) {}, nextPriority_++);
+}
+
+void ResultsModel::requestPeaks(int row) {
+    rows_[static_cast<std::size_t>(row)].peaksRequested = true;
+    tasks_.run(
+        [file = samples_[static_cast<std::size_t>(row)].url, stale = staleRows_] {
+            return stale->isCancelled() ? QList<qreal>() : Waveform::peaks(file, peakCount);
+        },
+        [this, row, stale = staleRows_](QList<qreal> peaks) {
+            if (stale->isCancelled()) return;
+            rows_[static_cast<std::size_t>(row)].peaks = std::move(peaks);
+            announce(row, PeaksRole);
+        },
+        [this, stale = staleRows_](const TaskFailure&) {
+            // No thumbnail: most likely the file is gone, which the row then shows.
+            if (!stale->isCancelled()) refreshSoon_.start();
+        },
+        nextPriority_++);
+}
+
+void ResultsModel::announce(int row, int role) {
+    emit dataChanged(index(row), index(row), {role});
+}
+
+int ResultsModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant ResultsModel::data(const QModelIndex& index, int role) const {
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
+    const auto i = static_cast<std::size_t>(index.row());
+    const Row& row = rows_[i];
+    switch (role) {
+        case UrlRole:
+            return row.url;
+        case FileNameRole:
+            return row.fileName;
+        case SecondsRole:
+            return samples_[i].seconds;
+        case DurationTextRole:
+            return TimeText::duration(samples_[i].seconds);
+        case ExistsRole:
+            return row.exists;
+        case IsPlayingRole:
+            return row.url == playing_;
+        case PeaksRole:
+            // Only views read peaks, and only of the rows they show.
+            if (!row.peaksRequested) const_cast<ResultsModel*>(this)->requestPeaks(index.row());
+            return QVariant::fromValue(row.peaks);
+        default:
+            return {};
+    }
+}
+
+QHash<int, QByteArray> ResultsModel::roleNames() const {
+    return {{UrlRole, "url"},         {FileNameRole, "fileName"},
+            {SecondsRole, "seconds"}, {DurationTextRole, "durationText"},
+            {ExistsRole, "exists"},   {IsPlayingRole, "isPlaying"},
+            {PeaksRole, "peaks"}};
+}
+
+}  // namespace quillmere

@@ -1,0 +1,279 @@
+// Playback through SDL2's audio subsystem.
+#define SDL_MAIN_HANDLED
+#include <SDL.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Player.h"
+#include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+// Samples per device buffer: 21 ms at 48 kHz.
+constexpr Uint16 bufferSamples = 1024;
+// Rates that sound servers take as they are; anything else is converted first.
+constexpr double lowestRate = 4000;
+constexpr double highestRate = 192000;
+constexpr int fallbackRate = 48000;
+// A queue that has not moved for this long belongs to a device that no longer plays.
+constexpr auto patience = 2s;
+
+struct Sound {
+    std::vector<float> samples;
+    int rate = 0;  // Hz
+    double seconds = 0;
+};
+
+Sound readSound(const QString& file) {
+    AudioIO::MonoAudio audio = AudioIO::readMono(toPath(file));
+    const double seconds = static_cast<double>(audio.samples.size()) / audio.sampleRate;
+    const bool playsAsItIs = audio.sampleRate >= lowestRate && audio.sampleRate <= highestRate &&
+                             audio.sampleRate == std::floor(audio.sampleRate);
+    if (playsAsItIs) return {std::move(audio.samples), static_cast<int>(audio.sampleRate), seconds};
+    return {AudioIO::resample(std::move(audio.samples), audio.sampleRate, fallbackRate), fallbackRate,
+            seconds};
+}
+
+// The sound card, open and silent. The subsystem lives as long as the device: after a failure the next play
+// looks for a card afresh.
+class Device {
+public:
+    explicit Device(int rate) {
+        SDL_SetMainReady();
+        SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Quillmere");
+        SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Sample");
+        if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) throw Failure(reason());
+        SDL_AudioSpec wanted{};
+        wanted.freq = rate;
+        wanted.format = AUDIO_F32SYS;
+        wanted.channels = 1;
+        wanted.samples = bufferSamples;
+        id_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, &obtained_, 0);
+        if (id_ == 0) {
+            const std::string why = reason();
+            SDL_QuitSubSystem(SDL_INIT_AUDIO);
+            throw Failure(why);
+        }
+    }
+    ~Device() {
+        SDL_CloseAudioDevice(id_);
+        SDL_QuitSubSystem(SDL_INIT_AUDIO);
+    }
+    Device(const Device&) = delete;
+    Device& operator=(const Device&) = delete;
+
+    void queue(const std::vector<float>& samples) {
+        const auto bytes = samples.size() * sizeof(float);
+        if (bytes > UINT32_MAX || SDL_QueueAudio(id_, samples.data(), static_cast<Uint32>(bytes)) != 0)
+            throw Failure(bytes > UINT32_MAX ? "The file is too long to be played." : reason());
+    }
+    // What is in the device's own buffers when the queue runs empty is silence, not the end of the sound.
+    void queueSilence() {
+        queue(std::vector<float>(2 * std::size_t{obtained_.samples} +
+                                 static_cast<std::size_t>(obtained_.freq) / 20));
+    }
+    void start() { SDL_PauseAudioDevice(id_, 0); }
+    void silence() {
+        SDL_PauseAudioDevice(id_, 1);
+        SDL_ClearQueuedAudio(id_);
+    }
+    [[nodiscard]] Uint32 queuedBytes() const { return SDL_GetQueuedAudioSize(id_); }
+    [[nodiscard]] bool isGone() const { return SDL_GetAudioDeviceStatus(id_) == SDL_AUDIO_STOPPED; }
+
+private:
+    static std::string reason() {
+        return std::string("There is no sound card to play through: ") + SDL_GetError();
+    }
+
+    SDL_AudioSpec obtained_{};
+    SDL_AudioDeviceID id_ = 0;
+};
+
+// What the window's thread and the playing thread share. It outlives the player when a sound server hangs
+// while a device is being opened or closed: then the thread is left behind.
+class Playback {
+public:
+    struct Events {
+        std::function<void(quint64 play, double seconds)> started;
+        std::function<void(quint64 play)> ended;
+        std::function<void(quint64 play, const QString& reason)> failed;
+    };
+    explicit Playback(Events events) : events_(std::move(events)) {}
+
+    void play(quint64 number, const QString& file) {
+        const std::lock_guard guard(mutex_);
+        newest_ = number;
+        request_ = file;
+        wake_.notify_all();
+    }
+    void stop(quint64 number) {
+        const std::lock_guard guard(mutex_);
+        newest_ = number;
+        request_.reset();
+        wake_.notify_all();
+    }
+    // No event follows. False when the thread did not end in time.
+    bool quit(std::chrono::milliseconds time) {
+        std::unique_lock lock(mutex_);
+        quit_ = true;
+        wake_.notify_all();
+        return wake_.wait_for(lock, time, [this] { return over_; });
+    }
+
+    void run() {
+        std::unique_lock lock(mutex_);
+        while (true) {
+            wake_.wait(lock, [this] { return quit_ || request_; });
+            if (quit_) break;
+            const QString file = *std::exchange(request_, std::nullopt);
+            const quint64 number = newest_;
+            lock.unlock();
+            playOne(number, file);
+            lock.lock();
+        }
+        over_ = true;
+        wake_.notify_all();
+    }
+
+private:
+    void playOne(quint64 number, const QString& file) {
+        try {
+            Sound sound = readSound(file);
+            if (isSuperseded(number)) return;
+            Device device(sound.rate);
+            device.queue(sound.samples);
+            device.queueSilence();
+            sound.samples = {};
+            if (isSuperseded(number)) return;
+            device.start();
+            tell([&] { events_.started(number, sound.seconds); });
+            waitForTheEnd(number, device);
+        } catch (const std::exception& error) {
+            const QString reason = QString::fromUtf8(error.what());
+            tell([&] { events_.failed(number, reason); });
+            return;
+        }
+        if (!isSuperseded(number)) tell([&] { events_.ended(number); });
+    }
+
+    void waitForTheEnd(quint64 number, Device& device) {
+        Uint32 queued = device.queuedBytes();
+        auto lastMove = Clock::now();
+        while (queued > 0 && !device.isGone() && Clock::now() - lastMove < patience) {
+            if (supersededWithin(number, 10ms)) {
+                device.silence();
+                return;
+            }
+            const Uint32 now = device.queuedBytes();
+            if (std::exchange(queued, now) != now) lastMove = Clock::now();
+        }
+    }
+
+    [[nodiscard]] bool isSuperseded(quint64 number) { return supersededWithin(number, 0ms); }
+    [[nodiscard]] bool supersededWithin(quint64 number, std::chrono::milliseconds time) {
+        std::unique_lock lock(mutex_);
+        return wake_.wait_for(lock, time, [&] { return quit_ || newest_ != number; });
+    }
+    // The player is there as long as quit_ is not set.
+    template <typename Event>
+    void tell(Event event) {
+        const std::lock_guard guard(mutex_);
+        if (!quit_) event();
+    }
+
+    const Events events_;
+
+    std::mutex mutex_;
+    std::condition_variable wake_;
+    // Guarded by mutex_:
+    std::optional<QString> request_;
+    quint64 newest_ = 0;
+    bool quit_ = false;
+    bool over_ = false;
+};
+
+class SoundCardPlayer final : public Player {
+public:
+    SoundCardPlayer() {
+        playback_ = std::make_shared<Playback>(Playback::Events{
+            .started = [this](quint64 play,
+                              double seconds) { post(play, [=, this] { onStarted(seconds); }); },
+            .ended = [this](quint64 play) { post(play, [this] { onEnded(); }); },
+            .failed = [this](quint64 play,
+                             const QString& reason) { post(play, [=, this] { onFailed(reason); }); }});
+        thread_ = std::thread([playback = playback_] { playback->run(); });
+    }
+
+    ~SoundCardPlayer() override {
+        if (playback_->quit(1s)) {
+            thread_.join();
+        } else {
+            thread_.detach();
+        }
+    }
+
+    void play(const QString& file) override {
+        isPlaying_ = false;
+        file_ = file;
+        playback_->play(++number_, file);
+    }
+    void stop() override {
+        isPlaying_ = false;
+        playback_->stop(++number_);
+    }
+    [[nodiscard]] bool isPlaying() const override { return isPlaying_; }
+
+private:
+    // From the playing thread: event on this object's thread, unless another play or stop has come first.
+    template <typename Event>
+    void post(quint64 play, Event event) {
+        QMetaObject::invokeMethod(
+            this,
+            [this, play, event] {
+                if (play == number_) event();
+            },
+            Qt::QueuedConnection);
+    }
+    void onStarted(double seconds) {
+        isPlaying_ = true;
+        emit started(file_, seconds);
+    }
+    void onEnded() {
+        isPlaying_ = false;
+        emit ended(file_);
+    }
+    void onFailed(const QString& reason) {
+        isPlaying_ = false;
+        emit failed(file_, reason);
+    }
+
+    QString file_;
+    quint64 number_ = 0;  // of the newest play or stop
+    bool isPlaying_ = false;
+    std::shared_ptr<Playback> playback_;
+    std::thread thread_;
+};
+
+}  // namespace
+
+std::unique_ptr<Player> Player::forSoundCard() {
+    return std::make_unique<SoundCardPlayer>();
+}
+
+}  // namespace quillmere
