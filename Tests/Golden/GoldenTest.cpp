@@ -1,5 +1,5 @@
 // Runs every reference vector as a test of its own: those next to this file, or those in the folder that
-// the environment variable QUILLMERE_GOLDEN_DIR names.
+// the environment variable QUILLMERE_GOLDEN_DIR names (an absolute path, as ctest changes directories).
 
 #include <gtest/gtest.h>
 
