@@ -1,6 +1,7 @@
 #include "QuillmereCore/Generate/Finishing.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <system_error>
 
@@ -34,6 +35,20 @@ float largest(std::span<const float> values) {
         if (value > found) found = value;
     }
     return found;
+}
+
+// The largest |x|; NaN counts as none. In lanes, so that the compiler can use vectors.
+float peakOf(std::span<const float> x) {
+    constexpr std::size_t lanes = 16;
+    std::array<float, lanes> peaks{};
+    std::size_t n = 0;
+    for (; n + lanes <= x.size(); n += lanes) {
+        for (std::size_t lane = 0; lane < lanes; ++lane)
+            peaks[lane] = std::max(peaks[lane], std::abs(x[n + lane]));
+    }
+    for (; n < x.size(); ++n)
+        peaks[0] = std::max(peaks[0], std::abs(x[n]));
+    return std::ranges::max(peaks);
 }
 
 float amplitude(double dB) {
@@ -103,9 +118,7 @@ std::vector<float> trimSilence(std::vector<float> x, int sampleRate) {
 }
 
 void normalize(std::span<float> x, float peak) {
-    float loudest = 0;
-    for (const float value : x)
-        loudest = std::max(loudest, std::abs(value));
+    const float loudest = peakOf(x);
     if (!(loudest > silence)) return;
     const float gain = peak / loudest;
     for (float& value : x)

@@ -145,6 +145,16 @@ TEST(Normalize, ScalesTheLargestMagnitudeToThePeak) {
     EXPECT_FLOAT_EQ(x[2], 0.475F);
 }
 
+TEST(Normalize, FindsThePeakAtAnyPlace) {
+    for (std::size_t place = 0; place < 40; ++place) {
+        Signal x = constant(40, 0.1F);
+        x[place] = -0.5F;
+        Finishing::normalize(x, 1);
+        EXPECT_FLOAT_EQ(x[place], -1) << place;
+        EXPECT_FLOAT_EQ(x[(place + 1) % 40], 0.2F) << place;
+    }
+}
+
 TEST(Normalize, LeavesSilenceAndNextToNothingAlone) {
     Signal x = constant(5, 1e-9F);
     Finishing::normalize(x, 0.95F);
