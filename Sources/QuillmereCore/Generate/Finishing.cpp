@@ -186,7 +186,7 @@ void finish(std::vector<float>& x, const Aesthetics& aesthetics, double sampleRa
 
 std::string sanitisedPrefix(std::string_view prefix) {
     // All ASCII, so no byte of a longer UTF-8 character is ever taken for one of them.
-    constexpr std::string_view refused = "/\\:*?\"<>| ";
+    constexpr std::string_view refused("/\\:*?\"<>| \0", 11);
     std::string text(prefix);
     std::ranges::replace_if(
         text, [&](char c) { return refused.find(c) != std::string_view::npos; }, '_');

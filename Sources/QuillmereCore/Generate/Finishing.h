@@ -50,7 +50,7 @@ void applyFades(std::span<float> x, double sampleRate);
 // fades, final peak. Takes exactly one uniform draw.
 void finish(std::vector<float>& x, const Aesthetics& aesthetics, double sampleRate, SeededRNG& rng);
 
-// Replaces the characters that file systems refuse, and blanks, by "_"; other characters stay.
+// Replaces / \ : * ? " < > |, blanks and null characters by "_"; other characters stay.
 [[nodiscard]] std::string sanitisedPrefix(std::string_view prefix);
 // prefix, "_", a number of at least four digits, ".wav".
 [[nodiscard]] std::string fileName(std::string_view prefix, std::size_t number);

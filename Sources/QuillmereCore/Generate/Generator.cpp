@@ -28,8 +28,6 @@ void requireFinite(std::span<const float> samples) {
 void createFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
-    if (!error && !fs::is_directory(folder, error) && !error)
-        error = std::make_error_code(std::errc::not_a_directory);
     if (error) throw FileError(folder, error);
 }
 

@@ -349,6 +349,11 @@ TEST(SanitisedPrefix, ReplacesWhatFileSystemsRefuseAndBlanks) {
     EXPECT_EQ(Finishing::sanitisedPrefix("a/b\\c:d*e?f\"g<h>i|j k"), "a_b_c_d_e_f_g_h_i_j_k");
 }
 
+// A system call would end the name there, and no number would ever make it a free one.
+TEST(SanitisedPrefix, ReplacesNullCharacters) {
+    EXPECT_EQ(Finishing::sanitisedPrefix(std::string("a\0b", 3)), "a_b");
+}
+
 TEST(SanitisedPrefix, KeepsEverythingElse) {
     EXPECT_EQ(Finishing::sanitisedPrefix("Größe-🥁.'\n"), "Größe-🥁.'\n");
     EXPECT_EQ(Finishing::sanitisedPrefix(""), "");
