@@ -10,7 +10,7 @@ namespace quillmere::testing {
 // in C functions too where a locale of that kind is installed.
 class CommaLocale {
 public:
-    CommaLocale() : cpp_(std::locale()), c_(std::setlocale(LC_ALL, nullptr)) {
+    CommaLocale() : c_(std::setlocale(LC_ALL, nullptr)) {
         std::locale::global(std::locale(std::locale::classic(), new Punctuation));
         for (const char* name : {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8"}) {
             if (std::setlocale(LC_NUMERIC, name) != nullptr) break;
@@ -31,7 +31,7 @@ private:
         std::string do_grouping() const override { return "\3"; }
     };
 
-    std::locale cpp_;
+    std::locale cpp_;  // the global one at construction
     std::string c_;
 };
 

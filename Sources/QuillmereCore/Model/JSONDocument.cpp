@@ -11,10 +11,14 @@ namespace {
 constexpr int maxDepth = 64;
 
 [[noreturn]] void wrongType(const char* key, const char* expected) {
-    throw DecodingError("\"" + std::string(key) + "\" must be " + expected);
+    throw DecodingError(quoted(key) + " must be " + expected);
 }
 
 }  // namespace
+
+std::string quoted(std::string_view text) {
+    return '"' + std::string(text) + '"';
+}
 
 Json parseObject(std::string_view text) {
     const auto limitDepth = [](int depth, Json::parse_event_t, Json&) {
@@ -34,7 +38,7 @@ Json parseObject(std::string_view text) {
 
 const Json& member(const Json& object, const char* key) {
     const auto found = object.find(key);
-    if (found == object.end()) throw DecodingError("\"" + std::string(key) + "\" is missing");
+    if (found == object.end()) throw DecodingError(quoted(key) + " is missing");
     return *found;
 }
 

@@ -9,13 +9,16 @@
 #include <nlohmann/json.hpp>
 
 // Reading JSON documents with errors that say what is wrong. For .cpp files only: it brings the JSON library
-// with it. Every function throws DecodingError.
+// with it. What cannot be read throws DecodingError.
 namespace quillmere::json {
 
 // Fractional numbers are single precision, so that a float is written in the few digits that identify it and
 // read back as the same float. Integers are 64-bit.
 using Json =
     nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
+
+// text between quotation marks, for messages.
+[[nodiscard]] std::string quoted(std::string_view text);
 
 [[nodiscard]] Json parseObject(std::string_view text);
 

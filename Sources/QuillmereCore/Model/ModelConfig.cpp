@@ -127,7 +127,8 @@ ModelConfig decodeModelConfig(std::string_view text) {
     const json::Json object = json::parseObject(text);
     const std::string& raw = json::stringMember(object, "profile");
     const std::optional<AnalysisProfile> profile = analysisProfile(raw);
-    if (!profile) throw DecodingError("\"profile\" is \"" + raw + "\", which is no analysis profile");
+    if (!profile)
+        throw DecodingError("\"profile\" is " + json::quoted(raw) + ", which is no analysis profile");
     return {.sampleRate = json::integerMember(object, "sampleRate"),
             .nFFT = json::integerMember(object, "nFFT"),
             .hop = json::integerMember(object, "hop"),

@@ -147,7 +147,7 @@ std::string encodeManifest(const ModelBundle& bundle) {
 std::chrono::sys_seconds decodeDate(const Json& metadata, const char* key) {
     const std::string& text = json::stringMember(metadata, key);
     const auto date = parseISODate(text);
-    if (!date) throw DecodingError("\"" + std::string(key) + "\" is \"" + text + "\", which is no date");
+    if (!date) throw DecodingError(json::quoted(key) + " is " + json::quoted(text) + ", which is no date");
     return *date;
 }
 
@@ -365,16 +365,16 @@ std::optional<std::chrono::sys_seconds> parseISODate(std::string_view text) {
 }
 
 std::string weightsBlob(const std::vector<std::vector<float>>& weights) {
-    std::string blob;
     std::size_t count = 0;
     for (const std::vector<float>& array : weights)
         count += array.size();
-    blob.reserve(count * sizeof(float));
+    std::string blob(count * sizeof(float), '\0');
+    char* out = blob.data();
     for (const std::vector<float>& array : weights) {
         for (const float value : array) {
             const auto bits = std::bit_cast<std::uint32_t>(value);
             for (int shift = 0; shift < 32; shift += 8)
-                blob += static_cast<char>((bits >> shift) & 0xFF);
+                *out++ = static_cast<char>(bits >> shift);
         }
     }
     return blob;

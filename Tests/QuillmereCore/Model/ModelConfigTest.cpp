@@ -150,8 +150,8 @@ TEST(ModelConfigJSON, IgnoresOtherKeysAndTheirOrder) {
 
 TEST(ModelConfigJSON, RequiresEveryKey) {
     for (const char* key : {"sampleRate", "nFFT", "hop", "nMels", "frames", "latentDim", "profile"}) {
-        const std::string text = replaced(exampleJSON, "\"" + std::string(key) + "\"", "\"other\"");
-        EXPECT_EQ(decodingMessage(text), "\"" + std::string(key) + "\" is missing");
+        const std::string quoted = '"' + std::string(key) + '"';
+        EXPECT_EQ(decodingMessage(replaced(exampleJSON, quoted, "\"other\"")), quoted + " is missing");
     }
 }
 

@@ -115,7 +115,7 @@ std::string messageOf(const std::function<void()>& action) {
 
 template <typename Error>
 std::string loadMessage(const StoredModel& model) {
-    const std::string message = messageOf<Error>([&] { (void)ModelStore::load(model.path()); });
+    std::string message = messageOf<Error>([&] { (void)ModelStore::load(model.path()); });
     const auto loadManifest = [&] { (void)ModelStore::loadManifest(model.path()); };
     if (message.starts_with(model.manifest().string())) {
         EXPECT_EQ(messageOf<Error>(loadManifest), message);
@@ -546,7 +546,7 @@ TEST(ModelStoreLoad, RequiresEveryKeyButAnalysis) {
     for (const char* key :
          {"config", "latents", "metadata", "sampleRate", "profile", "clipNames", "corpusName", "corpusPath",
           "finalLoss", "finalReconstructionError", "fingerprint", "steps", "trainedAt"}) {
-        const std::string quoted = "\"" + std::string(key) + "\"";
+        const std::string quoted = '"' + std::string(key) + '"';
         model.changeManifest(quoted + ":", "\"other\":");
         EXPECT_EQ(loadMessage<DecodingError>(model),
                   model.manifest().string() + ": " + quoted + " is missing");

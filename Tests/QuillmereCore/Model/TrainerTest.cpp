@@ -292,9 +292,8 @@ TEST(Deck, DrawsEveryClipOnceBeforeAnyAgain) {
     Deck deck(7);
     std::set<std::vector<std::size_t>> rounds;
     for (int round = 0; round < 20; ++round) {
-        std::vector<std::size_t> order;
-        for (int i = 0; i < 7; ++i)
-            order.push_back(deck.draw(rng));
+        std::vector<std::size_t> order(7);
+        std::ranges::generate(order, [&] { return deck.draw(rng); });
         rounds.insert(order);
         std::ranges::sort(order);
         EXPECT_THAT(order, ElementsAre(0, 1, 2, 3, 4, 5, 6));
