@@ -61,22 +61,27 @@ struct AudioInfo {
 // The file-name extensions, in lower case without the dot, that a corpus may hold.
 [[nodiscard]] const std::set<std::string, std::less<>>& supportedExtensions();
 
-// Decodes a whole file and averages its channels. Throws AudioIOError.
+// Decodes a whole file and averages its channels. The format is found by the contents, not by the name. A
+// file that is damaged after some good frames gives those. Throws AudioIOError: empty for a file without
+// bytes or frames, unreadable for everything else.
 [[nodiscard]] MonoAudio readMono(const std::filesystem::path& file);
 
-// Length and rate without decoding; nothing when the file cannot be opened.
+// Length and rate without decoding, as readMono would find them but for damage inside; nothing when the file
+// cannot be opened. A file without frames lasts 0 seconds.
 [[nodiscard]] std::optional<AudioInfo> info(const std::filesystem::path& file);
 
 // Plain mean of the channels: sum in channel order, then one multiplication by 1 / channels in single
 // precision (none for one channel). Each channel holds frames samples; no channels give frames zeros.
 [[nodiscard]] std::vector<float> mixToMono(std::span<const std::vector<float>> channels, std::size_t frames);
 
-// Converts the sample rate (band-limited). Rates closer than 0.5 Hz, an empty input and a conversion that
-// cannot be set up give the input unchanged. Rates in Hz.
+// Converts the sample rate, band-limited, to about count * to / from samples in place (no delay). Rates
+// closer than 0.5 Hz, an empty input and a conversion that cannot be set up (rates or a length that make no
+// sense, too little memory) give the input unchanged. Rates in Hz.
 [[nodiscard]] std::vector<float> resample(std::vector<float> samples, double from, double to);
 
 // Writes a WAV file, replacing an existing one atomically. Values beyond +-1 saturate in the integer
-// formats; float samples are stored unchanged. Throws FileError.
+// formats, NaN becomes silence there; float samples are stored unchanged. Requires sampleRate > 0, in Hz.
+// Throws FileError, also for more than 4 GiB, and AudioIOError when memory is short.
 void write(std::span<const float> samples, const std::filesystem::path& file, int sampleRate,
            OutputFormat format);
 

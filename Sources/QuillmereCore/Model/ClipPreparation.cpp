@@ -42,7 +42,8 @@ bool allFinite(std::span<const float> samples) {
 class FlatnessMeter {
 public:
     explicit FlatnessMeter(int sampleRate)
-        : low_(60 * nFFT / sampleRate), high_(std::min(nFFT / 2, 6000 * nFFT / sampleRate)) {}
+        : low_(static_cast<std::size_t>(60 * nFFT / sampleRate)),
+          high_(static_cast<std::size_t>(std::min(nFFT / 2, 6000 * nFFT / sampleRate))) {}
 
     [[nodiscard]] double mean(std::span<const float> samples) {
         if (low_ >= high_) return 1.0;
@@ -55,6 +56,7 @@ public:
 private:
     static constexpr int nFFT = 4096;
     static constexpr int hop = 1024;
+    static constexpr std::size_t bins = nFFT / 2 + 1;
     static constexpr int context = nFFT / 2 / hop;  // frames whose centres a frame reaches back to
     static constexpr int blockFrames = 64;          // keeps long recordings from filling the memory
     static constexpr float loudShare = 0.001F;      // of the loudest frame's energy: -30 dB
@@ -94,24 +96,25 @@ private:
         const int start = std::max(first - context, 0);
         const auto signal = samples.subspan(static_cast<std::size_t>(start) * hop);
         stft_.forward(signal, first - start + count, re_, im_);
-        for (int t = first - start; t < first - start + count; ++t)
-            addFrame({band(re_, t), band(im_, t)});
+        for (int t = first - start; t < first - start + count; ++t) {
+            const auto frame = static_cast<std::size_t>(t);
+            addFrame({band(re_, frame), band(im_, frame)});
+        }
     }
 
-    void addFrame(const Band& bins) {
+    void addFrame(const Band& audible) {
         Frame frame;
-        frame.energy = bins.energy();
+        frame.energy = audible.energy();
         largestEnergy_ = std::max(largestEnergy_, frame.energy);
-        if (isLoud(frame)) frame.flatness = bins.flatness();
+        if (isLoud(frame)) frame.flatness = audible.flatness();
         frames_.push_back(frame);
     }
 
     // While frames are still being added, true may yet become false, but not the reverse.
     [[nodiscard]] bool isLoud(const Frame& frame) const { return frame.energy > loudShare * largestEnergy_; }
 
-    [[nodiscard]] std::span<const float> band(std::span<const float> spectra, int frame) const {
-        const auto start = static_cast<std::size_t>(frame * stft_.bins() + low_);
-        return spectra.subspan(start, static_cast<std::size_t>(high_ - low_ + 1));
+    [[nodiscard]] std::span<const float> band(std::span<const float> spectra, std::size_t frame) const {
+        return spectra.subspan(frame * bins + low_, high_ - low_ + 1);
     }
 
     [[nodiscard]] double meanOfLoud() const {
@@ -125,11 +128,9 @@ private:
         return count > 0 ? sum / count : 1.0;
     }
 
-    int low_, high_;  // bins of 60 and 6000 Hz
+    std::size_t low_, high_;  // bins of 60 and 6000 Hz
     STFT stft_{nFFT, hop};
-    // [context + blockFrames][bins]
-    std::vector<float> re_ =
-        std::vector<float>(static_cast<std::size_t>((context + blockFrames) * stft_.bins()));
+    std::vector<float> re_ = std::vector<float>((context + blockFrames) * bins);  // [frames][bins]
     std::vector<float> im_ = std::vector<float>(re_.size());
     std::vector<Frame> frames_;
     float largestEnergy_ = 0;

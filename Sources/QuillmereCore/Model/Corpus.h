@@ -13,7 +13,7 @@ namespace quillmere {
 // One audio file found in the corpus.
 struct CorpusFile {
     std::filesystem::path url;
-    std::string relativePath;   // below the corpus folder, UTF-8, no leading "/"
+    std::string relativePath;   // below the corpus folder, no leading "/"; the bytes of the names
     std::int64_t size = 0;      // bytes; 0 when not reported
     std::int64_t modified = 0;  // whole seconds since 1970, truncated toward zero
 };
@@ -40,7 +40,8 @@ struct CorpusSummary {
 namespace Corpus {
 
 // Walks the folder recursively, skipping hidden files, packages and symbolic links, and measures each
-// supported file without decoding it. Throws FileError when directory is not a folder.
+// supported file without decoding it. What cannot be read inside is passed over. Throws FileError when
+// directory is not a folder or may not be listed.
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory);
 
 // The same for a caller who watches. Either callback may be empty; both may be called from worker threads,
@@ -54,7 +55,8 @@ using CancelTest = std::function<bool()>;
 // The durations added in order, starting from 0.
 [[nodiscard]] double totalSeconds(std::span<const double> durations);
 
-// Stable sort in the order a file browser shows: case-insensitive, digits by numeric value.
+// Sorts in the order a file browser shows: case-insensitive, digits by numeric value, whatever the user's
+// language. Names that this order calls equal stand by their bytes.
 void sortNaturally(std::vector<CorpusFile>& files);
 
 // Whether the name has one of AudioIO's supported extensions, in any case.

@@ -242,6 +242,20 @@ INSTANTIATE_TEST_SUITE_P(Rates, ResampleRates,
                                     std::to_string(static_cast<int>(test.param.to));
                          });
 
+TEST(Resample, VeryShortSignalsKeepTheirLength) {
+    for (std::size_t count = 1; count <= 30; ++count) {
+        for (const auto& [from, to] : {Rates{44100, 48000}, Rates{48000, 22050}, Rates{8000, 44100}}) {
+            const std::vector<float> converted = AudioIO::resample(noise(count, count), from, to);
+            EXPECT_NEAR(static_cast<double>(converted.size()), static_cast<double>(count) * to / from, 1.0);
+        }
+    }
+}
+
+TEST(Resample, ManagesTheLargestRatioOfReadableFiles) {
+    EXPECT_NEAR(static_cast<double>(AudioIO::resample(noise(1, 1000), 1000, 768000).size()), 768000, 1000);
+    EXPECT_NEAR(static_cast<double>(AudioIO::resample(noise(1, 768000), 768000, 1000).size()), 1000, 2);
+}
+
 TEST(Resample, RemovesWhatTheNewRateCannotHold) {
     const std::vector<float> converted = AudioIO::resample(sine(15000, 44100, 22050, 0.9), 44100, 22050);
     const auto middle = std::span(converted).subspan(1000, converted.size() - 2000);
