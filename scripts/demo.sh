@@ -4,10 +4,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+source scripts/program.sh
 output=demo-output
 corpus="build/demo/Drum Hits"
 models=build/demo/models
-cli=build/release/Sources/QuillmereCLI/quillmere-cli
 
 phases=()
 started=$SECONDS
@@ -24,17 +24,11 @@ scripts/setup.sh build demo
 phase_done "set-up"
 
 heading "Building"
-# The program alone needs neither GoogleTest nor Google Benchmark. A build folder that has them stays as it is.
-[[ -f build/release/build.ninja ]] ||
-    cmake --preset release -D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF
-cmake --build --preset release --target quillmere-cli
+build_program
 phase_done "build"
 
 heading "Collecting 72 drum hits in $corpus"
-mkdir -p "$corpus"
-# Copies, because links are not scanned; with their times, because these are part of the fingerprint.
-dpkg-query --listfiles sonic-pi-samples | grep -E '/(drum|bd|sn|perc|elec)_[^/]*\.flac$' |
-    xargs -d '\n' cp --preserve=timestamps --target-directory="$corpus"
+collect_drum_hits "$corpus"
 "$cli" scan "$corpus" --models "$models"
 phase_done "corpus"
 

@@ -14,7 +14,7 @@ run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12)
 test=(libgtest-dev libgmock-dev libbenchmark-dev python3)
 demo=(sonic-pi-samples)
 lint=(clang-format clang-tidy git)
-pictures=(python3 python3-numpy python3-matplotlib)
+pictures=(python3 python3-numpy python3-matplotlib flac)
 peers=(python3 python3-torch util-linux)
 
 die() {

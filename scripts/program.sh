@@ -1,0 +1,19 @@
+# Shared by the scripts that run the program. Sourced from the project's folder; defines $cli.
+
+cli=build/release/Sources/QuillmereCLI/quillmere-cli
+
+# Builds the program alone, optimised. That needs neither GoogleTest nor Google Benchmark; a build folder that
+# was configured with them stays as it is.
+build_program() {
+    [[ -f build/release/build.ninja ]] ||
+        cmake --preset release -D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF
+    cmake --build --preset release --target quillmere-cli
+}
+
+# Copies the 72 drum hits of Debian's sonic-pi-samples (CC0) to the folder $1. Copies, because links are not
+# scanned; with their times, because these are part of the fingerprint.
+collect_drum_hits() {
+    mkdir -p "$1"
+    dpkg-query --listfiles sonic-pi-samples | grep -E '/(drum|bd|sn|perc|elec)_[^/]*\.flac$' |
+        xargs -d '\n' cp --preserve=timestamps --target-directory="$1"
+}
