@@ -47,12 +47,19 @@ std::string readSmallFile(const std::filesystem::path& file) {
     return text;
 }
 
+// The file's values as they are, its numbers may go beyond the ranges of the sliders. Throws Failure for
+// those that no generation could work with.
 Aesthetics readAesthetics(const std::filesystem::path& file) {
+    constexpr double mostIterations = 10'000;  // more would look like a hang
     const std::string text = readSmallFile(file);
     try {
-        return decodeAesthetics(text);
-    } catch (const DecodingError& error) {
-        throw DecodingError(Text::utf8(file) + ": " + error.what());
+        const Aesthetics aesthetics = decodeAesthetics(text);
+        validate(aesthetics);
+        if (aesthetics.phaseIterations > mostIterations)
+            throw InvalidParameterError("Phase passes (phaseIterations) are too many");
+        return aesthetics;
+    } catch (const Failure& failure) {
+        throw DecodingError(Text::utf8(file) + ": " + failure.what());
     }
 }
 
@@ -121,15 +128,7 @@ ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string
 Aesthetics ParameterOptions::aesthetics(Console& console) const {
     Aesthetics result;
     if (preset_ != nullptr) result = preset_->aesthetics;
-    if (!file_.empty()) {
-        // A file may hold any number; the generator's counts need finite ones of a sensible size.
-        const Aesthetics raw = readAesthetics(file_);
-        for (const ParameterSpec& spec : Aesthetics::specs()) {
-            if (!std::isfinite(spec.value(raw)))
-                throw DecodingError(Text::utf8(file_) + ": " + std::string(spec.field) + " is not finite");
-            setNoted(result, spec, spec.value(raw), console);
-        }
-    }
+    if (!file_.empty()) result = readAesthetics(file_);
     for (const Assignment& assignment : assignments_)
         setNoted(result, *assignment.spec, assignment.value, console);
     return result;

@@ -21,8 +21,8 @@ class ParameterOptions {
 public:
     void addTo(CLI::App& app);
 
-    // The parameters to use, each within its range; a note says which values were moved there. Reads the
-    // file of --aesthetics: throws FileError or DecodingError.
+    // The parameters to use. Each --set value is moved into its parameter's range, with a note when that
+    // changes it; those of the file of --aesthetics may lie beyond. Throws Failure about that file.
     [[nodiscard]] Aesthetics aesthetics(Console& console) const;
 
     // The seed given, or a fresh one.

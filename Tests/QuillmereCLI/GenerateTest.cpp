@@ -149,28 +149,38 @@ TEST_F(Generate, ReadsTheParametersThatAResultReports) {
               firstSample({"--count", "1", "--seed", "3", "--preset", "Wild"}));
 }
 
-TEST_F(Generate, KeepsAFilesAbsurdValuesWithinTheirRanges) {
+TEST_F(Generate, TakesAFilesValuesAsTheyAreBeyondTheSliders) {
     cli::JSON values = cli::toJSON(Aesthetics());
-    values["sources"] = 1e300;
-    values["stretchJitter"] = -1e300;
+    values["sources"] = 1000;
     values["crushBits"] = 0.2;
-    writeText(folder / "absurd.json", values.dump());
-    const Outcome outcome =
-        generate({"--count", "1", "--aesthetics", (folder / "absurd.json").string(), "--json"});
+    values["smear"] = 1e30;
+    values["stretch"] = 1e12;
+    values["phaseIterations"] = -5;
+    writeText(folder / "beyond.json", values.dump());
+    const Outcome outcome = generate(
+        {"--count", "1", "--aesthetics", (folder / "beyond.json").string(), "--set", "stretch=1", "--json"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     const cli::JSON used = outcome.event("result")["aesthetics"];
-    EXPECT_EQ(used["sources"], 8);
-    EXPECT_EQ(used["stretchJitter"], 0);
-    EXPECT_EQ(used["crushBits"], 2);
+    EXPECT_EQ(used["sources"], 1000);
+    EXPECT_EQ(used["crushBits"], 0.2);
+    EXPECT_EQ(used["stretch"], 1);
 }
 
 TEST_F(Generate, NamesAnAestheticsFileThatCannotBeUsed) {
-    const std::vector<std::pair<std::string, std::string>> files{{"half.json", "{\"sources\": 1, "},
-                                                                 {"keyless.json", "{\"sources\": 1}"},
-                                                                 {"list.json", "[1, 2]"},
-                                                                 {"overflow.json", R"({"sources": 1e999})"},
-                                                                 {"empty.json", ""},
-                                                                 {"large.json", std::string(2'000'000, ' ')}};
+    const auto absurd = [](const char* field, double value) {
+        cli::JSON values = cli::toJSON(Aesthetics());
+        values[field] = value;
+        return values.dump();
+    };
+    const std::vector<std::pair<std::string, std::string>> files{
+        {"half.json", "{\"sources\": 1, "},
+        {"keyless.json", "{\"sources\": 1}"},
+        {"list.json", "[1, 2]"},
+        {"overflow.json", R"({"sources": 1e999})"},
+        {"empty.json", ""},
+        {"absurd.json", absurd("sources", 1e300)},
+        {"endless.json", absurd("phaseIterations", 1e12)},
+        {"large.json", std::string(2'000'000, ' ')}};
     for (const auto& [name, text] : files) {
         writeText(folder / name, text);
         const Outcome outcome = generate({"--aesthetics", (folder / name).string()});
