@@ -31,44 +31,15 @@ struct MatrixView {
     std::size_t stride;
 };
 
-// C [rows][vectors of columns] = A [rows][depth] * B [depth][columns].
-template <int rows, int vectors>
-HWY_INLINE void multiplyTile(std::size_t depth, MatrixView A, MatrixView B, float* HWY_RESTRICT C,
-                             std::size_t ldc) {
-    const FullTag d;
-    using V = hn::Vec<FullTag>;
-    V sum[rows][vectors];
-#pragma GCC unroll 16
-    for (int r = 0; r < rows; ++r) {
-#pragma GCC unroll 16
-        for (int v = 0; v < vectors; ++v)
-            sum[r][v] = hn::Zero(d);
-    }
-    for (std::size_t k = 0; k < depth; ++k) {
-        V b[vectors];
-#pragma GCC unroll 16
-        for (int v = 0; v < vectors; ++v)
-            b[v] = hn::LoadU(d, B.data + k * B.stride + v * lanesOf<FullTag>);
-#pragma GCC unroll 16
-        for (int r = 0; r < rows; ++r) {
-            const V a = hn::Set(d, A.data[r * A.stride + k]);
-#pragma GCC unroll 16
-            for (int v = 0; v < vectors; ++v)
-                sum[r][v] = hn::MulAdd(a, b[v], sum[r][v]);
-        }
-    }
-#pragma GCC unroll 16
-    for (int r = 0; r < rows; ++r) {
-#pragma GCC unroll 16
-        for (int v = 0; v < vectors; ++v)
-            hn::StoreU(sum[r][v], d, C + r * ldc + v * lanesOf<FullTag>);
-    }
-}
+enum class Product {
+    plain,        // C = A B, A [rows][depth]
+    transposedA,  // C += A^T B, A [depth][rows]
+};
 
-// C [rows][vectors of columns] += A^T * B, A [depth][rows], B [depth][columns].
-template <int rows, int vectors>
-HWY_INLINE void multiplyTransposedTile(std::size_t depth, MatrixView A, MatrixView B, float* HWY_RESTRICT C,
-                                       std::size_t ldc) {
+// C [rows][vectors of columns] from B [depth][columns].
+template <Product product, int rows, int vectors>
+HWY_INLINE void productTile(std::size_t depth, MatrixView A, MatrixView B, float* HWY_RESTRICT C,
+                            std::size_t ldc) {
     const FullTag d;
     using V = hn::Vec<FullTag>;
     V sum[rows][vectors];
@@ -85,7 +56,7 @@ HWY_INLINE void multiplyTransposedTile(std::size_t depth, MatrixView A, MatrixVi
             b[v] = hn::LoadU(d, B.data + k * B.stride + v * lanesOf<FullTag>);
 #pragma GCC unroll 16
         for (int r = 0; r < rows; ++r) {
-            const V a = hn::Set(d, A.data[k * A.stride + r]);
+            const V a = hn::Set(d, A.data[product == Product::plain ? r * A.stride + k : k * A.stride + r]);
 #pragma GCC unroll 16
             for (int v = 0; v < vectors; ++v)
                 sum[r][v] = hn::MulAdd(a, b[v], sum[r][v]);
@@ -96,15 +67,17 @@ HWY_INLINE void multiplyTransposedTile(std::size_t depth, MatrixView A, MatrixVi
 #pragma GCC unroll 16
         for (int v = 0; v < vectors; ++v) {
             float* const c = C + r * ldc + v * lanesOf<FullTag>;
-            hn::StoreU(hn::Add(hn::LoadU(d, c), sum[r][v]), d, c);
+            if constexpr (product == Product::transposedA) sum[r][v] = hn::Add(hn::LoadU(d, c), sum[r][v]);
+            hn::StoreU(sum[r][v], d, c);
         }
     }
 }
 
-template <int vectors>
-HWY_ATTR void multiplyPanel(int m, std::size_t depth, MatrixView A, MatrixView B, float* C, std::size_t ldc) {
+template <Product product, int vectors>
+HWY_ATTR void productPanel(int m, std::size_t depth, MatrixView A, MatrixView B, float* C, std::size_t ldc) {
+    const std::size_t rowStep = product == Product::plain ? A.stride : 1;
     const auto block = [&]<int rows>(int row) HWY_ATTR {
-        multiplyTile<rows, vectors>(depth, {A.data + row * A.stride, A.stride}, B, C + row * ldc, ldc);
+        productTile<product, rows, vectors>(depth, {A.data + row * rowStep, A.stride}, B, C + row * ldc, ldc);
     };
     int row = 0;
     for (; row + tileRows <= m; row += tileRows)
@@ -115,19 +88,6 @@ HWY_ATTR void multiplyPanel(int m, std::size_t depth, MatrixView A, MatrixView B
             row += 4;
         }
     }
-    for (; row < m; ++row)
-        block.template operator()<1>(row);
-}
-
-template <int vectors>
-HWY_ATTR void multiplyTransposedPanel(int m, std::size_t depth, MatrixView A, MatrixView B, float* C,
-                                      std::size_t ldc) {
-    const auto block = [&]<int rows>(int row) HWY_ATTR {
-        multiplyTransposedTile<rows, vectors>(depth, {A.data + row, A.stride}, B, C + row * ldc, ldc);
-    };
-    int row = 0;
-    for (; row + tileRows <= m; row += tileRows)
-        block.template operator()<tileRows>(row);
     for (; row < m; ++row)
         block.template operator()<1>(row);
 }
@@ -154,22 +114,24 @@ HWY_INLINE void forEachPanel(int n, Panel panel) {
     }
 }
 
+template <Product product>
+HWY_INLINE void multiplyPanels(int m, int n, int k, const float* A, int lda, const float* B, int ldb,
+                               float* C, int ldc) {
+    forEachPanel(n, [&]<int vectors>(int column) HWY_ATTR {
+        productPanel<product, vectors>(m, static_cast<std::size_t>(k), {A, static_cast<std::size_t>(lda)},
+                                       {B + column, static_cast<std::size_t>(ldb)}, C + column,
+                                       static_cast<std::size_t>(ldc));
+    });
+}
+
 inline HWY_ATTR void multiply(int m, int n, int k, const float* A, int lda, const float* B, int ldb, float* C,
                               int ldc) {
-    forEachPanel(n, [&]<int vectors>(int column) HWY_ATTR {
-        multiplyPanel<vectors>(m, static_cast<std::size_t>(k), {A, static_cast<std::size_t>(lda)},
-                               {B + column, static_cast<std::size_t>(ldb)}, C + column,
-                               static_cast<std::size_t>(ldc));
-    });
+    multiplyPanels<Product::plain>(m, n, k, A, lda, B, ldb, C, ldc);
 }
 
 inline HWY_ATTR void multiplyTransposedA(int m, int n, int k, const float* A, int lda, const float* B,
                                          int ldb, float* C, int ldc) {
-    forEachPanel(n, [&]<int vectors>(int column) HWY_ATTR {
-        multiplyTransposedPanel<vectors>(m, static_cast<std::size_t>(k), {A, static_cast<std::size_t>(lda)},
-                                         {B + column, static_cast<std::size_t>(ldb)}, C + column,
-                                         static_cast<std::size_t>(ldc));
-    });
+    multiplyPanels<Product::transposedA>(m, n, k, A, lda, B, ldb, C, ldc);
 }
 
 // C [rows][columns] = A [rows][k] * B [columns][k]^T: dot products, a vector of partial sums each.
