@@ -1,9 +1,9 @@
 #include "QuillmereCLI/Cancellation.h"
 
+#include <unistd.h>
+
 #include <csignal>
 #include <string_view>
-
-#include <unistd.h>
 
 #include "QuillmereCore/Util/Failure.h"
 

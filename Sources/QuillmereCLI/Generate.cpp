@@ -122,6 +122,7 @@ JSON resultJSON(const GenerationRequest& request, const std::vector<GeneratedSam
 void printResult(const GenerationRequest& request, const std::vector<GeneratedSample>& files,
                  bool seedWasGiven, const ProgressLine& progress, Console& console) {
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(files.size());
     for (const GeneratedSample& file : files)
         rows.push_back({"  " + shownPath(file.url.filename()), duration(file.seconds)});
     console.print("Wrote " + counted(request.count, "variation", "variations") + " to " +

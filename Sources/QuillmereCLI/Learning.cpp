@@ -1,9 +1,10 @@
 #include "QuillmereCLI/Learning.h"
 
-#include <array>
-#include <utility>
-
 #include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <utility>
 
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Util/Text.h"

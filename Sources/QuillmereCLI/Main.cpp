@@ -1,8 +1,13 @@
-#include <cstdio>
-#include <iostream>
-
 #include <sys/ioctl.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "QuillmereCLI/Cancellation.h"
 #include "QuillmereCLI/CommandLine.h"

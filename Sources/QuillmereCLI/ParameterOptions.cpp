@@ -1,5 +1,6 @@
 #include "QuillmereCLI/ParameterOptions.h"
 
+#include <cerrno>
 #include <cmath>
 #include <fstream>
 #include <random>
@@ -28,6 +29,7 @@ std::vector<std::string> parameterIDs() {
 
 std::vector<std::string> formatNames() {
     std::vector<std::string> names;
+    names.reserve(allOutputFormats.size());
     for (const OutputFormat format : allOutputFormats)
         names.emplace_back(rawValue(format));
     return names;

@@ -56,7 +56,7 @@ std::string shownPath(const std::filesystem::path& path) {
 }
 
 std::string shellWord(const std::filesystem::path& path) {
-    const std::string text = shownPath(path);
+    std::string text = shownPath(path);
     if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) return text;
     std::string quoted = "'";
     for (const char c : text) {

@@ -96,7 +96,7 @@ TEST_F(ProgramTest, TerminationIsACancellationToo) {
 TEST_F(ProgramTest, InterruptWhileGeneratingLeavesOnlyWholeFiles) {
     trainModel();
     auto arguments = generateArguments("100000");
-    arguments.push_back("--json");
+    arguments.emplace_back("--json");
     Program program(arguments);
     ASSERT_TRUE(program.waitFor("\"step\":20,"));
     program.signal(SIGINT);
@@ -128,12 +128,12 @@ TEST_F(ProgramTest, InterruptWhileScanningEndsAtOnce) {
 
 TEST_F(ProgramTest, JSONIsAllThereIsOnStandardOutput) {
     auto arguments = trainArguments("2");
-    arguments.push_back("--json");
+    arguments.emplace_back("--json");
     const auto trained = Program(arguments).finish();
     EXPECT_EQ(trained.exitCode, 0);
     EXPECT_EQ(trained.err, "");
     arguments = generateArguments("2");
-    arguments.push_back("--json");
+    arguments.emplace_back("--json");
     const auto generated = Program(arguments).finish();
     EXPECT_EQ(generated.exitCode, 0);
     EXPECT_EQ(generated.err, "");
@@ -152,7 +152,7 @@ TEST_F(ProgramTest, UnreadableAudioCausesNoChatter) {
     writeText(corpus / "notes.mp3", std::string(5000, '\xFF'));
     writeText(corpus / "notes.flac", "fLaC and then nothing");
     auto arguments = trainArguments("1");
-    arguments.push_back("--json");
+    arguments.emplace_back("--json");
     const auto result = Program(arguments).finish();
     EXPECT_EQ(result.exitCode, 0) << result.err;
     EXPECT_EQ(result.err, "");
@@ -166,7 +166,7 @@ TEST_F(ProgramTest, AFullDiskBehindStandardOutputIsAFailure) {
 
 TEST_F(ProgramTest, AClosedPipeIsAFailureAndNoCrash) {
     auto arguments = trainArguments("20");
-    arguments.push_back("--json");
+    arguments.emplace_back("--json");
     Program program(arguments);
     ASSERT_TRUE(program.waitFor("training"));
     program.closeOutput();
