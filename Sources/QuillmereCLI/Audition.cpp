@@ -53,7 +53,7 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     const OutputFormat format = options.parameters.format();
 
     ProgressLine progress(console);
-    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFile(output);
     SampleGenerator generator(loadOrLearn(corpus, console, progress, cancel));
 

@@ -145,7 +145,7 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     if (!options.prefix.empty()) request.namePrefix = options.prefix;
 
     ProgressLine progress(console);
-    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFolder(request.outputDirectory);
     SampleGenerator generator(loadOrLearn(corpus, console, progress, cancel));
     const auto files = generateFiles(generator, request, console, progress, cancel);

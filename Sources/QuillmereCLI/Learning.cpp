@@ -17,7 +17,7 @@ constexpr std::array<std::pair<std::string_view, std::int64_t>, 3> qualities{
 
 }  // namespace
 
-KnownCorpus findCorpus(const std::filesystem::path& folder, const std::filesystem::path& modelsRoot,
+KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
                        ProgressLine& progress, const CancelFlag& cancel) {
     WorkProgress work;
     work.phase = "scanning";
@@ -27,7 +27,9 @@ KnownCorpus findCorpus(const std::filesystem::path& folder, const std::filesyste
     const PromptCancellation prompt(cancel);
     KnownCorpus corpus;
     corpus.summary = Corpus::scan(folder);
-    corpus.modelFolder = ModelStore::directory(corpus.summary, modelsRoot);
+    corpus.modelFolder = ModelStore::directory(corpus.summary, models.root());
+    corpus.arguments = shellWord(folder);
+    if (models.isGiven()) corpus.arguments += " --models " + shellWord(models.root());
     return corpus;
 }
 
@@ -60,7 +62,7 @@ ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
         return ModelStore::load(corpus.modelFolder);
     } catch (const Failure&) {
         console.note("The stored model cannot be used. To learn the folder again: quillmere-cli train " +
-                     shellWord(corpus.summary.directory) + " --retrain");
+                     corpus.arguments + " --retrain");
         throw;
     }
 }

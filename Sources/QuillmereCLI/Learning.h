@@ -1,8 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
+#include <string>
+#include <string_view>
 
 #include "QuillmereCLI/Cancellation.h"
+#include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ProgressLine.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelStore.h"
@@ -15,14 +19,14 @@ namespace quillmere::cli {
 struct KnownCorpus {
     CorpusSummary summary;
     std::filesystem::path modelFolder;
+    std::string arguments;  // what a command line needs to name this corpus and its model again
 
     [[nodiscard]] bool hasModel() const { return ModelStore::exists(modelFolder); }
 };
 
 // Throws FileError when folder is none.
-[[nodiscard]] KnownCorpus findCorpus(const std::filesystem::path& folder,
-                                     const std::filesystem::path& modelsRoot, ProgressLine& progress,
-                                     const CancelFlag& cancel);
+[[nodiscard]] KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
+                                     ProgressLine& progress, const CancelFlag& cancel);
 
 // The steps of the qualities quick, standard and thorough.
 [[nodiscard]] std::int64_t qualitySteps(std::string_view quality);

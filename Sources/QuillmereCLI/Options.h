@@ -48,6 +48,7 @@ public:
     void addTo(CLI::App& app);
     // The given folder as an absolute path, else the user's own models root.
     [[nodiscard]] std::filesystem::path root() const;
+    [[nodiscard]] bool isGiven() const { return !directory_.empty(); }
 
 private:
     std::filesystem::path directory_;

@@ -145,7 +145,7 @@ CorpusReport inspect(const KnownCorpus& corpus, ProgressLine& progress, const Ca
 
 void scan(const ScanOptions& options, Console& console, const CancelFlag& cancel) {
     ProgressLine progress(console);
-    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     const CorpusReport report = inspect(corpus, progress, cancel);
     progress.finish();
     console.emit(resultJSON(corpus, report));

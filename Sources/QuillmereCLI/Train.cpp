@@ -97,7 +97,7 @@ void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const P
                   counted(bundle.metadata.steps, "step", "steps") + ".");
     console.print("Stored in " + shownPath(corpus.modelFolder) + ".");
     console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
-    console.print("Next: quillmere-cli generate " + shellWord(corpus.summary.directory) + " --output FOLDER");
+    console.print("Next: quillmere-cli generate " + corpus.arguments + " --output FOLDER");
 
     JSON result = modelJSON(corpus, bundle, true);
     result["seconds"] = progress.timesJSON();
@@ -107,7 +107,7 @@ void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const P
 void train(const TrainOptions& options, Console& console, const CancelFlag& cancel) {
     const auto threads = options.compute.limitThreads();
     ProgressLine progress(console);
-    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models.root(), progress, cancel);
+    const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     if (corpus.hasModel() && !options.retrain) {
         const ModelBundle bundle = loadModel(corpus, console);
         progress.finish();

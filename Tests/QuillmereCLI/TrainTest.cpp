@@ -14,6 +14,10 @@ TEST_F(Train, StoresAModelWithTheOptionsGiven) {
     const Outcome outcome = runCommand(trainArguments({"--analysis", "tonal"}));
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_NE(outcome.out.find("Learned 3 samples (tonal analysis"), std::string::npos) << outcome.out;
+    EXPECT_NE(
+        outcome.out.find("generate '" + corpus.string() + "' --models " + models.string() + " --output"),
+        std::string::npos)
+        << outcome.out;
     const ModelBundle bundle = ModelStore::load(modelFolder());
     EXPECT_EQ(bundle.metadata.steps, 2);
     EXPECT_EQ(bundle.config.latentDim, 4);
