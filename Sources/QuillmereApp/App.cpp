@@ -18,6 +18,7 @@
 #include <QSocketNotifier>
 #include <QUrl>
 #include <QtQml/QQmlExtensionPlugin>
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -55,6 +56,15 @@ void requireDisplay() {
 void refuseOnFatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
     if (type == QtFatalMsg) refuse(noDisplay);
     if (type == QtCriticalMsg) std::fprintf(stderr, "quillmere: %s\n", qPrintable(message));
+}
+
+// Qt lists these generic families even where no font stands behind them.
+bool hasFonts() {
+    const QStringList generic{QStringLiteral("Monospace"), QStringLiteral("Sans Serif"),
+                              QStringLiteral("Serif")};
+    const QStringList families = QFontDatabase::families();
+    return std::any_of(families.begin(), families.end(),
+                       [&](const QString& family) { return !generic.contains(family); });
 }
 
 bool isSoftwareRenderer(const QByteArray& name) {
@@ -138,7 +148,7 @@ int run(int argc, char** argv) {
     int qtArguments = 1;  // ours are parsed already
     QGuiApplication app(qtArguments, argv);
     qInstallMessageHandler(usual);
-    if (QFontDatabase::families().isEmpty())
+    if (!hasFonts())
         refuse(
             "No fonts are installed, so nothing could be read. Install one, for example fonts-dejavu-core.");
     chooseRenderer();

@@ -32,12 +32,13 @@ std::optional<QString> storedText(const Preferences& preferences, const QString&
     return value.toString();
 }
 
-// INI files hold numbers as text.
+// INI files hold numbers as text; what was written by this process is still a number.
 std::optional<int> storedInteger(const Preferences& preferences, const QString& key) {
+    const QVariant value = preferences.value(key);
+    if (value.typeId() != QMetaType::QString && value.typeId() != QMetaType::Int) return std::nullopt;
     bool isInteger = false;
-    const std::optional<QString> text = storedText(preferences, key);
-    const int value = text ? text->toInt(&isInteger) : 0;
-    return isInteger ? std::optional(value) : std::nullopt;
+    const int number = value.toInt(&isInteger);
+    return isInteger ? std::optional(number) : std::nullopt;
 }
 
 // Hands scan progress on at most every 50 ms: a scan measures thousands of files a second.

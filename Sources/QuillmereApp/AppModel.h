@@ -379,6 +379,8 @@ signals:
     void generationFinished(int files);
 
 private:
+    friend struct AppModelProbe;  // for tests
+
     using Returned = std::function<void()>;  // called when an operation has ended
 
     template <typename T>

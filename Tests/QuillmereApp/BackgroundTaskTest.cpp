@@ -1,0 +1,124 @@
+#include "QuillmereApp/BackgroundTask.h"
+
+#include <QObject>
+#include <QThread>
+#include <atomic>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "QuillmereApp/Support/TestWorld.h"
+
+namespace quillmere::testing {
+
+class BackgroundTaskTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void worksElsewhereAndAnswersHere() {
+        BackgroundTasks tasks(this);
+        QThread* worked = nullptr;
+        QThread* answered = nullptr;
+        int value = 0;
+        runInBackground(
+            tasks,
+            [&] {
+                worked = QThread::currentThread();
+                return 42;
+            },
+            [&](int result) {
+                value = result;
+                answered = QThread::currentThread();
+            },
+            [](const TaskFailure&) { QFAIL("no failure expected"); });
+        QTRY_COMPARE(value, 42);
+        QVERIFY(worked != QThread::currentThread());
+        QCOMPARE(answered, QThread::currentThread());
+    }
+
+    void handsOverValuesThatCannotBeCopied() {
+        BackgroundTasks tasks(this);
+        std::unique_ptr<int> got;
+        runInBackground(
+            tasks, [] { return std::make_unique<int>(7); },
+            [&](std::unique_ptr<int> value) { got = std::move(value); }, [](const TaskFailure&) {});
+        QTRY_VERIFY(got != nullptr);
+        QCOMPARE(*got, 7);
+    }
+
+    void aFailureKeepsItsText() {
+        BackgroundTasks tasks(this);
+        TaskFailure failure;
+        runInBackground(
+            tasks, [] { throw Failure("kick.wav contains no audio"); }, [] { QFAIL("no success expected"); },
+            [&](const TaskFailure& told) { failure = told; });
+        QTRY_COMPARE(failure.message, QStringLiteral("kick.wav contains no audio"));
+        QVERIFY(!failure.cancelled);
+    }
+
+    void aCancellationIsNoFailure() {
+        BackgroundTasks tasks(this);
+        bool cancelled = false;
+        runInBackground(
+            tasks, []() -> int { throw CancellationError(); }, [](int) {},
+            [&](const TaskFailure& told) { cancelled = told.cancelled; });
+        QTRY_VERIFY(cancelled);
+    }
+
+    void lackOfMemoryIsSaidInWords() {
+        BackgroundTasks tasks(this);
+        QString message;
+        runInBackground(
+            tasks, [] { throw std::bad_alloc(); }, [] {},
+            [&](const TaskFailure& told) { message = told.message; });
+        QTRY_COMPARE(message, QStringLiteral("There is not enough memory for this."));
+    }
+
+    void theDestructorWaitsAndNothingArrivesLater() {
+        std::atomic<bool> worked = false;
+        auto owner = std::make_unique<QObject>();
+        bool answered = false;
+        {
+            BackgroundTasks tasks(owner.get());
+            runInBackground(
+                tasks,
+                [&] {
+                    QThread::msleep(100);
+                    worked = true;
+                },
+                [&] { answered = true; }, [](const TaskFailure&) {});
+        }
+        QVERIFY(worked);
+        owner.reset();
+        QTest::qWait(20);
+        QVERIFY(!answered);
+    }
+
+    void oneThreadKeepsTheOrder() {
+        BackgroundTasks tasks(this, 1);
+        std::vector<int> order;
+        for (int i = 0; i < 20; ++i)
+            runInBackground(
+                tasks, [i] { return i; }, [&](int value) { order.push_back(value); },
+                [](const TaskFailure&) {});
+        QTRY_COMPARE(order.size(), 20U);
+        QVERIFY(std::is_sorted(order.begin(), order.end()));
+    }
+
+    void higherPrioritiesStartFirst() {
+        BackgroundTasks tasks(this, 1);
+        std::vector<int> order;
+        tasks.run([] { QThread::msleep(100); }, [] {}, [](const TaskFailure&) {});
+        for (int i = 0; i < 5; ++i)
+            tasks.run([i] { return i; }, [&](int value) { order.push_back(value); },
+                      [](const TaskFailure&) {}, i);
+        QTRY_COMPARE(order.size(), 5U);
+        QCOMPARE(order, std::vector<int>({4, 3, 2, 1, 0}));
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::BackgroundTaskTest)
+#include "BackgroundTaskTest.moc"

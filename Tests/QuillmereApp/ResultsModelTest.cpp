@@ -1,0 +1,137 @@
+#include "QuillmereApp/ResultsModel.h"
+
+#include <QAbstractItemModelTester>
+#include <QElapsedTimer>
+#include <QObject>
+
+#include "QuillmereApp/Support/TestWorld.h"
+
+namespace quillmere::testing {
+namespace {
+
+std::vector<GeneratedSample> makeSamples(const TestWorld& world, int count) {
+    QDir().mkpath(world.path("out"));
+    std::vector<GeneratedSample> samples;
+    for (int i = 0; i < count; ++i) {
+        const auto file =
+            toPath(world.path(QStringLiteral("out/take_%1.wav").arg(i, 5, 10, QLatin1Char('0'))));
+        AudioIO::write(std::vector<float>(800, 0.5F), file, 8000, OutputFormat::wav16);
+        samples.push_back({file, 0.1});
+    }
+    return samples;
+}
+
+QList<qreal> peaksOf(const ResultsModel& model, int row) {
+    return model.index(row).data(ResultsModel::PeaksRole).value<QList<qreal>>();
+}
+
+}  // namespace
+
+class ResultsModelTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void listsTheFiles() {
+        TestWorld world;
+        ResultsModel model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy count(&model, &ResultsModel::countChanged);
+        model.setSamples(makeSamples(world, 3));
+        QCOMPARE(count.count(), 1);
+        QCOMPARE(model.count(), 3);
+        const QModelIndex second = model.index(1);
+        QCOMPARE(second.data(ResultsModel::FileNameRole).toString(), QStringLiteral("take_00001.wav"));
+        QCOMPARE(second.data(ResultsModel::UrlRole).toUrl(), world.url("out/take_00001.wav"));
+        QCOMPARE(second.data(ResultsModel::SecondsRole).toDouble(), 0.1);
+        QCOMPARE(second.data(ResultsModel::DurationTextRole).toString(), QStringLiteral("0.10 s"));
+        QVERIFY(second.data(ResultsModel::ExistsRole).toBool());
+        QVERIFY(!second.data(ResultsModel::IsPlayingRole).toBool());
+        QCOMPARE(model.rowOf(model.urlAt(2)), 2);
+        QCOMPARE(model.urlAt(3), QUrl());
+        QCOMPARE(model.rowOf(QUrl()), -1);
+    }
+
+    void computesAThumbnailWhenItIsRead() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        QSignalSpy changed(&model, &ResultsModel::dataChanged);
+        QCOMPARE(peaksOf(model, 1), QList<qreal>());
+        QVERIFY(changed.wait());
+        QCOMPARE(changed.at(0).at(0).toModelIndex().row(), 1);
+        QCOMPARE(peaksOf(model, 1).size(), ResultsModel::peakCount);
+        QCOMPARE(peaksOf(model, 1).first(), 0.5);
+        QTest::qWait(50);
+        QCOMPARE(changed.count(), 1);  // kept, and no other row was computed
+    }
+
+    void marksThePlayingRow() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        model.setPlaying(model.urlAt(1));
+        QVERIFY(model.index(1).data(ResultsModel::IsPlayingRole).toBool());
+        model.setPlaying(QUrl::fromLocalFile("/elsewhere.wav"));
+        QVERIFY(!model.index(1).data(ResultsModel::IsPlayingRole).toBool());
+    }
+
+    void noticesAFileThatIsDeleted() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 3));
+        QVERIFY(QFile::remove(model.urlAt(1).toLocalFile()));
+        QTRY_VERIFY(!model.existsAt(1));
+        QVERIFY(model.existsAt(0) && model.existsAt(2));
+        QVERIFY(!model.existsAt(-1) && !model.existsAt(3));
+    }
+
+    void noticesAFolderThatIsDeleted() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        QVERIFY(QDir(world.path("out")).removeRecursively());
+        model.refresh();
+        QTRY_VERIFY(!model.existsAt(0) && !model.existsAt(1));
+    }
+
+    void aThumbnailOfADeletedFileStaysEmpty() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 1));
+        QVERIFY(QFile::remove(model.urlAt(0).toLocalFile()));
+        QCOMPARE(peaksOf(model, 0), QList<qreal>());
+        QTRY_VERIFY(!model.existsAt(0));
+        QCOMPARE(peaksOf(model, 0), QList<qreal>());
+    }
+
+    void lateAnswersForOldRowsAreDropped() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 50));
+        for (int row = 0; row < 50; ++row)
+            (void)peaksOf(model, row);
+        model.refresh();
+        model.setSamples({});
+        QTest::qWait(100);
+        QCOMPARE(model.count(), 0);
+    }
+
+    void takesThousandsOfFilesAtOnce() {
+        TestWorld world;
+        std::vector<GeneratedSample> samples = makeSamples(world, 1);
+        for (int i = 1; i < 5000; ++i)
+            samples.push_back({toPath(world.path(QStringLiteral("out/gone_%1.wav").arg(i))), 0.1});
+        ResultsModel model;
+        model.setSamples(samples);
+        QCOMPARE(model.count(), 5000);
+        model.refresh();
+        QTRY_VERIFY(!model.existsAt(4999));
+        QVERIFY(model.existsAt(0));
+        QCOMPARE(model.rowOf(model.urlAt(4321)), 4321);
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::ResultsModelTest)
+#include "ResultsModelTest.moc"

@@ -1,0 +1,180 @@
+#pragma once
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QString>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/Environment.h"
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereCore/Audio/AudioIO.h"
+#include "Support/Signals.h"
+
+namespace quillmere::testing {
+
+// A player without a sound card. A play begins when the event loop runs, as with the real one, and ends when
+// the test says so.
+class FakePlayer : public Player {
+public:
+    void play(const QString& file) override {
+        stop();
+        asked.append(file);
+        const int number = number_;
+        QTimer::singleShot(0, this, [this, file, number] {
+            if (number == number_) begin(file);
+        });
+    }
+    void stop() override {
+        ++number_;
+        playing.clear();
+    }
+    [[nodiscard]] bool isPlaying() const override { return !playing.isEmpty(); }
+
+    // The last sample has been played.
+    void finish() { emit ended(std::exchange(playing, QString())); }
+
+    QStringList asked;  // every file play was called with
+    QString playing;
+    bool hasSoundCard = true;
+
+private:
+    void begin(const QString& file) {
+        const auto info = AudioIO::info(toPath(file));
+        if (!info || !hasSoundCard) {
+            emit failed(file, hasSoundCard ? "The file is gone." : "There is no sound card.");
+            return;
+        }
+        playing = file;
+        emit started(file, info->duration);
+    }
+
+    int number_ = 0;
+};
+
+// Everything an AppModel reaches, in a folder of its own, with trainings of a few steps and without a sound
+// card, a clipboard and a desktop.
+class TestWorld {
+public:
+    TestWorld() {
+        environment.settingsFile = path("config/Quillmere/Quillmere.conf");
+        environment.presetsFolder = path("config/Quillmere/presets");
+        environment.modelsRoot = toPath(path("data/Quillmere/Models"));
+        environment.temporaryFolder = toPath(path("tmp"));
+        environment.homeFolder = path("home");
+        environment.followDesktop = false;
+        environment.adjustTraining = [this](TrainingOptions options) {
+            requestedTraining = options;
+            return tiny(options);
+        };
+        environment.freshSeed = [seed = std::uint64_t{1000}]() mutable { return seed++; };
+        environment.makePlayer = [this] {
+            auto made = std::make_unique<FakePlayer>();
+            player = made.get();
+            return made;
+        };
+        environment.copyText = [this](const QString& text) { clipboard = text; };
+        environment.showFiles = [this](const QUrl& folder, const QList<QUrl>& files) {
+            shownFolder = folder;
+            shownFiles = files;
+            return hasFileManager;
+        };
+        QDir(folder_.path()).mkpath("tmp");
+        QDir(folder_.path()).mkpath("home");
+    }
+
+    [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
+    [[nodiscard]] QUrl url(const QString& name) const { return QUrl::fromLocalFile(path(name)); }
+
+    // A folder of short clicks that a tiny network learns in well under a second.
+    QUrl makeCorpus(const QString& name, int files = 3, double seconds = 0.1) const {
+        QDir(folder_.path()).mkpath(name);
+        constexpr int rate = 8000;
+        for (int i = 0; i < files; ++i) {
+            std::vector<float> samples =
+                sine(300.0 + 150 * i, rate, static_cast<std::size_t>(seconds * rate), 0.8);
+            for (std::size_t n = 0; n < samples.size(); ++n)
+                samples[n] *= std::exp(-static_cast<float>(n) / 200);
+            const QString file = QStringLiteral("%1/hit%2.wav").arg(path(name)).arg(i);
+            AudioIO::write(samples, toPath(file), rate, OutputFormat::wav16);
+        }
+        return url(name);
+    }
+
+    static void write(const QString& file, const QByteArray& bytes) {
+        QDir().mkpath(QFileInfo(file).path());
+        QFile stream(file);
+        if (!stream.open(QIODevice::WriteOnly) || stream.write(bytes) != bytes.size()) qFatal("cannot write");
+    }
+    static QByteArray read(const QString& file) {
+        QFile stream(file);
+        return stream.open(QIODevice::ReadOnly) ? stream.readAll() : QByteArray();
+    }
+    void writePreferences(const QByteArray& lines) const {
+        write(environment.settingsFile, "[General]\n" + lines);
+    }
+
+    // Steps of a test training; more make it last.
+    std::int64_t steps = 2;
+
+    Environment environment;
+    FakePlayer* player = nullptr;  // of the newest model
+    TrainingOptions requestedTraining;
+    QString clipboard;
+    QUrl shownFolder;
+    QList<QUrl> shownFiles;
+    bool hasFileManager = true;
+
+private:
+    [[nodiscard]] TrainingOptions tiny(TrainingOptions options) const {
+        options.steps = steps;
+        options.batchSize = 2;
+        options.latentDim = 4;
+        return options;
+    }
+
+    QTemporaryDir folder_;
+};
+
+// Waits until the model is idle and has looked up what is stored.
+inline bool waitUntilIdle(const AppModel& model, int milliseconds = 30000) {
+    return QTest::qWaitFor([&] { return !model.isBusy() && !model.isLoadingModel(); }, milliseconds);
+}
+
+// An AppModel with a corpus, and with a trained model if asked for.
+inline void prepare(AppModel& model, const QUrl& corpus) {
+    model.setCorpus(corpus);
+    QVERIFY(waitUntilIdle(model));
+    QVERIFY(model.hasSummary());
+}
+inline void prepareTrained(AppModel& model, const QUrl& corpus) {
+    prepare(model, corpus);
+    model.train();
+    QVERIFY(waitUntilIdle(model));
+    QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+}
+
+// QTEST_MAIN on the offscreen platform.
+template <typename Test>
+int runTest(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+}  // namespace quillmere::testing
+
+#define QUILLMERE_APP_TEST(Test)                              \
+    int main(int argc, char** argv) {                         \
+        return quillmere::testing::runTest<Test>(argc, argv); \
+    }
