@@ -24,11 +24,11 @@ ROWS = [
      "step:96x192", None),
     ("decode of 16, 96x192", "NetworkBenchmark", "decode16/mels:96/frames:192/real_time", "decode:96x192", None),
     ("decode of 16, 384x96", "NetworkBenchmark", "decode16/mels:384/frames:96/real_time", "decode:384x96", None),
-    ("Griffin-Lim 1024, 192 frames, one core", "GriffinLimBenchmark", "reconstruct/nFFT:1024/frames:192",
+    ("Griffin-Lim 1024, 192 frames, one core", "GriffinLimBenchmark", "GriffinLim/reconstruct/nFFT:1024/frames:192/passes:48",
      "griffinlim:1024:192", "0"),
-    ("Griffin-Lim 4096, 96 frames, one core", "GriffinLimBenchmark", "reconstruct/nFFT:4096/frames:96",
+    ("Griffin-Lim 4096, 96 frames, one core", "GriffinLimBenchmark", "GriffinLim/reconstruct/nFFT:4096/frames:96/passes:48",
      "griffinlim:4096:96", "0"),
-    ("features of one clip, 192 frames", "FeaturesBenchmark", "features/nFFT:1024/frames:192",
+    ("features of one clip, 192 frames", "FeaturesBenchmark", "FeatureExtractor/features/nFFT:1024/nMels:96/frames:192",
      "features:1024:192:96", "0"),
 ]
 
