@@ -35,3 +35,17 @@ elseif(NOT QUILLMERE_SANITIZE STREQUAL "")
 endif()
 target_compile_options(QuillmereSettings INTERFACE ${sanitizers})
 target_link_options(QuillmereSettings INTERFACE ${sanitizers})
+
+# quillmere_vector_code(file...)
+# Files with nothing but vector code: full optimisation even in builds made for debugging. Under the sanitizers
+# the checks of every unrolled load would take minutes to compile: less optimisation, and no undefined-behaviour
+# checks of pointers, which the address sanitizer watches anyway.
+function(quillmere_vector_code)
+    set(options -O3)
+    if(QUILLMERE_SANITIZE STREQUAL "address")
+        set(options -O1 -fno-sanitize=null,alignment,object-size)
+    elseif(QUILLMERE_SANITIZE STREQUAL "thread")
+        set(options -O1)
+    endif()
+    set_source_files_properties(${ARGN} TARGET_DIRECTORY QuillmereCore PROPERTIES COMPILE_OPTIONS "${options}")
+endfunction()
