@@ -15,6 +15,17 @@ namespace {
 constexpr std::array<std::pair<std::string_view, std::int64_t>, 3> qualities{
     {{"quick", 800}, {standardQuality, 2000}, {"thorough", 5000}}};
 
+// As ModelStore::save, but a failed one leaves no empty folder.
+void save(const ModelBundle& bundle, const std::filesystem::path& modelFolder) {
+    try {
+        ModelStore::save(bundle, modelFolder);
+    } catch (const Failure&) {
+        std::error_code ignored;
+        std::filesystem::remove(modelFolder, ignored);  // refuses a folder that holds something
+        throw;
+    }
+}
+
 }  // namespace
 
 KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
@@ -53,7 +64,7 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, Pro
     work.message = "Saving the model…";
     work.fraction = 1;
     progress.report(work);
-    ModelStore::save(bundle, corpus.modelFolder);
+    save(bundle, corpus.modelFolder);
     return bundle;
 }
 
