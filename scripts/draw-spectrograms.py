@@ -65,8 +65,7 @@ def level_db(samples: np.ndarray) -> np.ndarray:
 
 def draw(axes, path: Path, title: str, seconds: float) -> None:
     samples, rate = read_wav(path)
-    samples = samples[: int(seconds * rate)]
-    level = level_db(samples)
+    level = level_db(samples)[:, : int(seconds * rate / HOP) + 1]
     times = np.arange(level.shape[1]) * HOP / rate
     frequencies = np.maximum(np.arange(level.shape[0]) * rate / WINDOW, 1)
     axes.set_facecolor(plt.get_cmap("magma")(0.0))
