@@ -183,18 +183,18 @@ TEST(ModelStoreFolder, DependsOnTheFolderNameNotOnItsPath) {
     const CorpusSummary corpus = corpusOfTwo();
     CorpusSummary copy = corpus;
     copy.directory = "/elsewhere/Kicks";
-    EXPECT_EQ(ModelStore::directory(corpus, "/root"), ModelStore::directory(copy, "/root"));
-    EXPECT_EQ(ModelStore::directory(corpus, "/root"), "/root/Kicks-" + corpus.fingerprint());
+    EXPECT_EQ(ModelStore::directory(corpus, "/store"), ModelStore::directory(copy, "/store"));
+    EXPECT_EQ(ModelStore::directory(corpus, "/store"), "/store/Kicks-" + corpus.fingerprint());
     copy.directory = "/corpora/Snares";
-    EXPECT_NE(ModelStore::directory(corpus, "/root"), ModelStore::directory(copy, "/root"));
+    EXPECT_NE(ModelStore::directory(corpus, "/store"), ModelStore::directory(copy, "/store"));
 }
 
 TEST(ModelStoreFolder, ChangesWithEveryChangeOfTheFiles) {
-    const fs::path original = ModelStore::directory(corpusOfTwo(), "/root");
+    const fs::path original = ModelStore::directory(corpusOfTwo(), "/store");
     const auto changed = [](const std::function<void(std::vector<CorpusFile>&)>& change) {
         CorpusSummary corpus = corpusOfTwo();
         change(corpus.files);
-        return ModelStore::directory(corpus, "/root");
+        return ModelStore::directory(corpus, "/store");
     };
     EXPECT_EQ(changed([](auto&) {}), original);
     EXPECT_NE(changed([](auto& files) {
@@ -209,7 +209,7 @@ TEST(ModelStoreFolder, ChangesWithEveryChangeOfTheFiles) {
 }
 
 TEST(ModelStoreFolder, OfAnEmptyCorpusEndsInTheEmptyFingerprint) {
-    EXPECT_EQ(ModelStore::directory(corpusAt("/corpora/Empty"), "/root"), "/root/Empty-cbf29ce484222325");
+    EXPECT_EQ(ModelStore::directory(corpusAt("/corpora/Empty"), "/store"), "/store/Empty-cbf29ce484222325");
 }
 
 TEST(ModelStoreFolder, IgnoresTrailingSlashesAndDots) {
@@ -228,7 +228,7 @@ TEST(ModelStoreFolder, ResolvesRelativeCorpusFolders) {
 
 TEST(ModelStoreFolder, OfTheRootDirectoryHasAnUnderscoreForItsName) {
     EXPECT_EQ(ModelStore::corpusName("/"), "/");
-    EXPECT_EQ(ModelStore::directory(corpusAt("/"), "/root"), "/root/_-cbf29ce484222325");
+    EXPECT_EQ(ModelStore::directory(corpusAt("/"), "/store"), "/store/_-cbf29ce484222325");
 }
 
 // ---- Whether there is a model
