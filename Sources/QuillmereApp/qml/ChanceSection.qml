@@ -1,0 +1,74 @@
+import QtQuick
+import QuillmereApp
+
+// What is left to chance: random parameters, and the seed of the runs.
+Column {
+    id: section
+
+    required property AppModel app
+    required property real titleWidth
+    required property real valueWidth
+    required property real headingHeight
+    property bool emphasised: true
+    // How far Randomise goes; asked for by the button, kept nowhere.
+    property real amount: 0.5
+
+    Words {
+        height: section.headingHeight
+        verticalAlignment: Text.AlignVCenter
+        text: "Chance"
+        color: Theme.secondary
+        font.pixelSize: Theme.smallSize
+        font.weight: Font.DemiBold
+        wrapMode: Text.NoWrap
+        Accessible.role: Accessible.Heading
+    }
+    Item {
+        width: section.width
+        height: Theme.controlHeight + Theme.inner
+
+        ActionButton {
+            id: button
+            objectName: "randomise"
+            width: Math.max(implicitWidth, section.titleWidth)
+            text: "Randomise"
+            iconName: "dice"
+            tip: "Moves every parameter that is not locked, by the amount beside"
+            onClicked: section.app.randomise(section.amount)
+        }
+        ThinSlider {
+            objectName: "randomiseAmount"
+            anchors.left: button.right
+            anchors.leftMargin: Theme.tight
+            anchors.right: share.left
+            anchors.rightMargin: Theme.tight
+            anchors.verticalCenter: button.verticalCenter
+            label: "Amount of Randomise"
+            valueText: share.text
+            modelValue: section.amount
+            position: section.amount
+            marked: false
+            emphasised: section.emphasised
+            onMoved: place => section.amount = Math.round(place * 100) / 100
+            onStepped: steps => section.amount = Math.max(0, Math.min(1, section.amount + steps / 100))
+            onValueRequested: wanted => section.amount = Math.max(0, Math.min(1, wanted))
+            onResetRequested: section.amount = 0.5
+        }
+        Words {
+            id: share
+            anchors.right: parent.right
+            anchors.rightMargin: 2 * 24 + 5
+            anchors.verticalCenter: button.verticalCenter
+            width: section.valueWidth - 5
+            text: Math.round(section.amount * 100) + " %"
+            horizontalAlignment: Text.AlignRight
+            font.family: Theme.figures
+            wrapMode: Text.NoWrap
+        }
+    }
+    SeedField {
+        width: section.width
+        app: section.app
+        titleWidth: section.titleWidth
+    }
+}

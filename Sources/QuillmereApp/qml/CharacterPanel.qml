@@ -1,0 +1,82 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QuillmereApp
+
+// How the variations depart from the corpus: presets, the twenty parameters in their groups, and the seed.
+Card {
+    id: panel
+
+    required property AppModel app
+    // Height of a parameter row: more where there is room for it.
+    property real rowHeight: 28
+    // Without a corpus nothing here is the next thing to do.
+    readonly property bool emphasised: app.hasCorpus
+    readonly property bool twoColumns: bodyWidth >= 640
+
+    // Height without the parameter rows, and the number of rows below one another: what rowHeight costs.
+    readonly property real fixedHeight: implicitHeight - rowsBelowOneAnother * rowHeight
+    readonly property int rowsBelowOneAnother: groups.rowsBelowOneAnother
+
+    title: "Character"
+    trailing: [
+        Words {
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, buttons.x - Theme.inner)
+            visible: panel.app.presetEdited
+            text: panel.app.presetName + ", edited"
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+            wrapMode: Text.NoWrap
+            elide: Text.ElideMiddle
+        },
+        Row {
+            id: buttons
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: Theme.tight
+
+            IconButton {
+                objectName: "undo"
+                iconName: "arrow.uturn.backward"
+                text: "Undo"
+                tip: "Undo (Ctrl+Z)"
+                enabled: panel.app.canUndo
+                onClicked: panel.app.undo()
+            }
+            IconButton {
+                objectName: "redo"
+                iconName: "arrow.uturn.forward"
+                text: "Redo"
+                tip: "Redo (Ctrl+Shift+Z)"
+                enabled: panel.app.canRedo
+                onClicked: panel.app.redo()
+            }
+        }
+    ]
+
+    PresetChips {
+        width: panel.bodyWidth
+        app: panel.app
+        onSaveRequested: {
+            saveDialog.active = true;
+            (saveDialog.item as SavePresetDialog).open();
+        }
+    }
+    ParameterGroups {
+        id: groups
+        width: panel.bodyWidth
+        app: panel.app
+        twoColumns: panel.twoColumns
+        rowHeight: panel.rowHeight
+        emphasised: panel.emphasised
+    }
+    Loader {
+        id: saveDialog
+        active: false
+        visible: false
+        sourceComponent: SavePresetDialog {
+            app: panel.app
+        }
+    }
+}

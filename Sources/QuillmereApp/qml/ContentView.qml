@@ -1,0 +1,127 @@
+import QtQuick
+import QuillmereApp
+
+// Everything in the window. Wide windows have the cards at the left, the character panel at the right and the
+// results below; narrow ones stack the same pieces in one column that scrolls.
+FocusScope {
+    id: content
+
+    required property AppModel app
+    readonly property bool wide: width >= 900
+    readonly property real cardsWidth: Math.round(Math.max(328, Math.min(400, width * 0.27)))
+
+    focus: true
+
+    Keys.onEscapePressed: {
+        if (app.isBusy)
+            app.cancel();
+        else if (app.errorMessage.length > 0)
+            app.dismissError();
+    }
+    Keys.onSpacePressed: if (results.visible)
+        results.togglePlay()
+
+    Binding {
+        target: Theme
+        property: "dark"
+        value: content.app.appearance.dark
+    }
+    Binding {
+        target: Theme
+        property: "reducedMotion"
+        value: content.app.appearance.reducedMotion
+    }
+
+    Rectangle {
+        anchors.fill: parent
+        color: Theme.window
+    }
+    ErrorBanner {
+        id: banner
+        x: Theme.outer
+        y: Theme.outer
+        width: content.width - 2 * Theme.outer
+        app: content.app
+        tallestMessage: Math.max(40, Math.min(160, content.height * 0.25))
+    }
+
+    // The stack of a narrow window; in a wide one it is as high as its content and does not scroll.
+    ScrollPane {
+        id: stack
+
+        readonly property real start: banner.visible ? banner.y + banner.height : 0
+        readonly property real stackedHeight: results.y + (results.visible ? results.height : -Theme.between) + Theme.outer
+        readonly property real panesHeight: height - 2 * Theme.outer - (results.visible ? results.height + Theme.between : 0)
+
+        y: start
+        width: content.width
+        height: footer.y - start
+        scrolls: !content.wide
+        contentHeight: content.wide ? height : stackedHeight
+
+        ScrollPane {
+            id: cardsPane
+            objectName: "cardsPane"
+            x: content.wide ? Theme.outer : 0
+            y: content.wide ? Theme.outer : 0
+            width: content.wide ? content.cardsWidth : stack.width
+            height: content.wide ? stack.panesHeight : contentHeight
+            scrolls: content.wide
+            contentHeight: cards.height + (content.wide ? 0 : Theme.outer + Theme.between)
+
+            Column {
+                id: cards
+                x: content.wide ? 0 : Theme.outer
+                y: content.wide ? 0 : Theme.outer
+                width: cardsPane.width - (content.wide ? (cardsPane.overflows ? 12 : 0) : 2 * Theme.outer)
+                spacing: Theme.between
+
+                CorpusCard {
+                    width: parent.width
+                    app: content.app
+                }
+                ModelCard {
+                    width: parent.width
+                    app: content.app
+                }
+                OutputCard {
+                    width: parent.width
+                    app: content.app
+                }
+            }
+        }
+        ScrollPane {
+            id: characterPane
+            objectName: "characterPane"
+            x: content.wide ? cardsPane.x + cardsPane.width + Theme.between : Theme.outer
+            y: content.wide ? Theme.outer : cardsPane.height
+            width: stack.width - x - Theme.outer
+            height: content.wide ? stack.panesHeight : contentHeight
+            scrolls: content.wide
+            contentHeight: character.height
+
+            CharacterPanel {
+                id: character
+                width: characterPane.width - (characterPane.overflows ? 12 : 0)
+                height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
+                app: content.app
+                // A taller window gives the rows more air, up to a point.
+                rowHeight: content.wide ? Math.max(28, Math.min(38, Math.floor((stack.panesHeight - fixedHeight) / rowsBelowOneAnother))) : 32
+            }
+        }
+        ResultsStrip {
+            id: results
+            x: Theme.outer
+            y: content.wide ? stack.height - height - Theme.outer : characterPane.y + characterPane.height + Theme.between
+            width: stack.width - 2 * Theme.outer
+            visible: content.app.results.count > 0
+            app: content.app
+        }
+    }
+    FooterBar {
+        id: footer
+        y: content.height - height
+        width: content.width
+        app: content.app
+    }
+}

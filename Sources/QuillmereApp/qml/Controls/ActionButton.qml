@@ -1,0 +1,89 @@
+import QtQuick
+import QtQuick.Templates as T
+import QuillmereApp
+
+// A button with words. prominent: the one filled button of the place; quiet: words only.
+T.Button {
+    id: control
+
+    property bool prominent: false
+    property bool quiet: false
+    property string iconName
+    property string tip
+
+    readonly property color ink: {
+        if (!enabled)
+            return Theme.disabled;
+        return prominent ? Theme.onAccent : Theme.text;
+    }
+    readonly property color ground: {
+        if (prominent && enabled)
+            return down ? Theme.accentPressed : hovered ? Theme.accentHover : Theme.accent;
+        if (!enabled)
+            return quiet ? "transparent" : Theme.control;
+        return down ? Theme.controlPressed : hovered ? Theme.controlHover : quiet ? "transparent" : Theme.control;
+    }
+
+    implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
+    implicitHeight: Theme.controlHeight
+    leftPadding: quiet ? Theme.inner : 14
+    rightPadding: leftPadding
+    focusPolicy: Qt.StrongFocus
+    font.family: Theme.family
+    font.pixelSize: Theme.textSize
+    font.weight: prominent ? Font.DemiBold : Font.Normal
+
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Accessible.description: tip
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    contentItem: Item {
+        implicitWidth: childrenRect.width
+        implicitHeight: childrenRect.height
+
+        Row {
+            x: Math.round((parent.width - width) / 2)
+            y: Math.round((parent.height - height) / 2)
+            spacing: Theme.inner - 1
+
+            Icon {
+                name: control.iconName
+                color: control.ink
+                visible: name.length > 0
+                width: 16
+                height: 16
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            Text {
+                text: control.text
+                color: control.ink
+                font: control.font
+                textFormat: Text.PlainText
+                anchors.verticalCenter: parent.verticalCenter
+            }
+        }
+    }
+    background: Rectangle {
+        radius: Theme.controlRadius
+        color: control.ground
+        border.width: control.quiet || (control.prominent && control.enabled) ? 0 : 1
+        border.color: control.enabled ? Theme.controlLine : Theme.line
+
+        Behavior on color  {
+            ColorAnimation {
+                duration: Theme.quick
+            }
+        }
+    }
+
+    FocusRing {
+        shown: control.visualFocus
+    }
+    Tip {
+        text: control.tip
+        shown: control.hovered
+    }
+}

@@ -1,0 +1,234 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QuillmereApp
+
+// Which folder is learnt from, and what is in it.
+Card {
+    id: card
+
+    required property AppModel app
+    // A folder is being dragged over the card.
+    readonly property bool targeted: drop.containsDrag && drop.welcome
+    readonly property bool mayChange: !app.isTraining && !app.isGenerating
+
+    objectName: "corpusCard"
+    number: "1"
+    title: "Sample corpus"
+    highlighted: targeted
+
+    // Before the first choice
+    Words {
+        width: card.bodyWidth
+        visible: !card.app.hasCorpus
+        text: "Choose the folder of audio samples to learn from"
+        lineHeight: 1.15
+    }
+    Words {
+        width: card.bodyWidth
+        visible: !card.app.hasCorpus
+        text: "Choose a folder of WAV, AIFF, FLAC, MP3 or M4A files. A few dozen is plenty."
+        color: Theme.secondary
+        font.pixelSize: Theme.smallSize
+        lineHeight: 1.15
+    }
+
+    // The chosen folder
+    Item {
+        width: card.bodyWidth
+        height: name.height + path.height + 2
+        visible: card.app.hasCorpus
+
+        Icon {
+            id: folder
+            name: "folder"
+            color: Theme.secondary
+            width: 18
+            height: 18
+            y: 1
+        }
+        Words {
+            id: name
+            x: folder.width + Theme.inner
+            width: parent.width - x
+            text: card.app.corpusName
+            font.weight: Font.DemiBold
+            wrapMode: Text.NoWrap
+            elide: Text.ElideMiddle
+        }
+        Words {
+            id: path
+            x: name.x
+            y: name.height + 2
+            width: name.width
+            text: card.app.corpusPath
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+            wrapMode: Text.NoWrap
+            elide: Text.ElideMiddle
+        }
+        HoverHandler {
+            id: pathHover
+        }
+        Tip {
+            text: card.app.corpusPath
+            shown: pathHover.hovered && (name.truncated || path.truncated)
+        }
+    }
+    Column {
+        width: card.bodyWidth
+        visible: card.app.isScanning
+        spacing: Theme.inner - 2
+
+        Item {
+            width: parent.width
+            height: scanning.height
+
+            Words {
+                id: scanning
+                text: "Scanning"
+                color: Theme.secondary
+                font.pixelSize: Theme.smallSize
+            }
+            Words {
+                anchors.right: parent.right
+                visible: card.app.scanTotal > 0
+                text: card.app.scanDone + " of " + card.app.scanTotal
+                color: Theme.secondary
+                font.family: Theme.figures
+                font.pixelSize: Theme.smallSize
+            }
+        }
+        ProgressTrack {
+            width: parent.width
+            label: "Scanning"
+            indeterminate: card.app.scanTotal === 0
+            value: card.app.scanTotal > 0 ? card.app.scanDone / card.app.scanTotal : 0
+        }
+        Words {
+            text: card.app.scanTimeLeft
+            visible: text.length > 0
+            color: Theme.secondary
+            font.family: Theme.figures
+            font.pixelSize: Theme.smallSize
+        }
+    }
+    Flow {
+        width: card.bodyWidth
+        visible: card.app.hasSummary && !card.app.corpusIsEmpty
+        spacing: Theme.inner
+
+        Words {
+            text: card.app.fileCount + " samples"
+            wrapMode: Text.NoWrap
+        }
+        Dot {
+        }
+        Words {
+            text: card.app.totalDuration
+            wrapMode: Text.NoWrap
+        }
+        Dot {
+        }
+        Words {
+            text: Array.from(card.app.sampleRates).join(", ")
+            width: Math.min(implicitWidth, card.bodyWidth)
+        }
+    }
+    Note {
+        width: card.bodyWidth
+        visible: card.app.corpusIsEmpty
+        iconName: "exclamationmark.triangle.fill"
+        text: "No audio files found in this folder."
+        ink: Theme.warning
+        textColor: Theme.text
+    }
+    Note {
+        width: card.bodyWidth
+        visible: card.app.hasFewSamples
+        iconName: "exclamationmark.triangle.fill"
+        text: "Very few samples — expect variations that stay close to them."
+        ink: Theme.warning
+        textColor: Theme.text
+    }
+    Note {
+        width: card.bodyWidth
+        visible: card.app.unreadable > 0
+        iconName: "exclamationmark.triangle.fill"
+        text: card.app.unreadable === 1 ? "1 file could not be read and is left out." : card.app.unreadable + " files could not be read and are left out."
+        ink: Theme.warning
+        textColor: Theme.text
+    }
+    Row {
+        width: card.bodyWidth
+        spacing: Theme.inner
+
+        ActionButton {
+            id: choose
+            objectName: "chooseCorpus"
+            width: parent.width - (recent.visible ? recent.width + parent.spacing : 0) - (stop.visible ? stop.width + parent.spacing : 0)
+            text: card.app.hasCorpus ? "Change Folder…" : "Choose Folder…"
+            prominent: !card.app.hasCorpus
+            enabled: card.mayChange
+            tip: "Ctrl+O"
+            onClicked: card.app.chooseCorpus()
+        }
+        ActionButton {
+            id: stop
+            objectName: "cancelScan"
+            visible: card.app.isScanning
+            text: "Cancel"
+            onClicked: card.app.cancel()
+        }
+        IconButton {
+            id: recent
+            objectName: "recentCorpora"
+            width: Theme.controlHeight
+            height: Theme.controlHeight
+            framed: true
+            visible: card.app.recentCorpora.length > 0
+            enabled: card.mayChange
+            iconName: "chevron.down"
+            iconSize: 13
+            text: "Recent folders"
+            Accessible.role: Accessible.ButtonMenu
+            onClicked: {
+                recentMenu.active = true;
+                (recentMenu.item as RecentMenu).open(recent);
+            }
+        }
+    }
+    Loader {
+        id: recentMenu
+        active: false
+        visible: false
+        sourceComponent: RecentMenu {
+            app: card.app
+        }
+    }
+    DropArea {
+        id: drop
+
+        // What is dragged is one folder of this computer.
+        property bool welcome: false
+
+        // The card's column lays out what it holds; this covers the card instead.
+        parent: card
+        anchors.fill: parent
+        enabled: card.mayChange
+        onEntered: drag => {
+            welcome = drag.hasUrls && drag.urls.length === 1 && card.app.isFolder(drag.urls[0]);
+            drag.accepted = welcome;
+        }
+        onDropped: drop => {
+            drop.acceptProposedAction();
+            card.app.setCorpus(drop.urls[0]);
+        }
+    }
+
+    component Dot: Words {
+        text: "·"
+        color: Theme.secondary
+        Accessible.ignored: true
+    }
+}

@@ -1,0 +1,107 @@
+import QtQuick
+import QuillmereApp
+
+// What is going on, and the two things to do with the model: listen, and generate.
+Rectangle {
+    id: footer
+
+    required property AppModel app
+    readonly property bool narrow: width < 620
+    // The last thing worth telling that is no failure; it goes away by itself.
+    property string news
+
+    implicitHeight: narrow && progress.visible ? 100 : 60
+    color: Theme.card
+
+    Accessible.role: Accessible.ToolBar
+    Accessible.name: "Actions"
+
+    function tell(text: string) {
+        news = text;
+        forget.restart();
+    }
+
+    Connections {
+        target: footer.app
+
+        function onNotice(text: string) {
+            footer.tell(text);
+        }
+        function onTrainingFinished() {
+            footer.tell("Training finished.");
+        }
+        function onGenerationFinished(files: int) {
+            footer.tell(files === 1 ? "1 variation written." : files + " variations written.");
+        }
+    }
+    Timer {
+        id: forget
+        interval: 8000
+        onTriggered: footer.news = ""
+    }
+    Rectangle {
+        width: parent.width
+        height: 1
+        color: Theme.line
+    }
+    AppearanceButton {
+        id: appearanceButton
+        x: Theme.outer - 6
+        anchors.verticalCenter: actions.verticalCenter
+        appearance: footer.app.appearance
+    }
+    RunProgress {
+        id: progress
+        x: footer.narrow ? Theme.outer : appearanceButton.x + appearanceButton.width + Theme.between
+        y: footer.narrow ? Theme.inner : (footer.height - height) / 2
+        width: footer.narrow ? footer.width - 2 * Theme.outer : actions.x - x - Theme.outer
+        app: footer.app
+    }
+    Words {
+        objectName: "news"
+        x: appearanceButton.x + appearanceButton.width + Theme.between
+        width: actions.x - x - Theme.outer
+        anchors.verticalCenter: actions.verticalCenter
+        visible: footer.news.length > 0 && !progress.visible
+        text: footer.news
+        color: Theme.secondary
+        maximumLineCount: 2
+        Accessible.role: Accessible.AlertMessage
+    }
+    Row {
+        id: actions
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.outer
+        y: footer.height - height - (60 - height) / 2
+        spacing: Theme.inner
+
+        ActionButton {
+            objectName: "audition"
+            height: 36
+            text: "Audition"
+            iconName: "play.circle"
+            tip: "Render a single variation with the current settings and play it, without saving."
+            enabled: footer.app.canAudition
+            onClicked: footer.app.audition()
+        }
+        ActionButton {
+            objectName: "generate"
+            // As wide as its longest name, so that nothing moves while the count is changed.
+            width: Math.max(implicitWidth, Math.ceil(widest.advanceWidth) + leftPadding + rightPadding)
+            height: 36
+            text: "Generate " + footer.app.count + " Variations"
+            prominent: footer.app.canGenerate
+            enabled: footer.app.canGenerate
+            tip: "Ctrl+G"
+            onClicked: footer.app.generate()
+
+            TextMetrics {
+                id: widest
+                font.family: Theme.family
+                font.pixelSize: Theme.textSize
+                font.weight: Font.DemiBold
+                text: "Generate 000 Variations"
+            }
+        }
+    }
+}

@@ -1,0 +1,124 @@
+import QtQuick
+import QuillmereApp
+
+// Where the variations go, how many, and as which files.
+Card {
+    id: card
+
+    required property AppModel app
+    // Of AppModel's OutputStatus
+    readonly property bool willBeCreated: app.outputStatus === AppModel.OutputWillBeCreated
+    readonly property bool exists: app.outputStatus === AppModel.OutputExists
+    readonly property bool isNoFolder: app.outputStatus === AppModel.OutputIsNoFolder
+
+    number: "3"
+    title: "Output"
+
+    Column {
+        width: card.bodyWidth
+        spacing: Theme.inner
+
+        Row {
+            width: parent.width
+            spacing: Theme.inner
+
+            Field {
+                id: path
+                objectName: "outputPath"
+                width: parent.width - chooser.width - parent.spacing
+                text: card.app.outputText
+                placeholderText: "Folder path (created if it doesn't exist)"
+                targeted: drop.containsDrag && drop.welcome
+                tip: text.length > 0 ? text : placeholderText
+                Accessible.name: "Output folder"
+                onTextEdited: card.app.outputText = text
+                onAccepted: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
+
+                DropArea {
+                    id: drop
+
+                    property bool welcome: false
+
+                    anchors.fill: parent
+                    onEntered: drag => {
+                        welcome = drag.hasUrls && drag.urls.length === 1 && card.app.isFolder(drag.urls[0]);
+                        drag.accepted = welcome;
+                    }
+                    onDropped: drop => {
+                        drop.acceptProposedAction();
+                        card.app.setOutputFolder(drop.urls[0]);
+                    }
+                }
+            }
+            IconButton {
+                id: chooser
+                objectName: "chooseOutput"
+                width: Theme.controlHeight
+                height: Theme.controlHeight
+                framed: true
+                iconName: "folder"
+                text: "Choose the output folder"
+                onClicked: card.app.chooseOutput()
+            }
+        }
+        // As high as its longest sentence, so that typing a path moves nothing.
+        Item {
+            width: parent.width
+            height: longest.implicitHeight
+
+            Note {
+                id: longest
+                width: parent.width
+                visible: false
+                iconName: "folder"
+                text: "Existing folder — new files are added, nothing is overwritten."
+            }
+            Note {
+                width: parent.width
+                visible: text.length > 0
+                iconName: card.isNoFolder ? "exclamationmark.triangle.fill" : card.willBeCreated ? "folder.badge.plus" : "folder"
+                text: card.willBeCreated ? "Folder will be created." : card.exists ? longest.text : card.isNoFolder ? "This is a file, not a folder." : ""
+                ink: card.isNoFolder ? Theme.warning : Theme.secondary
+            }
+        }
+    }
+    Row {
+        width: card.bodyWidth
+        spacing: Theme.between
+
+        Column {
+            id: countColumn
+            spacing: Theme.tight
+
+            Words {
+                text: "Variations"
+                color: Theme.secondary
+                font.pixelSize: Theme.smallSize
+            }
+            Stepper {
+                objectName: "count"
+                label: "Variations"
+                value: card.app.count
+                onValueModified: card.app.count = value
+            }
+        }
+        Column {
+            width: parent.width - countColumn.width - parent.spacing
+            spacing: Theme.tight
+
+            Words {
+                text: "Format"
+                color: Theme.secondary
+                font.pixelSize: Theme.smallSize
+            }
+            Picker {
+                objectName: "format"
+                width: parent.width
+                label: "Format"
+                model: card.app.formatLabels
+                currentIndex: card.app.formatIndex
+                onActivated: index => card.app.formatIndex = index
+            }
+        }
+    }
+}

@@ -1,0 +1,110 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QuillmereApp
+
+// The parameter rows under the titles of their groups, then chance and seed. In two columns when there is room:
+// the first two groups on the left, the rest on the right.
+Item {
+    id: groups
+
+    required property AppModel app
+    required property bool twoColumns
+    required property real rowHeight
+    property bool emphasised: true
+
+    readonly property real headingHeight: 30
+    readonly property real gap: Theme.between  // above every heading but a column's first
+    readonly property real columnGap: 32
+    readonly property real columnWidth: twoColumns ? (width - columnGap) / 2 : width
+
+    // As wide as the widest row needs
+    property real titleWidth: 0
+    property real valueWidth: 0
+
+    // Of each group: its first row, its column and its top; and where the columns end.
+    readonly property var places: {
+        const result = {
+            "groups": [],
+            "bottoms": [0, 0],
+            "rows": [0, 0]
+        };
+        let first = 0;
+        for (let group = 0; group < app.parameters.groupTitles.length; ++group) {
+            const rows = app.parameters.rowsOfGroup(group).length;
+            const column = twoColumns && group >= 2 ? 1 : 0;
+            const top = result.bottoms[column] + (result.bottoms[column] > 0 ? gap : 0);
+            result.groups.push({
+                    "first": first,
+                    "column": column,
+                    "top": top
+                });
+            result.bottoms[column] = top + headingHeight + rows * rowHeight;
+            result.rows[column] += rows;
+            first += rows;
+        }
+        return result;
+    }
+    readonly property int rowsBelowOneAnother: Math.max(places.rows[0], places.rows[1])
+
+    function columnX(column: int): real {
+        return column * (columnWidth + columnGap);
+    }
+
+    implicitHeight: Math.max(places.bottoms[0], chance.y + chance.height)
+
+    Repeater {
+        model: groups.app.parameters.groupTitles
+
+        Words {
+            required property string modelData
+            required property int index
+
+            x: groups.columnX(groups.places.groups[index].column)
+            y: groups.places.groups[index].top
+            width: groups.columnWidth
+            height: groups.headingHeight
+            verticalAlignment: Text.AlignVCenter
+            text: modelData
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+            font.weight: Font.DemiBold
+            wrapMode: Text.NoWrap
+            Accessible.role: Accessible.Heading
+        }
+    }
+    Repeater {
+        model: groups.app.parameters
+        onItemAdded: (index, item) => {
+            const row = item as ParameterRow;
+            groups.titleWidth = Math.max(groups.titleWidth, row.naturalTitleWidth);
+            groups.valueWidth = Math.max(groups.valueWidth, row.naturalValueWidth);
+        }
+
+        ParameterRow {
+            required property int index
+            required property int groupIndex
+            readonly property var place: groups.places.groups[groupIndex]
+
+            x: groups.columnX(place.column)
+            y: place.top + groups.headingHeight + (index - place.first) * groups.rowHeight
+            width: groups.columnWidth
+            height: groups.rowHeight
+            app: groups.app
+            titleWidth: groups.titleWidth
+            valueWidth: groups.valueWidth
+            emphasised: groups.emphasised
+        }
+    }
+    ChanceSection {
+        id: chance
+        x: groups.columnX(groups.twoColumns ? 1 : 0)
+        y: groups.places.bottoms[groups.twoColumns ? 1 : 0] + groups.gap
+        width: groups.columnWidth
+        app: groups.app
+        titleWidth: groups.titleWidth
+        valueWidth: groups.valueWidth
+        headingHeight: groups.headingHeight
+        emphasised: groups.emphasised
+    }
+}

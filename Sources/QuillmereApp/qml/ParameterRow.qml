@@ -1,0 +1,175 @@
+import QtQuick
+import QuillmereApp
+
+// One parameter: title, slider, value, and what can be done to it. Places for everything are reserved, so that
+// nothing moves when a value changes or a button appears.
+Item {
+    id: row
+
+    required property AppModel app
+    // The roles of ParameterModel
+    required property string parameterId
+    required property string title
+    required property string help
+    required property string unit
+    required property real lower
+    required property real upper
+    required property real step
+    required property real value
+    required property real position
+    required property real defaultPosition
+    required property string text
+    required property bool isDefault
+    required property bool locked
+
+    // Widths of the columns, shared by all rows
+    required property real titleWidth
+    required property real valueWidth
+    // Whether the slider's fill is in the accent colour
+    property bool emphasised: true
+
+    readonly property real naturalTitleWidth: Math.ceil(titleText.implicitWidth) + 2
+    // Of the longer end of the range
+    readonly property real naturalValueWidth: {
+        const decimals = step >= 1 ? 0 : step >= 0.1 ? 1 : 2;
+        const longest = Math.max(figures.advanceWidth(lower.toFixed(decimals)), figures.advanceWidth(upper.toFixed(decimals)));
+        const ending = unit.length > 0 ? figures.advanceWidth(" " + unit) : 0;
+        return Math.ceil(longest + ending) + field.leftPadding + field.rightPadding + 2;
+    }
+    readonly property bool active: hover.hovered || slider.activeFocus || field.activeFocus || lockButton.activeFocus || resetButton.activeFocus
+
+    implicitHeight: 28
+
+    Accessible.role: Accessible.Grouping
+    Accessible.name: title
+    Accessible.description: help
+
+    HoverHandler {
+        id: hover
+    }
+    FontMetrics {
+        id: figures
+        font: field.font
+    }
+    Words {
+        id: titleText
+        width: row.titleWidth
+        anchors.verticalCenter: parent.verticalCenter
+        text: row.title
+        wrapMode: Text.NoWrap
+
+        HoverHandler {
+            id: titleHover
+        }
+        Tip {
+            text: row.help
+            shown: titleHover.hovered
+        }
+    }
+    ThinSlider {
+        id: slider
+        objectName: "slider-" + row.parameterId
+        anchors.left: titleText.right
+        anchors.leftMargin: Theme.tight
+        anchors.right: field.left
+        anchors.rightMargin: Theme.tight
+        anchors.verticalCenter: parent.verticalCenter
+        height: parent.height - 4
+        label: row.title
+        valueText: row.text
+        modelValue: row.value
+        minimumValue: row.lower
+        maximumValue: row.upper
+        stepSize: row.step
+        position: row.position
+        defaultPosition: row.defaultPosition
+        emphasised: row.emphasised
+        tip: row.help
+        onDragStarted: row.app.beginEdit()
+        onDragEnded: row.app.endEdit()
+        onMoved: place => row.app.parameters.setPosition(row.parameterId, place)
+        onStepped: steps => row.app.parameters.nudge(row.parameterId, steps)
+        onValueRequested: wanted => row.app.parameters.setValue(row.parameterId, wanted)
+        onResetRequested: row.app.parameters.reset(row.parameterId)
+    }
+    Field {
+        id: field
+        objectName: "value-" + row.parameterId
+
+        // Typing breaks nothing: the model's text comes back when it ends.
+        function commit() {
+            row.app.parameters.setText(row.parameterId, text);
+            restore();
+        }
+        function restore() {
+            text = Qt.binding(() => row.text);
+        }
+
+        anchors.right: resetButton.left
+        anchors.verticalCenter: parent.verticalCenter
+        width: row.valueWidth
+        height: 24
+        leftPadding: 4
+        rightPadding: 5
+        quiet: true
+        text: row.text
+        horizontalAlignment: TextInput.AlignRight
+        font.family: Theme.figures
+        Accessible.name: row.title + " value"
+        onActiveFocusChanged: activeFocus ? selectAll() : deselect()
+        onEditingFinished: commit()
+        Keys.onEscapePressed: event => {
+            event.accepted = text !== row.text;
+            restore();
+            selectAll();
+        }
+        Keys.onUpPressed: row.app.parameters.nudge(row.parameterId, 1)
+        Keys.onDownPressed: row.app.parameters.nudge(row.parameterId, -1)
+        Keys.onPressed: event => {
+            // Nothing of the typing to take back: take back the last edit of the parameters.
+            if (event.matches(StandardKey.Undo) && !canUndo)
+                row.app.undo();
+            else if (event.matches(StandardKey.Redo) && !canRedo)
+                row.app.redo();
+            else
+                return;
+            event.accepted = true;
+        }
+    }
+    IconButton {
+        id: resetButton
+        objectName: "reset-" + row.parameterId
+        anchors.right: lockButton.left
+        anchors.verticalCenter: parent.verticalCenter
+        width: 24
+        height: 24
+        iconSize: 14
+        iconName: "arrow.counterclockwise"
+        text: "Reset to default"
+        Accessible.name: "Reset to default: " + row.title
+        visible: !row.isDefault
+        onClicked: {
+            // The button goes away under the keyboard: its place is the slider's.
+            if (activeFocus)
+                slider.forceActiveFocus(Qt.TabFocusReason);
+            row.app.parameters.reset(row.parameterId);
+        }
+    }
+    IconButton {
+        id: lockButton
+        objectName: "lock-" + row.parameterId
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        width: 24
+        height: 24
+        iconSize: 13
+        checkable: true
+        checked: row.locked
+        iconName: row.locked ? "lock.fill" : "lock.open"
+        ink: row.locked ? Theme.text : Theme.secondary
+        opacity: row.locked || row.active ? 1 : 0
+        text: row.locked ? "Unlock: let Randomise change it" : "Lock: keep it when randomising"
+        Accessible.name: "Lock " + row.title
+        onClicked: row.app.parameters.setLocked(row.parameterId, !row.locked)
+    }
+}

@@ -1,0 +1,90 @@
+import QtQuick
+import QtQuick.Templates as T
+import QuillmereApp
+
+// One preset. A dot marks values that have been changed since it was applied.
+T.Button {
+    id: chip
+
+    required property AppModel app
+    // The roles of PresetModel
+    required property string name
+    required property string blurb
+    required property bool isOwn
+    required property bool isUsable
+    required property bool isCurrent
+    required property bool isEdited
+
+    readonly property color ink: !enabled ? Theme.disabled : Theme.text
+
+    objectName: "preset-" + name
+    implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
+    implicitHeight: 28
+    leftPadding: 11
+    rightPadding: isOwn ? 26 : 11
+    enabled: isUsable || isOwn
+    focusPolicy: Qt.StrongFocus
+    text: name
+
+    Accessible.role: Accessible.RadioButton
+    Accessible.name: name
+    Accessible.description: isEdited ? blurb + " Edited." : blurb
+    Accessible.checkable: true
+    Accessible.checked: isCurrent
+
+    onClicked: if (isUsable)
+        app.applyPreset(name)
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+    Keys.onDeletePressed: if (isOwn)
+        app.deleteOwnPreset(name)
+
+    contentItem: Text {
+        verticalAlignment: Text.AlignVCenter
+        text: chip.name
+        color: chip.isUsable ? chip.ink : Theme.disabled
+        font.family: Theme.family
+        font.pixelSize: Theme.textSize
+        textFormat: Text.PlainText
+    }
+    background: Rectangle {
+        radius: height / 2
+        color: chip.isCurrent ? Theme.accentSoft : chip.down ? Theme.controlPressed : chip.hovered ? Theme.controlHover : "transparent"
+        border.width: chip.isCurrent ? 1.5 : 1
+        border.color: chip.isCurrent ? Theme.accent : Theme.controlLine
+
+        Rectangle {
+            x: parent.width - width - 1
+            y: -1
+            width: 9
+            height: 9
+            radius: 4.5
+            color: Theme.accent
+            border.width: 2
+            border.color: Theme.card
+            visible: chip.isEdited
+        }
+    }
+    IconButton {
+        objectName: "delete-" + chip.name
+        anchors.right: parent.right
+        anchors.rightMargin: 4
+        anchors.verticalCenter: parent.verticalCenter
+        width: 20
+        height: 20
+        iconSize: 10
+        visible: chip.isOwn
+        iconName: "xmark"
+        text: "Delete preset " + chip.name
+        onClicked: chip.app.deleteOwnPreset(chip.name)
+    }
+
+    FocusRing {
+        shown: chip.visualFocus
+        around: parent.height / 2
+    }
+    Tip {
+        text: chip.isEdited ? chip.blurb + " (edited)" : chip.blurb
+        shown: chip.hovered
+    }
+}

@@ -1,0 +1,36 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QuillmereApp
+
+// The presets, built-in and the user's own, and a button to save another.
+Flow {
+    id: chips
+
+    required property AppModel app
+
+    signal saveRequested
+
+    spacing: 6
+
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "Presets"
+
+    Repeater {
+        model: chips.app.presets
+
+        PresetChip {
+            app: chips.app
+        }
+    }
+    IconButton {
+        objectName: "savePreset"
+        width: 28
+        height: 28
+        iconName: "plus"
+        iconSize: 13
+        framed: true
+        text: "Save as preset"
+        onClicked: chips.saveRequested()
+    }
+}

@@ -1,0 +1,127 @@
+import QtQuick
+import QuillmereApp
+
+// One written file: its outline, name and duration, and a button to play it. It can be dragged into another
+// program as a file.
+Rectangle {
+    id: tile
+
+    required property AppModel app
+    // The roles of ResultsModel
+    required property int index
+    required property url url
+    required property string fileName
+    required property string durationText
+    required property bool exists
+    required property bool isPlaying
+    required property list<real> peaks
+
+    property bool selected: false
+    property bool focused: false
+
+    signal selectRequested
+
+    // The platform drags the file.
+    readonly property bool dragging: drag.active
+
+    objectName: "tile-" + index
+    width: 168
+    radius: Theme.controlRadius
+    color: selected ? Theme.accentSoft : hover.hovered ? Theme.controlHover : Theme.control
+    border.width: focused ? 2 : 1
+    border.color: focused || selected ? Theme.accent : Theme.line
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: fileName
+    Accessible.description: exists ? durationText + (isPlaying ? ", playing" : "") : "This file is gone"
+    Accessible.selected: selected
+    Accessible.onPressAction: app.togglePlay(url)
+
+    Drag.dragType: Drag.Automatic
+    Drag.supportedActions: Qt.CopyAction
+    Drag.mimeData: ({
+            "text/uri-list": String(url) + "\r\n"
+        })
+    Drag.hotSpot: Qt.point(20, 20)
+
+    HoverHandler {
+        id: hover
+    }
+    TapHandler {
+        gesturePolicy: TapHandler.ReleaseWithinBounds
+        onTapped: (eventPoint, button) => {
+            tile.selectRequested();
+            if (tapCount === 2 && tile.exists)
+                tile.app.togglePlay(tile.url);
+        }
+    }
+    DragHandler {
+        id: drag
+        target: null
+        enabled: tile.exists
+        onActiveChanged: {
+            // Not a binding: a drag ends by itself, and a binding would start it again.
+            if (!active) {
+                tile.Drag.active = false;
+                return;
+            }
+            tile.selectRequested();
+            tile.grabToImage(picture => {
+                    tile.Drag.imageSource = picture.url;
+                    tile.Drag.active = true;
+                });
+        }
+    }
+    Waveform {
+        x: toggle.x + toggle.width + Theme.tight
+        y: Theme.inner
+        width: tile.width - x - 10
+        height: tile.height - name.height - 2 * Theme.inner - 4
+        peaks: tile.peaks
+        color: !tile.exists ? Theme.disabled : tile.isPlaying || tile.selected ? Theme.accent : Theme.secondary
+    }
+    IconButton {
+        id: toggle
+        objectName: "play-" + tile.index
+        x: 4
+        y: (tile.height - name.height - height) / 2 - 2
+        activeFocusOnTab: false
+        focusPolicy: Qt.NoFocus
+        enabled: tile.exists
+        iconName: tile.isPlaying ? "stop.fill" : "play.circle"
+        iconSize: tile.isPlaying ? 14 : 20
+        ink: tile.isPlaying ? Theme.accent : Theme.text
+        text: tile.isPlaying ? "Stop" : "Play"
+        Accessible.name: text + " " + tile.fileName
+        onClicked: {
+            tile.selectRequested();
+            tile.app.togglePlay(tile.url);
+        }
+    }
+    Words {
+        id: name
+        x: 10
+        y: tile.height - height - 7
+        width: duration.x - x - Theme.tight
+        text: tile.fileName
+        color: tile.exists ? Theme.text : Theme.disabled
+        font.pixelSize: 11
+        font.strikeout: !tile.exists
+        wrapMode: Text.NoWrap
+        elide: Text.ElideMiddle
+    }
+    Words {
+        id: duration
+        x: tile.width - width - 10
+        y: name.y
+        text: tile.exists ? tile.durationText : "gone"
+        color: tile.exists ? Theme.secondary : Theme.disabled
+        font.family: Theme.figures
+        font.pixelSize: 11
+        wrapMode: Text.NoWrap
+    }
+    Tip {
+        text: tile.fileName
+        shown: hover.hovered && name.truncated
+    }
+}

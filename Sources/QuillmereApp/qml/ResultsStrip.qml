@@ -1,0 +1,128 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QuillmereApp
+
+// The files of the last generation, side by side. Arrow keys move along, Space plays or stops.
+Rectangle {
+    id: strip
+
+    required property AppModel app
+
+    implicitHeight: list.y + list.height + Theme.between
+    radius: Theme.cardRadius
+    color: Theme.card
+    border.color: Theme.line
+
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "Results"
+
+    function togglePlay() {
+        if (list.currentIndex < 0)
+            list.currentIndex = 0;
+        app.togglePlay(app.results.urlAt(list.currentIndex));
+    }
+
+    Words {
+        id: heading
+        x: Theme.outer
+        y: Theme.between
+        text: "Results"
+        font.weight: Font.DemiBold
+        wrapMode: Text.NoWrap
+        Accessible.role: Accessible.Heading
+    }
+    Words {
+        anchors.left: heading.right
+        anchors.leftMargin: Theme.inner
+        anchors.baseline: heading.baseline
+        text: strip.app.results.count === 1 ? "1 file" : strip.app.results.count + " files"
+        color: Theme.secondary
+        font.family: Theme.figures
+        font.pixelSize: Theme.smallSize
+        wrapMode: Text.NoWrap
+    }
+    ActionButton {
+        objectName: "showInFinder"
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.inner
+        anchors.verticalCenter: heading.verticalCenter
+        height: 28
+        quiet: true
+        iconName: "folder"
+        text: "Show in Finder"
+        onClicked: strip.app.showInFileManager()
+    }
+    ListView {
+        id: list
+        objectName: "results"
+
+        x: Theme.outer
+        y: heading.y + heading.height + Theme.inner + 2
+        width: strip.width - 2 * Theme.outer
+        height: 84
+        orientation: ListView.Horizontal
+        spacing: Theme.inner
+        clip: true
+        boundsBehavior: Flickable.StopAtBounds
+        highlightMoveDuration: Theme.quick
+        keyNavigationEnabled: true
+        activeFocusOnTab: true
+        // A mouse drags files out of the strip, not the strip.
+        interactive: !mouse.hovered
+        model: strip.app.results
+
+        Accessible.role: Accessible.List
+        Accessible.name: "Results"
+
+        onCountChanged: currentIndex = count > 0 ? Math.max(0, currentIndex) : -1
+        Keys.onSpacePressed: strip.togglePlay()
+        Keys.onReturnPressed: strip.togglePlay()
+        Keys.onEnterPressed: strip.togglePlay()
+        Keys.onPressed: event => {
+            const page = Math.max(1, Math.floor(width / 176));
+            event.accepted = true;
+            if (event.key === Qt.Key_Home)
+                currentIndex = 0;
+            else if (event.key === Qt.Key_End)
+                currentIndex = count - 1;
+            else if (event.key === Qt.Key_PageUp)
+                currentIndex = Math.max(0, currentIndex - page);
+            else if (event.key === Qt.Key_PageDown)
+                currentIndex = Math.min(count - 1, currentIndex + page);
+            else
+                event.accepted = false;
+        }
+
+        delegate: ResultTile {
+            height: list.height - (bar.visible ? 12 : 0)
+            app: strip.app
+            selected: ListView.isCurrentItem
+            focused: list.activeFocus && selected
+            onSelectRequested: {
+                list.currentIndex = index;
+                list.forceActiveFocus(Qt.MouseFocusReason);
+            }
+        }
+
+        HoverHandler {
+            id: mouse
+            acceptedDevices: PointerDevice.Mouse
+        }
+        WheelHandler {
+            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+            orientation: Qt.Vertical | Qt.Horizontal
+            enabled: list.contentWidth > list.width
+            onWheel: event => {
+                const pixels = Math.abs(event.pixelDelta.x) > Math.abs(event.pixelDelta.y) ? event.pixelDelta.x : event.pixelDelta.y;
+                const angle = event.angleDelta.x !== 0 ? event.angleDelta.x : event.angleDelta.y;
+                const way = pixels !== 0 ? pixels : angle / 120 * 90;
+                list.contentX = Math.max(list.originX, Math.min(list.originX + list.contentWidth - list.width, list.contentX - way));
+            }
+        }
+        ThinScrollBar.horizontal: ThinScrollBar {
+            id: bar
+            visible: list.contentWidth > list.width
+        }
+    }
+}

@@ -1,0 +1,80 @@
+import QtQuick
+import QuillmereApp
+
+// How far the run has come that the footer has started, with the time left and Cancel.
+Item {
+    id: run
+
+    required property AppModel app
+    readonly property bool generating: app.isGenerating
+    // Most auditions are over before anyone could read of them.
+    property bool longAudition: false
+
+    implicitHeight: Theme.controlHeight
+    visible: generating || longAudition
+
+    Connections {
+        target: run.app
+
+        function onIsAuditioningChanged() {
+            if (run.app.isAuditioning)
+                patience.restart();
+            else
+                patience.stop();
+            run.longAudition = false;
+        }
+    }
+    Timer {
+        id: patience
+        interval: 500
+        onTriggered: run.longAudition = run.app.isAuditioning
+    }
+    Column {
+        anchors.verticalCenter: parent.verticalCenter
+        width: parent.width - cancel.width - Theme.between
+        spacing: 6
+
+        Item {
+            width: parent.width
+            height: figure.height
+
+            Words {
+                id: figure
+                text: {
+                    if (run.app.isCancelling)
+                        return "Cancelling…";
+                    return run.generating ? run.app.generationDone + " of " + run.app.generationTotal : "Rendering…";
+                }
+                font.family: Theme.figures
+                font.pixelSize: Theme.smallSize
+                wrapMode: Text.NoWrap
+            }
+            Words {
+                anchors.right: parent.right
+                width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
+                visible: run.generating && !run.app.isCancelling
+                text: run.app.generationTimeLeft
+                color: Theme.secondary
+                font.family: Theme.figures
+                font.pixelSize: Theme.smallSize
+                wrapMode: Text.NoWrap
+            }
+        }
+        ProgressTrack {
+            width: parent.width
+            label: run.generating ? "Generating" : "Rendering"
+            indeterminate: !run.generating
+            value: run.app.generationTotal > 0 ? run.app.generationDone / run.app.generationTotal : 0
+        }
+    }
+    ActionButton {
+        id: cancel
+        objectName: "cancelGeneration"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        text: "Cancel"
+        tip: "Esc"
+        enabled: !run.app.isCancelling
+        onClicked: run.app.cancel()
+    }
+}

@@ -1,0 +1,30 @@
+import QtQuick
+import QuillmereApp
+
+// Asks for a name for the current values.
+Sheet {
+    id: dialog
+
+    required property AppModel app
+    readonly property string problem: app.presetNameProblem(form.name)
+
+    function save() {
+        if (problem.length > 0)
+            return;
+        app.saveOwnPreset(form.name);
+        close();
+    }
+
+    title: "Save as Preset"
+    onAboutToShow: form.begin()
+
+    SavePresetForm {
+        id: form
+        anchors.fill: parent
+        // Nothing typed is no mistake yet.
+        problem: name.length > 0 ? dialog.problem : ""
+        saveable: dialog.problem.length === 0
+        onSaveRequested: dialog.save()
+        onCancelRequested: dialog.close()
+    }
+}

@@ -1,0 +1,94 @@
+import QtQuick
+import QuillmereApp
+
+// The seed of the next run, and the seed of the last one.
+Item {
+    id: seed
+
+    required property AppModel app
+    required property real titleWidth
+    readonly property string help: "Enter a number to get identical results every time. Leave empty for a fresh roll."
+
+    implicitHeight: field.height + (last.visible || ignored.visible ? last.height + Theme.tight : 0)
+
+    Accessible.role: Accessible.Grouping
+    Accessible.name: "Seed"
+
+    Words {
+        id: title
+        width: seed.titleWidth
+        height: field.height
+        verticalAlignment: Text.AlignVCenter
+        text: "Seed"
+
+        HoverHandler {
+            id: titleHover
+        }
+        Tip {
+            text: seed.help
+            shown: titleHover.hovered
+        }
+    }
+    Field {
+        id: field
+        objectName: "seed"
+        anchors.left: title.right
+        anchors.leftMargin: Theme.tight
+        anchors.right: parent.right
+        text: seed.app.seedText
+        placeholderText: "random"
+        font.family: Theme.figures
+        tip: seed.help
+        Accessible.name: "Seed"
+        onTextEdited: seed.app.seedText = text
+    }
+    Words {
+        id: ignored
+        anchors.left: field.left
+        anchors.top: field.bottom
+        anchors.topMargin: Theme.tight
+        height: last.height
+        verticalAlignment: Text.AlignVCenter
+        visible: seed.app.seedText.trim().length > 0 && !seed.app.seedIsFixed
+        text: "Not a whole number: a fresh roll."
+        color: Theme.warning
+        font.pixelSize: Theme.smallSize
+    }
+    Row {
+        id: last
+        anchors.left: field.left
+        anchors.top: field.bottom
+        anchors.topMargin: Theme.tight
+        height: 24
+        spacing: Theme.tight
+        visible: seed.app.lastSeed.length > 0 && !ignored.visible
+
+        Words {
+            height: parent.height
+            verticalAlignment: Text.AlignVCenter
+            text: "Last run: " + seed.app.lastSeed
+            color: Theme.secondary
+            font.family: Theme.figures
+            font.pixelSize: Theme.smallSize
+            wrapMode: Text.NoWrap
+        }
+        IconButton {
+            objectName: "copySeed"
+            width: 24
+            height: 24
+            iconSize: 14
+            iconName: "doc.on.doc"
+            text: "Copy the seed of the last run"
+            onClicked: seed.app.copySeed()
+        }
+        IconButton {
+            objectName: "reuseSeed"
+            width: 24
+            height: 24
+            iconSize: 14
+            iconName: "arrow.uturn.backward"
+            text: "Use the seed of the last run again"
+            onClicked: seed.app.reuseSeed()
+        }
+    }
+}

@@ -1,0 +1,220 @@
+// Takes a picture of the window in every state and appearance and writes them as PNG files.
+//
+//     quillmere-pictures FOLDER [NAME...]
+//
+// NAME: only pictures whose names begin so. The model behind the window is real: it scans, learns and generates
+// in a folder of its own. Runs on the offscreen platform unless another one is asked for.
+
+#include <QDir>
+#include <QFontDatabase>
+#include <QGuiApplication>
+#include <QImage>
+#include <QQmlApplicationEngine>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTest>
+#include <QtQml/QQmlExtensionPlugin>
+#include <cmath>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <numbers>
+#include <vector>
+
+#include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Util/RNG.h"
+
+Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
+
+namespace quillmere::testing {
+namespace {
+
+constexpr int sampleRate = 44100;
+
+// A struck bar of glass: partials that ring on, the higher ones shorter.
+std::vector<float> glass(int number) {
+    SeededRNG rng(static_cast<std::uint64_t>(number) + 1);
+    const double base = 320 * std::pow(2, rng.uniform() * 1.6);
+    const double seconds = 0.35 + 0.4 * rng.uniform();
+    std::vector<float> samples(static_cast<std::size_t>(seconds * sampleRate));
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const double t = static_cast<double>(i) / sampleRate;
+        double sum = 0.25 * std::exp(-t * 120) * rng.gaussian();
+        int order = 0;
+        for (const double partial : {1.0, 2.76, 5.4, 8.93}) {
+            ++order;
+            sum += std::exp(-t * (5 + 7 * order)) / order * std::sin(2 * std::numbers::pi * base * partial * t);
+        }
+        samples[i] = static_cast<float>(0.45 * sum);
+    }
+    return samples;
+}
+
+class Photographer {
+public:
+    Photographer(QString folder, QStringList wanted) : folder_(std::move(folder)), wanted_(std::move(wanted)) {
+        QDir().mkpath(folder_);
+        world_.steps = 240;
+        world_.environment.adjustTraining = [this](TrainingOptions options) {
+            options.steps = world_.steps;
+            options.batchSize = 4;
+            return options;
+        };
+        // The window says where its folders are; the real places have ugly names.
+        world_.environment.homeFolder = world_.path(QStringLiteral("home"));
+    }
+
+    void takeAll() {
+        model_ = std::make_unique<AppModel>(world_.environment);
+        makeCorpora();
+        open();
+        empty();
+        scanning();
+        fewSamples();
+        untrained();
+        training();
+        trained();
+        generating();
+        results();
+        error();
+    }
+
+private:
+    QUrl corpus(const QString& name, int files) {
+        const QString folder = QStringLiteral("home/Samples/") + name;
+        QDir().mkpath(world_.path(folder));
+        for (int i = 0; i < files; ++i) {
+            const QString file = QStringLiteral("%1/glass %2.wav").arg(world_.path(folder)).arg(i + 1, 2, 10, QLatin1Char('0'));
+            AudioIO::write(glass(i), toPath(file), sampleRate, OutputFormat::wav16);
+        }
+        return world_.url(folder);
+    }
+
+    void makeCorpora() {
+        glassware_ = corpus(QStringLiteral("Glassware"), 36);
+        few_ = corpus(QStringLiteral("Three Chimes"), 3);
+        model_->setOutputText(QStringLiteral("~/Samples/Glass variations"));
+    }
+
+    void open() {
+        if (qEnvironmentVariableIsSet("QMAIN")) engine_.addImportPath("/tmp/dev");
+        engine_.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model_.get())}});
+        engine_.load(qEnvironmentVariableIsSet("QMAIN") ? QUrl(qEnvironmentVariable("QMAIN")) : QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
+        if (engine_.rootObjects().isEmpty()) qFatal("The window could not be loaded.");
+        window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().constFirst());
+        if (!QTest::qWaitForWindowExposed(window_)) qFatal("The window does not appear.");
+    }
+
+    // The window now, in one size and appearance.
+    void take(const QString& name, QSize size = {1180, 820}, Appearance::Mode mode = Appearance::Dark) {
+        const bool isWanted = wanted_.isEmpty() || std::any_of(wanted_.begin(), wanted_.end(), [&](const QString& start) { return name.startsWith(start); });
+        if (!isWanted) return;
+        model_->appearance()->setMode(mode);
+        window_->resize(size);
+        QTest::qWait(150);
+        const QString file = QStringLiteral("%1/app-%2.png").arg(folder_, name);
+        if (!window_->grabWindow().save(file, "PNG")) qFatal("cannot write %s", qPrintable(file));
+        std::printf("%s\n", qPrintable(file));
+        std::fflush(stdout);
+    }
+    void takeBoth(const QString& name, QSize size = {1180, 820}) {
+        take(name + QStringLiteral("-dark"), size, Appearance::Dark);
+        take(name + QStringLiteral("-light"), size, Appearance::Light);
+    }
+
+    static void waitFor(const std::function<bool()>& state) {
+        constexpr int patience = 600000;
+        if (!QTest::qWaitFor(state, patience)) qFatal("A state of the window does not come.");
+    }
+    void waitUntilIdle() {
+        waitFor([&] { return !model_->isBusy() && !model_->isLoadingModel(); });
+    }
+
+    void empty() {
+        takeBoth(QStringLiteral("empty"));
+        take(QStringLiteral("empty-small"), {640, 480});
+    }
+    void scanning() {
+        const QUrl many = corpus(QStringLiteral("Everything"), 600);
+        model_->setCorpus(many);
+        waitFor([&] { return model_->scanDone() > 100 || !model_->isScanning(); });
+        take(QStringLiteral("scanning-dark"));
+        model_->cancel();
+        waitUntilIdle();
+    }
+    void fewSamples() {
+        model_->setCorpus(few_);
+        waitUntilIdle();
+        takeBoth(QStringLiteral("few-samples"));
+    }
+    void untrained() {
+        model_->setCorpus(glassware_);
+        waitUntilIdle();
+        takeBoth(QStringLiteral("untrained"));
+    }
+    void training() {
+        model_->train();
+        waitFor([&] { return model_->trainingStep() > world_.steps * 6 / 10 || !model_->isTraining(); });
+        takeBoth(QStringLiteral("training"));
+        take(QStringLiteral("training-small"), {640, 480});
+        waitUntilIdle();
+    }
+    void trained() {
+        model_->applyPreset(QStringLiteral("Wild"));
+        model_->parameters()->setValue(QStringLiteral("pitch"), -7);
+        takeBoth(QStringLiteral("trained"));
+        take(QStringLiteral("trained-small"), {640, 480});
+        take(QStringLiteral("trained-small-light"), {640, 480}, Appearance::Light);
+    }
+    void generating() {
+        model_->setCount(400);
+        model_->generate();
+        waitFor([&] { return model_->generationDone() > 120 || !model_->isGenerating(); });
+        takeBoth(QStringLiteral("generating"));
+        model_->cancelGeneration();
+        waitUntilIdle();
+    }
+    void results() {
+        model_->setOutputText(QStringLiteral("~/Samples/Glass"));
+        model_->setCount(12);
+        model_->generate();
+        waitUntilIdle();
+        model_->togglePlay(model_->results()->urlAt(2));
+        QTest::qWait(800);
+        takeBoth(QStringLiteral("results"));
+        take(QStringLiteral("results-1080p"), {1920, 1080});
+        take(QStringLiteral("results-narrow"), {640, 1600});
+    }
+    void error() {
+        model_->setOutputText(QString());
+        model_->generate();
+        takeBoth(QStringLiteral("error"));
+        take(QStringLiteral("error-small"), {640, 480});
+    }
+
+    QString folder_;
+    QStringList wanted_;
+    TestWorld world_;
+    QUrl glassware_, few_;
+    std::unique_ptr<AppModel> model_;
+    QQmlApplicationEngine engine_;
+    QQuickWindow* window_ = nullptr;
+};
+
+}  // namespace
+}  // namespace quillmere::testing
+
+int main(int argc, char** argv) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    const QStringList arguments = QGuiApplication::arguments();
+    if (arguments.size() < 2) {
+        std::fprintf(stderr, "usage: quillmere-pictures FOLDER [NAME...]\n");
+        return 2;
+    }
+    quillmere::testing::Photographer(arguments[1], arguments.mid(2)).takeAll();
+    return 0;
+}

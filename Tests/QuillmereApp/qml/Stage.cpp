@@ -1,0 +1,312 @@
+#include "QuillmereApp/qml/Stage.h"
+
+#include <QAccessible>
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFile>
+#include <QMetaEnum>
+#include <QMimeData>
+#include <QQuickWindow>
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+namespace quillmere::testing {
+namespace {
+
+using Visit = std::function<void(QQuickItem&)>;
+
+// Every visible item, parents first. What an invisible parent holds is invisible, too.
+void visit(QQuickItem& item, const Visit& see) {
+    if (!item.isVisible()) return;
+    see(item);
+    for (QQuickItem* child : item.childItems())
+        visit(*child, see);
+}
+
+void visitWindow(const QQuickItem* any, const Visit& see) {
+    if (any != nullptr && any->window() != nullptr) visit(*any->window()->contentItem(), see);
+}
+
+bool isText(const QQuickItem& item) {
+    return item.inherits("QQuickText") || item.inherits("QQuickTextInput") || item.inherits("QQuickTextEdit");
+}
+
+QString describe(const QQuickItem& item) {
+    const QString text = item.property("text").toString();
+    return QStringLiteral("%1 '%2' at %3 width %4 of %5")
+        .arg(item.metaObject()->className(), text.isEmpty() ? item.objectName() : text)
+        .arg(item.mapToScene({}).x())
+        .arg(item.width())
+        .arg(item.implicitWidth());
+}
+
+// Names of files and folders may be longer than any place for them.
+bool mayBeElided(const QQuickItem& text) {
+    constexpr int elideMiddle = 2;  // Text.ElideMiddle
+    return text.property("elide").toInt() == elideMiddle;
+}
+
+bool isClipped(const QQuickItem& item) {
+    constexpr double rounding = 1;
+    if (!item.inherits("QQuickText") || item.property("text").toString().isEmpty()) return false;
+    if (item.property("truncated").toBool()) return !mayBeElided(item);
+    if (mayBeElided(item)) return false;
+    return item.property("contentWidth").toDouble() > item.width() + rounding ||
+           item.property("contentHeight").toDouble() > item.height() + rounding;
+}
+
+bool takesKeyboard(const QQuickItem& item) { return item.isEnabled() && item.activeFocusOnTab(); }
+
+// Containers that only pass the keyboard on have no role of their own.
+bool isFocusScopeOnly(const QQuickItem& item) {
+    return item.isFocusScope() && QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item)) == nullptr;
+}
+
+// Where the item can be seen: inside of everything around it that clips.
+QRectF shownPlace(const QQuickItem& item) {
+    QRectF place = item.mapRectToScene(item.boundingRect());
+    for (const QQuickItem* up = item.parentItem(); up != nullptr; up = up->parentItem()) {
+        if (up->clip()) place = place.intersected(up->mapRectToScene(up->boundingRect()));
+    }
+    return place;
+}
+
+QPoint middleOf(const QQuickItem& item) {
+    return item.mapToScene({item.width() / 2, item.height() / 2}).toPoint();
+}
+
+QStringList announced;
+
+void noteAlerts(QAccessibleEvent* event) {
+    if (event->type() != QAccessible::ObjectShow && event->type() != QAccessible::Alert) return;
+    const QAccessibleInterface* told = event->accessibleInterface();
+    if (told != nullptr && told->role() == QAccessible::AlertMessage) announced.append(told->text(QAccessible::Name));
+}
+
+}  // namespace
+
+Stage::Stage(QObject* parent) : QObject(parent) {
+    QAccessible::setActive(true);
+    QAccessible::installUpdateHandler(noteAlerts);
+    restart();
+}
+
+Stage::~Stage() = default;
+
+void Stage::restart() {
+    announced.clear();
+    model_.reset();
+    world_ = std::make_unique<TestWorld>();
+    restartProgram();
+}
+
+void Stage::restartProgram() {
+    model_.reset();
+    model_ = std::make_unique<AppModel>(world_->environment);
+    QQmlEngine::setObjectOwnership(model_.get(), QQmlEngine::CppOwnership);
+    emit modelChanged();
+}
+
+QUrl Stage::makeCorpus(const QString& name, int files, double seconds) {
+    return world_->makeCorpus(name, files, seconds);
+}
+
+QUrl Stage::makeFolder(const QString& name) {
+    QDir().mkpath(world_->path(name));
+    return world_->url(name);
+}
+
+void Stage::makeFile(const QString& name) { TestWorld::write(world_->path(name), "text"); }
+
+void Stage::removeFile(const QUrl& file) { QFile::remove(file.toLocalFile()); }
+
+void Stage::setResults(int count) {
+    std::vector<GeneratedSample> samples;
+    for (int i = 0; i < count; ++i) {
+        const QString name = QStringLiteral("results/sample_var_%1.wav").arg(i + 1, 4, 10, QLatin1Char('0'));
+        samples.push_back({.url = toPath(world_->path(name)), .seconds = 0.1 + 0.01 * (i % 50)});
+    }
+    model_->results()->setSamples(std::move(samples));
+}
+
+void Stage::damageModels() {
+    QDirIterator files(toQString(world_->environment.modelsRoot), {QStringLiteral("weights.bin")}, QDir::Files,
+                       QDirIterator::Subdirectories);
+    while (files.hasNext())
+        TestWorld::write(files.next(), "spoilt");
+}
+
+void Stage::dragOver(QQuickItem* item, const QList<QUrl>& files) const {
+    QMimeData data;
+    data.setUrls(files);
+    const QPoint middle = middleOf(*item);
+    QDragEnterEvent enter(middle, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(item->window(), &enter);
+    QDragMoveEvent move(middle, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(item->window(), &move);
+}
+
+void Stage::dragLeave(QQuickItem* item) const {
+    QDragLeaveEvent leave;
+    QCoreApplication::sendEvent(item->window(), &leave);
+}
+
+void Stage::drop(QQuickItem* item, const QList<QUrl>& files) const {
+    dragOver(item, files);
+    QMimeData data;
+    data.setUrls(files);
+    QDropEvent dropped(middleOf(*item), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(item->window(), &dropped);
+}
+
+void Stage::setAccessibleValue(QQuickItem* item, double value) const {
+    QAccessibleInterface* told = QAccessible::queryAccessibleInterface(item);
+    if (told == nullptr || told->valueInterface() == nullptr) qFatal("%s has no value", qPrintable(describe(*item)));
+    told->valueInterface()->setCurrentValue(value);
+}
+
+void Stage::doAccessibleAction(QQuickItem* item, const QString& action) const {
+    QAccessibleInterface* told = QAccessible::queryAccessibleInterface(item);
+    if (told == nullptr || told->actionInterface() == nullptr) qFatal("%s has no actions", qPrintable(describe(*item)));
+    told->actionInterface()->doAction(action);
+}
+
+QStringList Stage::texts(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (isText(item)) found.append(item.property("text").toString());
+        for (const char* name : {"xTitle", "yTitle"})  // of the chart
+            found.append(item.property(name).toString());
+    });
+    found.removeAll(QString());
+    return found;
+}
+
+QStringList Stage::icons(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (item.inherits("quillmere::Icon")) found.append(item.property("name").toString());
+    });
+    return found;
+}
+
+QStringList Stage::clippedTexts(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (isClipped(item)) found.append(describe(item));
+    });
+    return found;
+}
+
+QStringList Stage::itemsOutside(QQuickItem* any) const {
+    QStringList found;
+    const double windowWidth = any->window()->contentItem()->width();
+    visitWindow(any, [&](QQuickItem& item) {
+        if (!takesKeyboard(item) && !isText(item)) return;
+        const QRectF place = item.mapRectToScene(item.boundingRect());
+        // The strip scrolls sideways.
+        for (const QQuickItem* up = &item; up != nullptr; up = up->parentItem()) {
+            if (up->objectName() == QLatin1String("results")) return;
+        }
+        if (place.left() < -0.5 || place.right() > windowWidth + 0.5) found.append(describe(item));
+    });
+    return found;
+}
+
+QStringList Stage::overlaps(QQuickItem* any) const {
+    std::vector<QQuickItem*> seen;
+    visitWindow(any, [&](QQuickItem& item) {
+        const bool isWord = item.inherits("QQuickText") && !item.property("text").toString().isEmpty();
+        if (isWord || takesKeyboard(item)) seen.push_back(&item);
+    });
+    QStringList found;
+    for (std::size_t i = 0; i < seen.size(); ++i) {
+        for (std::size_t j = i + 1; j < seen.size(); ++j) {
+            if (seen[i]->isAncestorOf(seen[j]) || seen[j]->isAncestorOf(seen[i])) continue;
+            const QRectF common = shownPlace(*seen[i]).intersected(shownPlace(*seen[j]));
+            if (common.width() > 1 && common.height() > 1)
+                found.append(describe(*seen[i]) + QStringLiteral(" and ") + describe(*seen[j]));
+        }
+    }
+    return found;
+}
+
+QStringList Stage::announcements() const { return announced; }
+
+bool Stage::showsFocus(QQuickItem* control) const {
+    bool shown = false;
+    visit(*control, [&](QQuickItem& item) {
+        if (QString::fromLatin1(item.metaObject()->className()).startsWith(QLatin1String("FocusRing"))) shown = true;
+    });
+    return shown;
+}
+
+int Stage::countItems(QQuickItem* any, const QString& start) const {
+    int count = 0;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (item.objectName().startsWith(start)) ++count;
+    });
+    return count;
+}
+
+QQuickItem* Stage::findText(QQuickItem* any, const QString& ending) const {
+    QQuickItem* found = nullptr;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (isText(item) && item.property("text").toString().endsWith(ending)) found = &item;
+    });
+    return found;
+}
+
+QStringList Stage::namelessControls(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (!takesKeyboard(item) || isFocusScopeOnly(item)) return;
+        QAccessibleInterface* told = QAccessible::queryAccessibleInterface(&item);
+        const bool hasRole = told != nullptr && told->role() != QAccessible::NoRole && told->role() != QAccessible::Client &&
+                             told->role() != QAccessible::Pane;
+        if (!hasRole || told->text(QAccessible::Name).isEmpty()) found.append(describe(item));
+    });
+    return found;
+}
+
+QStringList Stage::accessibleNames(QQuickItem* any) const {
+    QStringList found;
+    const std::function<void(QAccessibleInterface&)> walk = [&](QAccessibleInterface& told) {
+        if (told.state().invisible) return;
+        const QString role = QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(told.role()));
+        found.append(role + QLatin1Char(' ') + told.text(QAccessible::Name));
+        for (int i = 0; i < told.childCount(); ++i) {
+            if (QAccessibleInterface* child = told.child(i)) walk(*child);
+        }
+    };
+    if (QAccessibleInterface* window = QAccessible::queryAccessibleInterface(any->window())) walk(*window);
+    return found;
+}
+
+QQuickItem* Stage::find(QQuickItem* any, const QString& objectName) const {
+    QQuickItem* found = nullptr;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (found == nullptr && item.objectName() == objectName) found = &item;
+    });
+    return found;
+}
+
+QQuickItem* Stage::focused(QQuickItem* any) const { return any->window()->activeFocusItem(); }
+
+double Stage::contrast(const QColor& a, const QColor& b) {
+    const auto linear = [](double value) {
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    const auto luminance = [&](const QColor& color) {
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    };
+    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+}  // namespace quillmere::testing

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <QVariantList>
+#include <memory>
+
+#include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/Support/TestWorld.h"
+
+namespace quillmere::testing {
+
+// The world behind a window under test, and what can be seen of the window from outside: its texts, its
+// icons, and what assistive technology is told.
+class Stage : public QObject {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    Q_PROPERTY(quillmere::AppModel* model READ model NOTIFY modelChanged)
+
+public:
+    explicit Stage(QObject* parent = nullptr);
+    ~Stage() override;
+
+    [[nodiscard]] AppModel* model() const { return model_.get(); }
+    [[nodiscard]] TestWorld& world() { return *world_; }
+
+    // A new world and a new model: nothing is chosen, trained or remembered. Windows on the old model must be
+    // gone.
+    Q_INVOKABLE void restart();
+    // A new model on the same world, as after quitting and starting again.
+    Q_INVOKABLE void restartProgram();
+
+    Q_INVOKABLE QUrl makeCorpus(const QString& name, int files = 3, double seconds = 0.1);
+    Q_INVOKABLE QUrl makeFolder(const QString& name);
+    Q_INVOKABLE void makeFile(const QString& name);
+    Q_INVOKABLE void removeFile(const QUrl& file);
+    Q_INVOKABLE [[nodiscard]] QString path(const QString& name) const { return world_->path(name); }
+    Q_INVOKABLE [[nodiscard]] QUrl url(const QString& name) const { return world_->url(name); }
+    Q_INVOKABLE [[nodiscard]] QString pathOf(const QUrl& file) const { return file.toLocalFile(); }
+    // Steps of the next training; many make it last.
+    Q_INVOKABLE void setTrainingSteps(int steps) { world_->steps = steps; }
+    // The file that plays has come to its end.
+    Q_INVOKABLE void finishPlaying() { world_->player->finish(); }
+    Q_INVOKABLE [[nodiscard]] QString clipboard() const { return world_->clipboard; }
+    Q_INVOKABLE [[nodiscard]] QUrl shownFolder() const { return world_->shownFolder; }
+    // Rows of results without a run.
+    Q_INVOKABLE void setResults(int count);
+    // Spoils every stored model.
+    Q_INVOKABLE void damageModels();
+
+    // ---- Acting on a window as the desktop does
+
+    // Files dragged over the middle of item and dropped there, or not.
+    Q_INVOKABLE void dragOver(QQuickItem* item, const QList<QUrl>& files) const;
+    Q_INVOKABLE void dragLeave(QQuickItem* item) const;
+    Q_INVOKABLE void drop(QQuickItem* item, const QList<QUrl>& files) const;
+    // As assistive technology does it.
+    Q_INVOKABLE void setAccessibleValue(QQuickItem* item, double value) const;
+    Q_INVOKABLE void doAccessibleAction(QQuickItem* item, const QString& action) const;
+
+    // ---- Looking at a window, by any item of it. Only what is visible counts; popups do, too.
+
+    Q_INVOKABLE [[nodiscard]] QStringList texts(QQuickItem* any) const;
+    Q_INVOKABLE [[nodiscard]] QStringList icons(QQuickItem* any) const;
+    // Descriptions of texts that are cut off: wider than their place or elided. Names of files and folders may
+    // be elided.
+    Q_INVOKABLE [[nodiscard]] QStringList clippedTexts(QQuickItem* any) const;
+    // Descriptions of texts and controls that reach beyond the window to the left or right.
+    Q_INVOKABLE [[nodiscard]] QStringList itemsOutside(QQuickItem* any) const;
+    // Descriptions of what takes the keyboard but tells assistive technology no name or no role.
+    Q_INVOKABLE [[nodiscard]] QStringList namelessControls(QQuickItem* any) const;
+    // The names of everything assistive technology is told of, with their roles: "Button Generate 10 ...".
+    Q_INVOKABLE [[nodiscard]] QStringList accessibleNames(QQuickItem* any) const;
+    // Descriptions of pairs of texts or controls that lie on one another.
+    Q_INVOKABLE [[nodiscard]] QStringList overlaps(QQuickItem* any) const;
+    // Names of what has appeared as an alert, oldest first.
+    Q_INVOKABLE [[nodiscard]] QStringList announcements() const;
+    // Whether a focus ring or a focus frame is drawn for the control.
+    Q_INVOKABLE [[nodiscard]] bool showsFocus(QQuickItem* control) const;
+    // How many visible items have names that begin so.
+    Q_INVOKABLE [[nodiscard]] int countItems(QQuickItem* any, const QString& start) const;
+    // The visible text that ends so.
+    Q_INVOKABLE [[nodiscard]] QQuickItem* findText(QQuickItem* any, const QString& ending) const;
+    // The visible item of that objectName; null when there is none.
+    Q_INVOKABLE [[nodiscard]] QQuickItem* find(QQuickItem* any, const QString& objectName) const;
+    Q_INVOKABLE [[nodiscard]] QQuickItem* focused(QQuickItem* any) const;
+
+    // Of two opaque colours, as WCAG 2 defines it: 1 ... 21.
+    Q_INVOKABLE [[nodiscard]] static double contrast(const QColor& a, const QColor& b);
+
+signals:
+    void modelChanged();
+
+private:
+    std::unique_ptr<TestWorld> world_;
+    std::unique_ptr<AppModel> model_;
+};
+
+}  // namespace quillmere::testing

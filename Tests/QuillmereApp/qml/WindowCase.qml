@@ -1,0 +1,130 @@
+pragma ComponentBehavior: Bound
+
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+// A test case with a new window on a new model for each of its functions.
+TestCase {
+    id: testCase
+
+    readonly property AppModel model: Stage.model
+    property Main window: null
+    property size firstSize: Qt.size(1180, 820)
+    readonly property Component mainWindow: Component {
+        Main {
+        }
+    }
+
+    when: windowShown
+
+    function init() {
+        Stage.restart();
+        open();
+    }
+    // A window on the present model.
+    function open() {
+        window = createTemporaryObject(mainWindow, null, {
+                "model": Stage.model,
+                "width": firstSize.width,
+                "height": firstSize.height
+            });
+        verify(window);
+        window.requestActivate();
+        tryVerify(() => window.active);
+    }
+    function resize(width, height) {
+        window.width = width;
+        window.height = height;
+        settle();
+    }
+    // Layout and bindings have come to rest.
+    function settle() {
+        wait(30);
+        waitForRendering(window.contentItem);
+    }
+
+    // ---- Finding
+    function has(name): bool {
+        return Stage.find(window.contentItem, name) !== null;
+    }
+    function item(name) {
+        tryVerify(() => has(name), 5000, name + " is not in the window");
+        return Stage.find(window.contentItem, name);
+    }
+    function sees(text): bool {
+        return Stage.texts(window.contentItem).includes(text);
+    }
+    function verifySeen(text) {
+        tryVerify(() => sees(text), 10000, "not in the window: " + text);
+    }
+    function verifyNotSeen(text) {
+        tryVerify(() => !sees(text), 5000, "in the window: " + text);
+    }
+    function seesIcon(name): bool {
+        return Stage.icons(window.contentItem).includes(name);
+    }
+    function focusName(): string {
+        const focused = Stage.focused(window.contentItem);
+        return focused ? focused.objectName : "";
+    }
+
+    // ---- Doing
+    function focus(name) {
+        item(name).forceActiveFocus(Qt.TabFocusReason);
+        settle();
+    }
+    function click(name) {
+        const target = item(name);
+        target.forceActiveFocus(Qt.OtherFocusReason);  // scrolls to it
+        settle();
+        mouseClick(target);
+    }
+    // By the keyboard into the field of that name.
+    function type(name, text) {
+        focus(name);
+        keyClick(Qt.Key_A, Qt.ControlModifier);
+        for (const letter of text)
+            keyClick(letter);
+    }
+
+    // ---- States of the model
+    function idle() {
+        tryVerify(() => !model.isBusy && !model.isLoadingModel, 60000);
+    }
+    function scanned(files) {
+        model.setCorpus(Stage.makeCorpus("Drums", files ?? 12));
+        idle();
+        verify(model.hasSummary);
+    }
+    function trained() {
+        scanned(3);
+        model.train();
+        idle();
+        verify(model.hasModel, model.errorMessage);
+    }
+    // A training that goes on until it is cancelled.
+    function training() {
+        scanned(12);
+        Stage.setTrainingSteps(100000);
+        model.train();
+        tryVerify(() => model.trainingStep > 0, 30000);
+    }
+    function generated(count) {
+        trained();
+        model.outputText = Stage.path("out");
+        model.count = count;
+        model.generate();
+        idle();
+        compare(model.results.count, count);
+    }
+    // A generation that goes on until it is cancelled.
+    function generating() {
+        trained();
+        model.outputText = Stage.path("out");
+        model.count = 9999;
+        model.generate();
+        tryVerify(() => model.generationDone > 0, 30000);
+    }
+}

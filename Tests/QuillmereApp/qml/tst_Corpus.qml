@@ -1,0 +1,94 @@
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+WindowCase {
+    id: testCase
+    name: "Corpus"
+
+    SignalSpy {
+        id: chooser
+        target: testCase.model
+        signalName: "corpusChooserRequested"
+    }
+
+    function test_buttonAsksForAFolder() {
+        chooser.clear();
+        click("chooseCorpus");
+        compare(chooser.count, 1);
+    }
+    function test_firstUseHasOneFilledButton() {
+        verify(item("chooseCorpus").prominent);
+        verify(!item("generate").prominent);
+        verify(!item("generate").enabled);
+        verify(!item("audition").enabled);
+        verify(!item("train").enabled);
+        scanned(3);
+        verify(!item("chooseCorpus").prominent);
+        verify(item("generate").prominent);
+    }
+    function test_changeIsRefusedWhileLearning() {
+        training();
+        verify(!item("chooseCorpus").enabled);
+        model.cancelTraining();
+        idle();
+        verify(item("chooseCorpus").enabled);
+    }
+    function test_scanCanBeCancelled() {
+        model.setCorpus(Stage.makeCorpus("Many", 300));
+        if (model.isScanning && has("cancelScan"))
+            mouseClick(item("cancelScan"));
+        idle();
+        verify(!has("cancelScan"));
+    }
+    function test_recentFoldersCanBeChosenAndForgotten() {
+        verify(!has("recentCorpora"));
+        const first = Stage.makeCorpus("First");
+        model.setCorpus(first);
+        idle();
+        model.setCorpus(Stage.makeCorpus("Second"));
+        idle();
+        click("recentCorpora");
+        tryVerify(() => Stage.texts(window.contentItem).some(text => text.endsWith("First")));
+        const entry = Stage.findText(window.contentItem, "/First");
+        mouseClick(entry);
+        tryCompare(model, "corpusName", "First");
+        idle();
+        click("recentCorpora");
+        verifySeen("Forget These Folders");
+        mouseClick(Stage.findText(window.contentItem, "Forget These Folders"));
+        tryVerify(() => !has("recentCorpora"));
+    }
+    function test_droppedFolderBecomesTheCorpus() {
+        const folder = Stage.makeCorpus("Dropped");
+        Stage.drop(item("corpusCard"), [folder]);
+        tryCompare(model, "corpusURL", folder);
+        idle();
+        verifySeen("Dropped");
+    }
+    function test_cardShowsThatAFolderIsWelcome() {
+        const card = item("corpusCard");
+        const folder = Stage.makeCorpus("Dragged");
+        Stage.dragOver(card, [folder]);
+        tryVerify(() => card.targeted);
+        verify(card.highlighted);
+        Stage.dragLeave(card);
+        tryVerify(() => !card.targeted);
+        verify(!model.hasCorpus);
+    }
+    function test_filesAreNotWelcome() {
+        Stage.makeFile("file.wav");
+        Stage.drop(item("corpusCard"), [Stage.url("file.wav")]);
+        verify(!item("corpusCard").targeted);
+        verify(!model.hasCorpus);
+    }
+    function test_unreadableFilesAreTold() {
+        Stage.makeCorpus("Mixed", 12);
+        Stage.makeFile("Mixed/broken.wav");
+        model.setCorpus(Stage.url("Mixed"));
+        idle();
+        compare(model.unreadable, 1);
+        verifySeen("1 file could not be read and is left out.");
+    }
+}

@@ -1,0 +1,59 @@
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+WindowCase {
+    name: "Errors"
+
+    function test_bannerComesAndGoes() {
+        verify(!has("errorBanner"));
+        scanned(3);
+        model.generate();
+        verifySeen("Choose an output folder first.");
+        mouseClick(item("dismissError"));
+        tryVerify(() => !has("errorBanner"));
+        compare(model.errorMessage, "");
+    }
+    function test_copy() {
+        scanned(3);
+        model.generate();
+        click("copyError");
+        compare(Stage.clipboard(), "Choose an output folder first.");
+    }
+    function test_escapeDismisses() {
+        scanned(3);
+        model.generate();
+        tryVerify(() => has("errorBanner"));
+        keyClick(Qt.Key_Escape);
+        tryVerify(() => !has("errorBanner"));
+    }
+    function test_messageCanBeSelected() {
+        scanned(3);
+        model.generate();
+        focus("errorMessage");
+        keyClick(Qt.Key_A, Qt.ControlModifier);
+        compare(item("errorMessage").selectedText, "Choose an output folder first.");
+    }
+    function test_longMessageCanBeReadInFull() {
+        resize(640, 480);
+        const name = "very long name ".repeat(60);
+        model.outputText = Stage.path("out");
+        model.setCorpus(Stage.url(name));
+        idle();
+        verify(model.errorMessage.length > 300);
+        const message = item("errorMessage");
+        const banner = item("errorBanner");
+        settle();
+        verify(banner.height < 300);
+        const pane = message.parent.parent;
+        verify(pane.contentHeight >= message.implicitHeight);
+        verify(!pane.overflows || message.implicitHeight > pane.height);
+    }
+    function test_bannerIsAnnounced() {
+        scanned(3);
+        model.generate();
+        tryVerify(() => Stage.accessibleNames(window.contentItem).includes("AlertMessage Something went wrong"));
+        verify(Stage.announcements().includes("Something went wrong"));
+    }
+}

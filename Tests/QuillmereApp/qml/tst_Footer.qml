@@ -1,0 +1,84 @@
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+WindowCase {
+    name: "Footer"
+
+    function test_generate() {
+        trained();
+        model.outputText = Stage.path("out");
+        model.count = 2;
+        mouseClick(item("generate"));
+        idle();
+        compare(model.results.count, 2);
+        verifySeen("2 variations written.");
+    }
+    function test_generateTrainsFirst() {
+        scanned(3);
+        model.outputText = Stage.path("out");
+        model.count = 1;
+        mouseClick(item("generate"));
+        verify(model.isTraining);
+        idle();
+        compare(model.results.count, 1);
+    }
+    function test_audition() {
+        trained();
+        mouseClick(item("audition"));
+        idle();
+        tryVerify(() => model.isPlayingAudition);
+    }
+    function test_auditionNeedsAModel() {
+        scanned(3);
+        verify(!item("audition").enabled);
+    }
+    function test_cancelButton() {
+        generating();
+        verify(!item("generate").enabled);
+        mouseClick(item("cancelGeneration"));
+        idle();
+        verify(!has("cancelGeneration"));
+        compare(model.errorMessage, "");
+    }
+    function test_progressMovesNothing() {
+        trained();
+        const place = item("generate").mapToItem(null, 0, 0);
+        model.outputText = Stage.path("out");
+        model.count = 9999;
+        settle();
+        const wide = item("generate").mapToItem(null, 0, 0);
+        model.generate();
+        tryVerify(() => model.generationDone > 0, 30000);
+        compare(item("generate").mapToItem(null, 0, 0), wide);
+        model.cancel();
+        idle();
+        model.count = 100;
+        settle();
+        compare(item("generate").mapToItem(null, 0, 0), place);
+    }
+    function test_secondGenerationIsRefusedWithANotice() {
+        generating();
+        model.generate();
+        tryVerify(() => item("news").text.length > 0);
+        compare(model.errorMessage, "");
+        model.cancel();
+        idle();
+    }
+    function test_appearance_data() {
+        return [{
+                "tag": "Light",
+                "dark": false
+            }, {
+                "tag": "Dark",
+                "dark": true
+            }];
+    }
+    function test_appearance(row) {
+        click("appearance");
+        mouseClick(Stage.findText(window.contentItem, row.tag));
+        tryCompare(Theme, "dark", row.dark);
+        compare(window.color, Theme.window);
+    }
+}

@@ -1,0 +1,133 @@
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+WindowCase {
+    id: testCase
+    name: "Keyboard"
+
+    SignalSpy {
+        id: chooser
+        target: testCase.model
+        signalName: "corpusChooserRequested"
+    }
+
+    function test_ctrlOChoosesACorpus() {
+        chooser.clear();
+        keyClick(Qt.Key_O, Qt.ControlModifier);
+        compare(chooser.count, 1);
+    }
+    function test_ctrlTTrains() {
+        scanned(3);
+        keyClick(Qt.Key_T, Qt.ControlModifier);
+        verify(model.isTraining);
+        idle();
+        verify(model.hasModel);
+    }
+    function test_ctrlGGenerates() {
+        trained();
+        model.outputText = Stage.path("out");
+        model.count = 2;
+        keyClick(Qt.Key_G, Qt.ControlModifier);
+        verify(model.isGenerating);
+        idle();
+        compare(model.results.count, 2);
+    }
+    function test_ctrlPAuditions() {
+        trained();
+        keyClick(Qt.Key_P, Qt.ControlModifier);
+        verify(model.isAuditioning);
+        idle();
+        tryVerify(() => model.isPlayingAudition);
+    }
+    function test_escapeCancelsTraining() {
+        training();
+        keyClick(Qt.Key_Escape);
+        idle();
+        verify(!model.hasModel);
+    }
+    function test_escapeCancelsFromATextField() {
+        training();
+        focus("seed");
+        keyClick(Qt.Key_Escape);
+        idle();
+        verify(!model.hasModel);
+    }
+    function test_escapeCancelsGenerating() {
+        generating();
+        keyClick(Qt.Key_Escape);
+        idle();
+        verify(model.generationDone < 9999);
+    }
+    function test_undoAndRedo() {
+        focus("slider-pitch");
+        keyClick(Qt.Key_Right);
+        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        compare(model.parameters.get("pitch", "value"), 0);
+        keyClick(Qt.Key_Z, Qt.ControlModifier | Qt.ShiftModifier);
+        compare(model.parameters.get("pitch", "value"), 0.5);
+    }
+    function test_shortcutsRestBehindADialog() {
+        model.parameters.setValue("pitch", 3);
+        click("savePreset");
+        tryVerify(() => focusName() === "presetName");
+        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        compare(model.parameters.get("pitch", "value"), 3);
+        keyClick(Qt.Key_Escape);
+        tryVerify(() => !has("presetName"));
+    }
+
+    // Tab visits the controls in the order of the work, and comes back round.
+    function tabOrder() {
+        const names = [];
+        window.contentItem.forceActiveFocus();
+        for (let i = 0; i < 400; ++i) {
+            keyClick(Qt.Key_Tab);
+            const focused = Stage.focused(window.contentItem);
+            const name = focused.objectName;
+            verify(name.length > 0, "a control without a name takes the keyboard: " + focused);
+            if (names.includes(name))
+                break;
+            names.push(name);
+        }
+        return names;
+    }
+    function test_tabOrder() {
+        trained();
+        model.outputText = Stage.path("out");
+        model.count = 2;
+        model.generate();
+        idle();
+        const names = tabOrder();
+        const landmarks = ["chooseCorpus", "recentCorpora", "quality-1", "analysis", "train", "outputPath", "chooseOutput", "count", "format", "preset-Faithful", "preset-Robotic", "savePreset", "slider-sources", "value-sources", "lock-sources", "slider-drift", "slider-roughness", "slider-phase-iterations", "slider-normalize", "randomise", "randomiseAmount", "seed", "showInFinder", "results", "appearance", "audition", "generate"];
+        let last = -1;
+        for (const name of landmarks) {
+            const place = names.indexOf(name);
+            verify(place > last, name + " comes too early or not at all: " + names.join(" "));
+            last = place;
+        }
+    }
+    function test_tabReachesWhatIsOutOfView() {
+        resize(640, 480);
+        for (const name of ["slider-normalize", "seed", "chooseCorpus", "generate"]) {
+            focus(name);
+            const target = item(name);
+            const top = target.mapToItem(null, 0, 0).y;
+            verify(top >= 0 && top + target.height <= 480, name + " at " + top);
+        }
+    }
+    function test_focusIsVisible() {
+        for (const name of ["chooseCorpus", "quality-1", "analysis", "chooseOutput", "preset-Wild", "slider-drift", "lock-drift", "randomise", "appearance"]) {
+            focus(name);
+            verify(Stage.showsFocus(item(name)), name);
+            window.contentItem.forceActiveFocus();
+            settle();
+            verify(!Stage.showsFocus(item(name)), name);
+        }
+    }
+    function test_mouseShowsNoRing() {
+        mouseClick(item("randomise"));
+        verify(!Stage.showsFocus(item("randomise")));
+    }
+}

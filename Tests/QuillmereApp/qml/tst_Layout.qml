@@ -1,0 +1,96 @@
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+// Nothing is cut off and nothing lies outside, in every state and size.
+WindowCase {
+    name: "Layout"
+
+    readonly property var sizes: [Qt.size(480, 360), Qt.size(640, 480), Qt.size(899, 600), Qt.size(900, 600), Qt.size(1180, 820), Qt.size(1920, 1080)]
+
+    function verifyAllSizes() {
+        for (const size of sizes) {
+            resize(size.width, size.height);
+            const where = " at " + size.width + "x" + size.height;
+            compare(Stage.clippedTexts(window.contentItem).map(text => text + where), []);
+            compare(Stage.itemsOutside(window.contentItem).map(text => text + where), []);
+            compare(Stage.overlaps(window.contentItem).map(text => text + where), []);
+        }
+    }
+
+    function test_empty() {
+        verifyAllSizes();
+    }
+    function test_emptyCorpus() {
+        model.setCorpus(Stage.makeFolder("Nothing"));
+        idle();
+        verifyAllSizes();
+    }
+    function test_fewSamples() {
+        scanned(3);
+        verifyAllSizes();
+    }
+    function test_training() {
+        training();
+        tryVerify(() => model.trainingTimeLeft.length > 0, 60000);
+        verifyAllSizes();
+        model.cancelTraining();
+        idle();
+    }
+    function test_trained() {
+        trained();
+        model.outputText = Stage.path("new");
+        verifyAllSizes();
+    }
+    function test_generating() {
+        generating();
+        verifyAllSizes();
+        model.cancel();
+        idle();
+    }
+    function test_results() {
+        generated(12);
+        verifyAllSizes();
+    }
+    function test_error() {
+        scanned(3);
+        model.generate();
+        verifyAllSizes();
+    }
+    function test_longNames() {
+        const name = "a very long name of a folder that goes on and on and on and on";
+        Stage.makeCorpus(name, 3);
+        model.setCorpus(Stage.url(name));
+        idle();
+        model.outputText = Stage.path(name + "/" + name);
+        for (const preset of ["An own preset", "Another one", "And yet another one"])
+            model.saveOwnPreset(preset);
+        verifyAllSizes();
+    }
+    function test_narrowWindowsStackTheSamePieces() {
+        const names = ["chooseCorpus", "train", "outputPath", "preset-Wild", "slider-drift", "seed", "audition", "generate"];
+        resize(640, 480);
+        for (const name of names)
+            verify(has(name), name);
+        verify(item("train").mapToItem(null, 0, 0).y < item("slider-drift").mapToItem(null, 0, 0).y);
+        resize(1180, 820);
+        for (const name of names)
+            verify(has(name), name);
+        verify(item("train").mapToItem(null, 0, 0).x < item("slider-drift").mapToItem(null, 0, 0).x);
+    }
+    function test_footerStaysInView() {
+        for (const size of sizes) {
+            resize(size.width, size.height);
+            const button = item("generate");
+            verify(button.mapToItem(null, 0, 0).y + button.height <= size.height);
+        }
+    }
+    function test_firstSizeNeedsNoScrolling() {
+        trained();
+        model.outputText = Stage.path("new");
+        settle();
+        verify(!item("cardsPane").overflows);
+        verify(!item("characterPane").overflows);
+    }
+}
