@@ -99,9 +99,8 @@ private:
     }
 
     void open() {
-        if (qEnvironmentVariableIsSet("QMAIN")) engine_.addImportPath("/tmp/dev");
         engine_.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model_.get())}});
-        engine_.load(qEnvironmentVariableIsSet("QMAIN") ? QUrl(qEnvironmentVariable("QMAIN")) : QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
+        engine_.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
         if (engine_.rootObjects().isEmpty()) qFatal("The window could not be loaded.");
         window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().constFirst());
         if (!QTest::qWaitForWindowExposed(window_)) qFatal("The window does not appear.");
