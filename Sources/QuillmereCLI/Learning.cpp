@@ -70,7 +70,9 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, Pro
 
 ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
     try {
-        return ModelStore::load(corpus.modelFolder);
+        ModelBundle bundle = ModelStore::load(corpus.modelFolder);
+        ModelStore::validate(bundle, corpus.modelFolder);
+        return bundle;
     } catch (const Failure&) {
         console.note("The stored model cannot be used. To learn the folder again: quillmere-cli train " +
                      corpus.arguments + " --retrain");
