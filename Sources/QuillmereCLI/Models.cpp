@@ -52,8 +52,9 @@ std::variant<ModelStore::Manifest, Damage> inspect(const fs::path& folder) {
         if (!isRegularFile(folder / name)) return Damage{std::string(name) + " is missing"};
     }
     try {
-        // The whole model: only its weights tell whether they fit.
+        // The whole model: only its weights and latents tell whether they fit.
         ModelBundle bundle = ModelStore::load(folder);
+        ModelStore::validate(bundle, folder);
         return ModelStore::Manifest{bundle.config, std::move(bundle.metadata)};
     } catch (const Failure& failure) {
         return Damage{failure.what()};

@@ -39,13 +39,20 @@ std::string_view useName(FileFate::Use use) {
     fatal("unknown use of a file");
 }
 
+// A file that is longer by less than the last digit shown is not said to be cut at its own length.
+std::string cutText(double clipSeconds, double fileSeconds) {
+    const std::string clip = duration(clipSeconds);
+    const std::string file = duration(fileSeconds);
+    return "cut at " + clip + (clip == file ? "" : " of " + file);
+}
+
 std::string fateText(const FileFate& fate, double clipSeconds) {
     std::vector<std::string> parts;
     switch (fate.use) {
         case FileFate::Use::whole:
             break;
         case FileFate::Use::cut:
-            parts.push_back("cut at " + duration(clipSeconds) + " of " + duration(fate.seconds));
+            parts.push_back(cutText(clipSeconds, fate.seconds));
             break;
         case FileFate::Use::silent:
             parts.emplace_back("left out: silent");

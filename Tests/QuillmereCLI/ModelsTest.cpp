@@ -18,6 +18,12 @@ protected:
         return runCommand(withModels({"models", "remove", name}));
     }
     [[nodiscard]] std::string name() const { return modelFolder().filename().string(); }
+    void removeLatents() const {
+        const auto file = modelFolder() / "model.json";
+        cli::JSON manifest = cli::JSON::parse(readText(file));
+        manifest["latents"] = cli::JSON::array();
+        writeText(file, manifest.dump());
+    }
 };
 
 TEST_F(Models, ListsWhatIsStoredForPeople) {
@@ -58,6 +64,24 @@ TEST_F(Models, ListsDamagedOnesWithTheReason) {
     writeText(modelFolder() / "model.json", "{\"config\":");
     EXPECT_EQ(list().exitCode, 0);
     EXPECT_NE(list().out.find("damaged"), std::string::npos);
+}
+
+TEST_F(Models, ListsOnesWithoutLatentsAsDamaged) {
+    removeLatents();
+    EXPECT_NE(list({"--json"})
+                  .event("result")["models"][0]["damaged"]
+                  .get<std::string>()
+                  .find("holds no latent vectors"),
+              std::string::npos);
+}
+
+TEST_F(Models, WithoutLatentsAreNotGeneratedFrom) {
+    removeLatents();
+    const Outcome outcome =
+        runCommand(withModels({"generate", corpus.string(), "--output", (folder / "out").string()}));
+    EXPECT_NE(outcome.exitCode, 0);
+    EXPECT_NE(outcome.err.find("holds no latent vectors"), std::string::npos) << outcome.err;
+    EXPECT_NE(outcome.err.find("--retrain"), std::string::npos) << outcome.err;
 }
 
 TEST_F(Models, PassesOverOtherFoldersAndFiles) {
