@@ -124,72 +124,89 @@ HWY_INLINE void storeRows(const Complex (&x)[R], float* rows, std::size_t first,
         storeRow(x[r], rows, first + r * distance);
 }
 
-template <std::size_t R>
-HWY_INLINE void stockhamPass(const RealFFTPlan::Pass& pass, const RealFFTPlan::Root* twiddles,
-                             const float* from, float* to) {
-    const std::size_t stride = pass.stride;
-    const std::size_t distance = stride * pass.columns;
-    Complex x[R];
-    for (std::size_t q = 0; q < stride; ++q) {  // the first column needs no twiddles
-        loadRows(x, from, q, distance);
+// One pass over `count` rows, in place: forward the twiddles come after the butterflies, backward before. The
+// first column needs none.
+template <bool kForward, std::size_t R>
+HWY_INLINE void passInPlace(const RealFFTPlan::Pass& pass, float* rows, std::size_t count) {
+    const std::size_t columns = pass.columns;
+    const RealFFTPlan::Root* const twiddles = pass.twiddles.data();
+    for (std::size_t group = 0; group < count; group += R * columns) {
+        Complex x[R];
+        loadRows(x, rows, group, columns);
         butterfly(x);
-        storeRows(x, to, q, stride);
-    }
-    for (std::size_t p = 1; p < pass.columns; ++p) {
-        for (std::size_t q = 0; q < stride; ++q) {
-            loadRows(x, from, p * stride + q, distance);
+        storeRows(x, rows, group, columns);
+        for (std::size_t p = 1; p < columns; ++p) {
+            loadRows(x, rows, group + p, columns);
+            if constexpr (!kForward) turn(x, twiddles + p * (R - 1));
             butterfly(x);
-            turn(x, twiddles + p * (R - 1));
-            storeRows(x, to, p * R * stride + q, stride);
+            if constexpr (kForward) turn(x, twiddles + p * (R - 1));
+            storeRows(x, rows, group + p, columns);
         }
+    }
+}
+
+template <bool kForward>
+HWY_NOINLINE void runPass(const RealFFTPlan::Pass& pass, float* rows, std::size_t count) {
+    switch (pass.radix) {
+        case 2:
+            return passInPlace<kForward, 2>(pass, rows, count);
+        case 4:
+            return passInPlace<kForward, 4>(pass, rows, count);
+        default:
+            return passInPlace<kForward, 8>(pass, rows, count);
     }
 }
 
 // The transform of as many frames as a vector has lanes, in steps that callers combine. Requires n >= 2.
 //
-//   split       samples to blocks: the first butterfly of the forward transform
+//   split       samples to blocks: the first passes of the forward transform
 //   analyse     blocks to spectra
 //   synthesise  spectra to blocks
 //   refine      analyse and synthesise in one, block by block; the caller replaces the spectrum in between
-//   join        blocks to samples: the last butterfly of the inverse transform
+//   join        blocks to samples: the last passes of the inverse transform
 //
 // analyse and refine hand out twice the DFT, and join hands out n times the inverse DFT; callers fold these
 // factors into their own. Bins are visited in an order that is not ascending but always the same.
 class FrameBatch {
 public:
     // work: plan.workSize() floats on a 64-byte boundary. Keeps references to both.
-    FrameBatch(const RealFFTPlan& plan, float* work) : plan_(plan), blocks_(work) {
-        spares_[0] = work + plan.blocks * blockStride(plan);
-        spares_[1] = spares_[0] + blockStride(plan);
-    }
+    FrameBatch(const RealFFTPlan& plan, float* work) : plan_(plan), rows_(work) {}
 
     // load(i) returns sample i of every frame.
     template <class Load>
     HWY_INLINE void split(const Load& load) {
-        switch (plan_.blocks) {
+        switch (plan_.passes.front().radix) {
             case 1:
-                return splitInto<1>(load);
+                splitBy<1>(load);
+                break;
             case 2:
-                return splitInto<2>(load);
+                splitBy<2>(load);
+                break;
             case 4:
-                return splitInto<4>(load);
+                splitBy<4>(load);
+                break;
             default:
-                return splitInto<8>(load);
+                splitBy<8>(load);
+                break;
         }
+        for (const RealFFTPlan::Pass* pass = passesBegin() + 1; pass < blockPassesBegin(); ++pass)
+            runPass<true>(*pass, rows_, plan_.half);
     }
 
     // store(i, value) takes sample i of every frame.
     template <class Store>
     HWY_INLINE void join(const Store& store) {
-        switch (plan_.blocks) {
+        for (const RealFFTPlan::Pass* pass = blockPassesBegin(); pass-- > passesBegin() + 1;)
+            runPass<false>(*pass, rows_, plan_.half);
+        switch (plan_.passes.front().radix) {
             case 1:
-                return joinFrom<1>(store);
+                return joinBy<1>(store);
             case 2:
-                return joinFrom<2>(store);
+                return joinBy<2>(store);
             case 4:
-                return joinFrom<4>(store);
+                return joinBy<4>(store);
             default:
-                return joinFrom<8>(store);
+                return joinBy<8>(store);
         }
     }
 
@@ -212,125 +229,101 @@ public:
     }
 
 private:
-    // One row more than needed keeps the blocks from competing for the same lines of the cache.
-    static std::size_t blockStride(const RealFFTPlan& plan) { return (plan.blockLength + 1) * rowSize; }
-    HWY_INLINE float* block(std::size_t index) const { return blocks_ + index * blockStride(plan_); }
+    [[nodiscard]] const RealFFTPlan::Pass* passesBegin() const { return plan_.passes.data(); }
+    [[nodiscard]] const RealFFTPlan::Pass* passesEnd() const { return passesBegin() + plan_.passes.size(); }
+    [[nodiscard]] const RealFFTPlan::Pass* blockPassesBegin() const {
+        return passesEnd() - plan_.blockPasses;
+    }
 
     template <std::size_t R, class Load>
-    HWY_INLINE void splitInto(const Load& load) {
-        const std::size_t length = plan_.blockLength;
-        for (std::size_t p = 0; p < length; ++p) {
+    HWY_INLINE void splitBy(const Load& load) {
+        const std::size_t columns = plan_.passes.front().columns;
+        const RealFFTPlan::Root* const twiddles = plan_.passes.front().twiddles.data();
+        for (std::size_t p = 0; p < columns; ++p) {
             Complex x[R];
             QUILLMERE_UNROLL
             for (std::size_t r = 0; r < R; ++r) {
-                const std::size_t i = 2 * (p + r * length);
+                const std::size_t i = 2 * (p + r * columns);
                 x[r] = {load(i), load(i + 1)};
             }
             butterfly(x);
-            turn(x, plan_.blockTwiddles.data() + p * (R - 1));
-            QUILLMERE_UNROLL
-            for (std::size_t r = 0; r < R; ++r)
-                storeRow(x[r], block(r), p);
+            turn(x, twiddles + p * (R - 1));
+            storeRows(x, rows_, p, columns);
         }
     }
 
     // The inverse transform is the forward one with real and imaginary parts exchanged at both ends; between
     // synthesise and join the rows hold them that way.
     template <std::size_t R, class Store>
-    HWY_INLINE void joinFrom(const Store& store) {
-        const std::size_t length = plan_.blockLength;
-        for (std::size_t p = 0; p < length; ++p) {
+    HWY_INLINE void joinBy(const Store& store) {
+        const std::size_t columns = plan_.passes.front().columns;
+        const RealFFTPlan::Root* const twiddles = plan_.passes.front().twiddles.data();
+        for (std::size_t p = 0; p < columns; ++p) {
             Complex x[R];
-            QUILLMERE_UNROLL
-            for (std::size_t r = 0; r < R; ++r)
-                x[r] = loadRow(block(r), p);
-            turn(x, plan_.blockTwiddles.data() + p * (R - 1));
+            loadRows(x, rows_, p, columns);
+            turn(x, twiddles + p * (R - 1));
             butterfly(x);
             QUILLMERE_UNROLL
             for (std::size_t r = 0; r < R; ++r) {
-                const std::size_t i = 2 * (p + r * length);
+                const std::size_t i = 2 * (p + r * columns);
                 store(i, x[r].im);
                 store(i + 1, x[r].re);
             }
         }
     }
 
-    // The passes of one block; they alternate between the two buffers. Returns the one with the result.
-    HWY_NOINLINE float* transformBlock(float* from, float* to) const {
-        for (const RealFFTPlan::Pass* pass = passes_; pass != passesEnd_; ++pass) {
-            const RealFFTPlan::Root* const twiddles = twiddles_ + pass->firstTwiddle;
-            switch (pass->radix) {
-                case 2:
-                    stockhamPass<2>(*pass, twiddles, from, to);
-                    break;
-                case 4:
-                    stockhamPass<4>(*pass, twiddles, from, to);
-                    break;
-                default:
-                    stockhamPass<8>(*pass, twiddles, from, to);
-                    break;
-            }
-            float* const result = to;
-            to = from;
-            from = result;
-        }
-        return from;
+    HWY_INLINE void analyseBlock(std::size_t firstRow) {
+        for (const RealFFTPlan::Pass* pass = blockPassesBegin(); pass != passesEnd(); ++pass)
+            runPass<true>(*pass, rows_ + firstRow * rowSize, plan_.blockLength);
+    }
+    HWY_INLINE void synthesiseBlock(std::size_t firstRow) {
+        for (const RealFFTPlan::Pass* pass = passesEnd(); pass-- != blockPassesBegin();)
+            runPass<false>(*pass, rows_ + firstRow * rowSize, plan_.blockLength);
     }
 
-    // Block a holds bins a + blocks * i; the bins half - k that belong to them lie in block (blocks - a).
     template <bool kAnalyse, bool kSynthesise, class Bin>
     HWY_INLINE void eachBlockPair(Bin& bin) {
-        const std::size_t count = plan_.blocks;
-        for (std::size_t a = 0; a <= count / 2; ++a)
-            blockPair<kAnalyse, kSynthesise>(a, (count - a) % count, bin);
-    }
-
-    template <bool kAnalyse, bool kSynthesise, class Bin>
-    HWY_INLINE void blockPair(std::size_t a, std::size_t b, Bin& bin) {
-        // Spectra lie where the passes leave them, and the passes back end in the block itself.
-        const bool inSpare = plan_.passes.size() % 2 != 0;
-        float* const first = inSpare ? spares_[0] : block(a);
-        float* const second = a == b ? first : inSpare ? spares_[1] : block(b);
-        if constexpr (kAnalyse) {
-            transformBlock(block(a), spares_[0]);
-            if (a != b) transformBlock(block(b), spares_[1]);
-        }
-        eachBinPair<kAnalyse, kSynthesise>(a, a == b, first, second, bin);
-        if constexpr (kSynthesise) {
-            transformBlock(first, inSpare ? block(a) : spares_[0]);
-            if (a != b) transformBlock(second, inSpare ? block(b) : spares_[1]);
-        }
-    }
-
-    template <bool kAnalyse, bool kSynthesise, class Bin>
-    HWY_INLINE void eachBinPair(std::size_t a, bool sameBlock, float* first, float* second, Bin& bin) {
-        if (a == 0) edgeBins<kAnalyse, kSynthesise>(first, bin);
-        // Row i of the first block goes with row last - i of the second.
-        const std::size_t last = a == 0 ? plan_.blockLength : plan_.blockLength - 1;
-        for (std::size_t i = a == 0 ? 1 : 0; sameBlock ? 2 * i <= last : i <= last; ++i) {
-            const std::size_t k = a + plan_.blocks * i;
-            const RealFFTPlan::Root root = roots_[k];
-            Complex x = loadRow(first, i);
-            Complex y = loadRow(second, last - i);
-            if constexpr (kAnalyse) separate(x, y, root);
-            x = bin(k, x);
-            y = 2 * k == plan_.half ? x : bin(plan_.half - k, y);
-            if constexpr (kSynthesise) {
-                merge(x, y, root);
-                storeRow(x, first, i);
-                storeRow(y, second, last - i);
+        const RealFFTPlan::BinPair* pair = plan_.pairs.data();
+        const RealFFTPlan::BlockPair* const begin = plan_.blockPairs.data();
+        const RealFFTPlan::BlockPair* const end = begin + plan_.blockPairs.size();
+        for (const RealFFTPlan::BlockPair* blocks = begin; blocks != end; ++blocks) {
+            if constexpr (kAnalyse) {
+                analyseBlock(blocks->first);
+                if (blocks->second != blocks->first) analyseBlock(blocks->second);
             }
+            if (blocks == begin) edgeBins<kAnalyse, kSynthesise>(bin);
+            for (const RealFFTPlan::BinPair* last = plan_.pairs.data() + blocks->pairsEnd; pair != last;
+                 ++pair)
+                binPair<kAnalyse, kSynthesise>(*pair, bin);
+            if constexpr (kSynthesise) {
+                synthesiseBlock(blocks->first);
+                if (blocks->second != blocks->first) synthesiseBlock(blocks->second);
+            }
+        }
+    }
+
+    template <bool kAnalyse, bool kSynthesise, class Bin>
+    HWY_INLINE void binPair(const RealFFTPlan::BinPair& pair, Bin& bin) {
+        Complex x = loadRow(rows_, pair.first);
+        Complex y = loadRow(rows_, pair.second);
+        if constexpr (kAnalyse) separate(x, y, pair.root);
+        x = bin(pair.k, x);
+        y = pair.first == pair.second ? x : bin(plan_.half - pair.k, y);
+        if constexpr (kSynthesise) {
+            merge(x, y, pair.root);
+            storeRow(x, rows_, pair.first);
+            storeRow(y, rows_, pair.second);
         }
     }
 
     // DC and Nyquist, which are real: sum and difference of the even and odd samples' sums.
     template <bool kAnalyse, bool kSynthesise, class Bin>
-    HWY_INLINE void edgeBins(float* rows, Bin& bin) {
+    HWY_INLINE void edgeBins(Bin& bin) {
         const Vector zero = hn::Zero(Tag());
         Complex dc{zero, zero};
         Complex nyquist{zero, zero};
         if constexpr (kAnalyse) {
-            const Complex z = loadRow(rows, 0);
+            const Complex z = loadRow(rows_, 0);
             const Vector two = hn::Set(Tag(), 2.0F);
             dc.re = hn::Mul(two, hn::Add(z.re, z.im));
             nyquist.re = hn::Mul(two, hn::Sub(z.re, z.im));
@@ -338,7 +331,7 @@ private:
         dc = bin(0, dc);
         nyquist = bin(plan_.half, nyquist);
         if constexpr (kSynthesise)
-            storeRow({hn::Sub(dc.re, nyquist.re), hn::Add(dc.re, nyquist.re)}, rows, 0);
+            storeRow({hn::Sub(dc.re, nyquist.re), hn::Add(dc.re, nyquist.re)}, rows_, 0);
     }
 
     // From the half-length transform z of even + i odd samples, x = z[k] and y = z[half - k], to twice the
@@ -362,35 +355,46 @@ private:
     }
 
     const RealFFTPlan& plan_;
-    const RealFFTPlan::Root* roots_ = plan_.roots.data();
-    const RealFFTPlan::Root* twiddles_ = plan_.twiddles.data();
-    const RealFFTPlan::Pass* passes_ = plan_.passes.data();
-    const RealFFTPlan::Pass* passesEnd_ = passes_ + plan_.passes.size();
-    float* blocks_;
-    float* spares_[2];  // for the passes of two blocks
+    float* rows_;
 };
+
+#if HWY_TARGET != HWY_SCALAR
+// to[c][r] = from[r][c] for four rows of four.
+HWY_INLINE void transposeFour(const float* const (&from)[4], float* const (&to)[4]) {
+    const hn::FixedTag<float, 4> d;
+    const auto row0 = hn::LoadU(d, from[0]);
+    const auto row1 = hn::LoadU(d, from[1]);
+    const auto row2 = hn::LoadU(d, from[2]);
+    const auto row3 = hn::LoadU(d, from[3]);
+    const auto even01 = hn::InterleaveLower(d, row0, row2);
+    const auto even23 = hn::InterleaveUpper(d, row0, row2);
+    const auto odd01 = hn::InterleaveLower(d, row1, row3);
+    const auto odd23 = hn::InterleaveUpper(d, row1, row3);
+    hn::StoreU(hn::InterleaveLower(d, even01, odd01), d, to[0]);
+    hn::StoreU(hn::InterleaveUpper(d, even01, odd01), d, to[1]);
+    hn::StoreU(hn::InterleaveLower(d, even23, odd23), d, to[2]);
+    hn::StoreU(hn::InterleaveUpper(d, even23, odd23), d, to[3]);
+}
+#endif
+
+// Rows are moved four at a time over short stretches: they are often a power of two apart, and then the cache
+// has room for few of them at once.
+inline constexpr std::size_t stretch = 64;
 
 // out[i * stride + l] = rows[l][i] for i < count and every lane l.
 inline void interleave(const float* const* rows, std::size_t count, float* out, std::size_t stride) {
     std::size_t done = 0;
 #if HWY_TARGET != HWY_SCALAR
-    const hn::FixedTag<float, 4> four;
-    for (; done + 4 <= count; done += 4) {
+    while (done + 4 <= count) {
+        const std::size_t end = HWY_MIN(done + stretch, count / 4 * 4);
         for (std::size_t l = 0; l < lanes; l += 4) {
-            const auto a = hn::LoadU(four, rows[l] + done);
-            const auto b = hn::LoadU(four, rows[l + 1] + done);
-            const auto c = hn::LoadU(four, rows[l + 2] + done);
-            const auto d = hn::LoadU(four, rows[l + 3] + done);
-            const auto acLow = hn::InterleaveLower(four, a, c);
-            const auto acHigh = hn::InterleaveUpper(four, a, c);
-            const auto bdLow = hn::InterleaveLower(four, b, d);
-            const auto bdHigh = hn::InterleaveUpper(four, b, d);
-            float* const to = out + done * stride + l;
-            hn::Store(hn::InterleaveLower(four, acLow, bdLow), four, to);
-            hn::Store(hn::InterleaveUpper(four, acLow, bdLow), four, to + stride);
-            hn::Store(hn::InterleaveLower(four, acHigh, bdHigh), four, to + 2 * stride);
-            hn::Store(hn::InterleaveUpper(four, acHigh, bdHigh), four, to + 3 * stride);
+            for (std::size_t i = done; i < end; i += 4) {
+                float* const to = out + i * stride + l;
+                transposeFour({rows[l] + i, rows[l + 1] + i, rows[l + 2] + i, rows[l + 3] + i},
+                              {to, to + stride, to + 2 * stride, to + 3 * stride});
+            }
         }
+        done = end;
     }
 #endif
     for (; done < count; ++done) {
@@ -403,23 +407,16 @@ inline void interleave(const float* const* rows, std::size_t count, float* out, 
 inline void deinterleave(const float* in, std::size_t stride, std::size_t count, float* const* rows) {
     std::size_t done = 0;
 #if HWY_TARGET != HWY_SCALAR
-    const hn::FixedTag<float, 4> four;
-    for (; done + 4 <= count; done += 4) {
+    while (done + 4 <= count) {
+        const std::size_t end = HWY_MIN(done + stretch, count / 4 * 4);
         for (std::size_t l = 0; l < lanes; l += 4) {
-            const float* const from = in + done * stride + l;
-            const auto a = hn::Load(four, from);
-            const auto b = hn::Load(four, from + stride);
-            const auto c = hn::Load(four, from + 2 * stride);
-            const auto d = hn::Load(four, from + 3 * stride);
-            const auto acLow = hn::InterleaveLower(four, a, c);
-            const auto acHigh = hn::InterleaveUpper(four, a, c);
-            const auto bdLow = hn::InterleaveLower(four, b, d);
-            const auto bdHigh = hn::InterleaveUpper(four, b, d);
-            hn::StoreU(hn::InterleaveLower(four, acLow, bdLow), four, rows[l] + done);
-            hn::StoreU(hn::InterleaveUpper(four, acLow, bdLow), four, rows[l + 1] + done);
-            hn::StoreU(hn::InterleaveLower(four, acHigh, bdHigh), four, rows[l + 2] + done);
-            hn::StoreU(hn::InterleaveUpper(four, acHigh, bdHigh), four, rows[l + 3] + done);
+            for (std::size_t i = done; i < end; i += 4) {
+                const float* const from = in + i * stride + l;
+                transposeFour({from, from + stride, from + 2 * stride, from + 3 * stride},
+                              {rows[l] + i, rows[l + 1] + i, rows[l + 2] + i, rows[l + 3] + i});
+            }
         }
+        done = end;
     }
 #endif
     for (; done < count; ++done) {

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "QuillmereCore/DSP/AlignedFloats.h"
 #include "QuillmereCore/DSP/VectorLanes.h"
 #include "QuillmereCore/Util/Failure.h"
 
@@ -12,7 +13,6 @@
 #define HWY_TARGET_INCLUDE "QuillmereCore/DSP/BatchedFFT.cpp"
 #include <hwy/foreach_target.h>  // must come before highway.h
 
-#include <hwy/aligned_allocator.h>
 #include <hwy/highway.h>
 
 #include "QuillmereCore/DSP/BatchedFFT-inl.h"
@@ -157,44 +157,71 @@ private:
     std::vector<RealFFTPlan::Root> eighth_;
 };
 
-// Twiddles of a transform of `length` points, length = columns * radix, from roots of a multiple of it:
-// [columns][radix - 1], e^(-2 pi i column k / length).
-void appendTwiddles(const Roots& roots, std::size_t n, std::size_t columns, std::size_t radix,
-                    std::vector<RealFFTPlan::Root>& out) {
-    const std::size_t step = n / (columns * radix);
-    for (std::size_t column = 0; column < columns; ++column) {
-        for (std::size_t k = 1; k < radix; ++k)
-            out.push_back(roots[column * k * step]);
-    }
+// The radix of a pass over groups of `length` rows.
+std::size_t radixFor(std::size_t length) {
+    if (length == 16) return 4;  // 4 * 4 is faster than 8 * 2
+    return std::min<std::size_t>(length, 8);
 }
 
-// The largest radix that divides a power of two, except that 16 is better taken as 4 * 4 than as 8 * 2.
-std::size_t radixFor(std::size_t length) {
-    if (length == 16) return 4;
-    return std::min<std::size_t>(length, 8);
+RealFFTPlan::Pass makePass(const Roots& roots, std::size_t n, std::size_t length) {
+    RealFFTPlan::Pass pass{radixFor(length), length / radixFor(length), {}};
+    for (std::size_t column = 0; column < pass.columns; ++column) {
+        for (std::size_t k = 1; k < pass.radix; ++k)
+            pass.twiddles.push_back(roots[column * k * (n / length)]);
+    }
+    return pass;
+}
+
+// The rows in which the passes leave the bins: each pass sorts its group by the lowest digit of k that is
+// left.
+std::vector<std::uint32_t> rowsOfBins(const std::vector<RealFFTPlan::Pass>& passes, std::size_t half) {
+    std::vector<std::uint32_t> rows(half);
+    for (std::size_t k = 0; k < half; ++k) {
+        std::size_t digits = k;
+        std::size_t row = 0;
+        for (const RealFFTPlan::Pass& pass : passes) {
+            row += (digits & (pass.radix - 1)) * pass.columns;
+            digits >>= std::countr_zero(pass.radix);
+        }
+        rows[k] = static_cast<std::uint32_t>(row);
+    }
+    return rows;
 }
 
 }  // namespace
 
 RealFFTPlan::RealFFTPlan(int points) : n(static_cast<std::size_t>(points)), half(n / 2) {
     require(points >= 1 && std::has_single_bit(n), "FFT: the length is no power of two");
-    const Roots circle(n);
-    for (std::size_t k = 0; k < half; ++k)
-        roots.push_back(circle[k]);
-    blocks = std::clamp<std::size_t>(half, 1, 8);
-    blockLength = std::max<std::size_t>(half / blocks, 1);
-    appendTwiddles(circle, n, blockLength, blocks, blockTwiddles);
-    for (std::size_t length = blockLength, stride = 1; length > 1;) {
-        const std::size_t radix = radixFor(length);
-        passes.push_back({radix, length / radix, stride, twiddles.size()});
-        appendTwiddles(circle, n, length / radix, radix, twiddles);
-        length /= radix;
-        stride *= radix;
+    if (n == 1) return;
+    const Roots roots(n);
+    for (std::size_t length = half; passes.empty() || length > 1; length = passes.back().columns) {
+        if (!passes.empty() && length <= maxBlock) ++blockPasses;
+        passes.push_back(makePass(roots, n, length));
     }
+    blockLength = blockPasses == 0 ? 1 : passes[passes.size() - blockPasses - 1].columns;
+    pairBins();
 }
 
-std::size_t RealFFTPlan::workSize() const {
-    return (blocks + 2) * (blockLength + 1) * 2 * maxLanes;
+void RealFFTPlan::pairBins() {
+    const Roots roots(n);
+    const std::vector<std::uint32_t> rowOf = rowsOfBins(passes, half);
+    std::vector<std::uint32_t> binOf(half);
+    for (std::uint32_t k = 0; k < half; ++k)
+        binOf[rowOf[k]] = k;
+    // The bins of a block are equal modulo the number of blocks.
+    const std::size_t blocks = half / blockLength;
+    for (std::size_t a = 0; a <= blocks / 2; ++a) {
+        const std::uint32_t first = rowOf[a];
+        const std::uint32_t second = rowOf[(blocks - a) % blocks];
+        for (std::uint32_t row = first; row < first + blockLength; ++row) {
+            const std::uint32_t k = binOf[row];
+            if (k == 0) continue;  // DC, with Nyquist
+            const std::uint32_t partner = rowOf[half - k];
+            if (first == second && partner < row) continue;  // already there
+            pairs.push_back({k, row, partner, roots[k]});
+        }
+        blockPairs.push_back({first, second, pairs.size()});
+    }
 }
 
 HWY_EXPORT(forward);
@@ -202,11 +229,10 @@ HWY_EXPORT(inverse);
 
 struct BatchedFFT::State {
     explicit State(int n)
-        : plan(n),
-          scratch(hwy::AllocateAligned<float>(plan.workSize() + (2 * plan.n + 2) * maxLanes + plan.n + 1)) {}
+        : plan(n), scratch(allocateFloats(plan.workSize() + (2 * plan.n + 2) * maxLanes + plan.n + 1)) {}
 
     RealFFTPlan plan;
-    hwy::AlignedFreeUniquePtr<float[]> scratch;
+    AlignedFloats scratch;
 };
 
 BatchedFFT::BatchedFFT(int n) : state_(std::make_unique<State>(n)) {}

@@ -1,6 +1,7 @@
 #include "QuillmereCore/DSP/GriffinLim.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "QuillmereCore/DSP/VectorLanes.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -9,7 +10,6 @@
 #define HWY_TARGET_INCLUDE "QuillmereCore/DSP/GriffinLim.cpp"
 #include <hwy/foreach_target.h>  // must come before highway.h
 
-#include <hwy/aligned_allocator.h>
 #include <hwy/highway.h>
 
 #include "QuillmereCore/DSP/BatchedFFT-inl.h"
@@ -46,82 +46,101 @@ HWY_INLINE Complex unitCircle(Vector x) {
             hn::Xor(hn::IfThenElse(odd, cos, sin), hn::BitCast(d, signOfSin))};
 }
 
-// What is kept of a bin from pass to pass, in the order of FrameBatch's visits: target magnitude and the
-// latest projection, twice its real and imaginary part; a vector each.
-inline constexpr std::size_t recordSize = 3 * lanes;
-
-// First visit of the bins: random phases. Writes the records.
+// First visit of the bins: random phases. Writes the magnitudes in the order of the visits.
 struct StartBin {
     const float* mag;    // [bins][lanes]
     const float* draws;  // [bins][lanes], uniform in [0, 1)
-    float* record;
+    float* target;
 
     HWY_INLINE Complex operator()(std::size_t k, Complex) {
         const Tag d;
         const Vector magnitude = hn::Load(d, mag + k * lanes);
         const Vector u = hn::Load(d, draws + k * lanes);
         const Complex phase = unitCircle(hn::Mul(hn::Add(u, u), hn::Set(d, 3.1415927F)));
-        hn::Store(magnitude, d, record);
-        hn::Store(hn::Zero(d), d, record + lanes);
-        hn::Store(hn::Zero(d), d, record + 2 * lanes);
-        record += recordSize;
+        hn::Store(magnitude, d, target);
+        target += lanes;
         return {hn::Mul(magnitude, phase.re), hn::Mul(magnitude, phase.im)};
     }
 };
 
-// Every later visit: extrapolates from the previous projection through the new one and gives the result the
-// target magnitude. Both projections are twice the spectrum; the factor cancels.
+// Every later visit: the phase of value with the target magnitude, or no phase where value vanishes or is not
+// a number. value is twice the spectrum; the factor cancels.
 struct RefineBin {
-    Vector momentum;
-    float* record;
+    const float* target;
 
-    HWY_INLINE Complex operator()(std::size_t, Complex fresh) {
+    HWY_INLINE Complex operator()(std::size_t, Complex value) {
         const Tag d;
-        const Vector magnitude = hn::Load(d, record);
-        const Complex previous = {hn::Load(d, record + lanes), hn::Load(d, record + 2 * lanes)};
-        hn::Store(fresh.re, d, record + lanes);
-        hn::Store(fresh.im, d, record + 2 * lanes);
-        record += recordSize;
-        const Vector a = hn::MulAdd(hn::Sub(fresh.re, previous.re), momentum, fresh.re);
-        const Vector b = hn::MulAdd(hn::Sub(fresh.im, previous.im), momentum, fresh.im);
-        const Vector r = hn::Sqrt(hn::MulAdd(a, a, hn::Mul(b, b)));
-        const auto defined = hn::Gt(r, hn::Set(d, 2 * 1e-12F));  // not so when r is NaN
+        const Vector magnitude = hn::Load(d, target);
+        target += lanes;
+        const Vector r = hn::Sqrt(hn::MulAdd(value.re, value.re, hn::Mul(value.im, value.im)));
+        const auto defined = hn::Gt(r, hn::Set(d, 2 * 1e-12F));
         const Vector scale = hn::Div(magnitude, r);
-        return {hn::IfThenElse(defined, hn::Mul(a, scale), magnitude),
-                hn::IfThenElseZero(defined, hn::Mul(b, scale))};
+        return {hn::IfThenElse(defined, hn::Mul(value.re, scale), magnitude),
+                hn::IfThenElseZero(defined, hn::Mul(value.im, scale))};
     }
 };
 
 struct LoadWindowed {
     const float* signal;
     const float* window;
+
     HWY_INLINE Vector operator()(std::size_t i) const {
         return hn::Mul(hn::Load(Tag(), signal + i * maxLanes), hn::Set(Tag(), window[i]));
     }
 };
 
+// Adds the windowed frames to the sums of the frames before, which begin a hop earlier.
 struct OverlapAdd {
-    float* signal;
+    const float* before;  // from the first sample of these frames
+    std::size_t overlap;  // samples that `before` reaches
+    float* sums;
     const float* window;
+
     HWY_INLINE void operator()(std::size_t i, Vector value) const {
-        float* const to = signal + i * maxLanes;
-        hn::Store(hn::MulAdd(value, hn::Set(Tag(), window[i]), hn::Load(Tag(), to)), Tag(), to);
+        const Tag d;
+        const Vector w = hn::Set(d, window[i]);
+        const Vector sum =
+            i < overlap ? hn::MulAdd(value, w, hn::Load(d, before + i * maxLanes)) : hn::Mul(value, w);
+        hn::Store(sum, d, sums + i * maxLanes);
     }
 };
 
-void clearRows(float* signal, std::size_t first, std::size_t end) {
-    for (float* p = signal + first * maxLanes; p != signal + end * maxLanes; p += lanes)
-        hn::Store(hn::Zero(Tag()), Tag(), p);
+// Turns complete sums into the signal of these rows, and extrapolates it from the previous pass for analysis.
+// The transform is linear: the spectra of the result are the spectra of both signals, extrapolated.
+void finishRows(const GriffinLimState& state, float momentum, const float* sums, std::size_t first,
+                std::size_t end) {
+    const Tag d;
+    const Vector m = hn::Set(d, momentum);
+    for (std::size_t row = first; row < end; ++row, sums += maxLanes) {
+        const float* const edge = state.edgeFactorsOf(row);
+        float* const previous = state.previous + row * maxLanes;
+        float* const signal = state.signal + row * maxLanes;
+        for (std::size_t l = 0; l < maxLanes; l += lanes) {
+            Vector x = hn::Load(d, sums + l);
+            if (edge) {
+                // Outside the result the signal is 0, even where the sum is not a number.
+                const Vector factor = hn::Load(d, edge + l);
+                x = hn::IfThenZeroElse(hn::Eq(factor, hn::Zero(d)), hn::Mul(x, factor));
+            }
+            const Vector change = hn::Sub(x, hn::Load(d, previous + l));
+            hn::Store(hn::MulAdd(change, m, x), d, signal + l);
+            hn::Store(x, d, previous + l);
+        }
+    }
 }
 
-// Adds the samples of each run past its own frames' hops to the run they belong to, the next one. The last
-// run keeps them.
-void handOverhangs(const GriffinLimState& state, float* signal) {
+void copyRows(const float* from, std::size_t count, float* to) {
+    for (std::size_t i = 0; i < count * maxLanes; i += lanes)
+        hn::Store(hn::Load(Tag(), from + i), Tag(), to + i);
+}
+
+// Adds what each run's frames contribute past its end to the next run, to which these positions belong. The
+// last run keeps them. rows: sums of all rows.
+void handOverhangs(const GriffinLimState& state, float* rows) {
     const Tag d;
-    const std::size_t runRows = state.runFrames * state.hop;
-    for (std::size_t row = state.rows; row-- > runRows;) {
-        const float* const from = signal + row * maxLanes;
-        float* const to = signal + (row - runRows) * maxLanes;
+    for (std::size_t row = state.rows; row-- > state.runRows;) {
+        const float* const from = rows + row * maxLanes;
+        float* const to = rows + (row - state.runRows) * maxLanes;
         for (std::size_t l = 0; l < maxLanes; l += lanes) {
             Vector shifted = hn::LoadU(d, from + l - 1);  // the lane below
             if (l == 0) shifted = hn::IfThenZeroElse(hn::FirstN(d, 1), shifted);
@@ -130,13 +149,12 @@ void handOverhangs(const GriffinLimState& state, float* signal) {
     }
 }
 
-// Copies the complete samples back to the overlapping end of the run before.
-void copyOverhangs(const GriffinLimState& state, float* signal) {
+// Copies the signal of each run back past the end of the run before, where its last frames need it.
+void copyOverhangs(const GriffinLimState& state, float* rows) {
     const Tag d;
-    const std::size_t runRows = state.runFrames * state.hop;
-    for (std::size_t row = runRows; row < state.rows; ++row) {
-        const float* const from = signal + (row - runRows) * maxLanes;
-        float* const to = signal + row * maxLanes;
+    for (std::size_t row = state.runRows; row < state.rows; ++row) {
+        const float* const from = rows + (row - state.runRows) * maxLanes;
+        float* const to = rows + row * maxLanes;
         for (std::size_t l = 0; l < maxLanes; l += lanes) {
             Vector shifted = hn::LoadU(d, from + l + 1);  // the lane above
             if (l + lanes == maxLanes)
@@ -146,35 +164,35 @@ void copyOverhangs(const GriffinLimState& state, float* signal) {
     }
 }
 
-// Outside the result the signal is 0, even where the overlap-add is not a number.
-void normalise(const GriffinLimState& state, float* signal) {
-    const Tag d;
-    const float* const reciprocal = state.reciprocal.get();
-    for (std::size_t i = 0; i < state.rows * maxLanes; i += lanes) {
-        const Vector r = hn::Load(d, reciprocal + i);
-        const Vector normalised = hn::Mul(hn::Load(d, signal + i), r);
-        hn::Store(hn::IfThenZeroElse(hn::Eq(r, hn::Zero(d)), normalised), d, signal + i);
-    }
-}
-
-// Runs the batches of a pass. step(batch, b, l, row) adds frames b of the runs l, l + 1, ... to the rows of
-// state.next that begin at row.
+// Runs the batches of a pass. step(batch, b, l) analyses or makes the spectra of frames b of the runs l,
+// l + 1, ..., which are then added up.
 template <class Step>
-HWY_INLINE void pass(GriffinLimState& state, Step step) {
-    FrameBatch batch(state.plan, state.work.get());
-    float* const signal = state.next.get();
-    std::size_t cleared = 0;
+HWY_INLINE void pass(const GriffinLimState& state, float momentum, Step step) {
+    FrameBatch batch(state.plan, state.work);
+    const std::size_t n = state.plan.n;
+    const std::size_t hop = state.hop;
+    const std::size_t overlap = n > hop ? n - hop : 0;
+    float* before = state.sums[0];
+    float* sums = state.sums[1];
     for (std::size_t b = 0; b < state.runFrames; ++b) {
-        const std::size_t row = b * state.hop;
-        clearRows(signal, cleared, row + state.plan.n);
-        cleared = row + state.plan.n;
-        for (std::size_t l = 0; l < maxLanes; l += lanes)
-            step(batch, b, l, row * maxLanes + l);
+        for (std::size_t l = 0; l < maxLanes; l += lanes) {
+            step(batch, b, l);
+            batch.join(OverlapAdd{before + hop * maxLanes + l, b == 0 ? 0 : overlap, sums + l,
+                                  state.inverseWindow.data()});
+        }
+        // These rows are complete, except that the first ones of a run lack what the run before adds to them.
+        // They wait in the signal, which is no longer needed there.
+        const std::size_t row = b * hop;
+        const std::size_t ready = std::clamp(overlap, row, row + hop);
+        copyRows(sums, ready - row, state.signal + row * maxLanes);
+        finishRows(state, momentum, sums + (ready - row) * maxLanes, ready, row + hop);
+        std::swap(before, sums);
     }
-    handOverhangs(state, signal);
-    normalise(state, signal);
-    copyOverhangs(state, signal);
-    std::swap(state.signal, state.next);
+    copyRows(before + hop * maxLanes, overlap, state.signal + state.runRows * maxLanes);
+    handOverhangs(state, state.signal);
+    finishRows(state, momentum, state.signal, 0, std::min(overlap, state.runRows));
+    finishRows(state, momentum, state.signal + state.runRows * maxLanes, state.runRows, state.rows);
+    copyOverhangs(state, state.signal);
 }
 
 // Interleaves row b of the runs l, l + 1, ... of a spectrogram [frames][bins]; frames that do not exist are
@@ -190,46 +208,41 @@ void gatherFrames(const GriffinLimState& state, const float* spectrogram, std::s
 }
 
 struct StartStep {
-    GriffinLimState& state;
+    const GriffinLimState& state;
     const float* mag;
     const float* draws;
 
-    HWY_INLINE void operator()(FrameBatch& batch, std::size_t b, std::size_t l, std::size_t offset) {
-        gatherFrames(state, mag, b, l, state.magRows.get());
-        gatherFrames(state, draws, b, l, state.drawRows.get());
-        StartBin bin{state.magRows.get(), state.drawRows.get(), state.recordsOf(b, l)};
+    HWY_INLINE void operator()(FrameBatch& batch, std::size_t b, std::size_t l) {
+        gatherFrames(state, mag, b, l, state.startMag);
+        gatherFrames(state, draws, b, l, state.startDraws);
+        StartBin bin{state.startMag, state.startDraws, state.magnitudesOf(b, l)};
         batch.synthesise(bin);
-        batch.join(OverlapAdd{state.next.get() + offset, state.inverseWindow.data()});
     }
 };
 
 struct RefineStep {
-    GriffinLimState& state;
-    float momentum;
+    const GriffinLimState& state;
 
-    HWY_INLINE void operator()(FrameBatch& batch, std::size_t b, std::size_t l, std::size_t offset) {
-        RefineBin bin{hn::Set(Tag(), momentum), state.recordsOf(b, l)};
-        batch.split(LoadWindowed{state.signal.get() + offset, state.window.data()});
+    HWY_INLINE void operator()(FrameBatch& batch, std::size_t b, std::size_t l) {
+        RefineBin bin{state.magnitudesOf(b, l)};
+        batch.split(LoadWindowed{state.signal + b * state.hop * maxLanes + l, state.window.data()});
         batch.refine(bin);
-        batch.join(OverlapAdd{state.next.get() + offset, state.inverseWindow.data()});
     }
 };
 
-// mag and draws: [frames][bins]. Leaves the result in state.samples.
+// mag and draws: [frames][bins]. Leaves the signal in state.result.
 void run(GriffinLimState& state, const float* mag, const float* draws, long long iterations, float momentum) {
-    const float* reciprocals[maxLanes];
+    // There is nothing to extrapolate from in the first pass.
+    pass(state, 0.0F, StartStep{state, mag, draws});
+    for (long long i = 0; i < iterations; ++i)
+        pass(state, momentum, RefineStep{state});
     float* samples[maxLanes];
-    for (std::size_t l = 0; l < maxLanes; ++l) {
-        reciprocals[l] = state.reciprocals.data() + state.runStart(l);
-        samples[l] = state.samples.data() + state.runStart(l);
-    }
+    for (std::size_t l = 0; l < maxLanes; ++l)
+        samples[l] = state.result.data() + state.runStart(l);
     for (std::size_t l = 0; l < maxLanes; l += lanes)
-        interleave(reciprocals + l, state.rows, state.reciprocal.get() + l, maxLanes);
-    pass(state, StartStep{state, mag, draws});
-    for (long long i = 0; i < iterations; ++i)  // there is nothing to extrapolate from in the first
-        pass(state, RefineStep{state, i == 0 ? 0.0F : momentum});
-    for (std::size_t l = 0; l < maxLanes; l += lanes)
-        deinterleave(state.signal.get() + l, maxLanes, state.rows, samples + l);
+        deinterleave(state.previous + l, maxLanes, state.runRows, samples + l);
+    for (std::size_t row = state.runRows; row < state.rows; ++row)
+        samples[maxLanes - 1][row] = state.previous[row * maxLanes + maxLanes - 1];
 }
 
 }  // namespace
@@ -240,38 +253,6 @@ HWY_AFTER_NAMESPACE();
 namespace quillmere {
 
 HWY_EXPORT(run);
-
-GriffinLimState::GriffinLimState(const STFT& stft, int frameCount, std::size_t length)
-    : plan(stft.nFFT()),
-      frames(static_cast<std::size_t>(frameCount)),
-      hop(static_cast<std::size_t>(stft.hop())),
-      bins(plan.half + 1),
-      runFrames((frames + maxLanes - 1) / maxLanes),
-      rows((runFrames - 1) * hop + plan.n),
-      window(stft.window().begin(), stft.window().end()),
-      inverseWindow(window),
-      silence(bins),
-      work(hwy::AllocateAligned<float>(plan.workSize())),
-      magRows(hwy::AllocateAligned<float>(bins * maxLanes)),
-      drawRows(hwy::AllocateAligned<float>(bins * maxLanes)),
-      records(hwy::AllocateAligned<float>(runFrames * bins * 3 * maxLanes)),
-      signal(hwy::AllocateAligned<float>(rows * maxLanes)),
-      next(hwy::AllocateAligned<float>(rows * maxLanes)),
-      reciprocal(hwy::AllocateAligned<float>(rows * maxLanes)),
-      reciprocals(runStart(maxLanes - 1) + rows),
-      samples(reciprocals.size()) {
-    require(work && magRows && drawRows && records && signal && next && reciprocal, "GriffinLim: no memory");
-    for (float& w : inverseWindow)
-        w /= static_cast<float>(plan.n);  // exact: a power of two
-    for (std::size_t t = 0; t < frames; ++t) {
-        for (std::size_t i = 0; i < plan.n; ++i)
-            reciprocals[t * hop + i] += window[i] * window[i];
-    }
-    for (std::size_t position = 0; position < reciprocals.size(); ++position) {
-        const bool inside = position >= plan.half && position - plan.half < length;
-        reciprocals[position] = inside ? 1.0F / std::max(reciprocals[position], stft.weightFloor()) : 0.0F;
-    }
-}
 
 std::vector<float> GriffinLim::reconstruct(std::span<const float> mag, int frames, long long length,
                                            long long iterations, STFT& stft, SeededRNG& rng, float momentum) {
@@ -286,8 +267,8 @@ std::vector<float> GriffinLim::reconstruct(std::span<const float> mag, int frame
     if (frames == 0 || stft.nFFT() == 1) return samples;
     GriffinLimState state(stft, frames, samples.size());
     HWY_DYNAMIC_DISPATCH(run)(state, mag.data(), draws.data(), iterations, momentum);
-    const std::size_t count = std::min(samples.size(), state.samples.size() - state.plan.half);
-    std::copy_n(state.samples.begin() + static_cast<std::ptrdiff_t>(state.plan.half), count, samples.begin());
+    const std::size_t count = std::min(samples.size(), state.result.size() - state.plan.half);
+    std::copy_n(state.result.begin() + static_cast<std::ptrdiff_t>(state.plan.half), count, samples.begin());
     return samples;
 }
 

@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <new>
 #include <numbers>
 
+#include "QuillmereCore/DSP/AlignedFloats.h"
 #include "Support/Guarded.h"
 #include "Support/InstructionSets.h"
 #include "Support/NaiveTransform.h"
@@ -198,17 +201,36 @@ TEST(BatchedFFT, NoFramesAreNoWork) {
     EXPECT_TRUE(out.intact());
 }
 
-// All roots of the circle that are mirror images of each other have the same bits.
-TEST(BatchedFFT, RootsAreSymmetric) {
-    const RealFFTPlan plan(1024);
-    for (std::size_t k = 0; k <= 256; ++k) {
-        EXPECT_EQ(plan.roots[k].re, -plan.roots[256 - k].im) << k;
-        EXPECT_NEAR(plan.roots[k].re, std::cos(2 * std::numbers::pi * static_cast<double>(k) / 1024), 3e-8)
-            << k;
-        if (k > 0) {
-            EXPECT_EQ(plan.roots[512 - k].re, -plan.roots[k].re) << k;
-            EXPECT_EQ(plan.roots[512 - k].im, plan.roots[k].im) << k;
+// Every bin but DC and Nyquist once, with the root that belongs to it.
+TEST(RealFFTPlan, PairsCoverEveryBinOnce) {
+    for (const int n : {2, 4, 8, 16, 32, 64, 128, 512, 1024, 2048, 4096, 16384}) {
+        const RealFFTPlan plan(n);
+        std::vector<int> visits(plan.half + 1);
+        std::vector<int> rows(plan.half);
+        for (const RealFFTPlan::BinPair& pair : plan.pairs) {
+            ++visits[pair.k];
+            ++rows[pair.first];
+            if (pair.first != pair.second) {
+                ++visits[plan.half - pair.k];
+                ++rows[pair.second];
+            }
+            const double angle = 2 * std::numbers::pi * pair.k / n;
+            EXPECT_NEAR(pair.root.re, std::cos(angle), 3e-8) << "bin " << pair.k << " of " << n;
+            EXPECT_NEAR(pair.root.im, -std::sin(angle), 3e-8) << "bin " << pair.k << " of " << n;
         }
+        for (std::size_t k = 1; k < plan.half; ++k) {
+            EXPECT_EQ(visits[k], 1) << "bin " << k << " of " << n;
+            EXPECT_EQ(rows[k], 1) << "row " << k << " of " << n;
+        }
+        EXPECT_EQ(rows[0], 0) << n;
+    }
+}
+
+TEST(RealFFTPlan, BlocksFitTheCache) {
+    for (const int n : {2, 16, 256, 1024, 2048, 4096, 8192, 65536}) {
+        const RealFFTPlan plan(n);
+        EXPECT_LE(plan.blockLength, RealFFTPlan::maxBlock) << n;
+        EXPECT_EQ(plan.blockPairs.back().pairsEnd, plan.pairs.size()) << n;
     }
 }
 
@@ -227,6 +249,10 @@ TEST(BatchedFFTDeathTest, ShortBuffersAreRefused) {
     EXPECT_DEATH(fft.forward(std::span(frames).first(15), 2, spectrum, spectrum), "too small");
     EXPECT_DEATH(fft.inverse(spectrum, tooShort, 2, frames), "too small");
     EXPECT_DEATH(fft.inverse(spectrum, spectrum, 2, std::span(frames).first(15)), "too small");
+}
+
+TEST(AlignedFloats, FailedAllocationIsBadAlloc) {
+    EXPECT_THROW((void)allocateFloats(std::numeric_limits<std::size_t>::max()), std::bad_alloc);
 }
 
 }  // namespace
