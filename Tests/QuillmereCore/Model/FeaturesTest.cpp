@@ -100,7 +100,8 @@ TEST(FeatureExtractor, ImagesAreBandMajorWithTheLowestBandFirst) {
     std::vector<float> signal = testing::sine(1000, 8000, 2048);
     std::fill(signal.begin() + 1024, signal.end(), 0.0F);
     const std::vector<float> image = features(smallConfig(), signal);
-    const auto centers = FeatureExtractor(smallConfig()).bank().centers();
+    const FeatureExtractor extractor(smallConfig());
+    const auto centers = extractor.bank().centers();
     const auto above = std::ranges::lower_bound(centers, 1000.0F);
     const auto band = static_cast<std::size_t>(above - centers.begin());
     const float loudest = std::max(image[band * 32 + 5], image[(band - 1) * 32 + 5]);
