@@ -1,6 +1,7 @@
 // Playback through SDL2's audio subsystem.
 #define SDL_MAIN_HANDLED
 #include <SDL.h>
+#include <dlfcn.h>
 
 #include <algorithm>
 #include <atomic>
@@ -50,6 +51,21 @@ Sound readSound(const QString& file) {
             seconds};
 }
 
+extern "C" void sayNothing(const char*, int, const char*, int, const char*, ...) {}
+
+// Where there is no card, ALSA's library writes a page of its own about it to the standard error output. It
+// is there if SDL uses it, and is none of our libraries.
+void silenceALSA() {
+    using Handler =
+        void (*)(const char* file, int line, const char* function, int code, const char* format, ...);
+    using SetHandler = int (*)(Handler);
+    void* alsa = ::dlopen("libasound.so.2", RTLD_NOW | RTLD_NOLOAD);
+    if (alsa == nullptr) return;
+    if (const auto set = reinterpret_cast<SetHandler>(::dlsym(alsa, "snd_lib_error_set_handler")))
+        set(sayNothing);
+    ::dlclose(alsa);
+}
+
 // The sound card, open and silent. The subsystem lives as long as the device: after a failure the next play
 // looks for a card afresh.
 class Device {
@@ -58,7 +74,9 @@ public:
         SDL_SetMainReady();
         SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Quillmere");
         SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Sample");
+        silenceALSA();
         if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) throw Failure(reason());
+        silenceALSA();  // SDL may have loaded it only now
         SDL_AudioSpec wanted{};
         wanted.freq = rate;
         wanted.format = AUDIO_F32SYS;

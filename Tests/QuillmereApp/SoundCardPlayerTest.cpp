@@ -1,7 +1,10 @@
 // The real player, on SDL's driver that writes what it plays into a file, and without any card.
 
+#include <unistd.h>
+
 #include <QElapsedTimer>
 #include <QObject>
+#include <QTemporaryFile>
 #include <algorithm>
 #include <cstring>
 #include <memory>
@@ -31,6 +34,20 @@ qsizetype firstDifference(const std::vector<float>& got, const std::vector<float
         if (i >= got.size() || got[i] != want) return static_cast<qsizetype>(i);
     }
     return -1;
+}
+
+// What work writes to the standard error output, past Qt and C++.
+template <typename Work>
+QByteArray standardErrorOf(Work work) {
+    QTemporaryFile file;
+    if (!file.open()) qFatal("no temporary file");
+    const int kept = ::dup(STDERR_FILENO);
+    ::dup2(file.handle(), STDERR_FILENO);
+    work();
+    ::dup2(kept, STDERR_FILENO);
+    ::close(kept);
+    file.seek(0);
+    return file.readAll();
 }
 
 }  // namespace
@@ -113,7 +130,10 @@ private slots:
         player->stop();
         QVERIFY2(clock.elapsed() < 50, "stop must not wait for the card");
         QVERIFY(!player->isPlaying());
-        QTest::qWait(300);
+        // Files are played one after the other: when the next has failed the first is over.
+        QSignalSpy failed(player.get(), &Player::failed);
+        player->play(world_->path("none.wav"));
+        QTRY_COMPARE(failed.count(), 1);
         QCOMPARE(ended.count(), 0);
         QVERIFY(played(world_->path("played.raw")).size() < 100000);
     }
@@ -173,6 +193,22 @@ private slots:
         qputenv("SDL_DISKAUDIOFILE", world_->path("played.raw").toUtf8());
         player->play(file);
         QTRY_COMPARE(ended.count(), 1);
+    }
+
+    void theLibrariesBelowWriteNothingOfTheirOwn() {
+        const QString file = world_->path("short.wav");
+        AudioIO::write(std::vector<float>(441, 0.5F), toPath(file), 44100, OutputFormat::wav16);
+        TestWorld::write(world_->path("no-cards.conf"), "# no card is described here\n");
+        qputenv("SDL_AUDIODRIVER", "alsa");
+        qputenv("ALSA_CONFIG_PATH", world_->path("no-cards.conf").toUtf8());
+        const auto player = Player::forSoundCard();
+        QSignalSpy failed(player.get(), &Player::failed);
+        const QByteArray written = standardErrorOf([&] {
+            player->play(file);
+            QTRY_COMPARE(failed.count(), 1);
+        });
+        qunsetenv("ALSA_CONFIG_PATH");
+        QCOMPARE(written, QByteArray());
     }
 
     void closingWhilePlayingEndsQuickly() {
