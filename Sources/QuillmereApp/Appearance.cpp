@@ -91,8 +91,7 @@ void Appearance::desktopSettingChanged(const QString& area, const QString& key, 
         portalAnswers_ = true;
         setDesktopDark(plain.toUInt() == prefersDark);
     } else if (area == gnomeArea && key == animationsKey) {
-        const bool reduced = !plain.toBool();
-        if (std::exchange(reducedMotion_, reduced) != reduced) emit reducedMotionChanged();
+        setReducedMotion(!plain.toBool());
     }
 }
 
@@ -119,6 +118,16 @@ void Appearance::setMode(Mode mode) {
 
 void Appearance::forceLight() {
     applyMode(Light);
+}
+
+void Appearance::forceStill() {
+    isStill_ = true;
+    setReducedMotion(true);
+}
+
+void Appearance::setReducedMotion(bool reduced) {
+    const bool now = reduced || isStill_;
+    if (std::exchange(reducedMotion_, now) != now) emit reducedMotionChanged();
 }
 
 void Appearance::applyMode(Mode mode) {

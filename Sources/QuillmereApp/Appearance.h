@@ -33,6 +33,8 @@ public:
     void setMode(Mode mode);
     // Light for this run only; the stored choice stays.
     void forceLight();
+    // Nothing moves in this run, whatever the desktop asks for.
+    void forceStill();
     [[nodiscard]] bool isDark() const { return mode_ == Dark || (mode_ == System && desktopIsDark_); }
     [[nodiscard]] bool reducedMotion() const { return reducedMotion_; }
 
@@ -51,12 +53,14 @@ private:
     void followPalette();
     void setDesktopDark(bool dark);
     void applyMode(Mode mode);
+    void setReducedMotion(bool reduced);
 
     Preferences& preferences_;
     Mode mode_ = System;
     bool desktopIsDark_ = false;
     bool portalAnswers_ = false;  // then the palette does not count
     bool reducedMotion_ = false;
+    bool isStill_ = false;   // then reducedMotion_ stays set
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

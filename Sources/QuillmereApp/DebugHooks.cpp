@@ -41,8 +41,9 @@ public:
           isLight_(environment.contains(lightVariable)) {}
 
     // The waits leave the restored corpus time to be scanned and its model to be loaded, and the window to
-    // be drawn.
+    // be drawn. A picture must not show colours on their way to others.
     void start() {
+        model_.appearance()->forceStill();
         after(3s, [this] { generate(); });
     }
 

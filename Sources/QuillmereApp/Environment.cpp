@@ -5,6 +5,7 @@
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <random>
+#include <system_error>
 
 #include "QuillmereApp/FileManager.h"
 #include "QuillmereCore/Model/ModelStore.h"
@@ -17,6 +18,13 @@ std::uint64_t systemRandom() {
     return std::uint64_t{device()} << 32 | device();
 }
 
+// TMPDIR where it names a folder.
+std::filesystem::path temporaryFolder() {
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
+    return error ? std::filesystem::path("/tmp") : folder;
+}
+
 }  // namespace
 
 Environment Environment::standard() {
@@ -26,7 +34,7 @@ Environment Environment::standard() {
         .settingsFile = config + QStringLiteral("/Quillmere.conf"),
         .presetsFolder = config + QStringLiteral("/presets"),
         .modelsRoot = ModelStore::rootDirectory(),
-        .temporaryFolder = std::filesystem::temp_directory_path(),
+        .temporaryFolder = quillmere::temporaryFolder(),
         .homeFolder = QDir::homePath(),
         .followDesktop = true,
         .adjustTraining = {},
