@@ -35,9 +35,11 @@ std::optional<QString> storedText(const Preferences& preferences, const QString&
 // INI files hold numbers as text; what was written by this process is still a number.
 std::optional<int> storedInteger(const Preferences& preferences, const QString& key) {
     const QVariant value = preferences.value(key);
-    if (value.typeId() != QMetaType::QString && value.typeId() != QMetaType::Int) return std::nullopt;
+    if (value.typeId() == QMetaType::Int) return value.toInt();
+    if (value.typeId() != QMetaType::QString) return std::nullopt;
+    // Not QVariant's own conversion: it wraps numbers that are too large.
     bool isInteger = false;
-    const int number = value.toInt(&isInteger);
+    const int number = value.toString().toInt(&isInteger);
     return isInteger ? std::optional(number) : std::nullopt;
 }
 
@@ -75,6 +77,33 @@ std::shared_ptr<SampleGenerator> loadGenerator(const std::filesystem::path& fold
     ModelBundle bundle = ModelStore::load(folder);
     ModelStore::validate(bundle, folder);
     return std::make_shared<SampleGenerator>(std::move(bundle));
+}
+
+bool isUsable(const std::filesystem::path& modelFolder) {
+    try {
+        ModelStore::validate(ModelStore::load(modelFolder), modelFolder);
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+// Gives the folder a name that is not taken, so that a model that cannot be used is still there when another
+// one takes its place.
+void setAside(const std::filesystem::path& modelFolder) {
+    std::error_code error;
+    for (int number = 1; number == 1 || error == std::errc::directory_not_empty; ++number) {
+        std::filesystem::path aside = modelFolder;
+        aside += number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
+        std::filesystem::rename(modelFolder, aside, error);
+    }
+    if (error) throw FileError(modelFolder, error);
+}
+
+void storeModel(const ModelBundle& bundle, const std::filesystem::path& modelFolder) {
+    const ModelLock lock(modelFolder);
+    if (ModelStore::exists(modelFolder) && !isUsable(modelFolder)) setAside(modelFolder);
+    ModelStore::save(bundle, modelFolder);
 }
 
 std::vector<GeneratedSample> sortedByName(std::vector<GeneratedSample> samples) {
@@ -209,7 +238,6 @@ void AppModel::setCorpus(const QUrl& folder) {
     setGenerator(nullptr);
     results_.setSamples({});
     preferences_.setValue(corpusKey, path);
-    rememberCorpus(path);
     scan();
 }
 
@@ -280,6 +308,7 @@ void AppModel::scanProgressed(std::size_t done, std::size_t total) {
 void AppModel::scanned(Scan result) {
     summary_ = std::move(result.summary);
     emit summaryChanged();
+    rememberCorpus(corpusURL_.toLocalFile());
     scanEnded();
     if (result.storedModel) loadModel(*result.storedModel);
 }
@@ -322,8 +351,8 @@ void AppModel::loadModel(const std::filesystem::path& folder) {
             setGenerator(nullptr);
             report(failure);
             assign(modelProblem_,
-                   QStringLiteral("The stored model cannot be used. Retrain to replace it; its files stay as "
-                                  "they are until then."),
+                   QStringLiteral("The stored model cannot be used. Retrain to get a new one; the files of "
+                                  "the old one are kept."),
                    &AppModel::modelProblemChanged);
         });
 }
@@ -381,9 +410,7 @@ void AppModel::train(Returned returned) {
          root = environment_.modelsRoot] {
             ModelBundle bundle =
                 ModelTrainer::train(*summary, options, progress, [&cancel] { return cancel->isCancelled(); });
-            const auto folder = ModelStore::directory(*summary, root);
-            const ModelLock lock(folder);
-            ModelStore::save(bundle, folder);
+            storeModel(bundle, ModelStore::directory(*summary, root));
             return std::make_shared<SampleGenerator>(std::move(bundle));
         },
         [this, returned](std::shared_ptr<SampleGenerator> generator) {
@@ -534,7 +561,11 @@ void AppModel::apply(const Preset& preset) {
 }
 
 void AppModel::applyPreset(const QString& name) {
-    if (const auto values = presets_.find(name)) changeCharacter({*values, name});
+    if (const auto values = presets_.find(name)) {
+        changeCharacter({*values, name});
+    } else if (const QString problem = presets_.problemOf(name); !problem.isEmpty()) {
+        setError(problem);
+    }
 }
 
 void AppModel::randomise(double amount) {
@@ -657,7 +688,7 @@ void AppModel::generate(Returned returned) {
         return;
     }
     if (!summary_) {
-        setError(QStringLiteral("Choose a corpus first."));
+        emit notice(QStringLiteral("Choose a corpus first."));
         returned();
         return;
     }

@@ -171,8 +171,8 @@ public:
 
     // ---- Operations on the model
 
-    // Trains a model of the corpus and stores it. Does nothing without a summary and while something else
-    // than an audition runs.
+    // Trains a model of the corpus and stores it; the files of a stored one that cannot be used are kept
+    // under another name. Does nothing without a summary and while something else than an audition runs.
     Q_INVOKABLE void train();
     Q_INVOKABLE void cancelTraining();
 
@@ -195,7 +195,8 @@ public:
     Q_INVOKABLE void endEdit();
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
-    // A built-in or own preset by its name; unknown names do nothing.
+    // A built-in or own preset by its name; unknown names do nothing. An own preset whose file cannot be used
+    // changes nothing but errorMessage.
     Q_INVOKABLE void applyPreset(const QString& name);
     void apply(const Preset& preset);
     // Moves every parameter that is not locked toward a random place on its slider: 0 not at all, 1 all the
@@ -214,7 +215,7 @@ public:
     // ---- Runs
 
     // Writes count variations into the output folder, training first when there is no model. While another
-    // run is active nothing happens but notice().
+    // run is active, and without a summary to train on, nothing happens but notice().
     Q_INVOKABLE void generate();
     // As generate(); returned is called when everything it started has ended, however it ended.
     void generate(std::function<void()> returned);

@@ -42,6 +42,11 @@ std::optional<Aesthetics> PresetModel::find(const QString& name) const {
     return own_.at(row - builtInCount()).aesthetics;
 }
 
+QString PresetModel::problemOf(const QString& name) const {
+    const int row = rowOf(name);
+    return row < builtInCount() ? QString() : own_.at(row - builtInCount()).problem;
+}
+
 int PresetModel::rowOf(const QString& name) const {
     for (int row = 0; row < rowCount(); ++row) {
         if (nameAt(row) == name) return row;

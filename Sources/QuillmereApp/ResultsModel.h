@@ -69,6 +69,8 @@ signals:
     void countChanged();
 
 private:
+    friend struct AppModelProbe;  // for tests
+
     struct Row {
         QUrl url;
         QString fileName;

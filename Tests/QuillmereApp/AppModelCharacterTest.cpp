@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+#include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
 
 namespace quillmere::testing {
@@ -198,7 +199,7 @@ private slots:
         QVERIFY(!model.presetNameProblem(name).isEmpty());
         model.saveOwnPreset(name);
         QCOMPARE(model.errorMessage(), model.presetNameProblem(name));
-        QTest::qWait(20);
+        AppModelProbe::waitForWork(model);
         QVERIFY(!QFileInfo::exists(world.path("config/Quillmere/presets")));
     }
 
@@ -227,6 +228,7 @@ private slots:
         QVERIFY(!presetRole(model, "Half", PresetModel::IsUsableRole).toBool());
         QVERIFY(presetRole(model, "Half", PresetModel::BlurbRole).toString().contains("drift"));
         model.applyPreset("Half");
+        QCOMPARE(model.errorMessage(), presetRole(model, "Half", PresetModel::BlurbRole).toString());
         QVERIFY(model.aesthetics() == Aesthetics());
         QCOMPARE(model.presetName(), QStringLiteral("Balanced"));
     }

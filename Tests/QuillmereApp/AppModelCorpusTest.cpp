@@ -1,8 +1,8 @@
 // Choosing a corpus: the scan, its facts, newer choices, and the stored model that is found.
 
 #include <QObject>
-#include <QThread>
 
+#include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereCore/Model/ModelStore.h"
 
@@ -98,22 +98,20 @@ private slots:
         AppModel model(world.environment);
         QSignalSpy summaries(&model, &AppModel::summaryChanged);
         model.setCorpus(first);
-        QThread::msleep(300);  // the first scan has ended and its result waits to be delivered
+        AppModelProbe::waitForWork(model);  // the first scan has ended and its result waits to be delivered
         model.setCorpus(second);
         QVERIFY(model.isScanning());
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(model.corpusURL(), second);
         QCOMPARE(model.fileCount(), 2);
         QCOMPARE(summaries.count(), 3);  // cleared twice, set once
-        QTest::qWait(100);
-        QCOMPARE(model.fileCount(), 2);
     }
 
     void aFailedScanOfAnOlderChoiceIsNotReported() {
         TestWorld world;
         AppModel model(world.environment);
         model.setCorpus(world.url("missing"));
-        QThread::msleep(100);
+        AppModelProbe::waitForWork(model);
         model.setCorpus(world.makeCorpus("there"));
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(model.errorMessage(), QString());
@@ -234,8 +232,9 @@ private slots:
         const QUrl corpus = world.makeCorpus("corpus");
         AppModel model(world.environment);
         prepareTrained(model, corpus);
-        const QString damaged =
-            toQString(ModelStore::directory(*model.summary(), world.environment.modelsRoot)) + "/" + file;
+        const QString folder =
+            toQString(ModelStore::directory(*model.summary(), world.environment.modelsRoot));
+        const QString damaged = folder + "/" + file;
         const QByteArray whole = TestWorld::read(damaged);
         const QByteArray cut = whole.left(bytesLeft < 0 ? whole.size() + bytesLeft : bytesLeft);
         TestWorld::write(damaged, cut);
@@ -254,6 +253,14 @@ private slots:
         QVERIFY(model.hasModel());
         QCOMPARE(model.modelProblem(), QString());
         QCOMPARE(TestWorld::read(damaged).size(), whole.size());
+        QCOMPARE(TestWorld::read(folder + ".damaged/" + file), cut);
+
+        TestWorld::write(damaged, cut);
+        prepareTrained(model, corpus);
+        QCOMPARE(TestWorld::read(folder + ".damaged-2/" + file), cut);
+        model.train();  // over a model that is whole
+        QVERIFY(waitUntilIdle(model));
+        QVERIFY(!QFileInfo::exists(folder + ".damaged-3"));
     }
 
     void aModelWithHalfItsFilesIsNone() {
@@ -277,11 +284,10 @@ private slots:
         prepareTrained(model, trained);
         model.setCorpus(trained);
         QVERIFY(QTest::qWaitFor([&] { return model.isLoadingModel(); }));
-        QThread::msleep(300);  // the model is loaded and waits to be delivered
+        AppModelProbe::waitForWork(model);  // the model is loaded and waits to be delivered
         model.setCorpus(other);
         QVERIFY(!model.isLoadingModel());
         QVERIFY(waitUntilIdle(model));
-        QTest::qWait(50);
         QCOMPARE(model.fileCount(), 2);
         QVERIFY(!model.hasModel());
     }
@@ -321,8 +327,8 @@ private slots:
         {
             AppModel model(world.environment);
             for (int i = 0; i < AppModel::recentCorporaLimit + 2; ++i)
-                model.setCorpus(world.url(QStringLiteral("home/folder%1").arg(i)));
-            model.setCorpus(world.url("home/folder5"));
+                prepare(model, world.makeCorpus(QStringLiteral("home/folder%1").arg(i), 1, 0.01));
+            prepare(model, world.url("home/folder5"));
         }
         AppModel model(world.environment);
         const QVariantList recent = model.recentCorpora();
@@ -332,6 +338,18 @@ private slots:
         QCOMPARE(recent.at(1).toMap().value("name").toString(), QStringLiteral("folder9"));
         model.forgetRecentCorpora();
         QCOMPARE(model.recentCorpora().size(), 0);
+    }
+
+    void aFolderThatCannotBeScannedIsNoRecentOne() {
+        TestWorld world;
+        AppModel model(world.environment);
+        model.setCorpus(world.url("missing"));
+        QVERIFY(waitUntilIdle(model));
+        QCOMPARE(model.recentCorpora().size(), 0);
+        model.setCorpus(world.makeCorpus("corpus"));
+        QCOMPARE(model.recentCorpora().size(), 0);  // not before it is scanned
+        QVERIFY(waitUntilIdle(model));
+        QCOMPARE(model.recentCorpora().size(), 1);
     }
 
     void errorsCanBeCopiedAndDismissed() {

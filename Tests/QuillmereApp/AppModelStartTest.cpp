@@ -118,6 +118,13 @@ private slots:
         QCOMPARE(model.errorMessage(), QString());
     }
 
+    void aTemporaryFolderThatIsNoneGivesWayToTheUsualOne() {
+        const QByteArray before = qgetenv("TMPDIR");
+        qputenv("TMPDIR", "/no/such/folder");
+        QCOMPARE(Environment::standard().temporaryFolder, std::filesystem::path("/tmp"));
+        before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+    }
+
     void startsWithDamagedPreferences() {
         TestWorld world;
         TestWorld::write(world.environment.settingsFile, QByteArray("\x00\xff[[[=%%%\ncount", 16));

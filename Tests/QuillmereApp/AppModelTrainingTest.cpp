@@ -1,27 +1,11 @@
 // Training: its options, progress, cancellation and failures.
 
 #include <QObject>
-#include <QThread>
 #include <memory>
 
+#include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereCore/Model/ModelStore.h"
-
-namespace quillmere {
-
-// Hands progress records to a model as its training would.
-struct AppModelProbe {
-    static void receive(AppModel& model, TrainingProgress::Phase phase, std::int64_t step, float loss) {
-        TrainingProgress record;
-        record.phase = phase;
-        record.message = "record";
-        record.step = step;
-        record.loss = loss;
-        model.receive(record);
-    }
-};
-
-}  // namespace quillmere
 
 namespace quillmere::testing {
 

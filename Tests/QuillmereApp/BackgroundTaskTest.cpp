@@ -1,6 +1,7 @@
 #include "QuillmereApp/BackgroundTask.h"
 
 #include <QObject>
+#include <QSemaphore>
 #include <QThread>
 #include <atomic>
 #include <memory>
@@ -91,7 +92,7 @@ private slots:
         }
         QVERIFY(worked);
         owner.reset();
-        QTest::qWait(20);
+        deliverEvents();
         QVERIFY(!answered);
     }
 
@@ -109,10 +110,12 @@ private slots:
     void higherPrioritiesStartFirst() {
         BackgroundTasks tasks(this, 1);
         std::vector<int> order;
-        tasks.run([] { QThread::msleep(100); }, [] {}, [](const TaskFailure&) {});
+        QSemaphore queued;
+        tasks.run([&] { queued.acquire(); }, [] {}, [](const TaskFailure&) {});
         for (int i = 0; i < 5; ++i)
             tasks.run([i] { return i; }, [&](int value) { order.push_back(value); },
                       [](const TaskFailure&) {}, i);
+        queued.release();
         QTRY_COMPARE(order.size(), 5U);
         QCOMPARE(order, std::vector<int>({4, 3, 2, 1, 0}));
     }

@@ -4,6 +4,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 
+#include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
 
 namespace quillmere::testing {
@@ -61,7 +62,8 @@ private slots:
         QCOMPARE(changed.at(0).at(0).toModelIndex().row(), 1);
         QCOMPARE(peaksOf(model, 1).size(), ResultsModel::peakCount);
         QCOMPARE(peaksOf(model, 1).first(), 0.5);
-        QTest::qWait(50);
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
         QCOMPARE(changed.count(), 1);  // kept, and no other row was computed
     }
 
@@ -112,7 +114,8 @@ private slots:
             (void)peaksOf(model, row);
         model.refresh();
         model.setSamples({});
-        QTest::qWait(100);
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
         QCOMPARE(model.count(), 0);
     }
 

@@ -145,6 +145,13 @@ private:
     QTemporaryDir folder_;
 };
 
+// Returns when everything has been delivered that waits now: queued calls, and timers that are due.
+inline void deliverEvents() {
+    bool delivered = false;
+    QTimer::singleShot(0, [&] { QTimer::singleShot(0, [&] { delivered = true; }); });
+    QVERIFY(QTest::qWaitFor([&] { return delivered; }));
+}
+
 // Waits until the model is idle and has looked up what is stored.
 inline bool waitUntilIdle(const AppModel& model, int milliseconds = 30000) {
     return QTest::qWaitFor([&] { return !model.isBusy() && !model.isLoadingModel(); }, milliseconds);
