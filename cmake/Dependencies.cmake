@@ -10,6 +10,10 @@ find_package(nlohmann_json REQUIRED)
 find_package(CLI11 REQUIRED)
 find_package(Threads REQUIRED)
 
+if(QUILLMERE_VULKAN)
+    find_package(Vulkan 1.1 REQUIRED COMPONENTS glslc)
+endif()
+
 if(QUILLMERE_BUILD_APP)
     find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui Qml Quick QuickControls2)
     pkg_check_modules(SDL2 REQUIRED IMPORTED_TARGET sdl2)

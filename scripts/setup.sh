@@ -9,9 +9,10 @@ set -euo pipefail
 # The one list of packages, by what they are needed for.
 build=(g++ cmake ninja-build ccache pkg-config
        libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev
-       nlohmann-json3-dev libcli11-dev)
-run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12)
-test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrogen-drumkits)
+       nlohmann-json3-dev libcli11-dev libvulkan-dev glslc)
+run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12 libvulkan1)
+test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrogen-drumkits
+      mesa-vulkan-drivers vulkan-validationlayers)
 demo=(sonic-pi-samples)
 lint=(clang-format clang-tidy git)
 pictures=(python3 python3-numpy python3-matplotlib flac)

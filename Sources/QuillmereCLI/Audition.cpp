@@ -46,7 +46,7 @@ void requireWritableFile(const std::filesystem::path& file) {
 }
 
 void audition(const AuditionOptions& options, Console& console, const CancelFlag& cancel) {
-    const auto threads = options.compute.limitThreads();
+    const auto compute = options.compute.begin(console);
     const std::filesystem::path output = std::filesystem::absolute(options.output).lexically_normal();
     const Aesthetics aesthetics = options.parameters.aesthetics(console);
     const std::uint64_t seed = options.parameters.seed();

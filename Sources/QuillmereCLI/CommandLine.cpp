@@ -42,6 +42,7 @@ void addCommands(CLI::App& app, Invocation& invocation) {
     addAudition(app, invocation);
     addPresets(app, invocation);
     addParameters(app, invocation);
+    addDevices(app, invocation);
     addModels(app, invocation);
 }
 

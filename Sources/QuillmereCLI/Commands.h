@@ -23,6 +23,7 @@ void addGenerate(CLI::App& app, Invocation& invocation);
 void addAudition(CLI::App& app, Invocation& invocation);
 void addPresets(CLI::App& app, Invocation& invocation);
 void addParameters(CLI::App& app, Invocation& invocation);
+void addDevices(CLI::App& app, Invocation& invocation);
 void addModels(CLI::App& app, Invocation& invocation);
 
 }  // namespace quillmere::cli

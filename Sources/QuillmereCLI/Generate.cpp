@@ -135,7 +135,7 @@ void printResult(const GenerationRequest& request, const std::vector<GeneratedSa
 }
 
 void generate(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
-    const auto threads = options.compute.limitThreads();
+    const auto compute = options.compute.begin(console);
     GenerationRequest request;
     request.count = options.count;
     request.outputDirectory = std::filesystem::absolute(options.output).lexically_normal();

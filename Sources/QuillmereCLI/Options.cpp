@@ -4,6 +4,7 @@
 
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Network/GPU.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -117,11 +118,28 @@ std::filesystem::path CorpusOption::folder() const {
 
 void ComputeOptions::addTo(CLI::App& app) {
     addWholeNumber(app, "--threads", threads_, {1, 1024}, "Threads to use")->default_str("one per processor");
-    addChoice(app, "--device", device_, {"auto", "cpu"}, "Where to compute")->default_str("auto");
+    const auto storeDevice = [this](const std::string& text) {
+        if (text.empty()) throwUsageError("--device", "must not be empty");
+        device_ = text;
+    };
+    app.add_option_function<std::string>("--device", storeDevice,
+                                         "Where to compute; 'devices' lists numbers and names")
+        ->type_name("auto|cpu|gpu|INDEX|NAME")
+        ->default_str("auto");
 }
 
-std::unique_ptr<ThreadLimit> ComputeOptions::limitThreads() const {
-    return threads_ > 0 ? std::make_unique<ThreadLimit>(static_cast<int>(threads_)) : nullptr;
+ComputeOptions::Scope::Scope(const ComputeOptions& options, Console& console)
+    : threads_(options.threads_ > 0 ? std::make_unique<ThreadLimit>(static_cast<int>(options.threads_))
+                                    : nullptr) {
+    GPU::shared().choose(options.device_);
+    GPU::shared().setNotice([&console](const std::string& message) {
+        if (console.terminalWidth()) console.redraw({});
+        console.note(printable(message));
+    });
+}
+
+ComputeOptions::Scope::~Scope() {
+    GPU::shared().setNotice({});
 }
 
 }  // namespace quillmere::cli

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "QuillmereCLI/Console.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 // Options that several commands share, and options with checked values. A value that does not fit is a usage
@@ -65,12 +67,25 @@ private:
     std::filesystem::path folder_;
 };
 
-// --threads N and --device auto|cpu. The processor is the only device there is; both names choose it.
+// --threads N and --device auto|cpu|gpu|INDEX|NAME.
 class ComputeOptions {
 public:
+    // In force while it lives.
+    class Scope {
+    public:
+        Scope(const ComputeOptions& options, Console& console);
+        ~Scope();
+        Scope(const Scope&) = delete;
+        Scope& operator=(const Scope&) = delete;
+
+    private:
+        std::unique_ptr<ThreadLimit> threads_;  // null without --threads
+    };
+
     void addTo(CLI::App& app);
-    // In force while the returned object lives; null without --threads.
-    [[nodiscard]] std::unique_ptr<ThreadLimit> limitThreads() const;
+    // Limits the threads and chooses the device; tells console when the processor has to stand in for it.
+    // Throws network::DeviceError if there is no such device.
+    [[nodiscard]] Scope begin(Console& console) const { return {*this, console}; }
 
 private:
     std::int64_t threads_ = 0;  // 0: one per processor

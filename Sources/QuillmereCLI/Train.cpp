@@ -105,7 +105,7 @@ void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const P
 }
 
 void train(const TrainOptions& options, Console& console, const CancelFlag& cancel) {
-    const auto threads = options.compute.limitThreads();
+    const auto compute = options.compute.begin(console);
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     if (corpus.hasModel() && !options.retrain) {

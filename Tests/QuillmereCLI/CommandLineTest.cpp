@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{"SeedTooLarge", {"train", "x", "--seed", "18446744073709551616"}, "--seed"},
         Misuse{"SeedWord", {"train", "x", "--seed", "abc"}, "abc"},
         Misuse{"ThreadsZero", {"train", "x", "--threads", "0"}, "--threads"},
-        Misuse{"UnknownDevice", {"train", "x", "--device", "gpu"}, "auto and cpu"},
+        Misuse{"EmptyDevice", {"train", "x", "--device", ""}, "must not be empty"},
         Misuse{"UnknownQuality", {"train", "x", "--quality", "best"}, "quick, standard and thorough"},
         Misuse{"UnknownAnalysis", {"train", "x", "--analysis", "odd"}, "auto, percussive and tonal"},
         Misuse{"CountZero", {"generate", "x", "--output", "y", "--count", "0"}, "--count"},

@@ -52,5 +52,33 @@ TEST(Parameters, JSONHoldsEveryColumnOfTheTable) {
     EXPECT_EQ(jitter["default"], 0);
 }
 
+TEST(Devices, TheProcessorComesFirst) {
+    const Outcome outcome = runCommand({"devices"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(outcome.out.starts_with("0  CPU")) << outcome.out;
+}
+
+TEST(Devices, JSONMarksTheOneTakenAutomatically) {
+    const cli::JSON devices = runCommand({"devices", "--json"}).event("result")["devices"];
+    ASSERT_GE(devices.size(), 1U);
+    EXPECT_EQ(devices[0]["index"], 0);
+    EXPECT_EQ(devices[0]["type"], "cpu");
+    EXPECT_EQ(devices[0]["usable"], true);
+    int automatic = 0;
+    for (const cli::JSON& device : devices)
+        automatic += device["automatic"] == true ? 1 : 0;
+    EXPECT_EQ(automatic, 1);
+}
+
+TEST(Devices, AnUnknownOneFailsBeforeAnythingIsRead) {
+    for (const char* const name : {"no such card", "999", "-1"}) {
+        const Outcome outcome = runCommand({"train", "/no such folder", "--device=" + std::string(name)});
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_NE(outcome.err.find("There is no device \"" + std::string(name) + "\""), std::string::npos)
+            << outcome.err;
+        EXPECT_NE(outcome.err.find("quillmere-cli devices"), std::string::npos);
+    }
+}
+
 }  // namespace
 }  // namespace quillmere::testing

@@ -81,13 +81,6 @@ std::vector<std::vector<float>> inChunks(std::span<const std::vector<float>> arr
 
 }  // namespace
 
-GPU& GPU::shared() {
-    static GPU instance;
-    return instance;
-}
-
-GPU::GPU() : backend_(network::makeCPUBackend()) {}
-
 network::Plan VAEGraphBuilder::build() const {
     require(batch >= 1, "a batch must hold at least one image");
     require(config.nMels > 0 && config.nMels % 32 == 0 && config.frames > 0 && config.frames % 32 == 0,

@@ -8,23 +8,10 @@
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Network/GPU.h"
 #include "QuillmereCore/Network/Plan.h"
 
 namespace quillmere {
-
-// The process-wide holder of the compute device.
-class GPU {
-public:
-    // Created on first use; safe to call from any thread.
-    static GPU& shared();
-
-    [[nodiscard]] const network::Device& device() const noexcept { return backend_->device(); }
-    [[nodiscard]] network::Backend& graphDevice() const noexcept { return *backend_; }
-
-private:
-    GPU();
-    std::unique_ptr<network::Backend> backend_;
-};
 
 // Builds the network of a configuration as data.
 struct VAEGraphBuilder {

@@ -1,0 +1,72 @@
+#include <memory>
+
+#include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Network/Devices.h"
+
+namespace quillmere::cli {
+namespace {
+
+using network::DeviceDescription;
+
+void print(const DeviceDescription& device, bool isAutomatic, Console& console) {
+    console.print(std::to_string(device.index) + "  " + printable(device.name) +
+                  (isAutomatic ? "  (taken unless --device says otherwise)" : ""));
+    console.print("   type      " + std::string(rawValue(device.type)));
+    if (device.type == DeviceDescription::Type::processor) return;
+    console.print("   driver    " + device.api + ", " + printable(device.driver));
+    console.print("   memory    " + byteSize(device.limits.memory) + ", tensors up to " +
+                  byteSize(device.limits.largestTensor));
+    console.print("   groups    " + std::to_string(device.limits.workGroupThreads) + " threads, " +
+                  byteSize(device.limits.sharedMemory) + " of shared memory, " +
+                  std::to_string(device.limits.storageBuffers) + " buffers");
+    if (!device.usable()) console.print("   unusable  " + printable(device.problem));
+}
+
+JSON toJSON(const DeviceDescription& device, bool isAutomatic) {
+    JSON item = JSON::object();
+    item["index"] = device.index;
+    item["name"] = device.name;
+    item["type"] = rawValue(device.type);
+    item["automatic"] = isAutomatic;
+    item["usable"] = device.usable();
+    if (!device.usable()) item["problem"] = device.problem;
+    if (device.type == DeviceDescription::Type::processor) return item;
+    item["api"] = device.api;
+    item["driver"] = device.driver;
+    item["memory"] = device.limits.memory;
+    item["largestTensor"] = device.limits.largestTensor;
+    item["sharedMemory"] = device.limits.sharedMemory;
+    item["workGroupThreads"] = device.limits.workGroupThreads;
+    item["workGroups"] = device.limits.workGroups;
+    item["storageBuffers"] = device.limits.storageBuffers;
+    return item;
+}
+
+void listDevices(Console& console) {
+    const std::vector<DeviceDescription> devices = network::computeDevices();
+    const int automatic = network::chosenDevice(devices, "auto");
+    JSON list = JSON::array();
+    for (const DeviceDescription& device : devices) {
+        print(device, device.index == automatic, console);
+        list.push_back(toJSON(device, device.index == automatic));
+    }
+    JSON result = makeResult("devices");
+    result["devices"] = std::move(list);
+    console.emit(result);
+}
+
+}  // namespace
+
+void addDevices(CLI::App& app, Invocation& invocation) {
+    const auto json = std::make_shared<bool>(false);
+    CLI::App* const command = app.add_subcommand("devices", "List what can compute, with its limits");
+    addJSON(*command, *json);
+    command->callback([json, &invocation] {
+        invocation.json = *json;
+        invocation.action = [](Console& console, const CancelFlag&) { listDevices(console); };
+    });
+}
+
+}  // namespace quillmere::cli

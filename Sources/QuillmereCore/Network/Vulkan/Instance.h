@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <vulkan/vulkan.h>
+
+#include "QuillmereCore/Network/Devices.h"
+
+namespace quillmere::network::vulkan {
+
+// Checks by the validation layers, for tests. Every message goes to onMessage, on the thread that causes it.
+struct Validation {
+    enum class Extra { none, synchronization, gpuAssisted };
+    Extra extra = Extra::none;
+    std::function<void(const std::string& message)> onMessage;
+};
+
+// The loaded drivers. Throws DeviceError if there is no driver, or if validation is asked for and the layers
+// are not installed.
+class Instance {
+public:
+    explicit Instance(std::optional<Validation> validation = {});
+    ~Instance();
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+
+    [[nodiscard]] VkInstance get() const { return instance_; }
+    [[nodiscard]] std::vector<VkPhysicalDevice> physicalDevices() const;
+    // The device of that description. Throws DeviceError if it is gone.
+    [[nodiscard]] VkPhysicalDevice find(const DeviceDescription& description) const;
+
+private:
+    std::optional<Validation> validation_;  // the messenger refers to it
+    VkInstance instance_ = VK_NULL_HANDLE;
+    VkDebugUtilsMessengerEXT messenger_ = VK_NULL_HANDLE;
+};
+
+[[nodiscard]] DeviceDescription describe(VkPhysicalDevice device);
+
+// The first queue family that computes; nothing if none does.
+[[nodiscard]] std::optional<std::uint32_t> computeQueueFamily(VkPhysicalDevice device);
+
+}  // namespace quillmere::network::vulkan
