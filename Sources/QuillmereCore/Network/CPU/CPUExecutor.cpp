@@ -14,10 +14,17 @@ namespace {
 // otherwise, and its weight gradient is small enough to exist once per image group.
 constexpr int innerChannels = 96;
 
+// From this many channels on, the transformed tiles of all images are kept until the end of the step, when
+// one product over all of them makes the weight gradient: adding to it after each image would move more
+// memory.
+constexpr int keptChannels = 48;
+
 // Images are divided into this many groups whose gradients are summed separately.
 constexpr int mostGroups = 8;
 
-constexpr int denseColumns = 64;  // of one parallel task
+constexpr int denseColumns = 64;                // of one parallel task
+constexpr int productColumns = 4 * panelWidth;  // of one parallel task
+constexpr int taskRows = 16;                    // of weights: whole lines of both transformed matrices
 constexpr std::size_t adamBlock = 32768;
 
 // Copies the interior of a padded image to and from [position][channel].
@@ -59,30 +66,32 @@ CPUExecutor::CPUExecutor(const Plan& plan, Purpose purpose)
       groupSize_((plan.batch + mostGroups - 1) / mostGroups),
       groups_((plan.batch + groupSize_ - 1) / groupSize_),
       flat_(plan.mean.inputs),
-      parameters_(layout_.size()) {
+      parameters_(arena_.take(layout_.size())) {
     require(flat_ % widthMultiple == 0 && plan.encoder.back().loChannels % widthMultiple == 0,
             "the deepest layer's channels must be a multiple of sixteen");
     if (training()) {
-        gradients_ = FloatBuffer(layout_.size());
-        firstMoment_ = FloatBuffer(layout_.size());
-        secondMoment_ = FloatBuffer(layout_.size());
+        gradients_ = arena_.take(layout_.size());
+        firstMoment_ = arena_.take(layout_.size());
+        secondMoment_ = arena_.take(layout_.size());
     }
     makeLayers();
+    makeWeightTasks();
     makeTensors();
+    makeBatchTiles();
     makeWorkers();
     makeDense();
 }
 
 // ---- Construction
 
-CPUExecutor::Activations CPUExecutor::makeActivations(int images, int height, int width, int channels) const {
+CPUExecutor::Activations CPUExecutor::makeActivations(int images, int height, int width, int channels) {
     Activations tensors;
-    tensors.act = PaddedTensor(images, height, width, channels);
-    if (training()) tensors.derivative = PaddedTensor(images, height, width, channels);
+    tensors.act = PaddedTensor(arena_, images, height, width, channels);
+    if (training()) tensors.derivative = PaddedTensor(arena_, images, height, width, channels);
     return tensors;
 }
 
-void CPUExecutor::makeLayer(Layer& layer, const ConvLayer& spec, bool inner) const {
+void CPUExecutor::makeLayer(Layer& layer, const ConvLayer& spec, bool inner) {
     require(spec.hiChannels % channelMultiple == 0 && spec.loChannels % channelMultiple == 0,
             "channel counts must be multiples of eight");
     require(spec.activation == Activation::silu, "convolution layers end in SiLU");
@@ -91,28 +100,35 @@ void CPUExecutor::makeLayer(Layer& layer, const ConvLayer& spec, bool inner) con
     const TileGeometry& g = layer.geometry;
     const bool up = spec.kind == ConvLayer::Kind::up;
     const std::size_t taps = static_cast<std::size_t>(16) * g.loChannels * g.hiChannels;
-    layer.UT = FloatBuffer(9 * g.weightPlane());
-    if (!up || training()) {
-        layer.U = FloatBuffer(static_cast<std::size_t>(9) * g.groupChannels * g.loChannelsPadded);
+    const bool down = !up || training();  // is multiplied in this direction
+    if (inner) {
+        if (down) {
+            layer.KT = arena_.take(static_cast<std::size_t>(16) * g.hiChannels * g.loChannelsPadded);
+        }
+    } else {
+        layer.UT = arena_.take(transformPlanes * g.weightPlane());
+        if (down) layer.U = arena_.take(transformPlanes * g.downPlane());
     }
     if (up) {
-        layer.kernel = FloatBuffer(taps);
-        layer.biasTwice = FloatBuffer(static_cast<std::size_t>(2) * g.hiChannels);
+        layer.kernel = arena_.take(taps);
+        layer.biasTwice = arena_.take(static_cast<std::size_t>(2) * g.hiChannels);
     }
-    layer.weights = {layer.U.data(), layer.UT.data(),
-                     up ? layer.biasTwice.data() : parameters_.data() + layout_.offset(spec.bias)};
+    layer.weights = {.U = layer.U.data(),
+                     .UT = layer.UT.data(),
+                     .KT = layer.KT.data(),
+                     .K = up ? layer.kernel.data() : parameters_.data() + layout_.offset(spec.weight),
+                     .bias = up ? layer.biasTwice.data() : parameters_.data() + layout_.offset(spec.bias)};
     if (!training()) return;
-    if (up) layer.kernelGradient = FloatBuffer(taps);
-    const int parts = inner ? 1 : groups_;
-    for (int i = 0; i < parts; ++i)
-        layer.dUParts.push_back(layer.dU.emplace_back(9 * g.weightPlane()).data());
-    for (int i = 0; i < groups_; ++i) {
-        layer.biasGradient.emplace_back(static_cast<std::size_t>(up ? g.loChannels : 2 * g.hiChannels));
+    if (up) layer.kernelGradient = arena_.take(taps);
+    if (g.hiChannels < keptChannels) {
+        const std::size_t part = transformPlanes * g.weightPlane();
+        layer.dU = arena_.take(groups_ * part);
+        for (int i = 0; i < groups_; ++i)
+            layer.dUParts.push_back(layer.dU.data() + i * part);
     }
-    if (inner) {
-        layer.keptV = FloatBuffer(9 * g.batchTiles() * g.groupChannels);
-        layer.keptZ = FloatBuffer(9 * g.batchTiles() * g.loChannels);
-        layer.kept = {layer.keptV.data(), layer.keptZ.data()};
+    for (int i = 0; i < groups_; ++i) {
+        layer.biasGradient.push_back(
+            arena_.take(static_cast<std::size_t>(up ? g.loChannels : 2 * g.hiChannels)));
     }
 }
 
@@ -132,20 +148,26 @@ void CPUExecutor::makeLayers() {
         if (inner) outerDecoder_ = k + 1;
         makeLayer(decoder_[k], spec, inner);
     }
-    // The largest layers first, so that the last tasks to finish are small ones.
-    const auto addRowTasks = [&](Layer& layer) {
-        for (int row = 0; row < layer.geometry.loChannels; row += channelMultiple) {
-            rowTasks_.push_back({&layer, row});
-        }
+}
+
+// The largest layers first, so that the last tasks to finish are small ones.
+void CPUExecutor::makeWeightTasks() {
+    const auto add = [&](Layer& layer) {
+        const TileGeometry& g = layer.geometry;
+        for (int row = 0; row < g.loChannels; row += taskRows)
+            rowTasks_.push_back({&layer, row, std::min(taskRows, g.loChannels - row)});
+        if (!layer.dUParts.empty() || !training()) return;
+        for (int column = 0; column < g.groupChannels; column += panelWidth)
+            columnTasks_.push_back({&layer, column, std::min(panelWidth, g.groupChannels - column)});
     };
     for (std::size_t k = encoder_.size(); k-- > 0;)
-        addRowTasks(encoder_[k]);
+        add(encoder_[k]);
     for (Layer& layer : decoder_)
-        addRowTasks(layer);
+        add(layer);
 }
 
 void CPUExecutor::makeTensors() {
-    input_ = PaddedTensor(batch_, plan_.height, plan_.width, 1);
+    input_ = PaddedTensor(arena_, batch_, plan_.height, plan_.width, 1);
     for (const ConvLayer& layer : plan_.encoder) {
         encoderTensors_.push_back(makeActivations(batch_, layer.loHeight, layer.loWidth, layer.loChannels));
     }
@@ -158,35 +180,70 @@ void CPUExecutor::makeTensors() {
     }
 }
 
+void CPUExecutor::makeBatchTiles() {
+    std::size_t largest = 0;
+    const auto planes = [](const TileGeometry& g, int width) {
+        return transformPlanes * planeStride(g.batchTiles() * width);
+    };
+    for (std::vector<Layer>* layers : {&encoder_, &decoder_}) {
+        for (Layer& layer : *layers) {
+            const TileGeometry& g = layer.geometry;
+            const bool kept = training() && layer.dUParts.empty();
+            if (!g.staged && !kept) continue;
+            const bool up = layer.spec.kind == ConvLayer::Kind::up;
+            if (training() || !up) layer.batchV = arena_.take(planes(g, g.groupChannels));
+            if (training() || up) layer.batchZ = arena_.take(planes(g, g.loChannels));
+            if (g.staged)
+                largest = std::max(largest, planes(g, std::max(g.groupChannels, g.loChannelsPadded)));
+        }
+    }
+    batchM_ = arena_.take(largest);
+    for (std::vector<Layer>* layers : {&encoder_, &decoder_}) {
+        for (Layer& layer : *layers) {
+            layer.batchTiles = {layer.batchV.data(), layer.batchZ.data(),
+                                layer.geometry.staged ? batchM_.data() : nullptr};
+        }
+    }
+}
+
 void CPUExecutor::makeWorkers() {
     std::size_t v = 0;
     std::size_t z = 0;
     std::size_t m = 0;
     std::size_t carry = 0;
+    std::size_t gradient = 0;
+    int panel = 0;
     for (const std::vector<Layer>* layers : {&encoder_, &decoder_}) {
         for (const Layer& layer : *layers) {
             const TileGeometry& g = layer.geometry;
-            const std::size_t tiles = 9 * g.chunkTiles(groupSize_);
-            const std::size_t widest = std::max(g.groupChannels, g.loChannelsPadded);
-            m = std::max(m, tiles * widest);
-            if (!layer.kept.V) {
-                v = std::max(v, tiles * g.groupChannels);
-                z = std::max(z, tiles * g.loChannels);
+            if (layer.dUParts.empty()) gradient = std::max(gradient, g.gradientScratch());
+            if (g.staged) {
+                panel = std::max({panel, g.groupChannels, g.loChannels});
+                continue;
             }
-            carry = std::max(carry, static_cast<std::size_t>(3) * g.tileCols * g.groupChannels);
+            const auto planes = [&](int width) {
+                return transformPlanes * planeStride(g.chunkTiles() * width);
+            };
+            v = std::max(v, planes(g.groupChannels));
+            z = std::max(z, planes(g.loChannels));
+            m = std::max(m, planes(std::max(g.groupChannels, g.loChannelsPadded)));
+            carry = std::max(carry, static_cast<std::size_t>(4) * g.tileCols * g.groupChannels);
         }
     }
     workers_.resize(team_.threads());
     for (Worker& worker : workers_) {
-        worker.V = FloatBuffer(v);
-        worker.Z = FloatBuffer(z);
-        worker.M = FloatBuffer(m);
-        worker.carry = FloatBuffer(carry);
-        worker.strip = FloatBuffer(outputStrip(plan_.width, plan_.output.channels));
-        worker.scratch = {worker.V.data(), worker.Z.data(), worker.M.data(), worker.carry.data()};
+        worker.V = arena_.take(v);
+        worker.Z = arena_.take(z);
+        worker.M = arena_.take(m);
+        worker.panel = arena_.take(static_cast<std::size_t>(panel) * panelWidth);
+        worker.carry = arena_.take(carry);
+        worker.strip = arena_.take(outputStrip(plan_.width, plan_.output.channels));
+        worker.scratch = {worker.V.data(), worker.Z.data(), worker.M.data(), worker.panel.data(),
+                          worker.carry.data()};
         if (training()) {
-            worker.recon = FloatBuffer(plan_.imageSize());
-            worker.dRecon = PaddedTensor(1, plan_.height, plan_.width, 1);
+            worker.gradient = arena_.take(gradient);
+            worker.recon = arena_.take(plan_.imageSize());
+            worker.dRecon = PaddedTensor(arena_, 1, plan_.height, plan_.width, 1);
         }
         for (std::size_t k = outerDecoder_; k < decoder_.size(); ++k) {
             const ConvLayer& layer = plan_.decoder[k];
@@ -200,21 +257,21 @@ void CPUExecutor::makeDense() {
     const auto batch = static_cast<std::size_t>(batch_);
     const std::size_t flat = batch * flat_;
     const std::size_t latent = batch * layout_.latentPadded();
-    flatActivations_ = FloatBuffer(flat);
-    dense_ = FloatBuffer(flat);
-    heads_ = FloatBuffer(2 * latent);
-    latent_ = FloatBuffer(latent);
+    flatActivations_ = arena_.take(flat);
+    dense_ = arena_.take(flat);
+    heads_ = arena_.take(2 * latent);
+    latent_ = arena_.take(latent);
     if (!training()) return;
-    flatGradient_ = FloatBuffer(flat);
-    denseGradient_ = FloatBuffer(flat);
-    headGradient_ = FloatBuffer(2 * latent);
-    deviation_ = FloatBuffer(latent);
-    latentGradient_ = FloatBuffer(latent);
+    flatGradient_ = arena_.take(flat);
+    denseGradient_ = arena_.take(flat);
+    headGradient_ = arena_.take(2 * latent);
+    deviation_ = arena_.take(latent);
+    latentGradient_ = arena_.take(latent);
     const std::size_t stem = plan_.encoder.front().loChannels;
     const std::size_t last = plan_.output.channels;
     for (int i = 0; i < groups_; ++i) {
-        stemGradient_.emplace_back(16 * stem);
-        outputGradient_.emplace_back(10 * last);
+        stemGradient_.push_back(arena_.take(16 * stem));
+        outputGradient_.push_back(arena_.take(10 * last));
     }
     squaredError_.resize(batch);
     reconGradientSum_.resize(batch);
@@ -244,14 +301,17 @@ std::vector<std::vector<float>> CPUExecutor::gradients() const {
 void CPUExecutor::prepareWeights() {
     if (prepared_) return;
     run(rowTasks_.size(), [&](int index, int) {
-        Layer& layer = *rowTasks_[index].layer;
-        const int row = rowTasks_[index].row;
-        const float* kernel = parameters_.data() + layout_.offset(layer.spec.weight);
-        if (layer.spec.kind == ConvLayer::Kind::up) {
-            kernels_.foldKernel(layer.geometry, kernel, layer.kernel.data(), row);
-            kernel = layer.kernel.data();
+        const auto [layer, row, rows] = rowTasks_[index];
+        const float* kernel = parameters_.data() + layout_.offset(layer->spec.weight);
+        if (layer->spec.kind == ConvLayer::Kind::up) {
+            kernels_.foldKernel(layer->geometry, kernel, layer->kernel.data(), row, rows);
+            kernel = layer->kernel.data();
         }
-        kernels_.transformWeights(layer.geometry, kernel, layer.UT.data(), layer.U.data(), row);
+        if (!layer->geometry.staged) {
+            kernels_.transformWeights(layer->geometry, kernel, layer->UT.data(), layer->U.data(), row, rows);
+        } else if (!layer->KT.empty()) {
+            kernels_.transposeWeights(layer->geometry, kernel, layer->KT.data(), row, rows);
+        }
     });
     for (Layer& layer : decoder_) {
         const float* const bias = parameters_.data() + layout_.offset(layer.spec.bias);
@@ -265,7 +325,8 @@ void CPUExecutor::prepareWeights() {
 // ---- Helpers
 
 LayerCall CPUExecutor::call(const Layer& layer, int worker, ImageRange images) const {
-    return {layer.geometry, layer.weights, workers_[worker].scratch, layer.kept, images.first, images.second};
+    return {layer.geometry,   layer.weights, workers_[worker].scratch,
+            layer.batchTiles, images.first,  images.second};
 }
 
 CPUExecutor::ImageRange CPUExecutor::group(std::size_t index) const {
@@ -294,7 +355,6 @@ void CPUExecutor::multiplyTransposedAParallel(int m, int n, int k, const float* 
         const int first = index * denseColumns;
         const int rows = std::min(denseColumns, m - first);
         float* const c = C + static_cast<std::size_t>(first) * n;
-        std::memset(c, 0, static_cast<std::size_t>(rows) * n * sizeof(float));
         kernels_.multiplyTransposedA(rows, n, k, A + first, lda, B, n, c, n);
     });
 }
@@ -304,6 +364,26 @@ void CPUExecutor::multiplyTransposedBParallel(int n, int k, const float* A, cons
         const int first = index * denseColumns;
         kernels_.multiplyTransposedB(batch_, std::min(denseColumns, n - first), k, A, k,
                                      B + static_cast<std::size_t>(first) * k, k, C + first, n);
+    });
+}
+
+void CPUExecutor::multiplyDown(const Layer& layer) {
+    const int width = layer.geometry.loChannelsPadded;
+    const int parts = (width + productColumns - 1) / productColumns;
+    run(static_cast<std::size_t>(transformPlanes) * parts, [&](int index, int worker) {
+        const int column = index % parts * productColumns;
+        kernels_.productsDown(call(layer, worker, {0, batch_}), index / parts, column,
+                              std::min(width, column + productColumns));
+    });
+}
+
+void CPUExecutor::multiplyUp(const Layer& layer) {
+    const int width = layer.geometry.groupChannels;
+    const int parts = (width + productColumns - 1) / productColumns;
+    run(static_cast<std::size_t>(transformPlanes) * parts, [&](int index, int worker) {
+        const int column = index % parts * productColumns;
+        kernels_.productsUp(call(layer, worker, {0, batch_}), index / parts, column,
+                            std::min(width, column + productColumns));
     });
 }
 
@@ -322,20 +402,29 @@ void CPUExecutor::loadImages(std::span<const float> x) {
 }
 
 void CPUExecutor::encodeLayers() {
-    const auto down = [&](std::size_t k, int worker, ImageRange images) {
-        kernels_.downForward(call(encoder_[k], worker, images), encoderTensors_[k].act.view(),
-                             encoderTensors_[k + 1].act.view(), encoderTensors_[k + 1].derivative.view());
-    };
+    const auto input = [&](std::size_t k) { return encoderTensors_[k].act.view(); };
     const ConvLayer& stem = plan_.encoder.front();
     run(batch_, [&](int n, int worker) {
         kernels_.stemForward(input_.view(), parameters_.data() + layout_.offset(stem.weight),
-                             parameters_.data() + layout_.offset(stem.bias), encoderTensors_[0].act.view(),
+                             parameters_.data() + layout_.offset(stem.bias), input(0),
                              encoderTensors_[0].derivative.view(), n);
-        for (std::size_t k = 0; k < innerEncoder_; ++k)
-            down(k, worker, {n, n + 1});
+        const ImageRange image{n, n + 1};
+        for (std::size_t k = 0; k < innerEncoder_; ++k) {
+            kernels_.downForward(call(encoder_[k], worker, image), input(k), input(k + 1),
+                                 encoderTensors_[k + 1].derivative.view());
+        }
+        if (innerEncoder_ < encoder_.size())
+            kernels_.transformHi(call(encoder_[innerEncoder_], worker, image), input(innerEncoder_));
     });
     for (std::size_t k = innerEncoder_; k < encoder_.size(); ++k) {
-        run(groups_, [&](int g, int worker) { down(k, worker, group(g)); });
+        multiplyDown(encoder_[k]);
+        run(batch_, [&](int n, int worker) {
+            const ImageRange image{n, n + 1};
+            kernels_.activateLo(call(encoder_[k], worker, image), input(k + 1),
+                                encoderTensors_[k + 1].derivative.view());
+            if (k + 1 < encoder_.size())
+                kernels_.transformHi(call(encoder_[k + 1], worker, image), input(k + 1));
+        });
     }
 }
 
@@ -383,18 +472,21 @@ void CPUExecutor::decodeInner() {
     const PaddedView derivative = decoderStart_.derivative.view();
     const float* const bias = parameters_.data() + layout_.offset(plan_.decoderInput.bias);
     const std::size_t row = static_cast<std::size_t>(act.width) * act.channels;
-    for (int n = 0; n < batch_; ++n) {
+    run(batch_, [&](int n, int worker) {
         const float* const x = dense_.data() + static_cast<std::size_t>(n) * flat_;
         for (int y = 0; y < act.height; ++y) {
             kernels_.biasSilu(row, x + y * row, bias + y * row, act.at(n, y, 0),
                               derivative.data ? derivative.at(n, y, 0) : nullptr);
         }
-    }
+        if (outerDecoder_ > 0) kernels_.transformLo(call(decoder_[0], worker, {n, n + 1}), act);
+    });
     for (std::size_t k = 0; k < outerDecoder_; ++k) {
-        const Activations& in = k == 0 ? decoderStart_ : decoderTensors_[k - 1];
-        run(groups_, [&](int g, int worker) {
-            kernels_.upForward(call(decoder_[k], worker, group(g)), in.act.view(),
-                               decoderTensors_[k].act.view(), decoderTensors_[k].derivative.view());
+        multiplyUp(decoder_[k]);
+        if (k + 1 == outerDecoder_) return;
+        run(batch_, [&](int n, int worker) {
+            const Activations& out = decoderTensors_[k];
+            kernels_.activateHi(call(decoder_[k], worker, {n, n + 1}), out.act.view(), out.derivative.view());
+            kernels_.transformLo(call(decoder_[k + 1], worker, {n, n + 1}), out.act.view());
         });
     }
 }
@@ -402,7 +494,12 @@ void CPUExecutor::decodeInner() {
 void CPUExecutor::decodeOuter(Worker& worker, int workerIndex, int image, float* recon) {
     // The first outer layer reads image `image` of the batch; the worker's own tensors hold one image, which
     // goes by the same number.
-    PaddedView lo = (outerDecoder_ == 0 ? decoderStart_ : decoderTensors_.back()).act.view();
+    const Activations& batchInput = outerDecoder_ == 0 ? decoderStart_ : decoderTensors_.back();
+    PaddedView lo = batchInput.act.view();
+    if (outerDecoder_ > 0) {
+        kernels_.activateHi(call(decoder_[outerDecoder_ - 1], workerIndex, {image, image + 1}), lo,
+                            batchInput.derivative.view());
+    }
     for (std::size_t k = outerDecoder_; k < decoder_.size(); ++k) {
         const Activations& out = worker.decoder[k - outerDecoder_];
         const PaddedView act = out.act.view().renumbered(0, image);
@@ -513,18 +610,24 @@ void CPUExecutor::outerDecoderStepForImage(int image, std::size_t groupIndex, in
         const PaddedView dLo = first ? batchInput.derivative.view() : gradientView(k - 1);
         Layer& layer = decoder_[k];
         kernels_.upBackward(call(layer, workerIndex, {image, image + 1}), gradientView(k), loAct, dLo,
-                            layer.biasGradient[groupIndex].data(), layer.dU[groupIndex].data());
+                            layer.biasGradient[groupIndex].data(),
+                            layer.dUParts.empty() ? nullptr : layer.dUParts[groupIndex]);
+    }
+    if (outerDecoder_ > 0) {
+        kernels_.transformHi(call(decoder_[outerDecoder_ - 1], workerIndex, {image, image + 1}),
+                             decoderTensors_.back().derivative.view());
     }
 }
 
 void CPUExecutor::innerDecoderBackward() {
     for (std::size_t k = outerDecoder_; k-- > 0;) {
         Layer& layer = decoder_[k];
-        const Activations& in = k == 0 ? decoderStart_ : decoderTensors_[k - 1];
+        const PaddedView gradient = (k == 0 ? decoderStart_ : decoderTensors_[k - 1]).derivative.view();
+        multiplyDown(layer);
         run(groups_, [&](int g, int worker) {
             layer.biasGradient[g].clear();
-            kernels_.upBackward(call(layer, worker, group(g)), decoderTensors_[k].derivative.view(),
-                                in.act.view(), in.derivative.view(), layer.biasGradient[g].data(), nullptr);
+            kernels_.gradientLo(call(layer, worker, group(g)), gradient, layer.biasGradient[g].data());
+            if (k > 0) kernels_.transformHi(call(decoder_[k - 1], worker, group(g)), gradient);
         });
     }
 }
@@ -594,50 +697,73 @@ void CPUExecutor::denseBackward(std::span<const float> eps, float klWeight) {
 }
 
 void CPUExecutor::encoderBackward() {
-    const auto backward = [&](std::size_t k, int worker, ImageRange images, std::size_t g, float* dU) {
-        Layer& layer = encoder_[k];
-        kernels_.downBackward(call(layer, worker, images), encoderTensors_[k + 1].derivative.view(),
-                              encoderTensors_[k].act.view(), encoderTensors_[k].derivative.view(),
-                              layer.biasGradient[g].data(), dU);
-    };
+    const auto gradient = [&](std::size_t k) { return encoderTensors_[k].derivative.view(); };
+    if (innerEncoder_ < encoder_.size()) {
+        run(batch_, [&](int n, int worker) {
+            kernels_.transformLo(call(encoder_.back(), worker, {n, n + 1}), gradient(encoder_.size()));
+        });
+    }
     for (std::size_t k = encoder_.size(); k-- > innerEncoder_;) {
+        multiplyUp(encoder_[k]);
+        if (k == innerEncoder_) break;
         run(groups_, [&](int g, int worker) {
-            encoder_[k].biasGradient[g].clear();
-            backward(k, worker, group(g), g, nullptr);
+            innerGradient(k, g, worker);
+            kernels_.transformLo(call(encoder_[k - 1], worker, group(g)), gradient(k));
         });
     }
     run(groups_, [&](int g, int worker) {
+        if (innerEncoder_ < encoder_.size()) innerGradient(innerEncoder_, g, worker);
         for (std::size_t k = 0; k < innerEncoder_; ++k)
             encoder_[k].biasGradient[g].clear();
         stemGradient_[g].clear();
         const auto [first, last] = group(g);
         for (int n = first; n < last; ++n) {
             for (std::size_t k = innerEncoder_; k-- > 0;) {
-                backward(k, worker, {n, n + 1}, g, encoder_[k].dU[g].data());
+                Layer& layer = encoder_[k];
+                kernels_.downBackward(call(layer, worker, {n, n + 1}), gradient(k + 1),
+                                      encoderTensors_[k].act.view(), gradient(k),
+                                      layer.biasGradient[g].data(),
+                                      layer.dUParts.empty() ? nullptr : layer.dUParts[g]);
             }
-            kernels_.stemGradient(input_.view(), encoderTensors_[0].derivative.view(),
-                                  stemGradient_[g].data(), n);
+            kernels_.stemGradient(input_.view(), gradient(0), stemGradient_[g].data(), n);
         }
     });
 }
 
+// The gradient of an inner encoder layer's input for one image group.
+void CPUExecutor::innerGradient(std::size_t k, std::size_t groupIndex, int worker) {
+    Layer& layer = encoder_[k];
+    layer.biasGradient[groupIndex].clear();
+    kernels_.gradientHi(call(layer, worker, group(groupIndex)), encoderTensors_[k].derivative.view(),
+                        layer.biasGradient[groupIndex].data());
+}
+
 void CPUExecutor::collectGradients() {
+    collectKeptWeightGradients();
     collectWeightGradients();
     collectBiasGradients();
 }
 
+void CPUExecutor::collectKeptWeightGradients() {
+    run(columnTasks_.size(), [&](int index, int worker) {
+        const auto [layer, column, columns] = columnTasks_[index];
+        float* const dK = layer->spec.kind == ConvLayer::Kind::down
+                              ? gradients_.data() + layout_.offset(layer->spec.weight)
+                              : layer->kernelGradient.data();
+        kernels_.weightGradientColumns(layer->geometry, layer->batchTiles, workers_[worker].gradient.data(),
+                                       dK, column, columns);
+    });
+}
+
 void CPUExecutor::collectWeightGradients() {
     run(rowTasks_.size(), [&](int index, int) {
-        Layer& layer = *rowTasks_[index].layer;
-        const int row = rowTasks_[index].row;
-        if (layer.kept.V) kernels_.weightGradientRows(layer.geometry, layer.kept, layer.dU[0].data(), row);
-        float* const gradient = gradients_.data() + layout_.offset(layer.spec.weight);
-        if (layer.spec.kind == ConvLayer::Kind::down) {
-            kernels_.untransformGradient(layer.geometry, layer.dUParts, gradient, row);
-        } else {
-            kernels_.untransformGradient(layer.geometry, layer.dUParts, layer.kernelGradient.data(), row);
-            kernels_.unfoldGradient(layer.geometry, layer.kernelGradient.data(), gradient, row);
-        }
+        const auto [layer, row, rows] = rowTasks_[index];
+        const bool down = layer->spec.kind == ConvLayer::Kind::down;
+        float* const gradient = gradients_.data() + layout_.offset(layer->spec.weight);
+        float* const dK = down ? gradient : layer->kernelGradient.data();
+        if (!layer->dUParts.empty())
+            kernels_.untransformGradient(layer->geometry, layer->dUParts, dK, row, rows);
+        if (!down) kernels_.unfoldGradient(layer->geometry, dK, gradient, row, rows);
     });
 }
 

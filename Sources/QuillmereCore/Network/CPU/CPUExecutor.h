@@ -18,11 +18,12 @@ namespace quillmere::network::cpu {
 
 // A plan on the processor's vector units. Tensors are [image][row][column][channel] with a zero border.
 //
-// Layers with many channels (inner layers) are worked through for the whole batch, one parallel loop each.
-// The others (outer layers) are worked through image by image: from the middle of the decoder through output
-// layer, loss and back, one image is one task, so that its activations stay in the cache and exist once per
-// worker. Gradients are summed per image group and the groups in a fixed order: the number of groups does not
-// depend on the number of threads, so neither do the results. Nothing is allocated after construction.
+// Layers with many channels (inner layers) are worked through for the whole batch: one parallel loop over
+// planes multiplies, another over images finishes a layer and transforms the tiles of the next. The others
+// (outer layers) are worked through image by image: from the middle of the decoder through output layer, loss
+// and back, one image is one task, so that its activations stay in the cache and exist once per worker.
+// Gradients are summed per image group and the groups in a fixed order: the number of groups does not depend
+// on the number of threads, so neither do the results. Nothing is allocated after construction.
 class CPUExecutor final : public Executor {
 public:
     CPUExecutor(const Plan& plan, Purpose purpose);
@@ -45,37 +46,40 @@ private:
     struct Layer {
         ConvLayer spec;
         TileGeometry geometry;
-        FloatBuffer U, UT;
+        FloatBuffer U, UT, KT;
         FloatBuffer kernel;          // up: the 3x3 kernel as 4x4, [16][lo][hi]
         FloatBuffer kernelGradient;  // the same for its gradient
         FloatBuffer biasTwice;       // up: [2][hi]
-        FloatBuffer keptV, keptZ;    // inner layers in training
-        BatchTiles kept;
+        FloatBuffer batchV, batchZ;
+        BatchTiles batchTiles;
         LayerWeights weights;
-        std::vector<FloatBuffer> dU;  // per image group; one for inner layers
-        std::vector<float*> dUParts;
+        FloatBuffer dU;                         // [groups][planes][lo][group], unless tiles are kept
+        std::vector<float*> dUParts;            // per image group
         std::vector<FloatBuffer> biasGradient;  // per image group: of the bias that feeds this layer's input
     };
 
     struct Worker {
-        FloatBuffer V, Z, M, carry, strip, recon;
+        FloatBuffer V, Z, M, panel, carry, gradient, strip, recon;
         PaddedTensor dRecon;
         std::vector<Activations> decoder;  // outer decoder layers, one image
         Scratch scratch{};
     };
 
-    struct RowTask {
+    // Some rows or columns of a layer's weights.
+    struct WeightTask {
         Layer* layer;
-        int row;
+        int first, count;
     };
 
     using ImageRange = std::pair<int, int>;
 
     [[nodiscard]] bool training() const { return purpose_ == Purpose::training; }
-    Activations makeActivations(int images, int height, int width, int channels) const;
-    void makeLayer(Layer& layer, const ConvLayer& spec, bool inner) const;
+    Activations makeActivations(int images, int height, int width, int channels);
+    void makeLayer(Layer& layer, const ConvLayer& spec, bool inner);
     void makeLayers();
     void makeTensors();
+    void makeWeightTasks();
+    void makeBatchTiles();
     void makeWorkers();
     void makeDense();
     [[nodiscard]] LayerCall call(const Layer& layer, int worker, ImageRange images) const;
@@ -87,14 +91,19 @@ private:
     void multiplyTransposedAParallel(int m, int n, int k, const float* A, int lda, const float* B, float* C);
     void multiplyTransposedBParallel(int n, int k, const float* A, const float* B, float* C);
 
+    // The products of an inner layer.
+    void multiplyDown(const Layer& layer);
+    void multiplyUp(const Layer& layer);
+
     void prepareWeights();
     void loadImages(std::span<const float> x);
     void encodeLayers();
     void encodeHeads();
+    // All of the decoder's inner layers but for the activations of the last.
     void decodeInner();
-    // Outer decoder layers and output layer of one image on a worker's tensors.
+    // What remains of an image: last inner layer's activations, outer layers and output layer on a worker's
+    // tensors.
     void decodeOuter(Worker& worker, int workerIndex, int image, float* recon);
-    [[nodiscard]] PaddedView decoderInput(int layer, const Worker& worker, int image) const;
 
     double latentForward(std::span<const float> eps);
     void outerDecoderStep();
@@ -102,7 +111,9 @@ private:
     void innerDecoderBackward();
     void denseBackward(std::span<const float> eps, float klWeight);
     void encoderBackward();
+    void innerGradient(std::size_t layer, std::size_t groupIndex, int worker);
     void collectGradients();
+    void collectKeptWeightGradients();
     void collectWeightGradients();
     void collectBiasGradients();
     void update(float learningRate);
@@ -118,12 +129,14 @@ private:
     int flat_;  // floats of the flattened deepest tensor, [position][channel]
     bool prepared_ = false;
 
+    FloatArena arena_;
     FloatBuffer parameters_, gradients_, firstMoment_, secondMoment_;
     // encoder_[0] is the layer after the stem.
     std::vector<Layer> encoder_, decoder_;
-    std::size_t innerEncoder_ = 0;  // first inner encoder layer
-    std::size_t outerDecoder_ = 0;  // first outer decoder layer
-    std::vector<RowTask> rowTasks_;
+    std::size_t innerEncoder_ = 0;         // first inner encoder layer
+    std::size_t outerDecoder_ = 0;         // first outer decoder layer
+    std::vector<WeightTask> rowTasks_;     // all layers
+    std::vector<WeightTask> columnTasks_;  // layers whose tiles are kept
     std::vector<Worker> workers_;
 
     PaddedTensor input_;
@@ -133,6 +146,7 @@ private:
     // Dense part: [batch][flat], [batch][2 * latentPadded], [batch][latentPadded].
     FloatBuffer flatActivations_, flatGradient_, heads_, headGradient_, deviation_, latent_, latentGradient_;
     FloatBuffer dense_, denseGradient_;
+    FloatBuffer batchM_;  // of one inner layer at a time
     // Per image group.
     std::vector<FloatBuffer> stemGradient_;  // [16][channels]
     std::vector<FloatBuffer>

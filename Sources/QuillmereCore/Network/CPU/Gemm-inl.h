@@ -32,8 +32,9 @@ struct MatrixView {
 };
 
 enum class Product {
-    plain,        // C = A B, A [rows][depth]
-    transposedA,  // C += A^T B, A [depth][rows]
+    plain,           // C = A B, A [rows][depth]
+    transposedA,     // C = A^T B, A [depth][rows]
+    transposedASum,  // C += A^T B
 };
 
 // C [rows][vectors of columns] from B [depth][columns].
@@ -67,7 +68,7 @@ HWY_INLINE void productTile(std::size_t depth, MatrixView A, MatrixView B, float
 #pragma GCC unroll 16
         for (int v = 0; v < vectors; ++v) {
             float* const c = C + r * ldc + v * lanesOf<FullTag>;
-            if constexpr (product == Product::transposedA) sum[r][v] = hn::Add(hn::LoadU(d, c), sum[r][v]);
+            if constexpr (product == Product::transposedASum) sum[r][v] = hn::Add(hn::LoadU(d, c), sum[r][v]);
             hn::StoreU(sum[r][v], d, c);
         }
     }
@@ -127,6 +128,11 @@ HWY_INLINE void multiplyPanels(int m, int n, int k, const float* A, int lda, con
 inline HWY_ATTR void multiply(int m, int n, int k, const float* A, int lda, const float* B, int ldb, float* C,
                               int ldc) {
     multiplyPanels<Product::plain>(m, n, k, A, lda, B, ldb, C, ldc);
+}
+
+inline HWY_ATTR void addTransposedA(int m, int n, int k, const float* A, int lda, const float* B, int ldb,
+                                    float* C, int ldc) {
+    multiplyPanels<Product::transposedASum>(m, n, k, A, lda, B, ldb, C, ldc);
 }
 
 inline HWY_ATTR void multiplyTransposedA(int m, int n, int k, const float* A, int lda, const float* B,

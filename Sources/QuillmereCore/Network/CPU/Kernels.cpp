@@ -26,8 +26,17 @@ const KernelTable* table() {
         .upForward = upForward,
         .downBackward = downBackward,
         .upBackward = upBackward,
-        .weightGradientRows = weightGradientRows,
+        .transformHi = transformHi,
+        .transformLo = transformLo,
+        .productsDown = productsDown,
+        .productsUp = productsUp,
+        .activateLo = activateLo,
+        .activateHi = activateHi,
+        .gradientLo = gradientLo,
+        .gradientHi = gradientHi,
+        .weightGradientColumns = weightGradientColumns,
         .transformWeights = transformWeights,
+        .transposeWeights = transposeWeights,
         .untransformGradient = untransformGradient,
         .foldKernel = foldKernel,
         .unfoldGradient = unfoldGradient,
@@ -62,24 +71,20 @@ std::size_t outputStrip(int width, int channels) {
     return (3 * (static_cast<std::size_t>(width) + 2) + static_cast<std::size_t>(channels)) * outputTapLanes;
 }
 
-TileGeometry::TileGeometry(const ConvLayer& layer, int batchSize, bool whole)
+TileGeometry::TileGeometry(const ConvLayer& layer, int batchSize, bool inStages)
     : batch(batchSize),
       hiChannels(layer.hiChannels),
       loChannels(layer.loChannels),
       loHeight(layer.loHeight),
       loWidth(layer.loWidth),
-      tileRows((layer.loHeight + 1) / 2),
-      tileCols((layer.loWidth + 1) / 2),
+      tileRows((layer.loHeight + tileExtent - 1) / tileExtent),
+      tileCols((layer.loWidth + tileExtent - 1) / tileExtent),
       groupChannels(4 * layer.hiChannels),
       loChannelsPadded(roundUp(layer.loChannels, widthMultiple)),
-      wholeBatch(whole) {
-    // About 48 tiles at a time keep all nine planes of a chunk in the second-level cache.
-    constexpr int goodChunk = 48;
-    rowsPerChunk = whole ? tileRows : std::min(tileRows, std::max(1, goodChunk / tileCols));
-}
-
-std::size_t TileGeometry::chunkTiles(int images) const {
-    return static_cast<std::size_t>(wholeBatch ? images : 1) * rowsPerChunk * tileCols;
+      staged(inStages) {
+    // About this many tiles at a time keep all planes of a chunk in the second-level cache.
+    constexpr int goodChunk = 64;
+    rowsPerChunk = staged ? tileRows : std::min(tileRows, std::max(1, goodChunk / tileCols));
 }
 
 }  // namespace quillmere::network::cpu

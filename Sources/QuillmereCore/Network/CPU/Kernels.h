@@ -13,19 +13,29 @@
 //   down:  lo[y,x,l] = sum over i, j, c of K[i,j,l,c] * hi[2y-1+i, 2x-1+j, c]
 //   up:    its transpose
 // Grouping the rows and columns of hi in pairs (2g-1, 2g) turns down into a 2x2 correlation over groups with
-// 4 * hiChannels channels, computed tile by tile as F(2x2, 2x2) (Winograd, 1980): per axis, for two outputs
-// y0, y1 from three groups d0, d1, d2 and the two taps k0, k1,
-//   m0 = (d0 - d1) k0,  m1 = d1 (k0 + k1),  m2 = (d1 - d2) k1;   y0 = m0 + m1,  y1 = m1 - m2.
-// In two dimensions these are nine products per tile, each a matrix product over all tiles:
-//   M[p] = V[p] * U[p],  V[p]: [tiles][4 hiChannels],  U[p]: [4 hiChannels][loChannels],  p = 0 ... 8.
+// 4 * hiChannels channels, computed tile by tile as F(3x3, 2x2) (Winograd, 1980): per axis, for three outputs
+// y0, y1, y2 from four groups d0 ... d3 and the two taps k0, k1,
+//   m0 = (d0 - d2) k0,  m1 = (d1 + d2) (k0 + k1) / 2,  m2 = (d2 - d1) (k0 - k1) / 2,  m3 = (d1 - d3) k1;
+//   y0 = m0 + m1 + m2,  y1 = m1 - m2,  y2 = m1 + m2 - m3.
+// In two dimensions these are sixteen products per tile of nine outputs, which would take 36 directly; each
+// is a matrix product over all tiles:
+//   M[p] = V[p] * U[p],  V[p]: [tiles][4 hiChannels],  U[p]: [4 hiChannels][loChannels],  p = 0 ... 15.
 // Up is the transposed pipeline (Z from lo, times U[p] transposed, scattered into hi), and the weight
-// gradient is V[p] transposed times Z[p]. The constants are +-1 only.
+// gradient is V[p] transposed times Z[p]. Only the weights see constants other than +-1.
 namespace quillmere::network::cpu {
 
 // Channel counts are multiples of this; those of the deepest layer also of widthMultiple.
 inline constexpr int channelMultiple = 8;
 // Matrix widths and flat arrays are padded to multiples of this.
 inline constexpr int widthMultiple = 16;
+
+// Rows and columns of lo in one tile, and products per tile.
+inline constexpr int tileExtent = 3;
+inline constexpr int transformPlanes = 16;
+
+// The columns of transformed weights lie in panels of this many (the last one may be narrower), so that a
+// product reads them from end to end.
+inline constexpr int panelWidth = 48;
 
 // Products of one pixel with the nine taps of the output layer, padded.
 inline constexpr int outputTapLanes = 16;
@@ -34,20 +44,34 @@ inline constexpr int outputTapLanes = 16;
     return (value + multiple - 1) / multiple * multiple;
 }
 
+// Floats from one of the planes of a transformed matrix to the next: planes that lie a multiple of 4096 bytes
+// apart would all fall on the same few places of the cache.
+[[nodiscard]] constexpr std::size_t planeStride(std::size_t size) {
+    return (size + 1023) / 1024 * 1024 + 64;
+}
+
 // Sizes of one layer and the way its tiles are worked through.
 struct TileGeometry {
     TileGeometry() = default;
-    // wholeBatch: all tiles of an image range are transformed together, and those of the whole batch are
-    // kept.
-    TileGeometry(const ConvLayer& layer, int batch, bool wholeBatch);
+    // staged: the tiles of the whole batch are multiplied together, stage by stage.
+    TileGeometry(const ConvLayer& layer, int batch, bool staged);
 
     [[nodiscard]] std::size_t tilesPerImage() const { return static_cast<std::size_t>(tileRows) * tileCols; }
     [[nodiscard]] std::size_t batchTiles() const { return static_cast<std::size_t>(batch) * tilesPerImage(); }
-    // Largest number of tiles transformed together when images at most are handed over at once.
-    [[nodiscard]] std::size_t chunkTiles(int images) const;
-    // Floats of one of the nine planes of transformed weights, row-major [loChannels][groupChannels].
+    // Largest number of tiles of one image transformed together.
+    [[nodiscard]] std::size_t chunkTiles() const { return static_cast<std::size_t>(rowsPerChunk) * tileCols; }
+    // Floats from one plane of transformed weights to the next, [loChannels][groupChannels] or, for down,
+    // [groupChannels][loChannelsPadded].
     [[nodiscard]] std::size_t weightPlane() const {
-        return static_cast<std::size_t>(loChannels) * groupChannels;
+        return planeStride(static_cast<std::size_t>(loChannels) * groupChannels);
+    }
+    [[nodiscard]] std::size_t downPlane() const {
+        return planeStride(static_cast<std::size_t>(groupChannels) * loChannelsPadded);
+    }
+
+    // Floats of scratch for weightGradientColumns.
+    [[nodiscard]] std::size_t gradientScratch() const {
+        return transformPlanes * planeStride(static_cast<std::size_t>(loChannels) * panelWidth);
     }
 
     int batch = 0;
@@ -57,68 +81,87 @@ struct TileGeometry {
     int groupChannels = 0;     // 4 * hiChannels: [row in pair][column in pair][channel]
     int loChannelsPadded = 0;  // to widthMultiple
     int rowsPerChunk = 0;      // tile rows of one image transformed together
-    bool wholeBatch = false;
+    bool staged = false;
 };
 
-// Transformed weights and biases of one layer.
+// Weights of one layer for the products, and biases. Outer layers use the transformed ones many times. A
+// staged layer needs each panel of columns only once, and its transformed weights would fill the cache: there
+// a panel is made where it is used. Here and below [planes] are planeStride() apart.
 struct LayerWeights {
-    const float* U = nullptr;     // [9][groupChannels][loChannelsPadded]; for down
-    const float* UT = nullptr;    // [9][loChannels][groupChannels]; for up
+    const float* U = nullptr;     // [planes][groupChannels][loChannelsPadded] in panels; for down
+    const float* UT = nullptr;    // [planes][loChannels][groupChannels] in panels; for up
+    const float* KT = nullptr;    // staged: [16][hiChannels][loChannelsPadded]; for down
+    const float* K = nullptr;     // staged: [16][loChannels][hiChannels]; for up
     const float* bias = nullptr;  // down: [loChannels]; up: [hiChannels] twice
 };
 
-// Scratch memory of one worker, large enough for the largest chunk of any layer.
+// Scratch memory of one worker, large enough for the largest chunk of any outer layer.
 struct Scratch {
-    float* V;      // [9][tiles][groupChannels]
-    float* Z;      // [9][tiles][loChannels]
-    float* M;      // [9][tiles][max(groupChannels, loChannelsPadded)]
-    float* carry;  // [3][tileCols][groupChannels]: what the last tile row of a chunk adds to the next
+    float* V;      // [planes][tiles][groupChannels]
+    float* Z;      // [planes][tiles][loChannels]
+    float* M;      // [planes][tiles][groupChannels or loChannelsPadded]
+    float* panel;  // [groupChannels or loChannels][panelWidth]
+    float* carry;  // [4][tileCols][groupChannels]: what the last tile row of a chunk adds to the next
 };
 
-// Transformed tiles of the whole batch, kept from the forward to the backward pass; null pointers when the
-// layer is worked through chunk by chunk.
+// Transformed tiles of the whole batch: V and Z are kept from the forward to the backward pass. Null pointers
+// in layers whose tiles live in Scratch only.
 struct BatchTiles {
-    float* V = nullptr;  // [9][batchTiles][groupChannels]
-    float* Z = nullptr;  // [9][batchTiles][loChannels]
+    float* V = nullptr;  // [planes][batchTiles][groupChannels]
+    float* Z = nullptr;  // [planes][batchTiles][loChannels]
+    float* M = nullptr;  // staged: [planes][batchTiles][groupChannels or loChannelsPadded]
 };
 
 struct LayerCall {
     const TileGeometry& geometry;
     const LayerWeights& weights;
     const Scratch& scratch;
-    const BatchTiles& kept;
+    const BatchTiles& batchTiles;
     int firstImage, lastImage;  // half-open
 };
 
-// The functions of one instruction set. Image ranges are half-open; for layers that are not worked through
-// by whole batches they hold one image.
+// The functions of one instruction set. Image ranges are half-open.
 struct KernelTable {
     const char* name;
 
-    // ---- Layers. act = SiLU(pre-activation); derivative = SiLU'(pre-activation), not stored when its view
-    // is null.
+    // ---- Layers that are worked through image by image. act = SiLU(pre-activation); derivative =
+    // SiLU'(pre-activation), not stored when its view is null.
     void (*downForward)(const LayerCall&, PaddedView hi, PaddedView act, PaddedView derivative);
     void (*upForward)(const LayerCall&, PaddedView lo, PaddedView act, PaddedView derivative);
     // Backward through a down layer: dHi holds SiLU' of the layer before and becomes its gradient;
-    // biasGradient [2 * hiChannels] (to be folded) and dU [9][loChannels][groupChannels] are added to.
-    // dU null: the tiles are kept for weightGradientRows instead.
+    // biasGradient [2 * hiChannels] (to be folded) and dU [planes][loChannels][groupChannels] are added to.
+    // dU null: the tiles are kept for weightGradientColumns instead.
     void (*downBackward)(const LayerCall&, PaddedView dLo, PaddedView hiAct, PaddedView dHi,
                          float* biasGradient, float* dU);
     // Backward through an up layer: dLo holds SiLU' and becomes the gradient; biasGradient [loChannels].
     void (*upBackward)(const LayerCall&, PaddedView dHi, PaddedView loAct, PaddedView dLo,
                        float* biasGradient, float* dU);
-    // Rows [row, row + channelMultiple) of dU from the kept tiles of the whole batch.
-    void (*weightGradientRows)(const TileGeometry&, const BatchTiles&, float* dU, int row);
 
-    // ---- Weights, for the rows [row, row + channelMultiple) of lo channels.
-    // K [16][lo][hi] to UT and, when not null, U.
-    void (*transformWeights)(const TileGeometry&, const float* K, float* UT, float* U, int row);
-    // Sums dU over the parts in order, sets them to zero when there are several, and writes dK [16][lo][hi].
-    void (*untransformGradient)(const TileGeometry&, std::span<float* const> parts, float* dK, int row);
+    // ---- The same in stages for staged layers: transform the images into
+    // V or Z, multiply some columns of one plane (whole panels), turn M into activations or gradients.
+    void (*transformHi)(const LayerCall&, PaddedView hi);
+    void (*transformLo)(const LayerCall&, PaddedView lo);
+    void (*productsDown)(const LayerCall&, int plane, int begin, int end);
+    void (*productsUp)(const LayerCall&, int plane, int begin, int end);
+    void (*activateLo)(const LayerCall&, PaddedView act, PaddedView derivative);
+    void (*activateHi)(const LayerCall&, PaddedView act, PaddedView derivative);
+    void (*gradientLo)(const LayerCall&, PaddedView dLo, float* biasGradient);
+    void (*gradientHi)(const LayerCall&, PaddedView dHi, float* biasGradient);
+    // Columns of dU from the kept V and Z, and dK [16][lo][hi] for them. scratch: gradientScratch() floats.
+    void (*weightGradientColumns)(const TileGeometry&, const BatchTiles&, float* scratch, float* dK,
+                                  int column, int columns);
+
+    // ---- Weights, for the rows [row, row + rows) of lo channels, multiples of channelMultiple.
+    // K [16][lo][hi] to UT and, when not null, U; K to KT.
+    void (*transformWeights)(const TileGeometry&, const float* K, float* UT, float* U, int row, int rows);
+    void (*transposeWeights)(const TileGeometry&, const float* K, float* KT, int row, int rows);
+    // Sums dU over the parts in order, sets them to zero, and writes dK [16][lo][hi].
+    void (*untransformGradient)(const TileGeometry&, std::span<float* const> parts, float* dK, int row,
+                                int rows);
     // The 3x3 kernel after nearest-neighbour upsampling [9][lo][hi] as a 4x4 kernel [16][lo][hi], and the
     // gradient back.
-    void (*foldKernel)(const TileGeometry&, const float* kernel3, float* K, int row);
-    void (*unfoldGradient)(const TileGeometry&, const float* dK, float* dKernel3, int row);
+    void (*foldKernel)(const TileGeometry&, const float* kernel3, float* K, int row, int rows);
+    void (*unfoldGradient)(const TileGeometry&, const float* dK, float* dKernel3, int row, int rows);
 
     // ---- First layer: one input channel, 4x4, stride 2. weight [16][channels].
     void (*stemForward)(PaddedView x, const float* weight, const float* bias, PaddedView act,
@@ -140,7 +183,7 @@ struct KernelTable {
     // ---- Matrices, row-major. n (and k for the transposed product) are multiples of widthMultiple.
     void (*multiply)(int m, int n, int k, const float* A, int lda, const float* B, int ldb, float* C,
                      int ldc);
-    // C += A^T B, A [k][m].
+    // C = A^T B, A [k][m].
     void (*multiplyTransposedA)(int m, int n, int k, const float* A, int lda, const float* B, int ldb,
                                 float* C, int ldc);
     // C = A B^T, B [n][k].

@@ -7,7 +7,7 @@
 namespace quillmere::network::cpu {
 
 // A batch of images [n][row][column][channel] with a border of at least one zero pixel around each.
-// Rows and columns are rounded up so that whole 2x2 tiles of pixel pairs can be read: 4 * ceil(extent / 4)
+// Rows and columns are rounded up so that whole 3x3 tiles of pixel pairs can be read: 6 * ceil(extent / 6)
 // pixels and the border.
 struct PaddedView {
     float* data = nullptr;  // pixel (-1, -1) of image 0; null: no such tensor
@@ -34,24 +34,22 @@ struct PaddedView {
 class PaddedTensor {
 public:
     PaddedTensor() = default;
-    PaddedTensor(int images, int height, int width, int channels) {
+    PaddedTensor(FloatArena& arena, int images, int height, int width, int channels) {
         const auto padded = [](int extent) -> std::size_t {
-            return (static_cast<std::size_t>(extent) + 3) / 4 * 4 + 2;
+            return (static_cast<std::size_t>(extent) + 5) / 6 * 6 + 2;
         };
         view_.height = height;
         view_.width = width;
         view_.channels = channels;
         view_.rowStride = padded(width) * channels;
         view_.imageStride = padded(height) * view_.rowStride;
-        buffer_ = FloatBuffer(view_.imageStride * images);
-        view_.data = buffer_.data();
+        view_.data = arena.take(view_.imageStride * images).data();
     }
 
     [[nodiscard]] const PaddedView& view() const noexcept { return view_; }
 
 private:
     PaddedView view_;
-    FloatBuffer buffer_;
 };
 
 }  // namespace quillmere::network::cpu
