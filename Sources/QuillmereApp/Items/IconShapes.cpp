@@ -26,8 +26,10 @@ QPainterPath polyline(std::initializer_list<QPointF> points, bool closed = false
     QPainterPath path;
     bool first = true;
     for (const QPointF& point : points) {
-        if (first) path.moveTo(point);
-        else path.lineTo(point);
+        if (first)
+            path.moveTo(point);
+        else
+            path.lineTo(point);
         first = false;
     }
     if (closed) path.closeSubpath();
@@ -80,14 +82,17 @@ QPainterPath folderOutline() {
     return polyline({{3, 18.2}, {3, 5.8}, {9, 5.8}, {11.2, 8.2}, {21, 8.2}, {21, 18.2}}, true);
 }
 
-QPainterPath folder() { return stroked(folderOutline()); }
+QPainterPath folder() {
+    return stroked(folderOutline());
+}
 
 QPainterPath folderWithPlus() {
     const QPointF badge(18.2, 17.4);
-    const QPainterPath plus = stroked(polyline({{badge.x() - 3, badge.y()}, {badge.x() + 3, badge.y()}}))
-                                  .united(stroked(polyline({{badge.x(), badge.y() - 3}, {badge.x(), badge.y() + 3}})));
-    const QPainterPath behind =
-        stroked(polyline({{2.4, 17.6}, {2.4, 5.2}, {8.4, 5.2}, {10.6, 7.6}, {20.4, 7.6}, {20.4, 17.6}}, true));
+    const QPainterPath plus =
+        stroked(polyline({{badge.x() - 3, badge.y()}, {badge.x() + 3, badge.y()}}))
+            .united(stroked(polyline({{badge.x(), badge.y() - 3}, {badge.x(), badge.y() + 3}})));
+    const QPainterPath behind = stroked(
+        polyline({{2.4, 17.6}, {2.4, 5.2}, {8.4, 5.2}, {10.6, 7.6}, {20.4, 7.6}, {20.4, 17.6}}, true));
     return behind.subtracted(disc(badge, 5.6)).united(plus);
 }
 
@@ -108,7 +113,8 @@ QPainterPath circleArrow(bool counterclockwise) {
     constexpr double radius = 7.6;
     const QPointF tip = onCircle(centre, radius, -90);
     QPainterPath path = stroked(arc(centre, radius, -90, 285));
-    path = path.united(rounded({{tip.x() + 0.6, tip.y() - 3.2}, {tip.x() - 3.6, tip.y()}, {tip.x() + 0.6, tip.y() + 3.2}}, 0.6));
+    path = path.united(rounded(
+        {{tip.x() + 0.6, tip.y() - 3.2}, {tip.x() - 3.6, tip.y()}, {tip.x() + 0.6, tip.y() + 3.2}}, 0.6));
     // Drawn from twelve o'clock, clockwise, with the head at the start: that turns counterclockwise.
     if (counterclockwise) return path;
     return QTransform(-1, 0, 0, 1, IconShapes::side, 0).map(path);
@@ -144,7 +150,8 @@ QPainterPath copy() {
 
 QPainterPath dice() {
     QPainterPath path = stroked(box(3.8, 3.8, 16.4, 16.4, 3.6));
-    for (const QPointF& pip : {QPointF(8.3, 8.3), QPointF(15.7, 8.3), QPointF(12, 12), QPointF(8.3, 15.7), QPointF(15.7, 15.7)}) {
+    for (const QPointF& pip :
+         {QPointF(8.3, 8.3), QPointF(15.7, 8.3), QPointF(12, 12), QPointF(8.3, 15.7), QPointF(15.7, 15.7)}) {
         path = path.united(disc(pip, 1.45));
     }
     return path;
@@ -160,7 +167,9 @@ QPainterPath sun() {
     return path;
 }
 
-QPainterPath moon() { return disc({11.4, 12.6}, 8.8).subtracted(disc({15.8, 8.6}, 7.6)); }
+QPainterPath moon() {
+    return disc({11.4, 12.6}, 8.8).subtracted(disc({15.8, 8.6}, 7.6));
+}
 
 // Half light, half dark: as the desktop has it.
 QPainterPath halfDisc() {
@@ -181,7 +190,8 @@ QPainterPath lens() {
 
 QPainterPath waves() {
     QPainterPath path;
-    const std::initializer_list<std::pair<double, double>> bars = {{3.4, 2}, {7.7, 6}, {12, 9}, {16.3, 4.6}, {20.6, 1.6}};
+    const std::initializer_list<std::pair<double, double>> bars = {
+        {3.4, 2}, {7.7, 6}, {12, 9}, {16.3, 4.6}, {20.6, 1.6}};
     for (const auto& [x, height] : bars) {
         path = path.united(stroked(polyline({{x, 12 - height}, {x, 12 + height}}), 2));
     }
@@ -190,7 +200,7 @@ QPainterPath waves() {
 
 QHash<QString, QPainterPath> drawAll() {
     using namespace Qt::StringLiterals;
-    QHash<QString, QPainterPath> shapes{
+    return {
         {u"exclamationmark.triangle.fill"_s, warning()},
         {u"checkmark.circle.fill"_s, checkedDisc()},
         {u"folder.badge.plus"_s, folderWithPlus()},
@@ -216,8 +226,6 @@ QHash<QString, QPainterPath> drawAll() {
         {u"plus"_s, stroked(polyline({{12, 5}, {12, 19}})).united(stroked(polyline({{5, 12}, {19, 12}})))},
         {u"minus"_s, stroked(polyline({{5, 12}, {19, 12}}))},
     };
-    for (QPainterPath& shape : shapes) shape.setFillRule(Qt::WindingFill);
-    return shapes;
 }
 
 const QHash<QString, QPainterPath>& allShapes() {

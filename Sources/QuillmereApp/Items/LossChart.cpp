@@ -11,11 +11,12 @@ namespace quillmere {
 
 namespace {
 
-constexpr int rows = 4;     // stretches between horizontal grid lines
-constexpr int columns = 4;  // stretches between marks on the x axis
-constexpr double gap = 6;   // between numbers and the axis
+constexpr int rows = 4;    // stretches between horizontal grid lines
+constexpr double gap = 6;  // between numbers and the axis
 
-QString number(double value) { return QLocale::c().toString(value, 'g', 3); }
+QString number(double value) {
+    return QLocale::c().toString(value, 'g', 3);
+}
 
 }  // namespace
 
@@ -133,19 +134,11 @@ void LossChart::paintAxes(QPainter& painter, const QRectF& plot) const {
         const QRectF place(0, y - metrics.height() / 2, plot.left() - gap, metrics.height());
         painter.drawText(place, Qt::AlignRight | Qt::AlignVCenter, number(highest * row / rows));
     }
-    const double below = plot.bottom() + 3;
-    const double numbersHeight = metrics.height();
-    const double steps = lastStep();
-    for (int column = 0; column <= columns; column += 2) {
-        const double x = plot.left() + plot.width() * column / columns;
-        const QString text = QLocale::c().toString(std::round(steps * column / columns), 'f', 0);
-        const double textWidth = metrics.horizontalAdvance(text);
-        const double textLeft = std::clamp(x - textWidth / 2, plot.left(), plot.right() - textWidth);
-        painter.drawText(QRectF(textLeft, below, textWidth + 1, numbersHeight), Qt::AlignLeft, text);
-    }
-    painter.drawText(QRectF(plot.left(), below, plot.width() * 0.5, numbersHeight),
-                     Qt::AlignHCenter | Qt::AlignTop, xTitle());
-    painter.drawText(QRectF(0, 0, plot.width(), metrics.height()), Qt::AlignLeft | Qt::AlignTop, yTitle());
+    const QRectF below(plot.left(), plot.bottom() + 3, plot.width(), metrics.height());
+    painter.drawText(below, Qt::AlignLeft, QStringLiteral("0"));
+    painter.drawText(below, Qt::AlignHCenter, xTitle());
+    painter.drawText(below, Qt::AlignRight, QLocale::c().toString(lastStep(), 'f', 0));
+    painter.drawText(QRectF(plot.left(), 0, plot.width(), metrics.height()), Qt::AlignLeft, yTitle());
 }
 
 void LossChart::paintLine(QPainter& painter, const QRectF& plot) const {
@@ -156,8 +149,10 @@ void LossChart::paintLine(QPainter& painter, const QRectF& plot) const {
         if (!std::isfinite(point.loss)) continue;
         const QPointF place(plot.left() + plot.width() * static_cast<double>(point.id) / steps,
                             plot.bottom() - plot.height() * std::clamp(point.loss / highest, 0.0, 1.0));
-        if (line.elementCount() == 0) line.moveTo(place);
-        else line.lineTo(place);
+        if (line.elementCount() == 0)
+            line.moveTo(place);
+        else
+            line.lineTo(place);
     }
     if (line.elementCount() == 0) return;
     QPainterPath area = line;

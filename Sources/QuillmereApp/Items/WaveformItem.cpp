@@ -13,7 +13,9 @@ constexpr double barDistance = 3;  // from the left of one bar to the left of th
 
 }  // namespace
 
-WaveformItem::WaveformItem(QQuickItem* parent) : QQuickPaintedItem(parent) { setAntialiasing(true); }
+WaveformItem::WaveformItem(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    setAntialiasing(true);
+}
 
 void WaveformItem::setPeaks(const QList<qreal>& peaks) {
     if (peaks == peaks_) return;
@@ -48,7 +50,7 @@ void WaveformItem::paint(QPainter* painter) {
     const QList<qreal> bars = gathered(peaks_, static_cast<int>(width() / barDistance));
     const double middle = height() / 2;
     if (bars.isEmpty()) {
-        painter->drawRect(QRectF(0, middle - 0.5, width(), 1));
+        painter->drawRect(QRectF(0, std::floor(middle), width(), 1));
         return;
     }
     const double step = width() / static_cast<double>(bars.size());

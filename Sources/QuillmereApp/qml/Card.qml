@@ -8,11 +8,12 @@ Rectangle {
     property string number
     property string title
     property bool highlighted: false
+    property real padding: Theme.outer
     property alias trailing: trailing.data  // at the right of the title
     default property alias content: body.data
     readonly property real bodyWidth: body.width
 
-    implicitHeight: body.y + body.height + Theme.outer
+    implicitHeight: body.y + body.height + card.padding
     radius: Theme.cardRadius
     color: Theme.card
     border.width: highlighted ? 2 : 1
@@ -23,8 +24,8 @@ Rectangle {
 
     Rectangle {
         id: disc
-        x: Theme.outer
-        y: Theme.outer - 1
+        x: card.padding
+        y: card.padding - 1
         width: 22
         height: 22
         radius: 11
@@ -41,7 +42,7 @@ Rectangle {
     }
     Words {
         id: heading
-        x: disc.visible ? disc.x + disc.width + 9 : Theme.outer
+        x: disc.visible ? disc.x + disc.width + 9 : card.padding
         anchors.verticalCenter: disc.verticalCenter
         text: card.title
         font.pixelSize: Theme.titleSize
@@ -54,15 +55,15 @@ Rectangle {
         anchors.left: heading.right
         anchors.leftMargin: Theme.between
         anchors.right: parent.right
-        anchors.rightMargin: Theme.outer
+        anchors.rightMargin: card.padding
         anchors.verticalCenter: disc.verticalCenter
         height: disc.height
     }
     Column {
         id: body
-        x: Theme.outer
+        x: card.padding
         y: disc.y + disc.height + Theme.between
-        width: card.width - 2 * Theme.outer
+        width: card.width - 2 * card.padding
         spacing: Theme.between
     }
 }

@@ -33,6 +33,7 @@ Column {
             width: Math.max(implicitWidth, section.titleWidth)
             text: "Randomise"
             iconName: "dice"
+            leftPadding: 10
             tip: "Moves every parameter that is not locked, by the amount beside"
             onClicked: section.app.randomise(section.amount)
         }
@@ -57,7 +58,7 @@ Column {
         Words {
             id: share
             anchors.right: parent.right
-            anchors.rightMargin: 2 * 24 + 5
+            anchors.rightMargin: 24 + 5
             anchors.verticalCenter: button.verticalCenter
             width: section.valueWidth - 5
             text: Math.round(section.amount * 100) + " %"

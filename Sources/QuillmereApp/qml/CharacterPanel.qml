@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QuillmereApp
 
@@ -14,11 +12,14 @@ Card {
     readonly property bool emphasised: app.hasCorpus
     readonly property bool twoColumns: bodyWidth >= 640
 
-    // Height without the parameter rows, and the number of rows below one another: what rowHeight costs.
-    readonly property real fixedHeight: implicitHeight - rowsBelowOneAnother * rowHeight
-    readonly property int rowsBelowOneAnother: groups.rowsBelowOneAnother
+    // The height of the rows when the panel is to be that high.
+    function rowHeightFor(height: real): real {
+        const around = groups.y + groups.parent.y + padding;
+        return groups.rowHeightFor(height - around);
+    }
 
     title: "Character"
+    padding: 24
     trailing: [
         Words {
             anchors.verticalCenter: parent.verticalCenter
@@ -58,6 +59,7 @@ Card {
     PresetChips {
         width: panel.bodyWidth
         app: panel.app
+        emphasised: panel.emphasised
         onSaveRequested: {
             saveDialog.active = true;
             (saveDialog.item as SavePresetDialog).open();

@@ -8,7 +8,10 @@ FocusScope {
 
     required property AppModel app
     readonly property bool wide: width >= 900
-    readonly property real cardsWidth: Math.round(Math.max(328, Math.min(400, width * 0.27)))
+    readonly property real cardsWidth: wide ? Math.round(Math.max(312, Math.min(400, width * 0.27))) : width - 2 * Theme.outer
+    readonly property real characterWidth: wide ? width - cardsWidth - 2 * Theme.outer - Theme.between : cardsWidth
+    // Scroll bars stand beside the cards, so that these are as wide with one as without.
+    readonly property real barWidth: 10
 
     focus: true
 
@@ -51,7 +54,8 @@ FocusScope {
 
         readonly property real start: banner.visible ? banner.y + banner.height : 0
         readonly property real stackedHeight: results.y + (results.visible ? results.height : -Theme.between) + Theme.outer
-        readonly property real panesHeight: height - 2 * Theme.outer - (results.visible ? results.height + Theme.between : 0)
+        readonly property real paneHeight: height - 2 * Theme.outer
+        readonly property real characterHeight: paneHeight - (results.visible ? results.height + Theme.between : 0)
 
         y: start
         width: content.width
@@ -62,18 +66,16 @@ FocusScope {
         ScrollPane {
             id: cardsPane
             objectName: "cardsPane"
-            x: content.wide ? Theme.outer : 0
-            y: content.wide ? Theme.outer : 0
-            width: content.wide ? content.cardsWidth : stack.width
-            height: content.wide ? stack.panesHeight : contentHeight
+            x: Theme.outer
+            y: Theme.outer
+            width: content.cardsWidth + content.barWidth
+            height: content.wide ? stack.paneHeight : contentHeight
             scrolls: content.wide
-            contentHeight: cards.height + (content.wide ? 0 : Theme.outer + Theme.between)
+            contentHeight: cards.height
 
             Column {
                 id: cards
-                x: content.wide ? 0 : Theme.outer
-                y: content.wide ? 0 : Theme.outer
-                width: cardsPane.width - (content.wide ? (cardsPane.overflows ? 12 : 0) : 2 * Theme.outer)
+                width: content.cardsWidth
                 spacing: Theme.between
 
                 CorpusCard {
@@ -93,27 +95,27 @@ FocusScope {
         ScrollPane {
             id: characterPane
             objectName: "characterPane"
-            x: content.wide ? cardsPane.x + cardsPane.width + Theme.between : Theme.outer
-            y: content.wide ? Theme.outer : cardsPane.height
-            width: stack.width - x - Theme.outer
-            height: content.wide ? stack.panesHeight : contentHeight
+            x: content.wide ? cardsPane.x + content.cardsWidth + Theme.between : Theme.outer
+            y: content.wide ? Theme.outer : cardsPane.y + cardsPane.height + Theme.between
+            width: content.characterWidth + content.barWidth
+            height: content.wide ? stack.characterHeight : contentHeight
             scrolls: content.wide
             contentHeight: character.height
 
             CharacterPanel {
                 id: character
-                width: characterPane.width - (characterPane.overflows ? 12 : 0)
+                width: content.characterWidth
                 height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
                 app: content.app
                 // A taller window gives the rows more air, up to a point.
-                rowHeight: content.wide ? Math.max(28, Math.min(38, Math.floor((stack.panesHeight - fixedHeight) / rowsBelowOneAnother))) : 32
+                rowHeight: content.wide ? Math.max(26, Math.min(38, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
             }
         }
         ResultsStrip {
             id: results
-            x: Theme.outer
+            x: characterPane.x
             y: content.wide ? stack.height - height - Theme.outer : characterPane.y + characterPane.height + Theme.between
-            width: stack.width - 2 * Theme.outer
+            width: content.characterWidth
             visible: content.app.results.count > 0
             app: content.app
         }

@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QuillmereApp
 
@@ -191,10 +189,9 @@ Card {
             iconName: "chevron.down"
             iconSize: 13
             text: "Recent folders"
-            Accessible.role: Accessible.ButtonMenu
             onClicked: {
                 recentMenu.active = true;
-                (recentMenu.item as RecentMenu).open(recent);
+                (recentMenu.item as RecentMenu).popup(recent, 0, recent.height + Theme.tight);
             }
         }
     }

@@ -58,7 +58,7 @@ Rectangle {
             textFormat: TextEdit.PlainText
             color: Theme.text
             selectionColor: Theme.accent
-            selectedTextColor: Theme.onAccent
+            selectedTextColor: Theme.accentInk
             font.family: Theme.family
             font.pixelSize: Theme.textSize
             Accessible.role: Accessible.EditableText

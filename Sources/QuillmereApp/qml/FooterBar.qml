@@ -6,11 +6,12 @@ Rectangle {
     id: footer
 
     required property AppModel app
-    readonly property bool narrow: width < 620
+    // No room for words beside the buttons: they have a line of their own.
+    readonly property bool narrow: width < 760
     // The last thing worth telling that is no failure; it goes away by itself.
     property string news
 
-    implicitHeight: narrow && progress.visible ? 100 : 60
+    implicitHeight: narrow && (progress.visible || message.visible) ? 100 : 60
     color: Theme.card
 
     Accessible.role: Accessible.ToolBar
@@ -26,6 +27,10 @@ Rectangle {
 
         function onNotice(text: string) {
             footer.tell(text);
+        }
+        function onErrorMessageChanged() {
+            if (footer.app.errorMessage.length > 0)
+                footer.news = "";
         }
         function onTrainingFinished() {
             footer.tell("Training finished.");
@@ -56,16 +61,21 @@ Rectangle {
         y: footer.narrow ? Theme.inner : (footer.height - height) / 2
         width: footer.narrow ? footer.width - 2 * Theme.outer : actions.x - x - Theme.outer
         app: footer.app
+        news: footer.news
     }
     Words {
+        id: message
         objectName: "news"
-        x: appearanceButton.x + appearanceButton.width + Theme.between
-        width: actions.x - x - Theme.outer
-        anchors.verticalCenter: actions.verticalCenter
+        x: progress.x
+        y: progress.y
+        width: progress.width
+        height: progress.height
+        verticalAlignment: Text.AlignVCenter
         visible: footer.news.length > 0 && !progress.visible
         text: footer.news
         color: Theme.secondary
         maximumLineCount: 2
+        elide: Text.ElideRight
         Accessible.role: Accessible.AlertMessage
     }
     Row {
@@ -100,7 +110,7 @@ Rectangle {
                 font.family: Theme.family
                 font.pixelSize: Theme.textSize
                 font.weight: Font.DemiBold
-                text: "Generate 000 Variations"
+                text: "Generate 0000 Variations"
             }
         }
     }

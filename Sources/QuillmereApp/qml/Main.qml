@@ -1,5 +1,3 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Templates as T
 import QuillmereApp
@@ -31,7 +29,7 @@ T.ApplicationWindow {
         buttonText: Theme.text
         brightText: Theme.text
         highlight: Theme.accent
-        highlightedText: Theme.onAccent
+        highlightedText: Theme.accentInk
         placeholderText: Theme.secondary
         light: Theme.controlHover
         midlight: Theme.controlHover

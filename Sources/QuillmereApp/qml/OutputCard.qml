@@ -16,8 +16,14 @@ Card {
 
     Column {
         width: card.bodyWidth
-        spacing: Theme.inner
+        spacing: Theme.tight
 
+        Words {
+            width: parent.width
+            text: "Folder path (created if it doesn't exist)"
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+        }
         Row {
             width: parent.width
             spacing: Theme.inner
@@ -27,9 +33,8 @@ Card {
                 objectName: "outputPath"
                 width: parent.width - chooser.width - parent.spacing
                 text: card.app.outputText
-                placeholderText: "Folder path (created if it doesn't exist)"
                 targeted: drop.containsDrag && drop.welcome
-                tip: text.length > 0 ? text : placeholderText
+                tip: text
                 Accessible.name: "Output folder"
                 onTextEdited: card.app.outputText = text
                 onAccepted: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
@@ -64,16 +69,18 @@ Card {
         // As high as its longest sentence, so that typing a path moves nothing.
         Item {
             width: parent.width
-            height: longest.implicitHeight
+            height: longest.implicitHeight + longest.y
 
             Note {
                 id: longest
+                y: Theme.tight
                 width: parent.width
                 visible: false
                 iconName: "folder"
                 text: "Existing folder — new files are added, nothing is overwritten."
             }
             Note {
+                y: longest.y
                 width: parent.width
                 visible: text.length > 0
                 iconName: card.isNoFolder ? "exclamationmark.triangle.fill" : card.willBeCreated ? "folder.badge.plus" : "folder"

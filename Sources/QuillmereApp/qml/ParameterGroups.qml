@@ -22,8 +22,23 @@ Item {
     property real titleWidth: 0
     property real valueWidth: 0
 
-    // Of each group: its first row, its column and its top; and where the columns end.
-    readonly property var places: {
+    // Of each group: its first row, its column and its top; of the columns: where they end, and their rows.
+    readonly property var places: placesAt(rowHeight)
+    // What stands below the groups of the second column, or of the only one
+    readonly property real belowGroups: gap + chance.height
+
+    // The row height at which everything is that high.
+    function rowHeightFor(height: real): real {
+        const bare = placesAt(0);
+        const last = twoColumns ? 1 : 0;
+        let fits = Infinity;
+        for (let column = 0; column <= last; ++column) {
+            const rest = height - bare.bottoms[column] - (column === last ? belowGroups : 0);
+            fits = Math.min(fits, rest / bare.rows[column]);
+        }
+        return fits;
+    }
+    function placesAt(rowHeight: real): var {
         const result = {
             "groups": [],
             "bottoms": [0, 0],
@@ -45,7 +60,6 @@ Item {
         }
         return result;
     }
-    readonly property int rowsBelowOneAnother: Math.max(places.rows[0], places.rows[1])
 
     function columnX(column: int): real {
         return column * (columnWidth + columnGap);
@@ -86,9 +100,10 @@ Item {
             required property int groupIndex
             readonly property var place: groups.places.groups[groupIndex]
 
-            x: groups.columnX(place.column)
+            // The locks stand in the margin.
+            x: groups.columnX(place.column) - lockWidth
             y: place.top + groups.headingHeight + (index - place.first) * groups.rowHeight
-            width: groups.columnWidth
+            width: groups.columnWidth + lockWidth
             height: groups.rowHeight
             app: groups.app
             titleWidth: groups.titleWidth

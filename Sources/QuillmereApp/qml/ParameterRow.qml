@@ -28,6 +28,7 @@ Item {
     // Whether the slider's fill is in the accent colour
     property bool emphasised: true
 
+    readonly property real lockWidth: 24
     readonly property real naturalTitleWidth: Math.ceil(titleText.implicitWidth) + 2
     // Of the longer end of the range
     readonly property real naturalValueWidth: {
@@ -53,6 +54,7 @@ Item {
     }
     Words {
         id: titleText
+        x: row.lockWidth
         width: row.titleWidth
         anchors.verticalCenter: parent.verticalCenter
         text: row.title
@@ -139,7 +141,7 @@ Item {
     IconButton {
         id: resetButton
         objectName: "reset-" + row.parameterId
-        anchors.right: lockButton.left
+        anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
         width: 24
         height: 24
@@ -158,16 +160,15 @@ Item {
     IconButton {
         id: lockButton
         objectName: "lock-" + row.parameterId
-        anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        width: 24
-        height: 24
+        width: 22
+        height: 22
         iconSize: 13
         checkable: true
         checked: row.locked
         iconName: row.locked ? "lock.fill" : "lock.open"
-        ink: row.locked ? Theme.text : Theme.secondary
-        opacity: row.locked || row.active ? 1 : 0
+        // Not by opacity: assistive technology would not see it.
+        ink: row.locked ? Theme.text : row.active ? Theme.secondary : "transparent"
         text: row.locked ? "Unlock: let Randomise change it" : "Lock: keep it when randomising"
         Accessible.name: "Lock " + row.title
         onClicked: row.app.parameters.setLocked(row.parameterId, !row.locked)

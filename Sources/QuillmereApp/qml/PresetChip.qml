@@ -3,10 +3,11 @@ import QtQuick.Templates as T
 import QuillmereApp
 
 // One preset. A dot marks values that have been changed since it was applied.
-T.Button {
+T.RadioButton {
     id: chip
 
     required property AppModel app
+    property bool emphasised: true
     // The roles of PresetModel
     required property string name
     required property string blurb
@@ -24,18 +25,27 @@ T.Button {
     rightPadding: isOwn ? 26 : 11
     enabled: isUsable || isOwn
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
     text: name
 
-    Accessible.role: Accessible.RadioButton
     Accessible.name: name
     Accessible.description: isEdited ? blurb + " Edited." : blurb
-    Accessible.checkable: true
-    Accessible.checked: isCurrent
+    Accessible.onPressAction: choose()
+    Accessible.onToggleAction: choose()
 
-    onClicked: if (isUsable)
-        app.applyPreset(name)
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
+    autoExclusive: false
+    checked: isCurrent
+
+    function choose() {
+        if (isUsable)
+            app.applyPreset(name);
+        // A press changes it; the model has the last word.
+        checked = Qt.binding(() => isCurrent);
+    }
+
+    onClicked: choose()
+    Keys.onReturnPressed: choose()
+    Keys.onEnterPressed: choose()
     Keys.onDeletePressed: if (isOwn)
         app.deleteOwnPreset(name)
 
@@ -49,9 +59,9 @@ T.Button {
     }
     background: Rectangle {
         radius: height / 2
-        color: chip.isCurrent ? Theme.accentSoft : chip.down ? Theme.controlPressed : chip.hovered ? Theme.controlHover : "transparent"
+        color: chip.isCurrent ? (chip.emphasised ? Theme.accentSoft : Theme.controlPressed) : chip.down ? Theme.controlPressed : chip.hovered ? Theme.controlHover : "transparent"
         border.width: chip.isCurrent ? 1.5 : 1
-        border.color: chip.isCurrent ? Theme.accent : Theme.controlLine
+        border.color: chip.isCurrent && chip.emphasised ? Theme.accent : Theme.controlLine
 
         Rectangle {
             x: parent.width - width - 1
@@ -59,7 +69,7 @@ T.Button {
             width: 9
             height: 9
             radius: 4.5
-            color: Theme.accent
+            color: chip.emphasised ? Theme.accent : Theme.secondary
             border.width: 2
             border.color: Theme.card
             visible: chip.isEdited

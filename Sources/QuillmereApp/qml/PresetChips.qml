@@ -8,6 +8,8 @@ Flow {
     id: chips
 
     required property AppModel app
+    // Whether the chosen one is in the accent colour
+    property bool emphasised: true
 
     signal saveRequested
 
@@ -21,6 +23,7 @@ Flow {
 
         PresetChip {
             app: chips.app
+            emphasised: chips.emphasised
         }
     }
     IconButton {
@@ -30,6 +33,7 @@ Flow {
         iconName: "plus"
         iconSize: 13
         framed: true
+        corner: height / 2
         text: "Save as preset"
         onClicked: chips.saveRequested()
     }

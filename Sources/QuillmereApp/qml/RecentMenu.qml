@@ -4,47 +4,28 @@ import QtQuick
 import QuillmereApp
 
 // The folders that were learnt from before.
-Item {
-    id: recent
+PopupMenu {
+    id: menu
 
     required property AppModel app
 
-    function open(below: Item) {
-        while (menu.count > 2)
-            menu.removeItem(menu.itemAt(0));
-        const corpora = app.recentCorpora;
-        for (let i = 0; i < corpora.length; ++i) {
-            const entry = folder.createObject(menu.contentItem, {
-                    "path": corpora[i].path,
-                    "url": corpora[i].url
-                });
-            menu.insertItem(i, entry as MenuEntry);
-        }
-        menu.popup(below, 0, below.height + Theme.tight);
+    MenuLine {
+    }
+    MenuEntry {
+        text: "Forget These Folders"
+        onTriggered: menu.app.forgetRecentCorpora()
     }
 
-    Component {
-        id: folder
+    Instantiator {
+        model: menu.app.recentCorpora
+        onObjectAdded: (index, object) => menu.insertItem(index, object as MenuEntry)
+        onObjectRemoved: (index, object) => menu.removeItem(object as MenuEntry)
 
-        FolderEntry {
-        }
-    }
-    PopupMenu {
-        id: menu
-
-        MenuLine {
-        }
         MenuEntry {
-            text: "Forget These Folders"
-            onTriggered: recent.app.forgetRecentCorpora()
+            required property var modelData
+
+            text: modelData.path
+            onTriggered: menu.app.setCorpus(modelData.url)
         }
-    }
-
-    component FolderEntry: MenuEntry {
-        required property string path
-        required property url url
-
-        text: path
-        onTriggered: recent.app.setCorpus(url)
     }
 }

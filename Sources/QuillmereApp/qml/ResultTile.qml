@@ -25,7 +25,7 @@ Rectangle {
     readonly property bool dragging: drag.active
 
     objectName: "tile-" + index
-    width: 168
+    width: 184
     radius: Theme.controlRadius
     color: selected ? Theme.accentSoft : hover.hovered ? Theme.controlHover : Theme.control
     border.width: focused ? 2 : 1
@@ -47,13 +47,11 @@ Rectangle {
     HoverHandler {
         id: hover
     }
-    TapHandler {
-        gesturePolicy: TapHandler.ReleaseWithinBounds
-        onTapped: (eventPoint, button) => {
-            tile.selectRequested();
-            if (tapCount === 2 && tile.exists)
-                tile.app.togglePlay(tile.url);
-        }
+    MouseArea {
+        anchors.fill: parent
+        onPressed: tile.selectRequested()
+        onDoubleClicked: if (tile.exists)
+            tile.app.togglePlay(tile.url)
     }
     DragHandler {
         id: drag

@@ -75,12 +75,12 @@ Rectangle {
         Accessible.role: Accessible.List
         Accessible.name: "Results"
 
-        onCountChanged: currentIndex = count > 0 ? Math.max(0, currentIndex) : -1
+        onCountChanged: currentIndex = Math.min(count - 1, Math.max(0, currentIndex))
         Keys.onSpacePressed: strip.togglePlay()
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
         Keys.onPressed: event => {
-            const page = Math.max(1, Math.floor(width / 176));
+            const page = Math.max(1, Math.floor(width / 192));
             event.accepted = true;
             if (event.key === Qt.Key_Home)
                 currentIndex = 0;

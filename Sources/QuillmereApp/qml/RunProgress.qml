@@ -9,6 +9,8 @@ Item {
     readonly property bool generating: app.isGenerating
     // Most auditions are over before anyone could read of them.
     property bool longAudition: false
+    // Shown for a while in place of the time left
+    property string news
 
     implicitHeight: Theme.controlHeight
     visible: generating || longAudition
@@ -50,9 +52,20 @@ Item {
                 wrapMode: Text.NoWrap
             }
             Words {
+                objectName: "newsOfRun"
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
-                visible: run.generating && !run.app.isCancelling
+                visible: run.news.length > 0
+                text: run.news
+                font.pixelSize: Theme.smallSize
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
+                Accessible.role: Accessible.AlertMessage
+            }
+            Words {
+                anchors.right: parent.right
+                width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
+                visible: run.generating && !run.app.isCancelling && run.news.length === 0
                 text: run.app.generationTimeLeft
                 color: Theme.secondary
                 font.family: Theme.figures

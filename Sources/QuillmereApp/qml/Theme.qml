@@ -36,7 +36,7 @@ QtObject {
     readonly property color accentHover: dark ? "#A3B4FF" : "#3347C4"
     readonly property color accentPressed: dark ? "#7B90F0" : "#2A3CAB"
     readonly property color accentSoft: dark ? "#2B3150" : "#E6E9FC"
-    readonly property color onAccent: dark ? "#10131F" : "#FFFFFF"
+    readonly property color accentInk: dark ? "#10131F" : "#FFFFFF"
 
     // Only for what they say: ready; warnings; errors
     readonly property color good: dark ? "#5FD38D" : "#1C7A45"
@@ -63,5 +63,5 @@ QtObject {
 
     // Milliseconds
     readonly property int quick: reducedMotion ? 0 : 100
-    readonly property int tipDelay: 600
+    property int tipDelay: 600
 }

@@ -37,7 +37,9 @@ int inked(const QImage& image, QRect where) {
     }
     return count;
 }
-int inked(const QImage& image) { return inked(image, image.rect()); }
+int inked(const QImage& image) {
+    return inked(image, image.rect());
+}
 
 int inkedOf(const QImage& image, QRgb color) {
     int count = 0;
@@ -61,7 +63,8 @@ private slots:
         for (const QString& name : IconShapes::names()) {
             const QPainterPath& shape = IconShapes::shape(name);
             QVERIFY2(!shape.isEmpty(), qPrintable(name));
-            QVERIFY2(QRectF(0, 0, IconShapes::side, IconShapes::side).contains(shape.boundingRect()), qPrintable(name));
+            QVERIFY2(QRectF(0, 0, IconShapes::side, IconShapes::side).contains(shape.boundingRect()),
+                     qPrintable(name));
             QString text;
             QDebug(&text) << shape;
             shapes.insert(text);
@@ -70,8 +73,8 @@ private slots:
     }
     void theNamedIconsAreThere_data() {
         QTest::addColumn<QString>("name");
-        for (const char* name : {"exclamationmark.triangle.fill", "checkmark.circle.fill", "folder.badge.plus", "play.circle",
-                                 "stop.fill", "arrow.counterclockwise"})
+        for (const char* name : {"exclamationmark.triangle.fill", "checkmark.circle.fill",
+                                 "folder.badge.plus", "play.circle", "stop.fill", "arrow.counterclockwise"})
             QTest::newRow(name) << QString::fromLatin1(name);
     }
     void theNamedIconsAreThere() {

@@ -2,8 +2,8 @@
 //
 //     quillmere-pictures FOLDER [NAME...]
 //
-// NAME: only pictures whose names begin so. The model behind the window is real: it scans, learns and generates
-// in a folder of its own. Runs on the offscreen platform unless another one is asked for.
+// NAME: only pictures whose names begin so. The model behind the window is real: it scans, learns and
+// generates in a folder of its own. Runs on the offscreen platform unless another one is asked for.
 
 #include <QDir>
 #include <QFontDatabase>
@@ -45,7 +45,8 @@ std::vector<float> glass(int number) {
         int order = 0;
         for (const double partial : {1.0, 2.76, 5.4, 8.93}) {
             ++order;
-            sum += std::exp(-t * (5 + 7 * order)) / order * std::sin(2 * std::numbers::pi * base * partial * t);
+            sum +=
+                std::exp(-t * (5 + 7 * order)) / order * std::sin(2 * std::numbers::pi * base * partial * t);
         }
         samples[i] = static_cast<float>(0.45 * sum);
     }
@@ -54,7 +55,8 @@ std::vector<float> glass(int number) {
 
 class Photographer {
 public:
-    Photographer(QString folder, QStringList wanted) : folder_(std::move(folder)), wanted_(std::move(wanted)) {
+    Photographer(QString folder, QStringList wanted)
+        : folder_(std::move(folder)), wanted_(std::move(wanted)) {
         QDir().mkpath(folder_);
         world_.steps = 240;
         world_.environment.adjustTraining = [this](TrainingOptions options) {
@@ -86,7 +88,9 @@ private:
         const QString folder = QStringLiteral("home/Samples/") + name;
         QDir().mkpath(world_.path(folder));
         for (int i = 0; i < files; ++i) {
-            const QString file = QStringLiteral("%1/glass %2.wav").arg(world_.path(folder)).arg(i + 1, 2, 10, QLatin1Char('0'));
+            const QString file = QStringLiteral("%1/glass %2.wav")
+                                     .arg(world_.path(folder))
+                                     .arg(i + 1, 2, 10, QLatin1Char('0'));
             AudioIO::write(glass(i), toPath(file), sampleRate, OutputFormat::wav16);
         }
         return world_.url(folder);
@@ -108,7 +112,9 @@ private:
 
     // The window now, in one size and appearance.
     void take(const QString& name, QSize size = {1180, 820}, Appearance::Mode mode = Appearance::Dark) {
-        const bool isWanted = wanted_.isEmpty() || std::any_of(wanted_.begin(), wanted_.end(), [&](const QString& start) { return name.startsWith(start); });
+        const bool isWanted =
+            wanted_.isEmpty() || std::any_of(wanted_.begin(), wanted_.end(),
+                                             [&](const QString& start) { return name.startsWith(start); });
         if (!isWanted) return;
         model_->appearance()->setMode(mode);
         window_->resize(size);

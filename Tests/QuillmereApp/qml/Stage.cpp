@@ -60,11 +60,14 @@ bool isClipped(const QQuickItem& item) {
            item.property("contentHeight").toDouble() > item.height() + rounding;
 }
 
-bool takesKeyboard(const QQuickItem& item) { return item.isEnabled() && item.activeFocusOnTab(); }
+bool takesKeyboard(const QQuickItem& item) {
+    return item.isEnabled() && item.activeFocusOnTab();
+}
 
 // Containers that only pass the keyboard on have no role of their own.
 bool isFocusScopeOnly(const QQuickItem& item) {
-    return item.isFocusScope() && QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item)) == nullptr;
+    return item.isFocusScope() &&
+           QAccessible::queryAccessibleInterface(const_cast<QQuickItem*>(&item)) == nullptr;
 }
 
 // Where the item can be seen: inside of everything around it that clips.
@@ -80,26 +83,15 @@ QPoint middleOf(const QQuickItem& item) {
     return item.mapToScene({item.width() / 2, item.height() / 2}).toPoint();
 }
 
-QStringList announced;
-
-void noteAlerts(QAccessibleEvent* event) {
-    if (event->type() != QAccessible::ObjectShow && event->type() != QAccessible::Alert) return;
-    const QAccessibleInterface* told = event->accessibleInterface();
-    if (told != nullptr && told->role() == QAccessible::AlertMessage) announced.append(told->text(QAccessible::Name));
-}
-
 }  // namespace
 
 Stage::Stage(QObject* parent) : QObject(parent) {
-    QAccessible::setActive(true);
-    QAccessible::installUpdateHandler(noteAlerts);
     restart();
 }
 
 Stage::~Stage() = default;
 
 void Stage::restart() {
-    announced.clear();
     model_.reset();
     world_ = std::make_unique<TestWorld>();
     restartProgram();
@@ -121,9 +113,13 @@ QUrl Stage::makeFolder(const QString& name) {
     return world_->url(name);
 }
 
-void Stage::makeFile(const QString& name) { TestWorld::write(world_->path(name), "text"); }
+void Stage::makeFile(const QString& name) {
+    TestWorld::write(world_->path(name), "text");
+}
 
-void Stage::removeFile(const QUrl& file) { QFile::remove(file.toLocalFile()); }
+void Stage::removeFile(const QUrl& file) {
+    QFile::remove(file.toLocalFile());
+}
 
 void Stage::setResults(int count) {
     std::vector<GeneratedSample> samples;
@@ -135,8 +131,8 @@ void Stage::setResults(int count) {
 }
 
 void Stage::damageModels() {
-    QDirIterator files(toQString(world_->environment.modelsRoot), {QStringLiteral("weights.bin")}, QDir::Files,
-                       QDirIterator::Subdirectories);
+    QDirIterator files(toQString(world_->environment.modelsRoot), {QStringLiteral("weights.bin")},
+                       QDir::Files, QDirIterator::Subdirectories);
     while (files.hasNext())
         TestWorld::write(files.next(), "spoilt");
 }
@@ -166,13 +162,15 @@ void Stage::drop(QQuickItem* item, const QList<QUrl>& files) const {
 
 void Stage::setAccessibleValue(QQuickItem* item, double value) const {
     QAccessibleInterface* told = QAccessible::queryAccessibleInterface(item);
-    if (told == nullptr || told->valueInterface() == nullptr) qFatal("%s has no value", qPrintable(describe(*item)));
+    if (told == nullptr || told->valueInterface() == nullptr)
+        qFatal("%s has no value", qPrintable(describe(*item)));
     told->valueInterface()->setCurrentValue(value);
 }
 
 void Stage::doAccessibleAction(QQuickItem* item, const QString& action) const {
     QAccessibleInterface* told = QAccessible::queryAccessibleInterface(item);
-    if (told == nullptr || told->actionInterface() == nullptr) qFatal("%s has no actions", qPrintable(describe(*item)));
+    if (told == nullptr || told->actionInterface() == nullptr)
+        qFatal("%s has no actions", qPrintable(describe(*item)));
     told->actionInterface()->doAction(action);
 }
 
@@ -208,7 +206,7 @@ QStringList Stage::itemsOutside(QQuickItem* any) const {
     const double windowWidth = any->window()->contentItem()->width();
     visitWindow(any, [&](QQuickItem& item) {
         if (!takesKeyboard(item) && !isText(item)) return;
-        const QRectF place = item.mapRectToScene(item.boundingRect());
+        const QRectF place = item.mapRectToScene(QRectF(0, 0, item.width(), item.height()));
         // The strip scrolls sideways.
         for (const QQuickItem* up = &item; up != nullptr; up = up->parentItem()) {
             if (up->objectName() == QLatin1String("results")) return;
@@ -236,12 +234,15 @@ QStringList Stage::overlaps(QQuickItem* any) const {
     return found;
 }
 
-QStringList Stage::announcements() const { return announced; }
+void Stage::switchAccessibilityOn() {
+    QAccessible::setActive(true);
+}
 
 bool Stage::showsFocus(QQuickItem* control) const {
     bool shown = false;
     visit(*control, [&](QQuickItem& item) {
-        if (QString::fromLatin1(item.metaObject()->className()).startsWith(QLatin1String("FocusRing"))) shown = true;
+        if (QString::fromLatin1(item.metaObject()->className()).startsWith(QLatin1String("FocusRing")))
+            shown = true;
     });
     return shown;
 }
@@ -267,8 +268,8 @@ QStringList Stage::namelessControls(QQuickItem* any) const {
     visitWindow(any, [&](QQuickItem& item) {
         if (!takesKeyboard(item) || isFocusScopeOnly(item)) return;
         QAccessibleInterface* told = QAccessible::queryAccessibleInterface(&item);
-        const bool hasRole = told != nullptr && told->role() != QAccessible::NoRole && told->role() != QAccessible::Client &&
-                             told->role() != QAccessible::Pane;
+        const bool hasRole = told != nullptr && told->role() != QAccessible::NoRole &&
+                             told->role() != QAccessible::Client && told->role() != QAccessible::Pane;
         if (!hasRole || told->text(QAccessible::Name).isEmpty()) found.append(describe(item));
     });
     return found;
@@ -278,7 +279,8 @@ QStringList Stage::accessibleNames(QQuickItem* any) const {
     QStringList found;
     const std::function<void(QAccessibleInterface&)> walk = [&](QAccessibleInterface& told) {
         if (told.state().invisible) return;
-        const QString role = QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(told.role()));
+        const QString role =
+            QString::fromLatin1(QMetaEnum::fromType<QAccessible::Role>().valueToKey(told.role()));
         found.append(role + QLatin1Char(' ') + told.text(QAccessible::Name));
         for (int i = 0; i < told.childCount(); ++i) {
             if (QAccessibleInterface* child = told.child(i)) walk(*child);
@@ -296,17 +298,21 @@ QQuickItem* Stage::find(QQuickItem* any, const QString& objectName) const {
     return found;
 }
 
-QQuickItem* Stage::focused(QQuickItem* any) const { return any->window()->activeFocusItem(); }
+QQuickItem* Stage::focused(QQuickItem* any) const {
+    return any->window()->activeFocusItem();
+}
 
 double Stage::contrast(const QColor& a, const QColor& b) {
     const auto linear = [](double value) {
         return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
     };
     const auto luminance = [&](const QColor& color) {
-        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+               0.0722 * linear(color.blueF());
     };
-    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
-    return (lighter + 0.05) / (darker + 0.05);
+    const double first = luminance(a);
+    const double second = luminance(b);
+    return (std::max(first, second) + 0.05) / (std::min(first, second) + 0.05);
 }
 
 }  // namespace quillmere::testing

@@ -60,6 +60,8 @@ public:
     Q_INVOKABLE void dragOver(QQuickItem* item, const QList<QUrl>& files) const;
     Q_INVOKABLE void dragLeave(QQuickItem* item) const;
     Q_INVOKABLE void drop(QQuickItem* item, const QList<QUrl>& files) const;
+    // Assistive technology appears: controls that exist take notice.
+    Q_INVOKABLE void switchAccessibilityOn();
     // As assistive technology does it.
     Q_INVOKABLE void setAccessibleValue(QQuickItem* item, double value) const;
     Q_INVOKABLE void doAccessibleAction(QQuickItem* item, const QString& action) const;
@@ -68,8 +70,8 @@ public:
 
     Q_INVOKABLE [[nodiscard]] QStringList texts(QQuickItem* any) const;
     Q_INVOKABLE [[nodiscard]] QStringList icons(QQuickItem* any) const;
-    // Descriptions of texts that are cut off: wider than their place or elided. Names of files and folders may
-    // be elided.
+    // Descriptions of texts that are cut off: wider than their place or elided. Names of files and folders
+    // may be elided.
     Q_INVOKABLE [[nodiscard]] QStringList clippedTexts(QQuickItem* any) const;
     // Descriptions of texts and controls that reach beyond the window to the left or right.
     Q_INVOKABLE [[nodiscard]] QStringList itemsOutside(QQuickItem* any) const;
@@ -79,8 +81,6 @@ public:
     Q_INVOKABLE [[nodiscard]] QStringList accessibleNames(QQuickItem* any) const;
     // Descriptions of pairs of texts or controls that lie on one another.
     Q_INVOKABLE [[nodiscard]] QStringList overlaps(QQuickItem* any) const;
-    // Names of what has appeared as an alert, oldest first.
-    Q_INVOKABLE [[nodiscard]] QStringList announcements() const;
     // Whether a focus ring or a focus frame is drawn for the control.
     Q_INVOKABLE [[nodiscard]] bool showsFocus(QQuickItem* control) const;
     // How many visible items have names that begin so.

@@ -20,12 +20,23 @@ TestCase {
     when: windowShown
 
     function init() {
+        failOnWarning(/.?/);
+        Theme.tipDelay = 0;
         Stage.restart();
         open();
     }
+    function cleanup() {
+        close();
+    }
+    function close() {
+        if (window)
+            window.destroy();
+        window = null;
+        wait(0);
+    }
     // A window on the present model.
     function open() {
-        window = createTemporaryObject(mainWindow, null, {
+        window = mainWindow.createObject(null, {
                 "model": Stage.model,
                 "width": firstSize.width,
                 "height": firstSize.height
@@ -34,6 +45,12 @@ TestCase {
         window.requestActivate();
         tryVerify(() => window.active);
     }
+    // As after quitting and starting again.
+    function restartProgram() {
+        close();
+        Stage.restartProgram();
+        open();
+    }
     function resize(width, height) {
         window.width = width;
         window.height = height;
@@ -41,8 +58,8 @@ TestCase {
     }
     // Layout and bindings have come to rest.
     function settle() {
-        wait(30);
-        waitForRendering(window.contentItem);
+        window.update();
+        waitForRendering(window.contentItem, 1000);
     }
 
     // ---- Finding
@@ -71,7 +88,7 @@ TestCase {
     }
 
     // ---- Doing
-    function focus(name) {
+    function focusOn(name) {
         item(name).forceActiveFocus(Qt.TabFocusReason);
         settle();
     }
@@ -83,7 +100,7 @@ TestCase {
     }
     // By the keyboard into the field of that name.
     function type(name, text) {
-        focus(name);
+        focusOn(name);
         keyClick(Qt.Key_A, Qt.ControlModifier);
         for (const letter of text)
             keyClick(letter);
@@ -105,7 +122,7 @@ TestCase {
         verify(model.hasModel, model.errorMessage);
     }
     // A training that goes on until it is cancelled.
-    function training() {
+    function startTraining() {
         scanned(12);
         Stage.setTrainingSteps(100000);
         model.train();
@@ -120,7 +137,7 @@ TestCase {
         compare(model.results.count, count);
     }
     // A generation that goes on until it is cancelled.
-    function generating() {
+    function startGenerating() {
         trained();
         model.outputText = Stage.path("out");
         model.count = 9999;

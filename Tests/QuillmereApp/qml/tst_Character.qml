@@ -47,7 +47,7 @@ WindowCase {
         const step = model.parameters.get(row.tag, "step");
         const lower = model.parameters.get(row.tag, "lower");
         const upper = model.parameters.get(row.tag, "upper");
-        focus("slider-" + row.tag);
+        focusOn("slider-" + row.tag);
         keyClick(Qt.Key_Home);
         fuzzyCompare(value(row.tag), lower, 1e-9);
         keyClick(Qt.Key_Right);
@@ -85,7 +85,7 @@ WindowCase {
     function test_resetButton(row) {
         const before = value(row.tag);
         verify(!has("reset-" + row.tag));
-        focus("slider-" + row.tag);
+        focusOn("slider-" + row.tag);
         keyClick(Qt.Key_Home);
         if (value(row.tag) === before)
             keyClick(Qt.Key_End);
@@ -118,13 +118,13 @@ WindowCase {
     }
     function test_lockKeepsTheValueWhenRandomising(row) {
         const before = value(row.tag);
-        focus("lock-" + row.tag);
+        focusOn("lock-" + row.tag);
         mouseClick(item("lock-" + row.tag));
         verify(model.parameters.get(row.tag, "locked"));
         click("randomise");
         compare(value(row.tag), before);
         verify(model.canUndo);
-        focus("lock-" + row.tag);
+        focusOn("lock-" + row.tag);
         keyClick(Qt.Key_Space);
         verify(!model.parameters.get(row.tag, "locked"));
     }
@@ -140,7 +140,7 @@ WindowCase {
         type("value-pitch", "12");
         keyClick(Qt.Key_Escape);
         compare(item("value-pitch").text, "0.0 st");
-        focus("slider-pitch");
+        focusOn("slider-pitch");
         compare(value("pitch"), 0);
     }
     function test_leavingTheFieldTakesTheTyping() {
@@ -150,7 +150,7 @@ WindowCase {
         compare(item("value-pitch").text, "12.0 st");
     }
     function test_arrowsInTheFieldStep() {
-        focus("value-decay");
+        focusOn("value-decay");
         keyClick(Qt.Key_Up);
         keyClick(Qt.Key_Up);
         keyClick(Qt.Key_Down);
@@ -158,7 +158,7 @@ WindowCase {
     }
     function test_undoInAFieldWithoutTyping() {
         model.parameters.setValue("pitch", 5);
-        focus("value-pitch");
+        focusOn("value-pitch");
         keyClick(Qt.Key_Z, Qt.ControlModifier);
         compare(value("pitch"), 0);
         keyClick(Qt.Key_Z, Qt.ControlModifier | Qt.ShiftModifier);
@@ -245,10 +245,10 @@ WindowCase {
         compare(model.presetName, "Balanced");
     }
     function test_presetByKeyboard() {
-        focus("preset-Wild");
+        focusOn("preset-Wild");
         keyClick(Qt.Key_Space);
         compare(model.presetName, "Wild");
-        focus("preset-Ghostly");
+        focusOn("preset-Ghostly");
         keyClick(Qt.Key_Return);
         compare(model.presetName, "Ghostly");
     }
@@ -298,10 +298,10 @@ WindowCase {
     }
     function test_deleteKeyDeletesAnOwnPreset() {
         model.saveOwnPreset("Brief");
-        focus("preset-Brief");
+        focusOn("preset-Brief");
         keyClick(Qt.Key_Delete);
         tryVerify(() => !has("preset-Brief"));
-        focus("preset-Wild");
+        focusOn("preset-Wild");
         keyClick(Qt.Key_Delete);
         verify(has("preset-Wild"));
     }
@@ -309,7 +309,7 @@ WindowCase {
     // ---- Chance
     function test_randomiseTakesTheAmount() {
         const amount = item("randomiseAmount");
-        focus("randomiseAmount");
+        focusOn("randomiseAmount");
         keyClick(Qt.Key_Home);
         verifySeen("0 %");
         click("randomise");

@@ -29,7 +29,7 @@ WindowCase {
         verify(item("generate").prominent);
     }
     function test_changeIsRefusedWhileLearning() {
-        training();
+        startTraining();
         verify(!item("chooseCorpus").enabled);
         model.cancelTraining();
         idle();

@@ -35,7 +35,7 @@ WindowCase {
         verify(!item("audition").enabled);
     }
     function test_cancelButton() {
-        generating();
+        startGenerating();
         verify(!item("generate").enabled);
         mouseClick(item("cancelGeneration"));
         idle();
@@ -59,9 +59,9 @@ WindowCase {
         compare(item("generate").mapToItem(null, 0, 0), place);
     }
     function test_secondGenerationIsRefusedWithANotice() {
-        generating();
+        startGenerating();
         model.generate();
-        tryVerify(() => item("news").text.length > 0);
+        tryVerify(() => item("newsOfRun").text.length > 0);
         compare(model.errorMessage, "");
         model.cancel();
         idle();

@@ -32,7 +32,7 @@ WindowCase {
         verifyAllSizes();
     }
     function test_training() {
-        training();
+        startTraining();
         tryVerify(() => model.trainingTimeLeft.length > 0, 60000);
         verifyAllSizes();
         model.cancelTraining();
@@ -44,7 +44,7 @@ WindowCase {
         verifyAllSizes();
     }
     function test_generating() {
-        generating();
+        startGenerating();
         verifyAllSizes();
         model.cancel();
         idle();

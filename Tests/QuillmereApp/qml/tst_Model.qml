@@ -18,7 +18,7 @@ WindowCase {
         verify(item(row.tag).checked);
     }
     function test_qualityByArrowKeys() {
-        focus("quality-1");
+        focusOn("quality-1");
         keyClick(Qt.Key_Right);
         compare(model.qualityIndex, 2);
         keyClick(Qt.Key_Right);
@@ -36,7 +36,7 @@ WindowCase {
         verifySeen("Tonal (sustained pitch)");
     }
     function test_analysisByKeyboard() {
-        focus("analysis");
+        focusOn("analysis");
         keyClick(Qt.Key_Down);
         compare(model.analysisIndex, 1);
         keyClick(Qt.Key_Up);
@@ -54,7 +54,7 @@ WindowCase {
         verify(model.hasModel);
     }
     function test_cancelTakesThePlaceOfTrain() {
-        training();
+        startTraining();
         compare(item("train").text, "Cancel");
         mouseClick(item("train"));
         idle();
@@ -65,7 +65,7 @@ WindowCase {
     function test_theKeyboardStaysOnTheButton() {
         scanned(12);
         Stage.setTrainingSteps(100000);
-        focus("train");
+        focusOn("train");
         keyClick(Qt.Key_Return);
         verify(model.isTraining);
         compare(focusName(), "train");
@@ -75,7 +75,7 @@ WindowCase {
         compare(focusName(), "train");
     }
     function test_chartGrowsWithTheTraining() {
-        training();
+        startTraining();
         const chart = item("lossChart");
         tryVerify(() => model.lossHistory.count >= 2, 60000);
         compare(chart.points, model.lossHistory);
@@ -87,8 +87,7 @@ WindowCase {
     function test_damagedModelIsTold() {
         trained();
         Stage.damageModels();
-        Stage.restartProgram();
-        open();
+        restartProgram();
         model.setCorpus(Stage.url("Drums"));
         idle();
         verify(model.modelProblem.length > 0);

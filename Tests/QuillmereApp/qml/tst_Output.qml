@@ -57,7 +57,7 @@ WindowCase {
         compare(model.count, 9);
     }
     function test_countByKeyboard() {
-        focus("count");
+        focusOn("count");
         keyClick(Qt.Key_Up);
         compare(model.count, 11);
         keyClick(Qt.Key_Down);
@@ -83,7 +83,7 @@ WindowCase {
         click("format");
         mouseClick(Stage.findText(window.contentItem, "WAV 32-bit float"));
         compare(model.formatLabels[model.formatIndex], "WAV 32-bit float");
-        focus("format");
+        focusOn("format");
         keyClick(Qt.Key_Up);
         compare(model.formatLabels[model.formatIndex], "WAV 24-bit");
     }

@@ -35,7 +35,7 @@ WindowCase {
     }
     function test_keysMoveAndPlay() {
         generated(5);
-        focus("results");
+        focusOn("results");
         keyClick(Qt.Key_Right);
         keyClick(Qt.Key_Right);
         compare(item("results").currentIndex, 2);
@@ -54,7 +54,7 @@ WindowCase {
     }
     function test_spacePlaysFromASlider() {
         generated(2);
-        focus("slider-pitch");
+        focusOn("slider-pitch");
         keyClick(Qt.Key_Space);
         tryVerify(() => playing() === 0);
     }
@@ -110,7 +110,7 @@ WindowCase {
         verify(Date.now() - before < 3000);
         compare(item("results").count, 20000);
         verify(Stage.countItems(window.contentItem, "tile-") < 40);
-        focus("results");
+        focusOn("results");
         keyClick(Qt.Key_End);
         tryVerify(() => has("tile-19999"), 3000);
         keyClick(Qt.Key_Home);
@@ -127,7 +127,7 @@ WindowCase {
     }
     function test_newResultsKeepAChoice() {
         generated(5);
-        focus("results");
+        focusOn("results");
         keyClick(Qt.Key_End);
         model.count = 2;
         model.generate();

@@ -187,7 +187,7 @@ WindowCase {
         verifyNotSeen("0 samples");
     }
     function test_training() {
-        training();
+        startTraining();
         verifySeen(model.trainingMessage);
         tryVerify(() => Stage.texts(window.contentItem).some(text => text.startsWith("Step ")));
         verifySeen("Step");
@@ -221,7 +221,7 @@ WindowCase {
         verifySeen("Generate 25 Variations");
     }
     function test_generating() {
-        generating();
+        startGenerating();
         tryVerify(() => Stage.texts(window.contentItem).some(text => /^\d+ of 9999$/.test(text)));
         verifySeen("Cancel");
         model.cancel();

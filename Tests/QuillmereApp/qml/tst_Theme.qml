@@ -33,7 +33,7 @@ TestCase {
         for (const ground of ["window", "card", "control", "controlHover", "popup", "field", "accentSoft", "errorSoft"])
             rows.push(["secondary", ground]);
         for (const ground of ["accent", "accentHover", "accentPressed"])
-            rows.push(["onAccent", ground]);
+            rows.push(["accentInk", ground]);
         return appearances(rows.concat([["good", "card"], ["warning", "card"], ["error", "card"], ["error", "popup"], ["accent", "card"]]));
     }
     function test_text(row) {

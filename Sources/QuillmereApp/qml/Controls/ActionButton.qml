@@ -14,7 +14,7 @@ T.Button {
     readonly property color ink: {
         if (!enabled)
             return Theme.disabled;
-        return prominent ? Theme.onAccent : Theme.text;
+        return prominent ? Theme.accentInk : Theme.text;
     }
     readonly property color ground: {
         if (prominent && enabled)
@@ -29,6 +29,7 @@ T.Button {
     leftPadding: quiet ? Theme.inner : 14
     rightPadding: leftPadding
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
     font.family: Theme.family
     font.pixelSize: Theme.textSize
     font.weight: prominent ? Font.DemiBold : Font.Normal
@@ -37,14 +38,20 @@ T.Button {
     Accessible.name: text
     Accessible.description: tip
 
+    Accessible.onPressAction: if (enabled)
+        clicked()
+    Accessible.onToggleAction: if (enabled)
+        clicked()
+
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
 
     contentItem: Item {
-        implicitWidth: childrenRect.width
-        implicitHeight: childrenRect.height
+        implicitWidth: content.implicitWidth
+        implicitHeight: content.implicitHeight
 
         Row {
+            id: content
             x: Math.round((parent.width - width) / 2)
             y: Math.round((parent.height - height) / 2)
             spacing: Theme.inner - 1

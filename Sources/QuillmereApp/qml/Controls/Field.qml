@@ -19,8 +19,9 @@ T.TextField {
     color: enabled ? Theme.text : Theme.disabled
     placeholderTextColor: Theme.secondary
     selectionColor: Theme.accent
-    selectedTextColor: Theme.onAccent
+    selectedTextColor: Theme.accentInk
     selectByMouse: true
+    hoverEnabled: true
     font.family: Theme.family
     font.pixelSize: Theme.textSize
 

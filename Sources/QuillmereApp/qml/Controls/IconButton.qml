@@ -11,17 +11,23 @@ T.Button {
     property color ink: Theme.secondary
     property int iconSize: 16
     property bool framed: false
+    property real corner: Math.min(Theme.controlRadius, height / 4)
 
     implicitWidth: 28
     implicitHeight: 28
     padding: 0
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
 
-    Accessible.role: Accessible.Button
     Accessible.name: text
     Accessible.description: tip === text ? "" : tip
     Accessible.checkable: checkable
     Accessible.checked: checked
+
+    Accessible.onPressAction: if (enabled)
+        clicked()
+    Accessible.onToggleAction: if (enabled)
+        clicked()
 
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
@@ -36,7 +42,7 @@ T.Button {
         }
     }
     background: Rectangle {
-        radius: Math.min(Theme.controlRadius, control.height / 4)
+        radius: control.corner
         color: control.down ? Theme.controlPressed : control.hovered ? Theme.controlHover : control.framed ? Theme.control : "transparent"
         border.width: control.framed ? 1 : 0
         border.color: control.enabled ? Theme.controlLine : Theme.line
@@ -44,7 +50,7 @@ T.Button {
 
     FocusRing {
         anchors.margins: -1
-        around: Math.min(Theme.controlRadius, control.height / 4) - 2
+        around: control.corner - 2
         shown: control.visualFocus
     }
     Tip {

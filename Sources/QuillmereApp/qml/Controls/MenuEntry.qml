@@ -16,6 +16,8 @@ T.MenuItem {
     Accessible.name: text
     Accessible.checkable: checkable
     Accessible.checked: checked
+    Accessible.onPressAction: if (enabled)
+        clicked()
 
     contentItem: Text {
         text: entry.text

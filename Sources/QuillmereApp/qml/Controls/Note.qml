@@ -21,7 +21,7 @@ Item {
         width: 15
         height: 15
         y: Math.round((metrics.height - height) / 2)
-        visible: name.length > 0
+        visible: note.iconName.length > 0
     }
     FontMetrics {
         id: metrics
@@ -29,7 +29,8 @@ Item {
     }
     Words {
         id: words
-        x: icon.visible ? icon.width + Theme.inner - 1 : 0
+        // By the name: what is not shown has an icon all the same.
+        x: note.iconName.length > 0 ? icon.width + Theme.inner - 1 : 0
         width: note.width - x
         color: note.textColor
         font.pixelSize: Theme.smallSize

@@ -24,12 +24,14 @@ T.ComboBox {
     leftPadding: Theme.inner + 4
     rightPadding: 30
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
     font.family: Theme.family
     font.pixelSize: Theme.textSize
 
     Accessible.role: Accessible.ComboBox
     Accessible.name: label
     Accessible.description: tip
+    Accessible.onPressAction: popup.open()
 
     Keys.onReturnPressed: popup.open()
     Keys.onEnterPressed: popup.open()
@@ -77,6 +79,8 @@ T.ComboBox {
         Accessible.role: Accessible.ListItem
         Accessible.name: text
         Accessible.selected: control.currentIndex === index
+        Accessible.onPressAction: if (enabled)
+            clicked()
 
         contentItem: Text {
             text: choice.text

@@ -42,7 +42,7 @@ Rectangle {
             id: repeater
             model: segments.words
 
-            T.AbstractButton {
+            T.RadioButton {
                 id: segment
 
                 required property string modelData
@@ -53,16 +53,23 @@ Rectangle {
                 height: segments.height - 2 * segments.edge
                 text: modelData
                 checked: index === segments.currentIndex
-                activeFocusOnTab: checked
-                focusPolicy: checked ? Qt.StrongFocus : Qt.ClickFocus
+                focusPolicy: Qt.ClickFocus
+                hoverEnabled: true
+                activeFocusOnTab: checked || activeFocus
 
-                Accessible.role: Accessible.RadioButton
                 Accessible.name: text
                 Accessible.description: segments.tips.length > index ? segments.tips[index] : ""
-                Accessible.checkable: true
-                Accessible.checked: checked
+                Accessible.onPressAction: if (enabled)
+                    clicked()
+                Accessible.onToggleAction: if (enabled)
+                    clicked()
 
-                onClicked: segments.chosen(index)
+                autoExclusive: false
+                onClicked: {
+                    segments.chosen(index);
+                    // A press changes it; what is chosen has the last word.
+                    checked = Qt.binding(() => index === segments.currentIndex);
+                }
                 Keys.onLeftPressed: segments.choose(index - 1)
                 Keys.onRightPressed: segments.choose(index + 1)
 

@@ -19,6 +19,7 @@ T.SpinBox {
     to: 9999
     editable: true
     focusPolicy: Qt.StrongFocus
+    hoverEnabled: true
     font.family: Theme.figures
     font.pixelSize: Theme.textSize
     inputMethodHints: Qt.ImhDigitsOnly
@@ -40,7 +41,7 @@ T.SpinBox {
         font: control.font
         color: control.enabled ? Theme.text : Theme.disabled
         selectionColor: Theme.accent
-        selectedTextColor: Theme.onAccent
+        selectedTextColor: Theme.accentInk
         selectByMouse: true
         horizontalAlignment: Qt.AlignHCenter
         verticalAlignment: Qt.AlignVCenter

@@ -1,10 +1,8 @@
-pragma ComponentBehavior: Bound
-
 import QtQuick
 import QtQuick.Templates as T
 import QuillmereApp
 
-// The context menu of a text field: right button, or the menu key. Made when it is first asked for.
+// Opens the context menu of a text field: right button, or the menu key. It is made when it is first asked for.
 Item {
     id: context
 
@@ -14,7 +12,7 @@ Item {
 
     function open(x: real, y: real) {
         loader.active = true;
-        (loader.item as Holder).menu.popup(context, x, y);
+        (loader.item as FieldMenu).popup(context, x, y);
     }
 
     TapHandler {
@@ -30,36 +28,8 @@ Item {
     Loader {
         id: loader
         active: false
-        sourceComponent: Holder {
-        }
-    }
-
-    component Holder: Item {
-        readonly property PopupMenu menu: entries
-
-        PopupMenu {
-            id: entries
-
-            MenuEntry {
-                text: "Cut"
-                enabled: context.field.selectedText.length > 0 && !context.field.readOnly
-                onTriggered: context.field.cut()
-            }
-            MenuEntry {
-                text: "Copy"
-                enabled: context.field.selectedText.length > 0
-                onTriggered: context.field.copy()
-            }
-            MenuEntry {
-                text: "Paste"
-                enabled: context.field.canPaste
-                onTriggered: context.field.paste()
-            }
-            MenuEntry {
-                text: "Select All"
-                enabled: context.field.length > 0
-                onTriggered: context.field.selectAll()
-            }
+        sourceComponent: FieldMenu {
+            field: context.field
         }
     }
 }

@@ -1,11 +1,11 @@
 import QtQuick
-import QtQuick.Templates as T
 import QuillmereApp
 
 // A slider over value, filled from the default's place to the value's place so that a departure from the
 // default is seen at a glance. It shows what it is told (value, position) and asks for changes by signals:
-// the places come from elsewhere, so that they may be logarithmic.
-T.Control {
+// the places come from elsewhere, so that they may be logarithmic. An Item, because a Control cannot be made a
+// slider for assistive technology.
+Item {
     id: control
 
     property string label
@@ -21,6 +21,10 @@ T.Control {
     property bool marked: true        // whether there is a mark at the default
     property bool emphasised: true    // the fill in the accent colour
     readonly property bool pressed: area.pressed
+    readonly property bool hovered: area.containsMouse
+    // Whether the keyboard goes to it and came by a key
+    readonly property bool visualFocus: activeFocus && !reachedByMouse
+    property bool reachedByMouse: false
     readonly property real handleSize: 14
 
     // A drag begins and ends; in between the handle wants to be at place (0 ... 1).
@@ -42,8 +46,9 @@ T.Control {
 
     implicitWidth: 120
     implicitHeight: 24
-    focusPolicy: Qt.StrongFocus
-    hoverEnabled: true
+    activeFocusOnTab: true
+    onActiveFocusChanged: if (!activeFocus)
+        reachedByMouse = false
 
     Accessible.role: Accessible.Slider
     Accessible.name: label
@@ -85,7 +90,9 @@ T.Control {
             event.accepted = false;
     }
 
-    contentItem: Item {
+    Item {
+        anchors.fill: parent
+
         // The track
         Rectangle {
             x: control.handleSize / 2
@@ -125,7 +132,7 @@ T.Control {
             height: control.handleSize
             radius: width / 2
             anchors.verticalCenter: parent.verticalCenter
-            color: !control.enabled ? Theme.control : control.pressed ? Theme.accentPressed : area.containsMouse || control.visualFocus ? Theme.accent : Theme.handle
+            color: !control.enabled ? Theme.control : control.pressed ? Theme.accentPressed : control.hovered || control.visualFocus ? Theme.accent : Theme.handle
             border.width: 2
             border.color: Theme.card
         }
@@ -145,6 +152,7 @@ T.Control {
         onPressed: mouse => {
             const handleX = control.xOf(control.position);
             const onHandle = Math.abs(mouse.x - handleX) <= control.handleSize / 2 + 1;
+            control.reachedByMouse = true;
             control.forceActiveFocus(Qt.MouseFocusReason);
             dragging = true;
             grip = onHandle ? mouse.x - handleX : 0;

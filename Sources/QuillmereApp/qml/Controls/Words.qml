@@ -1,9 +1,8 @@
 import QtQuick
-import QtQuick.Templates as T
 import QuillmereApp
 
 // Text of the window, also for those who have it read to them.
-T.Label {
+Text {
     color: Theme.text
     font.family: Theme.family
     font.pixelSize: Theme.textSize
