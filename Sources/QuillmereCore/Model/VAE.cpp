@@ -58,19 +58,23 @@ void fillSlots(std::span<const std::vector<float>> arrays, std::size_t slotSize,
     }
 }
 
-// Runs function over arrays in chunks of VAEInference::batch and splits its results again.
+// Runs function over arrays in chunks of VAEInference::batch and splits its results again. The last chunk is
+// padded unless the executor takes fewer.
 template <typename Function>
-std::vector<std::vector<float>> inChunks(std::span<const std::vector<float>> arrays, std::size_t inputSize,
+std::vector<std::vector<float>> inChunks(const network::Executor& executor,
+                                         std::span<const std::vector<float>> arrays, std::size_t inputSize,
                                          std::size_t outputSize, float padding, Function function) {
     constexpr std::size_t batch = VAEInference::batch;
+    const std::size_t slots = executor.takesPartialBatches() ? std::min(batch, arrays.size()) : batch;
     std::vector<std::vector<float>> results;
     results.reserve(arrays.size());
-    std::vector<float> input(batch * inputSize);
-    std::vector<float> output(batch * outputSize);
+    std::vector<float> input(slots * inputSize);
+    std::vector<float> output(slots * outputSize);
     for (std::size_t start = 0; start < arrays.size(); start += batch) {
         const std::size_t count = std::min(batch, arrays.size() - start);
+        const std::size_t used = executor.takesPartialBatches() ? count : batch;
         fillSlots(arrays.subspan(start, count), inputSize, padding, input);
-        function(input, output);
+        function(std::span(input).first(used * inputSize), std::span(output).first(used * outputSize));
         for (std::size_t i = 0; i < count; ++i) {
             const auto first = output.begin() + static_cast<std::ptrdiff_t>(i * outputSize);
             results.emplace_back(first, first + static_cast<std::ptrdiff_t>(outputSize));
@@ -148,14 +152,14 @@ VAEInference::VAEInference(const ModelConfig& config, std::span<const std::vecto
 
 std::vector<std::vector<float>> VAEInference::encode(std::span<const std::vector<float>> images) {
     constexpr float silence = -1.0F;
-    return inChunks(images, static_cast<std::size_t>(config_.nMels * config_.frames),
+    return inChunks(*executor_, images, static_cast<std::size_t>(config_.nMels * config_.frames),
                     static_cast<std::size_t>(config_.latentDim), silence,
                     [&](std::span<const float> x, std::span<float> mean) { executor_->encode(x, mean, {}); });
 }
 
 std::vector<std::vector<float>> VAEInference::decode(std::span<const std::vector<float>> latents) {
     constexpr float origin = 0.0F;
-    return inChunks(latents, static_cast<std::size_t>(config_.latentDim),
+    return inChunks(*executor_, latents, static_cast<std::size_t>(config_.latentDim),
                     static_cast<std::size_t>(config_.nMels * config_.frames), origin,
                     [&](std::span<const float> z, std::span<float> images) { executor_->decode(z, images); });
 }

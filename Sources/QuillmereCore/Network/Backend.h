@@ -49,6 +49,9 @@ public:
     virtual void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) = 0;
     // z: [batch][latent]; images: [batch][height][width].
     virtual void decode(std::span<const float> z, std::span<float> images) = 0;
+    // Whether encode and decode also take the first few items of a batch, in less time. An item's result
+    // never depends on its neighbours.
+    [[nodiscard]] virtual bool takesPartialBatches() const noexcept { return false; }
 };
 
 class Backend {

@@ -175,6 +175,27 @@ TEST(CPUBackend, DecodedImageDoesNotDependOnItsPlaceInTheBatch) {
     }
 }
 
+TEST(CPUBackend, FirstItemsOfABatchAloneGiveTheSameBits) {
+    const NetworkShape shape{32, 64, 8, 9};
+    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
+    ASSERT_TRUE(executor->takesPartialBatches());
+    executor->setWeights(busyWeights(shape, 8));
+    const auto z = gaussianArray(9 * 8, 23);
+    const auto x = speckledImages(9 * shape.imageSize(), 24);
+    std::vector<float> images(9 * shape.imageSize()), mean(9 * 8), logVariance(9 * 8);
+    executor->decode(z, images);
+    executor->encode(x, mean, logVariance);
+    for (const std::size_t count : {0, 1, 4}) {
+        std::vector<float> someImages(count * shape.imageSize()), someMeans(count * 8),
+            someVariances(count * 8);
+        executor->decode(std::span(z).first(count * 8), someImages);
+        executor->encode(std::span(x).first(count * shape.imageSize()), someMeans, someVariances);
+        EXPECT_THAT(someImages, ::testing::ElementsAreArray(images.data(), someImages.size()));
+        EXPECT_THAT(someMeans, ::testing::ElementsAreArray(mean.data(), someMeans.size()));
+        EXPECT_THAT(someVariances, ::testing::ElementsAreArray(logVariance.data(), someVariances.size()));
+    }
+}
+
 TEST(CPUBackend, TrainingAndInferenceDecodeTheSameBits) {
     const NetworkShape shape{64, 32, 4, 3};
     const auto weights = busyWeights(shape, 12);

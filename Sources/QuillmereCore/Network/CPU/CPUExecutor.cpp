@@ -342,10 +342,15 @@ void CPUExecutor::run(std::size_t count, const std::function<void(int, int)>& bo
     });
 }
 
+void CPUExecutor::useImages(std::size_t count) {
+    require(count <= static_cast<std::size_t>(batch_), "more images than the batch holds");
+    images_ = static_cast<int>(count);
+}
+
 void CPUExecutor::multiplyParallel(int n, int k, const float* A, const float* B, float* C) {
     run((n + denseColumns - 1) / denseColumns, [&](int index, int) {
         const int first = index * denseColumns;
-        kernels_.multiply(batch_, std::min(denseColumns, n - first), k, A, k, B + first, n, C + first, n);
+        kernels_.multiply(images_, std::min(denseColumns, n - first), k, A, k, B + first, n, C + first, n);
     });
 }
 
@@ -372,7 +377,7 @@ void CPUExecutor::multiplyDown(const Layer& layer) {
     const int parts = (width + productColumns - 1) / productColumns;
     run(static_cast<std::size_t>(transformPlanes) * parts, [&](int index, int worker) {
         const int column = index % parts * productColumns;
-        kernels_.productsDown(call(layer, worker, {0, batch_}), index / parts, column,
+        kernels_.productsDown(call(layer, worker, {0, images_}), index / parts, column,
                               std::min(width, column + productColumns));
     });
 }
@@ -382,7 +387,7 @@ void CPUExecutor::multiplyUp(const Layer& layer) {
     const int parts = (width + productColumns - 1) / productColumns;
     run(static_cast<std::size_t>(transformPlanes) * parts, [&](int index, int worker) {
         const int column = index % parts * productColumns;
-        kernels_.productsUp(call(layer, worker, {0, batch_}), index / parts, column,
+        kernels_.productsUp(call(layer, worker, {0, images_}), index / parts, column,
                             std::min(width, column + productColumns));
     });
 }
@@ -390,9 +395,9 @@ void CPUExecutor::multiplyUp(const Layer& layer) {
 // ---- Forward
 
 void CPUExecutor::loadImages(std::span<const float> x) {
-    require(x.size() == batch_ * plan_.imageSize(), "wrong size of an image batch");
+    require(x.size() == images_ * plan_.imageSize(), "wrong size of an image batch");
     const PaddedView view = input_.view();
-    for (int n = 0; n < batch_; ++n) {
+    for (int n = 0; n < images_; ++n) {
         for (int y = 0; y < plan_.height; ++y) {
             const float* const row =
                 x.data() + n * plan_.imageSize() + static_cast<std::size_t>(y) * plan_.width;
@@ -404,7 +409,7 @@ void CPUExecutor::loadImages(std::span<const float> x) {
 void CPUExecutor::encodeLayers() {
     const auto input = [&](std::size_t k) { return encoderTensors_[k].act.view(); };
     const ConvLayer& stem = plan_.encoder.front();
-    run(batch_, [&](int n, int worker) {
+    run(images_, [&](int n, int worker) {
         kernels_.stemForward(input_.view(), parameters_.data() + layout_.offset(stem.weight),
                              parameters_.data() + layout_.offset(stem.bias), input(0),
                              encoderTensors_[0].derivative.view(), n);
@@ -418,7 +423,7 @@ void CPUExecutor::encodeLayers() {
     });
     for (std::size_t k = innerEncoder_; k < encoder_.size(); ++k) {
         multiplyDown(encoder_[k]);
-        run(batch_, [&](int n, int worker) {
+        run(images_, [&](int n, int worker) {
             const ImageRange image{n, n + 1};
             kernels_.activateLo(call(encoder_[k], worker, image), input(k + 1),
                                 encoderTensors_[k + 1].derivative.view());
@@ -431,13 +436,13 @@ void CPUExecutor::encodeLayers() {
 // heads_: mean and raw log-variance, biases included.
 void CPUExecutor::encodeHeads() {
     const PaddedView deepest = encoderTensors_.back().act.view();
-    for (int n = 0; n < batch_; ++n)
+    for (int n = 0; n < images_; ++n)
         flatten(deepest, n, flatActivations_.data() + static_cast<std::size_t>(n) * flat_);
     const int columns = 2 * layout_.latentPadded();
     multiplyParallel(columns, flat_, flatActivations_.data(),
                      parameters_.data() + layout_.offset(plan_.mean.weight), heads_.data());
     const float* const bias = parameters_.data() + layout_.offset(plan_.mean.bias);
-    for (int n = 0; n < batch_; ++n) {
+    for (int n = 0; n < images_; ++n) {
         float* const row = heads_.data() + static_cast<std::size_t>(n) * columns;
         for (int i = 0; i < columns; ++i)
             row[i] += bias[i];
@@ -447,14 +452,15 @@ void CPUExecutor::encodeHeads() {
 void CPUExecutor::encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) {
     const FlushDenormals flush;
     const auto dim = static_cast<std::size_t>(plan_.latent.dim);
-    require(mean.size() == batch_ * dim && (logVariance.empty() || logVariance.size() == mean.size()),
+    useImages(mean.size() / dim);
+    require(mean.size() == images_ * dim && (logVariance.empty() || logVariance.size() == mean.size()),
             "wrong size of a latent batch");
     prepareWeights();
     loadImages(x);
     encodeLayers();
     encodeHeads();
     const auto padded = static_cast<std::size_t>(layout_.latentPadded());
-    for (int n = 0; n < batch_; ++n) {
+    for (int n = 0; n < images_; ++n) {
         const float* const row = heads_.data() + n * 2 * padded;
         std::copy(row, row + dim, mean.data() + n * dim);
         if (logVariance.empty()) continue;
@@ -472,7 +478,7 @@ void CPUExecutor::decodeInner() {
     const PaddedView derivative = decoderStart_.derivative.view();
     const float* const bias = parameters_.data() + layout_.offset(plan_.decoderInput.bias);
     const std::size_t row = static_cast<std::size_t>(act.width) * act.channels;
-    run(batch_, [&](int n, int worker) {
+    run(images_, [&](int n, int worker) {
         const float* const x = dense_.data() + static_cast<std::size_t>(n) * flat_;
         for (int y = 0; y < act.height; ++y) {
             kernels_.biasSilu(row, x + y * row, bias + y * row, act.at(n, y, 0),
@@ -483,7 +489,7 @@ void CPUExecutor::decodeInner() {
     for (std::size_t k = 0; k < outerDecoder_; ++k) {
         multiplyUp(decoder_[k]);
         if (k + 1 == outerDecoder_) return;
-        run(batch_, [&](int n, int worker) {
+        run(images_, [&](int n, int worker) {
             const Activations& out = decoderTensors_[k];
             kernels_.activateHi(call(decoder_[k], worker, {n, n + 1}), out.act.view(), out.derivative.view());
             kernels_.transformLo(call(decoder_[k + 1], worker, {n, n + 1}), out.act.view());
@@ -515,15 +521,16 @@ void CPUExecutor::decodeOuter(Worker& worker, int workerIndex, int image, float*
 void CPUExecutor::decode(std::span<const float> z, std::span<float> images) {
     const FlushDenormals flush;
     const auto dim = static_cast<std::size_t>(plan_.latent.dim);
-    require(z.size() == batch_ * dim && images.size() == batch_ * plan_.imageSize(),
+    useImages(z.size() / dim);
+    require(z.size() == images_ * dim && images.size() == images_ * plan_.imageSize(),
             "wrong size of a latent batch");
     prepareWeights();
-    for (int n = 0; n < batch_; ++n) {
+    for (int n = 0; n < images_; ++n) {
         std::copy(z.data() + n * dim, z.data() + (n + 1) * dim,
                   latent_.data() + static_cast<std::size_t>(n) * layout_.latentPadded());
     }
     decodeInner();
-    run(batch_, [&](int n, int worker) {
+    run(images_, [&](int n, int worker) {
         decodeOuter(workers_[worker], worker, n, images.data() + n * plan_.imageSize());
     });
 }
@@ -534,6 +541,7 @@ StepResult CPUExecutor::step(std::span<const float> x, std::span<const float> ep
                              float klWeight) {
     require(training(), "an executor for inference cannot train");
     require(eps.size() == static_cast<std::size_t>(batch_) * plan_.latent.dim, "wrong size of the noise");
+    useImages(static_cast<std::size_t>(batch_));
     const FlushDenormals flush;
     prepareWeights();
     loadImages(x);

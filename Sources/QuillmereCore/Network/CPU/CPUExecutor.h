@@ -35,6 +35,7 @@ public:
                     float klWeight) override;
     void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) override;
     void decode(std::span<const float> z, std::span<float> images) override;
+    [[nodiscard]] bool takesPartialBatches() const noexcept override { return true; }
 
 private:
     // Activations of one layer; derivative is SiLU' and becomes the gradient on the way back. Its view is
@@ -84,6 +85,7 @@ private:
     void makeDense();
     [[nodiscard]] LayerCall call(const Layer& layer, int worker, ImageRange images) const;
     [[nodiscard]] ImageRange group(std::size_t index) const;
+    void useImages(std::size_t count);
     void run(std::size_t count, const std::function<void(int index, int worker)>& body);
 
     // Matrix products split over columns (rows for the transposed ones) into parallel tasks.
@@ -124,7 +126,8 @@ private:
     ParameterLayout layout_;
     WorkerTeam team_;
     int batch_;
-    int groupSize_;  // images
+    int images_ = 0;  // of the batch, in this call
+    int groupSize_;   // images
     int groups_;
     int flat_;  // floats of the flattened deepest tensor, [position][channel]
     bool prepared_ = false;
