@@ -16,7 +16,7 @@ test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrog
 demo=(sonic-pi-samples)
 lint=(clang-format clang-tidy git)
 pictures=(python3 python3-numpy python3-matplotlib flac)
-peers=(python3 python3-torch util-linux)
+peers=(python3 python3-numpy python3-torch ffmpeg util-linux findutils)
 
 die() {
     echo "setup.sh: $*" >&2

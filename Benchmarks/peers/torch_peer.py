@@ -4,13 +4,23 @@
 usage: torch_peer.py WORK [--threads N] [--seconds S]
 
 WORK: step:HxW (one training step, batch 16), decode:HxW (16 latents), griffinlim:NFFT:FRAMES (48 passes),
-features:NFFT:FRAMES:MELS (one clip). H is the number of mel bands, W the number of frames; the hop is NFFT / 4.
+features:NFFT:FRAMES:MELS (one clip), variation:NFFT:FRAMES:MELS (latent to file, with the parameters of the
+preset Balanced). H is the number of mel bands, W the number of frames; the hop is NFFT / 4.
+
+usage: torch_peer.py train FOLDER STEPS [--threads N]
+
+Learns the WAV files of a folder for some steps at 96x192 and prints its largest resident set in KiB.
 """
 import argparse
 import json
 import math
+import pathlib
+import resource
+import tempfile
 import time
+import wave
 
+import numpy as np
 import torch
 import torch.nn.functional as F
 
@@ -51,12 +61,12 @@ class Network:
         h = x.to(memory_format=torch.channels_last)
         for weight, bias in self.encoder:
             h = F.silu(F.conv2d(h, weight, bias, stride=2, padding=1))
-        flat = h.reshape(BATCH, -1)
+        flat = h.reshape(x.shape[0], -1)
         mean = flat @ self.mean[0] + self.mean[1]
         return mean, (flat @ self.log_var[0] + self.log_var[1]).clamp(-12, 6)
 
     def decode(self, z):
-        h = F.silu(z @ self.dense[0] + self.dense[1]).view(BATCH, 192, *self.deep)
+        h = F.silu(z @ self.dense[0] + self.dense[1]).view(z.shape[0], 192, *self.deep)
         h = h.to(memory_format=torch.channels_last)
         for weight, bias in self.decoder:
             h = F.silu(F.conv2d(F.interpolate(h, scale_factor=2, mode="nearest"), weight, bias, padding=1))
@@ -99,66 +109,163 @@ def decode(height, width):
     return run
 
 
-def griffin_lim(size, frames, passes=48):
-    hop, bins = size // 4, size // 2 + 1
-    magnitude = torch.rand(bins, frames) + 0.01
-    window = torch.hann_window(size)
+def reconstruct(magnitude, size, window, passes=48):
+    """magnitude: [bins, frames]. Griffin-Lim with momentum from random phases."""
+    hop, frames = size // 4, magnitude.shape[1]
 
     def inverse(spectrum):
         return torch.istft(spectrum, size, hop, window=window, length=frames * hop - hop)
 
+    estimate = torch.polar(magnitude, torch.rand(magnitude.shape) * 2 * math.pi)
+    previous, momentum = torch.zeros_like(estimate), 0.0
+    for _ in range(passes):
+        projection = torch.stft(inverse(estimate), size, hop, window=window, center=True, pad_mode="constant",
+                                return_complex=True)
+        moved = projection + (projection - previous) * momentum
+        estimate = magnitude * (moved / (moved.abs() + 1e-12))
+        previous, momentum = projection, 0.99
+    return inverse(estimate)
+
+
+def griffin_lim(size, frames):
+    magnitude = torch.rand(size // 2 + 1, frames) + 0.01
+    window = torch.hann_window(size)
+
     def run():
         with torch.inference_mode():
-            estimate = torch.polar(magnitude, torch.rand(bins, frames) * 2 * math.pi)
-            previous, momentum = torch.zeros_like(estimate), 0.0
-            for _ in range(passes):
-                projection = torch.stft(inverse(estimate), size, hop, window=window, center=True,
-                                        pad_mode="constant", return_complex=True)
-                moved = projection + (projection - previous) * momentum
-                estimate = magnitude * (moved / (moved.abs() + 1e-12))
-                previous, momentum = projection, 0.99
-            return inverse(estimate)
+            return reconstruct(magnitude, size, window)
 
     return run
 
 
-def features(size, frames, mels):
-    hop = size // 4
-    signal = torch.rand(frames * hop) * 2 - 1
-    window = torch.hann_window(size)
+def mel_bank(size, mels):
+    """Triangles [mels, bins], each with a peak of 1."""
     edges = torch.linspace(0, 2595 * math.log10(1 + 22050 / 700), mels + 2)
     edges = 700 * (10 ** (edges / 2595) - 1)
     frequency = torch.arange(size // 2 + 1) * 44100 / size
     rising = (frequency[None] - edges[:-2, None]) / (edges[1:-1] - edges[:-2])[:, None]
     falling = (edges[2:, None] - frequency[None]) / (edges[2:] - edges[1:-1])[:, None]
-    bank = torch.clamp(torch.minimum(rising, falling), min=0)
+    return torch.clamp(torch.minimum(rising, falling), min=0)
+
+
+def features_of(signal, size, frames, bank, window):
+    spectrum = torch.stft(signal, size, size // 4, window=window, center=True, pad_mode="constant",
+                          return_complex=True)[:, :frames]
+    level = 20 * torch.log10(torch.clamp(bank @ (spectrum.abs() * 4 / size), min=1e-7))
+    return (torch.clamp(level, -100, 10) + 50) / 50
+
+
+def features(size, frames, mels):
+    signal = torch.rand(frames * size // 4) * 2 - 1
+    window = torch.hann_window(size)
+    bank = mel_bank(size, mels)
     bank = bank / bank.sum(1, keepdim=True).clamp(min=1e-6)
 
     def run():
         with torch.inference_mode():
-            spectrum = torch.stft(signal, size, hop, window=window, center=True, pad_mode="constant",
-                                  return_complex=True)[:, :frames]
-            level = 20 * torch.log10(torch.clamp(bank @ (spectrum.abs() * 4 / size), min=1e-7))
-            return (torch.clamp(level, -100, 10) + 50) / 50
+            return features_of(signal, size, frames, bank, window)
 
     return run
 
 
+def block_dc(x, block=256):
+    """y[n] = 0.995 y[n - 1] + x[n] - x[n - 1], a block at a time."""
+    change = np.diff(x, prepend=np.float32(0))
+    change = np.pad(change, (0, -len(x) % block)).reshape(-1, block)
+    step = np.arange(block)
+    response = np.where(step[:, None] >= step, 0.995 ** np.maximum(step[:, None] - step, 0), 0).astype(np.float32)
+    alone = change @ response.T
+    carry, carries = 0.0, np.empty(len(alone), np.float32)
+    for i, last in enumerate(alone[:, -1]):
+        carries[i] = carry
+        carry = float(last) + 0.995**block * carry
+    return (alone + carries[:, None] * (0.995 ** (step + 1)).astype(np.float32)).reshape(-1)[: len(x)]
+
+
+def finish(x):
+    """Offset, silence, level and fades, as the preset Balanced asks."""
+    x = block_dc(x)
+    levels = np.sqrt(np.mean(x[: len(x) // 128 * 128].reshape(-1, 128) ** 2, axis=1))
+    sounding = np.flatnonzero(levels > 0.0018 * levels.max())
+    x = x[max(sounding[0] * 128 - 32, 0) : (sounding[-1] + 1) * 128 + 441]
+    x = x * (0.95 / np.abs(x).max())
+    x[:44] *= np.arange(44, dtype=np.float32) / 44
+    x[-882:] *= np.arange(882, dtype=np.float32)[::-1] / 882
+    return x * (10 ** (-1 / 20) / np.abs(x).max())
+
+
+def write_wav24(x, path):
+    whole = np.clip(np.rint(x * 8388608), -8388608, 8388607).astype("<i4")
+    with wave.open(path, "wb") as file:
+        file.setnchannels(1)
+        file.setsampwidth(3)
+        file.setframerate(44100)
+        file.writeframes(whole.view(np.uint8).reshape(-1, 4)[:, :3].tobytes())
+
+
+def variation(size, frames, mels):
+    network = Network(mels, frames)
+    latents = torch.randn(24, LATENT)
+    centre = latents.mean(0)
+    bank = mel_bank(size, mels)
+    covered = bank.sum(0).clamp(min=1e-6)
+    window = torch.hann_window(size)
+    target = tempfile.NamedTemporaryFile(suffix=".wav")
+
+    def run():
+        with torch.inference_mode():
+            chosen = latents[torch.randperm(24)[:2]]
+            weights = torch.rand(2)
+            z = (weights / weights.sum()) @ chosen
+            z = z + (torch.randn(24) * 0.4 / math.sqrt(24)) @ (latents - centre)
+            image = network.decode(z[None])[0, 0]
+            level = torch.clamp(image * 50 - 50, -100, 10)
+            magnitude = (bank.T @ 10 ** (level / 20)) / covered[:, None] * (size / 4)
+            samples = reconstruct(magnitude, size, window)
+        write_wav24(finish(samples.numpy()), target.name)
+
+    return run
+
+
+def train(folder, steps):
+    size, frames, mels = 1024, 192, 96
+    window = torch.hann_window(size)
+    bank = mel_bank(size, mels)
+    bank = bank / bank.sum(1, keepdim=True).clamp(min=1e-6)
+    images = []
+    for path in sorted(pathlib.Path(folder).rglob("*.wav")):
+        with wave.open(str(path)) as file:
+            samples = np.frombuffer(file.readframes(file.getnframes()), "<i2").astype(np.float32) / 32768
+        signal = torch.from_numpy(np.resize(np.pad(samples, (0, max(0, frames * size // 4 - len(samples)))),
+                                            frames * size // 4))
+        with torch.inference_mode():
+            images.append(features_of(signal, size, frames, bank, window))
+    images = torch.stack(images)[:, None].clone()
+    network = Network(mels, frames)
+    for _ in range(steps):
+        network.step(images[torch.randint(len(images), (BATCH,))], torch.randn(BATCH, LATENT))
+    return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+
+
 def make(work):
     name, *numbers = work.replace("x", ":").split(":")
-    return {"step": training_step, "decode": decode, "griffinlim": griffin_lim, "features": features}[name](
-        *map(int, numbers))
+    works = {"step": training_step, "decode": decode, "griffinlim": griffin_lim, "features": features,
+             "variation": variation}
+    return works[name](*map(int, numbers))
 
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("work")
+    parser.add_argument("work", nargs="+")
     parser.add_argument("--threads", type=int, default=2)
     parser.add_argument("--seconds", type=float, default=3.0)
     arguments = parser.parse_args()
     torch.manual_seed(0)
     torch.set_num_threads(arguments.threads)
-    run = make(arguments.work)
+    if arguments.work[0] == "train":
+        print(json.dumps([train(arguments.work[1], int(arguments.work[2]))]))
+        return
+    run = make(arguments.work[0])
     for _ in range(2):
         run()
     times = []

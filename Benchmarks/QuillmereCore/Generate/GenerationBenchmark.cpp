@@ -4,6 +4,8 @@
 #include <benchmark/benchmark.h>
 
 #include <cmath>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -65,6 +67,28 @@ void wholeVariation(benchmark::State& state, AnalysisProfile profile, const Pres
     state.counters["audio_s"] = benchmark::Counter(seconds, benchmark::Counter::kIsRate);
 }
 
+// One variation on one core, from the draw of its latent vector to the closed file.
+void latentToFile(benchmark::State& state, AnalysisProfile profile, const Preset& preset) {
+    const ThreadLimit one(1);
+    std::string pattern = (std::filesystem::temp_directory_path() / "quillmere-benchmark-XXXXXX").string();
+    if (::mkdtemp(pattern.data()) == nullptr) {
+        state.SkipWithError("cannot create a temporary folder");
+        return;
+    }
+    SampleGenerator generator(modelOf(configOf(profile)));
+    GenerationRequest request;
+    request.count = 1;
+    request.aesthetics = preset.aesthetics;
+    request.outputDirectory = pattern;
+    for (auto _ : state) {
+        const auto files = generator.generate(request, {}, {});
+        state.PauseTiming();
+        std::filesystem::remove(files.front().url);
+        state.ResumeTiming();
+    }
+    std::filesystem::remove_all(pattern);
+}
+
 // Everything but phase reconstruction and finishing.
 void spectralShaping(benchmark::State& state, AnalysisProfile profile, const Preset& preset) {
     const FlushDenormals flush;
@@ -117,6 +141,10 @@ const bool registered = [] {
             const std::string suffix = std::string("/") + profile.name + "/" + std::string(preset.name);
             benchmark::RegisterBenchmark(("wholeVariation" + suffix).c_str(), wholeVariation, profile.value,
                                          preset)
+                ->Unit(benchmark::kMillisecond);
+            benchmark::RegisterBenchmark(("latentToFile" + suffix).c_str(), latentToFile, profile.value,
+                                         preset)
+                ->UseRealTime()
                 ->Unit(benchmark::kMillisecond);
             benchmark::RegisterBenchmark(("spectralShaping" + suffix).c_str(), spectralShaping, profile.value,
                                          preset)
