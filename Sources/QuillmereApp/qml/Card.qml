@@ -64,6 +64,6 @@ Rectangle {
         x: card.padding
         y: disc.y + disc.height + Theme.between
         width: card.width - 2 * card.padding
-        spacing: Theme.between
+        spacing: 10
     }
 }

@@ -33,7 +33,7 @@ Column {
             width: Math.max(implicitWidth, section.titleWidth)
             text: "Randomise"
             iconName: "dice"
-            leftPadding: 10
+            leftPadding: 8
             tip: "Moves every parameter that is not locked, by the amount beside"
             onClicked: section.app.randomise(section.amount)
         }

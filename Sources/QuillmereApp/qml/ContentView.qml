@@ -41,9 +41,9 @@ FocusScope {
     }
     ErrorBanner {
         id: banner
-        x: Theme.outer
+        x: characterPane.x
         y: Theme.outer
-        width: content.width - 2 * Theme.outer
+        width: content.characterWidth
         app: content.app
         tallestMessage: Math.max(40, Math.min(160, content.height * 0.25))
     }
@@ -52,10 +52,12 @@ FocusScope {
     ScrollPane {
         id: stack
 
-        readonly property real start: banner.visible ? banner.y + banner.height : 0
+        // In a wide window the banner takes its room from the character panel: the cards stay where they are.
+        readonly property real bannerHeight: banner.visible ? banner.height + Theme.between : 0
+        readonly property real start: content.wide || !banner.visible ? 0 : banner.y + banner.height
         readonly property real stackedHeight: results.y + (results.visible ? results.height : -Theme.between) + Theme.outer
         readonly property real paneHeight: height - 2 * Theme.outer
-        readonly property real characterHeight: paneHeight - (results.visible ? results.height + Theme.between : 0)
+        readonly property real characterHeight: paneHeight - bannerHeight - (results.visible ? results.height + Theme.between : 0)
 
         y: start
         width: content.width
@@ -96,7 +98,7 @@ FocusScope {
             id: characterPane
             objectName: "characterPane"
             x: content.wide ? cardsPane.x + content.cardsWidth + Theme.between : Theme.outer
-            y: content.wide ? Theme.outer : cardsPane.y + cardsPane.height + Theme.between
+            y: content.wide ? Theme.outer + stack.bannerHeight : cardsPane.y + cardsPane.height + Theme.between
             width: content.characterWidth + content.barWidth
             height: content.wide ? stack.characterHeight : contentHeight
             scrolls: content.wide
@@ -108,7 +110,7 @@ FocusScope {
                 height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
                 app: content.app
                 // A taller window gives the rows more air, up to a point.
-                rowHeight: content.wide ? Math.max(26, Math.min(38, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
+                rowHeight: content.wide ? Math.max(23, Math.min(46, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
             }
         }
         ResultsStrip {

@@ -20,7 +20,6 @@ Card {
         width: card.bodyWidth
         visible: !card.app.hasCorpus
         text: "Choose the folder of audio samples to learn from"
-        lineHeight: 1.15
     }
     Words {
         width: card.bodyWidth
@@ -28,7 +27,6 @@ Card {
         text: "Choose a folder of WAV, AIFF, FLAC, MP3 or M4A files. A few dozen is plenty."
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
-        lineHeight: 1.15
     }
 
     // The chosen folder

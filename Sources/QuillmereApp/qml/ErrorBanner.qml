@@ -66,6 +66,11 @@ Rectangle {
             Accessible.name: "Message"
         }
     }
+    FocusRing {
+        anchors.fill: scroll
+        around: 4
+        shown: text.activeFocus
+    }
     QtObject {
         id: message
         readonly property real y: icon.y + icon.height + 6

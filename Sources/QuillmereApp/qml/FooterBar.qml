@@ -32,6 +32,10 @@ Rectangle {
             if (footer.app.errorMessage.length > 0)
                 footer.news = "";
         }
+        function onIsGeneratingChanged() {
+            if (footer.app.isGenerating)
+                footer.news = "";
+        }
         function onTrainingFinished() {
             footer.tell("Training finished.");
         }

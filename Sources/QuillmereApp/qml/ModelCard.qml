@@ -7,6 +7,8 @@ Card {
 
     required property AppModel app
     readonly property bool idle: !app.isTraining
+    // In one piece: no line ends within the date.
+    readonly property string trainedAt: Qt.formatDateTime(app.modelTrainedAt, "d MMM yyyy, hh:mm").replace(/ /g, "\u00a0")
 
     number: "2"
     title: "Model"
@@ -18,7 +20,6 @@ Card {
         text: "No model for this folder yet. It learns on this Mac — nothing leaves your machine. It's created automatically when you generate, or you can train it now."
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
-        lineHeight: 1.15
     }
     Note {
         width: card.bodyWidth
@@ -53,10 +54,9 @@ Card {
         }
         Words {
             width: parent.width
-            text: card.app.modelAnalysis + " · " + card.app.modelClipSecondsText + " s per sample · trained " + Qt.formatDateTime(card.app.modelTrainedAt, "d MMM yyyy, hh:mm")
+            text: card.app.modelAnalysis + " · " + card.app.modelClipSecondsText + " s per sample · trained " + trainedAt
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
-            lineHeight: 1.15
         }
     }
 

@@ -82,9 +82,8 @@ Card {
             Note {
                 y: longest.y
                 width: parent.width
-                visible: text.length > 0
                 iconName: card.isNoFolder ? "exclamationmark.triangle.fill" : card.willBeCreated ? "folder.badge.plus" : "folder"
-                text: card.willBeCreated ? "Folder will be created." : card.exists ? longest.text : card.isNoFolder ? "This is a file, not a folder." : ""
+                text: card.willBeCreated ? "Folder will be created." : card.exists ? longest.text : card.isNoFolder ? "This is a file, not a folder." : "No folder chosen yet."
                 ink: card.isNoFolder ? Theme.warning : Theme.secondary
             }
         }

@@ -44,7 +44,7 @@ Column {
     LossChart {
         objectName: "lossChart"
         width: parent.width
-        height: 148
+        height: 132
         points: view.app.lossHistory
         steps: view.app.trainingTotalSteps
         lineColor: Theme.accent

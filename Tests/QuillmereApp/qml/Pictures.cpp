@@ -1,9 +1,10 @@
 // Takes a picture of the window in every state and appearance and writes them as PNG files.
 //
-//     quillmere-pictures FOLDER [NAME...]
+//     quillmere-pictures [--steps N] FOLDER [NAME...]
 //
-// NAME: only pictures whose names begin so. The model behind the window is real: it scans, learns and
-// generates in a folder of its own. Runs on the offscreen platform unless another one is asked for.
+// N: steps of the training (default 800). NAME: only pictures whose names begin so. The model behind the
+// window is real: it scans, learns and generates in a folder of its own. Runs on the offscreen platform
+// unless another one is asked for.
 
 #include <QDir>
 #include <QFontDatabase>
@@ -53,15 +54,24 @@ std::vector<float> glass(int number) {
     return samples;
 }
 
+// The offscreen platform has no desktop whose font the window could take: that of the usual desktops.
+void useDesktopFont() {
+    for (const char* family : {"Roboto", "Noto Sans", "Cantarell"}) {
+        const QString name = QString::fromLatin1(family);
+        if (!QFontDatabase::hasFamily(name)) continue;
+        QGuiApplication::setFont(QFont(name));
+        return;
+    }
+}
+
 class Photographer {
 public:
-    Photographer(QString folder, QStringList wanted)
-        : folder_(std::move(folder)), wanted_(std::move(wanted)) {
+    Photographer(QString folder, QStringList wanted, int steps)
+        : folder_(std::move(folder)), wanted_(std::move(wanted)), steps_(steps) {
         QDir().mkpath(folder_);
-        world_.steps = 240;
         world_.environment.adjustTraining = [this](TrainingOptions options) {
             options.steps = world_.steps;
-            options.batchSize = 4;
+            options.batchSize = 8;
             return options;
         };
         // The window says where its folders are; the real places have ugly names.
@@ -160,10 +170,16 @@ private:
         takeBoth(QStringLiteral("untrained"));
     }
     void training() {
+        // As many steps as the quality Standard has; the picture shows the first of them.
+        world_.steps = 2000;
         model_->train();
-        waitFor([&] { return model_->trainingStep() > world_.steps * 6 / 10 || !model_->isTraining(); });
+        waitFor([&] { return model_->trainingStep() > steps_ * 3 / 4 || !model_->isTraining(); });
         takeBoth(QStringLiteral("training"));
         take(QStringLiteral("training-small"), {640, 480});
+        model_->cancelTraining();
+        waitUntilIdle();
+        world_.steps = steps_;
+        model_->train();
         waitUntilIdle();
     }
     void trained() {
@@ -186,6 +202,7 @@ private:
         model_->setCount(12);
         model_->generate();
         waitUntilIdle();
+        window_->findChild<QObject*>(QStringLiteral("results"))->setProperty("currentIndex", 2);
         model_->togglePlay(model_->results()->urlAt(2));
         QTest::qWait(800);
         takeBoth(QStringLiteral("results"));
@@ -201,6 +218,7 @@ private:
 
     QString folder_;
     QStringList wanted_;
+    int steps_;  // of the model behind the pictures
     TestWorld world_;
     QUrl glassware_, few_;
     std::unique_ptr<AppModel> model_;
@@ -214,12 +232,18 @@ private:
 int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
+    quillmere::testing::useDesktopFont();
     QQuickStyle::setStyle(QStringLiteral("Basic"));
-    const QStringList arguments = QGuiApplication::arguments();
-    if (arguments.size() < 2) {
-        std::fprintf(stderr, "usage: quillmere-pictures FOLDER [NAME...]\n");
+    QStringList arguments = QGuiApplication::arguments().mid(1);
+    int steps = 800;
+    if (arguments.size() > 1 && arguments[0] == QLatin1String("--steps")) {
+        steps = arguments[1].toInt();
+        arguments = arguments.mid(2);
+    }
+    if (arguments.isEmpty() || steps < 1) {
+        std::fprintf(stderr, "usage: quillmere-pictures [--steps N] FOLDER [NAME...]\n");
         return 2;
     }
-    quillmere::testing::Photographer(arguments[1], arguments.mid(2)).takeAll();
+    quillmere::testing::Photographer(arguments[0], arguments.mid(1), steps).takeAll();
     return 0;
 }

@@ -7,6 +7,7 @@
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFile>
+#include <QImage>
 #include <QMetaEnum>
 #include <QMimeData>
 #include <QQuickWindow>
@@ -245,6 +246,36 @@ bool Stage::showsFocus(QQuickItem* control) const {
             shown = true;
     });
     return shown;
+}
+
+QStringList Stage::places(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (item.objectName().isEmpty()) return;
+        const QRectF place = item.mapRectToScene(QRectF(0, 0, item.width(), item.height()));
+        found.append(QStringLiteral("%1 at %2, %3 size %4 x %5")
+                         .arg(item.objectName())
+                         .arg(place.x())
+                         .arg(place.y())
+                         .arg(place.width())
+                         .arg(place.height()));
+    });
+    return found;
+}
+
+int Stage::countPixels(QQuickItem* item, const QColor& color) const {
+    constexpr double around = 5;
+    const QImage image = item->window()->grabWindow();
+    const double scale = item->window()->effectiveDevicePixelRatio();
+    const QRectF place = item->mapRectToScene(QRectF(0, 0, item->width(), item->height()))
+                             .adjusted(-around, -around, around, around);
+    const QRect pixels = QRectF(place.topLeft() * scale, place.size() * scale).toAlignedRect() & image.rect();
+    int count = 0;
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+        for (int x = pixels.left(); x <= pixels.right(); ++x)
+            count += image.pixel(x, y) == color.rgb() ? 1 : 0;
+    }
+    return count;
 }
 
 int Stage::countItems(QQuickItem* any, const QString& start) const {

@@ -83,6 +83,10 @@ public:
     Q_INVOKABLE [[nodiscard]] QStringList overlaps(QQuickItem* any) const;
     // Whether a focus ring or a focus frame is drawn for the control.
     Q_INVOKABLE [[nodiscard]] bool showsFocus(QQuickItem* control) const;
+    // Where every item with an objectName is, and how large: to see whether something moves.
+    Q_INVOKABLE [[nodiscard]] QStringList places(QQuickItem* any) const;
+    // How many pixels of exactly that colour there are in the item's place and just around it.
+    Q_INVOKABLE [[nodiscard]] int countPixels(QQuickItem* item, const QColor& color) const;
     // How many visible items have names that begin so.
     Q_INVOKABLE [[nodiscard]] int countItems(QQuickItem* any, const QString& start) const;
     // The visible text that ends so.

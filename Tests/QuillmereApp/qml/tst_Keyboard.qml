@@ -126,6 +126,25 @@ WindowCase {
             verify(!Stage.showsFocus(item(name)), name);
         }
     }
+    // At every stop there is more of the accent colour with the keyboard than without.
+    function test_everyStopShowsTheKeyboard() {
+        generated(2);
+        model.appearance.mode = Appearance.Dark;
+        model.outputText = "";
+        model.generate();  // brings the banner
+        model.parameters.setValue("pitch", 1);
+        const names = tabOrder();
+        verify(names.length > 80);
+        for (const name of names) {
+            focusOn(name);
+            const target = item(name);
+            const place = name.endsWith("Input") || name === "errorMessage" ? target.parent : target;
+            const shown = Stage.countPixels(place, Theme.accent);
+            focusOn(name === "redo" || name === "undo" ? "generate" : "undo");
+            const hidden = Stage.countPixels(place, Theme.accent);
+            verify(shown >= hidden + 20, name + ": " + shown + ", without " + hidden);
+        }
+    }
     function test_mouseShowsNoRing() {
         mouseClick(item("randomise"));
         verify(!Stage.showsFocus(item("randomise")));

@@ -7,7 +7,7 @@ import QuillmereStage
 WindowCase {
     name: "Layout"
 
-    readonly property var sizes: [Qt.size(480, 360), Qt.size(640, 480), Qt.size(899, 600), Qt.size(900, 600), Qt.size(1180, 820), Qt.size(1920, 1080)]
+    readonly property var sizes: [Qt.size(480, 360), Qt.size(640, 480), Qt.size(899, 600), Qt.size(900, 600), Qt.size(1180, 760), Qt.size(1180, 820), Qt.size(1920, 1080)]
 
     function verifyAllSizes() {
         for (const size of sizes) {
@@ -79,6 +79,44 @@ WindowCase {
             verify(has(name), name);
         verify(item("train").mapToItem(null, 0, 0).x < item("slider-drift").mapToItem(null, 0, 0).x);
     }
+    // While numbers change, everything stays where it is.
+    function test_trainingMovesNothing() {
+        startTraining();
+        const first = model.trainingStep;
+        settle();
+        const places = Stage.places(window.contentItem);
+        for (let i = 0; i < 3; ++i) {
+            const step = model.trainingStep;
+            tryVerify(() => model.trainingStep > step, 30000);
+            settle();
+            compare(Stage.places(window.contentItem), places);
+        }
+        verify(model.trainingStep > first);
+        model.cancelTraining();
+        idle();
+    }
+    function test_generatingMovesNothing() {
+        startGenerating();
+        settle();
+        const places = Stage.places(window.contentItem);
+        for (let i = 0; i < 3; ++i) {
+            const done = model.generationDone;
+            tryVerify(() => model.generationDone > done, 30000);
+            settle();
+            compare(Stage.places(window.contentItem), places);
+        }
+        model.cancel();
+        idle();
+    }
+    function test_errorLeavesTheCardsWhereTheyAre() {
+        scanned(12);
+        const name = "outputPath";
+        const place = item(name).mapToItem(null, 0, 0);
+        model.generate();
+        tryVerify(() => has("errorBanner"));
+        settle();
+        compare(item(name).mapToItem(null, 0, 0), place);
+    }
     function test_footerStaysInView() {
         for (const size of sizes) {
             resize(size.width, size.height);
@@ -87,6 +125,8 @@ WindowCase {
         }
     }
     function test_firstSizeNeedsNoScrolling() {
+        verify(!item("cardsPane").overflows);
+        verify(!item("characterPane").overflows);
         trained();
         model.outputText = Stage.path("new");
         settle();
