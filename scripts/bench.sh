@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them one after the other, prints their tables and writes all figures to
-# build/bench.json. Arguments go to every benchmark program, e.g. --benchmark_filter=STFT.
+# build/bench.json (scripts/bench-growth.sh measures how the cost grows). Arguments go to every benchmark program, e.g. --benchmark_filter=STFT.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,7 +10,7 @@ cmake --build --preset release
 
 results=$(mktemp -d)
 trap 'rm -rf "$results"' EXIT
-mapfile -t programs < <(find build/release/Benchmarks -type f -name '*Benchmark' -executable | sort)
+mapfile -t programs < <(find build/release/Benchmarks -type f -name '*Benchmark' ! -name GrowthBenchmark -executable | sort)
 for program in "${programs[@]}"; do
     name=$(basename "$program")
     printf '\n== %s\n' "$name"

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 #include <span>
+#include <utility>
 
 #include "QuillmereCore/Network/CPU/Gemm-inl.h"
 
@@ -526,22 +527,39 @@ inline HWY_ATTR void transformLo(const LayerCall& call, PaddedView lo) {
         call, [&](const Chunk& chunk) HWY_ATTR { transformLoChunk(call, chunk, lo, loTiles(call, chunk)); });
 }
 
-// Transformed weights of plane p from those taps of one quarter that it needs. kernel: the quarter's first
-// tap.
-template <class D>
-HWY_INLINE hn::Vec<D> transformedWeight(D d, int p, const float* kernel, std::size_t tap) {
-    using V = hn::Vec<D>;
-    // Per axis k0, (k0 + k1) / 2, (k0 - k1) / 2, k1.
-    const auto combine = [&](int kind, auto k) HWY_ATTR {
-        const V half = hn::Set(d, 0.5F);
-        if (kind == 0) return k(0);
-        if (kind == 1) return hn::Mul(half, hn::Add(k(0), k(1)));
-        if (kind == 2) return hn::Mul(half, hn::Sub(k(0), k(1)));
+// Per axis k0, (k0 + k1) / 2, (k0 - k1) / 2, k1; k(i) gives tap i.
+template <int kind, class D, class Tap>
+HWY_INLINE hn::Vec<D> combineTaps(D d, Tap k) {
+    const auto half = hn::Set(d, 0.5F);
+    if constexpr (kind == 0) {
+        return k(0);
+    } else if constexpr (kind == 1) {
+        return hn::Mul(half, hn::Add(k(0), k(1)));
+    } else if constexpr (kind == 2) {
+        return hn::Mul(half, hn::Sub(k(0), k(1)));
+    } else {
         return k(1);
-    };
-    return combine(p / 4, [&](int a) HWY_ATTR {
-        return combine(p % 4, [&](int b) HWY_ATTR { return hn::LoadU(d, kernel + (8 * a + 2 * b) * tap); });
+    }
+}
+
+// Transformed weights of one plane from those taps of one quarter that it needs. kernel: the quarter's first
+// tap.
+template <int plane, class D>
+HWY_INLINE hn::Vec<D> transformedWeight(D d, const float* kernel, std::size_t tap) {
+    return combineTaps<plane / 4>(d, [&](int a) HWY_ATTR {
+        return combineTaps<plane % 4>(
+            d, [&](int b) HWY_ATTR { return hn::LoadU(d, kernel + (8 * a + 2 * b) * tap); });
     });
+}
+
+// Calls body<p>().
+template <class Body, int... p>
+HWY_INLINE void withPlane(int plane, Body body, std::integer_sequence<int, p...>) {
+    ((plane == p ? body.template operator()<p>() : void()), ...);
+}
+template <class Body>
+HWY_INLINE void withPlane(int plane, Body body) {
+    withPlane(plane, body, std::make_integer_sequence<int, planes>());
 }
 
 // Tap (a, b) of quarter (qy, qx) is K[2a + qy][2b + qx].
@@ -549,23 +567,23 @@ constexpr std::size_t firstTap(int quarter) {
     return static_cast<std::size_t>(quarter / 2) * 4 + quarter % 2;
 }
 
-// Columns of U[p] from KT.
-inline HWY_ATTR void makeDownPanel(const TileGeometry& g, const float* KT, int p, int column, int columns,
-                                   float* panel) {
+// Columns of U[plane] from KT.
+template <int plane>
+HWY_ATTR void makeDownPanel(const TileGeometry& g, const float* KT, int column, int columns, float* panel) {
     const FullTag d;
     const std::size_t tap = static_cast<std::size_t>(g.hiChannels) * g.loChannelsPadded;
-    for (int row = 0; row < g.groupChannels; ++row) {
-        const float* const in = KT + firstTap(row / g.hiChannels) * tap +
-                                static_cast<std::size_t>(row % g.hiChannels) * g.loChannelsPadded + column;
-        for (int c = 0; c < columns; c += lanesOf<FullTag>, panel += lanesOf<FullTag>)
-            hn::Store(transformedWeight(d, p, in + c, tap), d, panel);
+    for (int quarter = 0; quarter < 4; ++quarter) {
+        const float* in = KT + firstTap(quarter) * tap + column;
+        for (int channel = 0; channel < g.hiChannels; ++channel, in += g.loChannelsPadded) {
+            for (int c = 0; c < columns; c += lanesOf<FullTag>, panel += lanesOf<FullTag>)
+                hn::Store(transformedWeight<plane>(d, in + c, tap), d, panel);
+        }
     }
 }
 
-// Columns of U[p]^T from K.
-template <class D>
-HWY_INLINE void makeUpPanelWith(D d, const TileGeometry& g, const float* K, int p, int column, int columns,
-                                float* panel) {
+// Columns of U[plane]^T from K.
+template <int plane, class D>
+HWY_ATTR void makeUpPanel(D d, const TileGeometry& g, const float* K, int column, int columns, float* panel) {
     const std::size_t tap = static_cast<std::size_t>(g.loChannels) * g.hiChannels;
     const float* in[panelWidth / lanesOf<D>];
     const int vectors = columns / lanesOf<D>;
@@ -575,8 +593,8 @@ HWY_INLINE void makeUpPanelWith(D d, const TileGeometry& g, const float* K, int 
     }
     for (int row = 0; row < g.loChannels; ++row) {
         for (int v = 0; v < vectors; ++v, panel += lanesOf<D>) {
-            hn::Store(transformedWeight(d, p, in[v] + static_cast<std::size_t>(row) * g.hiChannels, tap), d,
-                      panel);
+            hn::Store(transformedWeight<plane>(d, in[v], tap), d, panel);
+            in[v] += g.hiChannels;
         }
     }
 }
@@ -587,7 +605,9 @@ inline HWY_ATTR void productsDown(const LayerCall& call, int p, int begin, int e
     forEachChunk(call, [&](const Chunk& chunk) HWY_ATTR {
         const TileMatrix M = loProducts(call, chunk);
         forEachWeightPanel(begin, end, [&](int column, int columns) HWY_ATTR {
-            makeDownPanel(g, call.weights.KT, p, column, columns, call.scratch.panel);
+            withPlane(p, [&]<int plane>() HWY_ATTR {
+                makeDownPanel<plane>(g, call.weights.KT, column, columns, call.scratch.panel);
+            });
             multiply(chunk.tiles(), columns, g.groupChannels, hiTiles(call, chunk).ofPlane(p),
                      g.groupChannels, call.scratch.panel, columns, M.ofPlane(p) + column, g.loChannelsPadded);
         });
@@ -600,7 +620,9 @@ inline HWY_ATTR void productsUp(const LayerCall& call, int p, int begin, int end
         const TileMatrix M = hiProducts(call, chunk);
         forEachWeightPanel(begin, end, [&](int column, int columns) HWY_ATTR {
             withChannelTag(g.hiChannels, [&](auto d) HWY_ATTR {
-                makeUpPanelWith(d, g, call.weights.K, p, column, columns, call.scratch.panel);
+                withPlane(p, [&]<int plane>() HWY_ATTR {
+                    makeUpPanel<plane>(d, g, call.weights.K, column, columns, call.scratch.panel);
+                });
             });
             multiply(chunk.tiles(), columns, g.loChannels, loTiles(call, chunk).ofPlane(p), g.loChannels,
                      call.scratch.panel, columns, M.ofPlane(p) + column, g.groupChannels);
