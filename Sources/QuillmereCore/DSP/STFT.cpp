@@ -76,13 +76,15 @@ STFT::Spectrum STFT::forward(std::span<const float> signal, std::optional<int> f
     return spectrum;
 }
 
-void STFT::forward(std::span<const float> signal, int frames, std::span<float> re, std::span<float> im) {
+void STFT::forward(std::span<const float> signal, int first, int frames, std::span<float> re,
+                   std::span<float> im) {
+    require(first >= 0, "STFT: negative frame number");
     const std::size_t size = spectrumSize(frames);
     require(re.size() >= size && im.size() >= size, "STFT: spectrum too small");
     for (int t = 0; t < frames; t += batchFrames) {
         const int count = std::min(batchFrames, frames - t);
         for (int i = 0; i < count; ++i)
-            cutFrame(signal, t + i, scratchFrame(i));
+            cutFrame(signal, first + t + i, scratchFrame(i));
         const std::size_t row = static_cast<std::size_t>(t) * static_cast<std::size_t>(bins());
         plan_->fft.forward(plan_->frames, static_cast<std::size_t>(count), re.subspan(row), im.subspan(row));
     }

@@ -44,7 +44,12 @@ public:
 
     [[nodiscard]] Spectrum forward(std::span<const float> signal, std::optional<int> frames = {});
     // Overwrites the first frames * bins values of re and im. Allocates nothing.
-    void forward(std::span<const float> signal, int frames, std::span<float> re, std::span<float> im);
+    void forward(std::span<const float> signal, int frames, std::span<float> re, std::span<float> im) {
+        forward(signal, 0, frames, re, im);
+    }
+    // The same for the frames from number first on.
+    void forward(std::span<const float> signal, int first, int frames, std::span<float> re,
+                 std::span<float> im);
 
     // re and im: at least frames * bins values. Returns exactly length samples.
     [[nodiscard]] std::vector<float> inverse(std::span<const float> re, std::span<const float> im, int frames,

@@ -14,6 +14,8 @@ int intSize(std::int64_t value) {
     return static_cast<int>(value);
 }
 
+constexpr std::size_t featureFrames = 16;
+
 // In double, as hypot would: neither overflows nor underflows for any float.
 void magnitudes(const float* re, const float* im, float scale, std::span<float> out) {
     for (std::size_t k = 0; k < out.size(); ++k) {
@@ -47,16 +49,25 @@ std::vector<float> FeatureExtractor::features(std::span<const float> samples, ST
     const int frames = intSize(config_.frames);
     const auto columns = static_cast<std::size_t>(frames);
     const auto bins = static_cast<std::size_t>(bank_.bins());
-    const STFT::Spectrum spectrum = stft.forward(samples, frames);
+    const auto nMels = static_cast<std::size_t>(bank_.nMels());
     std::vector<float> image(static_cast<std::size_t>(checkedMultiply(config_.nMels, config_.frames)), -1.0F);
+    // A few frames at a time, so that their spectra stay in the cache.
+    std::vector<float> re(featureFrames * bins);
+    std::vector<float> im(featureFrames * bins);
     std::vector<float> magnitude(bins);
-    std::vector<float> mel(static_cast<std::size_t>(bank_.nMels()));
-    for (std::size_t t = 0; t < columns; ++t) {
-        magnitudes(&spectrum.re[t * bins], &spectrum.im[t * bins], stft.magnitudeNormalization(), magnitude);
-        bank_.forward(magnitude, mel);
-        for (std::size_t m = 0; m < mel.size(); ++m) {
-            const float dB = 20.0F * std::log10(std::max(mel[m], 1.0e-7F));
-            image[m * columns + t] = Level::toNetwork(dB);
+    std::vector<float> mel(featureFrames * nMels);
+    for (std::size_t start = 0; start < columns; start += featureFrames) {
+        const std::size_t count = std::min(featureFrames, columns - start);
+        stft.forward(samples, static_cast<int>(start), static_cast<int>(count), re, im);
+        for (std::size_t t = 0; t < count; ++t) {
+            magnitudes(&re[t * bins], &im[t * bins], stft.magnitudeNormalization(), magnitude);
+            bank_.forward(magnitude, std::span(mel).subspan(t * nMels, nMels));
+        }
+        for (std::size_t m = 0; m < nMels; ++m) {
+            for (std::size_t t = 0; t < count; ++t) {
+                const float dB = 20.0F * std::log10(std::max(mel[t * nMels + m], 1.0e-7F));
+                image[m * columns + start + t] = Level::toNetwork(dB);
+            }
         }
     }
     return image;
