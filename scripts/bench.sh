@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them one after the other, prints their tables and writes all figures to
-# build/bench.json (scripts/bench-growth.sh measures how the cost grows). Arguments go to every benchmark program, e.g. --benchmark_filter=STFT.
+# build/bench.json. Arguments go to every benchmark program, e.g. --benchmark_filter=STFT. How the cost grows is
+# measured by bench-growth.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
