@@ -3,13 +3,11 @@
 #include <algorithm>
 
 #include "QuillmereCore/Network/Vulkan/Handle.h"
+#include "QuillmereCore/Network/Vulkan/Shaders.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::network::vulkan {
 namespace {
-
-// More than the four that every device has: the widest shader takes nine.
-constexpr std::uint32_t storageBuffersNeeded = 9;
 
 constexpr const char* validationLayer = "VK_LAYER_KHRONOS_validation";
 
@@ -109,9 +107,9 @@ std::string problemOf(VkPhysicalDevice device, const VkPhysicalDeviceProperties&
     if (properties.apiVersion < VK_API_VERSION_1_1)
         return "its driver offers Vulkan " + versionText(properties.apiVersion) + ", and 1.1 is needed.";
     if (!computeQueueFamily(device)) return "it has no queue for computing.";
-    if (limits.storageBuffers < storageBuffersNeeded) {
+    if (limits.storageBuffers < mostBindings) {
         return "a shader can use " + std::to_string(limits.storageBuffers) + " storage buffers, and " +
-               std::to_string(storageBuffersNeeded) + " are needed.";
+               std::to_string(mostBindings) + " are needed.";
     }
     return {};
 }

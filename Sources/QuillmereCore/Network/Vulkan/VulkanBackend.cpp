@@ -1,8 +1,28 @@
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
 
+#include "QuillmereCore/Network/Vulkan/Context.h"
 #include "QuillmereCore/Network/Vulkan/Instance.h"
+#include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
 
 namespace quillmere::network::vulkan {
+namespace {
+
+class VulkanBackend final : public Backend {
+public:
+    explicit VulkanBackend(const DeviceDescription& description)
+        : device_{Device::Kind::gpu, description.name}, context_(std::make_shared<Context>(description)) {}
+
+    [[nodiscard]] const Device& device() const noexcept override { return device_; }
+    [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, Purpose purpose) override {
+        return std::make_unique<VulkanExecutor>(context_, plan, purpose);
+    }
+
+private:
+    Device device_;
+    std::shared_ptr<Context> context_;
+};
+
+}  // namespace
 
 std::vector<DeviceDescription> devices() {
     std::vector<DeviceDescription> result;
@@ -17,7 +37,7 @@ std::vector<DeviceDescription> devices() {
 }
 
 std::unique_ptr<Backend> makeBackend(const DeviceDescription& device) {
-    throw DeviceError(device.name + " cannot run the network yet.");
+    return std::make_unique<VulkanBackend>(device);
 }
 
 }  // namespace quillmere::network::vulkan

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Vulkan/Handle.h"
+#include "QuillmereCore/Network/Vulkan/Instance.h"
+#include "QuillmereCore/Network/Vulkan/Shaders.h"
+#include "QuillmereCore/Network/Vulkan/Tuning.h"
+
+namespace quillmere::network::vulkan {
+
+// Device memory as one array of bytes.
+class Buffer {
+public:
+    enum class Place {
+        device,    // only shaders and copies reach it
+        upload,    // written by the host
+        download,  // read by the host
+    };
+
+    // Binds to memory of its own. id tells buffers apart in Access.
+    Buffer(VkDevice device, const VkPhysicalDeviceMemoryProperties& memory, std::uint64_t bytes, Place place);
+    Buffer(Buffer&&) noexcept = default;
+    Buffer& operator=(Buffer&&) noexcept = default;
+
+    [[nodiscard]] VkBuffer get() const { return buffer_.get(); }
+    [[nodiscard]] std::uint64_t bytes() const { return bytes_; }
+    // The host's view; empty for Place::device.
+    [[nodiscard]] std::span<float> floats() const { return mapped_; }
+
+private:
+    std::uint64_t bytes_;
+    MemoryHandle memory_;  // freed after the buffer
+    BufferHandle buffer_;
+    std::span<float> mapped_;
+};
+
+// A shader with its specialization constants, ready to be dispatched.
+struct Pipeline {
+    VkPipeline pipeline = VK_NULL_HANDLE;
+    VkPipelineLayout layout = VK_NULL_HANDLE;
+    VkDescriptorSetLayout setLayout = VK_NULL_HANDLE;
+};
+
+// An opened device with its queue and its pipelines, shared by all executors.
+//
+// Compiled pipelines are kept for later runs in the user's cache folder ($XDG_CACHE_HOME or ~/.cache, below
+// it quillmere/), one file per device and driver.
+// Threads: every member may be called from any thread.
+class Context {
+public:
+    // Throws DeviceError.
+    explicit Context(const DeviceDescription& description, std::optional<Validation> validation = {},
+                     std::optional<Tuning> tuning = {});
+    ~Context();
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+
+    [[nodiscard]] const DeviceDescription& description() const { return description_; }
+    [[nodiscard]] const Tuning& tuning() const { return tuning_; }
+    [[nodiscard]] VkDevice device() const { return device_; }
+    [[nodiscard]] std::uint32_t queueFamily() const { return queueFamily_; }
+    // Nanoseconds of one unit of a timestamp; 0 if the queue has none.
+    [[nodiscard]] double timestampPeriod() const { return timestampPeriod_; }
+
+    // count floats. Throws DeviceError if they are more than one tensor may have, or memory is short.
+    [[nodiscard]] Buffer makeBuffer(std::uint64_t count, Buffer::Place place = Buffer::Place::device) const;
+    // Created on first use. constants: of the shader's specialization constants 0, 1, ...
+    [[nodiscard]] Pipeline pipeline(Shader shader, const std::vector<std::uint32_t>& constants);
+    // Writes the compiled pipelines to the cache folder if there are new ones.
+    void savePipelines();
+
+    // Runs the command buffer and waits for its end. Throws DeviceError.
+    void run(VkCommandBuffer commands);
+
+private:
+    struct Layout {
+        SetLayoutHandle set;
+        PipelineLayoutHandle pipeline;
+    };
+
+    void open();
+    void loadPipelines();
+    const Layout& layoutOf(Shader shader);
+
+    DeviceDescription description_;
+    Tuning tuning_;
+    Instance instance_;
+    VkPhysicalDevice physical_;
+    std::uint32_t queueFamily_ = 0;
+    double timestampPeriod_ = 0;
+    VkPhysicalDeviceMemoryProperties memory_{};
+    VkDevice device_ = VK_NULL_HANDLE;
+    VkQueue queue_ = VK_NULL_HANDLE;
+
+    std::mutex queueMutex_;  // guards queue_
+
+    std::mutex pipelineMutex_;  // guards everything below
+    std::filesystem::path cacheFile_;
+    PipelineCacheHandle cache_;
+    bool cacheIsNew_ = false;  // holds something that cacheFile_ does not
+    std::map<Shader, Layout> layouts_;
+    std::map<std::pair<Shader, std::vector<std::uint32_t>>, PipelineHandle> pipelines_;
+};
+
+}  // namespace quillmere::network::vulkan

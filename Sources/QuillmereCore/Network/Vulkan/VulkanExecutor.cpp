@@ -1,0 +1,379 @@
+#include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
+
+#include <algorithm>
+
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere::network::vulkan {
+namespace {
+
+// In floats: 256 bytes, the coarsest boundary at which a device may want a shader's view of a buffer to
+// begin.
+constexpr std::uint64_t boundary = 64;
+
+constexpr std::uint64_t stepScalars = 2;  // learning rate and KL weight; mean squared error and KL term
+
+Range part(const Range& range, std::uint64_t first, std::uint64_t count) {
+    require(first + count <= range.count, "a range goes beyond its tensor");
+    return {range.buffer, range.first + first, count};
+}
+
+// Floats that the host sees.
+std::span<float> floats(const Range& range) {
+    return range.buffer->floats().subspan(range.first, range.count);
+}
+
+void put(std::span<const float> values, const Range& range) {
+    require(values.size() == range.count, "wrong number of values for a tensor");
+    std::copy(values.begin(), values.end(), floats(range).begin());
+}
+
+void get(const Range& range, std::span<float> values) {
+    require(values.size() == range.count, "wrong number of values of a tensor");
+    std::copy_n(floats(range).begin(), values.size(), values.begin());
+}
+
+std::string layerName(const char* part, std::size_t index) {
+    return part + std::to_string(index);
+}
+
+void checkLayers(const std::vector<ConvLayer>& layers, ConvLayer::Kind kind) {
+    for (const ConvLayer& layer : layers) {
+        require(layer.kind == kind, "the encoder goes down and the decoder up");
+        require(layer.activation == Activation::silu, "convolution layers end in SiLU");
+    }
+}
+
+}  // namespace
+
+VulkanExecutor::VulkanExecutor(std::shared_ptr<Context> context, const Plan& plan, Purpose purpose,
+                               Sequence::Mode mode)
+    : context_(std::move(context)), plan_(plan), purpose_(purpose), mode_(mode), tensors_(*context_) {
+    checkLayers(plan_.encoder, ConvLayer::Kind::down);
+    checkLayers(plan_.decoder, ConvLayer::Kind::up);
+    makeTensors();
+    if (!training()) return;
+    step_ = newSequence();
+    Operations operations(*context_, *step_, tensors_);
+    stateStep(operations);
+    step_->record();
+}
+
+std::uint64_t VulkanExecutor::latents() const {
+    return static_cast<std::uint64_t>(plan_.batch) * plan_.latent.dim;
+}
+
+std::uint64_t VulkanExecutor::flattened() const {
+    return static_cast<std::uint64_t>(plan_.batch) * plan_.mean.inputs;
+}
+
+// ---- Tensors
+
+VulkanExecutor::Arena VulkanExecutor::makeArena() {
+    std::vector<std::uint64_t> firsts;
+    std::uint64_t total = 0;
+    for (const ParameterShape& parameter : plan_.parameters) {
+        firsts.push_back(total);
+        total += (parameter.elementCount() + boundary - 1) / boundary * boundary;
+    }
+    Arena arena;
+    arena.whole = tensors_.make(total);
+    for (std::size_t p = 0; p < firsts.size(); ++p)
+        arena.each.push_back(part(arena.whole, firsts[p], plan_.parameters[p].elementCount()));
+    return arena;
+}
+
+void VulkanExecutor::makeTensors() {
+    upload_ = tensors_.make(pixels() + latents() + stepScalars, Buffer::Place::upload);
+    download_ = tensors_.make(std::max(pixels(), 2 * latents()), Buffer::Place::download);
+    parameters_ = makeArena();
+    x_ = tensors_.make(pixels());
+    image_ = training() ? Range{} : tensors_.make(pixels());
+    for (Range* const tensor : {&mean_, &logVariance_, &z_})
+        *tensor = tensors_.make(latents());
+    for (const ConvLayer& layer : plan_.decoder)
+        kernels_.push_back(tensors_.make(sizeOf(layer).kernelCount()));
+    makeActivations();
+    if (training()) makeGradients();
+}
+
+void VulkanExecutor::makeActivations() {
+    std::uint64_t most = flattened();
+    for (const ConvLayer& layer : plan_.encoder)
+        most = std::max(most, sizeOf(layer).loCount());
+    for (const ConvLayer& layer : plan_.decoder)
+        most = std::max(most, sizeOf(layer).hiCount());
+    gradientA_ = tensors_.make(most);
+    gradientB_ = tensors_.make(most);
+    // Without training no layer's output outlives the next layer: the two buffers hold them in turns.
+    std::size_t turn = 0;
+    const auto make = [&](std::uint64_t count) -> LayerOutput {
+        if (training()) return {tensors_.make(count), tensors_.make(count)};
+        return {part(turn++ % 2 == 0 ? gradientA_ : gradientB_, 0, count), {}};
+    };
+    for (const ConvLayer& layer : plan_.encoder)
+        encoder_.push_back(make(sizeOf(layer).loCount()));
+    decoderStart_ = make(flattened());
+    for (const ConvLayer& layer : plan_.decoder)
+        decoder_.push_back(make(sizeOf(layer).hiCount()));
+}
+
+void VulkanExecutor::makeGradients() {
+    parameterGradients_ = makeArena();
+    first_ = makeArena();
+    second_ = makeArena();
+    eps_ = tensors_.make(latents());
+    scalars_ = tensors_.make(stepScalars);
+    results_ = tensors_.make(stepScalars);
+    kl_ = tensors_.make(1);
+    image_ = tensors_.make(pixels());  // in a step the gradient of the image
+    meanGradient_ = tensors_.make(latents());
+    logVarianceGradient_ = tensors_.make(latents());
+}
+
+std::unique_ptr<Sequence> VulkanExecutor::newSequence() const {
+    return std::make_unique<Sequence>(*context_, mode_);
+}
+
+// ---- Forward
+
+void VulkanExecutor::stateEncoder(Operations& operations) {
+    Range input = x_;
+    for (std::size_t k = 0; k < plan_.encoder.size(); ++k) {
+        const ConvLayer& layer = plan_.encoder[k];
+        operations.down(
+            layerName("enc", k), sizeOf(layer), parameters_.each[layer.weight], input, encoder_[k].value,
+            {.bias = parameters_.each[layer.bias], .silu = true, .derivative = encoder_[k].derivative});
+        input = encoder_[k].value;
+    }
+    stateHead(operations, "mean", plan_.mean, mean_);
+    stateHead(operations, "logvar", plan_.logVariance, logVariance_);
+}
+
+void VulkanExecutor::stateHead(Operations& operations, const std::string& name, const DenseLayer& head,
+                               const Range& result) {
+    const ProductSize size{static_cast<std::uint64_t>(plan_.batch), static_cast<std::uint64_t>(head.outputs),
+                           static_cast<std::uint64_t>(head.inputs)};
+    const Slices slices = operations.slicedProduct(name, size, rowMajor(encoder_.back().value, head.inputs),
+                                                   rowMajor(parameters_.each[head.weight], head.outputs));
+    operations.sumSlices(name + " sum", slices, result, parameters_.each[head.bias]);
+}
+
+void VulkanExecutor::stateDecoder(Operations& operations) {
+    const DenseLayer& dense = plan_.decoderInput;
+    const ProductSize size{static_cast<std::uint64_t>(plan_.batch), static_cast<std::uint64_t>(dense.outputs),
+                           static_cast<std::uint64_t>(dense.inputs)};
+    operations.product("dense", size, rowMajor(z_, dense.inputs),
+                       rowMajor(parameters_.each[dense.weight], dense.outputs), decoderStart_.value,
+                       {.bias = parameters_.each[dense.bias],
+                        .silu = dense.activation == Activation::silu,
+                        .derivative = decoderStart_.derivative});
+    Range input = decoderStart_.value;
+    for (std::size_t k = 0; k < plan_.decoder.size(); ++k) {
+        const ConvLayer& layer = plan_.decoder[k];
+        const std::string name = layerName("dec", k);
+        operations.expandKernel(name + " kernel", sizeOf(layer), parameters_.each[layer.weight], kernels_[k]);
+        operations.up(
+            name, sizeOf(layer), kernels_[k], input, decoder_[k].value,
+            {.bias = parameters_.each[layer.bias], .silu = true, .derivative = decoder_[k].derivative});
+        input = decoder_[k].value;
+    }
+}
+
+// ---- Step
+
+void VulkanExecutor::stateStep(Operations& operations) {
+    const OutputLayer& output = plan_.output;
+    const Range& kernel = parameters_.each[output.weight];
+    const Range& last = decoder_.back().value;
+    step_->copy(part(upload_, 0, pixels()), x_);
+    step_->copy(part(upload_, pixels(), latents()), eps_);
+    step_->copy(part(upload_, pixels() + latents(), stepScalars), scalars_);
+
+    stateEncoder(operations);
+    operations.latent(plan_.latent, mean_, logVariance_, eps_, z_, kl_);
+    stateDecoder(operations);
+    const Range errors = operations.outputLoss(output, plan_.loss, plan_.batch, last, kernel,
+                                               parameters_.each[output.bias], x_, image_);
+    operations.loss(errors, pixels(), kl_, results_);
+
+    const Range gradient = part(gradientA_, 0, last.count);
+    operations.outputDataGradient(output, plan_.batch, image_, kernel, decoder_.back().derivative, gradient);
+    operations.outputWeightGradient(output, plan_.batch, image_, last,
+                                    parameterGradients_.each[output.weight],
+                                    parameterGradients_.each[output.bias]);
+    stateEncoderBackward(operations,
+                         stateLatentBackward(operations, stateDecoderBackward(operations, gradient)));
+    operations.adam(plan_.optimiser, parameters_.whole, parameterGradients_.whole, first_.whole,
+                    second_.whole, scalars_);
+    step_->copy(results_, part(download_, 0, stepScalars));
+}
+
+Range VulkanExecutor::otherGradient(const Range& gradient, std::uint64_t count) const {
+    return part(gradient.buffer == gradientA_.buffer ? gradientB_ : gradientA_, 0, count);
+}
+
+Range VulkanExecutor::stateDecoderBackward(Operations& operations, Range gradient) {
+    for (std::size_t k = plan_.decoder.size(); k-- > 0;) {
+        const ConvLayer& layer = plan_.decoder[k];
+        const ConvSize size = sizeOf(layer);
+        const LayerOutput& input = k > 0 ? decoder_[k - 1] : decoderStart_;
+        const std::string name = layerName("dec", k);
+        const Range next = otherGradient(gradient, size.loCount());
+        operations.down(name + " data gradient", size, kernels_[k], gradient, next,
+                        {.factor = input.derivative});
+        operations.kernelGradient3x3(name + " weight gradient", size, input.value, gradient,
+                                     parameterGradients_.each[layer.weight]);
+        operations.channelSums(name + " bias gradient", size.images, size.hiChannels, 4 * size.loPixels(),
+                               gradient, parameterGradients_.each[layer.bias]);
+        gradient = next;
+    }
+    return gradient;
+}
+
+Range VulkanExecutor::stateLatentBackward(Operations& operations, const Range& gradient) {
+    const DenseLayer& dense = plan_.decoderInput;
+    const auto batch = static_cast<std::uint32_t>(plan_.batch);
+    const auto inputs = static_cast<std::uint64_t>(dense.inputs);
+    const auto outputs = static_cast<std::uint64_t>(dense.outputs);
+    const Slices zGradient = operations.slicedProduct(
+        "dense data gradient", {batch, inputs, outputs}, rowMajor(gradient, dense.outputs),
+        rowMajor(parameters_.each[dense.weight], dense.outputs).transposed());
+    operations.product("dense weight gradient", {inputs, outputs, batch},
+                       rowMajor(z_, dense.inputs).transposed(), rowMajor(gradient, dense.outputs),
+                       parameterGradients_.each[dense.weight], {});
+    operations.sumSlices("dense bias gradient", {gradient, batch}, parameterGradients_.each[dense.bias], {});
+    operations.latentGradient(plan_.latent, zGradient, mean_, logVariance_, eps_, scalars_, meanGradient_,
+                              logVarianceGradient_);
+    const Range next = otherGradient(gradient, flattened());
+    operations.flattenedGradient(
+        plan_.batch, plan_.mean, meanGradient_, logVarianceGradient_, parameters_.each[plan_.mean.weight],
+        parameters_.each[plan_.logVariance.weight], encoder_.back().derivative, next);
+    stateHeadBackward(operations, "mean", plan_.mean, meanGradient_);
+    stateHeadBackward(operations, "logvar", plan_.logVariance, logVarianceGradient_);
+    return next;
+}
+
+void VulkanExecutor::stateHeadBackward(Operations& operations, const std::string& name,
+                                       const DenseLayer& head, const Range& gradient) {
+    const auto batch = static_cast<std::uint32_t>(plan_.batch);
+    operations.product(
+        name + " weight gradient",
+        {static_cast<std::uint64_t>(head.inputs), static_cast<std::uint64_t>(head.outputs), batch},
+        rowMajor(encoder_.back().value, head.inputs).transposed(), rowMajor(gradient, head.outputs),
+        parameterGradients_.each[head.weight], {});
+    operations.sumSlices(name + " bias gradient", {gradient, batch}, parameterGradients_.each[head.bias], {});
+}
+
+void VulkanExecutor::stateEncoderBackward(Operations& operations, Range gradient) {
+    for (std::size_t k = plan_.encoder.size(); k-- > 0;) {
+        const ConvLayer& layer = plan_.encoder[k];
+        const ConvSize size = sizeOf(layer);
+        const std::string name = layerName("enc", k);
+        operations.kernelGradient(name + " weight gradient", size, gradient,
+                                  k > 0 ? encoder_[k - 1].value : x_, parameterGradients_.each[layer.weight]);
+        operations.channelSums(name + " bias gradient", size.images, size.loChannels, size.loPixels(),
+                               gradient, parameterGradients_.each[layer.bias]);
+        if (k == 0) return;  // nobody asks for the gradient of the images
+        const Range next = otherGradient(gradient, size.hiCount());
+        operations.up(name + " data gradient", size, parameters_.each[layer.weight], gradient, next,
+                      {.factor = encoder_[k - 1].derivative});
+        gradient = next;
+    }
+}
+
+// ---- Executor
+
+void VulkanExecutor::setWeights(std::span<const std::vector<float>> weights) {
+    require(weights.size() == plan_.parameters.size(), "wrong number of weight arrays");
+    Tensors staging(*context_);
+    const Range all = staging.make(parameters_.whole.count, Buffer::Place::upload);
+    std::fill(floats(all).begin(), floats(all).end(), 0.0F);
+    for (std::size_t p = 0; p < weights.size(); ++p)
+        put(weights[p], part(all, parameters_.each[p].first, parameters_.each[p].count));
+    Sequence sequence(*context_);
+    sequence.copy(all, parameters_.whole);
+    if (training()) {
+        for (const Arena* const arena : {&parameterGradients_, &first_, &second_})
+            sequence.clear(arena->whole);
+    }
+    sequence.record();
+    sequence.run();
+}
+
+std::vector<std::vector<float>> VulkanExecutor::read(const Arena& arena) const {
+    Tensors staging(*context_);
+    const Range all = staging.make(arena.whole.count, Buffer::Place::download);
+    Sequence sequence(*context_);
+    sequence.copy(arena.whole, all);
+    sequence.record();
+    sequence.run();
+    std::vector<std::vector<float>> arrays;
+    for (const Range& each : arena.each)
+        get(part(all, each.first, each.count), arrays.emplace_back(each.count));
+    return arrays;
+}
+
+std::vector<std::vector<float>> VulkanExecutor::weights() const {
+    return read(parameters_);
+}
+
+std::vector<std::vector<float>> VulkanExecutor::gradients() const {
+    require(training(), "gradients without training");
+    return read(parameterGradients_);
+}
+
+StepResult VulkanExecutor::step(std::span<const float> x, std::span<const float> eps, float learningRate,
+                                float klWeight) {
+    require(training(), "a training step without training");
+    put(x, part(upload_, 0, pixels()));
+    put(eps, part(upload_, pixels(), latents()));
+    const std::span<float> scalars = floats(part(upload_, pixels() + latents(), stepScalars));
+    scalars[0] = learningRate;
+    scalars[1] = klWeight;
+    step_->run();
+    const float mse = floats(download_)[0];
+    const float kl = floats(download_)[1];
+    return {mse + klWeight * kl, mse, kl};
+}
+
+void VulkanExecutor::encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) {
+    const Range meanOut = part(download_, 0, latents());
+    const Range logVarianceOut = part(download_, latents(), latents());
+    if (!encode_) {
+        encode_ = newSequence();
+        encode_->copy(part(upload_, 0, pixels()), x_);
+        Operations operations(*context_, *encode_, tensors_);
+        stateEncoder(operations);
+        encode_->copy(mean_, meanOut);
+        encode_->copy(logVariance_, logVarianceOut);
+        encode_->record();
+    }
+    put(x, part(upload_, 0, pixels()));
+    encode_->run();
+    get(meanOut, mean);
+    if (logVariance.empty()) return;
+    get(logVarianceOut, logVariance);
+    for (float& value : logVariance)
+        value = std::clamp(value, plan_.latent.logVarMin, plan_.latent.logVarMax);
+}
+
+void VulkanExecutor::decode(std::span<const float> z, std::span<float> images) {
+    const Range imagesOut = part(download_, 0, pixels());
+    if (!decode_) {
+        decode_ = newSequence();
+        decode_->copy(part(upload_, pixels(), latents()), z_);
+        Operations operations(*context_, *decode_, tensors_);
+        stateDecoder(operations);
+        operations.outputImage(plan_.output, plan_.batch, decoder_.back().value,
+                               parameters_.each[plan_.output.weight], parameters_.each[plan_.output.bias],
+                               image_);
+        decode_->copy(image_, imagesOut);
+        decode_->record();
+    }
+    put(z, part(upload_, pixels(), latents()));
+    decode_->run();
+    get(imagesOut, images);
+}
+
+}  // namespace quillmere::network::vulkan
