@@ -35,6 +35,29 @@ public:
 #endif
 };
 
+// States it when the scope is left, by an exception too.
+class PublishAtEnd {
+public:
+    explicit PublishAtEnd(LoopOrder& order) : order_(order) {}
+    ~PublishAtEnd() { order_.publish(); }
+    PublishAtEnd(const PublishAtEnd&) = delete;
+    PublishAtEnd& operator=(const PublishAtEnd&) = delete;
+
+private:
+    LoopOrder& order_;
+};
+
+class ObserveAtEnd {
+public:
+    explicit ObserveAtEnd(LoopOrder& order) : order_(order) {}
+    ~ObserveAtEnd() { order_.observe(); }
+    ObserveAtEnd(const ObserveAtEnd&) = delete;
+    ObserveAtEnd& operator=(const ObserveAtEnd&) = delete;
+
+private:
+    LoopOrder& order_;
+};
+
 }  // namespace
 
 struct ThreadLimit::Control {
@@ -67,17 +90,17 @@ void WorkerTeam::run(std::size_t count, const std::function<void(std::size_t, in
     LoopOrder before;
     LoopOrder after;
     before.publish();
+    const ObserveAtEnd observed(after);
     const auto runRange = [&](const tbb::blocked_range<std::size_t>& range) {
         before.observe();
+        const PublishAtEnd published(after);
         const int worker = tbb::this_task_arena::current_thread_index();
         for (std::size_t i = range.begin(); i != range.end(); ++i)
             body(i, worker);
-        after.publish();
     };
     arena_->arena.execute([&] {
         tbb::parallel_for(tbb::blocked_range<std::size_t>(0, count, 1), runRange, tbb::simple_partitioner());
     });
-    after.observe();
 }
 
 void parallelFor(std::size_t count, const std::function<void(std::size_t)>& body) {
