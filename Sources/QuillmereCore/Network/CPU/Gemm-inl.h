@@ -37,10 +37,51 @@ enum class Product {
     transposedASum,  // C += A^T B
 };
 
+// One cache line for each k, stride floats apart.
+struct Lines {
+    const float* first;
+    std::size_t stride;
+};
+
+// Fetches what the next product reads while this one computes: an operand that comes from the third-level
+// cache is read in a fraction of the product's time, at the speed of that cache, and would stall it.
+struct NothingAhead {
+    static constexpr bool active = false;
+    HWY_INLINE Lines next(std::size_t) { return {nullptr, 0}; }
+};
+
+// Lines of memory from first to end.
+struct BlockAhead {
+    static constexpr bool active = true;
+    const float* first;
+    const float* end;
+    HWY_INLINE Lines next(std::size_t depth) {
+        const float* const begin = first;
+        if (first >= end) return {begin, 0};
+        first += depth * 16;
+        return {begin, 16};
+    }
+};
+
+// The first lines of each row of a matrix of as many rows as the product is deep, then of another one.
+struct RowsAhead {
+    static constexpr bool active = true;
+    const float* rows[2];
+    std::size_t stride[2];
+    std::size_t lines[2];
+    std::size_t done = 0;
+    HWY_INLINE Lines next(std::size_t) {
+        const std::size_t line = done++;
+        if (line < lines[0]) return {rows[0] + line * 16, stride[0]};
+        if (line < lines[0] + lines[1]) return {rows[1] + (line - lines[0]) * 16, stride[1]};
+        return {rows[0], 0};
+    }
+};
+
 // C [rows][vectors of columns] from B [depth][columns].
-template <Product product, int rows, int vectors>
+template <Product product, int rows, int vectors, bool fetch>
 HWY_INLINE void productTile(std::size_t depth, MatrixView A, MatrixView B, float* HWY_RESTRICT C,
-                            std::size_t ldc) {
+                            std::size_t ldc, Lines ahead) {
     const FullTag d;
     using V = hn::Vec<FullTag>;
     V sum[rows][vectors];
@@ -51,6 +92,7 @@ HWY_INLINE void productTile(std::size_t depth, MatrixView A, MatrixView B, float
             sum[r][v] = hn::Zero(d);
     }
     for (std::size_t k = 0; k < depth; ++k) {
+        if constexpr (fetch) __builtin_prefetch(ahead.first + k * ahead.stride, 0, 2);
         V b[vectors];
 #pragma GCC unroll 16
         for (int v = 0; v < vectors; ++v)
@@ -74,11 +116,13 @@ HWY_INLINE void productTile(std::size_t depth, MatrixView A, MatrixView B, float
     }
 }
 
-template <Product product, int vectors>
-HWY_ATTR void productPanel(int m, std::size_t depth, MatrixView A, MatrixView B, float* C, std::size_t ldc) {
+template <Product product, int vectors, class Ahead>
+HWY_ATTR void productPanel(int m, std::size_t depth, MatrixView A, MatrixView B, float* C, std::size_t ldc,
+                           Ahead& ahead) {
     const std::size_t rowStep = product == Product::plain ? A.stride : 1;
     const auto block = [&]<int rows>(int row) HWY_ATTR {
-        productTile<product, rows, vectors>(depth, {A.data + row * rowStep, A.stride}, B, C + row * ldc, ldc);
+        productTile<product, rows, vectors, Ahead::active>(depth, {A.data + row * rowStep, A.stride}, B,
+                                                           C + row * ldc, ldc, ahead.next(depth));
     };
     int row = 0;
     for (; row + tileRows <= m; row += tileRows)
@@ -115,29 +159,29 @@ HWY_INLINE void forEachPanel(int n, Panel panel) {
     }
 }
 
-template <Product product>
+template <Product product, class Ahead>
 HWY_INLINE void multiplyPanels(int m, int n, int k, const float* A, int lda, const float* B, int ldb,
-                               float* C, int ldc) {
+                               float* C, int ldc, Ahead ahead) {
     forEachPanel(n, [&]<int vectors>(int column) HWY_ATTR {
         productPanel<product, vectors>(m, static_cast<std::size_t>(k), {A, static_cast<std::size_t>(lda)},
                                        {B + column, static_cast<std::size_t>(ldb)}, C + column,
-                                       static_cast<std::size_t>(ldc));
+                                       static_cast<std::size_t>(ldc), ahead);
     });
 }
 
 inline HWY_ATTR void multiply(int m, int n, int k, const float* A, int lda, const float* B, int ldb, float* C,
                               int ldc) {
-    multiplyPanels<Product::plain>(m, n, k, A, lda, B, ldb, C, ldc);
+    multiplyPanels<Product::plain>(m, n, k, A, lda, B, ldb, C, ldc, NothingAhead());
 }
 
 inline HWY_ATTR void addTransposedA(int m, int n, int k, const float* A, int lda, const float* B, int ldb,
                                     float* C, int ldc) {
-    multiplyPanels<Product::transposedASum>(m, n, k, A, lda, B, ldb, C, ldc);
+    multiplyPanels<Product::transposedASum>(m, n, k, A, lda, B, ldb, C, ldc, NothingAhead());
 }
 
 inline HWY_ATTR void multiplyTransposedA(int m, int n, int k, const float* A, int lda, const float* B,
                                          int ldb, float* C, int ldc) {
-    multiplyPanels<Product::transposedA>(m, n, k, A, lda, B, ldb, C, ldc);
+    multiplyPanels<Product::transposedA>(m, n, k, A, lda, B, ldb, C, ldc, NothingAhead());
 }
 
 // C [rows][columns] = A [rows][k] * B [columns][k]^T: dot products, a vector of partial sums each.

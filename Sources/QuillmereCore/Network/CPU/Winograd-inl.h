@@ -356,6 +356,11 @@ HWY_INLINE std::size_t inPanels(int rows, int columns, int row, int column) {
     return static_cast<std::size_t>(first) * rows + static_cast<std::size_t>(row) * width + (column - first);
 }
 
+// The next panel of as many floats; the padding between planes is too little to matter.
+HWY_INLINE BlockAhead panelAfter(const float* panel, int size) {
+    return {panel + size, panel + static_cast<std::size_t>(2) * size};
+}
+
 // M[p] = V[p] * U[p].
 inline HWY_ATTR void multiplyDown(const LayerCall& call, int tiles, const TileMatrix& V,
                                   const TileMatrix& M) {
@@ -363,9 +368,10 @@ inline HWY_ATTR void multiplyDown(const LayerCall& call, int tiles, const TileMa
     for (int p = 0; p < planes; ++p) {
         const float* const U = call.weights.U + p * g.downPlane();
         forEachWeightPanel(0, g.loChannelsPadded, [&](int column, int columns) HWY_ATTR {
-            multiply(tiles, columns, g.groupChannels, V.ofPlane(p), g.groupChannels,
-                     U + static_cast<std::size_t>(column) * g.groupChannels, columns, M.ofPlane(p) + column,
-                     g.loChannelsPadded);
+            const float* const panel = U + static_cast<std::size_t>(column) * g.groupChannels;
+            multiplyPanels<Product::plain>(tiles, columns, g.groupChannels, V.ofPlane(p), g.groupChannels,
+                                           panel, columns, M.ofPlane(p) + column, g.loChannelsPadded,
+                                           panelAfter(panel, columns * g.groupChannels));
         });
     }
 }
@@ -376,9 +382,10 @@ inline HWY_ATTR void multiplyUp(const LayerCall& call, int tiles, const TileMatr
     for (int p = 0; p < planes; ++p) {
         const float* const UT = call.weights.UT + p * g.weightPlane();
         forEachWeightPanel(0, g.groupChannels, [&](int column, int columns) HWY_ATTR {
-            multiply(tiles, columns, g.loChannels, Z.ofPlane(p), g.loChannels,
-                     UT + static_cast<std::size_t>(column) * g.loChannels, columns, M.ofPlane(p) + column,
-                     g.groupChannels);
+            const float* const panel = UT + static_cast<std::size_t>(column) * g.loChannels;
+            multiplyPanels<Product::plain>(tiles, columns, g.loChannels, Z.ofPlane(p), g.loChannels, panel,
+                                           columns, M.ofPlane(p) + column, g.groupChannels,
+                                           panelAfter(panel, columns * g.loChannels));
         });
     }
 }
@@ -819,11 +826,22 @@ inline HWY_ATTR void weightGradientColumns(const TileGeometry& g, const BatchTil
     constexpr std::size_t block = 96;
     for (int p = 0; p < planes; ++p) {
         for (std::size_t tile = 0; tile < count; tile += block) {
-            const auto product = tile == 0 ? multiplyTransposedA : addTransposedA;
-            product(g.loChannels, columns, static_cast<int>(std::min(block, count - tile)),
-                    tiles.Z + p * planeZ + tile * g.loChannels, g.loChannels,
-                    tiles.V + p * planeV + tile * g.groupChannels + column, g.groupChannels,
-                    scratch + p * plane, columns);
+            const float* const Z = tiles.Z + p * planeZ + tile * g.loChannels;
+            const float* const V = tiles.V + p * planeV + tile * g.groupChannels + column;
+            const bool last = tile + block >= count;  // then the next plane follows
+            const RowsAhead ahead{
+                {last ? V - tile * g.groupChannels + planeV : V + block * g.groupChannels,
+                 last ? Z - tile * g.loChannels + planeZ : Z + block * g.loChannels},
+                {static_cast<std::size_t>(g.groupChannels), static_cast<std::size_t>(g.loChannels)},
+                {static_cast<std::size_t>(columns) / 16, static_cast<std::size_t>(g.loChannels) / 16}};
+            const int depth = static_cast<int>(std::min(block, count - tile));
+            if (tile == 0) {
+                multiplyPanels<Product::transposedA>(g.loChannels, columns, depth, Z, g.loChannels, V,
+                                                     g.groupChannels, scratch + p * plane, columns, ahead);
+            } else {
+                multiplyPanels<Product::transposedASum>(g.loChannels, columns, depth, Z, g.loChannels, V,
+                                                        g.groupChannels, scratch + p * plane, columns, ahead);
+            }
         }
     }
     withChannelTag(g.hiChannels, [&](auto d) HWY_ATTR {
