@@ -609,7 +609,8 @@ void CPUExecutor::outerDecoderStepForImage(int image, std::size_t groupIndex, in
     const std::size_t last = decoder_.size() - 1;
     float* const outputGradient = outputGradient_[groupIndex].data();
     kernels_.outputBackward(worker.dRecon.view(), parameters_.data() + layout_.offset(plan_.output.weight),
-                            own(last).act.view().renumbered(0, image), gradientView(last), outputGradient,
+                            own(last).act.view().renumbered(0, image), gradientView(last),
+                            worker.strip.data(), outputGradient,
                             outputGradient + static_cast<std::size_t>(9) * plan_.output.channels, image);
     for (std::size_t k = last + 1; k-- > outerDecoder_;) {
         const Activations& batchInput = outerDecoder_ == 0 ? decoderStart_ : decoderTensors_.back();

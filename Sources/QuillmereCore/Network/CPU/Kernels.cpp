@@ -68,7 +68,8 @@ const KernelTable& kernels() {
 }
 
 std::size_t outputStrip(int width, int channels) {
-    return (3 * (static_cast<std::size_t>(width) + 2) + static_cast<std::size_t>(channels)) * outputTapLanes;
+    const auto taps = static_cast<std::size_t>(channels);
+    return std::max((3 * (static_cast<std::size_t>(width) + 2) + taps) * outputTapLanes, 2 * (9 + 10) * taps);
 }
 
 TileGeometry::TileGeometry(const ConvLayer& layer, int batchSize, bool inStages)

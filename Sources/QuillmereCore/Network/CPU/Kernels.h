@@ -178,7 +178,7 @@ struct KernelTable {
     // derivative becomes the gradient of the layer before; dWeight [9][channels] and dBias [channels] (of the
     // layer before) are added to.
     void (*outputBackward)(PaddedView dRecon, const float* weight, PaddedView act, PaddedView derivative,
-                           float* dWeight, float* dBias, int image);
+                           float* strip, float* dWeight, float* dBias, int image);
 
     // ---- Matrices, row-major. n (and k for the transposed product) are multiples of widthMultiple.
     void (*multiply)(int m, int n, int k, const float* A, int lda, const float* B, int ldb, float* C,
@@ -203,7 +203,8 @@ struct KernelTable {
 // The table for the best instruction set of this processor that is enabled.
 [[nodiscard]] const KernelTable& kernels();
 
-// Floats of scratch that outputForward needs: three rows of products and the transposed weights.
+// Floats of scratch that outputForward needs (three rows of products and the transposed weights) and
+// outputBackward (weights and their gradient for two pixels). width: even.
 [[nodiscard]] std::size_t outputStrip(int width, int channels);
 
 }  // namespace quillmere::network::cpu

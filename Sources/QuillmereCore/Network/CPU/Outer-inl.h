@@ -232,49 +232,89 @@ inline HWY_ATTR double reconstructionLoss(const LossTerm& loss, PaddedView x, in
     return total;
 }
 
-inline HWY_ATTR void outputBackward(PaddedView dRecon, const float* weight, PaddedView act,
-                                    PaddedView derivative, float* dWeight, float* dBias, int image) {
-    const EightTag d;
-    using V = hn::Vec<EightTag>;
-    const int channels = act.channels;
-    for (int y = 0; y < act.height; ++y) {
-        const float* const in = dRecon.at(0, y - 1, -1);
-        for (int c = 0; c < channels; c += lanesOf<EightTag>) {
-            const float* const a = act.at(image, y, 0) + c;
-            float* const g = derivative.at(image, y, 0) + c;
-            V w[9];
-            V dw[9];
+// Pixels are taken in pairs, whose channels fill whole vectors where those of one pixel may not. Of one
+// vector of a pair, `fromFirst` lanes belong to the first pixel.
+enum class PairPart { first, mixed, second };
+
+// One row of output pixels' gradients times one vector of a pair, all nine taps at once. weight and sums:
+// rows of 2 * channels; the last row of sums is the bias gradient.
+template <PairPart part>
+HWY_INLINE void outputBackwardRow(const PaddedView& dRecon, int y, const float* act, float* derivative,
+                                  int width, int channels, int fromFirst, const float* weight, float* sums) {
+    const FullTag d;
+    using V = hn::Vec<FullTag>;
+    const std::size_t pair = static_cast<std::size_t>(2) * channels;
+    const auto ofFirst = hn::FirstN(d, part == PairPart::mixed ? static_cast<std::size_t>(fromFirst) : 0);
+    const float* const in = dRecon.at(0, y - 1, -1);
+    V w[9];
+    V dw[9];
 #pragma GCC unroll 9
-            for (int k = 0; k < 9; ++k) {
-                w[k] = hn::LoadU(d, weight + k * channels + c);
-                dw[k] = hn::LoadU(d, dWeight + k * channels + c);
+    for (int k = 0; k < 9; ++k) {
+        w[k] = hn::LoadU(d, weight + k * pair);
+        dw[k] = hn::LoadU(d, sums + k * pair);
+    }
+    V sum = hn::LoadU(d, sums + 9 * pair);
+    for (int x = 0; x < width; x += 2) {
+        const std::size_t offset = static_cast<std::size_t>(x) * channels;
+        const V value = hn::LoadU(d, act + offset);
+        V even = hn::Zero(d);
+        V odd = hn::Zero(d);
+#pragma GCC unroll 9
+        for (int k = 0; k < 9; ++k) {
+            // Output pixel (y + 1 - k / 3, x + 1 - k % 3) used this pixel with tap k.
+            const float* const e0 = in + (2 - k / 3) * dRecon.rowStride + x + 2 - k % 3;
+            V e = hn::Set(d, part == PairPart::second ? e0[1] : e0[0]);
+            if constexpr (part == PairPart::mixed) e = hn::IfThenElse(ofFirst, e, hn::Set(d, e0[1]));
+            if (k % 2 == 0) {
+                even = hn::MulAdd(e, w[k], even);
+            } else {
+                odd = hn::MulAdd(e, w[k], odd);
             }
-            V sum = hn::LoadU(d, dBias + c);
-            for (int x = 0; x < act.width; ++x) {
-                const std::size_t offset = static_cast<std::size_t>(x) * channels;
-                const V value = hn::LoadU(d, a + offset);
-                V even = hn::Zero(d);
-                V odd = hn::Zero(d);
-#pragma GCC unroll 9
-                for (int k = 0; k < 9; ++k) {
-                    // Output pixel (y + 1 - k / 3, x + 1 - k % 3) used this pixel with tap k.
-                    const V e = hn::Set(d, in[(2 - k / 3) * dRecon.rowStride + x + 2 - k % 3]);
-                    if (k % 2 == 0) {
-                        even = hn::MulAdd(e, w[k], even);
-                    } else {
-                        odd = hn::MulAdd(e, w[k], odd);
-                    }
-                    dw[k] = hn::MulAdd(e, value, dw[k]);
-                }
-                const V gradient = hn::Mul(hn::Add(even, odd), hn::LoadU(d, g + offset));
-                hn::StoreU(gradient, d, g + offset);
-                sum = hn::Add(sum, gradient);
-            }
-#pragma GCC unroll 9
-            for (int k = 0; k < 9; ++k)
-                hn::StoreU(dw[k], d, dWeight + k * channels + c);
-            hn::StoreU(sum, d, dBias + c);
+            dw[k] = hn::MulAdd(e, value, dw[k]);
         }
+        const V gradient = hn::Mul(hn::Add(even, odd), hn::LoadU(d, derivative + offset));
+        hn::StoreU(gradient, d, derivative + offset);
+        sum = hn::Add(sum, gradient);
+    }
+#pragma GCC unroll 9
+    for (int k = 0; k < 9; ++k)
+        hn::StoreU(dw[k], d, sums + k * pair);
+    hn::StoreU(sum, d, sums + 9 * pair);
+}
+
+inline HWY_ATTR void outputBackward(PaddedView dRecon, const float* weight, PaddedView act,
+                                    PaddedView derivative, float* strip, float* dWeight, float* dBias,
+                                    int image) {
+    constexpr int lanes = lanesOf<FullTag>;
+    const int channels = act.channels;
+    const std::size_t pair = static_cast<std::size_t>(2) * channels;
+    float* const weights = strip;          // [9][2][channels]
+    float* const sums = strip + 9 * pair;  // [10][2][channels]
+    for (std::size_t i = 0; i < 18; ++i)
+        std::copy_n(weight + i / 2 * channels, channels, weights + i * channels);
+    std::fill_n(sums, 10 * pair, 0.0F);
+    for (int y = 0; y < act.height; ++y) {
+        for (int first = 0; first < 2 * channels; first += lanes) {
+            const int fromFirst = channels - first;
+            const auto row = [&]<PairPart part>() HWY_ATTR {
+                outputBackwardRow<part>(dRecon, y, act.at(image, y, 0) + first,
+                                        derivative.at(image, y, 0) + first, act.width, channels, fromFirst,
+                                        weights + first, sums + first);
+            };
+            if (fromFirst >= lanes) {
+                row.template operator()<PairPart::first>();
+            } else if (fromFirst > 0) {
+                row.template operator()<PairPart::mixed>();
+            } else {
+                row.template operator()<PairPart::second>();
+            }
+        }
+    }
+    for (int k = 0; k < 10; ++k) {
+        const float* const row = sums + k * pair;
+        float* const out = k < 9 ? dWeight + static_cast<std::size_t>(k) * channels : dBias;
+        for (int c = 0; c < channels; ++c)
+            out[c] += row[c] + row[channels + c];
     }
 }
 
