@@ -28,7 +28,7 @@ Item {
     }
     Timer {
         id: patience
-        interval: 500
+        interval: Theme.patience
         onTriggered: run.longAudition = run.app.isAuditioning
     }
     Column {

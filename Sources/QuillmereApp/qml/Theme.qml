@@ -64,4 +64,5 @@ QtObject {
     // Milliseconds
     readonly property int quick: reducedMotion ? 0 : 100
     property int tipDelay: 600
+    property int patience: 500  // before something short shows its progress
 }

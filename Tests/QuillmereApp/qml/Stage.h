@@ -49,6 +49,7 @@ public:
     Q_INVOKABLE void finishPlaying() { world_->player->finish(); }
     Q_INVOKABLE [[nodiscard]] QString clipboard() const { return world_->clipboard; }
     Q_INVOKABLE [[nodiscard]] QUrl shownFolder() const { return world_->shownFolder; }
+    Q_INVOKABLE [[nodiscard]] QList<QUrl> shownFiles() const { return world_->shownFiles; }
     // Rows of results without a run.
     Q_INVOKABLE void setResults(int count);
     // Spoils every stored model.

@@ -22,6 +22,7 @@ TestCase {
     function init() {
         failOnWarning(/.?/);
         Theme.tipDelay = 0;
+        Theme.patience = 500;
         Stage.restart();
         open();
     }
@@ -79,6 +80,9 @@ TestCase {
     function verifyNotSeen(text) {
         tryVerify(() => !sees(text), 5000, "in the window: " + text);
     }
+    function seesMatch(pattern): bool {
+        return Stage.texts(window.contentItem).some(text => pattern.test(text));
+    }
     function seesIcon(name): bool {
         return Stage.icons(window.contentItem).includes(name);
     }
@@ -87,7 +91,13 @@ TestCase {
         return focused ? focused.objectName : "";
     }
 
+    readonly property var parameterIds: ["sources", "drift", "mutation", "extrapolation", "pitch", "pitch-jitter", "stretch", "stretch-jitter", "tilt", "contrast", "smear", "grit", "roughness", "phase-iterations", "decay", "drive", "crush-bits", "decimate", "reverse-chance", "normalize"]
+
     // ---- Doing
+    function hover(target) {
+        mouseMove(target, target.width / 2, target.height / 2);
+        mouseMove(target, target.width / 2 + 1, target.height / 2);
+    }
     function focusOn(name) {
         item(name).forceActiveFocus(Qt.TabFocusReason);
         settle();

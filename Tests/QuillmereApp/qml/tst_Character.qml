@@ -6,8 +6,6 @@ import QuillmereStage
 WindowCase {
     name: "Character"
 
-    readonly property var parameterIds: ["sources", "drift", "mutation", "extrapolation", "pitch", "pitch-jitter", "stretch", "stretch-jitter", "tilt", "contrast", "smear", "grit", "roughness", "phase-iterations", "decay", "drive", "crush-bits", "decimate", "reverse-chance", "normalize"]
-
     function value(id: string): real {
         return model.parameters.get(id, "value");
     }

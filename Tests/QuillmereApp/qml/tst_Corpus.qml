@@ -37,9 +37,10 @@ WindowCase {
     }
     function test_scanCanBeCancelled() {
         model.setCorpus(Stage.makeCorpus("Many", 300));
-        if (model.isScanning && has("cancelScan"))
-            mouseClick(item("cancelScan"));
+        verify(model.isScanning);
+        mouseClick(item("cancelScan"));
         idle();
+        verify(!model.hasSummary);
         verify(!has("cancelScan"));
     }
     function test_recentFoldersCanBeChosenAndForgotten() {

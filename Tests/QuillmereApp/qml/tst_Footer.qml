@@ -66,6 +66,36 @@ WindowCase {
         model.cancel();
         idle();
     }
+    function test_errorTakesThePlaceOfTheNews() {
+        trained();
+        verifySeen("Training finished.");
+        model.outputText = "";
+        model.generate();
+        verifySeen("Choose an output folder first.");
+        verifyNotSeen("Training finished.");
+    }
+    function test_newsIsAnAlert() {
+        trained();
+        verifySeen("Training finished.");
+        verify(Stage.accessibleNames(window.contentItem).includes("AlertMessage Training finished."));
+    }
+    function test_longAuditionShowsProgressAndCancel() {
+        model.setCorpus(Stage.makeCorpus("Long", 3, 2));
+        idle();
+        model.train();
+        idle();
+        model.parameters.setValue("stretch", 8);
+        model.parameters.setValue("phase-iterations", 100000);
+        Theme.patience = 0;
+        mouseClick(item("audition"));
+        while (model.isAuditioning && !sees("Rendering…"))
+            wait(0);
+        verifySeen("Rendering…");
+        mouseClick(item("cancelGeneration"));
+        idle();
+        verifyNotSeen("Rendering…");
+        verify(!model.isPlayingAudition);
+    }
     function test_appearance_data() {
         return [{
                 "tag": "Light",

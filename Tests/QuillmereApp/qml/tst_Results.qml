@@ -67,11 +67,14 @@ WindowCase {
     function test_thumbnailsArrive() {
         generated(2);
         tryVerify(() => item("tile-0").peaks.length > 0, 10000);
+        verifySeen(item("tile-0").durationText);
+        verify(/^\d+\.\d\d s$/.test(item("tile-0").durationText));
     }
     function test_showInFinder() {
         generated(1);
         mouseClick(item("showInFinder"));
         tryVerify(() => Stage.pathOf(Stage.shownFolder()) === Stage.path("out"));
+        compare(Stage.shownFiles(), [model.results.urlAt(0)]);
     }
     function test_deletedFileIsTold() {
         generated(2);

@@ -113,12 +113,6 @@ WindowCase {
                 "tag": "train",
                 "text": "Choose a corpus first."
             }, {
-                "tag": "slider-sources",
-                "text": "How many corpus samples are mixed together in each variation."
-            }, {
-                "tag": "slider-phase-iterations",
-                "text": "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. High = cleaner."
-            }, {
                 "tag": "preset-Faithful",
                 "text": "Close relatives of the originals."
             }, {
@@ -127,10 +121,32 @@ WindowCase {
             }];
     }
     function test_tooltips(row) {
-        const target = item(row.tag);
-        mouseMove(target, target.width / 2, target.height / 2);
-        mouseMove(target, target.width / 2 + 1, target.height / 2);
+        hover(item(row.tag));
         verifySeen(row.text);
+    }
+    function test_helpOfEveryParameter_data() {
+        return parameterIds.map(id => ({
+                        "tag": id
+                    }));
+    }
+    function test_helpOfEveryParameter(row) {
+        const help = model.parameters.get(row.tag, "help");
+        const slider = item("slider-" + row.tag);
+        verify(help.length > 10);
+        verifyNotSeen(help);
+        hover(slider);
+        verifySeen(help);
+        mouseMove(window.contentItem, 2, 2);
+        verifyNotSeen(help);
+        hover(Stage.findText(slider.parent, model.parameters.get(row.tag, "title")));
+        verifySeen(help);
+    }
+    function test_helpAsWritten() {
+        compare(model.parameters.get("sources", "help"), "How many corpus samples are mixed together in each variation.");
+        compare(model.parameters.get("phase-iterations", "help"), "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. High = cleaner.");
+    }
+    function test_iconOfAudition() {
+        verify(seesIcon("play.circle"));
     }
     function test_resetTooltip() {
         model.parameters.setValue("drift", 1);
@@ -158,11 +174,11 @@ WindowCase {
     }
 
     function test_scanning() {
-        const corpus = Stage.makeCorpus("Many", 400);
-        let seen = false;
-        model.isScanningChanged.connect(() => seen = seen || (model.isScanning && sees("Scanning")));
-        model.setCorpus(corpus);
-        verify(seen);
+        model.setCorpus(Stage.makeCorpus("Many", 3000));
+        verify(sees("Scanning"));
+        verify(sees("Cancel"));
+        tryVerify(() => seesMatch(/^\d+ of 3000$/));
+        model.cancel();
         idle();
         verifyNotSeen("Scanning");
     }
@@ -222,7 +238,8 @@ WindowCase {
     }
     function test_generating() {
         startGenerating();
-        tryVerify(() => Stage.texts(window.contentItem).some(text => /^\d+ of 9999$/.test(text)));
+        tryVerify(() => seesMatch(/^\d+ of 9999$/));
+        tryVerify(() => seesMatch(/^about .* left$/), 20000);
         verifySeen("Cancel");
         model.cancel();
         idle();

@@ -33,8 +33,22 @@ T.ComboBox {
     Accessible.description: tip
     Accessible.onPressAction: popup.open()
 
-    Keys.onReturnPressed: popup.open()
-    Keys.onEnterPressed: popup.open()
+    // A ComboBox closes its list when Return is released: so that is the moment to open it.
+    property bool opensOnRelease: false
+
+    Keys.onPressed: event => {
+        if (event.key !== Qt.Key_Return && event.key !== Qt.Key_Enter || popup.visible)
+            return;
+        opensOnRelease = true;
+        event.accepted = true;
+    }
+    Keys.onReleased: event => {
+        if (!opensOnRelease)
+            return;
+        opensOnRelease = false;
+        popup.open();
+        event.accepted = true;
+    }
 
     FontMetrics {
         id: metrics

@@ -29,7 +29,6 @@ T.Menu {
         model: menu.contentModel
         interactive: contentHeight > height
         clip: true
-        currentIndex: menu.currentIndex
     }
     background: Rectangle {
         color: Theme.popup

@@ -1,0 +1,265 @@
+import QtQuick
+import QtTest
+import QuillmereApp
+import QuillmereStage
+
+// Every button and every choice of the window: by the mouse, by Space, by Return and by assistive technology.
+WindowCase {
+    id: testCase
+    name: "Controls"
+
+    SignalSpy {
+        id: corpusChooser
+        target: testCase.model
+        signalName: "corpusChooserRequested"
+    }
+    SignalSpy {
+        id: outputChooser
+        target: testCase.model
+        signalName: "outputChooserRequested"
+    }
+
+    // What each button needs before, and what it must have done.
+    readonly property var buttons: ({
+            "chooseCorpus": {
+                "done": () => corpusChooser.count === 1
+            },
+            "chooseOutput": {
+                "done": () => outputChooser.count === 1
+            },
+            "train": {
+                "before": () => scanned(3),
+                "done": () => model.hasModel
+            },
+            "generate": {
+                "before": () => {
+                    trained();
+                    model.outputText = Stage.path("out");
+                    model.count = 1;
+                },
+                "done": () => model.results.count === 1
+            },
+            "audition": {
+                "before": () => trained(),
+                "done": () => model.isPlayingAudition
+            },
+            "undo": {
+                "before": () => model.parameters.setValue("pitch", 3),
+                "done": () => model.parameters.get("pitch", "value") === 0
+            },
+            "redo": {
+                "before": () => {
+                    model.parameters.setValue("pitch", 3);
+                    model.undo();
+                },
+                "done": () => model.parameters.get("pitch", "value") === 3
+            },
+            "preset-Wild": {
+                "done": () => model.presetName === "Wild" && item("preset-Wild").checked && !item("preset-Balanced").checked
+            },
+            "preset-Balanced": {
+                "before": () => model.parameters.setValue("pitch", 3),
+                "done": () => model.parameters.get("pitch", "value") === 0 && item("preset-Balanced").checked
+            },
+            "savePreset": {
+                "done": () => focusName() === "presetName"
+            },
+            "delete-Mine": {
+                "before": () => model.saveOwnPreset("Mine"),
+                "done": () => !has("preset-Mine")
+            },
+            "reset-pitch": {
+                "before": () => model.parameters.setValue("pitch", 3),
+                "done": () => model.parameters.get("pitch", "isDefault")
+            },
+            "lock-pitch": {
+                "done": () => model.parameters.get("pitch", "locked") && item("lock-pitch").checked
+            },
+            "randomise": {
+                "done": () => model.canUndo && model.presetEdited
+            },
+            "copySeed": {
+                "before": () => generated(1),
+                "done": () => Stage.clipboard() === model.lastSeed && model.lastSeed.length > 0
+            },
+            "reuseSeed": {
+                "before": () => generated(1),
+                "done": () => model.seedText === model.lastSeed && model.lastSeed.length > 0
+            },
+            "showInFinder": {
+                "before": () => generated(1),
+                "done": () => Stage.pathOf(Stage.shownFolder()) === Stage.path("out")
+            },
+            "copyError": {
+                "before": () => failed(),
+                "done": () => Stage.clipboard() === "Choose an output folder first."
+            },
+            "dismissError": {
+                "before": () => failed(),
+                "done": () => model.errorMessage === ""
+            },
+            "cancelGeneration": {
+                "before": () => startGenerating(),
+                "done": () => !model.isGenerating && model.errorMessage === ""
+            },
+            "recentCorpora": {
+                "before": () => scanned(3),
+                "done": () => sees("Forget These Folders")
+            },
+            "appearance": {
+                "done": () => sees("As the Desktop") && sees("Light") && sees("Dark")
+            },
+            "analysis": {
+                "done": () => sees("Percussive (sharp attacks)")
+            },
+            "format": {
+                "done": () => sees("WAV 32-bit float")
+            }
+        })
+
+    function failed() {
+        scanned(3);
+        model.generate();
+        tryVerify(() => has("errorBanner"));
+    }
+    function rows(): var {
+        return Object.keys(buttons).map(name => ({
+                        "tag": name
+                    }));
+    }
+    // Those that need no generation before: the others are buttons of the same two kinds.
+    function quickRows(): var {
+        const slow = ["generate", "audition", "copySeed", "reuseSeed", "showInFinder", "cancelGeneration"];
+        return rows().filter(row => !slow.includes(row.tag));
+    }
+    function prepare(name) {
+        corpusChooser.clear();
+        outputChooser.clear();
+        if (buttons[name].before)
+            buttons[name].before();
+        tryVerify(() => item(name).enabled);
+        focusOn(name);
+        verify(!buttons[name].done());
+    }
+    function verifyDone(name) {
+        tryVerify(buttons[name].done, 20000);
+        if (model.isBusy)
+            idle();
+    }
+
+    function test_mouse_data() {
+        return rows();
+    }
+    function test_mouse(row) {
+        prepare(row.tag);
+        mouseClick(item(row.tag));
+        verifyDone(row.tag);
+    }
+    function test_space_data() {
+        return rows();
+    }
+    function test_space(row) {
+        prepare(row.tag);
+        keyClick(Qt.Key_Space);
+        verifyDone(row.tag);
+    }
+    function test_return_data() {
+        return quickRows();
+    }
+    function test_return(row) {
+        prepare(row.tag);
+        keyClick(Qt.Key_Return);
+        verifyDone(row.tag);
+    }
+    function test_assistiveTechnology_data() {
+        return quickRows();
+    }
+    function test_assistiveTechnology(row) {
+        prepare(row.tag);
+        Stage.doAccessibleAction(item(row.tag), row.tag.startsWith("lock-") ? "Toggle" : "Press");
+        verifyDone(row.tag);
+    }
+
+    // ---- Menus and dialogs by the keyboard
+    function test_appearanceMenuByKeys() {
+        model.appearance.mode = Appearance.System;
+        focusOn("appearance");
+        keyClick(Qt.Key_Space);
+        verifySeen("As the Desktop");
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        tryCompare(model.appearance, "mode", Appearance.Light);
+        verifyNotSeen("As the Desktop");
+        compare(Theme.dark, false);
+        model.appearance.mode = Appearance.System;
+        compare(Theme.dark, model.appearance.dark);
+    }
+    function test_appearanceIsRemembered() {
+        click("appearance");
+        mouseClick(Stage.findText(window.contentItem, "Dark"));
+        tryCompare(model.appearance, "mode", Appearance.Dark);
+        restartProgram();
+        compare(Stage.model.appearance.mode, Appearance.Dark);
+        compare(Theme.dark, true);
+        compare(item("appearance").iconName, "moon");
+    }
+    function test_recentMenuByKeys() {
+        model.setCorpus(Stage.makeCorpus("First"));
+        idle();
+        model.setCorpus(Stage.makeCorpus("Second"));
+        idle();
+        focusOn("recentCorpora");
+        keyClick(Qt.Key_Space);
+        verifySeen("Forget These Folders");
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Return);
+        tryCompare(model, "corpusName", "First");
+        idle();
+    }
+    function test_presetDialogByMouse() {
+        model.parameters.setValue("pitch", 3);
+        click("savePreset");
+        tryVerify(() => focusName() === "presetName");
+        for (const letter of "Low")
+            keyClick(letter);
+        mouseClick(item("confirmPreset"));
+        tryVerify(() => has("preset-Low"));
+        verify(item("preset-Low").isCurrent);
+    }
+    function test_presetDialogIsLeftByCancel() {
+        click("savePreset");
+        tryVerify(() => focusName() === "presetName");
+        mouseClick(item("cancelPreset"));
+        tryVerify(() => !has("presetName"));
+        compare(model.presets.count, 8);
+    }
+    function test_textMenu() {
+        type("seed", "123");
+        const field = item("seed");
+        mouseClick(field, 10, 10, Qt.RightButton);
+        verifySeen("Select All");
+        mouseClick(Stage.findText(window.contentItem, "Select All"));
+        tryCompare(field, "selectedText", "123");
+        mouseClick(field, 10, 10, Qt.RightButton);
+        mouseClick(Stage.findText(window.contentItem, "Cut"));
+        tryCompare(field, "text", "");
+        compare(model.seedText, "");
+        mouseClick(field, 10, 10, Qt.RightButton);
+        verifySeen("Paste");
+        mouseClick(Stage.findText(window.contentItem, "Paste"));
+        tryCompare(field, "text", "123");
+        compare(model.seedText, "123");
+    }
+    function test_folderChooserAsksInTheGivenWords() {
+        click("chooseCorpus");
+        verifySeen("Choose the folder of audio samples to learn from");
+        verifySeen("Use Folder");
+    }
+    function test_outputChooserAsksInTheGivenWords() {
+        click("chooseOutput");
+        verifySeen("Choose a folder for the generated samples — use New Folder to create one");
+        verifySeen("Use Folder");
+    }
+}
