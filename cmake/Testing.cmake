@@ -1,6 +1,21 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
 
+# The environment of tests that need a graphics processor: Mesa's software driver, whatever the machine has, with
+# compiled shaders kept in the build folder.
+if(QUILLMERE_VULKAN)
+    file(GLOB software_driver /usr/share/vulkan/icd.d/lvp_icd*.json)
+    if(NOT software_driver)
+        message(FATAL_ERROR "The Vulkan tests need Mesa's software driver (package mesa-vulkan-drivers)")
+    endif()
+    list(GET software_driver 0 software_driver)
+    set(QUILLMERE_SOFTWARE_GPU
+        VK_ICD_FILENAMES=${software_driver}
+        XDG_CACHE_HOME=${PROJECT_BINARY_DIR}/shader-cache
+        MESA_SHADER_CACHE_DIR=${PROJECT_BINARY_DIR}/shader-cache
+        LP_NUM_THREADS=1)
+endif()
+
 # quillmere_add_test(NAME SOURCES file... [LIBRARIES lib...] [ENVIRONMENT variable=value...] [WHOLE])
 # One executable per subject. Each of its cases is a ctest test of its own, unless WHOLE is given: then
 # the executable is one ctest test, named NAME. Without an environment of its own a test sees no graphics
@@ -18,7 +33,11 @@ function(quillmere_add_test name)
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES ENVIRONMENT "${arg_ENVIRONMENT}")
     else()
-        string(REPLACE ";" "\\;" environment "${arg_ENVIRONMENT}")  # one value of the list of properties
-        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ENVIRONMENT "${environment}")
+        gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 TEST_LIST ${name}_cases)
+        # Known only when ctest runs. As a property above, a list would be taken apart on its way there.
+        set(script ${CMAKE_CURRENT_BINARY_DIR}/${name}_environment.cmake)
+        file(WRITE ${script}
+            "set_tests_properties(\${${name}_cases} PROPERTIES ENVIRONMENT \"${arg_ENVIRONMENT}\")\n")
+        set_property(DIRECTORY APPEND PROPERTY TEST_INCLUDE_FILES ${script})
     endif()
 endfunction()

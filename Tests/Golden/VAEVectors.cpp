@@ -2,6 +2,7 @@
 
 #include "Golden/GoldenAreas.h"
 #include "QuillmereCore/Model/VAE.h"
+#include "QuillmereCore/Network/Devices.h"
 
 namespace quillmere::golden {
 namespace {
@@ -192,12 +193,26 @@ Suite suiteOn(std::string name, std::unique_ptr<network::Backend> (*makeBackend)
              {"clamp", on(&Network::losses)}}};
 }
 
+#ifdef QUILLMERE_VULKAN
+// The software driver's device, which ctest makes the only one.
+std::unique_ptr<network::Backend> makeSoftwareBackend() {
+    for (const network::DeviceDescription& device : network::computeDevices()) {
+        if (device.type == network::DeviceDescription::Type::software) return network::makeBackend(device);
+    }
+    throw network::DeviceError("There is no software device; run this test through ctest.");
+}
+#endif
+
 }  // namespace
 
 Area vaeArea() {
-    return {"vae",
-            {suiteOn("VAEOnCPU", network::makeCPUBackend),
-             suiteOn("VAEOnReference", network::makeReferenceBackend)}};
+    Area area{"vae",
+              {suiteOn("VAEOnCPU", network::makeCPUBackend),
+               suiteOn("VAEOnReference", network::makeReferenceBackend)}};
+#ifdef QUILLMERE_VULKAN
+    area.suites.push_back(suiteOn("VAEOnVulkan", makeSoftwareBackend));
+#endif
+    return area;
 }
 
 }  // namespace quillmere::golden

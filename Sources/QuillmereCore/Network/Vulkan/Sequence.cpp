@@ -207,6 +207,15 @@ void Sequence::run() {
     context_.run(commands_);
 }
 
+std::vector<std::pair<Shader, std::vector<std::uint32_t>>> Sequence::pipelines() const {
+    std::vector<std::pair<Shader, std::vector<std::uint32_t>>> result;
+    for (const Operation& operation : operations_) {
+        if (operation.kind == Operation::Kind::dispatch)
+            result.emplace_back(operation.dispatch.shader, operation.dispatch.constants);
+    }
+    return result;
+}
+
 std::vector<OperationTime> Sequence::times() const {
     if (queryPool_.get() == VK_NULL_HANDLE) return {};
     std::vector<std::uint64_t> ticks(stamps_);

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Network/Vulkan/Context.h"
@@ -80,6 +81,8 @@ public:
 
     // Of the last run; empty unless profiled and the device keeps time.
     [[nodiscard]] std::vector<OperationTime> times() const;
+    // What every dispatch asks Context::pipeline for.
+    [[nodiscard]] std::vector<std::pair<Shader, std::vector<std::uint32_t>>> pipelines() const;
     [[nodiscard]] std::size_t operations() const { return operations_.size(); }
     [[nodiscard]] std::size_t barriers() const { return barriers_; }
 

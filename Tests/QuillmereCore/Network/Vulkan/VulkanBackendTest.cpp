@@ -2,10 +2,12 @@
 
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
+#include <functional>
 
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Network/Vulkan/SoftwareDevice.h"
@@ -17,6 +19,7 @@ namespace {
 
 using testing::busyWeights;
 using testing::gaussianArray;
+using ::testing::HasSubstr;
 using testing::NetworkShape;
 using testing::speckledImages;
 using testing::StepInput;
@@ -300,6 +303,31 @@ TEST(VulkanBackend, ADispatchTooLargeForTheDeviceIsAnError) {
     EXPECT_THROW(
         (void)vulkan::makeBackend(small)->compile(NetworkShape{96, 64, 4, 2}.plan(), Purpose::training),
         DeviceError);
+}
+
+std::string failureOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const DeviceError& error) {
+        return error.what();
+    }
+    return "no failure";
+}
+
+TEST(VulkanBackend, MemoryThatIsNotThereIsAnErrorThatSaysSo) {
+    DeviceDescription roomy = testing::softwareDevice();
+    roomy.limits.largestTensor = UINT64_MAX;
+    const vulkan::Context context(roomy);
+    EXPECT_THAT(failureOf([&] { (void)context.makeBuffer(std::uint64_t{1} << 44U); }),
+                HasSubstr("not enough memory"));
+}
+
+TEST(VulkanBackend, ALostDeviceIsAnErrorThatSaysSo) {
+    EXPECT_THAT(failureOf([] { vulkan::check(VK_ERROR_DEVICE_LOST, "computing"); }),
+                HasSubstr("the device was lost"));
+    EXPECT_THAT(failureOf([] { vulkan::check(VK_ERROR_INITIALIZATION_FAILED, "opening it"); }),
+                HasSubstr("opening it"));
+    EXPECT_EQ(failureOf([] { vulkan::check(VK_SUCCESS, "computing"); }), "no failure");
 }
 
 TEST(VulkanBackend, ADeviceThatIsGoneDoesNotOpen) {

@@ -1,0 +1,114 @@
+// The process-wide device with a graphics processor: Mesa's software driver, chosen by name.
+
+#include "QuillmereCore/Network/GPU.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "QuillmereCore/Network/NetworkTestData.h"
+#include "QuillmereCore/Network/Vulkan/SoftwareDevice.h"
+#include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
+#include "Support/Environment.h"
+#include "Support/TempFolder.h"
+
+namespace quillmere {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::NetworkShape;
+
+// Collects what the user would be told.
+class SharedGPU : public ::testing::Test {
+protected:
+    SharedGPU() {
+        GPU::shared().setNotice([this](const std::string& message) { notices.push_back(message); });
+    }
+    ~SharedGPU() override { GPU::shared().setNotice({}); }
+
+    std::vector<std::string> notices;
+};
+
+TEST_F(SharedGPU, IsTheProcessorUntilADeviceIsNamed) {
+    EXPECT_EQ(GPU::shared().device().kind, network::Device::Kind::cpu);
+    GPU::shared().choose("llvmpipe");
+    EXPECT_EQ(GPU::shared().device().kind, network::Device::Kind::gpu);
+    EXPECT_THAT(GPU::shared().device().name, HasSubstr("llvmpipe"));
+    EXPECT_EQ(GPU::shared().description().type, network::DeviceDescription::Type::software);
+    GPU::shared().choose("auto");
+    EXPECT_EQ(GPU::shared().device().kind, network::Device::Kind::cpu);
+}
+
+TEST_F(SharedGPU, OpensADeviceOnce) {
+    GPU::shared().choose("llvmpipe");
+    network::Backend* const first = &GPU::shared().graphDevice();
+    GPU::shared().choose("cpu");
+    GPU::shared().choose("1");
+    EXPECT_EQ(&GPU::shared().graphDevice(), first);
+}
+
+TEST_F(SharedGPU, LearnsOnTheChosenDevice) {
+    GPU::shared().choose("llvmpipe");
+    const NetworkShape shape{32, 32, 4, 2};
+    const auto executor = GPU::shared().graphDevice().compile(shape.plan(), network::Purpose::training);
+    EXPECT_NE(dynamic_cast<network::vulkan::VulkanExecutor*>(executor.get()), nullptr);
+    EXPECT_THAT(notices, IsEmpty());
+}
+
+// One tensor of the network is larger than the device takes.
+TEST_F(SharedGPU, LetsTheProcessorTakeANetworkThatIsTooLarge) {
+    GPU::shared().choose("llvmpipe");
+    const NetworkShape shape{384, 96, 1, 39};
+    const auto executor = GPU::shared().graphDevice().compile(shape.plan(), network::Purpose::inference);
+    EXPECT_EQ(dynamic_cast<network::vulkan::VulkanExecutor*>(executor.get()), nullptr);
+    EXPECT_THAT(notices, ElementsAre(::testing::AllOf(HasSubstr("llvmpipe"),
+                                                      HasSubstr("takes tensors of at most 135 MB"),
+                                                      HasSubstr("The processor is used instead."))));
+}
+
+std::vector<std::filesystem::path> cachedPipelines(const std::filesystem::path& folder) {
+    std::vector<std::filesystem::path> files;
+    std::error_code none;
+    for (const auto& entry : std::filesystem::directory_iterator(folder / "quillmere", none))
+        files.push_back(entry.path());
+    return files;
+}
+
+void compileSomething() {
+    const auto backend = network::vulkan::makeBackend(testing::softwareDevice());
+    (void)backend->compile(NetworkShape{32, 32, 4, 1}.plan(), network::Purpose::training);
+}
+
+TEST(PipelineCache, IsKeptInTheUsersCacheFolder) {
+    const testing::TempFolder folder;
+    const testing::EnvironmentVariable cache("XDG_CACHE_HOME", (folder / "cache").string());
+    compileSomething();
+    ASSERT_EQ(cachedPipelines(folder / "cache").size(), 1U);
+    EXPECT_TRUE(cachedPipelines(folder / "cache")[0].filename().string().starts_with("pipelines-"));
+}
+
+TEST(PipelineCache, ADamagedFileIsReplaced) {
+    const testing::TempFolder folder;
+    const testing::EnvironmentVariable cache("XDG_CACHE_HOME", folder.path().string());
+    compileSomething();
+    const std::filesystem::path file = cachedPipelines(folder.path()).at(0);
+    const auto size = std::filesystem::file_size(file);
+    std::ofstream(file, std::ios::binary) << "no pipelines";
+    compileSomething();
+    EXPECT_EQ(std::filesystem::file_size(file), size);
+}
+
+TEST(PipelineCache, AFolderThatCannotBeMadeIsDoneWithout) {
+    const testing::TempFolder folder;
+    std::ofstream(folder / "file") << "in the way";
+    const testing::EnvironmentVariable cache("XDG_CACHE_HOME", (folder / "file").string());
+    compileSomething();
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder / "file"));
+}
+
+}  // namespace
+}  // namespace quillmere

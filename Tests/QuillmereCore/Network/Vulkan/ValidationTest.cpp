@@ -1,0 +1,116 @@
+// The validation layers watch whole steps and must have nothing to say; and they do speak when they should.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <mutex>
+
+#include "QuillmereCore/Network/NetworkTestData.h"
+#include "QuillmereCore/Network/Vulkan/SoftwareDevice.h"
+#include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
+
+namespace quillmere::network::vulkan {
+namespace {
+
+using ::testing::Contains;
+using testing::DeviceArrays;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using testing::NetworkShape;
+using testing::StepInput;
+
+// A device under validation, with what the layers say.
+class WatchedDevice {
+public:
+    explicit WatchedDevice(Validation::Extra extra)
+        : context_(std::make_shared<Context>(testing::softwareDevice(),
+                                             Validation{extra, [this](const std::string& message) {
+                                                            const std::scoped_lock lock(mutex_);
+                                                            messages_.push_back(message);
+                                                        }})) {}
+
+    [[nodiscard]] const std::shared_ptr<Context>& context() const { return context_; }
+    // Those about the device's use. Settings of the layers themselves are announced as warnings.
+    [[nodiscard]] std::vector<std::string> messages() {
+        const std::scoped_lock lock(mutex_);
+        std::vector<std::string> result;
+        for (const std::string& message : messages_) {
+            if (message.find("UNASSIGNED-GPU-Assisted Validation Warning") == std::string::npos)
+                result.push_back(message);
+        }
+        return result;
+    }
+
+private:
+    std::mutex mutex_;  // guards messages_
+    std::vector<std::string> messages_;
+    std::shared_ptr<Context> context_;
+};
+
+class Validated : public ::testing::TestWithParam<Validation::Extra> {};
+
+TEST_P(Validated, TrainingEncodingAndDecodingGiveNoMessage) {
+    const NetworkShape shape{32, 32, 5, 2};
+    WatchedDevice device(GetParam());
+    const StepInput input(shape, 3);
+    std::vector<float> mean(10), logVariance(10), images(input.x.size());
+    for (const Purpose purpose : {Purpose::training, Purpose::inference}) {
+        VulkanExecutor executor(device.context(), shape.plan(), purpose);
+        executor.setWeights(testing::busyWeights(shape, 1));
+        if (purpose == Purpose::training) executor.step(input.x, input.eps, 1e-3F, 0.01F);
+        executor.encode(input.x, mean, logVariance);
+        executor.decode(input.eps, images);
+        (void)executor.weights();
+    }
+    EXPECT_THAT(device.messages(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Layers, Validated,
+                         ::testing::Values(Validation::Extra::none, Validation::Extra::synchronization,
+                                           Validation::Extra::gpuAssisted),
+                         [](const auto& test) {
+                             switch (test.param) {
+                                 case Validation::Extra::none:
+                                     return "Core";
+                                 case Validation::Extra::synchronization:
+                                     return "Synchronization";
+                                 case Validation::Extra::gpuAssisted:
+                                     return "GPUAssisted";
+                             }
+                             return "";
+                         });
+
+TEST(Validation, NoticesMissingBarriers) {
+    WatchedDevice device(Validation::Extra::synchronization);
+    const VulkanExecutor executor(device.context(), NetworkShape{32, 32, 4, 1}.plan(), Purpose::training,
+                                  Sequence::Mode::withoutBarriers);
+    EXPECT_THAT(device.messages(), Contains(HasSubstr("SYNC-HAZARD-READ-AFTER-WRITE")));
+}
+
+TEST(Validation, NoticesAWrongUseOfTheInterface) {
+    WatchedDevice device(Validation::Extra::none);
+    Tensors tensors(*device.context());
+    const Range host = tensors.make(16, Buffer::Place::upload);  // no shader may bind it
+    const Range result = tensors.make(16);
+    Sequence sequence(*device.context());
+    sequence.dispatch({.name = "sum",
+                       .shader = Shader::sumSlices,
+                       .constants = {0},
+                       .buffers = {in(host), out(result), in(host)},
+                       .arguments = {1, 16, 1}});
+    sequence.record();
+    EXPECT_THAT(device.messages(), Contains(HasSubstr("VUID-")));
+}
+
+TEST(Validation, NoticesAReadBeyondABuffer) {
+    WatchedDevice device(Validation::Extra::gpuAssisted);
+    DeviceArrays arrays(*device.context());
+    const Range result = arrays.make(16);
+    // Claims more slices than the buffer holds.
+    arrays.operations().sumSlices("sum", {arrays.up(std::vector<float>(16)), 1000}, result, {});
+    (void)arrays.run(result);
+    EXPECT_THAT(device.messages(), Contains(HasSubstr("ut of bounds")));
+}
+
+}  // namespace
+}  // namespace quillmere::network::vulkan
