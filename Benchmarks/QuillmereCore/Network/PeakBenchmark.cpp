@@ -28,13 +28,13 @@ std::int64_t multiplyAdds(std::int64_t rounds, float* result) {
         sum[i] = hn::Set(d, static_cast<float>(i));
     for (std::int64_t round = 0; round < rounds; ++round) {
 #pragma GCC unroll 16
-        for (int i = 0; i < sums; ++i)
-            sum[i] = hn::MulAdd(sum[i], factor, term);
+        for (auto& value : sum)
+            value = hn::MulAdd(value, factor, term);
     }
     auto total = hn::Zero(d);
 #pragma GCC unroll 16
-    for (int i = 0; i < sums; ++i)
-        total = hn::Add(total, sum[i]);
+    for (const auto& value : sum)
+        total = hn::Add(total, value);
     *result = hn::GetLane(hn::SumOfLanes(d, total));
     return 2 * rounds * sums * static_cast<std::int64_t>(hn::Lanes(d));
 }

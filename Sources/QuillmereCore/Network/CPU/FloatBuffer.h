@@ -69,7 +69,7 @@ private:
     }
 
     void addBlock(std::size_t bytes) {
-        const bool large = bytes < blockSize || bytes >= largePage;
+        const bool large = std::max(bytes, blockSize) >= largePage;
         const std::size_t boundary = large ? largePage : FloatBuffer::alignment;
         left_ = roundUp(std::max(bytes, blockSize), boundary);
         blocks_.emplace_back(static_cast<std::byte*>(std::aligned_alloc(boundary, left_)));
