@@ -62,7 +62,7 @@ Rectangle {
     Column {
         id: body
         x: card.padding
-        y: disc.y + disc.height + Theme.between
+        y: disc.y + disc.height + 9
         width: card.width - 2 * card.padding
         spacing: 10
     }

@@ -17,6 +17,7 @@
 #include <QtQml/QQmlExtensionPlugin>
 #include <cmath>
 #include <cstdio>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <numbers>
@@ -38,7 +39,7 @@ constexpr int sampleRate = 44100;
 std::vector<float> glass(int number) {
     SeededRNG rng(static_cast<std::uint64_t>(number) + 1);
     const double base = 320 * std::pow(2, rng.uniform() * 1.6);
-    const double seconds = 0.35 + 0.4 * rng.uniform();
+    const double seconds = 0.5 + 0.4 * rng.uniform();
     std::vector<float> samples(static_cast<std::size_t>(seconds * sampleRate));
     for (std::size_t i = 0; i < samples.size(); ++i) {
         const double t = static_cast<double>(i) / sampleRate;
@@ -47,7 +48,7 @@ std::vector<float> glass(int number) {
         for (const double partial : {1.0, 2.76, 5.4, 8.93}) {
             ++order;
             sum +=
-                std::exp(-t * (5 + 7 * order)) / order * std::sin(2 * std::numbers::pi * base * partial * t);
+                std::exp(-t * (2 + 3 * order)) / order * std::sin(2 * std::numbers::pi * base * partial * t);
         }
         samples[i] = static_cast<float>(0.45 * sum);
     }
@@ -128,7 +129,7 @@ private:
         if (!isWanted) return;
         model_->appearance()->setMode(mode);
         window_->resize(size);
-        QTest::qWait(150);
+        QTest::qWait(600);
         const QString file = QStringLiteral("%1/app-%2.png").arg(folder_, name);
         if (!window_->grabWindow().save(file, "PNG")) qFatal("cannot write %s", qPrintable(file));
         std::printf("%s\n", qPrintable(file));
@@ -152,9 +153,13 @@ private:
         take(QStringLiteral("empty-small"), {640, 480});
     }
     void scanning() {
-        const QUrl many = corpus(QStringLiteral("Everything"), 600);
+        const QUrl many = corpus(QStringLiteral("Everything"), 1);
+        const std::filesystem::path folder = toPath(many.toLocalFile());
+        for (int i = 2; i <= 20000; ++i)
+            std::filesystem::create_hard_link(folder / "glass 01.wav",
+                                              folder / ("glass " + std::to_string(i) + ".wav"));
         model_->setCorpus(many);
-        waitFor([&] { return model_->scanDone() > 100 || !model_->isScanning(); });
+        waitFor([&] { return model_->scanDone() > 4000 || !model_->isScanning(); });
         take(QStringLiteral("scanning-dark"));
         model_->cancel();
         waitUntilIdle();
@@ -183,7 +188,7 @@ private:
         waitUntilIdle();
     }
     void trained() {
-        model_->applyPreset(QStringLiteral("Wild"));
+        model_->applyPreset(QStringLiteral("Explore"));
         model_->parameters()->setValue(QStringLiteral("pitch"), -7);
         takeBoth(QStringLiteral("trained"));
         take(QStringLiteral("trained-small"), {640, 480});

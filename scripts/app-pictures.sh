@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Takes the pictures of the window in every state for docs/pictures (app-*.png): some minutes. Arguments:
+# beginnings of names, for only these pictures.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh build app test
+cmake --preset dev -DQUILLMERE_BUILD_APP=ON > /dev/null
+cmake --build --preset dev --target quillmere-pictures
+
+pictures=build/dev/Tests/QuillmereApp/qml/quillmere-pictures
+"$pictures" docs/pictures "$@"
+
+# One window on a screen of 3840 x 2160 pixels.
+if (($# == 0)); then
+    folder=$(mktemp -d)
+    trap 'rm -rf "$folder"' EXIT
+    QT_SCALE_FACTOR=2 "$pictures" "$folder" results-1080p
+    mv "$folder/app-results-1080p.png" docs/pictures/app-results-4k.png
+fi
