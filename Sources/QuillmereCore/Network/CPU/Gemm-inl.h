@@ -63,6 +63,16 @@ struct BlockAhead {
     }
 };
 
+// The rows of A below the ones in work, which lie one after the other.
+struct RowsBelow {
+    static constexpr bool active = true;
+    const float* rows;
+    HWY_INLINE Lines next(std::size_t depth) {
+        rows += tileRows * depth;
+        return {rows, tileRows};
+    }
+};
+
 // The first lines of each row of a matrix of as many rows as the product is deep, then of another one.
 struct RowsAhead {
     static constexpr bool active = true;

@@ -615,8 +615,10 @@ inline HWY_ATTR void productsDown(const LayerCall& call, int p, int begin, int e
             withPlane(p, [&]<int plane>() HWY_ATTR {
                 makeDownPanel<plane>(g, call.weights.KT, column, columns, call.scratch.panel);
             });
-            multiply(chunk.tiles(), columns, g.groupChannels, hiTiles(call, chunk).ofPlane(p),
-                     g.groupChannels, call.scratch.panel, columns, M.ofPlane(p) + column, g.loChannelsPadded);
+            const float* const V = hiTiles(call, chunk).ofPlane(p);
+            multiplyPanels<Product::plain>(chunk.tiles(), columns, g.groupChannels, V, g.groupChannels,
+                                           call.scratch.panel, columns, M.ofPlane(p) + column,
+                                           g.loChannelsPadded, RowsBelow{V});
         });
     });
 }
@@ -631,8 +633,10 @@ inline HWY_ATTR void productsUp(const LayerCall& call, int p, int begin, int end
                     makeUpPanel<plane>(d, g, call.weights.K, column, columns, call.scratch.panel);
                 });
             });
-            multiply(chunk.tiles(), columns, g.loChannels, loTiles(call, chunk).ofPlane(p), g.loChannels,
-                     call.scratch.panel, columns, M.ofPlane(p) + column, g.groupChannels);
+            const float* const Z = loTiles(call, chunk).ofPlane(p);
+            multiplyPanels<Product::plain>(chunk.tiles(), columns, g.loChannels, Z, g.loChannels,
+                                           call.scratch.panel, columns, M.ofPlane(p) + column,
+                                           g.groupChannels, RowsBelow{Z});
         });
     });
 }
