@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh build test lint
+scripts/setup.sh build app test lint
 if (($#)); then
     files=("$@")
 else
@@ -13,7 +13,8 @@ fi
 
 clang-format --dry-run -Werror "${files[@]}"
 
-cmake --preset dev > /dev/null
+cmake --preset dev -D QUILLMERE_BUILD_APP=ON > /dev/null
+cmake --build --preset dev --target autogen > /dev/null
 printf '%s\n' "${files[@]}" | grep '\.cpp$' |
     xargs --max-args=1 --max-procs="$(nproc)" \
         clang-tidy -p build/dev --quiet --extra-arg=-Wno-unknown-warning-option

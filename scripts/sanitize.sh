@@ -10,10 +10,10 @@ if [[ ${1:-} == asan || ${1:-} == tsan ]]; then
     shift
 fi
 
-scripts/setup.sh build test
+scripts/setup.sh build app test
 for preset in "${presets[@]}"; do
     printf '\n== %s\n' "$preset"
-    cmake --preset "$preset"
+    cmake --preset "$preset" -D QUILLMERE_BUILD_APP=ON
     cmake --build --preset "$preset"
     ctest --preset "$preset" --parallel "$(nproc)" "$@"
 done

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Quillmere needs and that are missing. May be run again at any time.
 #
-#   scripts/setup.sh [build] [run] [test] [demo] [lint] [pictures] [peers] [all]     (build, if nothing is named)
+#   scripts/setup.sh [build] [app] [run] [test] [demo] [lint] [pictures] [peers] [all]     (build, if nothing is named)
 #
 # Written for Debian 12. Needs root, or a user with sudo.
 set -euo pipefail
@@ -10,9 +10,17 @@ set -euo pipefail
 build=(g++ cmake ninja-build ccache pkg-config
        libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev
        nlohmann-json3-dev libcli11-dev libvulkan-dev glslc)
-run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12 libvulkan1)
+# The desktop application: what it needs besides to be built, and what it loads when it starts.
+app_run=(libqt6core6 libqt6dbus6 libqt6gui6 libqt6qml6 libqt6quick6 libqt6quickcontrols2-6 libqt6quickdialogs2-6
+         qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick-controls
+         qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-dialogs
+         qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
+         libsdl2-2.0-0 fonts-dejavu-core)
+app=(qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libsdl2-dev "${app_run[@]}")
+run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12 libvulkan1 "${app_run[@]}")
 test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrogen-drumkits
-      mesa-vulkan-drivers vulkan-validationlayers)
+      mesa-vulkan-drivers vulkan-validationlayers
+      qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
 demo=(sonic-pi-samples)
 lint=(clang-format clang-tidy git)
 pictures=(python3 python3-numpy python3-matplotlib flac)
@@ -26,13 +34,13 @@ die() {
 packages=()
 for group in "${@:-build}"; do
     case $group in
-        build | run | test | demo | lint | pictures | peers)
+        build | app | run | test | demo | lint | pictures | peers)
             declare -n names=$group
             packages+=("${names[@]}")
             ;;
-        all) packages+=("${build[@]}" "${run[@]}" "${test[@]}" "${demo[@]}" "${lint[@]}" "${pictures[@]}"
+        all) packages+=("${build[@]}" "${app[@]}" "${run[@]}" "${test[@]}" "${demo[@]}" "${lint[@]}" "${pictures[@]}"
                          "${peers[@]}") ;;
-        *) die "unknown group '$group'; the groups are build, run, test, demo, lint, pictures, peers and all" ;;
+        *) die "unknown group '$group'; the groups are build, app, run, test, demo, lint, pictures, peers and all" ;;
     esac
 done
 

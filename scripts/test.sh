@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh build test
-cmake --preset release -D QUILLMERE_BUILD_TESTS=ON
+scripts/setup.sh build app test
+cmake --preset release -D QUILLMERE_BUILD_APP=ON -D QUILLMERE_BUILD_TESTS=ON
 cmake --build --preset release
 exec ctest --preset release --parallel "$(nproc)" "$@"

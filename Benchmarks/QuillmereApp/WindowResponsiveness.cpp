@@ -1,0 +1,203 @@
+// The longest time the window's thread was busy without looking at its events, in each part of a full run:
+// the real window offscreen, a corpus of 20,000 files, a training, a generation, an audition, and thousands
+// of results. Prints two figures per part: by the clock, which other programs on the machine lengthen, and in
+// processor time of the thread, which they do not.
+//
+//   WindowResponsiveness [FILES] [RESULTS]
+
+#include <QElapsedTimer>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QTimer>
+#include <QtQml/QQmlExtensionPlugin>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
+
+#include "QuillmereApp/Support/TestWorld.h"
+
+Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
+
+namespace quillmere {
+namespace {
+
+using testing::TestWorld;
+using testing::waitUntilIdle;
+
+double threadMilliseconds() {
+    timespec time{};
+    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1000 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+// Ticks every 5 ms; what lies between two ticks beyond that kept the thread from its events.
+class Watch {
+public:
+    Watch() {
+        timer_.setTimerType(Qt::PreciseTimer);
+        QObject::connect(&timer_, &QTimer::timeout, [this] { tick(); });
+        timer_.start(std::chrono::milliseconds(period));
+        restart();
+    }
+
+    void restart() {
+        clock_.start();
+        processor_ = threadMilliseconds();
+        longest_ = longestProcessor_ = 0;
+    }
+
+    void print(const char* part) {
+        tick();
+        std::printf("%-34s %8.1f ms  %8.1f ms\n", part, longest_, longestProcessor_);
+        std::fflush(stdout);
+        total_ = std::max(total_, longest_);
+        totalProcessor_ = std::max(totalProcessor_, longestProcessor_);
+        restart();
+    }
+    void printTotal() const { std::printf("%-34s %8.1f ms  %8.1f ms\n", "longest", total_, totalProcessor_); }
+
+private:
+    static constexpr int period = 5;
+
+    void tick() {
+        longest_ = std::max(longest_, static_cast<double>(clock_.nsecsElapsed()) / 1e6 - period);
+        longestProcessor_ = std::max(longestProcessor_, threadMilliseconds() - processor_);
+        clock_.start();
+        processor_ = threadMilliseconds();
+    }
+
+    QTimer timer_;
+    QElapsedTimer clock_;
+    double processor_ = 0;
+    double longest_ = 0, longestProcessor_ = 0, total_ = 0, totalProcessor_ = 0;
+};
+
+// Many names of one short file.
+QUrl makeLargeCorpus(const TestWorld& world, int files) {
+    const std::filesystem::path first = toPath(world.makeCorpus("large", 1)) / "hit0.wav";
+    for (int i = 1; i < files; ++i)
+        std::filesystem::create_hard_link(first, first.parent_path() / ("hit" + std::to_string(i) + ".wav"));
+    return world.url("large");
+}
+
+std::vector<GeneratedSample> makeResults(const TestWorld& world, int count) {
+    std::vector<GeneratedSample> samples;
+    for (int i = 0; i < count; ++i)
+        samples.push_back({toPath(world.path(QStringLiteral("large/hit%1.wav").arg(i))), 0.1});
+    return samples;
+}
+
+void require(bool condition, const AppModel& model) {
+    if (condition) return;
+    std::fprintf(stderr, "WindowResponsiveness: it did not work: %s\n", qPrintable(model.errorMessage()));
+    std::exit(EXIT_FAILURE);
+}
+
+void letPass(std::chrono::milliseconds time) {
+    QTest::qWait(static_cast<int>(time.count()));
+}
+
+QQuickItem* itemNamed(const QString& name, QQuickItem* root) {
+    if (root->objectName() == name) return root;
+    for (QQuickItem* child : root->childItems()) {
+        if (QQuickItem* found = itemNamed(name, child)) return found;
+    }
+    return nullptr;
+}
+
+void scrollThrough(QQuickWindow& window) {
+    QQuickItem* list = itemNamed(QStringLiteral("results"), window.contentItem());
+    if (list == nullptr) std::abort();
+    const double end = list->property("contentWidth").toDouble() - list->width();
+    for (int step = 0; step <= 100; ++step) {
+        list->setProperty("contentX", end * step / 100);
+        letPass(std::chrono::milliseconds(10));
+    }
+}
+
+void measure(int files, int results) {
+    using namespace std::chrono_literals;
+    TestWorld world;
+    world.steps = 300;
+    const QUrl large = makeLargeCorpus(world, files);
+    const QUrl small = world.makeCorpus("small", 16);
+
+    std::printf("%-34s %11s  %11s\n", "", "by clock", "processor");
+    Watch watch;
+    AppModel model(world.environment);
+    QQmlApplicationEngine engine;
+    engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)}});
+    engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
+    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
+    if (window == nullptr) std::abort();
+    letPass(500ms);
+    watch.restart();  // the start is measured elsewhere
+
+    model.setCorpus(large);
+    require(waitUntilIdle(model, 300000) && model.fileCount() == files, model);
+    letPass(100ms);
+    watch.print(qPrintable(QStringLiteral("opening %1 files").arg(files)));
+
+    model.setCorpus(small);
+    require(waitUntilIdle(model) && model.hasSummary(), model);
+    letPass(100ms);
+    watch.print("opening another corpus");
+
+    model.train();
+    require(waitUntilIdle(model, 600000) && model.hasModel(), model);
+    letPass(100ms);
+    watch.print("training");
+
+    model.setOutputText(world.path("out"));
+    model.setCount(100);
+    model.generate();
+    require(waitUntilIdle(model, 600000) && model.results()->count() == 100, model);
+    letPass(500ms);
+    watch.print("generating 100 variations");
+
+    model.audition();
+    require(waitUntilIdle(model, 60000) && model.errorMessage().isEmpty(), model);
+    letPass(500ms);
+    watch.print("an audition");
+
+    for (const Preset& preset : Preset::all()) {
+        model.apply(preset);
+        letPass(30ms);
+        model.randomise(1);
+        letPass(30ms);
+    }
+    watch.print("presets and randomising");
+
+    model.results()->setSamples(makeResults(world, results));
+    letPass(500ms);
+    watch.print(qPrintable(QStringLiteral("showing %1 results").arg(results)));
+    scrollThrough(*window);
+    watch.print("scrolling through them");
+    model.refresh();
+    letPass(1000ms);
+    watch.print("looking at their files again");
+
+    model.appearance()->setMode(model.appearance()->isDark() ? Appearance::Light : Appearance::Dark);
+    letPass(300ms);
+    watch.print("changing the appearance");
+    window->resize(700, 600);
+    letPass(300ms);
+    watch.print("stacking the window");
+    watch.printTotal();
+}
+
+}  // namespace
+}  // namespace quillmere
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    quillmere::measure(argc > 1 ? std::atoi(argv[1]) : 20000, argc > 2 ? std::atoi(argv[2]) : 5000);
+}
