@@ -10,8 +10,8 @@
 namespace quillmere::network::cpu {
 namespace {
 
-// Below this many channels a layer is worked through image by image: its tiles would not fit the cache
-// otherwise, and its weight gradient is small enough to exist once per image group.
+// Below this many channels a layer is worked through image by image: the tiles of the whole batch would not
+// fit the cache.
 constexpr int innerChannels = 96;
 
 // From this many channels on, the transformed tiles of all images are kept until the end of the step, when
