@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QGuiApplication>
+#include <QIcon>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -151,6 +152,7 @@ int run(int argc, char** argv) {
     if (!hasFonts())
         refuse(
             "No fonts are installed, so nothing could be read. Install one, for example fonts-dejavu-core.");
+    QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/quillmere.png")));
     chooseRenderer();
     QQuickStyle::setStyle(QStringLiteral("Basic"));
 
