@@ -16,5 +16,5 @@ if (($# == 0)); then
     folder=$(mktemp -d)
     trap 'rm -rf "$folder"' EXIT
     QT_SCALE_FACTOR=2 "$pictures" "$folder" results-1080p
-    mv "$folder/app-results-1080p.png" docs/pictures/app-results-4k.png
+    convert "$folder/app-results-1080p.png" -strip +dither -colors 255 PNG8:docs/pictures/app-results-4k.png
 fi
