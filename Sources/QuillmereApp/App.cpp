@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QGuiApplication>
@@ -86,10 +87,24 @@ bool hasGPU() {
     return isGPU;
 }
 
+// Whether the system knows any graphics processor. Asking OpenGL where there is none would load the
+// rasterizer with its compiler: 60 MiB, and a tenth of a second, for nothing.
+bool hasGraphicsDevice() {
+#ifdef __linux__
+    return !QDir(QStringLiteral("/dev/dri"))
+                .entryList({QStringLiteral("renderD*"), QStringLiteral("card*")}, QDir::System)
+                .isEmpty() ||
+           QFileInfo::exists(QStringLiteral("/dev/nvidia0"));
+#else
+    return true;
+#endif
+}
+
 void chooseRenderer() {
     const bool isChosen =
         qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
-    if (!isChosen && !hasGPU()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    if (!isChosen && !(hasGraphicsDevice() && hasGPU()))
+        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
 // SIGTERM, SIGINT and SIGHUP end the event loop as closing the window does. A handler may do little more than
