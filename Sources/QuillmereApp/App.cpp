@@ -73,8 +73,19 @@ bool isSoftwareRenderer(const QByteArray& name) {
     return name.contains("llvmpipe") || name.contains("softpipe") || name.contains("Software Rasterizer");
 }
 
+// The kernel's devices of graphics processors. Without one OpenGL would be a rasterizer, which takes a tenth
+// of a second and 50 MB to load.
+bool hasGraphicsDevice() {
+    const QStringList names{QStringLiteral("renderD*"), QStringLiteral("card*"), QStringLiteral("nvidia*")};
+    const auto holdsOne = [&](const char* folder) {
+        return !QDir(QString::fromLatin1(folder)).entryList(names, QDir::System).isEmpty();
+    };
+    return holdsOne("/dev/dri") || holdsOne("/dev");
+}
+
 // Whether OpenGL works and is done by a GPU; a rasterizer for OpenGL is slower than Qt's own.
 bool hasGPU() {
+    if (!hasGraphicsDevice()) return false;
     QOpenGLContext context;
     if (!context.create()) return false;
     QOffscreenSurface surface;
