@@ -31,7 +31,7 @@ public:
     void choose(const std::string& choice);
 
     // Called with a sentence for the user whenever the processor has to stand in for the chosen device, on
-    // the thread that notices. Replaces the previous one; may be empty.
+    // the thread that notices. Replaces the previous one; may be empty. It must not call a GPU in turn.
     void setNotice(Notice notice);
 
     // The device in use. The references stay valid until the process ends.

@@ -115,13 +115,6 @@ Context::Context(const DeviceDescription& description, std::optional<Validation>
     loadPipelines();
 }
 
-Context::~Context() {
-    pipelines_.clear();
-    layouts_.clear();
-    cache_ = {};
-    vkDestroyDevice(device_, nullptr);
-}
-
 void Context::open() {
     const std::optional<std::uint32_t> family = computeQueueFamily(physical_);
     if (!family) throw DeviceError(description_.name + " has no queue for computing.");
@@ -136,8 +129,8 @@ void Context::open() {
     info.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO;
     info.queueCreateInfoCount = 1;
     info.pQueueCreateInfos = &queue;
-    check(vkCreateDevice(physical_, &info, nullptr, &device_), "opening it");
-    vkGetDeviceQueue(device_, queueFamily_, 0, &queue_);
+    check(vkCreateDevice(physical_, &info, nullptr, &device_.object), "opening it");
+    vkGetDeviceQueue(device(), queueFamily_, 0, &queue_);
 
     std::uint32_t count = queueFamily_ + 1;
     std::vector<VkQueueFamilyProperties> families(count);
@@ -155,7 +148,7 @@ Buffer Context::makeBuffer(std::uint64_t count, Buffer::Place place) const {
                           megabytes(description_.limits.largestTensor) + ", and one of " + megabytes(bytes) +
                           " is needed.");
     }
-    return {device_, memory_, bytes, place};
+    return {device(), memory_, bytes, place};
 }
 
 void Context::loadPipelines() {
@@ -173,7 +166,7 @@ void Context::loadPipelines() {
     info.sType = VK_STRUCTURE_TYPE_PIPELINE_CACHE_CREATE_INFO;
     info.initialDataSize = data.size();
     info.pInitialData = data.data();
-    cache_ = make<PipelineCacheHandle>(device_, vkCreatePipelineCache, info, "creating the pipeline cache");
+    cache_ = make<PipelineCacheHandle>(device(), vkCreatePipelineCache, info, "creating the pipeline cache");
 }
 
 void Context::savePipelines() {
@@ -181,9 +174,9 @@ void Context::savePipelines() {
     if (!cacheIsNew_ || cacheFile_.empty()) return;
     cacheIsNew_ = false;
     std::size_t size = 0;
-    check(vkGetPipelineCacheData(device_, cache_.get(), &size, nullptr), "reading the pipeline cache");
+    check(vkGetPipelineCacheData(device(), cache_.get(), &size, nullptr), "reading the pipeline cache");
     std::vector<std::byte> data(size);
-    check(vkGetPipelineCacheData(device_, cache_.get(), &size, data.data()), "reading the pipeline cache");
+    check(vkGetPipelineCacheData(device(), cache_.get(), &size, data.data()), "reading the pipeline cache");
     std::error_code error;
     std::filesystem::create_directories(cacheFile_.parent_path(), error);
     if (error) return;  // as below
@@ -210,7 +203,7 @@ const Context::Layout& Context::layoutOf(Shader shader) {
     setInfo.pBindings = bindings.data();
     Layout layout;
     layout.set =
-        make<SetLayoutHandle>(device_, vkCreateDescriptorSetLayout, setInfo, "creating a descriptor layout");
+        make<SetLayoutHandle>(device(), vkCreateDescriptorSetLayout, setInfo, "creating a descriptor layout");
     const VkDescriptorSetLayout set = layout.set.get();
     const VkPushConstantRange push{VK_SHADER_STAGE_COMPUTE_BIT, 0, pushConstantBytes};
     VkPipelineLayoutCreateInfo info{};
@@ -220,7 +213,7 @@ const Context::Layout& Context::layoutOf(Shader shader) {
     info.pushConstantRangeCount = 1;
     info.pPushConstantRanges = &push;
     layout.pipeline =
-        make<PipelineLayoutHandle>(device_, vkCreatePipelineLayout, info, "creating a pipeline layout");
+        make<PipelineLayoutHandle>(device(), vkCreatePipelineLayout, info, "creating a pipeline layout");
     return layouts_.emplace(shader, std::move(layout)).first->second;
 }
 
@@ -236,7 +229,7 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
     moduleInfo.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
     moduleInfo.codeSize = code.size_bytes();
     moduleInfo.pCode = code.data();
-    const auto module = make<ShaderHandle>(device_, vkCreateShaderModule, moduleInfo, "loading a shader");
+    const auto module = make<ShaderHandle>(device(), vkCreateShaderModule, moduleInfo, "loading a shader");
 
     std::vector<VkSpecializationMapEntry> entries;
     for (std::uint32_t i = 0; i < constants.size(); ++i)
@@ -252,8 +245,9 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
     info.stage.pSpecializationInfo = &specialization;
     info.layout = layout.pipeline.get();
     VkPipeline created = VK_NULL_HANDLE;
-    check(vkCreateComputePipelines(device_, cache_.get(), 1, &info, nullptr, &created), "compiling a shader");
-    handle = PipelineHandle(device_, created);
+    check(vkCreateComputePipelines(device(), cache_.get(), 1, &info, nullptr, &created),
+          "compiling a shader");
+    handle = PipelineHandle(device(), created);
     cacheIsNew_ = true;
     return result();
 }
@@ -261,7 +255,7 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
 void Context::run(VkCommandBuffer commands) {
     VkFenceCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_FENCE_CREATE_INFO;
-    const auto fence = make<FenceHandle>(device_, vkCreateFence, info, "creating a fence");
+    const auto fence = make<FenceHandle>(device(), vkCreateFence, info, "creating a fence");
     VkSubmitInfo submit{};
     submit.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
     submit.commandBufferCount = 1;
@@ -271,7 +265,7 @@ void Context::run(VkCommandBuffer commands) {
         check(vkQueueSubmit(queue_, 1, &submit, fence.get()), "starting work");
     }
     const VkFence waited = fence.get();
-    check(vkWaitForFences(device_, 1, &waited, VK_TRUE, UINT64_MAX), "computing");
+    check(vkWaitForFences(device(), 1, &waited, VK_TRUE, UINT64_MAX), "computing");
 }
 
 }  // namespace quillmere::network::vulkan

@@ -59,13 +59,10 @@ public:
     // Throws DeviceError.
     explicit Context(const DeviceDescription& description, std::optional<Validation> validation = {},
                      std::optional<Tuning> tuning = {});
-    ~Context();
-    Context(const Context&) = delete;
-    Context& operator=(const Context&) = delete;
 
     [[nodiscard]] const DeviceDescription& description() const { return description_; }
     [[nodiscard]] const Tuning& tuning() const { return tuning_; }
-    [[nodiscard]] VkDevice device() const { return device_; }
+    [[nodiscard]] VkDevice device() const { return device_.object; }
     [[nodiscard]] std::uint32_t queueFamily() const { return queueFamily_; }
     // Nanoseconds of one unit of a timestamp; 0 if the queue has none.
     [[nodiscard]] double timestampPeriod() const { return timestampPeriod_; }
@@ -86,6 +83,15 @@ private:
         PipelineLayoutHandle pipeline;
     };
 
+    struct OwnedDevice {
+        VkDevice object = VK_NULL_HANDLE;
+
+        OwnedDevice() = default;
+        OwnedDevice(const OwnedDevice&) = delete;
+        OwnedDevice& operator=(const OwnedDevice&) = delete;
+        ~OwnedDevice() { vkDestroyDevice(object, nullptr); }
+    };
+
     void open();
     void loadPipelines();
     const Layout& layoutOf(Shader shader);
@@ -97,7 +103,7 @@ private:
     std::uint32_t queueFamily_ = 0;
     double timestampPeriod_ = 0;
     VkPhysicalDeviceMemoryProperties memory_{};
-    VkDevice device_ = VK_NULL_HANDLE;
+    OwnedDevice device_;  // outlives what is made with it, which comes after it
     VkQueue queue_ = VK_NULL_HANDLE;
 
     std::mutex queueMutex_;  // guards queue_

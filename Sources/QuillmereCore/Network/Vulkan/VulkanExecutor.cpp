@@ -52,11 +52,12 @@ VulkanExecutor::VulkanExecutor(std::shared_ptr<Context> context, const Plan& pla
     checkLayers(plan_.encoder, ConvLayer::Kind::down);
     checkLayers(plan_.decoder, ConvLayer::Kind::up);
     makeTensors();
-    if (!training()) return;
-    step_ = newSequence();
-    Operations operations(*context_, *step_, tensors_);
-    stateStep(operations);
-    step_->record();
+    if (training()) {
+        recordStep();
+    } else {
+        recordEncode();
+        recordDecode();
+    }
 }
 
 std::uint64_t VulkanExecutor::latents() const {
@@ -282,6 +283,37 @@ void VulkanExecutor::stateEncoderBackward(Operations& operations, Range gradient
     }
 }
 
+// ---- Recording
+
+void VulkanExecutor::recordStep() {
+    step_ = newSequence();
+    Operations operations(*context_, *step_, tensors_);
+    stateStep(operations);
+    step_->record();
+}
+
+void VulkanExecutor::recordEncode() {
+    encode_ = newSequence();
+    encode_->copy(part(upload_, 0, pixels()), x_);
+    Operations operations(*context_, *encode_, tensors_);
+    stateEncoder(operations);
+    encode_->copy(mean_, part(download_, 0, latents()));
+    encode_->copy(logVariance_, part(download_, latents(), latents()));
+    encode_->record();
+}
+
+void VulkanExecutor::recordDecode() {
+    decode_ = newSequence();
+    decode_->copy(part(upload_, pixels(), latents()), z_);
+    Operations operations(*context_, *decode_, tensors_);
+    stateDecoder(operations);
+    operations.outputImage(plan_.output, plan_.batch, decoder_.back().value,
+                           parameters_.each[plan_.output.weight], parameters_.each[plan_.output.bias],
+                           image_);
+    decode_->copy(image_, part(download_, 0, pixels()));
+    decode_->record();
+}
+
 // ---- Executor
 
 void VulkanExecutor::setWeights(std::span<const std::vector<float>> weights) {
@@ -338,42 +370,21 @@ StepResult VulkanExecutor::step(std::span<const float> x, std::span<const float>
 }
 
 void VulkanExecutor::encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) {
-    const Range meanOut = part(download_, 0, latents());
-    const Range logVarianceOut = part(download_, latents(), latents());
-    if (!encode_) {
-        encode_ = newSequence();
-        encode_->copy(part(upload_, 0, pixels()), x_);
-        Operations operations(*context_, *encode_, tensors_);
-        stateEncoder(operations);
-        encode_->copy(mean_, meanOut);
-        encode_->copy(logVariance_, logVarianceOut);
-        encode_->record();
-    }
+    if (!encode_) recordEncode();
     put(x, part(upload_, 0, pixels()));
     encode_->run();
-    get(meanOut, mean);
+    get(part(download_, 0, latents()), mean);
     if (logVariance.empty()) return;
-    get(logVarianceOut, logVariance);
+    get(part(download_, latents(), latents()), logVariance);
     for (float& value : logVariance)
         value = std::clamp(value, plan_.latent.logVarMin, plan_.latent.logVarMax);
 }
 
 void VulkanExecutor::decode(std::span<const float> z, std::span<float> images) {
-    const Range imagesOut = part(download_, 0, pixels());
-    if (!decode_) {
-        decode_ = newSequence();
-        decode_->copy(part(upload_, pixels(), latents()), z_);
-        Operations operations(*context_, *decode_, tensors_);
-        stateDecoder(operations);
-        operations.outputImage(plan_.output, plan_.batch, decoder_.back().value,
-                               parameters_.each[plan_.output.weight], parameters_.each[plan_.output.bias],
-                               image_);
-        decode_->copy(image_, imagesOut);
-        decode_->record();
-    }
+    if (!decode_) recordDecode();
     put(z, part(upload_, pixels(), latents()));
     decode_->run();
-    get(imagesOut, images);
+    get(part(download_, 0, pixels()), images);
 }
 
 }  // namespace quillmere::network::vulkan

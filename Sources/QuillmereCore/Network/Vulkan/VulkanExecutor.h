@@ -16,7 +16,8 @@ namespace quillmere::network::vulkan {
 // layout, each on a boundary of 64 floats in one array; gradients and moments likewise.
 //
 // A step is one sequence, recorded at construction: the images, the noise and two scalars go up, two scalars
-// come down, everything else stays on the device. encode and decode are recorded at their first call.
+// come down, everything else stays on the device. encode and decode are recorded at construction too, unless
+// the executor is for training, where few ask for them: then at their first call.
 class VulkanExecutor final : public Executor {
 public:
     // Throws DeviceError if the device cannot take the plan.
@@ -57,6 +58,10 @@ private:
     void makeActivations();
     void makeGradients();
     [[nodiscard]] std::unique_ptr<Sequence> newSequence() const;
+
+    void recordStep();
+    void recordEncode();
+    void recordDecode();
 
     // Each states its operations in order.
     void stateStep(Operations& operations);
