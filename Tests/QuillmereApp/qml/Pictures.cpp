@@ -188,7 +188,7 @@ private:
         waitUntilIdle();
     }
     void trained() {
-        model_->applyPreset(QStringLiteral("Explore"));
+        model_->applyPreset(QStringLiteral("Wild"));
         model_->parameters()->setValue(QStringLiteral("pitch"), -7);
         takeBoth(QStringLiteral("trained"));
         take(QStringLiteral("trained-small"), {640, 480});
