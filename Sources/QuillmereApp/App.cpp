@@ -76,11 +76,15 @@ bool isSoftwareRenderer(const QByteArray& name) {
 // The kernel's devices of graphics processors. Without one OpenGL would be a rasterizer, which takes a tenth
 // of a second and 50 MB to load.
 bool hasGraphicsDevice() {
+#ifdef __linux__
     const QStringList names{QStringLiteral("renderD*"), QStringLiteral("card*"), QStringLiteral("nvidia*")};
     const auto holdsOne = [&](const char* folder) {
         return !QDir(QString::fromLatin1(folder)).entryList(names, QDir::System).isEmpty();
     };
     return holdsOne("/dev/dri") || holdsOne("/dev");
+#else
+    return true;
+#endif
 }
 
 // Whether OpenGL works and is done by a GPU; a rasterizer for OpenGL is slower than Qt's own.
@@ -98,24 +102,10 @@ bool hasGPU() {
     return isGPU;
 }
 
-// Whether the system knows any graphics processor. Asking OpenGL where there is none would load the
-// rasterizer with its compiler: 60 MiB, and a tenth of a second, for nothing.
-bool hasGraphicsDevice() {
-#ifdef __linux__
-    return !QDir(QStringLiteral("/dev/dri"))
-                .entryList({QStringLiteral("renderD*"), QStringLiteral("card*")}, QDir::System)
-                .isEmpty() ||
-           QFileInfo::exists(QStringLiteral("/dev/nvidia0"));
-#else
-    return true;
-#endif
-}
-
 void chooseRenderer() {
     const bool isChosen =
         qEnvironmentVariableIsSet("QT_QUICK_BACKEND") || qEnvironmentVariableIsSet("QSG_RHI_BACKEND");
-    if (!isChosen && !(hasGraphicsDevice() && hasGPU()))
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    if (!isChosen && !hasGPU()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
 // SIGTERM, SIGINT and SIGHUP end the event loop as closing the window does. A handler may do little more than
