@@ -149,6 +149,26 @@ TEST(CPUBackend, ParametersAfterThreeStepsMeetTheReference) {
     }
 }
 
+// What one step leaves behind in the memory that the next one uses must not reach its gradients.
+TEST(CPUBackend, GradientsOfLaterStepsMeetTheReference) {
+    for (const int batch : {1, 2, 5}) {
+        SCOPED_TRACE("batch of " + std::to_string(batch));
+        const NetworkShape shape{64, 64, 6, batch};
+        const network::Plan plan = shape.plan();
+        const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::training);
+        const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::training);
+        cpu->setWeights(busyWeights(shape, 9));
+        for (std::uint64_t t = 0; t < 3; ++t) {
+            SCOPED_TRACE("step " + std::to_string(t + 1));
+            const StepInput input(shape, 60 + 2 * t);
+            reference->setWeights(cpu->weights());
+            reference->step(input.x, input.eps, 1e-4F, 0.01F);
+            cpu->step(input.x, input.eps, 1e-4F, 0.01F);
+            expectClose(plan, cpu->gradients(), reference->gradients(), 1e-5F);
+        }
+    }
+}
+
 TEST(CPUBackend, WeightsSurviveTheChangeOfLayout) {
     const NetworkShape shape{32, 96, 5, 1};
     const auto weights = busyWeights(shape, 9);
