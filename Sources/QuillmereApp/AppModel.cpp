@@ -388,7 +388,7 @@ void AppModel::train() {
     train([] {});
 }
 
-void AppModel::train(Returned returned) {
+void AppModel::train(const Returned& returned) {
     if (!summary_ || isTraining_) {
         returned();
         return;
@@ -595,7 +595,7 @@ void AppModel::reloadPresets() {
 
 QString AppModel::presetNameProblem(const QString& name) const {
     const QString trimmed = name.trimmed();
-    if (const QString problem = PresetFolder::problemWithName(trimmed); !problem.isEmpty()) return problem;
+    if (QString problem = PresetFolder::problemWithName(trimmed); !problem.isEmpty()) return problem;
     if (presets_.rowOf(trimmed) >= 0) return QStringLiteral("A preset of that name exists already.");
     return {};
 }
@@ -674,7 +674,7 @@ void AppModel::generate(Returned returned) {
         return;
     }
     if (isLoadingModel_) {
-        whenLoaded_.push_back([this, returned] { hasModel() ? generate(returned) : returned(); });
+        whenLoaded_.emplace_back([this, returned] { hasModel() ? generate(returned) : returned(); });
         return;
     }
     const auto folder = outputFolder();
@@ -684,7 +684,7 @@ void AppModel::generate(Returned returned) {
         return;
     }
     if (hasModel()) {
-        startGeneration(*folder, std::move(returned));
+        startGeneration(*folder, returned);
         return;
     }
     if (!summary_) {
@@ -697,7 +697,7 @@ void AppModel::generate(Returned returned) {
     });
 }
 
-void AppModel::startGeneration(const QUrl& folder, Returned returned) {
+void AppModel::startGeneration(const QUrl& folder, const Returned& returned) {
     setError({});
     stop();
     preferences_.setValue(outputKey, folder.toLocalFile());
@@ -765,7 +765,7 @@ void AppModel::cancelGeneration() {
 void AppModel::audition() {
     if (isBusy()) return;
     if (isLoadingModel_) {
-        whenLoaded_.push_back([this] {
+        whenLoaded_.emplace_back([this] {
             if (hasModel()) audition();
         });
         return;

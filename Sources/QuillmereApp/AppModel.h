@@ -404,13 +404,13 @@ private:
     void loadModel(const std::filesystem::path& folder);
     void setGenerator(std::shared_ptr<SampleGenerator> generator);
 
-    void train(Returned returned);
+    void train(const Returned& returned);
     [[nodiscard]] TrainingOptions trainingOptions() const;
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);
 
     [[nodiscard]] QString busyNotice() const;
-    void startGeneration(const QUrl& folder, Returned returned);
+    void startGeneration(const QUrl& folder, const Returned& returned);
     void generated(std::vector<GeneratedSample> samples, const QUrl& folder);
     void generationEnded(const Returned& returned);
     void auditionEnded();

@@ -235,7 +235,10 @@ public:
             .ended = [this](quint64 play) { post(play, [this] { onEnded(); }); },
             .failed = [this](quint64 play,
                              const QString& reason) { post(play, [=, this] { onFailed(reason); }); }});
-        thread_ = std::thread([playback = playback_] { playback->run(); });
+        thread_ = std::thread([playback = playback_] {
+            playback->run();
+            SDL_TLSCleanup();  // SDL's own threads alone free what it keeps for a thread
+        });
     }
 
     ~SoundCardPlayer() override {
