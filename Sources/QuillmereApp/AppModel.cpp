@@ -200,6 +200,10 @@ void AppModel::report(const TaskFailure& failure) {
     if (!failure.cancelled) setError(failure.message);
 }
 
+void AppModel::watched(Run run, std::int64_t done) const {
+    if (environment_.onProgress) environment_.onProgress(run, done);
+}
+
 void AppModel::dismissError() {
     setError({});
 }
@@ -271,7 +275,7 @@ void AppModel::scan() {
     emit scanProgressChanged();
     scanCancel_ = std::make_shared<CancelFlag>();
     assignRunning(isScanning_, true, &AppModel::isScanningChanged);
-    const auto progress = thinned([this, choice = corpusChoice_](std::size_t done, std::size_t total) {
+    const auto tell = thinned([this, choice = corpusChoice_](std::size_t done, std::size_t total) {
         QMetaObject::invokeMethod(
             this,
             [=, this] {
@@ -279,6 +283,10 @@ void AppModel::scan() {
             },
             Qt::QueuedConnection);
     });
+    const auto progress = [this, tell](std::size_t done, std::size_t total) {
+        tell(done, total);
+        watched(Run::scan, static_cast<std::int64_t>(done));
+    };
     runInBackground(
         tasks_,
         [folder = toPath(corpusURL_), root = environment_.modelsRoot, progress, cancel = scanCancel_] {
@@ -403,6 +411,7 @@ void AppModel::train(const Returned& returned) {
     const auto progress = [this](const TrainingProgress& record) {
         QMetaObject::invokeMethod(
             this, [this, record] { receive(record); }, Qt::QueuedConnection);
+        watched(Run::training, record.step);
     };
     runInBackground(
         tasks_,
@@ -723,6 +732,7 @@ void AppModel::startGeneration(const QUrl& folder, const Returned& returned) {
                 emit generationProgressChanged();
             },
             Qt::QueuedConnection);
+        watched(Run::generation, done);
     };
     runInBackground(
         tasks_,

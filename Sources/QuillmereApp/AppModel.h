@@ -391,6 +391,8 @@ private:
     void announceDerived();
     void setError(const QString& message);
     void report(const TaskFailure& failure);
+    // From any thread.
+    void watched(Run run, std::int64_t done) const;
 
     void restorePreferences();
     void rememberCorpus(const QString& path);

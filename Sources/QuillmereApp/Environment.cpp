@@ -38,6 +38,7 @@ Environment Environment::standard() {
         .homeFolder = QDir::homePath(),
         .followDesktop = true,
         .adjustTraining = {},
+        .onProgress = {},
         .freshSeed = systemRandom,
         .makePlayer = Player::forSoundCard,
         .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },

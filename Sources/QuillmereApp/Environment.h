@@ -13,6 +13,9 @@
 
 namespace quillmere {
 
+// What AppModel has going on in the background, piece by piece.
+enum class Run { scan, training, generation };
+
 // What AppModel reaches outside of itself, so that tests can put something else in its place.
 struct Environment {
     QString settingsFile;                   // INI file of the preferences
@@ -24,6 +27,9 @@ struct Environment {
 
     // The options of a training run before they are used; empty: as they are.
     std::function<TrainingOptions(TrainingOptions)> adjustTraining;
+    // Called in the background whenever a run tells how far it has come (files, steps, variations), before it
+    // goes on; empty: nobody watches. May be called from several threads.
+    std::function<void(Run run, std::int64_t done)> onProgress;
     std::function<std::uint64_t()> freshSeed;
     std::function<std::unique_ptr<Player>()> makePlayer;
     std::function<void(const QString&)> copyText;  // to the clipboard

@@ -5,6 +5,7 @@
 #include <QObject>
 #include <csignal>
 #include <memory>
+#include <optional>
 
 #include "QuillmereApp/Support/TestWorld.h"
 
@@ -51,6 +52,20 @@ QStringList fileNames(AppModel& model) {
 
 QByteArray bytesOfResult(AppModel& model, int row) {
     return TestWorld::read(model.results()->urlAt(row).toLocalFile());
+}
+
+// There are files in the folder, and each of them is a variation to its last sample.
+void verifyAllWhole(const QString& folder) {
+    const QFileInfoList files = QDir(folder).entryInfoList(QDir::Files | QDir::Hidden);
+    QVERIFY(!files.isEmpty());
+    for (const QFileInfo& file : files) {
+        QCOMPARE(file.suffix(), QStringLiteral("wav"));
+        const auto info = AudioIO::info(toPath(file.filePath()));
+        QVERIFY2(info, qPrintable(file.fileName()));
+        const auto samples = AudioIO::readMono(toPath(file.filePath())).samples.size();
+        QCOMPARE(static_cast<double>(samples), info->duration * info->sampleRate);
+        QCOMPARE(file.size(), static_cast<qint64>(44 + 3 * samples + samples % 2));
+    }
 }
 
 }  // namespace
@@ -393,23 +408,46 @@ private slots:
 
     void reportsAnOutputFolderThatVanishes() {
         TestWorld world;
-        AppModel model(world.environment);
-        prepareToGenerate(model, world, 2);
-        generateAndWait(model);
-        const QStringList before = fileNames(model);
-        model.setCount(200);
-        bool vanished = false;
-        connect(&model, &AppModel::generationProgressChanged, &model, [&] {
-            if (vanished || model.generationDone() == 0) return;
-            // Renamed, not emptied: files are being written into it.
-            vanished = QDir().rename(world.path("out"), world.path("moved"));
+        {
+            AppModel model(world.environment);
+            prepareTrained(model, world.makeCorpus("corpus"));
+        }
+        // Renamed, not emptied: files are being written into it.
+        world.inTheMidst(Run::generation, 3, [&] {
+            QDir().rename(world.path("out"), world.path("moved"));
             TestWorld::write(world.path("out"), "not a folder any more");
         });
+        AppModel model(world.environment);
+        QVERIFY(waitUntilIdle(model));
+        model.setOutputText(world.path("out"));
+        model.setCount(2);
         generateAndWait(model);
-        QVERIFY(vanished);
+        const QStringList before = fileNames(model);
+        QCOMPARE(before.size(), 2);
+        model.setCount(40);
+        generateAndWait(model);
         QVERIFY2(!model.errorMessage().isEmpty(), "writing into a folder that is gone must fail");
         QCOMPARE(fileNames(model), before);  // the previous results stay
         QTRY_VERIFY(!model.results()->existsAt(0));
+        verifyAllWhole(world.path("moved"));
+    }
+
+    void reportsADiskThatFillsUpMeanwhile() {
+        TestWorld world;
+        std::optional<FullDisk> full;
+        world.inTheMidst(Run::generation, 3, [&] { full.emplace(300); });
+        AppModel model(world.environment);
+        prepareToGenerate(model, world, 60);
+        generateAndWait(model);
+        QVERIFY(full);
+        full.reset();
+        QVERIFY2(!model.errorMessage().isEmpty(), "a full disk must be reported");
+        QCOMPARE(model.results()->count(), 0);
+        // What was written before is there in full, and nothing else.
+        verifyAllWhole(world.path("out"));
+        generateAndWait(model);
+        QCOMPARE(model.errorMessage(), QString());
+        QCOMPARE(model.results()->count(), 60);
     }
 
     void reportsAFullDisk() {
@@ -433,6 +471,20 @@ private slots:
         generateAndWait(model);
         QCOMPARE(model.errorMessage(), QString());
         QCOMPARE(model.results()->count(), 1);
+    }
+
+    void doesNotNeedTheCorpusOrTheStoredModelMeanwhile() {
+        TestWorld world;
+        world.inTheMidst(Run::generation, 1, [&] {
+            QDir(world.path("corpus")).removeRecursively();
+            QDir(toQString(world.environment.modelsRoot)).removeRecursively();
+        });
+        AppModel model(world.environment);
+        prepareToGenerate(model, world, 5);
+        generateAndWait(model);
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(model.errorMessage(), QString());
+        QCOMPARE(model.results()->count(), 5);
     }
 
     void cancellingKeepsThePreviousResults() {

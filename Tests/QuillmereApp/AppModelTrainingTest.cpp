@@ -209,17 +209,48 @@ private slots:
         QVERIFY(!model.isTraining());
     }
 
-    void survivesACorpusDeletedWhileItIsTrainedOn() {
+    void reportsACorpusDeletedWhenItsFilesAreAboutToBeRead() {
         TestWorld world;
-        world.steps = 30;
         const QUrl corpus = world.makeCorpus("corpus");
+        world.inTheMidst(Run::training, 0, [&] { QDir(world.path("corpus")).removeRecursively(); });
         AppModel model(world.environment);
         prepare(model, corpus);
         model.train();
-        QVERIFY(QTest::qWaitFor([&] { return model.lossHistory()->count() > 0; }, 30000));
-        QVERIFY(QDir(corpus.toLocalFile()).removeRecursively());
         QVERIFY(waitUntilIdle(model));
-        QVERIFY(model.hasModel());  // the clips were read before
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(model.errorMessage(), QStringLiteral("No usable audio files were found in that folder."));
+        QVERIFY(!model.hasModel());
+        QVERIFY(
+            !std::filesystem::exists(ModelStore::directory(*model.summary(), world.environment.modelsRoot)));
+    }
+
+    void survivesACorpusDeletedAtTheFirstStep() {
+        TestWorld world;
+        world.steps = 5;
+        const QUrl corpus = world.makeCorpus("corpus");
+        world.inTheMidst(Run::training, 1, [&] { QDir(world.path("corpus")).removeRecursively(); });
+        AppModel model(world.environment);
+        prepareTrained(model, corpus);  // the clips were read before
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(model.errorMessage(), QString());
+        QCOMPARE(model.modelClipCount(), 3);
+    }
+
+    void reportsAModelFolderThatVanishesMeanwhile() {
+        TestWorld world;
+        world.steps = 5;
+        const QString root = toQString(world.environment.modelsRoot);
+        world.inTheMidst(Run::training, 1, [&] {
+            QDir(root).removeRecursively();
+            TestWorld::write(root, "a file where the folder was");
+        });
+        AppModel model(world.environment);
+        prepare(model, world.makeCorpus("corpus"));
+        model.train();
+        QVERIFY(waitUntilIdle(model));
+        QVERIFY(!model.hasModel());
+        QVERIFY2(model.errorMessage().contains("Models"), qPrintable(model.errorMessage()));
+        QCOMPARE(TestWorld::read(root), QByteArray("a file where the folder was"));
     }
 
     void reportsAModelThatCannotBeStored() {

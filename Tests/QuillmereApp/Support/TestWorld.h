@@ -9,6 +9,7 @@
 #include <QTest>
 #include <QTimer>
 #include <QUrl>
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -121,6 +122,15 @@ public:
     }
     void writePreferences(const QByteArray& lines) const {
         write(environment.settingsFile, "[General]\n" + lines);
+    }
+
+    // Does something once in the midst of a run: when it tells that it has come that far, before it goes on.
+    // On the run's own thread. Models made later take part.
+    void inTheMidst(Run wanted, std::int64_t reached, std::function<void()> act) {
+        environment.onProgress = [=, act = std::move(act), done = std::make_shared<std::atomic<bool>>(false)](
+                                     Run run, std::int64_t now) {
+            if (run == wanted && now >= reached && !done->exchange(true)) act();
+        };
     }
 
     // Steps of a test training; more make it last.

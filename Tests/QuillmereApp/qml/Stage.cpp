@@ -10,6 +10,7 @@
 #include <QImage>
 #include <QMetaEnum>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QQuickWindow>
 #include <algorithm>
 #include <cmath>
@@ -90,11 +91,17 @@ Stage::Stage(QObject* parent) : QObject(parent) {
     restart();
 }
 
-Stage::~Stage() = default;
+Stage::~Stage() {
+    letScansGo();
+}
 
 void Stage::restart() {
+    letScansGo();
     model_.reset();
     world_ = std::make_unique<TestWorld>();
+    world_->environment.onProgress = [this](Run run, std::int64_t done) {
+        if (run == Run::scan && done > 0) scans_.pass();
+    };
     restartProgram();
 }
 
@@ -131,6 +138,14 @@ void Stage::setResults(int count) {
     model_->results()->setSamples(std::move(samples));
 }
 
+void Stage::holdScans() {
+    scans_.close();
+}
+
+void Stage::letScansGo() {
+    scans_.open();
+}
+
 void Stage::damageModels() {
     QDirIterator files(toQString(world_->environment.modelsRoot), {QStringLiteral("weights.bin")},
                        QDir::Files, QDirIterator::Subdirectories);
@@ -159,6 +174,20 @@ void Stage::drop(QQuickItem* item, const QList<QUrl>& files) const {
     data.setUrls(files);
     QDropEvent dropped(middleOf(*item), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QCoreApplication::sendEvent(item->window(), &dropped);
+}
+
+void Stage::flick(QQuickItem* item, QPointF from, QPointF to) const {
+    const auto send = [&](QEvent::Type type, QPointF place, Qt::MouseButton button, Qt::MouseButtons down) {
+        const QPointF inWindow = item->mapToScene(place);
+        QMouseEvent event(type, inWindow, inWindow, item->window()->mapToGlobal(inWindow), button, down,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(item->window(), &event);
+    };
+    constexpr int moves = 4;
+    send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
+    for (int i = 1; i <= moves; ++i)
+        send(QEvent::MouseMove, from + (to - from) * i / moves, Qt::NoButton, Qt::LeftButton);
+    send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
 }
 
 void Stage::setAccessibleValue(QQuickItem* item, double value) const {

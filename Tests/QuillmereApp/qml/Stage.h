@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QObject>
+#include <QPointF>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QString>
@@ -11,6 +12,7 @@
 #include <memory>
 
 #include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
 
 namespace quillmere::testing {
@@ -52,6 +54,9 @@ public:
     Q_INVOKABLE [[nodiscard]] QList<QUrl> shownFiles() const { return world_->shownFiles; }
     // Rows of results without a run.
     Q_INVOKABLE void setResults(int count);
+    // Scans stop half way until they are let go.
+    Q_INVOKABLE void holdScans();
+    Q_INVOKABLE void letScansGo();
     // Spoils every stored model.
     Q_INVOKABLE void damageModels();
 
@@ -61,6 +66,8 @@ public:
     Q_INVOKABLE void dragOver(QQuickItem* item, const QList<QUrl>& files) const;
     Q_INVOKABLE void dragLeave(QQuickItem* item) const;
     Q_INVOKABLE void drop(QQuickItem* item, const QList<QUrl>& files) const;
+    // The left button goes down at from, moves to to, and goes up, with nothing happening in between.
+    Q_INVOKABLE void flick(QQuickItem* item, QPointF from, QPointF to) const;
     // Assistive technology appears: controls that exist take notice.
     Q_INVOKABLE void switchAccessibilityOn();
     // As assistive technology does it.
@@ -103,6 +110,7 @@ signals:
     void modelChanged();
 
 private:
+    Gate scans_;
     std::unique_ptr<TestWorld> world_;
     std::unique_ptr<AppModel> model_;
 };
