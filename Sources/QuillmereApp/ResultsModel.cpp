@@ -14,13 +14,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
+bool isFile(const std::filesystem::path& path) {
+    std::error_code unknown;  // then it cannot be played either
+    return std::filesystem::is_regular_file(path, unknown);
+}
+
 std::vector<bool> existing(const std::vector<std::filesystem::path>& files, const CancelFlag& stale) {
     std::vector<bool> exist;
     exist.reserve(files.size());
     for (const auto& file : files) {
         if (stale.isCancelled()) break;
-        std::error_code unknown;  // then it cannot be played either
-        exist.push_back(std::filesystem::is_regular_file(file, unknown));
+        exist.push_back(isFile(file));
     }
     return exist;
 }
@@ -88,6 +92,17 @@ bool ResultsModel::existsAt(int row) const {
     return row >= 0 && row < count() && rows_[static_cast<std::size_t>(row)].exists;
 }
 
+bool ResultsModel::lookAt(int row) {
+    if (row < 0 || row >= count()) return false;
+    setExists(row, isFile(samples_[static_cast<std::size_t>(row)].url));
+    return existsAt(row);
+}
+
+void ResultsModel::setExists(int row, bool exists) {
+    if (std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
+        announce(row, ExistsRole);
+}
+
 void ResultsModel::refresh() {
     if (samples_.empty()) return;
     std::vector<std::filesystem::path> files;
@@ -97,11 +112,8 @@ void ResultsModel::refresh() {
     tasks_.run([files = std::move(files), stale = staleRows_] { return existing(files, *stale); },
                [this, stale = staleRows_](const std::vector<bool>& exist) {
                    if (stale->isCancelled()) return;
-                   for (int row = 0; row < count(); ++row) {
-                       const bool exists = exist[static_cast<std::size_t>(row)];
-                       if (std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
-                           announce(row, ExistsRole);
-                   }
+                   for (int row = 0; row < count(); ++row)
+                       setExists(row, exist[static_cast<std::size_t>(row)]);
                },
                [](const TaskFailure&) {}, nextPriority_++);
 }

@@ -58,6 +58,8 @@ public:
     Q_INVOKABLE [[nodiscard]] QUrl urlAt(int row) const;
     Q_INVOKABLE [[nodiscard]] int rowOf(const QUrl& url) const;  // -1 when there is none
     Q_INVOKABLE [[nodiscard]] bool existsAt(int row) const;
+    // existsAt as it is at this moment: looks at the one file at once.
+    Q_INVOKABLE bool lookAt(int row);
     // Looks at all files again in the background: call it when the window becomes active.
     Q_INVOKABLE void refresh();
 
@@ -79,6 +81,7 @@ private:
         QList<qreal> peaks;
     };
 
+    void setExists(int row, bool exists);
     void requestPeaks(int row);
     void watchFolders();
     void announce(int row, int role);

@@ -87,6 +87,17 @@ private slots:
         QVERIFY(!model.existsAt(-1) && !model.existsAt(3));
     }
 
+    void looksAtOneFileAtOnce() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        QVERIFY(QFile::remove(model.urlAt(1).toLocalFile()));
+        QVERIFY(!model.lookAt(1));
+        QVERIFY(!model.existsAt(1));
+        QVERIFY(model.lookAt(0));
+        QVERIFY(!model.lookAt(2) && !model.lookAt(-1));
+    }
+
     void noticesAFolderThatIsDeleted() {
         TestWorld world;
         ResultsModel model;

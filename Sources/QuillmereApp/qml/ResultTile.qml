@@ -64,7 +64,12 @@ Rectangle {
                 return;
             }
             tile.selectRequested();
+            if (!tile.app.results.lookAt(tile.index))
+                return;
             tile.grabToImage(picture => {
+                    // The button may be up by now: a drag without it would hang on the pointer.
+                    if (!drag.active)
+                        return;
                     tile.Drag.imageSource = picture.url;
                     tile.Drag.active = true;
                 });

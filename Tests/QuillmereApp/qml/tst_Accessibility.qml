@@ -35,7 +35,7 @@ WindowCase {
         scanned(3);
         model.generate();
         click("savePreset");
-        tryVerify(() => has("presetName"));
+        tryVerify(() => has("presetName"), limit);
         verifyAllNamed();
     }
     function test_inASmallWindow() {
@@ -71,7 +71,7 @@ WindowCase {
     function test_pressByAssistiveTechnology() {
         scanned(3);
         Stage.doAccessibleAction(item("train"), "Press");
-        tryVerify(() => model.hasModel, 10000);
+        tryVerify(() => model.hasModel, limit);
         idle();
     }
 }

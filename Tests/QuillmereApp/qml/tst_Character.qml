@@ -91,7 +91,7 @@ WindowCase {
         const right = field.x + field.width;
         mouseClick(item("reset-" + row.tag));
         compare(value(row.tag), before);
-        tryVerify(() => !has("reset-" + row.tag));
+        tryVerify(() => !has("reset-" + row.tag), limit);
         compare(field.x + field.width, right);
     }
     function test_typedWithAndWithoutUnit_data() {
@@ -265,40 +265,40 @@ WindowCase {
     function test_ownPresetIsSavedAppliedAndDeleted() {
         model.parameters.setValue("pitch", 7);
         click("savePreset");
-        tryVerify(() => has("presetName"));
-        tryVerify(() => focusName() === "presetName");
+        tryVerify(() => has("presetName"), limit);
+        tryVerify(() => focusName() === "presetName", limit);
         verify(!item("confirmPreset").enabled);
         for (const letter of "Glassy")
             keyClick(letter);
         keyClick(Qt.Key_Return);
-        tryVerify(() => has("preset-Glassy"));
-        tryVerify(() => !has("presetName"));
+        tryVerify(() => has("preset-Glassy"), limit);
+        tryVerify(() => !has("presetName"), limit);
         compare(model.presetName, "Glassy");
         click("preset-Balanced");
         compare(value("pitch"), 0);
         click("preset-Glassy");
         compare(value("pitch"), 7);
         mouseClick(item("delete-Glassy"));
-        tryVerify(() => !has("preset-Glassy"));
+        tryVerify(() => !has("preset-Glassy"), limit);
         compare(value("pitch"), 7);
     }
     function test_takenNameIsToldWhileTyping() {
         model.saveOwnPreset("Taken");
         click("savePreset");
-        tryVerify(() => focusName() === "presetName");
+        tryVerify(() => focusName() === "presetName", limit);
         for (const letter of "Taken")
             keyClick(letter);
         verify(!item("confirmPreset").enabled);
         verifySeen(model.presetNameProblem("Taken"));
         mouseClick(item("cancelPreset"));
-        tryVerify(() => !has("presetName"));
+        tryVerify(() => !has("presetName"), limit);
         compare(model.errorMessage, "");
     }
     function test_deleteKeyDeletesAnOwnPreset() {
         model.saveOwnPreset("Brief");
         focusOn("preset-Brief");
         keyClick(Qt.Key_Delete);
-        tryVerify(() => !has("preset-Brief"));
+        tryVerify(() => !has("preset-Brief"), limit);
         focusOn("preset-Wild");
         keyClick(Qt.Key_Delete);
         verify(has("preset-Wild"));

@@ -120,7 +120,7 @@ WindowCase {
     function failed() {
         scanned(3);
         model.generate();
-        tryVerify(() => has("errorBanner"));
+        tryVerify(() => has("errorBanner"), limit);
     }
     function rows(): var {
         return Object.keys(buttons).map(name => ({
@@ -137,12 +137,12 @@ WindowCase {
         outputChooser.clear();
         if (buttons[name].before)
             buttons[name].before();
-        tryVerify(() => item(name).enabled);
+        tryVerify(() => item(name).enabled, limit);
         focusOn(name);
         verify(!buttons[name].done());
     }
     function verifyDone(name) {
-        tryVerify(buttons[name].done, 20000);
+        tryVerify(buttons[name].done, limit);
         if (model.isBusy)
             idle();
     }
@@ -189,7 +189,7 @@ WindowCase {
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Return);
-        tryCompare(model.appearance, "mode", Appearance.Light);
+        tryCompare(model.appearance, "mode", Appearance.Light, limit);
         verifyNotSeen("As the Desktop");
         compare(Theme.dark, false);
         model.appearance.mode = Appearance.System;
@@ -198,7 +198,7 @@ WindowCase {
     function test_appearanceIsRemembered() {
         click("appearance");
         mouseClick(Stage.findText(window.contentItem, "Dark"));
-        tryCompare(model.appearance, "mode", Appearance.Dark);
+        tryCompare(model.appearance, "mode", Appearance.Dark, limit);
         restartProgram();
         compare(Stage.model.appearance.mode, Appearance.Dark);
         compare(Theme.dark, true);
@@ -215,24 +215,24 @@ WindowCase {
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Return);
-        tryCompare(model, "corpusName", "First");
+        tryCompare(model, "corpusName", "First", limit);
         idle();
     }
     function test_presetDialogByMouse() {
         model.parameters.setValue("pitch", 3);
         click("savePreset");
-        tryVerify(() => focusName() === "presetName");
+        tryVerify(() => focusName() === "presetName", limit);
         for (const letter of "Low")
             keyClick(letter);
         mouseClick(item("confirmPreset"));
-        tryVerify(() => has("preset-Low"));
+        tryVerify(() => has("preset-Low"), limit);
         verify(item("preset-Low").isCurrent);
     }
     function test_presetDialogIsLeftByCancel() {
         click("savePreset");
-        tryVerify(() => focusName() === "presetName");
+        tryVerify(() => focusName() === "presetName", limit);
         mouseClick(item("cancelPreset"));
-        tryVerify(() => !has("presetName"));
+        tryVerify(() => !has("presetName"), limit);
         compare(model.presets.count, 8);
     }
     function test_textMenu() {
@@ -241,15 +241,15 @@ WindowCase {
         mouseClick(field, 10, 10, Qt.RightButton);
         verifySeen("Select All");
         mouseClick(Stage.findText(window.contentItem, "Select All"));
-        tryCompare(field, "selectedText", "123");
+        tryCompare(field, "selectedText", "123", limit);
         mouseClick(field, 10, 10, Qt.RightButton);
         mouseClick(Stage.findText(window.contentItem, "Cut"));
-        tryCompare(field, "text", "");
+        tryCompare(field, "text", "", limit);
         compare(model.seedText, "");
         mouseClick(field, 10, 10, Qt.RightButton);
         verifySeen("Paste");
         mouseClick(Stage.findText(window.contentItem, "Paste"));
-        tryCompare(field, "text", "123");
+        tryCompare(field, "text", "123", limit);
         compare(model.seedText, "123");
     }
     function test_folderChooserAsksInTheGivenWords() {

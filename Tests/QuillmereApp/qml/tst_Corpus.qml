@@ -36,9 +36,11 @@ WindowCase {
         verify(item("chooseCorpus").enabled);
     }
     function test_scanCanBeCancelled() {
-        model.setCorpus(Stage.makeCorpus("Many", 300));
+        Stage.holdScans();
+        model.setCorpus(Stage.makeCorpus("Many", 30));
         verify(model.isScanning);
         mouseClick(item("cancelScan"));
+        Stage.letScansGo();
         idle();
         verify(!model.hasSummary);
         verify(!has("cancelScan"));
@@ -51,20 +53,20 @@ WindowCase {
         model.setCorpus(Stage.makeCorpus("Second"));
         idle();
         click("recentCorpora");
-        tryVerify(() => Stage.texts(window.contentItem).some(text => text.endsWith("First")));
+        tryVerify(() => Stage.texts(window.contentItem).some(text => text.endsWith("First")), limit);
         const entry = Stage.findText(window.contentItem, "/First");
         mouseClick(entry);
-        tryCompare(model, "corpusName", "First");
+        tryCompare(model, "corpusName", "First", limit);
         idle();
         click("recentCorpora");
         verifySeen("Forget These Folders");
         mouseClick(Stage.findText(window.contentItem, "Forget These Folders"));
-        tryVerify(() => !has("recentCorpora"));
+        tryVerify(() => !has("recentCorpora"), limit);
     }
     function test_droppedFolderBecomesTheCorpus() {
         const folder = Stage.makeCorpus("Dropped");
         Stage.drop(item("corpusCard"), [folder]);
-        tryCompare(model, "corpusURL", folder);
+        tryCompare(model, "corpusURL", folder, limit);
         idle();
         verifySeen("Dropped");
     }
@@ -72,10 +74,10 @@ WindowCase {
         const card = item("corpusCard");
         const folder = Stage.makeCorpus("Dragged");
         Stage.dragOver(card, [folder]);
-        tryVerify(() => card.targeted);
+        tryVerify(() => card.targeted, limit);
         verify(card.highlighted);
         Stage.dragLeave(card);
-        tryVerify(() => !card.targeted);
+        tryVerify(() => !card.targeted, limit);
         verify(!model.hasCorpus);
     }
     function test_filesAreNotWelcome() {

@@ -12,7 +12,7 @@ WindowCase {
         model.generate();
         verifySeen("Choose an output folder first.");
         mouseClick(item("dismissError"));
-        tryVerify(() => !has("errorBanner"));
+        tryVerify(() => !has("errorBanner"), limit);
         compare(model.errorMessage, "");
     }
     function test_copy() {
@@ -24,9 +24,9 @@ WindowCase {
     function test_escapeDismisses() {
         scanned(3);
         model.generate();
-        tryVerify(() => has("errorBanner"));
+        tryVerify(() => has("errorBanner"), limit);
         keyClick(Qt.Key_Escape);
-        tryVerify(() => !has("errorBanner"));
+        tryVerify(() => !has("errorBanner"), limit);
     }
     function test_messageCanBeSelected() {
         scanned(3);
@@ -53,7 +53,7 @@ WindowCase {
     function test_bannerIsAnnounced() {
         scanned(3);
         model.generate();
-        tryVerify(() => Stage.accessibleNames(window.contentItem).includes("AlertMessage Something went wrong"));
+        tryVerify(() => Stage.accessibleNames(window.contentItem).includes("AlertMessage Something went wrong"), limit);
         // The platform announces an alert with its description when it appears.
         compare(item("errorBanner").Accessible.description, "Choose an output folder first.");
     }

@@ -28,7 +28,7 @@ WindowCase {
         trained();
         mouseClick(item("audition"));
         idle();
-        tryVerify(() => model.isPlayingAudition);
+        tryVerify(() => model.isPlayingAudition, limit);
     }
     function test_auditionNeedsAModel() {
         scanned(3);
@@ -50,7 +50,7 @@ WindowCase {
         settle();
         const wide = item("generate").mapToItem(null, 0, 0);
         model.generate();
-        tryVerify(() => model.generationDone > 0, 30000);
+        tryVerify(() => model.generationDone > 0, limit);
         compare(item("generate").mapToItem(null, 0, 0), wide);
         model.cancel();
         idle();
@@ -61,7 +61,7 @@ WindowCase {
     function test_secondGenerationIsRefusedWithANotice() {
         startGenerating();
         model.generate();
-        tryVerify(() => item("newsOfRun").text.length > 0);
+        tryVerify(() => item("newsOfRun").text.length > 0, limit);
         compare(model.errorMessage, "");
         model.cancel();
         idle();
@@ -108,7 +108,7 @@ WindowCase {
     function test_appearance(row) {
         click("appearance");
         mouseClick(Stage.findText(window.contentItem, row.tag));
-        tryCompare(Theme, "dark", row.dark);
+        tryCompare(Theme, "dark", row.dark, limit);
         compare(window.color, Theme.window);
     }
 }

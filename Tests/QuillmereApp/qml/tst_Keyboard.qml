@@ -39,7 +39,7 @@ WindowCase {
         keyClick(Qt.Key_P, Qt.ControlModifier);
         verify(model.isAuditioning);
         idle();
-        tryVerify(() => model.isPlayingAudition);
+        tryVerify(() => model.isPlayingAudition, limit);
     }
     function test_escapeCancelsTraining() {
         startTraining();
@@ -71,11 +71,11 @@ WindowCase {
     function test_shortcutsRestBehindADialog() {
         model.parameters.setValue("pitch", 3);
         click("savePreset");
-        tryVerify(() => focusName() === "presetName");
+        tryVerify(() => focusName() === "presetName", limit);
         keyClick(Qt.Key_Z, Qt.ControlModifier);
         compare(model.parameters.get("pitch", "value"), 3);
         keyClick(Qt.Key_Escape);
-        tryVerify(() => !has("presetName"));
+        tryVerify(() => !has("presetName"), limit);
     }
 
     // Tab visits the controls in the order of the work, and comes back round.

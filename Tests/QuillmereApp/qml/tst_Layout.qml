@@ -33,7 +33,7 @@ WindowCase {
     }
     function test_training() {
         startTraining();
-        tryVerify(() => model.trainingTimeLeft.length > 0, 60000);
+        tryVerify(() => model.trainingTimeLeft.length > 0, limit);
         verifyAllSizes();
         model.cancelTraining();
         idle();
@@ -87,7 +87,7 @@ WindowCase {
         const places = Stage.places(window.contentItem);
         for (let i = 0; i < 3; ++i) {
             const step = model.trainingStep;
-            tryVerify(() => model.trainingStep > step, 30000);
+            tryVerify(() => model.trainingStep > step, limit);
             settle();
             compare(Stage.places(window.contentItem), places);
         }
@@ -101,7 +101,7 @@ WindowCase {
         const places = Stage.places(window.contentItem);
         for (let i = 0; i < 3; ++i) {
             const done = model.generationDone;
-            tryVerify(() => model.generationDone > done, 30000);
+            tryVerify(() => model.generationDone > done, limit);
             settle();
             compare(Stage.places(window.contentItem), places);
         }
@@ -113,7 +113,7 @@ WindowCase {
         const name = "outputPath";
         const place = item(name).mapToItem(null, 0, 0);
         model.generate();
-        tryVerify(() => has("errorBanner"));
+        tryVerify(() => has("errorBanner"), limit);
         settle();
         compare(item(name).mapToItem(null, 0, 0), place);
     }

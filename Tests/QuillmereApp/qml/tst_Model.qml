@@ -77,7 +77,7 @@ WindowCase {
     function test_chartGrowsWithTheTraining() {
         startTraining();
         const chart = item("lossChart");
-        tryVerify(() => model.lossHistory.count >= 2, 60000);
+        tryVerify(() => model.lossHistory.count >= 2, limit);
         compare(chart.points, model.lossHistory);
         compare(chart.steps, model.trainingTotalSteps);
         verify(/^Loss .+ at step \d+$/.test(chart.description));

@@ -20,7 +20,7 @@ WindowCase {
     function test_fieldFollowsTheModel() {
         type("outputPath", "x");
         model.setOutputFolder(Stage.makeFolder("chosen"));
-        tryCompare(item("outputPath"), "text", Stage.path("chosen"));
+        tryCompare(item("outputPath"), "text", Stage.path("chosen"), limit);
     }
     function test_chooserButton() {
         chooser.clear();
@@ -30,7 +30,7 @@ WindowCase {
     function test_droppedFolder() {
         const folder = Stage.makeFolder("dropped");
         Stage.drop(item("outputPath"), [folder]);
-        tryCompare(model, "outputText", Stage.path("dropped"));
+        tryCompare(model, "outputText", Stage.path("dropped"), limit);
         verify(!model.hasCorpus);
     }
     function test_fileInPlaceOfAFolder() {
@@ -93,6 +93,6 @@ WindowCase {
         const field = item("outputPath");
         mouseMove(field, 10, 10);
         mouseMove(field, 11, 10);
-        tryVerify(() => Stage.texts(window.contentItem).filter(text => text === path).length === 2);
+        tryVerify(() => Stage.texts(window.contentItem).filter(text => text === path).length === 2, limit);
     }
 }

@@ -19,19 +19,19 @@ WindowCase {
     function test_buttonPlaysAndStops() {
         generated(3);
         mouseClick(item("play-1"));
-        tryVerify(() => playing() === 1);
-        tryCompare(item("play-1"), "iconName", "stop.fill");
+        tryVerify(() => playing() === 1, limit);
+        tryCompare(item("play-1"), "iconName", "stop.fill", limit);
         mouseClick(item("play-1"));
-        tryVerify(() => playing() === -1);
-        tryCompare(item("play-1"), "iconName", "play.circle");
+        tryVerify(() => playing() === -1, limit);
+        tryCompare(item("play-1"), "iconName", "play.circle", limit);
         compare(item("results").currentIndex, 1);
     }
     function test_buttonTurnsBackAtTheEnd() {
         generated(1);
         mouseClick(item("play-0"));
-        tryCompare(item("play-0"), "iconName", "stop.fill");
+        tryCompare(item("play-0"), "iconName", "stop.fill", limit);
         Stage.finishPlaying();
-        tryCompare(item("play-0"), "iconName", "play.circle");
+        tryCompare(item("play-0"), "iconName", "play.circle", limit);
     }
     function test_keysMoveAndPlay() {
         generated(5);
@@ -40,15 +40,15 @@ WindowCase {
         keyClick(Qt.Key_Right);
         compare(item("results").currentIndex, 2);
         keyClick(Qt.Key_Space);
-        tryVerify(() => playing() === 2);
+        tryVerify(() => playing() === 2, limit);
         keyClick(Qt.Key_Space);
-        tryVerify(() => playing() === -1);
+        tryVerify(() => playing() === -1, limit);
         keyClick(Qt.Key_Left);
         compare(item("results").currentIndex, 1);
         keyClick(Qt.Key_End);
         compare(item("results").currentIndex, 4);
         keyClick(Qt.Key_Return);
-        tryVerify(() => playing() === 4);
+        tryVerify(() => playing() === 4, limit);
         keyClick(Qt.Key_Home);
         compare(item("results").currentIndex, 0);
     }
@@ -56,77 +56,119 @@ WindowCase {
         generated(2);
         focusOn("slider-pitch");
         keyClick(Qt.Key_Space);
-        tryVerify(() => playing() === 0);
+        tryVerify(() => playing() === 0, limit);
     }
     function test_doubleClickPlays() {
         generated(2);
         const tile = item("tile-1");
         mouseDoubleClickSequence(tile, tile.width / 2, tile.height - 12);
-        tryVerify(() => playing() === 1);
+        tryVerify(() => playing() === 1, limit);
     }
     function test_thumbnailsArrive() {
         generated(2);
-        tryVerify(() => item("tile-0").peaks.length > 0, 10000);
+        tryVerify(() => item("tile-0").peaks.length > 0, limit);
         verifySeen(item("tile-0").durationText);
         verify(/^\d+\.\d\d s$/.test(item("tile-0").durationText));
     }
     function test_showInFinder() {
         generated(1);
         mouseClick(item("showInFinder"));
-        tryVerify(() => Stage.pathOf(Stage.shownFolder()) === Stage.path("out"));
+        tryVerify(() => Stage.pathOf(Stage.shownFolder()) === Stage.path("out"), limit);
         compare(Stage.shownFiles(), [model.results.urlAt(0)]);
     }
     function test_deletedFileIsTold() {
         generated(2);
         Stage.removeFile(model.results.urlAt(0));
         model.refresh();
-        tryVerify(() => !item("tile-0").exists);
+        tryVerify(() => !item("tile-0").exists, limit);
         verifySeen("gone");
         verify(!item("play-0").enabled);
+    }
+    // A drag belongs to the platform until the button is up: it has an event loop of its own, in which no line
+    // of a test runs. So the button goes up by itself.
+    function drag(tile) {
+        begun.target = tile.Drag;
+        begun.clear();
+        letGo.tile = tile;
+        letGo.start();
+        mousePress(tile, 80, 20);
+        mouseMove(tile, 95, 22);
+        mouseMove(tile, 120, 30);
+    }
+    SignalSpy {
+        id: begun
+        signalName: "dragStarted"
+    }
+    Timer {
+        id: letGo
+        property Item tile
+        interval: 20
+        repeat: true
+        onTriggered: {
+            if (begun.count === 0)
+                return;
+            stop();
+            mouseRelease(tile, 120, 30);
+        }
     }
     function test_tileIsDraggedAsAFile() {
         generated(2);
         const tile = item("tile-1");
         compare(tile.Drag.mimeData["text/uri-list"], String(model.results.urlAt(1)) + "\r\n");
-        // The drag itself belongs to the platform; what starts it is here.
-        const spy = createTemporaryObject(dragSpy, null, {
-                "target": tile.Drag
-            });
-        mousePress(tile, 80, 20);
-        mouseMove(tile, 95, 22);
-        mouseMove(tile, 120, 30);
-        tryVerify(() => tile.dragging);
-        mouseRelease(tile, 120, 30);
-        tryVerify(() => !tile.dragging);
+        drag(tile);
+        tryCompare(begun, "count", 1, limit);
+        tryVerify(() => !tile.dragging && !tile.Drag.active, limit);
         compare(item("results").currentIndex, 1);
-        spy.clear();
     }
-    readonly property Component dragSpy: Component {
-        SignalSpy {
-            signalName: "activeChanged"
-        }
+    // The drag begins when the picture of the tile is there; by then the button may be up.
+    function test_quickReleaseStartsNoDrag() {
+        generated(2);
+        const tile = item("tile-1");
+        begun.target = tile.Drag;
+        begun.clear();
+        letGo.tile = tile;
+        letGo.start();
+        Stage.flick(tile, Qt.point(80, 20), Qt.point(120, 30));
+        verify(!tile.dragging);
+        settle();
+        settle();
+        letGo.stop();
+        compare(begun.count, 0);
+        verify(!tile.Drag.active);
+    }
+    function test_deletedFileIsNotDragged() {
+        generated(2);
+        const tile = item("tile-1");
+        Stage.removeFile(model.results.urlAt(1));
+        drag(tile);
+        tryVerify(() => !tile.exists, limit);
+        settle();
+        letGo.stop();
+        mouseRelease(tile, 120, 30);
+        compare(begun.count, 0);
+        verify(!tile.Drag.active);
+        verifySeen("gone");
     }
     function test_thousandsOfResults() {
-        const before = Date.now();
         Stage.setResults(20000);
         settle();
-        verify(Date.now() - before < 3000);
         compare(item("results").count, 20000);
+        // What makes it fast: only the tiles in view exist.
         verify(Stage.countItems(window.contentItem, "tile-") < 40);
         focusOn("results");
         keyClick(Qt.Key_End);
-        tryVerify(() => has("tile-19999"), 3000);
+        tryVerify(() => has("tile-19999"), limit);
         keyClick(Qt.Key_Home);
-        tryVerify(() => has("tile-0"), 3000);
+        tryVerify(() => has("tile-0"), limit);
     }
     function test_wheelScrollsSideways() {
         Stage.setResults(100);
         settle();
         const list = item("results");
         mouseWheel(list, 50, 20, 0, -240);
-        tryVerify(() => list.contentX > 0);
+        tryVerify(() => list.contentX > 0, limit);
         mouseWheel(list, 50, 20, 0, 2400);
-        tryVerify(() => list.contentX === list.originX);
+        tryVerify(() => list.contentX === list.originX, limit);
     }
     function test_newResultsKeepAChoice() {
         generated(5);

@@ -174,11 +174,13 @@ WindowCase {
     }
 
     function test_scanning() {
-        model.setCorpus(Stage.makeCorpus("Many", 3000));
+        Stage.holdScans();
+        model.setCorpus(Stage.makeCorpus("Many", 30));
         verify(sees("Scanning"));
         verify(sees("Cancel"));
-        tryVerify(() => seesMatch(/^\d+ of 3000$/));
+        tryVerify(() => seesMatch(/^[01] of 30$/), limit);
         model.cancel();
+        Stage.letScansGo();
         idle();
         verifyNotSeen("Scanning");
     }
@@ -205,11 +207,11 @@ WindowCase {
     function test_training() {
         startTraining();
         verifySeen(model.trainingMessage);
-        tryVerify(() => Stage.texts(window.contentItem).some(text => text.startsWith("Step ")));
+        tryVerify(() => Stage.texts(window.contentItem).some(text => text.startsWith("Step ")), limit);
         verifySeen("Step");
         verifySeen("Loss");
         verifySeen("Cancel");
-        tryVerify(() => Stage.texts(window.contentItem).some(text => /^about .* left$/.test(text)), 20000);
+        tryVerify(() => Stage.texts(window.contentItem).some(text => /^about .* left$/.test(text)), limit);
         verifyNotSeen("Train Model");
         model.cancelTraining();
         idle();
@@ -238,8 +240,8 @@ WindowCase {
     }
     function test_generating() {
         startGenerating();
-        tryVerify(() => seesMatch(/^\d+ of 9999$/));
-        tryVerify(() => seesMatch(/^about .* left$/), 20000);
+        tryVerify(() => seesMatch(/^\d+ of 9999$/), limit);
+        tryVerify(() => seesMatch(/^about .* left$/), limit);
         verifySeen("Cancel");
         model.cancel();
         idle();
@@ -248,9 +250,9 @@ WindowCase {
         generated(2);
         verifySeen("Show in Finder");
         verify(seesIcon("play.circle"));
-        tryVerify(() => Stage.texts(window.contentItem).some(text => /^\d+\.\d+ s$/.test(text)));
+        tryVerify(() => Stage.texts(window.contentItem).some(text => /^\d+\.\d+ s$/.test(text)), limit);
         model.togglePlay(model.results.urlAt(0));
-        tryVerify(() => seesIcon("stop.fill"));
+        tryVerify(() => seesIcon("stop.fill"), limit);
     }
     function test_error() {
         scanned(3);
