@@ -497,6 +497,7 @@ void AppModel::lookAtOutput() {
 void AppModel::refresh() {
     lookAtOutput();
     results_.refresh();
+    reloadPresets();
 }
 
 void AppModel::setCount(int count) {
@@ -628,7 +629,10 @@ void AppModel::saveOwnPreset(const QString& name) {
             changeCharacter({aesthetics(), trimmed});
             emit presetSaved(trimmed);
         },
-        [this](const TaskFailure& failure) { report(failure); });
+        [this](const TaskFailure& failure) {
+            report(failure);
+            reloadPresets();  // another program may have saved one of that name
+        });
 }
 
 void AppModel::deleteOwnPreset(const QString& name) {

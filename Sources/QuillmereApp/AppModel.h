@@ -181,8 +181,8 @@ public:
     // Asks the window for a folder chooser (outputChooserRequested), which answers with setOutputFolder.
     Q_INVOKABLE void chooseOutput();
     Q_INVOKABLE void setOutputFolder(const QUrl& folder);
-    // Looks again whether the output folder and the results are there: call it when the window becomes
-    // active.
+    // Looks again for the output folder, the results and the own presets, which other programs may have
+    // changed: call it when the window becomes active.
     Q_INVOKABLE void refresh();
     // Opens the platform's file manager at the folder of the last results, with these selected; before the
     // first results at the output folder.

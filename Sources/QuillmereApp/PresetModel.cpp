@@ -16,6 +16,7 @@ int builtInCount() {
 }  // namespace
 
 void PresetModel::setOwn(QList<OwnPreset> own) {
+    if (own == own_) return;  // views keep what they show, and the keyboard its place
     beginResetModel();
     own_ = std::move(own);
     endResetModel();

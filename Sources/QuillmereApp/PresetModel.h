@@ -15,6 +15,8 @@ struct OwnPreset {
     QString name;
     std::optional<Aesthetics> aesthetics;  // absent when the file cannot be used
     QString problem;                       // why, for the user
+
+    bool operator==(const OwnPreset&) const = default;
 };
 
 // The eight built-in presets, then the user's own by name. Roles:

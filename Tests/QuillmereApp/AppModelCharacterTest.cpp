@@ -180,6 +180,61 @@ private slots:
         QTRY_COMPARE(model.errorMessage(), QStringLiteral("A preset of that name exists already."));
         QCOMPARE(TestWorld::read(world.path("config/Quillmere/presets/Newer.json")), before);
         QCOMPARE(saved.count(), 1);
+        QTRY_VERIFY(presetNames(model).contains("Newer"));  // now it can be seen why
+    }
+
+    void twoInstancesShareTheOwnPresets() {
+        TestWorld world;
+        AppModel one(world.environment);
+        AppModel other(world.environment);
+        QSignalSpy saved(&one, &AppModel::presetSaved);
+        one.parameters()->setValue("pitch", 5);
+        one.saveOwnPreset("Low");
+        QTRY_COMPARE(saved.count(), 1);
+        other.refresh();  // its window becomes active
+        QTRY_VERIFY(presetNames(other).contains("Low"));
+        other.applyPreset("Low");
+        QCOMPARE(other.aesthetics().pitch, 5.0);
+
+        one.deleteOwnPreset("Low");
+        QTRY_COMPARE(one.presets()->count(), 8);
+        other.parameters()->setValue("pitch", 7);
+        other.deleteOwnPreset("Low");  // gone already
+        QTRY_COMPARE(other.presets()->count(), 8);
+        QCOMPARE(other.errorMessage(), QString());
+        QCOMPARE(other.aesthetics().pitch, 7.0);
+    }
+
+    void twoInstancesSavingOneNameKeepTheFirst() {
+        TestWorld world;
+        AppModel one(world.environment);
+        AppModel other(world.environment);
+        QSignalSpy saved(&one, &AppModel::presetSaved);
+        QSignalSpy savedByOther(&other, &AppModel::presetSaved);
+        one.parameters()->setValue("pitch", 5);
+        other.parameters()->setValue("pitch", -5);
+        one.saveOwnPreset("Same");
+        other.saveOwnPreset("Same");
+        QTRY_COMPARE(saved.count() + savedByOther.count(), 1);
+        AppModel& late = saved.count() == 1 ? other : one;
+        QTRY_COMPARE(late.errorMessage(), QStringLiteral("A preset of that name exists already."));
+        QTRY_COMPARE(late.presets()->count(), 9);
+        const double kept = saved.count() == 1 ? 5.0 : -5.0;
+        const QByteArray json = TestWorld::read(world.path("config/Quillmere/presets/Same.json"));
+        QCOMPARE(decodeAesthetics(json.toStdString()).pitch, kept);
+    }
+
+    void lookingAgainLeavesUnchangedPresetsAlone() {
+        TestWorld world;
+        AppModel model(world.environment);
+        QSignalSpy saved(&model, &AppModel::presetSaved);
+        model.saveOwnPreset("Mine");
+        QTRY_COMPARE(saved.count(), 1);
+        QSignalSpy resets(model.presets(), &PresetModel::modelReset);
+        model.refresh();
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
+        QCOMPARE(resets.count(), 0);
     }
 
     void refusesUnusableNames_data() {

@@ -323,15 +323,39 @@ private slots:
         QVERIFY(run.picture().isNull());
     }
 
+    void closingWhileGeneratingEndsCleanly() {
+        Run run({{"QUILLMERE_SNAPSHOT", snapshot}, {"QUILLMERE_AUTORUN", "generate"}});
+        prepareTrainedSetup(run, 100000);
+        run.start();
+        const auto files = [&] {
+            return QDir(run.world.path("out")).entryInfoList(QDir::Files | QDir::Hidden);
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(files().size() > 2, 60000);
+        QVERIFY(run.isRunning());
+        ::kill(static_cast<pid_t>(run.process.processId()), SIGTERM);
+        QVERIFY(run.ends(10000));
+        QCOMPARE(run.process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(run.process.exitCode(), 0);
+        // What was written is there in full, and nothing else.
+        QVERIFY(files().size() < 100000);
+        for (const QFileInfo& file : files()) {
+            QCOMPARE(file.suffix(), QStringLiteral("wav"));
+            const auto samples = AudioIO::readMono(toPath(file.filePath())).samples.size();
+            QCOMPARE(file.size(), static_cast<qint64>(44 + 3 * samples + samples % 2));
+        }
+        QVERIFY(run.picture().isNull());
+    }
+
 private:
     // Preferences with a corpus, an output folder and a count.
-    static void prepareUntrained(const Run& run) {
+    static void prepareUntrained(const Run& run, int count = 2) {
         run.world.makeCorpus("corpus");
         run.world.writePreferences("appearance=2\ncorpusPath=" + run.world.path("corpus").toUtf8() +
-                                   "\noutputPath=" + run.world.path("out").toUtf8() + "\ncount=2\n");
+                                   "\noutputPath=" + run.world.path("out").toUtf8() +
+                                   "\ncount=" + QByteArray::number(count) + "\n");
     }
-    static void prepareTrainedSetup(const Run& run) {
-        prepareUntrained(run);
+    static void prepareTrainedSetup(const Run& run, int count = 2) {
+        prepareUntrained(run, count);
         AppModel model(run.world.environment);
         QVERIFY(waitUntilIdle(model));
         model.train();

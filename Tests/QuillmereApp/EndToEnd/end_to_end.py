@@ -39,6 +39,13 @@ def samples_of(wav):
         return [sample / 32768 for sample in array.array("h", file.readframes(file.getnframes()))]
 
 
+def is_whole(wav):
+    """Whether all that its header promises is there, and nothing else."""
+    with wave.open(wav, "rb") as file:
+        size = file.getnframes() * file.getsampwidth()
+        return file.getnframes() > 0 and os.path.getsize(wav) == 44 + size + size % 2
+
+
 def check(condition, what):
     if not condition:
         raise TestFailure(what)
@@ -184,9 +191,24 @@ class Story:
         self.screen.wait(f"{COUNT} variations written.")
         check(len(os.listdir(self.output)) == 2 * COUNT, "nothing was overwritten")
 
+    def close_while_generating(self):
+        """What is written by then is whole, and nothing half-written is left."""
+        before = len(os.listdir(self.output))
+        self.screen.wait("Variations", "spin button").click()
+        press("ctrl+a")
+        write("9999")
+        press("Tab")
+        self.button("Generate 9999 Variations").click()
+        wait_for("the first of many variations", lambda: len(os.listdir(self.output)) > before + 2)
+        self.close()
+        files = os.listdir(self.output)
+        check(len(files) < 9999, "the rest is not waited for")
+        for name in files:
+            check(name.startswith("kicks_var_") and name.endswith(".wav"), f"left behind: {name}")
+            check(is_whole(os.path.join(self.output, name)), f"not whole: {name}")
+
     def close_while_training(self):
         """With another corpus, named on the command line."""
-        self.close()
         self.start("drums")
         self.screen.wait("5 samples")
         press("ctrl+t")
@@ -201,7 +223,7 @@ class Story:
         self.start()
         for chapter in (self.choose_a_corpus, self.train_cancel_and_train_again, self.generate, self.play,
                         self.audition, self.drag_a_slider_and_undo, self.restart_and_find_everything,
-                        self.close_while_training):
+                        self.close_while_generating, self.close_while_training):
             begin = time.monotonic()
             if chapter == self.close_while_training:
                 os.rename(self.desktop.path("drums-elsewhere"), self.desktop.path("work", "drums"))
