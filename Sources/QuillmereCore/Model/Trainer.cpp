@@ -251,9 +251,10 @@ TrainingProgress finishingProgress(std::int64_t T, float loss) {
 TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<float>> images,
                         const TrainingOptions& options, const ProgressCallback& progress,
                         const CancelTest& isCancelled,
-                        const std::function<void(const network::StepResult&)>& onStep) {
+                        const std::function<void(const network::StepResult&)>& onStep,
+                        network::Backend& backend) {
     VAETrainingGraph graph(config, static_cast<int>(options.batchSize),
-                           VAEArchitecture::initialWeights(config, options.seed));
+                           VAEArchitecture::initialWeights(config, options.seed), backend);
     BatchSource source(config, images, options.batchSize, options.seed);
     const auto batch = static_cast<std::size_t>(options.batchSize);
     std::vector<float> x(batch * images.front().size());
@@ -449,21 +450,24 @@ std::string analysingMessage(AnalysisProfile profile, double clipSeconds) {
 TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
                              const TrainingOptions& options, const ProgressCallback& progress,
                              const CancelTest& isCancelled,
-                             const std::function<void(const network::StepResult&)>& onStep) {
+                             const std::function<void(const network::StepResult&)>& onStep,
+                             network::Backend& backend) {
     require(options.steps >= 1, "training needs at least one step");
     require(!images.empty(), "training needs at least one image");
-    TrainedNetwork trained = optimise(config, images, options, progress, isCancelled, onStep);
-    VAEInference inference(config, trained.weights);
+    TrainedNetwork trained = optimise(config, images, options, progress, isCancelled, onStep, backend);
+    VAEInference inference(config, trained.weights, backend);
     trained.latents = inference.encode(images);
     trained.finalReconstructionError = reconstructionError(inference, trained.latents, images);
     return trained;
 }
 
 ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
-                  const ProgressCallback& progress, const CancelTest& isCancelled) {
+                  const ProgressCallback& progress, const CancelTest& isCancelled,
+                  network::Backend& backend) {
     if (corpus.files.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
     PreparedCorpus prepared = prepareCorpus(corpus, options, progress, isCancelled);
-    TrainedNetwork trained = trainOnImages(prepared.config, prepared.images, options, progress, isCancelled);
+    TrainedNetwork trained =
+        trainOnImages(prepared.config, prepared.images, options, progress, isCancelled, {}, backend);
     ModelMetadata metadata = describe(corpus, options, trained, prepared);
     return {.config = prepared.config,
             .metadata = std::move(metadata),

@@ -68,7 +68,8 @@ using CancelTest = std::function<bool()>;
 // (problemWith). steps and batchSize below 1 and a clip length that is not finite stop the program.
 // The same corpus, options and backend give the same bundle, trainedAt apart, for any number of threads.
 [[nodiscard]] ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
-                                const ProgressCallback& progress, const CancelTest& isCancelled);
+                                const ProgressCallback& progress, const CancelTest& isCancelled,
+                                network::Backend& backend = GPU::shared().graphDevice());
 
 // ---- The pieces of a run, for tests.
 
@@ -159,10 +160,12 @@ struct TrainedNetwork {
 };
 // images: each [nMels][frames], at least one. The callbacks as in train, on the calling thread only; onStep
 // (may be empty too) sees the raw scalars of each step.
-[[nodiscard]] TrainedNetwork trainOnImages(
-    const ModelConfig& config, std::span<const std::vector<float>> images, const TrainingOptions& options,
-    const ProgressCallback& progress, const CancelTest& isCancelled,
-    const std::function<void(const network::StepResult&)>& onStep = {});
+[[nodiscard]] TrainedNetwork trainOnImages(const ModelConfig& config,
+                                           std::span<const std::vector<float>> images,
+                                           const TrainingOptions& options, const ProgressCallback& progress,
+                                           const CancelTest& isCancelled,
+                                           const std::function<void(const network::StepResult&)>& onStep = {},
+                                           network::Backend& backend = GPU::shared().graphDevice());
 
 }  // namespace ModelTrainer
 }  // namespace quillmere
