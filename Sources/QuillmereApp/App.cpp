@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <QDir>
 #include <QFileInfo>
 #include <QFontDatabase>
 #include <QGuiApplication>
@@ -30,6 +29,7 @@
 
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/DebugHooks.h"
+#include "QuillmereApp/GraphicsDevice.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
@@ -73,22 +73,9 @@ bool isSoftwareRenderer(const QByteArray& name) {
     return name.contains("llvmpipe") || name.contains("softpipe") || name.contains("Software Rasterizer");
 }
 
-// The kernel's devices of graphics processors. Without one OpenGL would be a rasterizer, which takes a tenth
-// of a second and 50 MB to load.
-bool hasGraphicsDevice() {
-#ifdef __linux__
-    const QStringList names{QStringLiteral("renderD*"), QStringLiteral("card*"), QStringLiteral("nvidia*")};
-    const auto holdsOne = [&](const char* folder) {
-        return !QDir(QString::fromLatin1(folder)).entryList(names, QDir::System).isEmpty();
-    };
-    return holdsOne("/dev/dri") || holdsOne("/dev");
-#else
-    return true;
-#endif
-}
-
 // Whether OpenGL works and is done by a GPU; a rasterizer for OpenGL is slower than Qt's own.
 bool hasGPU() {
+    // OpenGL would be a rasterizer, which takes a tenth of a second and 50 MB to load.
     if (!hasGraphicsDevice()) return false;
     QOpenGLContext context;
     if (!context.create()) return false;

@@ -72,11 +72,11 @@ private:
     QLockFile file_;
 };
 
-std::shared_ptr<SampleGenerator> loadGenerator(const std::filesystem::path& folder) {
+std::shared_ptr<SampleGenerator> loadGenerator(const std::filesystem::path& folder, ChosenDevice& device) {
     const ModelLock lock(folder);
     ModelBundle bundle = ModelStore::load(folder);
     ModelStore::validate(bundle, folder);
-    return std::make_shared<SampleGenerator>(std::move(bundle));
+    return device.makeGenerator(std::move(bundle));
 }
 
 bool isUsable(const std::filesystem::path& modelFolder) {
@@ -146,9 +146,11 @@ AppModel::AppModel(Environment environment, QObject* parent)
       environment_(std::move(environment)),
       preferences_(environment_.settingsFile, this),
       appearance_(preferences_, environment_.followDesktop),
+      devices_(environment_, preferences_),
       parameters_([this](const Aesthetics& aesthetics) { editParameters(aesthetics); }),
       player_(environment_.makePlayer()),
       tasks_(this) {
+    connect(&devices_, &ComputeDevices::notice, this, &AppModel::notice);
     connect(player_.get(), &Player::started, this, &AppModel::playbackStarted);
     connect(player_.get(), &Player::failed, this, &AppModel::playbackFailed);
     connect(player_.get(), &Player::ended, this, &AppModel::clearIfPlayed);
@@ -183,13 +185,14 @@ void AppModel::assignRunning(bool& field, bool value, void (AppModel::*changed)(
 }
 
 void AppModel::announceDerived() {
-    const Derived before =
-        std::exchange(derived_, {isBusy(), canTrain(), canGenerate(), canAudition(), trainHint()});
+    const Derived before = std::exchange(
+        derived_, {isBusy(), canTrain(), canGenerate(), canAudition(), canChooseDevice(), trainHint()});
     if (before.isBusy != derived_.isBusy) emit isBusyChanged();
     if (before.canTrain != derived_.canTrain || before.trainHint != derived_.trainHint)
         emit canTrainChanged();
     if (before.canGenerate != derived_.canGenerate || before.canAudition != derived_.canAudition)
         emit canGenerateChanged();
+    if (before.canChooseDevice != derived_.canChooseDevice) emit canChooseDeviceChanged();
 }
 
 void AppModel::setError(const QString& message) {
@@ -197,6 +200,7 @@ void AppModel::setError(const QString& message) {
 }
 
 void AppModel::report(const TaskFailure& failure) {
+    if (failure.ofDevice) devices_.failed(failure.message);
     if (!failure.cancelled) setError(failure.message);
 }
 
@@ -335,9 +339,11 @@ void AppModel::scanEnded() {
 
 // ---- Model
 
-void AppModel::setGenerator(std::shared_ptr<SampleGenerator> generator) {
+void AppModel::setGenerator(std::shared_ptr<SampleGenerator> generator,
+                            std::shared_ptr<ChosenDevice> device) {
     ++modelLoad_;  // what is still being loaded is out of date
     generator_ = std::move(generator);
+    generatorDevice_ = std::move(device);
     emit bundleChanged();
     assign(modelProblem_, QString(), &AppModel::modelProblemChanged);
     assign(isLoadingModel_, false, &AppModel::isLoadingModelChanged);
@@ -346,13 +352,40 @@ void AppModel::setGenerator(std::shared_ptr<SampleGenerator> generator) {
         waiting();
 }
 
+std::shared_ptr<ChosenDevice> AppModel::deviceToCompileFor() {
+    devices_.compiling();
+    return devices_.chosen();
+}
+
+// Nothing when the generator is where it should be.
+std::shared_ptr<ChosenDevice> AppModel::deviceToMoveTo() {
+    return generatorDevice_ == devices_.chosen() ? nullptr : deviceToCompileFor();
+}
+
+// Called in the background: the generator compiled anew for device, which may be null to leave it as it is.
+std::shared_ptr<SampleGenerator> AppModel::moved(const std::shared_ptr<SampleGenerator>& generator,
+                                                 const std::shared_ptr<ChosenDevice>& device) {
+    if (!device) return generator;
+    auto compiled = device->makeGenerator(generator->bundle());
+    QMetaObject::invokeMethod(
+        this,
+        [this, generator, compiled, device] {
+            if (generator_ != generator) return;  // another model has been chosen
+            generator_ = compiled;
+            generatorDevice_ = device;
+        },
+        Qt::QueuedConnection);
+    return compiled;
+}
+
 void AppModel::loadModel(const std::filesystem::path& folder) {
     assign(isLoadingModel_, true, &AppModel::isLoadingModelChanged);
     const quint64 load = ++modelLoad_;
+    const auto device = deviceToCompileFor();
     runInBackground(
-        tasks_, [folder] { return loadGenerator(folder); },
-        [this, load](std::shared_ptr<SampleGenerator> generator) {
-            if (load == modelLoad_) setGenerator(std::move(generator));
+        tasks_, [folder, device] { return loadGenerator(folder, *device); },
+        [this, load, device](std::shared_ptr<SampleGenerator> generator) {
+            if (load == modelLoad_) setGenerator(std::move(generator), device);
         },
         [this, load](const TaskFailure& failure) {
             if (load != modelLoad_) return;
@@ -388,6 +421,14 @@ TrainingOptions AppModel::trainingOptions() const {
     return environment_.adjustTraining ? environment_.adjustTraining(options) : options;
 }
 
+void AppModel::chooseDevice(int index) {
+    if (canChooseDevice()) {
+        devices_.choose(index);
+    } else {
+        emit notice(busyNotice());
+    }
+}
+
 void AppModel::train() {
     if (isGenerating_) {
         emit notice(busyNotice());
@@ -413,17 +454,18 @@ void AppModel::train(const Returned& returned) {
             this, [this, record] { receive(record); }, Qt::QueuedConnection);
         watched(Run::training, record.step);
     };
+    const auto device = deviceToCompileFor();
     runInBackground(
         tasks_,
-        [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_,
+        [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_, device,
          root = environment_.modelsRoot] {
-            ModelBundle bundle =
-                ModelTrainer::train(*summary, options, progress, [&cancel] { return cancel->isCancelled(); });
+            ModelBundle bundle = ModelTrainer::train(
+                *summary, options, progress, [&cancel] { return cancel->isCancelled(); }, device->backend());
             storeModel(bundle, ModelStore::directory(*summary, root));
-            return std::make_shared<SampleGenerator>(std::move(bundle));
+            return device->makeGenerator(std::move(bundle));
         },
-        [this, returned](std::shared_ptr<SampleGenerator> generator) {
-            setGenerator(std::move(generator));
+        [this, returned, device](std::shared_ptr<SampleGenerator> generator) {
+            setGenerator(std::move(generator), device);
             emit trainingFinished();
             trainingEnded(returned);
         },
@@ -740,9 +782,11 @@ void AppModel::startGeneration(const QUrl& folder, const Returned& returned) {
     };
     runInBackground(
         tasks_,
-        [generator = generator_, request, progress, cancel = generateCancel_] {
-            return sortedByName(
-                generator->generate(request, progress, [&cancel] { return cancel->isCancelled(); }));
+        [this, generator = generator_, device = deviceToMoveTo(), request, progress,
+         cancel = generateCancel_] {
+            return sortedByName(moved(generator, device)->generate(request, progress, [&cancel] {
+                return cancel->isCancelled();
+            }));
         },
         [this, folder, returned](std::vector<GeneratedSample> samples) {
             generated(std::move(samples), folder);
@@ -793,8 +837,9 @@ void AppModel::audition() {
     assignRunning(isAuditioning_, true, &AppModel::isAuditioningChanged);
     runInBackground(
         tasks_,
-        [generator = generator_, values = aesthetics(), seed = drawSeed(), file = toPath(auditionURL())] {
-            writeAudition(generator->audition(values, seed), file, generator->sampleRate());
+        [this, generator = generator_, device = deviceToMoveTo(), values = aesthetics(), seed = drawSeed(),
+         file = toPath(auditionURL())] {
+            writeAudition(moved(generator, device)->audition(values, seed), file, generator->sampleRate());
         },
         [this] {
             if (!auditionIsDropped_) play(auditionURL());

@@ -20,6 +20,8 @@
 #include "QuillmereApp/Appearance.h"
 #include "QuillmereApp/BackgroundTask.h"
 #include "QuillmereApp/CancelFlag.h"
+#include "QuillmereApp/ChosenDevice.h"
+#include "QuillmereApp/ComputeDevices.h"
 #include "QuillmereApp/EditHistory.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/LossHistory.h"
@@ -104,6 +106,8 @@ class AppModel : public QObject {
     Q_PROPERTY(QString trainingTimeLeft READ trainingTimeLeft NOTIFY
                    trainingChanged)  // "about 2 min left", or empty
     Q_PROPERTY(quillmere::LossHistory* lossHistory READ lossHistory CONSTANT)
+    Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
+    Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
 
     // ---- Output
     Q_PROPERTY(QString outputText READ outputText WRITE setOutputText NOTIFY outputTextChanged)
@@ -175,6 +179,9 @@ public:
     // under another name. Does nothing without a summary and while something else than an audition runs.
     Q_INVOKABLE void train();
     Q_INVOKABLE void cancelTraining();
+    // index: as in devices(). From the next run on; a model that is loaded goes along with its next use.
+    // While something computes, nothing happens but notice().
+    Q_INVOKABLE void chooseDevice(int index);
 
     // ---- Operations on the output
 
@@ -293,6 +300,8 @@ public:
     [[nodiscard]] double trainingFraction() const;
     [[nodiscard]] QString trainingTimeLeft() const;
     [[nodiscard]] LossHistory* lossHistory() { return &lossHistory_; }
+    [[nodiscard]] ComputeDevices* devices() { return &devices_; }
+    [[nodiscard]] bool canChooseDevice() const { return !isTraining_ && !isGenerating_ && !isAuditioning_; }
 
     [[nodiscard]] QString outputText() const { return outputText_; }
     void setOutputText(const QString& text);
@@ -349,6 +358,7 @@ signals:
     void analysisChanged();
     void isTrainingChanged();
     void canTrainChanged();
+    void canChooseDeviceChanged();
     void trainingChanged();
     void outputTextChanged();
     void outputStatusChanged();
@@ -404,7 +414,12 @@ private:
     void scanFailed(const TaskFailure& failure);
     void scanEnded();
     void loadModel(const std::filesystem::path& folder);
-    void setGenerator(std::shared_ptr<SampleGenerator> generator);
+    void setGenerator(std::shared_ptr<SampleGenerator> generator,
+                      std::shared_ptr<ChosenDevice> device = nullptr);
+    [[nodiscard]] std::shared_ptr<ChosenDevice> deviceToCompileFor();
+    [[nodiscard]] std::shared_ptr<ChosenDevice> deviceToMoveTo();
+    [[nodiscard]] std::shared_ptr<SampleGenerator> moved(const std::shared_ptr<SampleGenerator>& generator,
+                                                         const std::shared_ptr<ChosenDevice>& device);
 
     void train(const Returned& returned);
     [[nodiscard]] TrainingOptions trainingOptions() const;
@@ -434,6 +449,7 @@ private:
     const Environment environment_;
     Preferences preferences_;
     Appearance appearance_;
+    ComputeDevices devices_;
 
     // Corpus and model. A choice of a corpus has a number; what was begun for an older one is dropped.
     QUrl corpusURL_;
@@ -446,9 +462,10 @@ private:
     std::shared_ptr<CancelFlag> scanCancel_;
     std::shared_ptr<const CorpusSummary> summary_;
     bool isLoadingModel_ = false;
-    quint64 modelLoad_ = 0;                       // number of the newest load
-    std::vector<Returned> whenLoaded_;            // what waits for it
-    std::shared_ptr<SampleGenerator> generator_;  // and the bundle
+    quint64 modelLoad_ = 0;                          // number of the newest load
+    std::vector<Returned> whenLoaded_;               // what waits for it
+    std::shared_ptr<SampleGenerator> generator_;     // and the bundle
+    std::shared_ptr<ChosenDevice> generatorDevice_;  // generator_ was compiled for
     QString modelProblem_;
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
@@ -492,6 +509,7 @@ private:
     // What was last told by announceDerived.
     struct Derived {
         bool isBusy = false, canTrain = false, canGenerate = false, canAudition = false;
+        bool canChooseDevice = true;
         QString trainHint;
     };
     Derived derived_;

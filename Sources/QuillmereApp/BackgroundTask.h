@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "QuillmereApp/CancelFlag.h"
+#include "QuillmereCore/Network/Devices.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
@@ -20,6 +21,7 @@ namespace quillmere {
 struct TaskFailure {
     QString message;         // for the user
     bool cancelled = false;  // the work was asked to stop: nothing went wrong
+    bool ofDevice = false;   // the compute device failed
 };
 
 // The work that an object of the user-interface thread has in the background. Its destructor waits for all of
@@ -73,11 +75,13 @@ private:
         try {
             function();
         } catch (const CancellationError& error) {
-            return TaskFailure{QString::fromUtf8(error.what()), true};
+            return TaskFailure{.message = QString::fromUtf8(error.what()), .cancelled = true};
+        } catch (const network::DeviceError& error) {
+            return TaskFailure{.message = QString::fromUtf8(error.what()), .ofDevice = true};
         } catch (const std::bad_alloc&) {
-            return TaskFailure{QStringLiteral("There is not enough memory for this."), false};
+            return TaskFailure{.message = QStringLiteral("There is not enough memory for this.")};
         } catch (const std::exception& error) {
-            return TaskFailure{QString::fromUtf8(error.what()), false};
+            return TaskFailure{.message = QString::fromUtf8(error.what())};
         }
         return std::nullopt;
     }

@@ -4,11 +4,15 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <mutex>
 #include <random>
 #include <system_error>
+#include <utility>
 
 #include "QuillmereApp/FileManager.h"
+#include "QuillmereApp/GraphicsDevice.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Network/GPU.h"
 
 namespace quillmere {
 namespace {
@@ -23,6 +27,20 @@ std::filesystem::path temporaryFolder() {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
     return error ? std::filesystem::path("/tmp") : folder;
+}
+
+#ifdef QUILLMERE_VULKAN
+constexpr bool usesGraphicsCards = true;
+#else
+constexpr bool usesGraphicsCards = false;
+#endif
+
+OpenDevice openOnThisMachine(const std::string& choice) {
+    // Choosing and asking what it came to is one act.
+    static std::mutex mutex;
+    const std::scoped_lock lock(mutex);
+    GPU::shared().choose(choice);
+    return {GPU::shared().description(), &GPU::shared().graphDevice()};
 }
 
 }  // namespace
@@ -43,6 +61,10 @@ Environment Environment::standard() {
         .makePlayer = Player::forSoundCard,
         .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
         .showFiles = FileManager::show,
+        .mayHaveGraphicsCard = usesGraphicsCards && hasGraphicsDevice(),
+        .listDevices = network::computeDevices,
+        .openDevice = openOnThisMachine,
+        .setDeviceNotice = [](GPU::Notice notice) { GPU::shared().setNotice(std::move(notice)); },
     };
 }
 

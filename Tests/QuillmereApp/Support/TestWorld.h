@@ -18,6 +18,7 @@
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Support/FakeMachine.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "Support/Signals.h"
 
@@ -89,6 +90,10 @@ public:
             shownFiles = files;
             return hasFileManager;
         };
+        environment.mayHaveGraphicsCard = false;
+        environment.listDevices = [this] { return machine.list(); };
+        environment.openDevice = [this](const std::string& choice) { return machine.open(choice); };
+        environment.setDeviceNotice = [this](auto notice) { machine.notice = std::move(notice); };
         QDir(folder_.path()).mkpath("tmp");
         QDir(folder_.path()).mkpath("home");
     }
@@ -138,6 +143,7 @@ public:
 
     Environment environment;
     FakePlayer* player = nullptr;  // of the newest model
+    FakeMachine machine;
     TrainingOptions requestedTraining;
     QString clipboard;
     QUrl shownFolder;
