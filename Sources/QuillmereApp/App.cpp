@@ -16,6 +16,8 @@
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QScreen>
+#include <QSize>
 #include <QSocketNotifier>
 #include <QUrl>
 #include <QtQml/QQmlExtensionPlugin>
@@ -95,6 +97,15 @@ void chooseRenderer() {
     if (!isChosen && !hasGPU()) QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
+// The size the window is drawn for, or what a smaller screen leaves for it under a title bar.
+QSize firstSize() {
+    constexpr QSize designed(1180, 820);
+    constexpr QSize frame(8, 40);
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    if (screen == nullptr || QGuiApplication::platformName() == QLatin1String("offscreen")) return designed;
+    return designed.boundedTo(screen->availableSize() - frame);
+}
+
 // SIGTERM, SIGINT and SIGHUP end the event loop as closing the window does. A handler may do little more than
 // write to a socket; the other end wakes the event loop.
 class QuitSignals : public QObject {
@@ -166,7 +177,10 @@ int run(int argc, char** argv) {
             QUrl::fromLocalFile(QFileInfo(QString::fromStdString(arguments->folder)).absoluteFilePath()));
 
     QQmlApplicationEngine engine;
-    engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)}});
+    const QSize size = firstSize();
+    engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)},
+                                 {QStringLiteral("width"), size.width()},
+                                 {QStringLiteral("height"), size.height()}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
     if (engine.rootObjects().isEmpty()) refuse("The window could not be loaded.");
     DebugHooks::install(model);

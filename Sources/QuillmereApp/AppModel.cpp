@@ -265,8 +265,8 @@ void AppModel::forgetRecentCorpora() {
 
 void AppModel::chooseCorpus() {
     if (isTraining_ || isGenerating_) return;
-    emit corpusChooserRequested(hasCorpus() ? existingFolder(QFileInfo(corpusURL_.toLocalFile()).path())
-                                            : QUrl());
+    emit corpusChooserRequested(existingFolder(hasCorpus() ? QFileInfo(corpusURL_.toLocalFile()).path()
+                                                           : environment_.homeFolder));
 }
 
 bool AppModel::isFolder(const QUrl& url) const {
@@ -500,7 +500,7 @@ void AppModel::cancelTraining() {
 
 void AppModel::chooseOutput() {
     const auto folder = outputFolder();
-    emit outputChooserRequested(folder ? existingFolder(folder->toLocalFile()) : QUrl());
+    emit outputChooserRequested(existingFolder(folder ? folder->toLocalFile() : environment_.homeFolder));
 }
 
 void AppModel::setOutputFolder(const QUrl& folder) {

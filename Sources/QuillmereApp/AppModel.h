@@ -167,7 +167,8 @@ public:
     // Chooses a folder, scans it and looks up its model; the newest choice wins. Refused while training or
     // generating.
     Q_INVOKABLE void setCorpus(const QUrl& folder);
-    // Asks the window for a folder chooser (corpusChooserRequested), which answers with setCorpus.
+    // Asks the window for a folder chooser (corpusChooserRequested), which answers with setCorpus. It starts
+    // beside the corpus; before the first one at home.
     Q_INVOKABLE void chooseCorpus();
     Q_INVOKABLE void forgetRecentCorpora();
     // Whether a dropped URL is a folder of this computer.
@@ -379,7 +380,7 @@ signals:
     void playingURLChanged();
     void errorMessageChanged();
 
-    // The window is to open a folder chooser that starts at startFolder (empty: anywhere).
+    // The window is to open a folder chooser that starts at startFolder.
     void corpusChooserRequested(const QUrl& startFolder);
     void outputChooserRequested(const QUrl& startFolder);
     // A sentence that is no failure: shown in passing and announced, never in the error banner.

@@ -342,12 +342,12 @@ private slots:
         QCOMPARE(model.corpusURL(), corpus);
     }
 
-    void theChooserStartsBesideTheCorpus() {
+    void theChooserStartsBesideTheCorpusOrAtHome() {
         TestWorld world;
         AppModel model(world.environment);
         QSignalSpy chooser(&model, &AppModel::corpusChooserRequested);
         model.chooseCorpus();
-        QCOMPARE(chooser.takeFirst().at(0).toUrl(), QUrl());
+        QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
         prepare(model, world.makeCorpus("kits/corpus"));
         model.chooseCorpus();
         QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("kits"));

@@ -376,12 +376,12 @@ private slots:
         QTRY_COMPARE(model.outputStatus(), AppModel::OutputExists);
     }
 
-    void theOutputChooserStartsAtTheFolderOrAboveIt() {
+    void theOutputChooserStartsAtTheFolderOrAboveItOrAtHome() {
         TestWorld world;
         AppModel model(world.environment);
         QSignalSpy chooser(&model, &AppModel::outputChooserRequested);
         model.chooseOutput();
-        QCOMPARE(chooser.takeFirst().at(0).toUrl(), QUrl());
+        QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
         model.setOutputText(world.path("home"));
         model.chooseOutput();
         QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));

@@ -8,7 +8,7 @@ Rectangle {
     property string number
     property string title
     property bool highlighted: false
-    property real padding: Theme.outer
+    property real padding: Theme.outer  // at the sides and below
     property alias trailing: trailing.data  // at the right of the title
     default property alias content: body.data
     readonly property real bodyWidth: body.width
@@ -25,7 +25,7 @@ Rectangle {
     Rectangle {
         id: disc
         x: card.padding
-        y: card.padding - 1
+        y: Theme.outer - 1  // the titles of all cards in a row stand on one line
         width: 22
         height: 22
         radius: 11

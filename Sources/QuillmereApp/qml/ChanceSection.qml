@@ -40,7 +40,7 @@ Column {
         ThinSlider {
             objectName: "randomiseAmount"
             anchors.left: button.right
-            anchors.leftMargin: Theme.tight
+            anchors.leftMargin: Theme.inner
             anchors.right: share.left
             anchors.rightMargin: Theme.tight
             anchors.verticalCenter: button.verticalCenter

@@ -86,13 +86,27 @@ Card {
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
+            // On the same line, so that nothing moves when it comes.
             Words {
-                anchors.right: parent.right
-                visible: card.app.scanTotal > 0
-                text: card.app.scanDone + " of " + card.app.scanTotal
+                anchors.left: scanning.right
+                anchors.leftMargin: Theme.inner
+                anchors.right: scanned.left
+                anchors.rightMargin: Theme.inner
+                text: card.app.scanTimeLeft
                 color: Theme.secondary
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
+            }
+            Words {
+                id: scanned
+                anchors.right: parent.right
+                text: card.app.scanTotal > 0 ? card.app.scanDone + " of " + card.app.scanTotal : ""
+                color: Theme.secondary
+                font.family: Theme.figures
+                font.pixelSize: Theme.smallSize
+                wrapMode: Text.NoWrap
             }
         }
         ProgressTrack {
@@ -100,13 +114,6 @@ Card {
             label: "Scanning"
             indeterminate: card.app.scanTotal === 0
             value: card.app.scanTotal > 0 ? card.app.scanDone / card.app.scanTotal : 0
-        }
-        Words {
-            text: card.app.scanTimeLeft
-            visible: text.length > 0
-            color: Theme.secondary
-            font.family: Theme.figures
-            font.pixelSize: Theme.smallSize
         }
     }
     Flow {

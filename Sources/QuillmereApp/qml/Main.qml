@@ -19,6 +19,8 @@ T.ApplicationWindow {
     color: Theme.window
     font.family: Theme.family
     font.pixelSize: Theme.textSize
+    // Of the folder choosers: where the desktop has none of its own they are drawn in these colours, with
+    // highlighted words on little of the highlight.
     palette {
         window: Theme.window
         windowText: Theme.text
@@ -29,7 +31,7 @@ T.ApplicationWindow {
         buttonText: Theme.text
         brightText: Theme.text
         highlight: Theme.accent
-        highlightedText: Theme.accentInk
+        highlightedText: Theme.text
         placeholderText: Theme.secondary
         light: Theme.controlHover
         midlight: Theme.controlHover

@@ -72,7 +72,7 @@ Item {
         id: slider
         objectName: "slider-" + row.parameterId
         anchors.left: titleText.right
-        anchors.leftMargin: Theme.tight
+        anchors.leftMargin: Theme.inner
         anchors.right: field.left
         anchors.rightMargin: Theme.tight
         anchors.verticalCenter: parent.verticalCenter

@@ -21,8 +21,8 @@ T.RadioButton {
     objectName: "preset-" + name
     implicitWidth: Math.ceil(implicitContentWidth) + leftPadding + rightPadding
     implicitHeight: 28
-    leftPadding: 11
-    rightPadding: isOwn ? 26 : 11
+    leftPadding: 10
+    rightPadding: isOwn ? 26 : 10
     enabled: isUsable || isOwn
     focusPolicy: Qt.StrongFocus
     hoverEnabled: true

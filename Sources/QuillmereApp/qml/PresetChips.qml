@@ -13,7 +13,7 @@ Flow {
 
     signal saveRequested
 
-    spacing: 6
+    spacing: Theme.tight
 
     Accessible.role: Accessible.Grouping
     Accessible.name: "Presets"

@@ -33,7 +33,7 @@ Item {
         id: field
         objectName: "seed"
         anchors.left: title.right
-        anchors.leftMargin: Theme.tight
+        anchors.leftMargin: Theme.inner
         anchors.right: parent.right
         text: seed.app.seedText
         placeholderText: "random"

@@ -218,15 +218,13 @@ class Story:
               "no half model is stored")
 
     def tell(self):
-        make_corpus(self.desktop.path("work", "kicks"))
-        make_corpus(self.desktop.path("drums-elsewhere"), 5)
+        make_corpus(self.desktop.path("home", "kicks"))
+        make_corpus(self.desktop.path("work", "drums"), 5)
         self.start()
         for chapter in (self.choose_a_corpus, self.train_cancel_and_train_again, self.generate, self.play,
                         self.audition, self.drag_a_slider_and_undo, self.restart_and_find_everything,
                         self.close_while_generating, self.close_while_training):
             begin = time.monotonic()
-            if chapter == self.close_while_training:
-                os.rename(self.desktop.path("drums-elsewhere"), self.desktop.path("work", "drums"))
             chapter()
             print(f"{chapter.__name__}: {time.monotonic() - begin:.1f} s", flush=True)
 

@@ -45,6 +45,18 @@ TestCase {
     function test_controls(row) {
         verifyContrast(row, 3);
     }
+    // The folder chooser draws its current row so.
+    function test_currentFolder_data() {
+        return appearances([["text", "controlHover"]]);
+    }
+    function test_currentFolder(row) {
+        Theme.dark = row.dark;
+        const a = Theme.controlHover;
+        const b = Theme.accent;
+        const mix = (from, to) => from + 0.15 * (to - from);
+        const ground = Qt.rgba(mix(a.r, b.r), mix(a.g, b.g), mix(a.b, b.b), 1);
+        verify(Stage.contrast(Theme.text, ground) >= 4.5);
+    }
     function test_meaningColoursDiffer() {
         for (const dark of [true, false]) {
             Theme.dark = dark;
