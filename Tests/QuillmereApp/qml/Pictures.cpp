@@ -7,6 +7,8 @@
 // unless another one is asked for.
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QImage>
@@ -15,44 +17,26 @@
 #include <QQuickWindow>
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
-#include <cmath>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
+#include <limits>
 #include <memory>
-#include <numbers>
-#include <vector>
 
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/Support/TestWorld.h"
-#include "QuillmereCore/Audio/AudioIO.h"
-#include "QuillmereCore/Util/RNG.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
 namespace quillmere::testing {
 namespace {
 
-constexpr int sampleRate = 44100;
-
-// A struck bar of glass: partials that ring on, the higher ones shorter.
-std::vector<float> glass(int number) {
-    SeededRNG rng(static_cast<std::uint64_t>(number) + 1);
-    const double base = 320 * std::pow(2, rng.uniform() * 1.6);
-    const double seconds = 1.2 + 0.6 * rng.uniform();
-    std::vector<float> samples(static_cast<std::size_t>(seconds * sampleRate));
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const double t = static_cast<double>(i) / sampleRate;
-        double sum = 0.25 * std::exp(-t * 120) * rng.gaussian();
-        int order = 0;
-        for (const double partial : {1.0, 2.76, 5.4, 8.93}) {
-            ++order;
-            sum +=
-                std::exp(-t * (0.6 + 1.2 * order)) / order * std::sin(2 * std::numbers::pi * base * partial * t);
-        }
-        samples[i] = static_cast<float>(0.45 * sum);
-    }
-    return samples;
+// Strokes on a pair of small drums, from the package sonic-pi-samples (all of it in the public domain).
+QFileInfoList drumStrokes() {
+    const QDir folder(QStringLiteral("/usr/share/sonic-pi/samples"), QStringLiteral("tabla_*.flac"));
+    const QFileInfoList files = folder.entryInfoList();
+    if (files.size() < 20) qFatal("The package sonic-pi-samples is missing.");
+    return files;
 }
 
 // The offscreen platform has no desktop whose font the window could take: that of the usual desktops.
@@ -97,22 +81,18 @@ public:
     }
 
 private:
-    QUrl corpus(const QString& name, int files) {
+    QUrl corpus(const QString& name, int files = std::numeric_limits<int>::max()) {
         const QString folder = QStringLiteral("home/Samples/") + name;
         QDir().mkpath(world_.path(folder));
-        for (int i = 0; i < files; ++i) {
-            const QString file = QStringLiteral("%1/glass %2.wav")
-                                     .arg(world_.path(folder))
-                                     .arg(i + 1, 2, 10, QLatin1Char('0'));
-            AudioIO::write(glass(i), toPath(file), sampleRate, OutputFormat::wav16);
-        }
+        for (const QFileInfo& file : drumStrokes().mid(0, files))
+            QFile::copy(file.filePath(), world_.path(folder + "/" + file.fileName()));
         return world_.url(folder);
     }
 
     void makeCorpora() {
-        glassware_ = corpus(QStringLiteral("Glassware"), 36);
-        few_ = corpus(QStringLiteral("Three Chimes"), 3);
-        model_->setOutputText(QStringLiteral("~/Samples/Glass variations"));
+        tabla_ = corpus(QStringLiteral("Tabla"));
+        few_ = corpus(QStringLiteral("Three Strokes"), 3);
+        model_->setOutputText(QStringLiteral("~/Samples/New strokes"));
     }
 
     void open() {
@@ -157,9 +137,9 @@ private:
     void scanning() {
         const QUrl many = corpus(QStringLiteral("Everything"), 1);
         const std::filesystem::path folder = toPath(many.toLocalFile());
+        const std::filesystem::path first = std::filesystem::directory_iterator(folder)->path();
         for (int i = 2; i <= 20000; ++i)
-            std::filesystem::create_hard_link(folder / "glass 01.wav",
-                                              folder / ("glass " + std::to_string(i) + ".wav"));
+            std::filesystem::create_hard_link(first, folder / ("stroke " + std::to_string(i) + ".flac"));
         model_->setCorpus(many);
         waitFor([&] { return model_->scanDone() > 4000 || !model_->isScanning(); });
         take(QStringLiteral("scanning-dark"));
@@ -172,7 +152,7 @@ private:
         takeBoth(QStringLiteral("few-samples"));
     }
     void untrained() {
-        model_->setCorpus(glassware_);
+        model_->setCorpus(tabla_);
         waitUntilIdle();
         takeBoth(QStringLiteral("untrained"));
     }
@@ -205,7 +185,7 @@ private:
         waitUntilIdle();
     }
     void results() {
-        model_->setOutputText(QStringLiteral("~/Samples/Glass"));
+        model_->setOutputText(QStringLiteral("~/Samples/Strokes"));
         model_->setCount(12);
         model_->generate();
         waitUntilIdle();
@@ -227,7 +207,7 @@ private:
     QStringList wanted_;
     int steps_;  // of the model behind the pictures
     TestWorld world_;
-    QUrl glassware_, few_;
+    QUrl tabla_, few_;
     std::unique_ptr<AppModel> model_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr;

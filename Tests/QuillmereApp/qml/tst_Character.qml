@@ -177,6 +177,22 @@ WindowCase {
         compare(value("pitch"), 0);
         verify(!model.canUndo);
     }
+    function test_helpKeepsAwayFromWhoDrags() {
+        const help = model.parameters.get("pitch", "help");
+        const slider = item("slider-pitch");
+        hover(slider);
+        verifySeen(help);
+        mousePress(slider, slider.width / 2, slider.height / 2);
+        mouseMove(slider, slider.width / 2 + 20, slider.height / 2);
+        mouseRelease(slider, slider.width / 2 + 20, slider.height / 2);
+        verifyNotSeen(help);
+        mouseMove(slider, slider.width / 2, slider.height / 2);
+        settle();
+        verifyNotSeen(help);
+        hover(item("slider-drift"));
+        hover(slider);
+        verifySeen(help);
+    }
     function test_pressOnTheTrackGoesThere() {
         const slider = item("slider-pitch");
         mouseClick(slider, slider.xOf(0.75), slider.height / 2);

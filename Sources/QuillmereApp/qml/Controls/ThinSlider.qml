@@ -144,6 +144,8 @@ Item {
         // From the handle's middle to the pointer, so that a press on the handle alone moves nothing.
         property real grip: 0
         property bool dragging: false
+        // Who has begun to use it needs no help; until the pointer comes back.
+        property bool used: false
 
         anchors.fill: parent
         hoverEnabled: true
@@ -152,6 +154,7 @@ Item {
         onPressed: mouse => {
             const handleX = control.xOf(control.position);
             const onHandle = Math.abs(mouse.x - handleX) <= control.handleSize / 2 + 1;
+            used = true;
             control.reachedByMouse = true;
             control.forceActiveFocus(Qt.MouseFocusReason);
             dragging = true;
@@ -164,6 +167,7 @@ Item {
             if (dragging)
                 control.moved(control.placeAt(mouse.x - grip));
         }
+        onExited: used = false
         onReleased: finish()
         onCanceled: finish()
         onDoubleClicked: {
@@ -186,6 +190,6 @@ Item {
     }
     Tip {
         text: control.tip
-        shown: control.hovered && !control.pressed
+        shown: control.hovered && !area.used
     }
 }
