@@ -25,7 +25,7 @@ QString kindOf(Type type) {
         case Type::virtualGPU:
             return QStringLiteral("Virtual graphics");
         case Type::software:
-            return QStringLiteral("Software driver, slow: never chosen automatically");
+            return QStringLiteral("Software driver, never chosen automatically");
         case Type::other:
             return QStringLiteral("Never chosen automatically");
     }

@@ -188,6 +188,18 @@ QPainterPath lens() {
     return stroked(disc({10.4, 10.4}, 6.4)).united(stroked(polyline({{15.2, 15.2}, {20.4, 20.4}})));
 }
 
+// A square with three legs at each side.
+QPainterPath chip() {
+    QPainterPath path = stroked(box(6, 6, 12, 12, 2.2)).united(box(9.7, 9.7, 4.6, 4.6, 0.9));
+    for (const double leg : {8.4, 12.0, 15.6}) {
+        path = path.united(stroked(polyline({{leg, 2.4}, {leg, 6}}), 1.6))
+                   .united(stroked(polyline({{leg, 18}, {leg, 21.6}}), 1.6))
+                   .united(stroked(polyline({{2.4, leg}, {6, leg}}), 1.6))
+                   .united(stroked(polyline({{18, leg}, {21.6, leg}}), 1.6));
+    }
+    return path;
+}
+
 QPainterPath waves() {
     QPainterPath path;
     const std::initializer_list<std::pair<double, double>> bars = {
@@ -217,6 +229,7 @@ QHash<QString, QPainterPath> drawAll() {
         {u"doc.on.doc"_s, copy()},
         {u"magnifyingglass"_s, lens()},
         {u"dice"_s, dice()},
+        {u"cpu"_s, chip()},
         {u"sun.max"_s, sun()},
         {u"moon"_s, moon()},
         {u"circle.lefthalf.filled"_s, halfDisc()},

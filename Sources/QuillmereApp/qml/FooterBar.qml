@@ -71,9 +71,9 @@ Rectangle {
         id: message
         objectName: "news"
         x: progress.x
-        y: progress.y
+        y: progress.y - Theme.tight
         width: progress.width
-        height: progress.height
+        height: progress.height + 2 * Theme.tight
         verticalAlignment: Text.AlignVCenter
         visible: footer.news.length > 0 && !progress.visible
         text: footer.news

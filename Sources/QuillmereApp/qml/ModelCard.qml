@@ -12,6 +12,13 @@ Card {
 
     number: "2"
     title: "Model"
+    trailing: DeviceButton {
+        anchors.right: parent.right
+        anchors.rightMargin: -rightPadding
+        anchors.verticalCenter: parent.verticalCenter
+        width: Math.min(implicitWidth, parent.width + rightPadding)
+        app: card.app
+    }
 
     // Nothing learnt yet
     Words {

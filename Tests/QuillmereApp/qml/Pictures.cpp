@@ -78,6 +78,7 @@ public:
         generating();
         results();
         error();
+        devices();
     }
 
 private:
@@ -201,6 +202,21 @@ private:
         model_->generate();
         takeBoth(QStringLiteral("error"));
         take(QStringLiteral("error-small"), {640, 480});
+    }
+
+    // Three devices beside the processor, with the choice of one open.
+    void devices() {
+        using Type = FakeMachine::Type;
+        world_.machine.add("GeForce RTX 4070", Type::discrete);
+        world_.machine.add("Intel(R) UHD Graphics 770 (ADL-S GT1)", Type::integrated);
+        world_.machine.add("llvmpipe (LLVM 15.0.6, 256 bits)", Type::software);
+        model_->dismissError();
+        window_->resize(1180, 820);
+        model_->devices()->list();
+        waitFor([&] { return model_->devices()->isListed() && !model_->devices()->isListing(); });
+        model_->chooseDevice(0);
+        QMetaObject::invokeMethod(window_->findChild<QObject*>(QStringLiteral("device")), "clicked");
+        takeBoth(QStringLiteral("devices"));
     }
 
     QString folder_;

@@ -15,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <thread>
 #include <vector>
 
 namespace quillmere::testing {
@@ -127,6 +128,21 @@ void Stage::makeFile(const QString& name) {
 
 void Stage::removeFile(const QUrl& file) {
     QFile::remove(file.toLocalFile());
+}
+
+void Stage::addDevice(const QString& name, const QString& type, const QString& problem) {
+    using Type = FakeMachine::Type;
+    for (const Type known :
+         {Type::discrete, Type::integrated, Type::virtualGPU, Type::software, Type::other}) {
+        if (network::rawValue(known) != type.toStdString()) continue;
+        world_->machine.add(name.toStdString(), known, problem.toStdString());
+        return;
+    }
+    qFatal("%s is no type of device", qPrintable(type));
+}
+
+void Stage::tellOfDevice(const QString& message) {
+    std::thread([&] { world_->machine.notice(message.toStdString()); }).join();
 }
 
 void Stage::setResults(int count) {

@@ -52,6 +52,12 @@ public:
     Q_INVOKABLE [[nodiscard]] QString clipboard() const { return world_->clipboard; }
     Q_INVOKABLE [[nodiscard]] QUrl shownFolder() const { return world_->shownFolder; }
     Q_INVOKABLE [[nodiscard]] QList<QUrl> shownFiles() const { return world_->shownFiles; }
+    // A device beside the processor. type: as in network::rawValue; problem: why it cannot be used.
+    Q_INVOKABLE void addDevice(const QString& name, const QString& type, const QString& problem = {});
+    // All devices but the processor fail from now on.
+    Q_INVOKABLE void loseDevices() { world_->machine.fails = true; }
+    // The processor stands in for a device, as the thread that compiles tells it.
+    Q_INVOKABLE void tellOfDevice(const QString& message);
     // Rows of results without a run.
     Q_INVOKABLE void setResults(int count);
     // Scans stop half way until they are let go.

@@ -44,7 +44,7 @@ WindowCase {
     }
 
     function test_tree_data() {
-        return ["Button Choose Folder…", "RadioButton Standard", "ComboBox Analysis", "Button Train Model", "EditableText Output folder", "Button Choose the output folder", "SpinBox Variations", "ComboBox Format", "RadioButton Balanced", "Button Save as preset", "Slider Drift", "EditableText Drift value", "CheckBox Lock Drift", "EditableText Seed", "Button Randomise", "Slider Amount of Randomise", "Button Audition", "Button Generate 10 Variations", "StaticText Choose the folder of audio samples to learn from", "Heading Spectral shaping", "Grouping Sample corpus"].map(name => ({
+        return ["Button Choose Folder…", "RadioButton Standard", "Button Device: Processor", "ComboBox Analysis", "Button Train Model", "EditableText Output folder", "Button Choose the output folder", "SpinBox Variations", "ComboBox Format", "RadioButton Balanced", "Button Save as preset", "Slider Drift", "EditableText Drift value", "CheckBox Lock Drift", "EditableText Seed", "Button Randomise", "Slider Amount of Randomise", "Button Audition", "Button Generate 10 Variations", "StaticText Choose the folder of audio samples to learn from", "Heading Spectral shaping", "Grouping Sample corpus"].map(name => ({
                         "tag": name
                     }));
     }

@@ -100,7 +100,7 @@ WindowCase {
         model.generate();
         idle();
         const names = tabOrder();
-        const landmarks = ["chooseCorpus", "recentCorpora", "quality-1", "analysis", "train", "outputPath", "chooseOutput", "countInput", "format", "preset-Faithful", "preset-Robotic", "savePreset", "slider-sources", "value-sources", "lock-sources", "slider-drift", "slider-roughness", "slider-phase-iterations", "slider-normalize", "randomise", "randomiseAmount", "seed", "showInFinder", "tile-0", "appearance", "audition", "generate"];
+        const landmarks = ["chooseCorpus", "recentCorpora", "device", "quality-1", "analysis", "train", "outputPath", "chooseOutput", "countInput", "format", "preset-Faithful", "preset-Robotic", "savePreset", "slider-sources", "value-sources", "lock-sources", "slider-drift", "slider-roughness", "slider-phase-iterations", "slider-normalize", "randomise", "randomiseAmount", "seed", "showInFinder", "tile-0", "appearance", "audition", "generate"];
         let last = -1;
         for (const name of landmarks) {
             const place = names.indexOf(name);
@@ -119,7 +119,7 @@ WindowCase {
     }
     function test_focusIsVisible() {
         model.parameters.setValue("pitch", 1);  // for an undo button that takes the keyboard
-        for (const name of ["chooseCorpus", "quality-1", "analysis", "chooseOutput", "preset-Wild", "slider-drift", "lock-drift", "randomise", "appearance"]) {
+        for (const name of ["chooseCorpus", "device", "quality-1", "analysis", "chooseOutput", "preset-Wild", "slider-drift", "lock-drift", "randomise", "appearance"]) {
             focusOn(name);
             verify(Stage.showsFocus(item(name)), name);
             focusOn("undo");

@@ -68,6 +68,18 @@ WindowCase {
             model.saveOwnPreset(preset);
         verifyAllSizes();
     }
+    function test_devices() {
+        Stage.addDevice("A graphics card with a very long name that goes on and on (revision 7, 256 bits)", "discrete");
+        Stage.addDevice("Old card", "integrated", "its driver offers Vulkan 1.0, and 1.1 is needed.");
+        Stage.addDevice("llvmpipe (LLVM 15.0.6, 256 bits)", "software");
+        model.devices.list();
+        tryVerify(() => model.devices.isListed, limit);
+        model.chooseDevice(2);
+        verifyAllSizes();
+        Stage.tellOfDevice("The card has not enough memory for this network. The processor is used instead.");
+        tryVerify(() => model.devices.problem.length > 0, limit);
+        verifyAllSizes();
+    }
     function test_narrowWindowsStackTheSamePieces() {
         const names = ["chooseCorpus", "train", "outputPath", "preset-Wild", "slider-drift", "seed", "audition", "generate"];
         resize(640, 480);
