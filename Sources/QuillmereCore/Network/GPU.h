@@ -15,7 +15,8 @@ namespace quillmere {
 //
 // A network that the chosen graphics processor cannot take (a tensor too large, too little memory, a device
 // that is gone) is compiled for the processor instead, and the notice says so. A device lost in the middle of
-// a run ends that run with a DeviceError.
+// a run ends that run with a DeviceError. The next network opens it anew, and falls to the processor as long
+// as that fails.
 // Threads: every member may be called from any thread.
 class GPU {
 public:

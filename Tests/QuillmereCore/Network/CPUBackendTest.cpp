@@ -4,18 +4,29 @@
 #include <hwy/targets.h>
 
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Network/BackendContract.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 namespace quillmere {
 namespace {
 
+using testing::BackendContract;
 using testing::busyWeights;
 using testing::gaussianArray;
 using testing::largest;
 using testing::NetworkShape;
 using testing::speckledImages;
 using testing::StepInput;
+using testing::weightsAfterSteps;
+
+network::Backend& processor() {
+    static const std::unique_ptr<network::Backend> backend = network::makeCPUBackend();
+    return *backend;
+}
+
+INSTANTIATE_TEST_SUITE_P(CPU, BackendContract, ::testing::Values(&processor),
+                         [](const auto&) { return "Processor"; });
 
 // Largest difference of two arrays relative to the largest value of the second.
 void expectClose(const std::vector<float>& actual, const std::vector<float>& expected, float tolerance,
@@ -98,32 +109,17 @@ INSTANTIATE_TEST_SUITE_P(
                       NetworkShape{96, 192, 64, 2}, NetworkShape{384, 96, 64, 2}),
     [](const auto& test) { return test.param.name(); });
 
-std::vector<std::vector<float>> weightsAfterSteps(const NetworkShape& shape, int steps) {
-    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
-    executor->setWeights(busyWeights(shape, 7));
-    for (int t = 0; t < steps; ++t) {
-        const StepInput input(shape, 31 + 2 * static_cast<std::uint64_t>(t));
-        executor->step(input.x, input.eps, 1e-3F, 0.01F);
-    }
-    return executor->weights();
-}
-
 TEST(CPUBackend, StepsGiveTheSameBitsForAnyThreadCount) {
     const NetworkShape shape{32, 64, 8, 9};
     std::vector<std::vector<float>> expected;
     {
         const ThreadLimit one(1);
-        expected = weightsAfterSteps(shape, 3);
+        expected = weightsAfterSteps(processor(), shape, 3);
     }
     for (const int threads : {2, 3, 5}) {
         const ThreadLimit limit(threads);
-        EXPECT_EQ(weightsAfterSteps(shape, 3), expected) << threads << " threads";
+        EXPECT_EQ(weightsAfterSteps(processor(), shape, 3), expected) << threads << " threads";
     }
-}
-
-TEST(CPUBackend, RepeatedRunsGiveTheSameBits) {
-    const NetworkShape shape{32, 32, 4, 4};
-    EXPECT_EQ(weightsAfterSteps(shape, 4), weightsAfterSteps(shape, 4));
 }
 
 // Three steps of two backends stay together: the moments are kept and applied alike.
@@ -169,83 +165,6 @@ TEST(CPUBackend, GradientsOfLaterStepsMeetTheReference) {
     }
 }
 
-TEST(CPUBackend, WeightsSurviveTheChangeOfLayout) {
-    const NetworkShape shape{32, 96, 5, 1};
-    const auto weights = busyWeights(shape, 9);
-    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
-    executor->setWeights(weights);
-    EXPECT_EQ(executor->weights(), weights);
-}
-
-TEST(CPUBackend, DecodedImageDoesNotDependOnItsPlaceInTheBatch) {
-    const NetworkShape shape{32, 64, 4, 16};
-    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
-    executor->setWeights(busyWeights(shape, 10));
-    const auto z = gaussianArray(4, 50);
-    std::vector<float> expected;
-    for (const int place : {0, 1, 7, 15}) {
-        auto batch = gaussianArray(std::size_t{16} * 4, 60 + static_cast<std::uint64_t>(place));
-        std::copy(z.begin(), z.end(), batch.begin() + std::ptrdiff_t{4} * place);
-        std::vector<float> images(16 * shape.imageSize());
-        executor->decode(batch, images);
-        const auto first = images.begin() + static_cast<std::ptrdiff_t>(place * shape.imageSize());
-        const std::vector<float> image(first, first + static_cast<std::ptrdiff_t>(shape.imageSize()));
-        if (expected.empty()) expected = image;
-        EXPECT_EQ(image, expected) << "place " << place;
-    }
-}
-
-TEST(CPUBackend, FirstItemsOfABatchAloneGiveTheSameBits) {
-    const NetworkShape shape{32, 64, 8, 9};
-    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
-    ASSERT_TRUE(executor->takesPartialBatches());
-    executor->setWeights(busyWeights(shape, 8));
-    const auto z = gaussianArray(9 * 8, 23);
-    const auto x = speckledImages(9 * shape.imageSize(), 24);
-    std::vector<float> images(9 * shape.imageSize()), mean(9 * 8), logVariance(9 * 8);
-    executor->decode(z, images);
-    executor->encode(x, mean, logVariance);
-    for (const std::size_t count : {0, 1, 4}) {
-        std::vector<float> someImages(count * shape.imageSize()), someMeans(count * 8),
-            someVariances(count * 8);
-        executor->decode(std::span(z).first(count * 8), someImages);
-        executor->encode(std::span(x).first(count * shape.imageSize()), someMeans, someVariances);
-        EXPECT_THAT(someImages, ::testing::ElementsAreArray(images.data(), someImages.size()));
-        EXPECT_THAT(someMeans, ::testing::ElementsAreArray(mean.data(), someMeans.size()));
-        EXPECT_THAT(someVariances, ::testing::ElementsAreArray(logVariance.data(), someVariances.size()));
-    }
-}
-
-TEST(CPUBackend, TrainingAndInferenceDecodeTheSameBits) {
-    const NetworkShape shape{64, 32, 4, 3};
-    const auto weights = busyWeights(shape, 12);
-    const auto z = gaussianArray(12, 70);
-    std::vector<float> trained(3 * shape.imageSize());
-    std::vector<float> inferred(3 * shape.imageSize());
-    const auto training = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
-    const auto inference = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::inference);
-    training->setWeights(weights);
-    inference->setWeights(weights);
-    training->decode(z, trained);
-    inference->decode(z, inferred);
-    EXPECT_EQ(trained, inferred);
-}
-
-// A step leaves nothing behind that a later call could see: decoding between steps changes no weight.
-TEST(CPUBackend, DecodingBetweenStepsChangesNothing) {
-    const NetworkShape shape{32, 32, 4, 3};
-    const auto z = gaussianArray(12, 80);
-    std::vector<float> images(3 * shape.imageSize());
-    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
-    executor->setWeights(busyWeights(shape, 7));
-    for (int t = 0; t < 2; ++t) {
-        const StepInput input(shape, 31 + 2 * static_cast<std::uint64_t>(t));
-        executor->step(input.x, input.eps, 1e-3F, 0.01F);
-        executor->decode(z, images);
-    }
-    EXPECT_EQ(executor->weights(), weightsAfterSteps(shape, 2));
-}
-
 // Every instruction set that this processor has meets the reference, not only the best one.
 TEST(CPUBackend, EveryInstructionSetMeetsTheReference) {
     const NetworkShape shape{32, 96, 5, 3};
@@ -267,15 +186,6 @@ TEST(CPUBackend, EveryInstructionSetMeetsTheReference) {
         expectClose(plan, cpu->gradients(), expected, 1e-5F);
     }
     hwy::SetSupportedTargetsForTest(0);
-}
-
-TEST(CPUBackend, NonFiniteInputGivesANonFiniteLossAndReturns) {
-    const NetworkShape shape{32, 32, 4, 2};
-    const auto executor = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
-    executor->setWeights(busyWeights(shape, 14));
-    StepInput input(shape, 95);
-    input.x[100] = std::numeric_limits<float>::quiet_NaN();
-    EXPECT_FALSE(std::isfinite(executor->step(input.x, input.eps, 1e-3F, 0.01F).loss));
 }
 
 }  // namespace

@@ -34,15 +34,16 @@ std::vector<VkMemoryPropertyFlags> wishes(Buffer::Place place) {
     fatal("unknown place of a buffer");
 }
 
-std::uint32_t memoryType(const VkPhysicalDeviceMemoryProperties& memory, std::uint32_t allowed,
-                         Buffer::Place place) {
+std::uint32_t memoryType(const Context& context, std::uint32_t allowed, Buffer::Place place) {
+    const VkPhysicalDeviceMemoryProperties& memory = context.memory();
     for (const VkMemoryPropertyFlags wish : wishes(place)) {
         for (std::uint32_t type = 0; type < memory.memoryTypeCount; ++type) {
             if ((allowed >> type & 1U) != 0 && (memory.memoryTypes[type].propertyFlags & wish) == wish)
                 return type;
         }
     }
-    throw DeviceError("The graphics processor has no memory of the kind needed.");
+    throw DeviceError(context.description().name +
+                      " has no memory of the kind needed. Choose another device.");
 }
 
 std::filesystem::path cacheFolder() {
@@ -81,26 +82,25 @@ std::vector<char> readAll(const std::filesystem::path& file) {
 
 }  // namespace
 
-Buffer::Buffer(VkDevice device, const VkPhysicalDeviceMemoryProperties& memory, std::uint64_t bytes,
-               Place place)
-    : bytes_(bytes) {
+Buffer::Buffer(const Context& context, std::uint64_t bytes, Place place) : bytes_(bytes) {
+    const VkDevice device = context.device();
     VkBufferCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_BUFFER_CREATE_INFO;
     info.size = bytes;
     info.usage = VK_BUFFER_USAGE_TRANSFER_SRC_BIT | VK_BUFFER_USAGE_TRANSFER_DST_BIT;
     if (place == Place::device) info.usage |= VK_BUFFER_USAGE_STORAGE_BUFFER_BIT;
-    buffer_ = make<BufferHandle>(device, vkCreateBuffer, info, "creating a buffer");
+    buffer_ = context.make<BufferHandle>(vkCreateBuffer, info, "creating a buffer");
     VkMemoryRequirements requirements{};
     vkGetBufferMemoryRequirements(device, buffer_.get(), &requirements);
     VkMemoryAllocateInfo allocation{};
     allocation.sType = VK_STRUCTURE_TYPE_MEMORY_ALLOCATE_INFO;
     allocation.allocationSize = requirements.size;
-    allocation.memoryTypeIndex = memoryType(memory, requirements.memoryTypeBits, place);
-    memory_ = make<MemoryHandle>(device, vkAllocateMemory, allocation, "taking memory");
-    check(vkBindBufferMemory(device, buffer_.get(), memory_.get(), 0), "binding memory");
+    allocation.memoryTypeIndex = memoryType(context, requirements.memoryTypeBits, place);
+    memory_ = context.make<MemoryHandle>(vkAllocateMemory, allocation, "taking memory");
+    context.check(vkBindBufferMemory(device, buffer_.get(), memory_.get(), 0), "binding memory");
     if (place == Place::device) return;
     void* address = nullptr;
-    check(vkMapMemory(device, memory_.get(), 0, VK_WHOLE_SIZE, 0, &address), "mapping memory");
+    context.check(vkMapMemory(device, memory_.get(), 0, VK_WHOLE_SIZE, 0, &address), "mapping memory");
     mapped_ = {static_cast<float*>(address), static_cast<std::size_t>(bytes / sizeof(float))};
 }
 
@@ -117,7 +117,7 @@ Context::Context(const DeviceDescription& description, std::optional<Validation>
 
 void Context::open() {
     const std::optional<std::uint32_t> family = computeQueueFamily(physical_);
-    if (!family) throw DeviceError(description_.name + " has no queue for computing.");
+    if (!family) throw DeviceError(description_.name + " has no queue for computing. Choose another device.");
     queueFamily_ = *family;
     constexpr float priority = 1;
     VkDeviceQueueCreateInfo queue{};
@@ -146,9 +146,9 @@ Buffer Context::makeBuffer(std::uint64_t count, Buffer::Place place) const {
     if (place == Buffer::Place::device && bytes > description_.limits.largestTensor) {
         throw DeviceError(description_.name + " takes tensors of at most " +
                           megabytes(description_.limits.largestTensor) + ", and one of " + megabytes(bytes) +
-                          " is needed.");
+                          " is needed. Choose shorter clips, or another device.");
     }
-    return {device(), memory_, bytes, place};
+    return {*this, bytes, place};
 }
 
 void Context::loadPipelines() {
@@ -166,7 +166,7 @@ void Context::loadPipelines() {
     info.sType = VK_STRUCTURE_TYPE_PIPELINE_CACHE_CREATE_INFO;
     info.initialDataSize = data.size();
     info.pInitialData = data.data();
-    cache_ = make<PipelineCacheHandle>(device(), vkCreatePipelineCache, info, "creating the pipeline cache");
+    cache_ = make<PipelineCacheHandle>(vkCreatePipelineCache, info, "creating the pipeline cache");
 }
 
 void Context::savePipelines() {
@@ -202,8 +202,7 @@ const Context::Layout& Context::layoutOf(Shader shader) {
     setInfo.bindingCount = static_cast<std::uint32_t>(bindings.size());
     setInfo.pBindings = bindings.data();
     Layout layout;
-    layout.set =
-        make<SetLayoutHandle>(device(), vkCreateDescriptorSetLayout, setInfo, "creating a descriptor layout");
+    layout.set = make<SetLayoutHandle>(vkCreateDescriptorSetLayout, setInfo, "creating a descriptor layout");
     const VkDescriptorSetLayout set = layout.set.get();
     const VkPushConstantRange push{VK_SHADER_STAGE_COMPUTE_BIT, 0, pushConstantBytes};
     VkPipelineLayoutCreateInfo info{};
@@ -212,8 +211,7 @@ const Context::Layout& Context::layoutOf(Shader shader) {
     info.pSetLayouts = &set;
     info.pushConstantRangeCount = 1;
     info.pPushConstantRanges = &push;
-    layout.pipeline =
-        make<PipelineLayoutHandle>(device(), vkCreatePipelineLayout, info, "creating a pipeline layout");
+    layout.pipeline = make<PipelineLayoutHandle>(vkCreatePipelineLayout, info, "creating a pipeline layout");
     return layouts_.emplace(shader, std::move(layout)).first->second;
 }
 
@@ -229,7 +227,7 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
     moduleInfo.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
     moduleInfo.codeSize = code.size_bytes();
     moduleInfo.pCode = code.data();
-    const auto module = make<ShaderHandle>(device(), vkCreateShaderModule, moduleInfo, "loading a shader");
+    const auto module = make<ShaderHandle>(vkCreateShaderModule, moduleInfo, "loading a shader");
 
     std::vector<VkSpecializationMapEntry> entries;
     for (std::uint32_t i = 0; i < constants.size(); ++i)
@@ -252,20 +250,25 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
     return result();
 }
 
+void Context::checkRun(VkResult result, const char* what) {
+    if (result == VK_ERROR_DEVICE_LOST) isLost_ = true;
+    check(result, what);
+}
+
 void Context::run(VkCommandBuffer commands) {
     VkFenceCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_FENCE_CREATE_INFO;
-    const auto fence = make<FenceHandle>(device(), vkCreateFence, info, "creating a fence");
+    const auto fence = make<FenceHandle>(vkCreateFence, info, "creating a fence");
     VkSubmitInfo submit{};
     submit.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
     submit.commandBufferCount = 1;
     submit.pCommandBuffers = &commands;
     {
         const std::scoped_lock lock(queueMutex_);
-        check(vkQueueSubmit(queue_, 1, &submit, fence.get()), "starting work");
+        checkRun(vkQueueSubmit(queue_, 1, &submit, fence.get()), "starting work");
     }
     const VkFence waited = fence.get();
-    check(vkWaitForFences(device(), 1, &waited, VK_TRUE, UINT64_MAX), "computing");
+    checkRun(vkWaitForFences(device(), 1, &waited, VK_TRUE, UINT64_MAX), "computing");
 }
 
 }  // namespace quillmere::network::vulkan

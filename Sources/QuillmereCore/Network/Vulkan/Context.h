@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -16,6 +17,8 @@
 
 namespace quillmere::network::vulkan {
 
+class Context;
+
 // Device memory as one array of bytes.
 class Buffer {
 public:
@@ -25,8 +28,8 @@ public:
         download,  // read by the host
     };
 
-    // Binds to memory of its own. id tells buffers apart in Access.
-    Buffer(VkDevice device, const VkPhysicalDeviceMemoryProperties& memory, std::uint64_t bytes, Place place);
+    // Binds to memory of its own. Throws DeviceError if there is not enough.
+    Buffer(const Context& context, std::uint64_t bytes, Place place);
     Buffer(Buffer&&) noexcept = default;
     Buffer& operator=(Buffer&&) noexcept = default;
 
@@ -63,6 +66,7 @@ public:
     [[nodiscard]] const DeviceDescription& description() const { return description_; }
     [[nodiscard]] const Tuning& tuning() const { return tuning_; }
     [[nodiscard]] VkDevice device() const { return device_.object; }
+    [[nodiscard]] const VkPhysicalDeviceMemoryProperties& memory() const { return memory_; }
     [[nodiscard]] std::uint32_t queueFamily() const { return queueFamily_; }
     // Nanoseconds of one unit of a timestamp; 0 if the queue has none.
     [[nodiscard]] double timestampPeriod() const { return timestampPeriod_; }
@@ -76,6 +80,18 @@ public:
 
     // Runs the command buffer and waits for its end. Throws DeviceError.
     void run(VkCommandBuffer commands);
+    // Whether a run found the device lost. That is for good: the device has to be opened again.
+    [[nodiscard]] bool isLost() const { return isLost_; }
+
+    // As the function of this name, for this device.
+    void check(VkResult result, const char* what) const { vulkan::check(result, description_.name, what); }
+    // Creates an object with one of Vulkan's vkCreate... functions. Throws DeviceError.
+    template <typename Owner, typename Create, typename Info>
+    [[nodiscard]] Owner make(Create create, const Info& info, const char* what) const {
+        decltype(std::declval<Owner>().get()) object = VK_NULL_HANDLE;
+        check(create(device(), &info, nullptr, &object), what);
+        return Owner(device(), object);
+    }
 
 private:
     struct Layout {
@@ -93,6 +109,7 @@ private:
     };
 
     void open();
+    void checkRun(VkResult result, const char* what);
     void loadPipelines();
     const Layout& layoutOf(Shader shader);
 
@@ -105,6 +122,8 @@ private:
     VkPhysicalDeviceMemoryProperties memory_{};
     OwnedDevice device_;  // outlives what is made with it, which comes after it
     VkQueue queue_ = VK_NULL_HANDLE;
+
+    std::atomic<bool> isLost_ = false;
 
     std::mutex queueMutex_;  // guards queue_
 

@@ -7,9 +7,6 @@
 // Owners of Vulkan objects. This header and those that include it stay inside Network/Vulkan.
 namespace quillmere::network::vulkan {
 
-// Throws DeviceError unless result is VK_SUCCESS. what completes "... failed: ".
-void check(VkResult result, const char* what);
-
 // An object that belongs to a device and is destroyed with it last.
 template <typename T, auto destroy>
 class Handle {
@@ -44,13 +41,5 @@ using DescriptorPoolHandle = Handle<VkDescriptorPool, vkDestroyDescriptorPool>;
 using CommandPoolHandle = Handle<VkCommandPool, vkDestroyCommandPool>;
 using FenceHandle = Handle<VkFence, vkDestroyFence>;
 using QueryPoolHandle = Handle<VkQueryPool, vkDestroyQueryPool>;
-
-// Creates an object with one of Vulkan's vkCreate... functions.
-template <typename Owner, typename Create, typename Info>
-[[nodiscard]] Owner make(VkDevice device, Create create, const Info& info, const char* what) {
-    decltype(std::declval<Owner>().get()) object = VK_NULL_HANDLE;
-    check(create(device, &info, nullptr, &object), what);
-    return Owner(device, object);
-}
 
 }  // namespace quillmere::network::vulkan

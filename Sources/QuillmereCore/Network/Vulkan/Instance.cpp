@@ -9,6 +9,7 @@
 namespace quillmere::network::vulkan {
 namespace {
 
+constexpr const char* loader = "Vulkan";  // what fails where there is no device yet
 constexpr const char* validationLayer = "VK_LAYER_KHRONOS_validation";
 
 VKAPI_ATTR VkBool32 VKAPI_CALL forwardMessage(VkDebugUtilsMessageSeverityFlagBitsEXT,
@@ -116,17 +117,19 @@ std::string problemOf(VkPhysicalDevice device, const VkPhysicalDeviceProperties&
 
 }  // namespace
 
-void check(VkResult result, const char* what) {
-    if (result == VK_SUCCESS) return;
-    const std::string failed = std::string("The graphics processor failed: ") + what;
+void check(VkResult result, const std::string& device, const char* what) {
     switch (result) {
+        case VK_SUCCESS:
+            return;
         case VK_ERROR_OUT_OF_DEVICE_MEMORY:
         case VK_ERROR_OUT_OF_HOST_MEMORY:
-            throw DeviceError(failed + ": there is not enough memory.");
+            throw DeviceError(device + " has not enough free memory. Close other programs that use it, or " +
+                              "choose another device.");
         case VK_ERROR_DEVICE_LOST:
-            throw DeviceError(failed + ": the device was lost. Try again, or choose another device.");
+            throw DeviceError(device + " was lost while " + what + ". Try again, or choose another device.");
         default:
-            throw DeviceError(failed + " (Vulkan error " + std::to_string(result) + ").");
+            throw DeviceError(device + " failed while " + what + " (Vulkan error " + std::to_string(result) +
+                              "). Update the graphics driver, or choose another device.");
     }
 }
 
@@ -139,7 +142,7 @@ Instance::Instance(std::optional<Validation> validation) : validation_(std::move
     info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
     info.pApplicationInfo = &application;
     if (!validation_) {
-        check(vkCreateInstance(&info, nullptr, &instance_), "loading the drivers");
+        check(vkCreateInstance(&info, nullptr, &instance_), loader, "loading the graphics drivers");
         return;
     }
     const char* const extension = VK_EXT_DEBUG_UTILS_EXTENSION_NAME;
@@ -155,11 +158,11 @@ Instance::Instance(std::optional<Validation> validation) : validation_(std::move
     info.ppEnabledLayerNames = &validationLayer;
     info.enabledExtensionCount = 1;
     info.ppEnabledExtensionNames = &extension;
-    check(vkCreateInstance(&info, nullptr, &instance_), "loading the drivers and the validation layers");
+    check(vkCreateInstance(&info, nullptr, &instance_), loader, "loading the validation layers");
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the loader's way to hand out functions
     const auto create = reinterpret_cast<PFN_vkCreateDebugUtilsMessengerEXT>(
         vkGetInstanceProcAddr(instance_, "vkCreateDebugUtilsMessengerEXT"));
-    check(create(instance_, &messenger, nullptr, &messenger_), "watching the validation layers");
+    check(create(instance_, &messenger, nullptr, &messenger_), loader, "watching the validation layers");
 }
 
 Instance::~Instance() {
@@ -187,7 +190,7 @@ VkPhysicalDevice Instance::find(const DeviceDescription& description) const {
         const DeviceDescription found = describe(device);
         if (found.uuid == description.uuid && found.name == description.name) return device;
     }
-    throw DeviceError(description.name + " is not there any more.");
+    throw DeviceError(description.name + " is not there any more. Choose another device.");
 }
 
 DeviceDescription describe(VkPhysicalDevice device) {

@@ -16,7 +16,8 @@ constexpr std::uint32_t keepDerivative = 4;
 constexpr std::uint32_t timesOperand = 8;
 
 std::uint32_t narrow(std::uint64_t value) {
-    if (value > UINT32_MAX) throw DeviceError("The images are too large for the graphics processor.");
+    // No storage buffer has more bytes than this, and nothing here has more items than a buffer.
+    require(value <= UINT32_MAX, "more items than a tensor can have");
     return static_cast<std::uint32_t>(value);
 }
 
@@ -57,12 +58,13 @@ Range Tensors::make(std::uint64_t count, Buffer::Place place) {
     return rangeOf(buffer, count);
 }
 
-ConvSize::ConvSize(const ConvLayer& layer, int batch)
+ConvSize::ConvSize(const ConvLayer& layer, int batch, int firstImages)
     : images(narrow(batch)),
       loChannels(narrow(layer.loChannels)),
       hiChannels(narrow(layer.hiChannels)),
       loHeight(narrow(layer.loHeight)),
-      loWidth(narrow(layer.loWidth)) {}
+      loWidth(narrow(layer.loWidth)),
+      wanted(narrow(firstImages)) {}
 
 Operations::Operations(Context& context, Sequence& sequence, Tensors& tensors)
     : sequence_(sequence), tensors_(tensors), tuning_(context.tuning()) {}
@@ -103,7 +105,7 @@ void Operations::state(const ProductCall& call) {
                         .shader = Shader::product,
                         .constants = std::move(constants),
                         .buffers = {in(call.a), in(call.b), out(call.result), in(operand), out(derivative)},
-                        .groups = {narrow(divideUp(call.size.columns, tile.columns)),
+                        .groups = {narrow(divideUp(call.columns, tile.columns)),
                                    narrow(divideUp(call.size.rows, tile.rows)), layers}});
 }
 
@@ -122,6 +124,7 @@ void Operations::down(const std::string& name, const ConvSize& size, const Range
     state({.name = name,
            .map = Map::down,
            .size = product,
+           .columns = size.wanted * size.loPixels(),
            .shape = shapeOf(size),
            .a = kernel,
            .b = hi,
@@ -136,6 +139,7 @@ void Operations::up(const std::string& name, const ConvSize& size, const Range& 
     state({.name = name,
            .map = Map::up,
            .size = product,
+           .columns = size.wanted * size.loPixels(),
            .shape = shapeOf(size),
            .a = kernel,
            .b = lo,
@@ -150,6 +154,7 @@ Slices Operations::slicedKernelGradient(const std::string& name, const ConvSize&
     return stateSliced({.name = name,
                         .map = Map::kernelGradient,
                         .size = product,
+                        .columns = product.columns,
                         .shape = shapeOf(size),
                         .a = lo,
                         .b = hi});
@@ -179,28 +184,29 @@ void Operations::expandKernel(const std::string& name, const ConvSize& size, con
             expanded.count);
 }
 
+Operations::ProductCall Operations::denseCall(const std::string& name, const ProductSize& size,
+                                              const Matrix& a, const Matrix& b) {
+    return {.name = name,
+            .map = Map::dense,
+            .size = size,
+            .columns = size.columns,
+            .shape = {1, narrow(size.rows), narrow(size.columns), narrow(size.depth), 1},
+            .strides = {a.rowStride, a.columnStride, b.rowStride, b.columnStride},
+            .a = a.range,
+            .b = b.range};
+}
+
 void Operations::product(const std::string& name, const ProductSize& size, const Matrix& a, const Matrix& b,
                          const Range& result, const Epilogue& epilogue) {
-    state({.name = name,
-           .map = Map::dense,
-           .size = size,
-           .shape = {1, narrow(size.rows), narrow(size.columns), narrow(size.depth), 1},
-           .strides = {a.rowStride, a.columnStride, b.rowStride, b.columnStride},
-           .a = a.range,
-           .b = b.range,
-           .result = result,
-           .epilogue = epilogue});
+    ProductCall call = denseCall(name, size, a, b);
+    call.result = result;
+    call.epilogue = epilogue;
+    state(call);
 }
 
 Slices Operations::slicedProduct(const std::string& name, const ProductSize& size, const Matrix& a,
                                  const Matrix& b) {
-    return stateSliced({.name = name,
-                        .map = Map::dense,
-                        .size = size,
-                        .shape = {1, narrow(size.rows), narrow(size.columns), narrow(size.depth), 1},
-                        .strides = {a.rowStride, a.columnStride, b.rowStride, b.columnStride},
-                        .a = a.range,
-                        .b = b.range});
+    return stateSliced(denseCall(name, size, a, b));
 }
 
 // ---- Sums
@@ -231,9 +237,9 @@ void Operations::channelSums(const std::string& name, std::uint32_t images, std:
 
 // ---- Last layer
 
-void Operations::outputImage(const OutputLayer& layer, int batch, const Range& tensor, const Range& kernel,
+void Operations::outputImage(const OutputLayer& layer, int images, const Range& tensor, const Range& kernel,
                              const Range& bias, const Range& image) {
-    std::vector<std::uint32_t> arguments = outputArguments(layer, batch);
+    std::vector<std::uint32_t> arguments = outputArguments(layer, images);
     arguments.insert(arguments.end(), {0, 0});
     // The buffers of the loss are not touched.
     perItem({.name = "output",
@@ -241,7 +247,7 @@ void Operations::outputImage(const OutputLayer& layer, int batch, const Range& t
              .constants = {0},
              .buffers = {in(tensor), in(kernel), in(bias), in(tensor), out(image), out(image), out(image)},
              .arguments = std::move(arguments)},
-            pixelsOf(layer, batch));
+            pixelsOf(layer, images));
 }
 
 Range Operations::outputLoss(const OutputLayer& layer, const LossTerm& loss, int batch, const Range& tensor,

@@ -54,8 +54,12 @@ struct Epilogue {
 // and lo [images][loChannels][loHeight][loWidth].
 struct ConvSize {
     std::uint32_t images = 0, loChannels = 0, hiChannels = 0, loHeight = 0, loWidth = 0;
+    // down and up compute at least these first images. They do it with the shader compiled for all images, in
+    // fewer groups: what is computed gets the same bits, and what shares a group with it may be computed too.
+    std::uint32_t wanted = 0;
 
-    ConvSize(const ConvLayer& layer, int batch);
+    ConvSize(const ConvLayer& layer, int batch) : ConvSize(layer, batch, batch) {}
+    ConvSize(const ConvLayer& layer, int batch, int firstImages);
     [[nodiscard]] std::uint64_t loPixels() const { return std::uint64_t{loHeight} * loWidth; }
     [[nodiscard]] std::uint64_t loCount() const { return images * loChannels * loPixels(); }
     [[nodiscard]] std::uint64_t hiCount() const { return images * hiChannels * loPixels() * 4; }
@@ -96,8 +100,8 @@ public:
     // total[i] = bias[i % bias.count] + the sum of the slices; without bias the sum alone.
     void sumSlices(const std::string& name, const Slices& slices, const Range& total, const Range& bias);
 
-    // tensor: input of the last layer, [batch][channels][height][width].
-    void outputImage(const OutputLayer& layer, int batch, const Range& tensor, const Range& kernel,
+    // tensor: input of the last layer, [images][channels][height][width].
+    void outputImage(const OutputLayer& layer, int images, const Range& tensor, const Range& kernel,
                      const Range& bias, const Range& image);
     // Gradient of the output and sums of the weighted squared errors in parts.
     [[nodiscard]] Range outputLoss(const OutputLayer& layer, const LossTerm& loss, int batch,
@@ -130,6 +134,7 @@ private:
         std::string name;
         Map map{};
         ProductSize size;
+        std::uint64_t columns = 0;               // dispatched: the first of size.columns
         std::array<std::uint32_t, 5> shape{};    // images, loChannels, hiChannels, loHeight, loWidth
         std::array<std::uint32_t, 4> strides{};  // dense only
         Range a, b;
@@ -139,6 +144,8 @@ private:
     };
 
     [[nodiscard]] static std::array<std::uint32_t, 5> shapeOf(const ConvSize& size);
+    [[nodiscard]] static ProductCall denseCall(const std::string& name, const ProductSize& size,
+                                               const Matrix& a, const Matrix& b);
     void state(const ProductCall& call);
     [[nodiscard]] Slices stateSliced(ProductCall call);
     [[nodiscard]] Slices slicedKernelGradient(const std::string& name, const ConvSize& size, const Range& lo,

@@ -66,14 +66,15 @@ void Sequence::makePools() {
     VkCommandPoolCreateInfo commandInfo{};
     commandInfo.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
     commandInfo.queueFamilyIndex = context_.queueFamily();
-    commandPool_ = make<CommandPoolHandle>(context_.device(), vkCreateCommandPool, commandInfo,
-                                           "creating a command pool");
+    commandPool_ =
+        context_.make<CommandPoolHandle>(vkCreateCommandPool, commandInfo, "creating a command pool");
     VkCommandBufferAllocateInfo commands{};
     commands.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
     commands.commandPool = commandPool_.get();
     commands.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
     commands.commandBufferCount = 1;
-    check(vkAllocateCommandBuffers(context_.device(), &commands, &commands_), "creating a command buffer");
+    context_.check(vkAllocateCommandBuffers(context_.device(), &commands, &commands_),
+                   "creating a command buffer");
 
     std::uint32_t sets = 0;
     std::uint32_t descriptors = 0;
@@ -89,15 +90,15 @@ void Sequence::makePools() {
         info.maxSets = sets;
         info.poolSizeCount = 1;
         info.pPoolSizes = &size;
-        descriptorPool_ = make<DescriptorPoolHandle>(context_.device(), vkCreateDescriptorPool, info,
-                                                     "creating a descriptor pool");
+        descriptorPool_ =
+            context_.make<DescriptorPoolHandle>(vkCreateDescriptorPool, info, "creating a descriptor pool");
     }
     if (mode_ == Mode::profiled && context_.timestampPeriod() > 0) {
         VkQueryPoolCreateInfo info{};
         info.sType = VK_STRUCTURE_TYPE_QUERY_POOL_CREATE_INFO;
         info.queryType = VK_QUERY_TYPE_TIMESTAMP;
         info.queryCount = static_cast<std::uint32_t>(operations_.size()) + 1;
-        queryPool_ = make<QueryPoolHandle>(context_.device(), vkCreateQueryPool, info, "creating a clock");
+        queryPool_ = context_.make<QueryPoolHandle>(vkCreateQueryPool, info, "creating a clock");
     }
 }
 
@@ -105,7 +106,7 @@ void Sequence::record() {
     makePools();
     VkCommandBufferBeginInfo begin{};
     begin.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
-    check(vkBeginCommandBuffer(commands_, &begin), "beginning to record");
+    context_.check(vkBeginCommandBuffer(commands_, &begin), "beginning to record");
     if (queryPool_.get() != VK_NULL_HANDLE)
         vkCmdResetQueryPool(commands_, queryPool_.get(), 0,
                             static_cast<std::uint32_t>(operations_.size()) + 1);
@@ -125,7 +126,7 @@ void Sequence::record() {
         }
     }
     barrier(VK_PIPELINE_STAGE_HOST_BIT, VK_ACCESS_HOST_READ_BIT);
-    check(vkEndCommandBuffer(commands_), "ending the recording");
+    context_.check(vkEndCommandBuffer(commands_), "ending the recording");
     context_.savePipelines();
 }
 
@@ -164,7 +165,8 @@ void Sequence::recordDispatch(const Dispatch& dispatch) {
     const DeviceDescription& device = context_.description();
     for (std::size_t axis = 0; axis < dispatch.groups.size(); ++axis) {
         if (dispatch.groups[axis] > device.limits.workGroups[axis])
-            throw DeviceError(device.name + " cannot compute images of this size.");
+            throw DeviceError(device.name + " cannot compute images of this size. Choose shorter clips, or " +
+                              "another device.");
     }
     const Pipeline pipeline = context_.pipeline(dispatch.shader, dispatch.constants);
     const VkDescriptorSet set = makeSet(dispatch, pipeline.setLayout);
@@ -186,7 +188,7 @@ VkDescriptorSet Sequence::makeSet(const Dispatch& dispatch, VkDescriptorSetLayou
     info.descriptorSetCount = 1;
     info.pSetLayouts = &layout;
     VkDescriptorSet set = VK_NULL_HANDLE;
-    check(vkAllocateDescriptorSets(context_.device(), &info, &set), "binding buffers");
+    context_.check(vkAllocateDescriptorSets(context_.device(), &info, &set), "binding buffers");
     std::vector<VkDescriptorBufferInfo> buffers;
     for (const Bound& bound : dispatch.buffers) {
         const Range& range = bound.range;
@@ -219,10 +221,11 @@ std::vector<std::pair<Shader, std::vector<std::uint32_t>>> Sequence::pipelines()
 std::vector<OperationTime> Sequence::times() const {
     if (queryPool_.get() == VK_NULL_HANDLE) return {};
     std::vector<std::uint64_t> ticks(stamps_);
-    check(vkGetQueryPoolResults(context_.device(), queryPool_.get(), 0, stamps_,
-                                ticks.size() * sizeof(std::uint64_t), ticks.data(), sizeof(std::uint64_t),
-                                VK_QUERY_RESULT_64_BIT | VK_QUERY_RESULT_WAIT_BIT),
-          "reading the clock");
+    context_.check(
+        vkGetQueryPoolResults(context_.device(), queryPool_.get(), 0, stamps_,
+                              ticks.size() * sizeof(std::uint64_t), ticks.data(), sizeof(std::uint64_t),
+                              VK_QUERY_RESULT_64_BIT | VK_QUERY_RESULT_WAIT_BIT),
+        "reading the clock");
     std::vector<OperationTime> times;
     for (std::size_t i = 0; i < names_.size(); ++i) {
         const auto elapsed = static_cast<double>(ticks[i + 1] - ticks[i]);

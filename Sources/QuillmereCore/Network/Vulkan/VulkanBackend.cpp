@@ -1,5 +1,7 @@
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
 
+#include <mutex>
+
 #include "QuillmereCore/Network/Vulkan/Context.h"
 #include "QuillmereCore/Network/Vulkan/Instance.h"
 #include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
@@ -10,15 +12,33 @@ namespace {
 class VulkanBackend final : public Backend {
 public:
     explicit VulkanBackend(const DeviceDescription& description)
-        : device_{Device::Kind::gpu, description.name}, context_(std::make_shared<Context>(description)) {}
+        : device_{Device::Kind::gpu, description.name},
+          description_(description),
+          context_(std::make_shared<Context>(description)) {}
 
     [[nodiscard]] const Device& device() const noexcept override { return device_; }
     [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, Purpose purpose) override {
-        return std::make_unique<VulkanExecutor>(context_, plan, purpose);
+        const std::shared_ptr<Context> context = openContext();
+        try {
+            return std::make_unique<VulkanExecutor>(context, plan, purpose);
+        } catch (const DeviceError&) {
+            if (!context->isLost()) throw;
+        }
+        // Lost while nobody used it, to sleep or to another program's mistake: it may well be back.
+        return std::make_unique<VulkanExecutor>(openContext(), plan, purpose);
     }
 
 private:
+    // The device, opened anew if it was lost.
+    [[nodiscard]] std::shared_ptr<Context> openContext() {
+        const std::scoped_lock lock(mutex_);
+        if (context_->isLost()) context_ = std::make_shared<Context>(description_);
+        return context_;
+    }
+
     Device device_;
+    DeviceDescription description_;
+    std::mutex mutex_;  // guards context_
     std::shared_ptr<Context> context_;
 };
 

@@ -13,7 +13,8 @@ namespace quillmere::network::vulkan {
 
 // Opens a device of devices(). Throws DeviceError if it is gone or does not open. The backend's compile()
 // throws DeviceError for a network that the device cannot take; a step, encode or decode throws DeviceError
-// if the device is lost, and its executor is of no use then.
+// if the device is lost, and its executor is of no use then. The next compile() opens a lost device anew, and
+// throws DeviceError if that fails too.
 // Threads: backend and executors may be used by several threads, each executor by one at a time.
 [[nodiscard]] std::unique_ptr<Backend> makeBackend(const DeviceDescription& device);
 

@@ -52,12 +52,17 @@ VulkanExecutor::VulkanExecutor(std::shared_ptr<Context> context, const Plan& pla
     checkLayers(plan_.encoder, ConvLayer::Kind::down);
     checkLayers(plan_.decoder, ConvLayer::Kind::up);
     makeTensors();
+    recordTransfers();
     if (training()) {
         recordStep();
     } else {
-        recordEncode();
-        recordDecode();
+        encode_[plan_.batch] = recordEncode(plan_.batch);
+        decode_[plan_.batch] = recordDecode(plan_.batch);
     }
+    // Also finds out whether the device has been lost since it was opened, while another one can still take
+    // its place.
+    std::fill(floats(staging_).begin(), floats(staging_).end(), 0.0F);
+    load_->run();
 }
 
 std::uint64_t VulkanExecutor::latents() const {
@@ -66,6 +71,13 @@ std::uint64_t VulkanExecutor::latents() const {
 
 std::uint64_t VulkanExecutor::flattened() const {
     return static_cast<std::uint64_t>(plan_.batch) * plan_.mean.inputs;
+}
+
+int VulkanExecutor::itemsOf(std::span<const float> values, std::uint64_t itemSize) const {
+    const std::uint64_t items = values.size() / itemSize;
+    require(values.size() == items * itemSize && items <= static_cast<std::uint64_t>(plan_.batch),
+            "wrong number of values for a batch");
+    return static_cast<int>(items);
 }
 
 // ---- Tensors
@@ -88,6 +100,8 @@ void VulkanExecutor::makeTensors() {
     upload_ = tensors_.make(pixels() + latents() + stepScalars, Buffer::Place::upload);
     download_ = tensors_.make(std::max(pixels(), 2 * latents()), Buffer::Place::download);
     parameters_ = makeArena();
+    // One buffer for both ways, of the kind that the host reads fast.
+    staging_ = tensors_.make(parameters_.whole.count, Buffer::Place::download);
     x_ = tensors_.make(pixels());
     image_ = training() ? Range{} : tensors_.make(pixels());
     for (Range* const tensor : {&mean_, &logVariance_, &z_})
@@ -138,12 +152,13 @@ std::unique_ptr<Sequence> VulkanExecutor::newSequence() const {
 
 // ---- Forward
 
-void VulkanExecutor::stateEncoder(Operations& operations) {
+void VulkanExecutor::stateEncoder(Operations& operations, int images) {
     Range input = x_;
     for (std::size_t k = 0; k < plan_.encoder.size(); ++k) {
         const ConvLayer& layer = plan_.encoder[k];
         operations.down(
-            layerName("enc", k), sizeOf(layer), parameters_.each[layer.weight], input, encoder_[k].value,
+            layerName("enc", k), {layer, plan_.batch, images}, parameters_.each[layer.weight], input,
+            encoder_[k].value,
             {.bias = parameters_.each[layer.bias], .silu = true, .derivative = encoder_[k].derivative});
         input = encoder_[k].value;
     }
@@ -160,7 +175,7 @@ void VulkanExecutor::stateHead(Operations& operations, const std::string& name, 
     operations.sumSlices(name + " sum", slices, result, parameters_.each[head.bias]);
 }
 
-void VulkanExecutor::stateDecoder(Operations& operations) {
+void VulkanExecutor::stateDecoder(Operations& operations, int images) {
     const DenseLayer& dense = plan_.decoderInput;
     const ProductSize size{static_cast<std::uint64_t>(plan_.batch), static_cast<std::uint64_t>(dense.outputs),
                            static_cast<std::uint64_t>(dense.inputs)};
@@ -175,7 +190,7 @@ void VulkanExecutor::stateDecoder(Operations& operations) {
         const std::string name = layerName("dec", k);
         operations.expandKernel(name + " kernel", sizeOf(layer), parameters_.each[layer.weight], kernels_[k]);
         operations.up(
-            name, sizeOf(layer), kernels_[k], input, decoder_[k].value,
+            name, {layer, plan_.batch, images}, kernels_[k], input, decoder_[k].value,
             {.bias = parameters_.each[layer.bias], .silu = true, .derivative = decoder_[k].derivative});
         input = decoder_[k].value;
     }
@@ -191,9 +206,9 @@ void VulkanExecutor::stateStep(Operations& operations) {
     step_->copy(part(upload_, pixels(), latents()), eps_);
     step_->copy(part(upload_, pixels() + latents(), stepScalars), scalars_);
 
-    stateEncoder(operations);
+    stateEncoder(operations, plan_.batch);
     operations.latent(plan_.latent, mean_, logVariance_, eps_, z_, kl_);
-    stateDecoder(operations);
+    stateDecoder(operations, plan_.batch);
     const Range errors = operations.outputLoss(output, plan_.loss, plan_.batch, last, kernel,
                                                parameters_.each[output.bias], x_, image_);
     operations.loss(errors, pixels(), kl_, results_);
@@ -285,6 +300,19 @@ void VulkanExecutor::stateEncoderBackward(Operations& operations, Range gradient
 
 // ---- Recording
 
+void VulkanExecutor::recordTransfers() {
+    load_ = std::make_unique<Sequence>(*context_);
+    load_->copy(staging_, parameters_.whole);
+    if (training()) {
+        for (const Arena* const arena : {&parameterGradients_, &first_, &second_})
+            load_->clear(arena->whole);
+    }
+    load_->record();
+    save_ = std::make_unique<Sequence>(*context_);
+    save_->copy(parameters_.whole, staging_);
+    save_->record();
+}
+
 void VulkanExecutor::recordStep() {
     step_ = newSequence();
     Operations operations(*context_, *step_, tensors_);
@@ -292,67 +320,61 @@ void VulkanExecutor::recordStep() {
     step_->record();
 }
 
-void VulkanExecutor::recordEncode() {
-    encode_ = newSequence();
-    encode_->copy(part(upload_, 0, pixels()), x_);
-    Operations operations(*context_, *encode_, tensors_);
-    stateEncoder(operations);
-    encode_->copy(mean_, part(download_, 0, latents()));
-    encode_->copy(logVariance_, part(download_, latents(), latents()));
-    encode_->record();
+std::unique_ptr<Sequence> VulkanExecutor::recordEncode(int images) {
+    const std::uint64_t pixels = plan_.imageSize() * images;
+    const auto latents = static_cast<std::uint64_t>(images) * plan_.latent.dim;
+    auto encode = newSequence();
+    encode->copy(part(upload_, 0, pixels), part(x_, 0, pixels));
+    Operations operations(*context_, *encode, tensors_);
+    stateEncoder(operations, images);
+    encode->copy(part(mean_, 0, latents), part(download_, 0, latents));
+    encode->copy(part(logVariance_, 0, latents), part(download_, latents, latents));
+    encode->record();
+    return encode;
 }
 
-void VulkanExecutor::recordDecode() {
-    decode_ = newSequence();
-    decode_->copy(part(upload_, pixels(), latents()), z_);
-    Operations operations(*context_, *decode_, tensors_);
-    stateDecoder(operations);
-    operations.outputImage(plan_.output, plan_.batch, decoder_.back().value,
-                           parameters_.each[plan_.output.weight], parameters_.each[plan_.output.bias],
-                           image_);
-    decode_->copy(image_, part(download_, 0, pixels()));
-    decode_->record();
+std::unique_ptr<Sequence> VulkanExecutor::recordDecode(int images) {
+    const std::uint64_t pixels = plan_.imageSize() * images;
+    const auto latents = static_cast<std::uint64_t>(images) * plan_.latent.dim;
+    auto decode = newSequence();
+    decode->copy(part(upload_, 0, latents), part(z_, 0, latents));
+    Operations operations(*context_, *decode, tensors_);
+    stateDecoder(operations, images);
+    operations.outputImage(plan_.output, images, decoder_.back().value, parameters_.each[plan_.output.weight],
+                           parameters_.each[plan_.output.bias], image_);
+    decode->copy(part(image_, 0, pixels), part(download_, 0, pixels));
+    decode->record();
+    return decode;
 }
 
 // ---- Executor
 
 void VulkanExecutor::setWeights(std::span<const std::vector<float>> weights) {
     require(weights.size() == plan_.parameters.size(), "wrong number of weight arrays");
-    Tensors staging(*context_);
-    const Range all = staging.make(parameters_.whole.count, Buffer::Place::upload);
-    std::fill(floats(all).begin(), floats(all).end(), 0.0F);
     for (std::size_t p = 0; p < weights.size(); ++p)
-        put(weights[p], part(all, parameters_.each[p].first, parameters_.each[p].count));
-    Sequence sequence(*context_);
-    sequence.copy(all, parameters_.whole);
-    if (training()) {
-        for (const Arena* const arena : {&parameterGradients_, &first_, &second_})
-            sequence.clear(arena->whole);
-    }
-    sequence.record();
-    sequence.run();
+        put(weights[p], part(staging_, parameters_.each[p].first, parameters_.each[p].count));
+    load_->run();
 }
 
-std::vector<std::vector<float>> VulkanExecutor::read(const Arena& arena) const {
-    Tensors staging(*context_);
-    const Range all = staging.make(arena.whole.count, Buffer::Place::download);
-    Sequence sequence(*context_);
-    sequence.copy(arena.whole, all);
-    sequence.record();
-    sequence.run();
+std::vector<std::vector<float>> VulkanExecutor::staged() const {
     std::vector<std::vector<float>> arrays;
-    for (const Range& each : arena.each)
-        get(part(all, each.first, each.count), arrays.emplace_back(each.count));
+    for (const Range& each : parameters_.each)
+        get(part(staging_, each.first, each.count), arrays.emplace_back(each.count));
     return arrays;
 }
 
 std::vector<std::vector<float>> VulkanExecutor::weights() const {
-    return read(parameters_);
+    save_->run();
+    return staged();
 }
 
 std::vector<std::vector<float>> VulkanExecutor::gradients() const {
     require(training(), "gradients without training");
-    return read(parameterGradients_);
+    Sequence sequence(*context_);
+    sequence.copy(parameterGradients_.whole, staging_);
+    sequence.record();
+    sequence.run();
+    return staged();
 }
 
 StepResult VulkanExecutor::step(std::span<const float> x, std::span<const float> eps, float learningRate,
@@ -370,21 +392,28 @@ StepResult VulkanExecutor::step(std::span<const float> x, std::span<const float>
 }
 
 void VulkanExecutor::encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) {
-    if (!encode_) recordEncode();
-    put(x, part(upload_, 0, pixels()));
-    encode_->run();
-    get(part(download_, 0, latents()), mean);
+    const int images = itemsOf(x, plan_.imageSize());
+    if (images == 0) return;
+    std::unique_ptr<Sequence>& sequence = encode_[images];
+    if (!sequence) sequence = recordEncode(images);
+    put(x, part(upload_, 0, x.size()));
+    sequence->run();
+    const auto latents = static_cast<std::uint64_t>(images) * plan_.latent.dim;
+    get(part(download_, 0, latents), mean);
     if (logVariance.empty()) return;
-    get(part(download_, latents(), latents()), logVariance);
+    get(part(download_, latents, latents), logVariance);
     for (float& value : logVariance)
         value = std::clamp(value, plan_.latent.logVarMin, plan_.latent.logVarMax);
 }
 
 void VulkanExecutor::decode(std::span<const float> z, std::span<float> images) {
-    if (!decode_) recordDecode();
-    put(z, part(upload_, pixels(), latents()));
-    decode_->run();
-    get(part(download_, 0, pixels()), images);
+    const int items = itemsOf(z, static_cast<std::uint64_t>(plan_.latent.dim));
+    if (items == 0) return;
+    std::unique_ptr<Sequence>& sequence = decode_[items];
+    if (!sequence) sequence = recordDecode(items);
+    put(z, part(upload_, 0, z.size()));
+    sequence->run();
+    get(part(download_, 0, items * plan_.imageSize()), images);
 }
 
 }  // namespace quillmere::network::vulkan

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <span>
 #include <string>
@@ -16,11 +17,12 @@ namespace quillmere::network::vulkan {
 // layout, each on a boundary of 64 floats in one array; gradients and moments likewise.
 //
 // A step is one sequence, recorded at construction: the images, the noise and two scalars go up, two scalars
-// come down, everything else stays on the device. encode and decode are recorded at construction too, unless
-// the executor is for training, where few ask for them: then at their first call.
+// come down, everything else stays on the device. encode and decode are recorded once per number of images,
+// at the first call with it; for whole batches at construction already, unless the executor is for training,
+// where few ask for them. The memory that training needs is taken at construction.
 class VulkanExecutor final : public Executor {
 public:
-    // Throws DeviceError if the device cannot take the plan.
+    // All weights are zero. Throws DeviceError if the device cannot take the plan, or was lost.
     VulkanExecutor(std::shared_ptr<Context> context, const Plan& plan, Purpose purpose,
                    Sequence::Mode mode = Sequence::Mode::plain);
 
@@ -31,9 +33,10 @@ public:
                     float klWeight) override;
     void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) override;
     void decode(std::span<const float> z, std::span<float> images) override;
+    [[nodiscard]] bool takesPartialBatches() const noexcept override { return true; }
 
     [[nodiscard]] const Sequence& stepSequence() const { return *step_; }
-    // On the device, without the parameters.
+    // Of all buffers, those that the host sees included.
     [[nodiscard]] std::uint64_t tensorBytes() const { return tensors_.bytes(); }
 
 private:
@@ -52,6 +55,8 @@ private:
     [[nodiscard]] std::uint64_t latents() const;
     [[nodiscard]] std::uint64_t flattened() const;
     [[nodiscard]] ConvSize sizeOf(const ConvLayer& layer) const { return {layer, plan_.batch}; }
+    // The number of items of a batch that values are.
+    [[nodiscard]] int itemsOf(std::span<const float> values, std::uint64_t itemSize) const;
 
     Arena makeArena();
     void makeTensors();
@@ -59,16 +64,19 @@ private:
     void makeGradients();
     [[nodiscard]] std::unique_ptr<Sequence> newSequence() const;
 
+    void recordTransfers();
     void recordStep();
-    void recordEncode();
-    void recordDecode();
+    // For the first images of a batch.
+    [[nodiscard]] std::unique_ptr<Sequence> recordEncode(int images);
+    [[nodiscard]] std::unique_ptr<Sequence> recordDecode(int images);
 
-    // Each states its operations in order.
+    // Each states its operations in order. Those of the encoder and the decoder compute at least the first
+    // images of the batch; the dense layers take no less time for fewer, and compute all.
     void stateStep(Operations& operations);
-    void stateEncoder(Operations& operations);
+    void stateEncoder(Operations& operations, int images);
     void stateHead(Operations& operations, const std::string& name, const DenseLayer& head,
                    const Range& result);
-    void stateDecoder(Operations& operations);
+    void stateDecoder(Operations& operations, int images);
     // Return the gradient of the part's input (before its SiLU).
     Range stateDecoderBackward(Operations& operations, Range gradient);
     Range stateLatentBackward(Operations& operations, const Range& gradient);
@@ -78,7 +86,8 @@ private:
     // The gradient buffer that gradient is not in.
     [[nodiscard]] Range otherGradient(const Range& gradient, std::uint64_t count) const;
 
-    [[nodiscard]] std::vector<std::vector<float>> read(const Arena& arena) const;
+    // What staging_ holds, one array per parameter.
+    [[nodiscard]] std::vector<std::vector<float>> staged() const;
 
     std::shared_ptr<Context> context_;
     Plan plan_;
@@ -89,6 +98,7 @@ private:
     Arena parameters_, parameterGradients_, first_, second_;  // all but the first in training only
     Range upload_;                                            // images, noise, scalars
     Range download_;                                          // results of a step, encode or decode
+    Range staging_;                                           // an arena on its way up or down
     Range x_, eps_, scalars_, results_;
     std::vector<LayerOutput> encoder_, decoder_;  // outputs of the layers
     LayerOutput decoderStart_;                    // output of the dense layer before the decoder
@@ -97,7 +107,9 @@ private:
     Range meanGradient_, logVarianceGradient_;
     Range gradientA_, gradientB_;  // of activations, used in turns
 
-    std::unique_ptr<Sequence> step_, encode_, decode_;
+    std::unique_ptr<Sequence> load_, save_;  // the weights from and to staging_
+    std::unique_ptr<Sequence> step_;
+    std::map<int, std::unique_ptr<Sequence>> encode_, decode_;  // by the number of images
 };
 
 }  // namespace quillmere::network::vulkan

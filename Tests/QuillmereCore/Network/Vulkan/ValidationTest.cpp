@@ -60,6 +60,8 @@ TEST_P(Validated, TrainingEncodingAndDecodingGiveNoMessage) {
         if (purpose == Purpose::training) executor.step(input.x, input.eps, 1e-3F, 0.01F);
         executor.encode(input.x, mean, logVariance);
         executor.decode(input.eps, images);
+        executor.encode(std::span(input.x).first(shape.imageSize()), std::span(mean).first(5), {});
+        executor.decode(std::span(input.eps).first(5), std::span(images).first(shape.imageSize()));
         (void)executor.weights();
     }
     EXPECT_THAT(device.messages(), IsEmpty());
