@@ -14,6 +14,11 @@ if(QUILLMERE_VULKAN)
         XDG_CACHE_HOME=${PROJECT_BINARY_DIR}/shader-cache
         MESA_SHADER_CACHE_DIR=${PROJECT_BINARY_DIR}/shader-cache
         LP_NUM_THREADS=1)
+    # The same behind a layer that fails when a test says so; such a test links FaultyDriver.
+    set(QUILLMERE_FAULTY_GPU_FOLDER ${PROJECT_BINARY_DIR}/faulty-driver)
+    set(QUILLMERE_FAULTY_GPU ${QUILLMERE_SOFTWARE_GPU}
+        VK_LAYER_PATH=${QUILLMERE_FAULTY_GPU_FOLDER}
+        VK_INSTANCE_LAYERS=VK_LAYER_QUILLMERE_faulty_driver)
 endif()
 
 # quillmere_add_test(NAME SOURCES file... [LIBRARIES lib...] [ENVIRONMENT variable=value...] [WHOLE])
