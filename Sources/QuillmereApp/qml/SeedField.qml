@@ -56,7 +56,8 @@ Item {
     }
     Row {
         id: last
-        anchors.left: field.left
+        // The longest seeds need more room than the field has.
+        x: Math.min(field.x, seed.width - width)
         anchors.top: field.bottom
         anchors.topMargin: Theme.tight
         height: 24

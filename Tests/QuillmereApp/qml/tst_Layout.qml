@@ -53,6 +53,31 @@ WindowCase {
         generated(12);
         verifyAllSizes();
     }
+    function test_dialogHoldsWhatItShows() {
+        click("savePreset");
+        tryVerify(() => focusName() === "presetName", limit);
+        keyClick("/");  // brings a line about the name
+        for (const size of sizes) {
+            resize(size.width, size.height);
+            const sheet = item("sheet");
+            for (const name of ["presetName", "cancelPreset", "confirmPreset"]) {
+                const place = item(name).mapToItem(sheet, 0, 0);
+                verify(place.x >= 16 && place.x + item(name).width <= sheet.width - 16, name);
+                verify(place.y >= 16 && place.y + item(name).height <= sheet.height - 16, name);
+            }
+            compare(Stage.clippedTexts(window.contentItem), []);
+        }
+    }
+    function test_longestSeedStaysInItsColumn() {
+        model.seedText = "18446744073709551615";
+        generated(1);
+        for (const size of sizes) {
+            resize(size.width, size.height);
+            const field = item("seed");
+            const button = item("reuseSeed");
+            verify(button.mapToItem(null, button.width, 0).x <= field.mapToItem(null, field.width, 0).x);
+        }
+    }
     function test_error() {
         scanned(3);
         model.generate();

@@ -9,7 +9,7 @@ T.Dialog {
     parent: T.Overlay.overlay
     anchors.centerIn: parent
     width: Math.min(400, (parent ? parent.width : 400) - 2 * Theme.outer)
-    implicitHeight: contentItem.implicitHeight + implicitHeaderHeight + topPadding + bottomPadding
+    implicitHeight: implicitContentHeight + implicitHeaderHeight + topPadding + bottomPadding
     padding: Theme.outer + 4
     topPadding: Theme.between
     modal: true
@@ -26,6 +26,7 @@ T.Dialog {
         Accessible.role: Accessible.Heading
     }
     background: Rectangle {
+        objectName: "sheet"
         color: Theme.popup
         radius: Theme.cardRadius
         border.color: Theme.controlLine
