@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh build app test
+scripts/setup.sh build app test pictures
 cmake --preset dev -DQUILLMERE_BUILD_APP=ON > /dev/null
 cmake --build --preset dev --target quillmere-pictures
 

@@ -23,7 +23,7 @@ test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrog
       qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
 demo=(sonic-pi-samples)
 lint=(clang-format clang-tidy git)
-pictures=(python3 python3-numpy python3-matplotlib flac)
+pictures=(python3 python3-numpy python3-matplotlib flac sonic-pi-samples imagemagick fonts-roboto-unhinted)
 peers=(python3 python3-numpy python3-torch ffmpeg util-linux findutils)
 
 die() {

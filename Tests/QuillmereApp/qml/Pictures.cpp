@@ -2,7 +2,7 @@
 //
 //     quillmere-pictures [--steps N] FOLDER [NAME...]
 //
-// N: steps of the training (default 800). NAME: only pictures whose names begin so. The model behind the
+// N: steps of the training (default 500). NAME: only pictures whose names begin so. The model behind the
 // window is real: it scans, learns and generates in a folder of its own. Runs on the offscreen platform
 // unless another one is asked for.
 
@@ -73,7 +73,10 @@ public:
         scanning();
         fewSamples();
         untrained();
-        training();
+        if (isWanted(QStringLiteral("training-dark")) || isWanted(QStringLiteral("training-light")) ||
+            isWanted(QStringLiteral("training-small")))
+            training();
+        train();
         trained();
         generating();
         results();
@@ -104,12 +107,14 @@ private:
         if (!QTest::qWaitForWindowExposed(window_)) qFatal("The window does not appear.");
     }
 
+    [[nodiscard]] bool isWanted(const QString& name) const {
+        return wanted_.isEmpty() || std::any_of(wanted_.begin(), wanted_.end(),
+                                                [&](const QString& start) { return name.startsWith(start); });
+    }
+
     // The window now, in one size and appearance.
     void take(const QString& name, QSize size = {1180, 820}, Appearance::Mode mode = Appearance::Dark) {
-        const bool isWanted =
-            wanted_.isEmpty() || std::any_of(wanted_.begin(), wanted_.end(),
-                                             [&](const QString& start) { return name.startsWith(start); });
-        if (!isWanted) return;
+        if (!isWanted(name)) return;
         model_->appearance()->setMode(mode);
         window_->resize(size);
         QTest::qWait(600);
@@ -166,6 +171,8 @@ private:
         take(QStringLiteral("training-small"), {640, 480});
         model_->cancelTraining();
         waitUntilIdle();
+    }
+    void train() {
         world_.steps = steps_;
         model_->train();
         waitUntilIdle();
@@ -238,7 +245,7 @@ int main(int argc, char** argv) {
     quillmere::testing::useDesktopFont();
     QQuickStyle::setStyle(QStringLiteral("Basic"));
     QStringList arguments = QGuiApplication::arguments().mid(1);
-    int steps = 800;
+    int steps = 500;
     if (arguments.size() > 1 && arguments[0] == QLatin1String("--steps")) {
         steps = arguments[1].toInt();
         arguments = arguments.mid(2);
