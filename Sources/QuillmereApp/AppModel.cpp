@@ -265,8 +265,8 @@ void AppModel::forgetRecentCorpora() {
 
 void AppModel::chooseCorpus() {
     if (isTraining_ || isGenerating_) return;
-    emit corpusChooserRequested(existingFolder(hasCorpus() ? QFileInfo(corpusURL_.toLocalFile()).path()
-                                                           : environment_.homeFolder));
+    emit corpusChooserRequested(
+        existingFolder(hasCorpus() ? QFileInfo(corpusURL_.toLocalFile()).path() : environment_.homeFolder));
 }
 
 bool AppModel::isFolder(const QUrl& url) const {

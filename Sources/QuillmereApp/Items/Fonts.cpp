@@ -14,7 +14,7 @@ namespace {
 QString familyForFigures(const QString& text) {
     if (Fonts::hasTabularFigures(text)) return text;
     for (const char* family : {"Noto Sans", "Open Sans", "Roboto", "DejaVu Sans"}) {
-        const QString name = QString::fromLatin1(family);
+        QString name = QString::fromLatin1(family);
         if (QFontDatabase::hasFamily(name) && Fonts::hasTabularFigures(name)) return name;
     }
     return QFontDatabase::systemFont(QFontDatabase::FixedFont).family();

@@ -80,7 +80,7 @@ QString LossChart::description() const {
 double LossChart::roundUp(double value) {
     if (!std::isfinite(value) || value <= 0) return 1;
     const double power = std::pow(10, std::floor(std::log10(value)));
-    for (const double factor : {1.0, 2.0, 2.5, 5.0}) {
+    for (const double factor : {1.0, 2.0, 2.5, 3.0, 4.0, 5.0}) {
         if (factor * power >= value) return factor * power;
     }
     return 10 * power;

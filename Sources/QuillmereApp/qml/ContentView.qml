@@ -8,7 +8,7 @@ FocusScope {
 
     required property AppModel app
     readonly property bool wide: width >= 900
-    readonly property real cardsWidth: wide ? Math.round(Math.max(312, Math.min(400, width * 0.3))) : width - 2 * Theme.outer
+    readonly property real cardsWidth: wide ? Math.round(Math.max(312, Math.min(400, width * 0.285))) : width - 2 * Theme.outer
     readonly property real characterWidth: wide ? width - cardsWidth - 2 * Theme.outer - Theme.between : cardsWidth
     // Scroll bars stand beside the cards, so that these are as wide with one as without.
     readonly property real barWidth: 10

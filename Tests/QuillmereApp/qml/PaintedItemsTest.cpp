@@ -217,7 +217,9 @@ private slots:
         QTest::newRow("one") << 1.0 << 1.0;
         QTest::newRow("above one") << 1.01 << 2.0;
         QTest::newRow("between two and two and a half") << 2.2 << 2.5;
-        QTest::newRow("small") << 0.031 << 0.05;
+        QTest::newRow("between two and a half and three") << 0.28 << 0.3;
+        QTest::newRow("small") << 0.031 << 0.04;
+        QTest::newRow("above four") << 4.2 << 5.0;
         QTest::newRow("above five") << 6.0 << 10.0;
         QTest::newRow("zero") << 0.0 << 1.0;
         QTest::newRow("negative") << -3.0 << 1.0;

@@ -34,7 +34,7 @@ namespace {
 // Strokes on a pair of small drums, from the package sonic-pi-samples (all of it in the public domain).
 QFileInfoList drumStrokes() {
     const QDir folder(QStringLiteral("/usr/share/sonic-pi/samples"), QStringLiteral("tabla_*.flac"));
-    const QFileInfoList files = folder.entryInfoList();
+    QFileInfoList files = folder.entryInfoList();
     if (files.size() < 20) qFatal("The package sonic-pi-samples is missing.");
     return files;
 }

@@ -105,7 +105,8 @@ Item {
         }
         // The default
         Rectangle {
-            visible: control.marked
+            // Not as a sliver beside the handle
+            visible: control.marked && Math.abs(control.xOf(control.defaultPosition) - control.xOf(control.position)) > control.handleSize / 2 + 1
             x: Math.round(control.xOf(control.defaultPosition)) - 1
             width: 2
             height: 9
