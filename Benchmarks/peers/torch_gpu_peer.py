@@ -12,56 +12,18 @@ import statistics
 import time
 
 import torch
-import torch.nn.functional as F
 
 from torch_peer import BATCH, LATENT, Network
 
 
-class CardNetwork(Network):
-    """The same network with a choice of memory format, and a step without a wait in it."""
-
-    def __init__(self, height, width, device, memory_format):
-        super().__init__(height, width)
-        self.format = memory_format
-        with torch.no_grad():
-            for parameter in self.parameters:
-                layout = memory_format if parameter.dim() == 4 else torch.contiguous_format
-                parameter.data = parameter.data.to(device, memory_format=layout)
-        self.first = [torch.zeros_like(p) for p in self.parameters]
-        self.second = [torch.zeros_like(p) for p in self.parameters]
-
-    def encode(self, x):
-        h = x.to(memory_format=self.format)
-        for weight, bias in self.encoder:
-            h = F.silu(F.conv2d(h, weight, bias, stride=2, padding=1))
-        flat = h.reshape(h.shape[0], -1)
-        mean = flat @ self.mean[0] + self.mean[1]
-        return mean, (flat @ self.log_var[0] + self.log_var[1]).clamp(-12, 6)
-
-    def decode(self, z):
-        h = F.silu(z @ self.dense[0] + self.dense[1]).view(z.shape[0], 192, *self.deep)
-        h = h.to(memory_format=self.format)
-        for weight, bias in self.decoder:
-            h = F.silu(F.conv2d(F.interpolate(h, scale_factor=2, mode="nearest"), weight, bias, padding=1))
-        return F.conv2d(h, *self.output, padding=1)
-
-    def update(self, x, eps, scalars, rate=1e-4, kl_weight=0.002):
-        """One step; leaves loss, mse and kl in scalars."""
-        mean, log_var = self.encode(x)
-        difference = self.decode(mean + torch.exp(0.5 * log_var) * eps) - x
-        mse = (difference * difference * (1 + 3 * (x > -0.95).to(x.dtype))).mean()
-        kl = -0.5 * ((1 + log_var) - (mean * mean + log_var.exp())).mean()
-        loss = mse + kl_weight * kl
-        gradients = torch.autograd.grad(loss, self.parameters)
-        with torch.no_grad():
-            torch._foreach_mul_(self.first, 0.9)
-            torch._foreach_add_(self.first, gradients, alpha=0.1)
-            torch._foreach_mul_(self.second, 0.999)
-            torch._foreach_addcmul_(self.second, gradients, gradients, 0.001)
-            scale = torch._foreach_sqrt(self.second)
-            torch._foreach_add_(scale, 1e-8)
-            torch._foreach_addcdiv_(self.parameters, self.first, scale, -rate)
-            scalars.copy_(torch.stack([loss, mse, kl]))
+def move(network, device):
+    """The network's parameters to the card, in its memory layout."""
+    for parameter in network.parameters:
+        layout = network.layout if parameter.dim() == 4 else torch.contiguous_format
+        parameter.data = parameter.data.to(device, memory_format=layout)
+    network.first = [torch.zeros_like(p) for p in network.parameters]
+    network.second = [torch.zeros_like(p) for p in network.parameters]
+    return network
 
 
 class Step:
@@ -75,16 +37,19 @@ class Step:
         self.scalars = torch.zeros(3, device=device)
         self.graph = None
 
+    def update(self):
+        self.scalars.copy_(torch.stack(self.network.update(*self.inputs)))
+
     def capture(self):
         stream = torch.cuda.Stream()
         stream.wait_stream(torch.cuda.current_stream())
         with torch.cuda.stream(stream):
             for _ in range(3):
-                self.network.update(*self.inputs, self.scalars)
+                self.update()
         torch.cuda.current_stream().wait_stream(stream)
         self.graph = torch.cuda.CUDAGraph()
         with torch.cuda.graph(self.graph):
-            self.network.update(*self.inputs, self.scalars)
+            self.update()
 
     def __call__(self):
         for host, tensor in zip(self.host, self.inputs):
@@ -92,7 +57,7 @@ class Step:
         if self.graph:
             self.graph.replay()
         else:
-            self.network.update(*self.inputs, self.scalars)
+            self.update()
         return self.scalars.tolist()
 
 
@@ -132,7 +97,7 @@ def main():
                 continue
             torch.manual_seed(0)
             layout = torch.contiguous_format if way == "eager" else torch.channels_last
-            network = CardNetwork(height, width, arguments.device, layout)
+            network = move(Network(height, width, layout), arguments.device)
             step = Step(network, height, width, arguments.device)
             if way == "graph":
                 step.capture()
