@@ -199,19 +199,18 @@ int ComputeDevices::chosenIndex() const {
     return found == names_.end() ? -1 : static_cast<int>(found - names_.begin()) + 1;
 }
 
+QString ComputeDevices::nameAt(int index) const {
+    return QString::fromStdString(names_[static_cast<std::size_t>(index)]);
+}
+
 QString ComputeDevices::automaticName() const {
-    const QString processor = QString::fromStdString(names_.front());
     if (isAutomatic() && opened_) return QString::fromStdString(distinctNames({*opened_}).front());
-    if (isListed_) {
-        const int index = network::chosenDevice(devices_, ChosenDevice::automatic);
-        return QString::fromStdString(names_[static_cast<std::size_t>(index)]);
-    }
-    return environment_.mayHaveGraphicsCard ? QString() : processor;
+    if (isListed_) return nameAt(network::chosenDevice(devices_, ChosenDevice::automatic));
+    return environment_.mayHaveGraphicsCard ? QString() : nameAt(0);
 }
 
 QString ComputeDevices::name() const {
-    const QString processor = QString::fromStdString(names_.front());
-    if (processorStandsIn_ || choice_ == ChosenDevice::processor) return processor;
+    if (processorStandsIn_ || choice_ == ChosenDevice::processor) return nameAt(0);
     if (!isAutomatic()) return QString::fromStdString(choice_);
     const QString automatic = automaticName();
     return automatic.isEmpty() ? QStringLiteral("Automatic") : automatic;

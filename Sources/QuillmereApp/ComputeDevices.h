@@ -85,6 +85,7 @@ private:
     void processorStandsIn(const std::string& message);
     void setDevices(std::vector<network::DeviceDescription> devices);
     void fallBack(const std::string& problem);
+    [[nodiscard]] QString nameAt(int index) const;  // in devices_; the processor is the first
 
     const Environment& environment_;
     Preferences& preferences_;

@@ -15,7 +15,9 @@ using Type = FakeMachine::Type;
 constexpr const char* card = "GeForce, 4070";  // with a comma, as names of drivers have
 constexpr const char* driver = "llvmpipe (LLVM 15.0.6, 256 bits)";
 
-// Indices in the list of cards() below.
+constexpr int patience = 60000;  // milliseconds until something that must come is missed
+
+// In the picker, with the devices of addCards.
 enum Choice { Automatic, Processor, Card, Driver };
 
 void addCards(TestWorld& world) {
@@ -26,7 +28,7 @@ void addCards(TestWorld& world) {
 
 void list(AppModel& model) {
     model.devices()->list();
-    QTRY_VERIFY(!model.devices()->isListing());
+    QTRY_VERIFY_WITH_TIMEOUT(!model.devices()->isListing(), patience);
 }
 
 // Lists the devices and chooses one.
@@ -95,8 +97,8 @@ private slots:
         model.devices()->list();
         QVERIFY(model.devices()->isListing());
         QVERIFY(!model.devices()->isListed());
-        QTRY_VERIFY(model.devices()->isListed());
-        QTRY_COMPARE(listing.count(), 2);
+        QTRY_VERIFY_WITH_TIMEOUT(model.devices()->isListed(), patience);
+        QTRY_COMPARE_WITH_TIMEOUT(listing.count(), 2, patience);
         QCOMPARE(model.devices()->devices().size(), 4);
         QCOMPARE(device(model, 0).value("name").toString(), QStringLiteral("Processor"));
         QCOMPARE(device(model, 0).value("type").toString(), QStringLiteral("cpu"));
@@ -272,7 +274,7 @@ private slots:
         model.audition();
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(world.machine.compiled, std::vector<std::string>{"CPU"});
-        QTRY_VERIFY(model.isPlayingAudition());
+        QTRY_VERIFY_WITH_TIMEOUT(model.isPlayingAudition(), patience);
     }
 
     void aStoredModelIsOpenedOnTheChosenDevice() {
@@ -344,8 +346,10 @@ private slots:
             AppModel model(world.environment);
             QSignalSpy notices(&model, &AppModel::notice);
             QVERIFY(model.devices()->isAutomatic());
-            QTRY_COMPARE(texts(notices), QStringList("The stored choice of a device cannot be read. It is "
-                                                     "chosen automatically."));
+            QTRY_COMPARE_WITH_TIMEOUT(texts(notices),
+                                      QStringList("The stored choice of a device cannot be read. It is "
+                                                  "chosen automatically."),
+                                      patience);
             QCOMPARE(model.errorMessage(), QString());
             QCOMPARE(model.count(), 7);
         }
@@ -432,7 +436,8 @@ private slots:
             Qt::DirectConnection);
         std::thread([&] { world.machine.notice("The card is full. The processor is used instead."); }).join();
         QCOMPARE(notices.count(), 0);
-        QTRY_COMPARE(texts(notices), QStringList("The card is full. The processor is used instead."));
+        QTRY_COMPARE_WITH_TIMEOUT(texts(notices),
+                                  QStringList("The card is full. The processor is used instead."), patience);
         QCOMPARE(thread, QThread::currentThreadId());
         QCOMPARE(model.errorMessage(), QString());
     }
@@ -471,7 +476,7 @@ private slots:
         prepare(model, world.makeCorpus("corpus"));
         QSignalSpy finished(&model, &AppModel::trainingFinished);
         model.train();
-        QTRY_VERIFY_WITH_TIMEOUT(model.trainingStep() > 0, 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(model.trainingStep() > 0, patience);
         world.machine.fails = true;
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(model.errorMessage(), QStringLiteral("The device was lost."));

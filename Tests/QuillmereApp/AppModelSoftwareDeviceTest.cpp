@@ -42,7 +42,7 @@ private slots:
         {
             AppModel model(world.environment);
             model.devices()->list();
-            QTRY_VERIFY(model.devices()->isListed());
+            QTRY_VERIFY_WITH_TIMEOUT(model.devices()->isListed(), patience);
             QCOMPARE(model.devices()->automaticName(), QStringLiteral("Processor"));
             const int index = softwareDevice(model);
             QVERIFY2(index > 0, "There is no software device; run this test through ctest.");
