@@ -5,6 +5,7 @@
 
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereCore/Network/GPU.h"
+#include "QuillmereCore/Network/Vulkan/FaultyDriver/FaultyDriver.h"
 
 namespace quillmere::testing {
 namespace {
@@ -28,6 +29,20 @@ int softwareDevice(AppModel& model) {
     return found == devices.end() ? 0 : static_cast<int>(found - devices.begin()) + 1;
 }
 
+// 0 where this program was not started by ctest.
+int choose(AppModel& model) {
+    model.devices()->list();
+    if (!QTest::qWaitFor([&] { return model.devices()->isListed(); }, patience)) return 0;
+    const int index = softwareDevice(model);
+    if (index > 0) model.chooseDevice(index);
+    return index;
+}
+
+bool train(AppModel& model) {
+    model.train();
+    return waitUntilIdle(model, patience);
+}
+
 }  // namespace
 
 class AppModelSoftwareDeviceTest : public QObject {
@@ -41,17 +56,13 @@ private slots:
         QString name;
         {
             AppModel model(world.environment);
-            model.devices()->list();
-            QTRY_VERIFY_WITH_TIMEOUT(model.devices()->isListed(), patience);
-            QCOMPARE(model.devices()->automaticName(), QStringLiteral("Processor"));
-            const int index = softwareDevice(model);
+            const int index = choose(model);
             QVERIFY2(index > 0, "There is no software device; run this test through ctest.");
+            QCOMPARE(model.devices()->automaticName(), QStringLiteral("Processor"));
             name = model.devices()->devices().at(index - 1).toMap().value("name").toString();
-            model.chooseDevice(index);
 
             prepare(model, corpus);
-            model.train();
-            QVERIFY(waitUntilIdle(model, patience));
+            QVERIFY(train(model));
             QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
             QCOMPARE(GPU::shared().device().kind, network::Device::Kind::gpu);
             QCOMPARE(QString::fromStdString(GPU::shared().device().name), name);
@@ -72,6 +83,48 @@ private slots:
         QVERIFY(restarted.hasModel());
         QCOMPARE(restarted.devices()->name(), name);
         QCOMPARE(QString::fromStdString(GPU::shared().device().name), name);
+    }
+
+    void aLossInTheMiddleOfTrainingEndsTheRunAndTheNextOneLearnsAgain() {
+        TestWorld world;
+        world.steps = 5;
+        useRealDevices(world);
+        AppModel model(world.environment);
+        QVERIFY(choose(model) > 0);
+        const QString name = model.devices()->name();
+        prepare(model, world.makeCorpus("corpus"));
+        FaultyDriver::loseDeviceAt(4);
+        QVERIFY(train(model));
+        FaultyDriver::behave();
+        QVERIFY2(model.errorMessage().contains(QLatin1String("was lost while computing")),
+                 qPrintable(model.errorMessage()));
+        QCOMPARE(model.devices()->problem(), model.errorMessage());
+        QVERIFY(!model.hasModel());
+        QVERIFY(model.trainingStep() > 0);
+        QSignalSpy notices(&model, &AppModel::notice);
+        QVERIFY(train(model));
+        QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+        QCOMPARE(model.errorMessage(), QString());
+        QCOMPARE(model.devices()->name(), name);
+        QCOMPARE(model.devices()->problem(), QString());
+        QCOMPARE(notices.count(), 0);
+    }
+
+    void aFullDeviceLeavesTheWorkToTheProcessorAndSaysSo() {
+        TestWorld world;
+        useRealDevices(world);
+        AppModel model(world.environment);
+        QVERIFY(choose(model) > 0);
+        prepare(model, world.makeCorpus("corpus"));
+        QSignalSpy notices(&model, &AppModel::notice);
+        FaultyDriver::failAllocationsFrom(1);
+        QVERIFY(train(model));
+        FaultyDriver::behave();
+        QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+        QCOMPARE(model.errorMessage(), QString());
+        QVERIFY(notices.count() > 0);
+        QVERIFY(model.devices()->problem().endsWith(QLatin1String("The processor is used instead.")));
+        QCOMPARE(model.devices()->name(), QStringLiteral("Processor"));
     }
 };
 
