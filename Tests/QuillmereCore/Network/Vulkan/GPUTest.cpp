@@ -24,7 +24,7 @@ using testing::NetworkShape;
 
 // Collects what the user would be told.
 class SharedGPU : public ::testing::Test {
-protected:
+public:
     SharedGPU() {
         GPU::shared().setNotice([this](const std::string& message) { notices.push_back(message); });
     }

@@ -25,7 +25,7 @@ namespace FaultyDriver = testing::FaultyDriver;
 const NetworkShape shape{32, 32, 4, 2};
 
 class LostDevice : public ::testing::Test {
-protected:
+public:
     LostDevice() {
         GPU::shared().choose("llvmpipe");
         GPU::shared().setNotice([this](const std::string& message) { notices.push_back(message); });

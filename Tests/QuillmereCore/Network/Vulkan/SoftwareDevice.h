@@ -45,6 +45,7 @@ public:
     std::vector<float> run(const network::vulkan::Range& tensor) { return run(std::vector{tensor}).front(); }
     std::vector<std::vector<float>> run(const std::vector<network::vulkan::Range>& tensors) {
         std::vector<network::vulkan::Range> hosts;
+        hosts.reserve(tensors.size());
         for (const network::vulkan::Range& tensor : tensors) {
             hosts.push_back(tensors_.make(tensor.count, network::vulkan::Buffer::Place::download));
             sequence_.copy(tensor, hosts.back());
@@ -52,6 +53,7 @@ public:
         sequence_.record();
         sequence_.run();
         std::vector<std::vector<float>> results;
+        results.reserve(hosts.size());
         for (const network::vulkan::Range& host : hosts)
             results.emplace_back(host.buffer->floats().begin(), host.buffer->floats().end());
         return results;
