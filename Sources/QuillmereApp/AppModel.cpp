@@ -144,12 +144,11 @@ struct AppModel::Scan {
 AppModel::AppModel(Environment environment, QObject* parent)
     : QObject(parent),
       environment_(std::move(environment)),
-      preferences_(environment_.settingsFile, this),
+      preferences_(environment_.settingsFile),
       appearance_(preferences_, environment_.followDesktop),
       devices_(environment_, preferences_),
       parameters_([this](const Aesthetics& aesthetics) { editParameters(aesthetics); }),
-      player_(environment_.makePlayer()),
-      tasks_(this) {
+      player_(environment_.makePlayer()) {
     connect(&devices_, &ComputeDevices::notice, this, &AppModel::notice);
     connect(player_.get(), &Player::started, this, &AppModel::playbackStarted);
     connect(player_.get(), &Player::failed, this, &AppModel::playbackFailed);
@@ -280,12 +279,9 @@ void AppModel::scan() {
     scanCancel_ = std::make_shared<CancelFlag>();
     assignRunning(isScanning_, true, &AppModel::isScanningChanged);
     const auto tell = thinned([this, choice = corpusChoice_](std::size_t done, std::size_t total) {
-        QMetaObject::invokeMethod(
-            this,
-            [=, this] {
-                if (choice == corpusChoice_) scanProgressed(done, total);
-            },
-            Qt::QueuedConnection);
+        tasks_.post([=, this] {
+            if (choice == corpusChoice_) scanProgressed(done, total);
+        });
     });
     const auto progress = [this, tell](std::size_t done, std::size_t total) {
         tell(done, total);
@@ -367,14 +363,11 @@ std::shared_ptr<SampleGenerator> AppModel::moved(const std::shared_ptr<SampleGen
                                                  const std::shared_ptr<ChosenDevice>& device) {
     if (!device) return generator;
     auto compiled = device->makeGenerator(generator->bundle());
-    QMetaObject::invokeMethod(
-        this,
-        [this, generator, compiled, device] {
-            if (generator_ != generator) return;  // another model has been chosen
-            generator_ = compiled;
-            generatorDevice_ = device;
-        },
-        Qt::QueuedConnection);
+    tasks_.post([this, generator, compiled, device] {
+        if (generator_ != generator) return;  // another model has been chosen
+        generator_ = compiled;
+        generatorDevice_ = device;
+    });
     return compiled;
 }
 
@@ -450,8 +443,7 @@ void AppModel::train(const Returned& returned) {
     trainCancel_ = std::make_shared<CancelFlag>();
     assignRunning(isTraining_, true, &AppModel::isTrainingChanged);
     const auto progress = [this](const TrainingProgress& record) {
-        QMetaObject::invokeMethod(
-            this, [this, record] { receive(record); }, Qt::QueuedConnection);
+        tasks_.post([this, record] { receive(record); });
         watched(Run::training, record.step);
     };
     const auto device = deviceToCompileFor();
@@ -770,14 +762,11 @@ void AppModel::startGeneration(const QUrl& folder, const Returned& returned) {
                                     .format = format_,
                                     .namePrefix = std::nullopt};
     const auto progress = [this](std::int64_t done, std::int64_t total) {
-        QMetaObject::invokeMethod(
-            this,
-            [=, this] {
-                generationDone_ = static_cast<int>(done);
-                generationTotal_ = static_cast<int>(total);
-                emit generationProgressChanged();
-            },
-            Qt::QueuedConnection);
+        tasks_.post([=, this] {
+            generationDone_ = static_cast<int>(done);
+            generationTotal_ = static_cast<int>(total);
+            emit generationProgressChanged();
+        });
         watched(Run::generation, done);
     };
     runInBackground(

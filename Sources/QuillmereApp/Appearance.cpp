@@ -55,7 +55,7 @@ struct DesktopWish {
 }  // namespace
 
 Appearance::Appearance(Preferences& preferences, bool followDesktop, QObject* parent)
-    : QObject(parent), preferences_(preferences), tasks_(this, 1) {
+    : QObject(parent), preferences_(preferences), tasks_(1) {
     bool isNumber = false;
     const int stored = preferences.value(modeKey).toInt(&isNumber);
     if (isNumber && stored >= System && stored <= Dark) mode_ = static_cast<Mode>(stored);

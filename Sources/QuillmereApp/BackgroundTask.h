@@ -1,17 +1,17 @@
 #pragma once
 
-#include <QMetaObject>
-#include <QObject>
 #include <QString>
 #include <QThreadPool>
-#include <exception>
+#include <functional>
+#include <map>
 #include <memory>
-#include <new>
+#include <mutex>
 #include <optional>
 #include <type_traits>
 #include <utility>
 
 #include "QuillmereApp/CancelFlag.h"
+#include "QuillmereApp/QueuedCalls.h"
 #include "QuillmereCore/Network/Devices.h"
 #include "QuillmereCore/Util/Failure.h"
 
@@ -25,68 +25,53 @@ struct TaskFailure {
 };
 
 // The work that an object of the user-interface thread has in the background. Its destructor waits for all of
-// it: make it the owner's last member, and ask long work to stop (CancelFlag) before it goes.
+// it and drops the answers that have not been delivered: make it the owner's last member, and ask long work
+// to stop (CancelFlag) before it goes.
 class BackgroundTasks {
 public:
-    // Answers are delivered on owner's thread, as long as owner lives. At most threads pieces of work run at
-    // a time, the others wait for their turn.
-    explicit BackgroundTasks(QObject* owner, int threads = 8) : owner_(owner) {
-        pool_.setMaxThreadCount(threads);
-    }
-    ~BackgroundTasks() { pool_.waitForDone(); }
+    // Answers are delivered on the thread that makes it. At most threads pieces of work run at a time, the
+    // others wait for their turn.
+    explicit BackgroundTasks(int threads = 8);
+    ~BackgroundTasks();
     BackgroundTasks(const BackgroundTasks&) = delete;
     BackgroundTasks& operator=(const BackgroundTasks&) = delete;
 
-    void waitForAll() { pool_.waitForDone(); }
+    void waitForAll();
 
     // Runs work() on another thread, then done(its value) (done() for void), or failed(TaskFailure) when it
-    // throws, on the owner's thread. Of waiting pieces of work the one of higher priority starts first.
+    // throws, on the answers' thread. Of waiting pieces of work the one of higher priority starts first, of
+    // equal ones the older.
     template <typename Work, typename Done, typename Failed>
     void run(Work work, Done done, Failed failed, int priority = 0) {
-        pool_.start(
-            [owner = owner_, work = std::move(work), done = std::move(done),
-             failed = std::move(failed)]() mutable {
-                std::optional<TaskFailure> failure = attempt([&] {
+        // Shared, because a std::function is copied, and work and values may be move-only.
+        auto shared = std::make_shared<Work>(std::move(work));
+        start(
+            [this, shared, done = std::move(done), failed = std::move(failed)] {
+                auto failure = attempt([&] {
                     if constexpr (std::is_void_v<std::invoke_result_t<Work&>>) {
-                        work();
-                        deliver(owner, std::move(done));
+                        (*shared)();
+                        post(done);
                     } else {
-                        // Shared, because Qt copies what it queues and a value may be large or move-only.
-                        auto value = std::make_shared<std::invoke_result_t<Work&>>(work());
-                        deliver(owner, [value, done]() mutable { done(std::move(*value)); });
+                        auto value = std::make_shared<std::invoke_result_t<Work&>>((*shared)());
+                        post([value, done]() mutable { done(std::move(*value)); });
                     }
                 });
-                if (failure) {
-                    deliver(owner, [failed, failure = std::move(*failure)]() mutable { failed(failure); });
-                }
+                if (failure) post([failed, failure = std::move(*failure)]() mutable { failed(failure); });
             },
             priority);
     }
 
+    // By any thread, in the middle of its work: calls function on the answers' thread.
+    void post(std::function<void()> function) { calls_.add(std::move(function)); }
+
 private:
-    template <typename Function>
-    static void deliver(QObject* owner, Function function) {
-        QMetaObject::invokeMethod(owner, std::move(function), Qt::QueuedConnection);
-    }
+    void start(std::function<void()> job, int priority);
+    void runNext();
+    static std::optional<TaskFailure> attempt(const std::function<void()>& function);
 
-    // An exception must not leave the task: the pool would lose its text.
-    template <typename Function>
-    static std::optional<TaskFailure> attempt(Function function) {
-        try {
-            function();
-        } catch (const CancellationError& error) {
-            return TaskFailure{.message = QString::fromUtf8(error.what()), .cancelled = true};
-        } catch (const network::DeviceError& error) {
-            return TaskFailure{.message = QString::fromUtf8(error.what()), .ofDevice = true};
-        } catch (const std::bad_alloc&) {
-            return TaskFailure{.message = QStringLiteral("There is not enough memory for this.")};
-        } catch (const std::exception& error) {
-            return TaskFailure{.message = QString::fromUtf8(error.what())};
-        }
-        return std::nullopt;
-    }
-
-    QObject* owner_;
+    QueuedCalls calls_;
+    std::mutex mutex_;                                                   // guards waiting_
+    std::multimap<int, std::function<void()>, std::greater<>> waiting_;  // by priority
     QThreadPool pool_;
 };
 

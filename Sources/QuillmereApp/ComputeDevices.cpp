@@ -43,22 +43,16 @@ bool areSame(const DeviceDescription& a, const DeviceDescription& b) {
 
 }  // namespace
 
-// Whatever thread it is called on.
-template <typename Function>
-void ComputeDevices::later(Function function) {
-    QMetaObject::invokeMethod(this, std::move(function), Qt::QueuedConnection);
-}
-
 ComputeDevices::ComputeDevices(const Environment& environment, Preferences& preferences, QObject* parent)
     : QObject(parent),
       environment_(environment),
       preferences_(preferences),
       devices_{network::processor()},
       names_(distinctNames(devices_)),
-      tasks_(this, 1) {
+      tasks_(1) {
     restoreChoice();
     environment_.setDeviceNotice(
-        [this](const std::string& message) { later([this, message] { processorStandsIn(message); }); });
+        [this](const std::string& message) { tasks_.post([this, message] { processorStandsIn(message); }); });
 }
 
 ComputeDevices::~ComputeDevices() {
@@ -73,7 +67,7 @@ void ComputeDevices::restoreChoice() {
     choose(isText ? stored.toString().toStdString() : ChosenDevice::automatic);
     if (isText || !stored.isValid()) return;
     // Nobody listens to an object that is being made.
-    later([this] {
+    tasks_.post([this] {
         emit notice(
             QStringLiteral("The stored choice of a device cannot be read. It is chosen automatically."));
     });
@@ -88,10 +82,12 @@ void ComputeDevices::choose(std::string choice) {
     const ChosenDevice::Listener listener{
         .opened =
             [this, number](const ChosenDevice::Opening& opening) {
-                later([this, number, opening] { opened(number, opening); });
+                tasks_.post([this, number, opening] { opened(number, opening); });
             },
         .processorStandsIn =
-            [this](const std::string& message) { later([this, message] { processorStandsIn(message); }); },
+            [this](const std::string& message) {
+                tasks_.post([this, message] { processorStandsIn(message); });
+            },
     };
     chosen_ = std::make_shared<ChosenDevice>(environment_, choice_, listener);
     emit changed();

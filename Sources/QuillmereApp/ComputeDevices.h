@@ -77,8 +77,6 @@ signals:
     void notice(const QString& text);
 
 private:
-    template <typename Function>
-    void later(Function function);
     void restoreChoice();
     void choose(std::string choice);
     void opened(quint64 number, const ChosenDevice::Opening& opening);

@@ -5,7 +5,7 @@
 
 namespace quillmere {
 
-Preferences::Preferences(QString file, QObject* owner) : file_(std::move(file)), writer_(owner, 1) {
+Preferences::Preferences(QString file) : file_(std::move(file)), writer_(1) {
     const QSettings stored(file_, QSettings::IniFormat);
     for (const QString& key : stored.allKeys())
         values_.insert(key, stored.value(key));

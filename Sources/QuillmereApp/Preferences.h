@@ -12,8 +12,7 @@ namespace quillmere {
 // of the calls, because a write waits for the disk. The destructor waits for what is still to be written.
 class Preferences {
 public:
-    // owner: any object of the user-interface thread that outlives this one.
-    Preferences(QString file, QObject* owner);
+    explicit Preferences(QString file);
 
     // Invalid when there is none.
     [[nodiscard]] QVariant value(const QString& key) const { return values_.value(key); }

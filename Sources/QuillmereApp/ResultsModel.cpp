@@ -32,7 +32,7 @@ std::vector<bool> existing(const std::vector<std::filesystem::path>& files, cons
 }  // namespace
 
 ResultsModel::ResultsModel(QObject* parent)
-    : QAbstractListModel(parent), staleRows_(std::make_shared<CancelFlag>()), tasks_(this, 2) {
+    : QAbstractListModel(parent), staleRows_(std::make_shared<CancelFlag>()), tasks_(2) {
     // A program that deletes a thousand files tells of each.
     refreshSoon_.setSingleShot(true);
     refreshSoon_.setInterval(200ms);

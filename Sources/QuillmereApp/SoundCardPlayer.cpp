@@ -17,6 +17,7 @@
 
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/Player.h"
+#include "QuillmereApp/QueuedCalls.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Util/Failure.h"
 
@@ -264,12 +265,9 @@ private:
     // From the playing thread: event on this object's thread, unless another play or stop has come first.
     template <typename Event>
     void post(quint64 play, Event event) {
-        QMetaObject::invokeMethod(
-            this,
-            [this, play, event] {
-                if (play == number_) event();
-            },
-            Qt::QueuedConnection);
+        calls_.add([this, play, event] {
+            if (play == number_) event();
+        });
     }
     void onStarted(double seconds) {
         isPlaying_ = true;
@@ -287,6 +285,7 @@ private:
     QString file_;
     quint64 number_ = 0;  // of the newest play or stop
     bool isPlaying_ = false;
+    QueuedCalls calls_;
     std::shared_ptr<Playback> playback_;
     std::thread thread_;
 };

@@ -117,9 +117,8 @@ QPalette lightPalette() {
 // An appearance with preferences of its own.
 struct Subject {
     explicit Subject(const TestWorld& world)
-        : preferences(world.environment.settingsFile, &owner), appearance(preferences, true) {}
+        : preferences(world.environment.settingsFile), appearance(preferences, true) {}
 
-    QObject owner;
     Preferences preferences;
     Appearance appearance;
 };

@@ -18,7 +18,7 @@ class BackgroundTaskTest : public QObject {
 
 private slots:
     void worksElsewhereAndAnswersHere() {
-        BackgroundTasks tasks(this);
+        BackgroundTasks tasks;
         QThread* worked = nullptr;
         QThread* answered = nullptr;
         int value = 0;
@@ -39,7 +39,7 @@ private slots:
     }
 
     void handsOverValuesThatCannotBeCopied() {
-        BackgroundTasks tasks(this);
+        BackgroundTasks tasks;
         std::unique_ptr<int> got;
         runInBackground(
             tasks, [] { return std::make_unique<int>(7); },
@@ -49,7 +49,7 @@ private slots:
     }
 
     void aFailureKeepsItsText() {
-        BackgroundTasks tasks(this);
+        BackgroundTasks tasks;
         TaskFailure failure;
         runInBackground(
             tasks, [] { throw Failure("kick.wav contains no audio"); }, [] { QFAIL("no success expected"); },
@@ -59,7 +59,7 @@ private slots:
     }
 
     void aCancellationIsNoFailure() {
-        BackgroundTasks tasks(this);
+        BackgroundTasks tasks;
         bool cancelled = false;
         runInBackground(
             tasks, []() -> int { throw CancellationError(); }, [](int) {},
@@ -68,7 +68,7 @@ private slots:
     }
 
     void lackOfMemoryIsSaidInWords() {
-        BackgroundTasks tasks(this);
+        BackgroundTasks tasks;
         QString message;
         runInBackground(
             tasks, [] { throw std::bad_alloc(); }, [] {},
@@ -76,12 +76,24 @@ private slots:
         QTRY_COMPARE(message, QStringLiteral("There is not enough memory for this."));
     }
 
+    void postedCallsComeInOrderAndBeforeTheAnswer() {
+        BackgroundTasks tasks;
+        std::vector<int> order;
+        tasks.run(
+            [&] {
+                for (int i = 0; i < 100; ++i)
+                    tasks.post([&order, i] { order.push_back(i); });
+            },
+            [&] { order.push_back(100); }, [](const TaskFailure&) {});
+        QTRY_COMPARE(order.size(), 101U);
+        QVERIFY(std::is_sorted(order.begin(), order.end()));
+    }
+
     void theDestructorWaitsAndNothingArrivesLater() {
         std::atomic<bool> worked = false;
-        auto owner = std::make_unique<QObject>();
         bool answered = false;
         {
-            BackgroundTasks tasks(owner.get());
+            BackgroundTasks tasks;
             runInBackground(
                 tasks,
                 [&] {
@@ -91,13 +103,12 @@ private slots:
                 [&] { answered = true; }, [](const TaskFailure&) {});
         }
         QVERIFY(worked);
-        owner.reset();
         deliverEvents();
         QVERIFY(!answered);
     }
 
     void oneThreadKeepsTheOrder() {
-        BackgroundTasks tasks(this, 1);
+        BackgroundTasks tasks(1);
         std::vector<int> order;
         for (int i = 0; i < 20; ++i)
             runInBackground(
@@ -108,7 +119,7 @@ private slots:
     }
 
     void higherPrioritiesStartFirst() {
-        BackgroundTasks tasks(this, 1);
+        BackgroundTasks tasks(1);
         std::vector<int> order;
         QSemaphore queued;
         tasks.run([&] { queued.acquire(); }, [] {}, [](const TaskFailure&) {});

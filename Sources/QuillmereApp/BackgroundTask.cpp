@@ -1,0 +1,58 @@
+#include "QuillmereApp/BackgroundTask.h"
+
+#include <QThreadPool>
+
+namespace quillmere {
+
+BackgroundTasks::BackgroundTasks(int threads) {
+    pool_.setMaxThreadCount(threads);
+}
+
+BackgroundTasks::~BackgroundTasks() {
+    waitForAll();
+}
+
+void BackgroundTasks::waitForAll() {
+    pool_.waitForDone();
+    // What the threads did is known to have come before only by way of this lock, as far as a thread
+    // sanitizer can tell.
+    const std::scoped_lock lock(mutex_);
+}
+
+// The pool is told only that there is work: see QueuedCalls.
+void BackgroundTasks::start(std::function<void()> job, int priority) {
+    {
+        const std::scoped_lock lock(mutex_);
+        waiting_.emplace(priority, std::move(job));
+    }
+    pool_.start([this] { runNext(); });
+}
+
+void BackgroundTasks::runNext() {
+    std::function<void()> job;
+    {
+        const std::scoped_lock lock(mutex_);
+        job = std::move(waiting_.extract(waiting_.begin()).mapped());
+    }
+    job();
+    job = {};
+    const std::scoped_lock lock(mutex_);  // for waitForAll
+}
+
+// An exception must not leave the task: the pool would lose its text.
+std::optional<TaskFailure> BackgroundTasks::attempt(const std::function<void()>& function) {
+    try {
+        function();
+    } catch (const CancellationError& error) {
+        return TaskFailure{.message = QString::fromUtf8(error.what()), .cancelled = true};
+    } catch (const network::DeviceError& error) {
+        return TaskFailure{.message = QString::fromUtf8(error.what()), .ofDevice = true};
+    } catch (const std::bad_alloc&) {
+        return TaskFailure{.message = QStringLiteral("There is not enough memory for this.")};
+    } catch (const std::exception& error) {
+        return TaskFailure{.message = QString::fromUtf8(error.what())};
+    }
+    return std::nullopt;
+}
+
+}  // namespace quillmere
