@@ -26,6 +26,8 @@ Item {
     readonly property bool visualFocus: activeFocus && !reachedByMouse
     property bool reachedByMouse: false
     readonly property real handleSize: 14
+    // So far from the default that more than a sliver of what lies between is seen beside the handle.
+    readonly property bool departs: Math.abs(xOf(defaultPosition) - xOf(position)) > handleSize / 2 + 1
 
     // A drag begins and ends; in between the handle wants to be at place (0 ... 1).
     signal dragStarted
@@ -105,8 +107,7 @@ Item {
         }
         // The default
         Rectangle {
-            // Not as a sliver beside the handle
-            visible: control.marked && Math.abs(control.xOf(control.defaultPosition) - control.xOf(control.position)) > control.handleSize / 2 + 1
+            visible: control.marked && control.departs
             x: Math.round(control.xOf(control.defaultPosition)) - 1
             width: 2
             height: 9
@@ -119,6 +120,7 @@ Item {
             readonly property real from: control.xOf(Math.min(control.position, control.defaultPosition))
             readonly property real to: control.xOf(Math.max(control.position, control.defaultPosition))
 
+            visible: control.departs
             x: from
             width: to - from
             height: 3
