@@ -1,6 +1,9 @@
 #!/usr/bin/env bash
 # Builds and runs every test under the sanitizers: asan (addresses and undefined behaviour), then tsan
 # (threads). Name one of them to run it alone; further arguments go to ctest.
+#
+# The thread sanitizer leaves out the programs with a whole desktop below them: GLib's and D-Bus's own threads
+# are not instrumented and drown it in reports. The application's threads are all under AppModel and its parts.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,5 +18,7 @@ for preset in "${presets[@]}"; do
     printf '\n== %s\n' "$preset"
     cmake --preset "$preset" -D QUILLMERE_BUILD_APP=ON
     cmake --build --preset "$preset"
-    ctest --preset "$preset" --parallel "$(nproc)" "$@"
+    desktop=()
+    [[ $preset == tsan ]] && desktop=(--exclude-regex '^(Window\.|AppProgramTest|EndToEnd|AppearanceTest)')
+    ctest --preset "$preset" --parallel "$(nproc)" "${desktop[@]}" "$@"
 done

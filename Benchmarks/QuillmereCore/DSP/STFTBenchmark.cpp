@@ -30,7 +30,7 @@ void countFrames(benchmark::State& state) {
 void forward(benchmark::State& state) {
     const int nFFT = static_cast<int>(state.range(0));
     STFT stft(nFFT, nFFT / 4);
-    const std::vector<float> signal = noise(static_cast<std::size_t>(frames * stft.hop()));
+    const std::vector<float> signal = noise(std::size_t{frames} * static_cast<std::size_t>(stft.hop()));
     STFT::Spectrum spectrum = stft.forward(signal, frames);
     for (auto _ : state) {
         stft.forward(signal, frames, spectrum.re, spectrum.im);
@@ -42,7 +42,7 @@ void forward(benchmark::State& state) {
 void inverse(benchmark::State& state) {
     const int nFFT = static_cast<int>(state.range(0));
     STFT stft(nFFT, nFFT / 4);
-    const std::vector<float> signal = noise(static_cast<std::size_t>(frames * stft.hop()));
+    const std::vector<float> signal = noise(std::size_t{frames} * static_cast<std::size_t>(stft.hop()));
     const STFT::Spectrum spectrum = stft.forward(signal, frames);
     const auto length = static_cast<long long>(signal.size());
     for (auto _ : state)
