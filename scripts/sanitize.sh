@@ -3,7 +3,8 @@
 # (threads). Name one of them to run it alone; further arguments go to ctest.
 #
 # The thread sanitizer leaves out the programs with a whole desktop below them: GLib's and D-Bus's own threads
-# are not instrumented and drown it in reports. The application's threads are all under AppModel and its parts.
+# are not instrumented and drown it in reports. The application's own threads belong to AppModel and its parts,
+# whose tests stay.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
