@@ -37,6 +37,11 @@ void choose(AppModel& model, int index) {
     model.chooseDevice(index);
 }
 
+void chooseAtAnEarlierStart(TestWorld& world, int index) {
+    AppModel model(world.environment);
+    choose(model, index);
+}
+
 QVariantMap device(AppModel& model, int index) {
     return model.devices()->devices().at(index).toMap();
 }
@@ -198,10 +203,7 @@ private slots:
     void theChoiceIsRememberedByName() {
         TestWorld world;
         addCards(world);
-        {
-            AppModel model(world.environment);
-            choose(model, Driver);
-        }
+        chooseAtAnEarlierStart(world, Driver);
         // Another place in the list
         world.machine.removeCards();
         world.machine.add("New card", Type::discrete);
@@ -359,10 +361,7 @@ private slots:
     void aDeviceThatIsGoneGivesWayToAutomatic() {
         TestWorld world;
         addCards(world);
-        {
-            AppModel model(world.environment);
-            choose(model, Card);
-        }
+        chooseAtAnEarlierStart(world, Card);
         world.machine.removeCards();
         AppModel model(world.environment);
         QSignalSpy notices(&model, &AppModel::notice);
@@ -394,10 +393,7 @@ private slots:
     void theStoredChoiceWaitsForItsDevice() {
         TestWorld world;
         addCards(world);
-        {
-            AppModel model(world.environment);
-            choose(model, Card);
-        }
+        chooseAtAnEarlierStart(world, Card);
         world.machine.removeCards();
         {
             AppModel model(world.environment);
