@@ -289,10 +289,10 @@ void AppModel::scan() {
     };
     runInBackground(
         tasks_,
-        [folder = toPath(corpusURL_), root = environment_.modelsRoot, progress, cancel = scanCancel_] {
+        [folder = toPath(corpusURL_), root = environment_.modelsRoot, progress,
+         cancel = scanCancel_->token()] {
             Scan result;
-            result.summary = std::make_shared<const CorpusSummary>(
-                Corpus::scan(folder, progress, [&cancel] { return cancel->isCancelled(); }));
+            result.summary = std::make_shared<const CorpusSummary>(Corpus::scan(folder, progress, cancel));
             const auto modelFolder = ModelStore::directory(*result.summary, root);
             if (ModelStore::exists(modelFolder)) result.storedModel = modelFolder;
             return result;
@@ -449,10 +449,9 @@ void AppModel::train(const Returned& returned) {
     const auto device = deviceToCompileFor();
     runInBackground(
         tasks_,
-        [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_, device,
+        [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
          root = environment_.modelsRoot] {
-            ModelBundle bundle = ModelTrainer::train(
-                *summary, options, progress, [&cancel] { return cancel->isCancelled(); }, device->backend());
+            ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
             storeModel(bundle, ModelStore::directory(*summary, root));
             return device->makeGenerator(std::move(bundle));
         },
@@ -772,10 +771,8 @@ void AppModel::startGeneration(const QUrl& folder, const Returned& returned) {
     runInBackground(
         tasks_,
         [this, generator = generator_, device = deviceToMoveTo(), request, progress,
-         cancel = generateCancel_] {
-            return sortedByName(moved(generator, device)->generate(request, progress, [&cancel] {
-                return cancel->isCancelled();
-            }));
+         cancel = generateCancel_->token()] {
+            return sortedByName(moved(generator, device)->generate(request, progress, cancel));
         },
         [this, folder, returned](std::vector<GeneratedSample> samples) {
             generated(std::move(samples), folder);

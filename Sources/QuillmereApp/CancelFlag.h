@@ -1,26 +1,20 @@
 #pragma once
 
-#include <mutex>
+#include <stop_token>
 
 namespace quillmere {
 
-// Asks background work to stop. One flag per run; the work polls it between units of work.
+// Asks background work to stop. One flag per run; the work asks its token between units of work.
 // Threads: any.
 class CancelFlag {
 public:
-    void cancel() {
-        const std::lock_guard guard(lock_);
-        flag_ = true;
-    }
-
-    [[nodiscard]] bool isCancelled() const {
-        const std::lock_guard guard(lock_);
-        return flag_;
-    }
+    void cancel() { source_.request_stop(); }
+    [[nodiscard]] bool isCancelled() const { return source_.stop_requested(); }
+    // May outlive the flag.
+    [[nodiscard]] std::stop_token token() const { return source_.get_token(); }
 
 private:
-    mutable std::mutex lock_;
-    bool flag_ = false;
+    std::stop_source source_;
 };
 
 }  // namespace quillmere

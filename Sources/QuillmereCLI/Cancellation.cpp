@@ -1,76 +1,73 @@
 #include "QuillmereCLI/Cancellation.h"
 
-#include <unistd.h>
+#include <pthread.h>
 
+#include <array>
 #include <csignal>
-#include <string_view>
 
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere::cli {
 namespace {
 
-// A signal handler can reach nothing but objects of static storage.
-std::atomic<CancelFlag*> routedFlag{nullptr};
-std::atomic<bool> endAtOnce{false};
-std::atomic<bool> errorIsTerminal{false};
+constexpr std::array cancellingSignals{SIGINT, SIGTERM};
+constexpr int wakeUp = SIGUSR1;  // sent to the watcher alone, when it is to end
 
-extern "C" void handleCancellation(int signal) {
-    if (endAtOnce.load()) {
-        constexpr std::string_view clearLine = "\r\x1b[K";
-        constexpr std::string_view message = "quillmere-cli: The operation was cancelled.\n";
-        if (errorIsTerminal.load()) (void)!::write(STDERR_FILENO, clearLine.data(), clearLine.size());
-        (void)!::write(STDERR_FILENO, message.data(), message.size());
-        _exit(128 + signal);
-    }
-    if (CancelFlag* flag = routedFlag.load()) flag->request(signal);
+sigset_t watchedSignals() {
+    sigset_t signals{};
+    sigemptyset(&signals);
+    for (const int signal : cancellingSignals)
+        sigaddset(&signals, signal);
+    sigaddset(&signals, wakeUp);
+    return signals;
 }
 
-void setHandler(int signal, void (*handler)(int), int flags) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    sigemptyset(&action.sa_mask);
-    require(sigaction(signal, &action, nullptr) == 0, "a signal handler could not be set");
+void changeMask(int how, const sigset_t& signals) {
+    require(pthread_sigmask(how, &signals, nullptr) == 0, "signals could not be blocked or let through");
+}
+
+// From now on the signal takes its default action, which ends the program.
+void letThrough(int signal) {
+    sigset_t one{};
+    sigemptyset(&one);
+    sigaddset(&one, signal);
+    changeMask(SIG_UNBLOCK, one);
+}
+
+void watch(const std::stop_token& end, CancelFlag& flag) {
+    sigset_t signals = watchedSignals();
+    while (!end.stop_requested()) {
+        int signal = 0;
+        require(sigwait(&signals, &signal) == 0, "signals could not be waited for");
+        if (signal == wakeUp) continue;
+        flag.request(signal);
+        sigdelset(&signals, signal);
+        letThrough(signal);
+    }
 }
 
 }  // namespace
 
-void CancelFlag::check() const {
-    if (requested()) throw CancellationError();
+void CancelFlag::request(int signal) noexcept {
+    signal_.store(signal);
+    source_.request_stop();
 }
 
-std::function<bool()> CancelFlag::test() const {
-    return [this] { return requested(); };
+void CancelFlag::check() const {
+    throwIfCancelled(token());
 }
 
 SignalRoute::SignalRoute(CancelFlag& flag) {
-    errorIsTerminal.store(isatty(STDERR_FILENO) == 1);
-    routedFlag.store(&flag);
-    // Reset on delivery: the second Ctrl-C takes the default action. Restart: a signal must not make an
-    // unrelated read or write fail, the flag alone ends the work.
-    setHandler(SIGINT, handleCancellation, SA_RESETHAND | SA_RESTART);
-    setHandler(SIGTERM, handleCancellation, SA_RESETHAND | SA_RESTART);
-    setHandler(SIGPIPE, SIG_IGN, 0);
+    (void)std::signal(SIGPIPE, SIG_IGN);
+    changeMask(SIG_BLOCK, watchedSignals());
+    watcher_ = std::jthread([&flag](const std::stop_token& end) { watch(end, flag); });
 }
 
 SignalRoute::~SignalRoute() {
-    setHandler(SIGINT, SIG_DFL, 0);
-    setHandler(SIGTERM, SIG_DFL, 0);
-    routedFlag.store(nullptr);
-}
-
-PromptCancellation::PromptCancellation(const CancelFlag& flag) {
-    endAtOnce.store(true);
-    // Checked after the switch, so that a signal in between is not lost.
-    if (flag.requested()) {
-        endAtOnce.store(false);
-        throw CancellationError();
-    }
-}
-
-PromptCancellation::~PromptCancellation() {
-    endAtOnce.store(false);
+    watcher_.request_stop();
+    pthread_kill(watcher_.native_handle(), wakeUp);
+    watcher_.join();
+    changeMask(SIG_UNBLOCK, watchedSignals());
 }
 
 }  // namespace quillmere::cli

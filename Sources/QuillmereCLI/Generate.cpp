@@ -85,7 +85,7 @@ std::vector<GeneratedSample> generateFiles(SampleGenerator& generator, const Gen
     report.report(0);
     try {
         std::vector<GeneratedSample> files = generator.generate(
-            request, [&](std::int64_t done, std::int64_t) { report.report(done); }, cancel.test());
+            request, [&](std::int64_t done, std::int64_t) { report.report(done); }, cancel.token());
         // A cancelled last batch returns what it had written.
         if (static_cast<std::int64_t>(files.size()) < request.count) cancel.check();
         std::sort(files.begin(), files.end(), nameOrder);

@@ -34,10 +34,8 @@ KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& 
     work.phase = "scanning";
     work.message = "Scanning " + Text::utf8(folder.filename()) + "…";
     progress.report(work);
-    // A scan cannot be asked to stop, and leaves nothing behind.
-    const PromptCancellation prompt(cancel);
     KnownCorpus corpus;
-    corpus.summary = Corpus::scan(folder);
+    corpus.summary = Corpus::scan(folder, {}, cancel.token());
     corpus.modelFolder = ModelStore::directory(corpus.summary, models.root());
     corpus.arguments = shellWord(folder);
     if (models.isGiven()) corpus.arguments += " --models " + shellWord(models.root());
@@ -56,7 +54,7 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, Pro
     requireWritableFolder(corpus.modelFolder.parent_path());
     ModelBundle bundle = ModelTrainer::train(
         corpus.summary, options,
-        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.test());
+        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.token());
     cancel.check();
 
     WorkProgress work;

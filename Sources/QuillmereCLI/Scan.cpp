@@ -145,9 +145,7 @@ CorpusReport inspect(const KnownCorpus& corpus, ProgressLine& progress, const Ca
     work.phase = "inspecting";
     work.message = "Decoding " + counted(corpus.summary.fileCount(), "sample", "samples") + "…";
     progress.report(work);
-    // Nothing is written, so nothing has to be finished when the user wants to leave.
-    const PromptCancellation prompt(cancel);
-    return Corpus::inspect(corpus.summary, cancel.test());
+    return Corpus::inspect(corpus.summary, cancel.token());
 }
 
 void scan(const ScanOptions& options, Console& console, const CancelFlag& cancel) {

@@ -172,12 +172,11 @@ TEST_P(RealAudio, IsLearnedFromEndToEnd) {
     options.steps = steps ? Text::parseInteger(steps).value_or(0) : real.fewSteps;
     ASSERT_GE(options.steps, 1);
     float firstLoss = 0;
-    const ModelBundle bundle = ModelTrainer::train(
-        corpus, options,
-        [&](const TrainingProgress& progress) {
-            if (progress.step == 1) firstLoss = progress.loss;
-        },
-        [] { return false; });
+    const ModelBundle bundle = ModelTrainer::train(corpus, options,
+                                                   [&](const TrainingProgress& progress) {
+                                                       if (progress.step == 1) firstLoss = progress.loss;
+                                                   },
+                                                   {});
 
     EXPECT_EQ(bundle.config.profile, real.profile);
     EXPECT_EQ(bundle.latents.size(), corpus.files.size());

@@ -145,25 +145,24 @@ std::vector<float> SampleGenerator::render(std::span<const float> image, const A
 
 std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& request,
                                                        const ProgressCallback& progress,
-                                                       const CancelTest& isCancelled) {
+                                                       const std::stop_token& stop) {
     validate(request.aesthetics);
     if (request.count <= 0) return {};
     createFolder(request.outputDirectory);
 
     const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
     Job job(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
-    const auto cancelled = [&] { return isCancelled && isCancelled(); };
     WorkerTeam team;
     std::vector<STFT> transforms;  // one per worker
     for (int worker = 0; worker < team.threads(); ++worker)
         transforms.push_back(extractor_.makeSTFT());
 
     for (std::int64_t start = 0; start < request.count; start += batch) {
-        if (cancelled()) throw CancellationError();
+        throwIfCancelled(stop);
         Batch variations = decodeBatch(request, start);
         team.run(variations.images.size(), [&](std::size_t i, int worker) {
             job.attempt([&] {
-                if (cancelled()) return job.skip();
+                if (stop.stop_requested()) return job.skip();
                 STFT& stft = transforms[static_cast<std::size_t>(worker)];
                 const std::vector<float> samples =
                     render(variations.images[i], request.aesthetics, variations.states[i], stft);

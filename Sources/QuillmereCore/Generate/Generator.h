@@ -5,6 +5,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -43,7 +44,6 @@ struct GeneratedSample {
 class SampleGenerator {
 public:
     using ProgressCallback = std::function<void(std::int64_t done, std::int64_t total)>;
-    using CancelTest = std::function<bool()>;
 
     // Variations that are decoded in one call and rendered in parallel.
     static constexpr std::int64_t batch = 16;
@@ -71,8 +71,8 @@ public:
     // highest number in the folder. Never overwrites: a number that someone else takes meanwhile is skipped.
     // The samples come back in the order in which they were finished, each with the name it really has.
     //
-    // progress(done, total) follows each written file, one call at a time; isCancelled is polled before each
-    // batch and each variation. Both may be empty, and both may be called on worker threads.
+    // progress(done, total) follows each written file, one call at a time, on a worker thread; it may be
+    // empty. stop is asked before each batch and each variation.
     //
     // Throws InvalidParameterError before anything is done if validate does, or when the parameters lead to
     // samples that are not finite; FileError for the folder or a file; CancellationError. A batch that has
@@ -80,7 +80,7 @@ public:
     // written stay.
     [[nodiscard]] std::vector<GeneratedSample> generate(const GenerationRequest& request,
                                                         const ProgressCallback& progress,
-                                                        const CancelTest& isCancelled);
+                                                        const std::stop_token& stop);
 
     // One variation, not written: the samples of variation 0 of a request with the same seed. Throws
     // InvalidParameterError as generate.

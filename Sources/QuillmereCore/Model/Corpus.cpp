@@ -53,15 +53,10 @@ std::int64_t truncatedSeconds(const timespec& time) {
     return std::int64_t{time.tv_sec} + (cutsUp ? 1 : 0);
 }
 
-void stopIfCancelled(const Corpus::CancelTest& isCancelled) {
-    if (isCancelled && isCancelled()) throw CancellationError();
-}
-
 // Collects the files below a folder. Whatever cannot be read is passed over.
 class Walk {
 public:
-    Walk(fs::path root, const Corpus::CancelTest& isCancelled)
-        : root_(std::move(root)), isCancelled_(isCancelled) {}
+    Walk(fs::path root, const std::stop_token& stop) : root_(std::move(root)), stop_(stop) {}
 
     std::vector<CorpusFile> run() {
         std::error_code error;
@@ -69,7 +64,7 @@ public:
         if (error) throw FileError(root_, error);
         visit(std::move(entries), "");
         while (!pending_.empty()) {
-            stopIfCancelled(isCancelled_);
+            throwIfCancelled(stop_);
             const std::string folder = std::move(pending_.back());
             pending_.pop_back();
             fs::directory_iterator inside(root_ / folder, error);
@@ -98,7 +93,7 @@ private:
     }
 
     fs::path root_;
-    const Corpus::CancelTest& isCancelled_;
+    const std::stop_token& stop_;
     std::vector<std::string> pending_;  // folders below the root that are still to be visited
     std::vector<CorpusFile> files_;
 };
@@ -149,13 +144,13 @@ std::string hexadecimal(std::uint64_t value) {
 
 std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusFile>& files,
                                                        const Corpus::ProgressCallback& progress,
-                                                       const Corpus::CancelTest& isCancelled) {
+                                                       const std::stop_token& stop) {
     std::vector<std::optional<AudioIO::AudioInfo>> infos(files.size());
     std::mutex mutex;  // guards done; held during the progress callback
     std::size_t done = 0;
     if (progress) progress(0, files.size());
     parallelFor(files.size(), [&](std::size_t i) {
-        stopIfCancelled(isCancelled);
+        throwIfCancelled(stop);
         infos[i] = AudioIO::info(files[i].url);
         if (!progress) return;
         const std::lock_guard guard(mutex);
@@ -201,7 +196,7 @@ CorpusSummary Corpus::scan(const fs::path& directory) {
 }
 
 CorpusSummary Corpus::scan(const fs::path& directory, const ProgressCallback& progress,
-                           const CancelTest& isCancelled) {
+                           const std::stop_token& stop) {
     std::error_code ignored;  // what cannot be looked at is no folder
     if (!fs::is_directory(directory, ignored)) {
         throw FileError(directory, std::make_error_code(std::errc::no_such_file_or_directory),
@@ -209,9 +204,9 @@ CorpusSummary Corpus::scan(const fs::path& directory, const ProgressCallback& pr
     }
     CorpusSummary summary;
     summary.directory = directory;
-    summary.files = Walk(directory.lexically_normal(), isCancelled).run();
+    summary.files = Walk(directory.lexically_normal(), stop).run();
     sortNaturally(summary.files);
-    for (const auto& info : measure(summary.files, progress, isCancelled)) {
+    for (const auto& info : measure(summary.files, progress, stop)) {
         if (!info) {
             ++summary.unreadable;
             continue;

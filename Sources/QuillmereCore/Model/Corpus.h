@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -44,13 +45,12 @@ namespace Corpus {
 // directory is not a folder or may not be listed.
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory);
 
-// The same for a caller who watches. Either callback may be empty; both may be called from worker threads,
-// progress by one thread at a time: once with 0 done when the files are counted, then after each measured
-// file. isCancelled is asked for each folder and each file; throws CancellationError.
+// The same for a caller who watches. progress may be empty; it may be called from worker threads, by one at a
+// time: once with 0 done when the files are counted, then after each measured file. stop is asked for each
+// folder and each file; throws CancellationError.
 using ProgressCallback = std::function<void(std::size_t done, std::size_t total)>;
-using CancelTest = std::function<bool()>;
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory, const ProgressCallback& progress,
-                                 const CancelTest& isCancelled);
+                                 const std::stop_token& stop);
 
 // The durations added in order, starting from 0.
 [[nodiscard]] double totalSeconds(std::span<const double> durations);

@@ -131,17 +131,14 @@ private:
 
 }  // namespace
 
-CorpusReport Corpus::inspect(const CorpusSummary& corpus, const std::function<bool()>& isCancelled) {
-    const auto throwIfCancelled = [&] {
-        if (isCancelled && isCancelled()) throw CancellationError();
-    };
+CorpusReport Corpus::inspect(const CorpusSummary& corpus, const std::stop_token& stop) {
     const int sampleRate = corpus.dominantSampleRate();
     std::vector<Measured> measured(corpus.files.size());
     parallelFor(measured.size(), [&](std::size_t i) {
-        throwIfCancelled();
+        throwIfCancelled(stop);
         measured[i] = measure(corpus.files[i], sampleRate);
     });
-    throwIfCancelled();
+    throwIfCancelled(stop);
 
     CorpusReport report;
     const std::optional<ModelConfig> config = chooseConfig(measured, sampleRate);

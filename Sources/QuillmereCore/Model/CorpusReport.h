@@ -1,7 +1,7 @@
 #pragma once
 
-#include <functional>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -36,10 +36,9 @@ struct CorpusReport {
 
 namespace Corpus {
 
-// Decodes every file, as training does, and says what training would make of it. isCancelled may be empty;
-// it may be called from worker threads. Throws CancellationError.
-[[nodiscard]] CorpusReport inspect(const CorpusSummary& corpus,
-                                   const std::function<bool()>& isCancelled = {});
+// Decodes every file, as training does, and says what training would make of it. stop is asked
+// before each file; throws CancellationError.
+[[nodiscard]] CorpusReport inspect(const CorpusSummary& corpus, const std::stop_token& stop = {});
 
 }  // namespace Corpus
 }  // namespace quillmere

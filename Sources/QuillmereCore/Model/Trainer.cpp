@@ -59,14 +59,6 @@ void report(const ProgressCallback& progress, const TrainingProgress& record) {
     if (progress) progress(record);
 }
 
-bool isSet(const CancelTest& isCancelled) {
-    return isCancelled && isCancelled();
-}
-
-void throwIfSet(const CancelTest& isCancelled) {
-    if (isSet(isCancelled)) throw CancellationError();
-}
-
 TrainingProgress analysing(std::string message, double fraction = 0) {
     TrainingProgress record;
     record.message = std::move(message);
@@ -125,7 +117,7 @@ std::vector<Value> filledSlots(std::vector<std::optional<Value>> slots) {
 }
 
 std::vector<MeasuredClip> readClips(const CorpusSummary& corpus, const TrainingOptions& options,
-                                    const ProgressCallback& progress, const CancelTest& isCancelled) {
+                                    const ProgressCallback& progress, const std::stop_token& stop) {
     const int sampleRate = corpus.dominantSampleRate();
     const std::size_t count = corpus.files.size();
     const std::string total = std::to_string(count);
@@ -135,14 +127,14 @@ std::vector<MeasuredClip> readClips(const CorpusSummary& corpus, const TrainingO
     std::mutex mutex;  // guards done and the calls of progress
     std::size_t done = 0;
     WorkerTeam().run(count, [&](std::size_t i, int) {
-        if (isSet(isCancelled)) return;
+        if (stop.stop_requested()) return;
         slots[i] = readClip(corpus.files[i], sampleRate, options);
         const std::lock_guard lock(mutex);
         ++done;
         report(progress, analysing("Reading samples… " + std::to_string(done) + "/" + total,
                                    0.06 * static_cast<double>(done) / static_cast<double>(count)));
     });
-    throwIfSet(isCancelled);
+    throwIfCancelled(stop);
 
     std::vector<MeasuredClip> clips = filledSlots(std::move(slots));
     if (clips.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
@@ -177,18 +169,18 @@ ModelConfig chooseConfig(std::span<const MeasuredClip> clips, int sampleRate,
 // ---- Images
 
 std::vector<PreparedClip> prepareClips(std::span<const MeasuredClip> clips, const ModelConfig& config,
-                                       const CancelTest& isCancelled) {
+                                       const std::stop_token& stop) {
     const FeatureExtractor extractor(config);
     std::vector<std::optional<PreparedClip>> slots(clips.size());
     WorkerTeam team;
     std::vector<std::optional<STFT>> transforms(static_cast<std::size_t>(team.threads()));
     team.run(clips.size(), [&](std::size_t i, int worker) {
-        if (isSet(isCancelled)) return;
+        if (stop.stop_requested()) return;
         std::optional<STFT>& stft = transforms[static_cast<std::size_t>(worker)];
         if (!stft) stft = extractor.makeSTFT();
         slots[i] = ClipPreparation::prepare(clips[i].clip, config, extractor, *stft);
     });
-    throwIfSet(isCancelled);
+    throwIfCancelled(stop);
     return filledSlots(std::move(slots));
 }
 
@@ -200,12 +192,12 @@ struct PreparedCorpus {
 };
 
 PreparedCorpus prepareCorpus(const CorpusSummary& corpus, const TrainingOptions& options,
-                             const ProgressCallback& progress, const CancelTest& isCancelled) {
-    const std::vector<MeasuredClip> clips = readClips(corpus, options, progress, isCancelled);
+                             const ProgressCallback& progress, const std::stop_token& stop) {
+    const std::vector<MeasuredClip> clips = readClips(corpus, options, progress, stop);
     PreparedCorpus prepared;
     prepared.config = chooseConfig(clips, corpus.dominantSampleRate(), options);
     report(progress, analysing(analysingMessage(prepared.config.profile, prepared.config.clipSeconds())));
-    for (PreparedClip& clip : prepareClips(clips, prepared.config, isCancelled)) {
+    for (PreparedClip& clip : prepareClips(clips, prepared.config, stop)) {
         prepared.names.push_back(std::move(clip.name));
         prepared.images.push_back(std::move(clip.image));
     }
@@ -250,7 +242,7 @@ TrainingProgress finishingProgress(std::int64_t T, float loss) {
 // The loop itself: a network with its weights and final loss, nothing encoded yet.
 TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<float>> images,
                         const TrainingOptions& options, const ProgressCallback& progress,
-                        const CancelTest& isCancelled,
+                        const std::stop_token& stop,
                         const std::function<void(const network::StepResult&)>& onStep,
                         network::Backend& backend) {
     VAETrainingGraph graph(config, static_cast<int>(options.batchSize),
@@ -261,7 +253,7 @@ TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<f
     std::vector<float> eps(batch * static_cast<std::size_t>(config.latentDim));
     SmoothedLosses smoothed;
     const auto start = std::chrono::steady_clock::now();
-    throwIfSet(isCancelled);
+    throwIfCancelled(stop);
 
     const std::int64_t T = options.steps;
     for (std::int64_t t = 1; t <= T; ++t) {
@@ -275,7 +267,7 @@ TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<f
             const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
             report(progress, trainingProgress(t, T, smoothed, elapsed.count()));
         }
-        if (t < T) throwIfSet(isCancelled);
+        if (t < T) throwIfCancelled(stop);
     }
 
     report(progress, finishingProgress(T, smoothed.loss.value()));
@@ -449,12 +441,12 @@ std::string analysingMessage(AnalysisProfile profile, double clipSeconds) {
 
 TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
                              const TrainingOptions& options, const ProgressCallback& progress,
-                             const CancelTest& isCancelled,
+                             const std::stop_token& stop,
                              const std::function<void(const network::StepResult&)>& onStep,
                              network::Backend& backend) {
     require(options.steps >= 1, "training needs at least one step");
     require(!images.empty(), "training needs at least one image");
-    TrainedNetwork trained = optimise(config, images, options, progress, isCancelled, onStep, backend);
+    TrainedNetwork trained = optimise(config, images, options, progress, stop, onStep, backend);
     VAEInference inference(config, trained.weights, backend);
     trained.latents = inference.encode(images);
     trained.finalReconstructionError = reconstructionError(inference, trained.latents, images);
@@ -462,12 +454,11 @@ TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vec
 }
 
 ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
-                  const ProgressCallback& progress, const CancelTest& isCancelled,
-                  network::Backend& backend) {
+                  const ProgressCallback& progress, const std::stop_token& stop, network::Backend& backend) {
     if (corpus.files.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
-    PreparedCorpus prepared = prepareCorpus(corpus, options, progress, isCancelled);
+    PreparedCorpus prepared = prepareCorpus(corpus, options, progress, stop);
     TrainedNetwork trained =
-        trainOnImages(prepared.config, prepared.images, options, progress, isCancelled, {}, backend);
+        trainOnImages(prepared.config, prepared.images, options, progress, stop, {}, backend);
     ModelMetadata metadata = describe(corpus, options, trained, prepared);
     return {.config = prepared.config,
             .metadata = std::move(metadata),

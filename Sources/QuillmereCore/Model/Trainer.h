@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,18 +58,17 @@ private:
 namespace ModelTrainer {
 
 using ProgressCallback = std::function<void(const TrainingProgress&)>;
-using CancelTest = std::function<bool()>;
 
 // Decodes, analyses, trains and encodes a corpus. Writes no files.
 //
-// Both callbacks may be empty and may be called from worker threads, progress by one thread at a time; what
-// they throw ends the run and reaches the caller. isCancelled is asked before each file and clip and after
-// each step but the last. Files that cannot be read and silent ones are left out without a message.
-// Throws TrainingError, CancellationError, or a Failure when the options ask for a model that cannot be
-// (problemWith). steps and batchSize below 1 and a clip length that is not finite stop the program.
-// The same corpus, options and backend give the same bundle, trainedAt apart, for any number of threads.
+// progress may be empty and may be called from worker threads, by one at a time; what it throws ends the run
+// and reaches the caller. stop is asked before each file and clip and after each step but the last. Files
+// that cannot be read and silent ones are left out without a message. Throws TrainingError,
+// CancellationError, or a Failure when the options ask for a model that cannot be (problemWith). steps and
+// batchSize below 1 and a clip length that is not finite stop the program. The same corpus, options and
+// backend give the same bundle, trainedAt apart, for any number of threads.
 [[nodiscard]] ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
-                                const ProgressCallback& progress, const CancelTest& isCancelled,
+                                const ProgressCallback& progress, const std::stop_token& stop,
                                 network::Backend& backend = GPU::shared().graphDevice());
 
 // ---- The pieces of a run, for tests.
@@ -158,12 +158,12 @@ struct TrainedNetwork {
     float finalLoss = 0;
     float finalReconstructionError = 0;
 };
-// images: each [nMels][frames], at least one. The callbacks as in train, on the calling thread only; onStep
-// (may be empty too) sees the raw scalars of each step.
+// images: each [nMels][frames], at least one. progress and stop as in train, on the calling thread only;
+// onStep (may be empty too) sees the raw scalars of each step.
 [[nodiscard]] TrainedNetwork trainOnImages(const ModelConfig& config,
                                            std::span<const std::vector<float>> images,
                                            const TrainingOptions& options, const ProgressCallback& progress,
-                                           const CancelTest& isCancelled,
+                                           const std::stop_token& stop,
                                            const std::function<void(const network::StepResult&)>& onStep = {},
                                            network::Backend& backend = GPU::shared().graphDevice());
 

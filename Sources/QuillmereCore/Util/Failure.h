@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <stdexcept>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -51,10 +52,15 @@ public:
     using Failure::Failure;
 };
 
-// Thrown when work ends early because its caller asked for it. Not a Failure: nothing went wrong.
+// Thrown when work ends early because its caller asked for it. Not a Failure: nothing went wrong. Long work
+// takes a std::stop_token, asks it between its units, and ends so; an empty token never asks to stop.
 class CancellationError : public std::exception {
 public:
     [[nodiscard]] const char* what() const noexcept override { return "The operation was cancelled."; }
 };
+
+inline void throwIfCancelled(const std::stop_token& stop) {
+    if (stop.stop_requested()) throw CancellationError();
+}
 
 }  // namespace quillmere

@@ -73,9 +73,15 @@ TEST(CorpusScan, StopsWhenCancelled) {
     const TempFolder folder;
     writeText(folder / "a.wav", wav(0.1));
     writeText(folder / "b.wav", wav(0.1));
-    std::atomic<int> asked = 0;
-    const auto cancelledAtSecondFile = [&] { return ++asked == 2; };
-    EXPECT_THROW((void)Corpus::scan(folder.path(), {}, cancelledAtSecondFile), CancellationError);
+    const ThreadLimit oneThread(1);
+    std::stop_source stop;
+    std::size_t measured = 0;
+    const auto cancelAfterTheFirst = [&](std::size_t done, std::size_t) {
+        measured = done;
+        if (done == 1) stop.request_stop();
+    };
+    EXPECT_THROW((void)Corpus::scan(folder.path(), cancelAfterTheFirst, stop.get_token()), CancellationError);
+    EXPECT_EQ(measured, 1U);
 }
 
 TEST(CorpusScan, ReportsPathSizeAndLocation) {

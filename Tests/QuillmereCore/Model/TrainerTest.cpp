@@ -71,16 +71,13 @@ TrainingOptions quickOptions(std::int64_t steps = 2) {
 struct Listener {
     std::vector<TrainingProgress> records;
     std::function<bool(const TrainingProgress&)> stopAt;
-    std::atomic<bool> stop = false;
+    std::stop_source stop;
 
     ModelTrainer::ProgressCallback progress() {
         return [this](const TrainingProgress& record) {
             records.push_back(record);
-            if (stopAt && stopAt(record)) stop = true;
+            if (stopAt && stopAt(record)) stop.request_stop();
         };
-    }
-    ModelTrainer::CancelTest isCancelled() {
-        return [this] { return stop.load(); };
     }
     [[nodiscard]] std::vector<std::string> messages() const {
         std::vector<std::string> result;
@@ -127,7 +124,7 @@ protected:
     }
 
     ModelBundle train(const TrainingOptions& options) {
-        return ModelTrainer::train(corpus.scan(), options, listener.progress(), listener.isCancelled());
+        return ModelTrainer::train(corpus.scan(), options, listener.progress(), listener.stop.get_token());
     }
 
     TestCorpus corpus;
@@ -573,9 +570,10 @@ TEST(TrainOnImages, LearnsASingleImage) {
 TEST(TrainOnImages, StopsBeforeTheFirstStep) {
     const auto images = randomImages(1);
     int steps = 0;
-    EXPECT_THROW((void)ModelTrainer::trainOnImages(
-                     smallest, images, quickOptions(), {}, [] { return true; },
-                     [&](const network::StepResult&) { ++steps; }),
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW((void)ModelTrainer::trainOnImages(smallest, images, quickOptions(), {}, stop.get_token(),
+                                                   [&](const network::StepResult&) { ++steps; }),
                  CancellationError);
     EXPECT_EQ(steps, 0);
 }
@@ -583,9 +581,11 @@ TEST(TrainOnImages, StopsBeforeTheFirstStep) {
 TEST(TrainOnImages, StopsAfterTheStepInWhichItIsCancelled) {
     const auto images = randomImages(1);
     int steps = 0;
-    EXPECT_THROW((void)ModelTrainer::trainOnImages(
-                     smallest, images, quickOptions(4), {}, [&] { return steps == 2; },
-                     [&](const network::StepResult&) { ++steps; }),
+    std::stop_source stop;
+    EXPECT_THROW((void)ModelTrainer::trainOnImages(smallest, images, quickOptions(4), {}, stop.get_token(),
+                                                   [&](const network::StepResult&) {
+                                                       if (++steps == 2) stop.request_stop();
+                                                   }),
                  CancellationError);
     EXPECT_EQ(steps, 2);
 }
@@ -593,9 +593,11 @@ TEST(TrainOnImages, StopsAfterTheStepInWhichItIsCancelled) {
 TEST(TrainOnImages, DoesNotAskAfterTheLastStep) {
     const auto images = randomImages(1);
     int steps = 0;
-    const auto trained = ModelTrainer::trainOnImages(
-        smallest, images, quickOptions(3), {}, [&] { return steps == 3; },
-        [&](const network::StepResult&) { ++steps; });
+    std::stop_source stop;
+    const auto trained = ModelTrainer::trainOnImages(smallest, images, quickOptions(3), {}, stop.get_token(),
+                                                     [&](const network::StepResult&) {
+                                                         if (++steps == 3) stop.request_stop();
+                                                     });
     EXPECT_EQ(steps, 3);
     EXPECT_EQ(trained.latents.size(), 1U);
 }
@@ -885,7 +887,7 @@ TEST(TrainerChoice, ModelsThatCannotBeAreRefusedBeforeTraining) {
 // ---- Cancellation and failing callbacks
 
 TEST_F(TrainerRun, CancelledFromTheStartReadsNothing) {
-    listener.stop = true;
+    listener.stop.request_stop();
     EXPECT_THROW((void)train(quickOptions()), CancellationError);
     EXPECT_THAT(listener.messages(), ElementsAre("Reading 3 samples…"));
 }
