@@ -100,7 +100,7 @@ Outputs train(const Case& vector) {
     std::vector<float> loss, mse, kl;
     const ModelTrainer::TrainedNetwork trained = ModelTrainer::trainOnImages(
         config, floatArrays(vector.input.at("images")), options, [](const TrainingProgress&) {},
-        [] { return false; },
+        {},
         [&](const network::StepResult& result) {
             loss.push_back(result.loss);
             mse.push_back(result.mse);
