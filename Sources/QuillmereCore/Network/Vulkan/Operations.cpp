@@ -69,7 +69,7 @@ ConvSize::ConvSize(const ConvLayer& layer, int batch, int firstImages)
 Operations::Operations(Context& context, Sequence& sequence, Tensors& tensors)
     : sequence_(sequence), tensors_(tensors), tuning_(context.tuning()) {}
 
-void Operations::perItem(Dispatch dispatch, std::uint64_t items) {
+void Operations::addPerItem(Dispatch dispatch, std::uint64_t items) {
     narrow(items);
     dispatch.groups = linearGroups(divideUp(items, groupThreads));
     sequence_.dispatch(std::move(dispatch));
@@ -81,7 +81,7 @@ std::array<std::uint32_t, 5> Operations::shapeOf(const ConvSize& size) {
     return {size.images, size.loChannels, size.hiChannels, size.loHeight, size.loWidth};
 }
 
-void Operations::state(const ProductCall& call) {
+void Operations::add(const ProductCall& call) {
     const Tile tile = tileFor(tuning_, call.size);
     const Epilogue& epilogue = call.epilogue;
     require(epilogue.bias.isEmpty() || epilogue.factor.isEmpty(), "a product takes one operand");
@@ -109,79 +109,79 @@ void Operations::state(const ProductCall& call) {
                                    narrow(divideUp(call.size.rows, tile.rows)), layers}});
 }
 
-Slices Operations::stateSliced(ProductCall call) {
+Slices Operations::addSliced(ProductCall call) {
     call.slice = sliceDepth(tuning_, call.size);
     const std::uint32_t slices = narrow(divideUp(call.size.depth, call.slice));
     call.result = tensors_.make(slices * call.size.rows * call.size.columns);
-    state(call);
+    add(call);
     return {call.result, slices};
 }
 
-void Operations::down(const std::string& name, const ConvSize& size, const Range& kernel, const Range& hi,
-                      const Range& lo, const Epilogue& epilogue) {
+void Operations::addDown(const std::string& name, const ConvSize& size, const Range& kernel, const Range& hi,
+                         const Range& lo, const Epilogue& epilogue) {
     const ProductSize product{size.loChannels, size.images * size.loPixels(),
                               std::uint64_t{size.hiChannels} * 16};
-    state({.name = name,
-           .map = Map::down,
-           .size = product,
-           .columns = size.wanted * size.loPixels(),
-           .shape = shapeOf(size),
-           .a = kernel,
-           .b = hi,
-           .result = lo,
-           .epilogue = epilogue});
+    add({.name = name,
+         .map = Map::down,
+         .size = product,
+         .columns = size.wanted * size.loPixels(),
+         .shape = shapeOf(size),
+         .a = kernel,
+         .b = hi,
+         .result = lo,
+         .epilogue = epilogue});
 }
 
-void Operations::up(const std::string& name, const ConvSize& size, const Range& kernel, const Range& lo,
-                    const Range& hi, const Epilogue& epilogue) {
+void Operations::addUp(const std::string& name, const ConvSize& size, const Range& kernel, const Range& lo,
+                       const Range& hi, const Epilogue& epilogue) {
     const ProductSize product{size.hiChannels, size.images * size.loPixels(),
                               std::uint64_t{size.loChannels} * 4};
-    state({.name = name,
-           .map = Map::up,
-           .size = product,
-           .columns = size.wanted * size.loPixels(),
-           .shape = shapeOf(size),
-           .a = kernel,
-           .b = lo,
-           .result = hi,
-           .epilogue = epilogue});
+    add({.name = name,
+         .map = Map::up,
+         .size = product,
+         .columns = size.wanted * size.loPixels(),
+         .shape = shapeOf(size),
+         .a = kernel,
+         .b = lo,
+         .result = hi,
+         .epilogue = epilogue});
 }
 
-Slices Operations::slicedKernelGradient(const std::string& name, const ConvSize& size, const Range& lo,
-                                        const Range& hi) {
+Slices Operations::addSlicedKernelGradient(const std::string& name, const ConvSize& size, const Range& lo,
+                                           const Range& hi) {
     const ProductSize product{size.loChannels, std::uint64_t{size.hiChannels} * 16,
                               size.images * size.loPixels()};
-    return stateSliced({.name = name,
-                        .map = Map::kernelGradient,
-                        .size = product,
-                        .columns = product.columns,
-                        .shape = shapeOf(size),
-                        .a = lo,
-                        .b = hi});
+    return addSliced({.name = name,
+                      .map = Map::kernelGradient,
+                      .size = product,
+                      .columns = product.columns,
+                      .shape = shapeOf(size),
+                      .a = lo,
+                      .b = hi});
 }
 
-void Operations::kernelGradient(const std::string& name, const ConvSize& size, const Range& lo,
-                                const Range& hi, const Range& gradient) {
-    sumSlices(name + " sum", slicedKernelGradient(name, size, lo, hi), gradient, {});
-}
-
-void Operations::kernelGradient3x3(const std::string& name, const ConvSize& size, const Range& lo,
+void Operations::addKernelGradient(const std::string& name, const ConvSize& size, const Range& lo,
                                    const Range& hi, const Range& gradient) {
-    const Slices slices = slicedKernelGradient(name, size, lo, hi);
-    perItem({.name = name + " fold",
-             .shader = Shader::foldKernelGradient,
-             .buffers = {in(slices.parts), out(gradient)},
-             .arguments = {slices.slices, size.hiChannels, size.loChannels}},
-            gradient.count);
+    addSumSlices(name + " sum", addSlicedKernelGradient(name, size, lo, hi), gradient, {});
 }
 
-void Operations::expandKernel(const std::string& name, const ConvSize& size, const Range& kernel,
-                              const Range& expanded) {
-    perItem({.name = name,
-             .shader = Shader::expandKernel,
-             .buffers = {in(kernel), out(expanded)},
-             .arguments = {size.hiChannels, size.loChannels}},
-            expanded.count);
+void Operations::addKernelGradient3x3(const std::string& name, const ConvSize& size, const Range& lo,
+                                      const Range& hi, const Range& gradient) {
+    const Slices slices = addSlicedKernelGradient(name, size, lo, hi);
+    addPerItem({.name = name + " fold",
+                .shader = Shader::foldKernelGradient,
+                .buffers = {in(slices.parts), out(gradient)},
+                .arguments = {slices.slices, size.hiChannels, size.loChannels}},
+               gradient.count);
+}
+
+void Operations::addExpandKernel(const std::string& name, const ConvSize& size, const Range& kernel,
+                                 const Range& expanded) {
+    addPerItem({.name = name,
+                .shader = Shader::expandKernel,
+                .buffers = {in(kernel), out(expanded)},
+                .arguments = {size.hiChannels, size.loChannels}},
+               expanded.count);
 }
 
 Operations::ProductCall Operations::denseCall(const std::string& name, const ProductSize& size,
@@ -196,34 +196,34 @@ Operations::ProductCall Operations::denseCall(const std::string& name, const Pro
             .b = b.range};
 }
 
-void Operations::product(const std::string& name, const ProductSize& size, const Matrix& a, const Matrix& b,
-                         const Range& result, const Epilogue& epilogue) {
+void Operations::addProduct(const std::string& name, const ProductSize& size, const Matrix& a,
+                            const Matrix& b, const Range& result, const Epilogue& epilogue) {
     ProductCall call = denseCall(name, size, a, b);
     call.result = result;
     call.epilogue = epilogue;
-    state(call);
+    add(call);
 }
 
-Slices Operations::slicedProduct(const std::string& name, const ProductSize& size, const Matrix& a,
-                                 const Matrix& b) {
-    return stateSliced(denseCall(name, size, a, b));
+Slices Operations::addSlicedProduct(const std::string& name, const ProductSize& size, const Matrix& a,
+                                    const Matrix& b) {
+    return addSliced(denseCall(name, size, a, b));
 }
 
 // ---- Sums
 
-void Operations::sumSlices(const std::string& name, const Slices& slices, const Range& total,
-                           const Range& bias) {
+void Operations::addSumSlices(const std::string& name, const Slices& slices, const Range& total,
+                              const Range& bias) {
     const bool withBias = !bias.isEmpty();
-    perItem({.name = name,
-             .shader = Shader::sumSlices,
-             .constants = {withBias ? 1U : 0U},
-             .buffers = {in(slices.parts), out(total), in(withBias ? bias : slices.parts)},
-             .arguments = {slices.slices, narrow(total.count), withBias ? narrow(bias.count) : 1}},
-            total.count);
+    addPerItem({.name = name,
+                .shader = Shader::sumSlices,
+                .constants = {withBias ? 1U : 0U},
+                .buffers = {in(slices.parts), out(total), in(withBias ? bias : slices.parts)},
+                .arguments = {slices.slices, narrow(total.count), withBias ? narrow(bias.count) : 1}},
+               total.count);
 }
 
-void Operations::channelSums(const std::string& name, std::uint32_t images, std::uint32_t channels,
-                             std::uint64_t pixels, const Range& tensor, const Range& total) {
+void Operations::addChannelSums(const std::string& name, std::uint32_t images, std::uint32_t channels,
+                                std::uint64_t pixels, const Range& tensor, const Range& total) {
     const std::uint32_t slices = narrow(divideUp(images * pixels, pixelsPerSlice));
     const Range parts = tensors_.make(std::uint64_t{slices} * channels);
     const std::uint32_t perSlice = narrow(divideUp(images * pixels, slices));
@@ -232,34 +232,34 @@ void Operations::channelSums(const std::string& name, std::uint32_t images, std:
                         .buffers = {in(tensor), out(parts)},
                         .arguments = {images, channels, narrow(pixels), perSlice},
                         .groups = {slices, channels, 1}});
-    sumSlices(name + " sum", {parts, slices}, total, {});
+    addSumSlices(name + " sum", {parts, slices}, total, {});
 }
 
 // ---- Last layer
 
-void Operations::outputImage(const OutputLayer& layer, int images, const Range& tensor, const Range& kernel,
-                             const Range& bias, const Range& image) {
+void Operations::addOutputImage(const OutputLayer& layer, int images, const Range& tensor,
+                                const Range& kernel, const Range& bias, const Range& image) {
     std::vector<std::uint32_t> arguments = outputArguments(layer, images);
     arguments.insert(arguments.end(), {0, 0});
     // The buffers of the loss are not touched.
-    perItem({.name = "output",
-             .shader = Shader::output,
-             .constants = {0},
-             .buffers = {in(tensor), in(kernel), in(bias), in(tensor), out(image), out(image), out(image)},
-             .arguments = std::move(arguments)},
-            pixelsOf(layer, images));
+    addPerItem({.name = "output",
+                .shader = Shader::output,
+                .constants = {0},
+                .buffers = {in(tensor), in(kernel), in(bias), in(tensor), out(image), out(image), out(image)},
+                .arguments = std::move(arguments)},
+               pixelsOf(layer, images));
 }
 
-Range Operations::outputLoss(const OutputLayer& layer, const LossTerm& loss, int batch, const Range& tensor,
-                             const Range& kernel, const Range& bias, const Range& target,
-                             const Range& gradient) {
+Range Operations::addOutputLoss(const OutputLayer& layer, const LossTerm& loss, int batch,
+                                const Range& tensor, const Range& kernel, const Range& bias,
+                                const Range& target, const Range& gradient) {
     const std::uint64_t pixels = pixelsOf(layer, batch);
     // Every group writes a part, those of an incomplete last line that have no pixel included.
     const auto groups = linearGroups(divideUp(pixels, groupThreads));
     const Range parts = tensors_.make(std::uint64_t{groups[0]} * groups[1]);
     std::vector<std::uint32_t> arguments = outputArguments(layer, batch);
     arguments.insert(arguments.end(), {bits(loss.threshold), bits(loss.extraWeight)});
-    perItem(
+    addPerItem(
         {.name = "output and loss",
          .shader = Shader::output,
          .constants = {1},
@@ -269,18 +269,18 @@ Range Operations::outputLoss(const OutputLayer& layer, const LossTerm& loss, int
     return parts;
 }
 
-void Operations::outputDataGradient(const OutputLayer& layer, int batch, const Range& gradient,
-                                    const Range& kernel, const Range& factor, const Range& result) {
-    perItem({.name = "output data gradient",
-             .shader = Shader::outputDataGradient,
-             .buffers = {in(gradient), in(kernel), in(factor), out(result)},
-             .arguments = outputArguments(layer, batch)},
-            pixelsOf(layer, batch));
+void Operations::addOutputDataGradient(const OutputLayer& layer, int batch, const Range& gradient,
+                                       const Range& kernel, const Range& factor, const Range& result) {
+    addPerItem({.name = "output data gradient",
+                .shader = Shader::outputDataGradient,
+                .buffers = {in(gradient), in(kernel), in(factor), out(result)},
+                .arguments = outputArguments(layer, batch)},
+               pixelsOf(layer, batch));
 }
 
-void Operations::outputWeightGradient(const OutputLayer& layer, int batch, const Range& gradient,
-                                      const Range& tensor, const Range& kernelGradient,
-                                      const Range& biasGradient) {
+void Operations::addOutputWeightGradient(const OutputLayer& layer, int batch, const Range& gradient,
+                                         const Range& tensor, const Range& kernelGradient,
+                                         const Range& biasGradient) {
     const std::uint64_t pixels = pixelsOf(layer, batch);
     const std::uint32_t slices = narrow(divideUp(pixels, pixelsPerSlice));
     const Range parts = tensors_.make(slices * kernelGradient.count);
@@ -291,57 +291,60 @@ void Operations::outputWeightGradient(const OutputLayer& layer, int batch, const
                         .buffers = {in(gradient), in(tensor), out(parts)},
                         .arguments = std::move(arguments),
                         .groups = {slices, narrow(layer.channels), 1}});
-    sumSlices("output weight gradient sum", {parts, slices}, kernelGradient, {});
-    channelSums("output bias gradient", narrow(batch), 1, pixels / narrow(batch), gradient, biasGradient);
+    addSumSlices("output weight gradient sum", {parts, slices}, kernelGradient, {});
+    addChannelSums("output bias gradient", narrow(batch), 1, pixels / narrow(batch), gradient, biasGradient);
 }
 
 // ---- Latent step, loss, update
 
-void Operations::latent(const LatentStep& step, const Range& mean, const Range& logVariance, const Range& eps,
-                        const Range& z, const Range& kl) {
+void Operations::addLatent(const LatentStep& step, const Range& mean, const Range& logVariance,
+                           const Range& eps, const Range& z, const Range& kl) {
     sequence_.dispatch({.name = "latent",
                         .shader = Shader::latent,
                         .buffers = {in(mean), in(logVariance), in(eps), out(z), out(kl)},
                         .arguments = {narrow(mean.count), bits(step.logVarMin), bits(step.logVarMax)}});
 }
 
-void Operations::latentGradient(const LatentStep& step, const Slices& zGradient, const Range& mean,
-                                const Range& logVariance, const Range& eps, const Range& scalars,
-                                const Range& meanGradient, const Range& logVarianceGradient) {
-    perItem({.name = "latent gradient",
-             .shader = Shader::latentGradient,
-             .buffers = {in(zGradient.parts), in(mean), in(logVariance), in(eps), in(scalars),
-                         out(meanGradient), out(logVarianceGradient)},
-             .arguments = {zGradient.slices, narrow(mean.count), bits(step.logVarMin), bits(step.logVarMax)}},
-            mean.count);
+void Operations::addLatentGradient(const LatentStep& step, const Slices& zGradient, const Range& mean,
+                                   const Range& logVariance, const Range& eps, const Range& scalars,
+                                   const Range& meanGradient, const Range& logVarianceGradient) {
+    addPerItem(
+        {.name = "latent gradient",
+         .shader = Shader::latentGradient,
+         .buffers = {in(zGradient.parts), in(mean), in(logVariance), in(eps), in(scalars), out(meanGradient),
+                     out(logVarianceGradient)},
+         .arguments = {zGradient.slices, narrow(mean.count), bits(step.logVarMin), bits(step.logVarMax)}},
+        mean.count);
 }
 
-void Operations::flattenedGradient(int batch, const DenseLayer& head, const Range& meanGradient,
-                                   const Range& logVarianceGradient, const Range& meanWeight,
-                                   const Range& logVarianceWeight, const Range& factor, const Range& result) {
-    perItem({.name = "flattened gradient",
-             .shader = Shader::flattenedGradient,
-             .buffers = {in(meanGradient), in(logVarianceGradient), in(meanWeight), in(logVarianceWeight),
-                         in(factor), out(result)},
-             .arguments = {narrow(batch), narrow(head.inputs), narrow(head.outputs)}},
-            result.count);
+void Operations::addFlattenedGradient(int batch, const DenseLayer& head, const Range& meanGradient,
+                                      const Range& logVarianceGradient, const Range& meanWeight,
+                                      const Range& logVarianceWeight, const Range& factor,
+                                      const Range& result) {
+    addPerItem({.name = "flattened gradient",
+                .shader = Shader::flattenedGradient,
+                .buffers = {in(meanGradient), in(logVarianceGradient), in(meanWeight), in(logVarianceWeight),
+                            in(factor), out(result)},
+                .arguments = {narrow(batch), narrow(head.inputs), narrow(head.outputs)}},
+               result.count);
 }
 
-void Operations::loss(const Range& errorParts, std::uint64_t pixels, const Range& kl, const Range& result) {
+void Operations::addLoss(const Range& errorParts, std::uint64_t pixels, const Range& kl,
+                         const Range& result) {
     sequence_.dispatch({.name = "loss",
                         .shader = Shader::loss,
                         .buffers = {in(errorParts), in(kl), out(result)},
                         .arguments = {narrow(errorParts.count), narrow(pixels)}});
 }
 
-void Operations::adam(const Optimiser& optimiser, const Range& parameters, const Range& gradients,
-                      const Range& first, const Range& second, const Range& scalars) {
-    perItem({.name = "adam",
-             .shader = Shader::adam,
-             .buffers = {inOut(parameters), in(gradients), inOut(first), inOut(second), in(scalars)},
-             .arguments = {narrow(parameters.count), bits(optimiser.beta1), bits(1.0F - optimiser.beta1),
-                           bits(optimiser.beta2), bits(1.0F - optimiser.beta2), bits(optimiser.epsilon)}},
-            parameters.count);
+void Operations::addAdam(const Optimiser& optimiser, const Range& parameters, const Range& gradients,
+                         const Range& first, const Range& second, const Range& scalars) {
+    addPerItem({.name = "adam",
+                .shader = Shader::adam,
+                .buffers = {inOut(parameters), in(gradients), inOut(first), inOut(second), in(scalars)},
+                .arguments = {narrow(parameters.count), bits(optimiser.beta1), bits(1.0F - optimiser.beta1),
+                              bits(optimiser.beta2), bits(1.0F - optimiser.beta2), bits(optimiser.epsilon)}},
+               parameters.count);
 }
 
 }  // namespace quillmere::network::vulkan

@@ -66,66 +66,66 @@ struct ConvSize {
     [[nodiscard]] std::uint64_t kernelCount() const { return std::uint64_t{loChannels} * hiChannels * 16; }
 };
 
-// States the network's operations in a sequence. Scratch tensors come from tensors. The name of each
+// Adds the network's operations to a sequence. Scratch tensors come from tensors. The name of each
 // operation is what profiles show.
 class Operations {
 public:
     Operations(Context& context, Sequence& sequence, Tensors& tensors);
 
     // lo from hi: the convolution of a down layer, the data gradient of an up layer. kernel: [lo][hi][4][4].
-    void down(const std::string& name, const ConvSize& size, const Range& kernel, const Range& hi,
-              const Range& lo, const Epilogue& epilogue);
+    void addDown(const std::string& name, const ConvSize& size, const Range& kernel, const Range& hi,
+                 const Range& lo, const Epilogue& epilogue);
     // hi from lo: an up layer, the data gradient of a down layer.
-    void up(const std::string& name, const ConvSize& size, const Range& kernel, const Range& lo,
-            const Range& hi, const Epilogue& epilogue);
+    void addUp(const std::string& name, const ConvSize& size, const Range& kernel, const Range& lo,
+               const Range& hi, const Epilogue& epilogue);
     // Gradient [lo][hi][4][4] of the kernel from one side's values and the other's gradient.
-    void kernelGradient(const std::string& name, const ConvSize& size, const Range& lo, const Range& hi,
-                        const Range& gradient);
-    // The same as gradient [hi][lo][3][3] of the kernel that an up layer is stored as.
-    void kernelGradient3x3(const std::string& name, const ConvSize& size, const Range& lo, const Range& hi,
+    void addKernelGradient(const std::string& name, const ConvSize& size, const Range& lo, const Range& hi,
                            const Range& gradient);
+    // The same as gradient [hi][lo][3][3] of the kernel that an up layer is stored as.
+    void addKernelGradient3x3(const std::string& name, const ConvSize& size, const Range& lo, const Range& hi,
+                              const Range& gradient);
     // The kernel of an up layer [hi][lo][3][3] as [lo][hi][4][4].
-    void expandKernel(const std::string& name, const ConvSize& size, const Range& kernel,
-                      const Range& expanded);
+    void addExpandKernel(const std::string& name, const ConvSize& size, const Range& kernel,
+                         const Range& expanded);
     // total[channel] of tensor [images][channels][pixels].
-    void channelSums(const std::string& name, std::uint32_t images, std::uint32_t channels,
-                     std::uint64_t pixels, const Range& tensor, const Range& total);
+    void addChannelSums(const std::string& name, std::uint32_t images, std::uint32_t channels,
+                        std::uint64_t pixels, const Range& tensor, const Range& total);
 
     // a [rows][depth] * b [depth][columns], row-major.
-    void product(const std::string& name, const ProductSize& size, const Matrix& a, const Matrix& b,
-                 const Range& result, const Epilogue& epilogue);
+    void addProduct(const std::string& name, const ProductSize& size, const Matrix& a, const Matrix& b,
+                    const Range& result, const Epilogue& epilogue);
     // The same with the depth in slices, for few rows and columns and a great depth.
-    [[nodiscard]] Slices slicedProduct(const std::string& name, const ProductSize& size, const Matrix& a,
-                                       const Matrix& b);
+    [[nodiscard]] Slices addSlicedProduct(const std::string& name, const ProductSize& size, const Matrix& a,
+                                          const Matrix& b);
     // total[i] = bias[i % bias.count] + the sum of the slices; without bias the sum alone.
-    void sumSlices(const std::string& name, const Slices& slices, const Range& total, const Range& bias);
+    void addSumSlices(const std::string& name, const Slices& slices, const Range& total, const Range& bias);
 
     // tensor: input of the last layer, [images][channels][height][width].
-    void outputImage(const OutputLayer& layer, int images, const Range& tensor, const Range& kernel,
-                     const Range& bias, const Range& image);
+    void addOutputImage(const OutputLayer& layer, int images, const Range& tensor, const Range& kernel,
+                        const Range& bias, const Range& image);
     // Gradient of the output and sums of the weighted squared errors in parts.
-    [[nodiscard]] Range outputLoss(const OutputLayer& layer, const LossTerm& loss, int batch,
-                                   const Range& tensor, const Range& kernel, const Range& bias,
-                                   const Range& target, const Range& gradient);
-    void outputDataGradient(const OutputLayer& layer, int batch, const Range& gradient, const Range& kernel,
-                            const Range& factor, const Range& result);
-    void outputWeightGradient(const OutputLayer& layer, int batch, const Range& gradient, const Range& tensor,
-                              const Range& kernelGradient, const Range& biasGradient);
+    [[nodiscard]] Range addOutputLoss(const OutputLayer& layer, const LossTerm& loss, int batch,
+                                      const Range& tensor, const Range& kernel, const Range& bias,
+                                      const Range& target, const Range& gradient);
+    void addOutputDataGradient(const OutputLayer& layer, int batch, const Range& gradient,
+                               const Range& kernel, const Range& factor, const Range& result);
+    void addOutputWeightGradient(const OutputLayer& layer, int batch, const Range& gradient,
+                                 const Range& tensor, const Range& kernelGradient, const Range& biasGradient);
 
     // logVariance is not clamped yet.
-    void latent(const LatentStep& step, const Range& mean, const Range& logVariance, const Range& eps,
-                const Range& z, const Range& kl);
-    void latentGradient(const LatentStep& step, const Slices& zGradient, const Range& mean,
-                        const Range& logVariance, const Range& eps, const Range& scalars,
-                        const Range& meanGradient, const Range& logVarianceGradient);
-    void flattenedGradient(int batch, const DenseLayer& head, const Range& meanGradient,
-                           const Range& logVarianceGradient, const Range& meanWeight,
-                           const Range& logVarianceWeight, const Range& factor, const Range& result);
+    void addLatent(const LatentStep& step, const Range& mean, const Range& logVariance, const Range& eps,
+                   const Range& z, const Range& kl);
+    void addLatentGradient(const LatentStep& step, const Slices& zGradient, const Range& mean,
+                           const Range& logVariance, const Range& eps, const Range& scalars,
+                           const Range& meanGradient, const Range& logVarianceGradient);
+    void addFlattenedGradient(int batch, const DenseLayer& head, const Range& meanGradient,
+                              const Range& logVarianceGradient, const Range& meanWeight,
+                              const Range& logVarianceWeight, const Range& factor, const Range& result);
     // result: mse, kl.
-    void loss(const Range& errorParts, std::uint64_t pixels, const Range& kl, const Range& result);
+    void addLoss(const Range& errorParts, std::uint64_t pixels, const Range& kl, const Range& result);
     // scalars: learning rate, KL weight.
-    void adam(const Optimiser& optimiser, const Range& parameters, const Range& gradients, const Range& first,
-              const Range& second, const Range& scalars);
+    void addAdam(const Optimiser& optimiser, const Range& parameters, const Range& gradients,
+                 const Range& first, const Range& second, const Range& scalars);
 
 private:
     enum class Map : std::uint32_t { down, up, kernelGradient, dense };
@@ -146,12 +146,12 @@ private:
     [[nodiscard]] static std::array<std::uint32_t, 5> shapeOf(const ConvSize& size);
     [[nodiscard]] static ProductCall denseCall(const std::string& name, const ProductSize& size,
                                                const Matrix& a, const Matrix& b);
-    void state(const ProductCall& call);
-    [[nodiscard]] Slices stateSliced(ProductCall call);
-    [[nodiscard]] Slices slicedKernelGradient(const std::string& name, const ConvSize& size, const Range& lo,
-                                              const Range& hi);
+    void add(const ProductCall& call);
+    [[nodiscard]] Slices addSliced(ProductCall call);
+    [[nodiscard]] Slices addSlicedKernelGradient(const std::string& name, const ConvSize& size,
+                                                 const Range& lo, const Range& hi);
     // One thread per item.
-    void perItem(Dispatch dispatch, std::uint64_t items);
+    void addPerItem(Dispatch dispatch, std::uint64_t items);
 
     Sequence& sequence_;
     Tensors& tensors_;

@@ -152,44 +152,46 @@ std::unique_ptr<Sequence> VulkanExecutor::newSequence() const {
 
 // ---- Forward
 
-void VulkanExecutor::stateEncoder(Operations& operations, int images) {
+void VulkanExecutor::addEncoder(Operations& operations, int images) {
     Range input = x_;
     for (std::size_t k = 0; k < plan_.encoder.size(); ++k) {
         const ConvLayer& layer = plan_.encoder[k];
-        operations.down(
+        operations.addDown(
             layerName("enc", k), {layer, plan_.batch, images}, parameters_.each[layer.weight], input,
             encoder_[k].value,
             {.bias = parameters_.each[layer.bias], .silu = true, .derivative = encoder_[k].derivative});
         input = encoder_[k].value;
     }
-    stateHead(operations, "mean", plan_.mean, mean_);
-    stateHead(operations, "logvar", plan_.logVariance, logVariance_);
+    addHead(operations, "mean", plan_.mean, mean_);
+    addHead(operations, "logvar", plan_.logVariance, logVariance_);
 }
 
-void VulkanExecutor::stateHead(Operations& operations, const std::string& name, const DenseLayer& head,
-                               const Range& result) {
+void VulkanExecutor::addHead(Operations& operations, const std::string& name, const DenseLayer& head,
+                             const Range& result) {
     const ProductSize size{static_cast<std::uint64_t>(plan_.batch), static_cast<std::uint64_t>(head.outputs),
                            static_cast<std::uint64_t>(head.inputs)};
-    const Slices slices = operations.slicedProduct(name, size, rowMajor(encoder_.back().value, head.inputs),
-                                                   rowMajor(parameters_.each[head.weight], head.outputs));
-    operations.sumSlices(name + " sum", slices, result, parameters_.each[head.bias]);
+    const Slices slices =
+        operations.addSlicedProduct(name, size, rowMajor(encoder_.back().value, head.inputs),
+                                    rowMajor(parameters_.each[head.weight], head.outputs));
+    operations.addSumSlices(name + " sum", slices, result, parameters_.each[head.bias]);
 }
 
-void VulkanExecutor::stateDecoder(Operations& operations, int images) {
+void VulkanExecutor::addDecoder(Operations& operations, int images) {
     const DenseLayer& dense = plan_.decoderInput;
     const ProductSize size{static_cast<std::uint64_t>(plan_.batch), static_cast<std::uint64_t>(dense.outputs),
                            static_cast<std::uint64_t>(dense.inputs)};
-    operations.product("dense", size, rowMajor(z_, dense.inputs),
-                       rowMajor(parameters_.each[dense.weight], dense.outputs), decoderStart_.value,
-                       {.bias = parameters_.each[dense.bias],
-                        .silu = dense.activation == Activation::silu,
-                        .derivative = decoderStart_.derivative});
+    operations.addProduct("dense", size, rowMajor(z_, dense.inputs),
+                          rowMajor(parameters_.each[dense.weight], dense.outputs), decoderStart_.value,
+                          {.bias = parameters_.each[dense.bias],
+                           .silu = dense.activation == Activation::silu,
+                           .derivative = decoderStart_.derivative});
     Range input = decoderStart_.value;
     for (std::size_t k = 0; k < plan_.decoder.size(); ++k) {
         const ConvLayer& layer = plan_.decoder[k];
         const std::string name = layerName("dec", k);
-        operations.expandKernel(name + " kernel", sizeOf(layer), parameters_.each[layer.weight], kernels_[k]);
-        operations.up(
+        operations.addExpandKernel(name + " kernel", sizeOf(layer), parameters_.each[layer.weight],
+                                   kernels_[k]);
+        operations.addUp(
             name, {layer, plan_.batch, images}, kernels_[k], input, decoder_[k].value,
             {.bias = parameters_.each[layer.bias], .silu = true, .derivative = decoder_[k].derivative});
         input = decoder_[k].value;
@@ -198,7 +200,7 @@ void VulkanExecutor::stateDecoder(Operations& operations, int images) {
 
 // ---- Step
 
-void VulkanExecutor::stateStep(Operations& operations) {
+void VulkanExecutor::addStep(Operations& operations) {
     const OutputLayer& output = plan_.output;
     const Range& kernel = parameters_.each[output.weight];
     const Range& last = decoder_.back().value;
@@ -206,22 +208,22 @@ void VulkanExecutor::stateStep(Operations& operations) {
     step_->copy(part(upload_, pixels(), latents()), eps_);
     step_->copy(part(upload_, pixels() + latents(), stepScalars), scalars_);
 
-    stateEncoder(operations, plan_.batch);
-    operations.latent(plan_.latent, mean_, logVariance_, eps_, z_, kl_);
-    stateDecoder(operations, plan_.batch);
-    const Range errors = operations.outputLoss(output, plan_.loss, plan_.batch, last, kernel,
-                                               parameters_.each[output.bias], x_, image_);
-    operations.loss(errors, pixels(), kl_, results_);
+    addEncoder(operations, plan_.batch);
+    operations.addLatent(plan_.latent, mean_, logVariance_, eps_, z_, kl_);
+    addDecoder(operations, plan_.batch);
+    const Range errors = operations.addOutputLoss(output, plan_.loss, plan_.batch, last, kernel,
+                                                  parameters_.each[output.bias], x_, image_);
+    operations.addLoss(errors, pixels(), kl_, results_);
 
     const Range gradient = part(gradientA_, 0, last.count);
-    operations.outputDataGradient(output, plan_.batch, image_, kernel, decoder_.back().derivative, gradient);
-    operations.outputWeightGradient(output, plan_.batch, image_, last,
-                                    parameterGradients_.each[output.weight],
-                                    parameterGradients_.each[output.bias]);
-    stateEncoderBackward(operations,
-                         stateLatentBackward(operations, stateDecoderBackward(operations, gradient)));
-    operations.adam(plan_.optimiser, parameters_.whole, parameterGradients_.whole, first_.whole,
-                    second_.whole, scalars_);
+    operations.addOutputDataGradient(output, plan_.batch, image_, kernel, decoder_.back().derivative,
+                                     gradient);
+    operations.addOutputWeightGradient(output, plan_.batch, image_, last,
+                                       parameterGradients_.each[output.weight],
+                                       parameterGradients_.each[output.bias]);
+    addEncoderBackward(operations, addLatentBackward(operations, addDecoderBackward(operations, gradient)));
+    operations.addAdam(plan_.optimiser, parameters_.whole, parameterGradients_.whole, first_.whole,
+                       second_.whole, scalars_);
     step_->copy(results_, part(download_, 0, stepScalars));
 }
 
@@ -229,71 +231,74 @@ Range VulkanExecutor::otherGradient(const Range& gradient, std::uint64_t count) 
     return part(gradient.buffer == gradientA_.buffer ? gradientB_ : gradientA_, 0, count);
 }
 
-Range VulkanExecutor::stateDecoderBackward(Operations& operations, Range gradient) {
+Range VulkanExecutor::addDecoderBackward(Operations& operations, Range gradient) {
     for (std::size_t k = plan_.decoder.size(); k-- > 0;) {
         const ConvLayer& layer = plan_.decoder[k];
         const ConvSize size = sizeOf(layer);
         const LayerOutput& input = k > 0 ? decoder_[k - 1] : decoderStart_;
         const std::string name = layerName("dec", k);
         const Range next = otherGradient(gradient, size.loCount());
-        operations.down(name + " data gradient", size, kernels_[k], gradient, next,
-                        {.factor = input.derivative});
-        operations.kernelGradient3x3(name + " weight gradient", size, input.value, gradient,
-                                     parameterGradients_.each[layer.weight]);
-        operations.channelSums(name + " bias gradient", size.images, size.hiChannels, 4 * size.loPixels(),
-                               gradient, parameterGradients_.each[layer.bias]);
+        operations.addDown(name + " data gradient", size, kernels_[k], gradient, next,
+                           {.factor = input.derivative});
+        operations.addKernelGradient3x3(name + " weight gradient", size, input.value, gradient,
+                                        parameterGradients_.each[layer.weight]);
+        operations.addChannelSums(name + " bias gradient", size.images, size.hiChannels, 4 * size.loPixels(),
+                                  gradient, parameterGradients_.each[layer.bias]);
         gradient = next;
     }
     return gradient;
 }
 
-Range VulkanExecutor::stateLatentBackward(Operations& operations, const Range& gradient) {
+Range VulkanExecutor::addLatentBackward(Operations& operations, const Range& gradient) {
     const DenseLayer& dense = plan_.decoderInput;
     const auto batch = static_cast<std::uint32_t>(plan_.batch);
     const auto inputs = static_cast<std::uint64_t>(dense.inputs);
     const auto outputs = static_cast<std::uint64_t>(dense.outputs);
-    const Slices zGradient = operations.slicedProduct(
+    const Slices zGradient = operations.addSlicedProduct(
         "dense data gradient", {batch, inputs, outputs}, rowMajor(gradient, dense.outputs),
         rowMajor(parameters_.each[dense.weight], dense.outputs).transposed());
-    operations.product("dense weight gradient", {inputs, outputs, batch},
-                       rowMajor(z_, dense.inputs).transposed(), rowMajor(gradient, dense.outputs),
-                       parameterGradients_.each[dense.weight], {});
-    operations.sumSlices("dense bias gradient", {gradient, batch}, parameterGradients_.each[dense.bias], {});
-    operations.latentGradient(plan_.latent, zGradient, mean_, logVariance_, eps_, scalars_, meanGradient_,
-                              logVarianceGradient_);
+    operations.addProduct("dense weight gradient", {inputs, outputs, batch},
+                          rowMajor(z_, dense.inputs).transposed(), rowMajor(gradient, dense.outputs),
+                          parameterGradients_.each[dense.weight], {});
+    operations.addSumSlices("dense bias gradient", {gradient, batch}, parameterGradients_.each[dense.bias],
+                            {});
+    operations.addLatentGradient(plan_.latent, zGradient, mean_, logVariance_, eps_, scalars_, meanGradient_,
+                                 logVarianceGradient_);
     const Range next = otherGradient(gradient, flattened());
-    operations.flattenedGradient(
+    operations.addFlattenedGradient(
         plan_.batch, plan_.mean, meanGradient_, logVarianceGradient_, parameters_.each[plan_.mean.weight],
         parameters_.each[plan_.logVariance.weight], encoder_.back().derivative, next);
-    stateHeadBackward(operations, "mean", plan_.mean, meanGradient_);
-    stateHeadBackward(operations, "logvar", plan_.logVariance, logVarianceGradient_);
+    addHeadBackward(operations, "mean", plan_.mean, meanGradient_);
+    addHeadBackward(operations, "logvar", plan_.logVariance, logVarianceGradient_);
     return next;
 }
 
-void VulkanExecutor::stateHeadBackward(Operations& operations, const std::string& name,
-                                       const DenseLayer& head, const Range& gradient) {
+void VulkanExecutor::addHeadBackward(Operations& operations, const std::string& name, const DenseLayer& head,
+                                     const Range& gradient) {
     const auto batch = static_cast<std::uint32_t>(plan_.batch);
-    operations.product(
+    operations.addProduct(
         name + " weight gradient",
         {static_cast<std::uint64_t>(head.inputs), static_cast<std::uint64_t>(head.outputs), batch},
         rowMajor(encoder_.back().value, head.inputs).transposed(), rowMajor(gradient, head.outputs),
         parameterGradients_.each[head.weight], {});
-    operations.sumSlices(name + " bias gradient", {gradient, batch}, parameterGradients_.each[head.bias], {});
+    operations.addSumSlices(name + " bias gradient", {gradient, batch}, parameterGradients_.each[head.bias],
+                            {});
 }
 
-void VulkanExecutor::stateEncoderBackward(Operations& operations, Range gradient) {
+void VulkanExecutor::addEncoderBackward(Operations& operations, Range gradient) {
     for (std::size_t k = plan_.encoder.size(); k-- > 0;) {
         const ConvLayer& layer = plan_.encoder[k];
         const ConvSize size = sizeOf(layer);
         const std::string name = layerName("enc", k);
-        operations.kernelGradient(name + " weight gradient", size, gradient,
-                                  k > 0 ? encoder_[k - 1].value : x_, parameterGradients_.each[layer.weight]);
-        operations.channelSums(name + " bias gradient", size.images, size.loChannels, size.loPixels(),
-                               gradient, parameterGradients_.each[layer.bias]);
+        operations.addKernelGradient(name + " weight gradient", size, gradient,
+                                     k > 0 ? encoder_[k - 1].value : x_,
+                                     parameterGradients_.each[layer.weight]);
+        operations.addChannelSums(name + " bias gradient", size.images, size.loChannels, size.loPixels(),
+                                  gradient, parameterGradients_.each[layer.bias]);
         if (k == 0) return;  // nobody asks for the gradient of the images
         const Range next = otherGradient(gradient, size.hiCount());
-        operations.up(name + " data gradient", size, parameters_.each[layer.weight], gradient, next,
-                      {.factor = encoder_[k - 1].derivative});
+        operations.addUp(name + " data gradient", size, parameters_.each[layer.weight], gradient, next,
+                         {.factor = encoder_[k - 1].derivative});
         gradient = next;
     }
 }
@@ -316,7 +321,7 @@ void VulkanExecutor::recordTransfers() {
 void VulkanExecutor::recordStep() {
     step_ = newSequence();
     Operations operations(*context_, *step_, tensors_);
-    stateStep(operations);
+    addStep(operations);
     step_->record();
 }
 
@@ -326,7 +331,7 @@ std::unique_ptr<Sequence> VulkanExecutor::recordEncode(int images) {
     auto encode = newSequence();
     encode->copy(part(upload_, 0, pixels), part(x_, 0, pixels));
     Operations operations(*context_, *encode, tensors_);
-    stateEncoder(operations, images);
+    addEncoder(operations, images);
     encode->copy(part(mean_, 0, latents), part(download_, 0, latents));
     encode->copy(part(logVariance_, 0, latents), part(download_, latents, latents));
     encode->record();
@@ -339,9 +344,10 @@ std::unique_ptr<Sequence> VulkanExecutor::recordDecode(int images) {
     auto decode = newSequence();
     decode->copy(part(upload_, 0, latents), part(z_, 0, latents));
     Operations operations(*context_, *decode, tensors_);
-    stateDecoder(operations, images);
-    operations.outputImage(plan_.output, images, decoder_.back().value, parameters_.each[plan_.output.weight],
-                           parameters_.each[plan_.output.bias], image_);
+    addDecoder(operations, images);
+    operations.addOutputImage(plan_.output, images, decoder_.back().value,
+                              parameters_.each[plan_.output.weight], parameters_.each[plan_.output.bias],
+                              image_);
     decode->copy(part(image_, 0, pixels), part(download_, 0, pixels));
     decode->record();
     return decode;

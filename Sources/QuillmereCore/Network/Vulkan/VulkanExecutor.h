@@ -70,19 +70,20 @@ private:
     [[nodiscard]] std::unique_ptr<Sequence> recordEncode(int images);
     [[nodiscard]] std::unique_ptr<Sequence> recordDecode(int images);
 
-    // Each states its operations in order. Those of the encoder and the decoder compute at least the first
-    // images of the batch; the dense layers take no less time for fewer, and compute all.
-    void stateStep(Operations& operations);
-    void stateEncoder(Operations& operations, int images);
-    void stateHead(Operations& operations, const std::string& name, const DenseLayer& head,
-                   const Range& result);
-    void stateDecoder(Operations& operations, int images);
+    // Each adds the operations of its part to the sequence, in the order in which they run. Those of the
+    // encoder and the decoder compute at least the first images of the batch. The dense layers compute all of
+    // them: fewer would take as long.
+    void addStep(Operations& operations);
+    void addEncoder(Operations& operations, int images);
+    void addHead(Operations& operations, const std::string& name, const DenseLayer& head,
+                 const Range& result);
+    void addDecoder(Operations& operations, int images);
     // Return the gradient of the part's input (before its SiLU).
-    Range stateDecoderBackward(Operations& operations, Range gradient);
-    Range stateLatentBackward(Operations& operations, const Range& gradient);
-    void stateEncoderBackward(Operations& operations, Range gradient);
-    void stateHeadBackward(Operations& operations, const std::string& name, const DenseLayer& head,
-                           const Range& gradient);
+    Range addDecoderBackward(Operations& operations, Range gradient);
+    Range addLatentBackward(Operations& operations, const Range& gradient);
+    void addEncoderBackward(Operations& operations, Range gradient);
+    void addHeadBackward(Operations& operations, const std::string& name, const DenseLayer& head,
+                         const Range& gradient);
     // The gradient buffer that gradient is not in.
     [[nodiscard]] Range otherGradient(const Range& gradient, std::uint64_t count) const;
 

@@ -131,8 +131,8 @@ TEST_P(ConvOperation, DownWithBiasAndSiLUMeetsTheReference) {
     const auto bias = gaussianArray(size.loChannels, 4);
     const Range result = device.make(size.loCount());
     const Range derivative = device.make(size.loCount());
-    device.operations().down("down", size, device.up(kernel), device.up(hi), result,
-                             {.bias = device.up(bias), .silu = true, .derivative = derivative});
+    device.operations().addDown("down", size, device.up(kernel), device.up(hi), result,
+                                {.bias = device.up(bias), .silu = true, .derivative = derivative});
     const auto actual = device.run({result, derivative});
     Doubles expected = naiveDown();
     const Doubles expectedDerivative = activate(expected, bias, size.loPixels());
@@ -144,8 +144,8 @@ TEST_P(ConvOperation, UpWithBiasAndSiLUMeetsTheReference) {
     const auto bias = gaussianArray(size.hiChannels, 4);
     const Range result = device.make(size.hiCount());
     const Range derivative = device.make(size.hiCount());
-    device.operations().up("up", size, device.up(kernel), device.up(lo), result,
-                           {.bias = device.up(bias), .silu = true, .derivative = derivative});
+    device.operations().addUp("up", size, device.up(kernel), device.up(lo), result,
+                              {.bias = device.up(bias), .silu = true, .derivative = derivative});
     const auto actual = device.run({result, derivative});
     Doubles expected = naiveUp();
     const Doubles expectedDerivative = activate(expected, bias, 4 * size.loPixels());
@@ -156,8 +156,8 @@ TEST_P(ConvOperation, UpWithBiasAndSiLUMeetsTheReference) {
 TEST_P(ConvOperation, DownTimesFactorMeetsTheReference) {
     const auto factor = gaussianArray(size.loCount(), 5);
     const Range result = device.make(size.loCount());
-    device.operations().down("down", size, device.up(kernel), device.up(hi), result,
-                             {.factor = device.up(factor)});
+    device.operations().addDown("down", size, device.up(kernel), device.up(hi), result,
+                                {.factor = device.up(factor)});
     Doubles expected = naiveDown();
     for (std::size_t i = 0; i < expected.size(); ++i)
         expected[i] *= factor[i];
@@ -167,8 +167,8 @@ TEST_P(ConvOperation, DownTimesFactorMeetsTheReference) {
 TEST_P(ConvOperation, UpTimesFactorMeetsTheReference) {
     const auto factor = gaussianArray(size.hiCount(), 5);
     const Range result = device.make(size.hiCount());
-    device.operations().up("up", size, device.up(kernel), device.up(lo), result,
-                           {.factor = device.up(factor)});
+    device.operations().addUp("up", size, device.up(kernel), device.up(lo), result,
+                              {.factor = device.up(factor)});
     Doubles expected = naiveUp();
     for (std::size_t i = 0; i < expected.size(); ++i)
         expected[i] *= factor[i];
@@ -177,13 +177,13 @@ TEST_P(ConvOperation, UpTimesFactorMeetsTheReference) {
 
 TEST_P(ConvOperation, KernelGradientMeetsTheReference) {
     const Range gradient = device.make(size.kernelCount());
-    device.operations().kernelGradient("gradient", size, device.up(lo), device.up(hi), gradient);
+    device.operations().addKernelGradient("gradient", size, device.up(lo), device.up(hi), gradient);
     expectClose(device.run(gradient), naiveKernelGradient(), gradientTolerance);
 }
 
 TEST_P(ConvOperation, KernelGradient3x3FoldsThe4x4Gradient) {
     const Range gradient = device.make(size.kernelCount() / 16 * 9);
-    device.operations().kernelGradient3x3("gradient", size, device.up(lo), device.up(hi), gradient);
+    device.operations().addKernelGradient3x3("gradient", size, device.up(lo), device.up(hi), gradient);
     const Doubles wide = naiveKernelGradient();
     Doubles expected(gradient.count);
     for (int h = 0; h < shape.hi; ++h)
@@ -218,8 +218,8 @@ TEST(ExpandKernel, GivesTheSameUpLayerBordersIncluded) {
     const Range expanded = device.make(size.kernelCount());
     const Range result = device.make(size.hiCount());
     Operations operations = device.operations();
-    operations.expandKernel("expand", size, device.up(small), expanded);
-    operations.up("up", size, expanded, device.up(lo), result, {});
+    operations.addExpandKernel("expand", size, device.up(small), expanded);
+    operations.addUp("up", size, expanded, device.up(lo), result, {});
 
     const int height = 2 * shape.height;
     const int width = 2 * shape.width;
@@ -270,9 +270,9 @@ protected:
 TEST_P(MatrixOperation, ProductWithBiasAndSiLUMeetsTheReference) {
     const auto bias = gaussianArray(size.columns, 3);
     const Range result = device.make(size.rows * size.columns);
-    device.operations().product("product", size, rowMajor(device.up(a), static_cast<int>(size.depth)),
-                                rowMajor(device.up(b), static_cast<int>(size.columns)), result,
-                                {.bias = device.up(bias), .silu = true});
+    device.operations().addProduct("product", size, rowMajor(device.up(a), static_cast<int>(size.depth)),
+                                   rowMajor(device.up(b), static_cast<int>(size.columns)), result,
+                                   {.bias = device.up(bias), .silu = true});
     Doubles expected = naive();
     for (std::size_t i = 0; i < expected.size(); ++i) {
         expected[i] += bias[i % size.columns];
@@ -283,7 +283,7 @@ TEST_P(MatrixOperation, ProductWithBiasAndSiLUMeetsTheReference) {
 
 TEST_P(MatrixOperation, ProductOfTransposedMatricesMeetsTheReference) {
     const Range result = device.make(size.rows * size.columns);
-    device.operations().product(
+    device.operations().addProduct(
         "product", size,
         rowMajor(device.up(transposed(a, size.depth)), static_cast<int>(size.rows)).transposed(),
         rowMajor(device.up(transposed(b, size.columns)), static_cast<int>(size.depth)).transposed(), result,
@@ -296,9 +296,9 @@ TEST_P(MatrixOperation, SlicedProductAddsUpToTheReference) {
     const auto bias = gaussianArray(size.columns, 3);
     Operations operations = device.operations();
     const Slices slices =
-        operations.slicedProduct("product", size, rowMajor(device.up(a), static_cast<int>(size.depth)),
-                                 rowMajor(device.up(b), static_cast<int>(size.columns)));
-    operations.sumSlices("sum", slices, result, device.up(bias));
+        operations.addSlicedProduct("product", size, rowMajor(device.up(a), static_cast<int>(size.depth)),
+                                    rowMajor(device.up(b), static_cast<int>(size.columns)));
+    operations.addSumSlices("sum", slices, result, device.up(bias));
     Doubles expected = naive();
     for (std::size_t i = 0; i < expected.size(); ++i)
         expected[i] += bias[i % size.columns];
@@ -325,7 +325,7 @@ TEST(ChannelSums, AddsUpImagesAndPixelsOfEachChannel) {
         const auto tensor = gaussianArray(images * channels * pixels, 1);
         DeviceArrays device(context());
         const Range total = device.make(channels);
-        device.operations().channelSums("sums", images, channels, pixels, device.up(tensor), total);
+        device.operations().addChannelSums("sums", images, channels, pixels, device.up(tensor), total);
         Doubles expected(channels);
         for (std::size_t i = 0; i < tensor.size(); ++i)
             expected[i / pixels % channels] += tensor[i];
@@ -371,8 +371,8 @@ protected:
 
 TEST_P(LastLayer, ImageMeetsTheReference) {
     const Range result = device.make(batch * pixels);
-    device.operations().outputImage(layer, batch, device.up(tensor), device.up(kernel), device.up(bias),
-                                    result);
+    device.operations().addOutputImage(layer, batch, device.up(tensor), device.up(kernel), device.up(bias),
+                                       result);
     expectClose(device.run(result), image());
 }
 
@@ -383,9 +383,9 @@ TEST_P(LastLayer, LossAndItsGradientMeetTheReference) {
     const Range gradient = device.make(batch * pixels);
     const Range result = device.make(2);
     Operations operations = device.operations();
-    const Range parts = operations.outputLoss(layer, term, batch, device.up(tensor), device.up(kernel),
-                                              device.up(bias), device.up(target), gradient);
-    operations.loss(parts, batch * pixels, device.up({0.25F}), result);
+    const Range parts = operations.addOutputLoss(layer, term, batch, device.up(tensor), device.up(kernel),
+                                                 device.up(bias), device.up(target), gradient);
+    operations.addLoss(parts, batch * pixels, device.up({0.25F}), result);
     const auto actual = device.run({gradient, result});
 
     const Doubles recon = image();
@@ -409,8 +409,8 @@ TEST_P(LastLayer, GradientsMeetTheReference) {
     const Range biasGradient = device.make(1);
     Operations operations = device.operations();
     const Range up = device.up(gradient);
-    operations.outputDataGradient(layer, batch, up, device.up(kernel), device.up(factor), data);
-    operations.outputWeightGradient(layer, batch, up, device.up(tensor), weight, biasGradient);
+    operations.addOutputDataGradient(layer, batch, up, device.up(kernel), device.up(factor), data);
+    operations.addOutputWeightGradient(layer, batch, up, device.up(tensor), weight, biasGradient);
     const auto actual = device.run({data, weight, biasGradient});
 
     Doubles expectedData(tensor.size());
@@ -453,7 +453,7 @@ TEST_F(LatentOperation, ReparameterisesWithTheClampedVariance) {
     logVariance[1] = -1000;
     const Range z = device.make(count);
     const Range kl = device.make(1);
-    device.operations().latent(step, device.up(mean), device.up(logVariance), device.up(eps), z, kl);
+    device.operations().addLatent(step, device.up(mean), device.up(logVariance), device.up(eps), z, kl);
     const auto actual = device.run({z, kl});
     Doubles expected(count);
     double sum = 0;
@@ -474,7 +474,7 @@ TEST_F(LatentOperation, GradientStopsAtTheClamp) {
     const auto zGradient = gaussianArray(3 * count, 4);
     const Range meanGradient = device.make(count);
     const Range logVarianceGradient = device.make(count);
-    device.operations().latentGradient(
+    device.operations().addLatentGradient(
         step, {device.up(zGradient), 3}, device.up(mean), device.up(logVariance), device.up(eps),
         device.up({123.0F, static_cast<float>(klWeight)}), meanGradient, logVarianceGradient);
     const auto actual = device.run({meanGradient, logVarianceGradient});
@@ -505,8 +505,8 @@ TEST(FlattenedGradient, GathersFromBothHeads) {
     const auto factor = gaussianArray(batch * 200, 5);
     DeviceArrays device(context());
     const Range result = device.make(factor.size());
-    device.operations().flattenedGradient(batch, head, device.up(dMean), device.up(dLogVar), device.up(wMean),
-                                          device.up(wLogVar), device.up(factor), result);
+    device.operations().addFlattenedGradient(batch, head, device.up(dMean), device.up(dLogVar),
+                                             device.up(wMean), device.up(wLogVar), device.up(factor), result);
     Doubles expected(factor.size());
     for (std::size_t i = 0; i < expected.size(); ++i) {
         for (std::size_t l = 0; l < 7; ++l) {
@@ -534,7 +534,7 @@ TEST(Adam, UpdatesParametersAndMomentsInPlace) {
     const Range p = device.up(parameter);
     const Range m = device.up(first);
     const Range v = device.up(second);
-    device.operations().adam(optimiser, p, device.up(gradient), m, v, device.up({rate, 5.0F}));
+    device.operations().addAdam(optimiser, p, device.up(gradient), m, v, device.up({rate, 5.0F}));
     const auto actual = device.run({p, m, v});
     Doubles expectedP(count);
     Doubles expectedM(count);
@@ -561,7 +561,7 @@ TEST(LinearGroups, GoOnInASecondLine) {
         values[i] = static_cast<float>(i % 1000);
     DeviceArrays device(context());
     const Range result = device.make(count);
-    device.operations().sumSlices("copy", {device.up(values), 1}, result, {});
+    device.operations().addSumSlices("copy", {device.up(values), 1}, result, {});
     EXPECT_EQ(device.run(result), values);
 }
 

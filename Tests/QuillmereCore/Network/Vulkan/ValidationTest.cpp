@@ -109,7 +109,7 @@ TEST(Validation, NoticesAReadBeyondABuffer) {
     DeviceArrays arrays(*device.context());
     const Range result = arrays.make(16);
     // Claims more slices than the buffer holds.
-    arrays.operations().sumSlices("sum", {arrays.up(std::vector<float>(16)), 1000}, result, {});
+    arrays.operations().addSumSlices("sum", {arrays.up(std::vector<float>(16)), 1000}, result, {});
     (void)arrays.run(result);
     EXPECT_THAT(device.messages(), Contains(HasSubstr("ut of bounds")));
 }
