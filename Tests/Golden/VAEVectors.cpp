@@ -3,6 +3,7 @@
 #include "Golden/GoldenAreas.h"
 #include "QuillmereCore/Model/VAE.h"
 #include "QuillmereCore/Network/Devices.h"
+#include "Support/ReferenceBackend.h"
 
 namespace quillmere::golden {
 namespace {
@@ -208,7 +209,7 @@ std::unique_ptr<network::Backend> makeSoftwareBackend() {
 Area vaeArea() {
     Area area{"vae",
               {suiteOn("VAEOnCPU", network::makeCPUBackend),
-               suiteOn("VAEOnReference", network::makeReferenceBackend)}};
+               suiteOn("VAEOnReference", testing::makeReferenceBackend)}};
 #ifdef QUILLMERE_VULKAN
     area.suites.push_back(suiteOn("VAEOnVulkan", makeSoftwareBackend));
 #endif

@@ -47,34 +47,29 @@ network::DenseLayer denseLayer(const ParameterLookup& param, const std::string& 
     return {param.extent(weight, 0), param.extent(weight, 1), weight, param(name + ".b"), activation};
 }
 
-// Concatenates up to count arrays from first on into a buffer of whole slots, the rest filled with padding.
-void fillSlots(std::span<const std::vector<float>> arrays, std::size_t slotSize, float padding,
-               std::vector<float>& buffer) {
-    std::fill(buffer.begin(), buffer.end(), padding);
+// Writes the arrays, all of one size, into a buffer one after the other.
+void concatenate(std::span<const std::vector<float>> arrays, std::size_t size, std::span<float> buffer) {
     for (std::size_t i = 0; i < arrays.size(); ++i) {
-        require(arrays[i].size() == slotSize, "an image or latent vector has the wrong size");
-        std::copy(arrays[i].begin(), arrays[i].end(),
-                  buffer.begin() + static_cast<std::ptrdiff_t>(i * slotSize));
+        require(arrays[i].size() == size, "an image or latent vector has the wrong size");
+        std::copy(arrays[i].begin(), arrays[i].end(), buffer.subspan(i * size, size).begin());
     }
 }
 
-// Runs function over arrays in chunks of VAEInference::batch and splits its results again. The last chunk is
-// padded unless the executor takes fewer.
+// Runs function over arrays in chunks of VAEInference::batch, of which the last may hold fewer, and splits
+// its results again.
 template <typename Function>
-std::vector<std::vector<float>> inChunks(const network::Executor& executor,
-                                         std::span<const std::vector<float>> arrays, std::size_t inputSize,
-                                         std::size_t outputSize, float padding, Function function) {
+std::vector<std::vector<float>> inChunks(std::span<const std::vector<float>> arrays, std::size_t inputSize,
+                                         std::size_t outputSize, Function function) {
     constexpr std::size_t batch = VAEInference::batch;
-    const std::size_t slots = executor.takesPartialBatches() ? std::min(batch, arrays.size()) : batch;
+    const std::size_t slots = std::min(batch, arrays.size());
     std::vector<std::vector<float>> results;
     results.reserve(arrays.size());
     std::vector<float> input(slots * inputSize);
     std::vector<float> output(slots * outputSize);
     for (std::size_t start = 0; start < arrays.size(); start += batch) {
         const std::size_t count = std::min(batch, arrays.size() - start);
-        const std::size_t used = executor.takesPartialBatches() ? count : batch;
-        fillSlots(arrays.subspan(start, count), inputSize, padding, input);
-        function(std::span(input).first(used * inputSize), std::span(output).first(used * outputSize));
+        concatenate(arrays.subspan(start, count), inputSize, input);
+        function(std::span(input).first(count * inputSize), std::span(output).first(count * outputSize));
         for (std::size_t i = 0; i < count; ++i) {
             const auto first = output.begin() + static_cast<std::ptrdiff_t>(i * outputSize);
             results.emplace_back(first, first + static_cast<std::ptrdiff_t>(outputSize));
@@ -151,16 +146,14 @@ VAEInference::VAEInference(const ModelConfig& config, std::span<const std::vecto
 }
 
 std::vector<std::vector<float>> VAEInference::encode(std::span<const std::vector<float>> images) {
-    constexpr float silence = -1.0F;
-    return inChunks(*executor_, images, static_cast<std::size_t>(config_.nMels * config_.frames),
-                    static_cast<std::size_t>(config_.latentDim), silence,
+    return inChunks(images, static_cast<std::size_t>(config_.nMels * config_.frames),
+                    static_cast<std::size_t>(config_.latentDim),
                     [&](std::span<const float> x, std::span<float> mean) { executor_->encode(x, mean, {}); });
 }
 
 std::vector<std::vector<float>> VAEInference::decode(std::span<const std::vector<float>> latents) {
-    constexpr float origin = 0.0F;
-    return inChunks(*executor_, latents, static_cast<std::size_t>(config_.latentDim),
-                    static_cast<std::size_t>(config_.nMels * config_.frames), origin,
+    return inChunks(latents, static_cast<std::size_t>(config_.latentDim),
+                    static_cast<std::size_t>(config_.nMels * config_.frames),
                     [&](std::span<const float> z, std::span<float> images) { executor_->decode(z, images); });
 }
 

@@ -45,13 +45,11 @@ public:
     // Gradients of the last step, in the layout of weights(). For tests and diagnosis.
     [[nodiscard]] virtual std::vector<std::vector<float>> gradients() const = 0;
 
-    // x: [batch][height][width]; mean and logVariance (clamped; may be empty): [batch][latent].
+    // Both take up to a batch of items, fewer in less time. An item's result never depends on its neighbours.
+    // x: [items][height][width]; mean and logVariance (clamped; may be empty): [items][latent].
     virtual void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) = 0;
-    // z: [batch][latent]; images: [batch][height][width].
+    // z: [items][latent]; images: [items][height][width].
     virtual void decode(std::span<const float> z, std::span<float> images) = 0;
-    // Whether encode and decode also take the first few items of a batch, in less time. An item's result
-    // never depends on its neighbours.
-    [[nodiscard]] virtual bool takesPartialBatches() const noexcept { return false; }
 };
 
 class Backend {
@@ -63,7 +61,5 @@ public:
 
 // Hand-written kernels on the processor; results do not depend on the number of threads.
 [[nodiscard]] std::unique_ptr<Backend> makeCPUBackend();
-// Naive loops in double precision, for tests.
-[[nodiscard]] std::unique_ptr<Backend> makeReferenceBackend();
 
 }  // namespace quillmere::network

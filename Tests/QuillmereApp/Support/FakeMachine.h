@@ -74,9 +74,6 @@ private:
             work().encode(x, mean, logVariance);
         }
         void decode(std::span<const float> z, std::span<float> images) override { work().decode(z, images); }
-        [[nodiscard]] bool takesPartialBatches() const noexcept override {
-            return processor_->takesPartialBatches();
-        }
 
     private:
         [[nodiscard]] network::Executor& work() const {

@@ -7,6 +7,7 @@
 #include "QuillmereCore/Network/BackendContract.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Util/Parallel.h"
+#include "Support/ReferenceBackend.h"
 
 namespace quillmere {
 namespace {
@@ -15,6 +16,7 @@ using testing::BackendContract;
 using testing::busyWeights;
 using testing::gaussianArray;
 using testing::largest;
+using testing::makeReferenceBackend;
 using testing::NetworkShape;
 using testing::speckledImages;
 using testing::StepInput;
@@ -63,7 +65,7 @@ TEST_P(CPUBackendShapes, GradientsAndScalarsMeetTheReference) {
     const auto weights = busyWeights(shape, 5);
     const StepInput input(shape, 11);
     const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::training);
-    const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::training);
+    const auto reference = makeReferenceBackend()->compile(plan, network::Purpose::training);
     cpu->setWeights(weights);
     reference->setWeights(weights);
     const auto actual = cpu->step(input.x, input.eps, 1e-4F, 0.1F);
@@ -79,7 +81,7 @@ TEST_P(CPUBackendShapes, EncodeAndDecodeMeetTheReference) {
     const network::Plan plan = shape.plan();
     const auto weights = busyWeights(shape, 6);
     const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::inference);
-    const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::inference);
+    const auto reference = makeReferenceBackend()->compile(plan, network::Purpose::inference);
     cpu->setWeights(weights);
     reference->setWeights(weights);
 
@@ -127,7 +129,7 @@ TEST(CPUBackend, ParametersAfterThreeStepsMeetTheReference) {
     const NetworkShape shape{32, 64, 6, 2};
     const auto weights = busyWeights(shape, 8);
     const auto cpu = network::makeCPUBackend()->compile(shape.plan(), network::Purpose::training);
-    const auto reference = network::makeReferenceBackend()->compile(shape.plan(), network::Purpose::training);
+    const auto reference = makeReferenceBackend()->compile(shape.plan(), network::Purpose::training);
     cpu->setWeights(weights);
     reference->setWeights(weights);
     for (std::uint64_t t = 0; t < 3; ++t) {
@@ -152,7 +154,7 @@ TEST(CPUBackend, GradientsOfLaterStepsMeetTheReference) {
         const NetworkShape shape{64, 64, 6, batch};
         const network::Plan plan = shape.plan();
         const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::training);
-        const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::training);
+        const auto reference = makeReferenceBackend()->compile(plan, network::Purpose::training);
         cpu->setWeights(busyWeights(shape, 9));
         for (std::uint64_t t = 0; t < 3; ++t) {
             SCOPED_TRACE("step " + std::to_string(t + 1));
@@ -171,7 +173,7 @@ TEST(CPUBackend, EveryInstructionSetMeetsTheReference) {
     const network::Plan plan = shape.plan();
     const auto weights = busyWeights(shape, 13);
     const StepInput input(shape, 90);
-    const auto reference = network::makeReferenceBackend()->compile(plan, network::Purpose::training);
+    const auto reference = makeReferenceBackend()->compile(plan, network::Purpose::training);
     reference->setWeights(weights);
     reference->step(input.x, input.eps, 1e-4F, 0.1F);
     const auto expected = reference->gradients();

@@ -35,7 +35,6 @@ public:
                     float klWeight) override;
     void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) override;
     void decode(std::span<const float> z, std::span<float> images) override;
-    [[nodiscard]] bool takesPartialBatches() const noexcept override { return true; }
 
 private:
     // Activations of one layer; derivative is SiLU' and becomes the gradient on the way back. Its view is

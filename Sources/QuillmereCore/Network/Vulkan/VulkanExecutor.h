@@ -33,7 +33,6 @@ public:
                     float klWeight) override;
     void encode(std::span<const float> x, std::span<float> mean, std::span<float> logVariance) override;
     void decode(std::span<const float> z, std::span<float> images) override;
-    [[nodiscard]] bool takesPartialBatches() const noexcept override { return true; }
 
     [[nodiscard]] const Sequence& stepSequence() const { return *step_; }
     // Of all buffers, those that the host sees included.

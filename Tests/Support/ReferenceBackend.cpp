@@ -1,5 +1,4 @@
-// The network as its formulas read: channel-major tensors, plain loops, double precision. Slow on purpose;
-// every faster backend is compared with it.
+#include "Support/ReferenceBackend.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,11 +6,20 @@
 #include <utility>
 #include <vector>
 
-#include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Network/Plan.h"
 #include "QuillmereCore/Util/Failure.h"
 
-namespace quillmere::network {
+namespace quillmere::testing {
 namespace {
+
+using network::Activation;
+using network::ConvLayer;
+using network::DenseLayer;
+using network::Executor;
+using network::Optimiser;
+using network::OutputLayer;
+using network::Plan;
+using network::StepResult;
 
 // [n][c][h][w]
 struct Tensor {
@@ -234,8 +242,8 @@ private:
     }
 
     [[nodiscard]] Tensor image(std::span<const float> x) const {
-        Tensor tensor(plan_.batch, 1, plan_.height, plan_.width);
-        require(x.size() == tensor.v.size(), "wrong size of an image batch");
+        Tensor tensor(static_cast<int>(x.size() / plan_.imageSize()), 1, plan_.height, plan_.width);
+        require(tensor.n <= plan_.batch && x.size() == tensor.v.size(), "wrong size of an image batch");
         std::copy(x.begin(), x.end(), tensor.v.begin());
         return tensor;
     }
@@ -326,10 +334,13 @@ private:
     }
 
     Tensor decodeLatents(std::vector<double> z, DecoderRecord& record) const {
+        const std::size_t images = z.size() / plan_.latent.dim;
+        require(images <= static_cast<std::size_t>(plan_.batch) && z.size() == images * plan_.latent.dim,
+                "wrong size of a latent batch");
         record.z = std::move(z);
         record.denseInput = dense(plan_.decoderInput, record.z);
         const ConvLayer& first = plan_.decoder.front();
-        Tensor h(plan_.batch, first.loChannels, first.loHeight, first.loWidth);
+        Tensor h(static_cast<int>(images), first.loChannels, first.loHeight, first.loWidth);
         h.v = record.denseInput;
         applySilu(h.v);
         record.last = runLayers(plan_.decoder, std::move(h), record.layers);
@@ -425,21 +436,21 @@ StepResult ReferenceExecutor::step(std::span<const float> x, std::span<const flo
             static_cast<float>(kl)};
 }
 
-class ReferenceBackend final : public Backend {
+class ReferenceBackend final : public network::Backend {
 public:
-    [[nodiscard]] const Device& device() const noexcept override { return device_; }
-    [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, Purpose) override {
+    [[nodiscard]] const network::Device& device() const noexcept override { return device_; }
+    [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, network::Purpose) override {
         return std::make_unique<ReferenceExecutor>(plan);
     }
 
 private:
-    Device device_{Device::Kind::cpu, "reference"};
+    network::Device device_{network::Device::Kind::cpu, "reference"};
 };
 
 }  // namespace
 
-std::unique_ptr<Backend> makeReferenceBackend() {
+std::unique_ptr<network::Backend> makeReferenceBackend() {
     return std::make_unique<ReferenceBackend>();
 }
 
-}  // namespace quillmere::network
+}  // namespace quillmere::testing

@@ -1,9 +1,10 @@
+#include "Support/ReferenceBackend.h"
+
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <set>
 
-#include "QuillmereCore/Network/Backend.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 
 namespace quillmere {
@@ -39,7 +40,7 @@ protected:
 
     StepInput input_{shape, 17};
     std::unique_ptr<network::Executor> executor_ =
-        network::makeReferenceBackend()->compile(shape.plan(), network::Purpose::training);
+        testing::makeReferenceBackend()->compile(shape.plan(), network::Purpose::training);
 };
 
 // The loss comes back in single precision, so the difference of two losses is good to about 2e-7 / (2 h).
