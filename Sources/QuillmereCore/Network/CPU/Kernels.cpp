@@ -12,9 +12,14 @@
 #include <hwy/highway.h>
 
 #include "QuillmereCore/Network/CPU/Gemm-inl.h"
-#include "QuillmereCore/Network/CPU/Outer-inl.h"
+#include "QuillmereCore/Network/CPU/InnerPasses-inl.h"
+#include "QuillmereCore/Network/CPU/Loss-inl.h"
+#include "QuillmereCore/Network/CPU/OuterPasses-inl.h"
+#include "QuillmereCore/Network/CPU/Output-inl.h"
 #include "QuillmereCore/Network/CPU/Simd-inl.h"
-#include "QuillmereCore/Network/CPU/Winograd-inl.h"
+#include "QuillmereCore/Network/CPU/Stem-inl.h"
+#include "QuillmereCore/Network/CPU/WeightGradients-inl.h"
+#include "QuillmereCore/Network/CPU/Weights-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::network::cpu::HWY_NAMESPACE {
@@ -70,22 +75,6 @@ const KernelTable& kernels() {
 std::size_t outputStrip(int width, int channels) {
     const auto taps = static_cast<std::size_t>(channels);
     return std::max((3 * (static_cast<std::size_t>(width) + 2) + taps) * outputTapLanes, 2 * (9 + 10) * taps);
-}
-
-TileGeometry::TileGeometry(const ConvLayer& layer, int batchSize, bool inStages)
-    : batch(batchSize),
-      hiChannels(layer.hiChannels),
-      loChannels(layer.loChannels),
-      loHeight(layer.loHeight),
-      loWidth(layer.loWidth),
-      tileRows((layer.loHeight + tileExtent - 1) / tileExtent),
-      tileCols((layer.loWidth + tileExtent - 1) / tileExtent),
-      groupChannels(4 * layer.hiChannels),
-      loChannelsPadded(roundUp(layer.loChannels, widthMultiple)),
-      staged(inStages) {
-    // About this many tiles at a time keep all planes of a chunk in the second-level cache.
-    constexpr int goodChunk = 64;
-    rowsPerChunk = staged ? tileRows : std::min(tileRows, std::max(1, goodChunk / tileCols));
 }
 
 }  // namespace quillmere::network::cpu

@@ -4,6 +4,7 @@
 #include <span>
 
 #include "QuillmereCore/Network/CPU/PaddedTensor.h"
+#include "QuillmereCore/Network/CPU/TileGeometry.h"
 #include "QuillmereCore/Network/Plan.h"
 
 // The vector code of the network, compiled for several instruction sets and chosen at run time.
@@ -24,92 +25,36 @@
 // gradient is V[p] transposed times Z[p]. Only the weights see constants other than +-1.
 namespace quillmere::network::cpu {
 
-// Channel counts are multiples of this; those of the deepest layer also of widthMultiple.
-inline constexpr int channelMultiple = 8;
-// Matrix widths and flat arrays are padded to multiples of this.
-inline constexpr int widthMultiple = 16;
-
-// Rows and columns of lo in one tile, and products per tile.
-inline constexpr int tileExtent = 3;
-inline constexpr int transformPlanes = 16;
-
-// The columns of transformed weights lie in panels of this many (the last one may be narrower), so that a
-// product reads them from end to end.
-inline constexpr int panelWidth = 48;
-
 // Products of one pixel with the nine taps of the output layer, padded.
 inline constexpr int outputTapLanes = 16;
 
-[[nodiscard]] constexpr int roundUp(int value, int multiple) {
-    return (value + multiple - 1) / multiple * multiple;
-}
-
-// Floats from one of the planes of a transformed matrix to the next: planes that lie a multiple of 4096 bytes
-// apart would all fall on the same few places of the cache.
-[[nodiscard]] constexpr std::size_t planeStride(std::size_t size) {
-    return (size + 1023) / 1024 * 1024 + 64;
-}
-
-// Sizes of one layer and the way its tiles are worked through.
-struct TileGeometry {
-    TileGeometry() = default;
-    // staged: the tiles of the whole batch are multiplied together, stage by stage.
-    TileGeometry(const ConvLayer& layer, int batch, bool staged);
-
-    [[nodiscard]] std::size_t tilesPerImage() const { return static_cast<std::size_t>(tileRows) * tileCols; }
-    [[nodiscard]] std::size_t batchTiles() const { return static_cast<std::size_t>(batch) * tilesPerImage(); }
-    // Largest number of tiles of one image transformed together.
-    [[nodiscard]] std::size_t chunkTiles() const { return static_cast<std::size_t>(rowsPerChunk) * tileCols; }
-    // Floats from one plane of transformed weights to the next, [loChannels][groupChannels] or, for down,
-    // [groupChannels][loChannelsPadded].
-    [[nodiscard]] std::size_t weightPlane() const {
-        return planeStride(static_cast<std::size_t>(loChannels) * groupChannels);
-    }
-    [[nodiscard]] std::size_t downPlane() const {
-        return planeStride(static_cast<std::size_t>(groupChannels) * loChannelsPadded);
-    }
-
-    // Floats of scratch for weightGradientColumns.
-    [[nodiscard]] std::size_t gradientScratch() const {
-        return transformPlanes * planeStride(static_cast<std::size_t>(loChannels) * panelWidth);
-    }
-
-    int batch = 0;
-    int hiChannels = 0, loChannels = 0;
-    int loHeight = 0, loWidth = 0;
-    int tileRows = 0, tileCols = 0;
-    int groupChannels = 0;     // 4 * hiChannels: [row in pair][column in pair][channel]
-    int loChannelsPadded = 0;  // to widthMultiple
-    int rowsPerChunk = 0;      // tile rows of one image transformed together
-    bool staged = false;
-};
-
-// Weights of one layer for the products, and biases. Outer layers use the transformed ones many times. A
-// staged layer needs each panel of columns only once, and its transformed weights would fill the cache: there
+// Weights of one layer for the products, and biases. An outer layer uses its transformed ones many times. An
+// inner layer needs each panel of columns only once, and its transformed weights would fill the cache: there
 // a panel is made where it is used. Here and below [planes] are planeStride() apart.
 struct LayerWeights {
-    const float* U = nullptr;     // [planes][groupChannels][loChannelsPadded] in panels; for down
-    const float* UT = nullptr;    // [planes][loChannels][groupChannels] in panels; for up
-    const float* KT = nullptr;    // staged: [16][hiChannels][loChannelsPadded]; for down
-    const float* K = nullptr;     // staged: [16][loChannels][hiChannels]; for up
+    const float* U = nullptr;     // outer: [planes][groupChannels][loChannelsPadded] in panels; for down
+    const float* UT = nullptr;    // outer: [planes][loChannels][groupChannels] in panels; for up
+    const float* KT = nullptr;    // inner: [16][hiChannels][loChannelsPadded]; for down
+    const float* K = nullptr;     // inner: [16][loChannels][hiChannels]; for up
     const float* bias = nullptr;  // down: [loChannels]; up: [hiChannels] twice
 };
 
-// Scratch memory of one worker, large enough for the largest chunk of any outer layer.
+// Scratch memory of one worker, large enough for the largest chunk of any outer layer and the largest panel
+// of any inner one.
 struct Scratch {
-    float* V;      // [planes][tiles][groupChannels]
-    float* Z;      // [planes][tiles][loChannels]
-    float* M;      // [planes][tiles][groupChannels or loChannelsPadded]
-    float* panel;  // [groupChannels or loChannels][panelWidth]
-    float* carry;  // [4][tileCols][groupChannels]: what the last tile row of a chunk adds to the next
+    float* V;      // outer: [planes][tiles][groupChannels]
+    float* Z;      // outer: [planes][tiles][loChannels]
+    float* M;      // outer: [planes][tiles][groupChannels or loChannelsPadded]
+    float* panel;  // inner: [groupChannels or loChannels][panelWidth]
+    float* carry;  // outer: [4][tileCols][groupChannels]: what the last tile row of a chunk adds to the next
 };
 
-// Transformed tiles of the whole batch: V and Z are kept from the forward to the backward pass. Null pointers
-// in layers whose tiles live in Scratch only.
+// Transformed tiles of the whole batch, of inner layers and of outer ones that keep them from the forward to
+// the backward pass. Null pointers in layers whose tiles live in Scratch only.
 struct BatchTiles {
     float* V = nullptr;  // [planes][batchTiles][groupChannels]
     float* Z = nullptr;  // [planes][batchTiles][loChannels]
-    float* M = nullptr;  // staged: [planes][batchTiles][groupChannels or loChannelsPadded]
+    float* M = nullptr;  // inner: [planes][batchTiles][groupChannels or loChannelsPadded]
 };
 
 struct LayerCall {
@@ -124,8 +69,8 @@ struct LayerCall {
 struct KernelTable {
     const char* name;
 
-    // ---- Layers that are worked through image by image. act = SiLU(pre-activation); derivative =
-    // SiLU'(pre-activation), not stored when its view is null.
+    // ---- Outer layers. act = SiLU(pre-activation); derivative = SiLU'(pre-activation), not stored when its
+    // view is null.
     void (*downForward)(const LayerCall&, PaddedView hi, PaddedView act, PaddedView derivative);
     void (*upForward)(const LayerCall&, PaddedView lo, PaddedView act, PaddedView derivative);
     // Backward through a down layer: dHi holds SiLU' of the layer before and becomes its gradient;
@@ -137,8 +82,8 @@ struct KernelTable {
     void (*upBackward)(const LayerCall&, PaddedView dHi, PaddedView loAct, PaddedView dLo,
                        float* biasGradient, float* dU);
 
-    // ---- The same in stages for staged layers: transform the images into
-    // V or Z, multiply some columns of one plane (whole panels), turn M into activations or gradients.
+    // ---- Inner layers, the same in stages: transform the images into V or Z, multiply some columns of one
+    // plane (whole panels), turn M into activations or gradients.
     void (*transformHi)(const LayerCall&, PaddedView hi);
     void (*transformLo)(const LayerCall&, PaddedView lo);
     void (*productsDown)(const LayerCall&, int plane, int begin, int end);

@@ -1,6 +1,6 @@
 #include "QuillmereCore/Network/CPU/ParameterLayout.h"
 
-#include "QuillmereCore/Network/CPU/Kernels.h"
+#include "QuillmereCore/Network/CPU/TileGeometry.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere::network::cpu {

@@ -21,6 +21,16 @@ using EightTag = hn::CappedTag<float, 8>;
 template <class D>
 inline constexpr int lanesOf = static_cast<int>(hn::MaxLanes(D()));
 
+// Calls body with the widest tag whose lanes divide the number of channels.
+template <class Body>
+HWY_INLINE void withChannelTag(int channels, Body body) {
+    if (channels % lanesOf<FullTag> == 0) {
+        body(FullTag());
+    } else {
+        body(EightTag());
+    }
+}
+
 // e^x with a relative error of about 2e-7: 2^n times a polynomial for 2^f, |f| <= 1/2, with a relative error
 // of 9.2e-8. x is limited to the range in which results and their reciprocals are normal numbers: never
 // infinity, never a denormal.
