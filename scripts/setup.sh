@@ -1,28 +1,32 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Quillmere needs and that are missing. May be run again at any time.
 #
-#   scripts/setup.sh [build] [app] [run] [test] [demo] [lint] [pictures] [peers] [all]     (build, if nothing is named)
+#   scripts/setup.sh [GROUP...]     (build, if nothing is named)
 #
-# Written for Debian 12. Needs root, or a user with sudo.
+# The groups: build app run test demo lint coverage releases pictures peers, or all.
+#
+# For Debian 12 and 13. Needs root, or a user with sudo.
 set -euo pipefail
 
-# The one list of packages, by what they are needed for.
+# The one list of packages, by what they are needed for. A # stands for the version that a release puts into the name.
 build=(g++ cmake ninja-build ccache pkg-config
        libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev
        nlohmann-json3-dev libcli11-dev libvulkan-dev glslc)
 # The desktop application: what it needs besides to be built, and what it loads when it starts.
-app_run=(libqt6core6 libqt6dbus6 libqt6gui6 libqt6qml6 libqt6quick6 libqt6quickcontrols2-6 libqt6quickdialogs2-6
+app_run=(libqt6core# libqt6dbus6 libqt6gui6 libqt6qml6 libqt6quick6 libqt6quickcontrols2-6
          qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qtquick-controls
          qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-dialogs
          qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
          libsdl2-2.0-0 fonts-dejavu-core)
 app=(qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libsdl2-dev "${app_run[@]}")
-run=(libavformat59 libavcodec59 libavutil57 libsoxr0 libicu72 libhwy1 libtbb12 libvulkan1 "${app_run[@]}")
+run=(libavformat# libavcodec# libavutil# libsoxr0 libicu# libhwy# libtbb# libvulkan1 "${app_run[@]}")
 test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrogen-drumkits
       mesa-vulkan-drivers vulkan-validationlayers
       qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
 demo=(sonic-pi-samples)
-lint=(clang-format clang-tidy git)
+lint=(clang clang-format clang-tidy git python3)
+coverage=(gcovr python3)
+releases=(ccache debootstrap util-linux)
 pictures=(python3 python3-numpy python3-matplotlib flac sonic-pi-samples imagemagick fonts-roboto-unhinted)
 peers=(python3 python3-numpy python3-torch ffmpeg util-linux findutils)
 
@@ -31,25 +35,28 @@ die() {
     exit 1
 }
 
+groups=(build app run test demo lint coverage releases pictures peers)
+chosen=("${@:-build}")
+[[ " $* " != *" all "* ]] || chosen=("${groups[@]}")
 packages=()
-for group in "${@:-build}"; do
-    case $group in
-        build | app | run | test | demo | lint | pictures | peers)
-            declare -n names=$group
-            packages+=("${names[@]}")
-            ;;
-        all) packages+=("${build[@]}" "${app[@]}" "${run[@]}" "${test[@]}" "${demo[@]}" "${lint[@]}" "${pictures[@]}"
-                         "${peers[@]}") ;;
-        *) die "unknown group '$group'; the groups are build, app, run, test, demo, lint, pictures, peers and all" ;;
-    esac
+for group in "${chosen[@]}"; do
+    [[ " ${groups[*]} " == *" $group "* ]] || die "unknown group '$group'; the groups are ${groups[*]} and all"
+    declare -n names=$group
+    packages+=("${names[@]}")
 done
 
 command -v dpkg-query > /dev/null || die "this is no Debian system; install the equivalents of: ${packages[*]}"
 
+# matching NAME: those of the packages read that are NAME, in which # is a version ("72", "6t64").
+matching() {
+    local pattern=${1//+/\\+}
+    grep --extended-regexp --line-regexp "${pattern//'#'/[0-9]+(t64)?}" || true
+}
+
+installed=$(dpkg-query --show --showformat='${db:Status-Status} ${Package}\n' | sed -n 's/^installed //p')
 missing=()
 for package in "${packages[@]}"; do
-    status=$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2> /dev/null || true)
-    [[ $status == installed ]] || missing+=("$package")
+    [[ -n $(matching "$package" <<< "$installed") ]] || missing+=("$package")
 done
 ((${#missing[@]})) || exit 0
 
@@ -65,7 +72,18 @@ apt() {
 echo "Installing ${#missing[@]} packages: ${missing[*]}"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-if ! { apt update && apt install --yes --no-install-recommends "${missing[@]}"; } > "$log" 2>&1; then
+# Only now are the release's own names to be had.
+install_missing() {
+    apt update || return
+    local package names=()
+    for package in "${missing[@]}"; do
+        [[ $package != *'#'* ]] ||
+            package=$(apt-cache pkgnames "${package%%'#'*}" | matching "$package" | sort --version-sort | tail -n 1)
+        names+=("$package")
+    done
+    apt install --yes --no-install-recommends "${names[@]}"
+}
+if ! install_missing > "$log" 2>&1; then
     cat "$log" >&2
     die "the packages could not be installed"
 fi
