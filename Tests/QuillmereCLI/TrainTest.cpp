@@ -32,8 +32,9 @@ TEST_F(Train, ReportsProgressAndResultAsEvents) {
     EXPECT_EQ(outcome.err, "");
     std::vector<std::string> phases;
     for (const cli::JSON& event : outcome.events()) {
-        if (event["event"] == "progress" && (phases.empty() || phases.back() != event["phase"]))
-            phases.push_back(event["phase"]);
+        if (event["event"] != "progress") continue;
+        const std::string phase = event["phase"];
+        if (phases.empty() || phases.back() != phase) phases.push_back(phase);
     }
     EXPECT_EQ(phases, (std::vector<std::string>{"scanning", "analysing", "training", "finishing", "saving"}));
     const cli::JSON result = outcome.event("result");
