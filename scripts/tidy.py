@@ -38,13 +38,14 @@ def preprocessed(entry):
 class Analysis:
     def __init__(self, folder):
         self.folder = folder
-        self.tools = output_of(["clang-tidy", "--version"]) + pathlib.Path(".clang-tidy").read_bytes()
+        self.tool = output_of(["clang-tidy", "--version"])
         entries = json.loads((folder / "compile_commands.json").read_text())
         self.compilations = {pathlib.Path(entry["file"]): entry for entry in entries}
 
     def stamp(self, source):
         entry = self.compilations[source]
-        digest = hashlib.sha256(self.tools + entry["command"].encode() + preprocessed(entry))
+        checks = [(folder / ".clang-tidy").read_bytes() for folder in source.parents if (folder / ".clang-tidy").exists()]
+        digest = hashlib.sha256(b"".join([self.tool, *checks, entry["command"].encode(), preprocessed(entry)]))
         return CACHE / digest.hexdigest()
 
     def findings(self, source):

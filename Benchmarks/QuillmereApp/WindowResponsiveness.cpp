@@ -88,6 +88,7 @@ QUrl makeLargeCorpus(const TestWorld& world, int files) {
 
 std::vector<GeneratedSample> makeResults(const TestWorld& world, int count) {
     std::vector<GeneratedSample> samples;
+    samples.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i)
         samples.push_back({toPath(world.path(QStringLiteral("large/hit%1.wav").arg(i))), 0.1});
     return samples;
