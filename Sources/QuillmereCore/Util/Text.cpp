@@ -49,4 +49,26 @@ std::optional<std::uint64_t> parseUnsigned(std::string_view text) {
     return parseWhole<std::uint64_t>(text);
 }
 
+std::string hexadecimal(std::span<const std::uint8_t> bytes) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const std::uint8_t byte : bytes) {
+        text += digits[byte >> 4U];
+        text += digits[byte & 15U];
+    }
+    return text;
+}
+
+std::optional<std::vector<std::uint8_t>> parseHexadecimal(std::string_view text) {
+    std::vector<std::uint8_t> bytes;
+    for (; !text.empty(); text.remove_prefix(2)) {
+        if (text.size() < 2) return std::nullopt;
+        std::uint8_t byte = 0;
+        const auto [rest, error] = std::from_chars(text.data(), text.data() + 2, byte, 16);
+        if (error != std::errc{} || rest != text.data() + 2) return std::nullopt;
+        bytes.push_back(byte);
+    }
+    return bytes;
+}
+
 }  // namespace quillmere::Text

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Text and numbers as text, independent of the locale.
 namespace quillmere::Text {
@@ -23,5 +25,10 @@ namespace quillmere::Text {
 [[nodiscard]] std::optional<double> parseDouble(std::string_view text);
 [[nodiscard]] std::optional<std::int64_t> parseInteger(std::string_view text);
 [[nodiscard]] std::optional<std::uint64_t> parseUnsigned(std::string_view text);
+
+// Two lower-case hexadecimal digits per byte.
+[[nodiscard]] std::string hexadecimal(std::span<const std::uint8_t> bytes);
+// The bytes of such a text, capitals allowed; nothing for any other text.
+[[nodiscard]] std::optional<std::vector<std::uint8_t>> parseHexadecimal(std::string_view text);
 
 }  // namespace quillmere::Text

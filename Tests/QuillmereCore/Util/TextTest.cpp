@@ -94,5 +94,16 @@ TEST(Text, ParseUnsignedRefusesSigns) {
         EXPECT_EQ(Text::parseUnsigned(text), std::nullopt) << '"' << text << '"';
 }
 
+TEST(Text, HexadecimalIsTwoDigitsAByteAndBack) {
+    const std::vector<std::uint8_t> bytes{0x00, 0x0F, 0xA7, 0xFF};
+    EXPECT_EQ(Text::hexadecimal(bytes), "000fa7ff");
+    EXPECT_EQ(Text::parseHexadecimal("000fa7ff"), bytes);
+    EXPECT_EQ(Text::parseHexadecimal("000FA7FF"), bytes);
+    EXPECT_EQ(Text::hexadecimal({}), "");
+    EXPECT_EQ(Text::parseHexadecimal(""), std::vector<std::uint8_t>());
+    for (const char* const text : {"0", "000", "0g", "g0", " 1", "-1", "+1", "0x", "1 "})
+        EXPECT_EQ(Text::parseHexadecimal(text), std::nullopt) << '"' << text << '"';
+}
+
 }  // namespace
 }  // namespace quillmere
