@@ -20,6 +20,7 @@
 #include "QuillmereCore/Model/Trainer.h"
 #include "QuillmereCore/Model/VAE.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Parallel.h"
 #include "QuillmereCore/Util/RNG.h"
 
@@ -124,7 +125,7 @@ void prepare(benchmark::State& state) {
     options.steps = 1;
     options.profile = AnalysisProfile::percussive;
     for (auto _ : state)
-        benchmark::DoNotOptimize(ModelTrainer::train(corpus, options, {}, {}));
+        benchmark::DoNotOptimize(ModelTrainer::train(corpus, options, {}, {}, GPU::shared().graphDevice()));
 }
 
 void features(benchmark::State& state) {
@@ -140,7 +141,8 @@ void features(benchmark::State& state) {
 void step(benchmark::State& state) {
     const ModelConfig config = percussive(state.range(0), state.range(1));
     const ThreadLimit limit(static_cast<int>(state.range(2)));
-    VAETrainingGraph graph(config, batch, VAEArchitecture::initialWeights(config, 1));
+    VAETrainingGraph graph(config, batch, VAEArchitecture::initialWeights(config, 1),
+                           GPU::shared().graphDevice());
     const auto x = noise(static_cast<std::size_t>(batch * config.nMels * config.frames));
     const auto eps = noise(static_cast<std::size_t>(batch * config.latentDim));
     for (auto _ : state)
@@ -175,7 +177,7 @@ void generate(benchmark::State& state) {
     bundle.weights = VAEArchitecture::initialWeights(bundle.config, 1);
     for (std::uint64_t i = 0; i < 24; ++i)
         bundle.latents.push_back(noise(static_cast<std::size_t>(bundle.config.latentDim), i));
-    SampleGenerator generator(std::move(bundle));
+    SampleGenerator generator(std::move(bundle), GPU::shared().graphDevice());
     GenerationRequest request;
     request.count = state.range(0);
     request.outputDirectory = folder.path() / "out";

@@ -76,7 +76,7 @@ std::shared_ptr<SampleGenerator> loadGenerator(const std::filesystem::path& fold
     const ModelLock lock(folder);
     ModelBundle bundle = ModelStore::load(folder);
     ModelStore::validate(bundle, folder);
-    return device.makeGenerator(std::move(bundle));
+    return std::make_shared<SampleGenerator>(std::move(bundle), device.backend());
 }
 
 bool isUsable(const std::filesystem::path& modelFolder) {
@@ -362,7 +362,7 @@ std::shared_ptr<ChosenDevice> AppModel::deviceToMoveTo() {
 std::shared_ptr<SampleGenerator> AppModel::moved(const std::shared_ptr<SampleGenerator>& generator,
                                                  const std::shared_ptr<ChosenDevice>& device) {
     if (!device) return generator;
-    auto compiled = device->makeGenerator(generator->bundle());
+    auto compiled = std::make_shared<SampleGenerator>(generator->bundle(), device->backend());
     tasks_.post([this, generator, compiled, device] {
         if (generator_ != generator) return;  // another model has been chosen
         generator_ = compiled;
@@ -453,7 +453,7 @@ void AppModel::train(const Returned& returned) {
          root = environment_.modelsRoot] {
             ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
             storeModel(bundle, ModelStore::directory(*summary, root));
-            return device->makeGenerator(std::move(bundle));
+            return std::make_shared<SampleGenerator>(std::move(bundle), device->backend());
         },
         [this, returned, device](std::shared_ptr<SampleGenerator> generator) {
             setGenerator(std::move(generator), device);

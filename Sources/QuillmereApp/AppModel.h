@@ -20,7 +20,6 @@
 #include "QuillmereApp/Appearance.h"
 #include "QuillmereApp/BackgroundTask.h"
 #include "QuillmereApp/CancelFlag.h"
-#include "QuillmereApp/ChosenDevice.h"
 #include "QuillmereApp/ComputeDevices.h"
 #include "QuillmereApp/EditHistory.h"
 #include "QuillmereApp/Environment.h"

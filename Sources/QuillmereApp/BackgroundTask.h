@@ -12,7 +12,7 @@
 
 #include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/QueuedCalls.h"
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/ComputeDevice.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {

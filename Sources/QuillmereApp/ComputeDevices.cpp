@@ -2,6 +2,7 @@
 
 #include <QVariantMap>
 #include <algorithm>
+#include <span>
 #include <utility>
 
 #include "QuillmereApp/Preferences.h"
@@ -9,8 +10,9 @@
 namespace quillmere {
 namespace {
 
-using network::DeviceDescription;
-using Type = DeviceDescription::Type;
+using network::ComputeDevice;
+using network::DeviceChoice;
+using Type = ComputeDevice::Type;
 
 const QString choiceKey = QStringLiteral("computeDevice");
 
@@ -32,13 +34,13 @@ QString kindOf(Type type) {
     fatal("unknown device type");
 }
 
-QString detailOf(const DeviceDescription& device) {
+QString detailOf(const ComputeDevice& device) {
     if (device.usable()) return kindOf(device.type);
     return QStringLiteral("Cannot be used: ") + QString::fromStdString(device.problem);
 }
 
-bool areSame(const DeviceDescription& a, const DeviceDescription& b) {
-    return a.name == b.name && a.type == b.type && a.problem == b.problem;
+bool areSame(const ComputeDevice& a, const ComputeDevice& b) {
+    return a.identity == b.identity && a.type == b.type && a.problem == b.problem;
 }
 
 }  // namespace
@@ -47,16 +49,10 @@ ComputeDevices::ComputeDevices(const Environment& environment, Preferences& pref
     : QObject(parent),
       environment_(environment),
       preferences_(preferences),
-      devices_{network::processor()},
-      names_(distinctNames(devices_)),
+      devices_{ComputeDevice::processor()},
+      labels_(network::labels(devices_)),
       tasks_(1) {
     restoreChoice();
-    environment_.setDeviceNotice(
-        [this](const std::string& message) { tasks_.post([this, message] { processorStandsIn(message); }); });
-}
-
-ComputeDevices::~ComputeDevices() {
-    environment_.setDeviceNotice({});
 }
 
 // ---- The choice
@@ -64,7 +60,7 @@ ComputeDevices::~ComputeDevices() {
 void ComputeDevices::restoreChoice() {
     const QVariant stored = preferences_.value(choiceKey);
     const bool isText = stored.typeId() == QMetaType::QString && !stored.toString().isEmpty();
-    choose(isText ? stored.toString().toStdString() : ChosenDevice::automatic);
+    choose(isText ? DeviceChoice::fromPreference(stored.toString().toStdString()) : DeviceChoice());
     if (isText || !stored.isValid()) return;
     // Nobody listens to an object that is being made.
     tasks_.post([this] {
@@ -73,13 +69,13 @@ void ComputeDevices::restoreChoice() {
     });
 }
 
-void ComputeDevices::choose(std::string choice) {
+void ComputeDevices::choose(DeviceChoice choice) {
     choice_ = std::move(choice);
     opened_.reset();
     processorStandsIn_ = false;
     problem_.clear();
     const quint64 number = ++choiceNumber_;
-    const ChosenDevice::Listener listener{
+    ChosenDevice::Listener listener{
         .opened =
             [this, number](const ChosenDevice::Opening& opening) {
                 tasks_.post([this, number, opening] { opened(number, opening); });
@@ -89,7 +85,8 @@ void ComputeDevices::choose(std::string choice) {
                 tasks_.post([this, message] { processorStandsIn(message); });
             },
     };
-    chosen_ = std::make_shared<ChosenDevice>(environment_, choice_, listener);
+    chosen_ = std::make_shared<ChosenDevice>(*environment_.machine, choice_,
+                                             ChosenDevice::Otherwise::automatic, std::move(listener));
     emit changed();
 }
 
@@ -97,11 +94,8 @@ void ComputeDevices::choose(int index) {
     if (index < 0 || index > static_cast<int>(devices_.size())) return;
     const auto device = static_cast<std::size_t>(index) - 1;
     if (index > 0 && !devices_[device].usable()) return;
-    const bool isProcessor = index > 0 && devices_[device].type == Type::processor;
-    std::string choice = index == 0    ? ChosenDevice::automatic
-                         : isProcessor ? ChosenDevice::processor
-                                       : names_[device];
-    preferences_.setValue(choiceKey, QString::fromStdString(choice));
+    DeviceChoice choice = index == 0 ? DeviceChoice() : DeviceChoice::of(devices_[device].identity);
+    preferences_.setValue(choiceKey, QString::fromStdString(choice.preference()));
     choose(std::move(choice));
 }
 
@@ -115,7 +109,7 @@ void ComputeDevices::opened(quint64 number, const ChosenDevice::Opening& opening
 
 // For this run of the program only: the stored choice stays, for the day when its device is back.
 void ComputeDevices::fallBack(const std::string& problem) {
-    choice_ = ChosenDevice::automatic;
+    choice_ = DeviceChoice();
     problem_ = QString::fromStdString(problem);
     emit notice(problem_);
 }
@@ -145,32 +139,31 @@ void ComputeDevices::list() {
     if (isListing_) return;
     isListing_ = true;
     emit isListingChanged();
-    tasks_.run(
-        environment_.listDevices,
-        [this](std::vector<DeviceDescription> devices) {
-            setDevices(std::move(devices));
-            isListing_ = false;
-            emit isListingChanged();
-        },
-        [this](const TaskFailure& failure) {
-            isListing_ = false;
-            emit isListingChanged();
-            emit notice(failure.message);
-        });
+    tasks_.run([machine = environment_.machine] { return machine->list(); },
+               [this](std::vector<ComputeDevice> devices) {
+                   setDevices(std::move(devices));
+                   isListing_ = false;
+                   emit isListingChanged();
+               },
+               [this](const TaskFailure& failure) {
+                   isListing_ = false;
+                   emit isListingChanged();
+                   emit notice(failure.message);
+               });
 }
 
-void ComputeDevices::setDevices(std::vector<DeviceDescription> devices) {
+void ComputeDevices::setDevices(std::vector<ComputeDevice> devices) {
     const bool isNews =
         !isListed_ || !std::equal(devices.begin(), devices.end(), devices_.begin(), devices_.end(), areSame);
     if (!isNews) return;
     isListed_ = true;
     devices_ = std::move(devices);
-    names_ = distinctNames(devices_);
+    labels_ = network::labels(devices_);
     emit devicesChanged();
-    if (chosenIndex() < 0) {
-        const std::string missing = choice_;
-        choose(ChosenDevice::automatic);
-        fallBack(missing + " is not there any more. The device is chosen automatically instead.");
+    if (choice_.find(devices_) == nullptr) {
+        const std::string problem = ChosenDevice::automaticInstead(choice_.missing());
+        choose(DeviceChoice());
+        fallBack(problem);
     }
     emit changed();
 }
@@ -180,7 +173,7 @@ QVariantList ComputeDevices::devices() const {
     for (std::size_t i = 0; i < devices_.size(); ++i) {
         const std::string_view type = network::rawValue(devices_[i].type);
         list.append(QVariantMap{
-            {QStringLiteral("name"), QString::fromStdString(names_[i])},
+            {QStringLiteral("name"), QString::fromStdString(labels_[i])},
             {QStringLiteral("type"), QString::fromUtf8(type.data(), static_cast<qsizetype>(type.size()))},
             {QStringLiteral("detail"), detailOf(devices_[i])},
             {QStringLiteral("usable"), devices_[i].usable()}});
@@ -190,26 +183,29 @@ QVariantList ComputeDevices::devices() const {
 
 int ComputeDevices::chosenIndex() const {
     if (isAutomatic()) return 0;
-    if (choice_ == ChosenDevice::processor) return 1;
-    const auto found = std::find(names_.begin(), names_.end(), choice_);
-    return found == names_.end() ? -1 : static_cast<int>(found - names_.begin()) + 1;
+    const ComputeDevice* const device = choice_.find(devices_);
+    return device == nullptr ? -1 : static_cast<int>(device - devices_.data()) + 1;
 }
 
-QString ComputeDevices::nameAt(int index) const {
-    return QString::fromStdString(names_[static_cast<std::size_t>(index)]);
+QString ComputeDevices::labelOf(const ComputeDevice& device) const {
+    return QString::fromStdString(labels_[static_cast<std::size_t>(&device - devices_.data())]);
 }
 
 QString ComputeDevices::automaticName() const {
-    if (isAutomatic() && opened_) return QString::fromStdString(distinctNames({*opened_}).front());
-    if (isListed_) return nameAt(network::chosenDevice(devices_, ChosenDevice::automatic));
-    return environment_.mayHaveGraphicsCard ? QString() : nameAt(0);
+    if (isAutomatic() && opened_)
+        return QString::fromStdString(network::labels(std::span(&*opened_, 1)).front());
+    if (isListed_) return labelOf(DeviceChoice().in(devices_));
+    return environment_.mayHaveGraphicsCard ? QString() : labelOf(devices_.front());
 }
 
 QString ComputeDevices::name() const {
-    if (processorStandsIn_ || choice_ == ChosenDevice::processor) return nameAt(0);
-    if (!isAutomatic()) return QString::fromStdString(choice_);
-    const QString automatic = automaticName();
-    return automatic.isEmpty() ? QStringLiteral("Automatic") : automatic;
+    if (processorStandsIn_) return labelOf(devices_.front());
+    if (isAutomatic()) {
+        const QString automatic = automaticName();
+        return automatic.isEmpty() ? QStringLiteral("Automatic") : automatic;
+    }
+    const ComputeDevice* const device = choice_.find(devices_);
+    return device != nullptr ? labelOf(*device) : QString::fromStdString(choice_.name());
 }
 
 }  // namespace quillmere

@@ -6,19 +6,22 @@
 #include <QVariantList>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "QuillmereApp/BackgroundTask.h"
-#include "QuillmereApp/ChosenDevice.h"
 #include "QuillmereApp/Environment.h"
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/ChosenDevice.h"
 
 namespace quillmere {
 
 class Preferences;
 
-// What can learn on this machine, what the user has chosen for it, and what really does it. The choice is
-// remembered by the device's name, because numbers change when devices come and go.
+using network::ChosenDevice;
+
+// The devices that can learn, as the window shows them: the list, the user's choice, the name of the device
+// that learns, and why it is not the chosen one. The choice is remembered by the device's identity, because
+// numbers change when devices come and go.
 //
 // Listing devices loads the drivers of all of them, which takes some ten milliseconds and memory that stays.
 // So it is done in the background, and not before it is needed: when the user asks for the list, and when a
@@ -41,10 +44,8 @@ class ComputeDevices : public QObject {
     Q_PROPERTY(QString problem READ problem NOTIFY changed)  // why another one learns than chosen, or empty
 
 public:
-    // Remembers the choice in preferences, which must outlive it, as what uses environment's devices must
-    // not.
+    // Remembers the choice in preferences, which must outlive it, as what computes on a chosen() must not.
     ComputeDevices(const Environment& environment, Preferences& preferences, QObject* parent = nullptr);
-    ~ComputeDevices() override;
 
     // Looks which devices there are.
     Q_INVOKABLE void list();
@@ -64,7 +65,7 @@ public:
     [[nodiscard]] bool isListed() const { return isListed_; }
     [[nodiscard]] bool isListing() const { return isListing_; }
     [[nodiscard]] int chosenIndex() const;
-    [[nodiscard]] bool isAutomatic() const { return choice_ == ChosenDevice::automatic; }
+    [[nodiscard]] bool isAutomatic() const { return choice_.isAutomatic(); }
     [[nodiscard]] QString name() const;
     [[nodiscard]] QString automaticName() const;
     [[nodiscard]] QString problem() const { return problem_; }
@@ -78,23 +79,24 @@ signals:
 
 private:
     void restoreChoice();
-    void choose(std::string choice);
+    void choose(network::DeviceChoice choice);
     void opened(quint64 number, const ChosenDevice::Opening& opening);
     void processorStandsIn(const std::string& message);
-    void setDevices(std::vector<network::DeviceDescription> devices);
+    void setDevices(std::vector<network::ComputeDevice> devices);
     void fallBack(const std::string& problem);
-    [[nodiscard]] QString nameAt(int index) const;  // in devices_; the processor is the first
+    // device: one of devices_.
+    [[nodiscard]] QString labelOf(const network::ComputeDevice& device) const;
 
     const Environment& environment_;
     Preferences& preferences_;
-    std::vector<network::DeviceDescription> devices_;
-    std::vector<std::string> names_;  // of devices_
+    std::vector<network::ComputeDevice> devices_;
+    std::vector<std::string> labels_;  // of devices_
     bool isListed_ = false;
     bool isListing_ = false;
-    std::string choice_ = ChosenDevice::automatic;
+    network::DeviceChoice choice_;
     std::shared_ptr<ChosenDevice> chosen_;
-    quint64 choiceNumber_ = 0;                          // of chosen_
-    std::optional<network::DeviceDescription> opened_;  // what chosen_ came to
+    quint64 choiceNumber_ = 0;                      // of chosen_
+    std::optional<network::ComputeDevice> opened_;  // what chosen_ came to
     bool processorStandsIn_ = false;
     QString problem_;
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above

@@ -4,15 +4,13 @@
 #include <QDir>
 #include <QGuiApplication>
 #include <QStandardPaths>
-#include <mutex>
 #include <random>
 #include <system_error>
-#include <utility>
 
 #include "QuillmereApp/FileManager.h"
 #include "QuillmereApp/GraphicsDevice.h"
 #include "QuillmereCore/Model/ModelStore.h"
-#include "QuillmereCore/Network/GPU.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 
 namespace quillmere {
 namespace {
@@ -35,14 +33,6 @@ constexpr bool usesGraphicsCards = true;
 constexpr bool usesGraphicsCards = false;
 #endif
 
-OpenDevice openOnThisMachine(const std::string& choice) {
-    // Choosing and asking what it came to is one act.
-    static std::mutex mutex;
-    const std::scoped_lock lock(mutex);
-    GPU::shared().choose(choice);
-    return {GPU::shared().description(), &GPU::shared().graphDevice()};
-}
-
 }  // namespace
 
 Environment Environment::standard() {
@@ -62,9 +52,7 @@ Environment Environment::standard() {
         .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
         .showFiles = FileManager::show,
         .mayHaveGraphicsCard = usesGraphicsCards && hasGraphicsDevice(),
-        .listDevices = network::computeDevices,
-        .openDevice = openOnThisMachine,
-        .setDeviceNotice = [](GPU::Notice notice) { GPU::shared().setNotice(std::move(notice)); },
+        .machine = &GPU::shared().machine(),
     };
 }
 

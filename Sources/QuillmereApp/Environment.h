@@ -7,24 +7,15 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "QuillmereApp/Player.h"
 #include "QuillmereCore/Model/Trainer.h"
-#include "QuillmereCore/Network/Backend.h"
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/Machine.h"
 
 namespace quillmere {
 
 // What AppModel has going on in the background, piece by piece.
 enum class Run { scan, training, generation };
-
-// A compute device that is ready for use. The backend lives until the program ends.
-struct OpenDevice {
-    network::DeviceDescription description;
-    network::Backend* backend = nullptr;
-};
 
 // What AppModel reaches outside of itself, so that tests can put something else in its place.
 struct Environment {
@@ -49,13 +40,8 @@ struct Environment {
 
     // Whether a graphics processor may be there, as far as can be told without loading a driver.
     bool mayHaveGraphicsCard = true;
-    // The processor and the graphics processors. Called in the background, because it loads drivers.
-    std::function<std::vector<network::DeviceDescription>()> listDevices;
-    // choice: as for GPU::choose. Throws network::DeviceError. Called in the background, by any thread.
-    std::function<OpenDevice(const std::string& choice)> openDevice;
-    // From now on told, on any thread, of each network that the processor takes in a device's place; empty:
-    // nobody is told. When this returns, the one before is not called any more.
-    std::function<void(std::function<void(const std::string& message)>)> setDeviceNotice;
+    // Whose devices compute; outlives the AppModel. Asked in the background, because that loads drivers.
+    network::Machine* machine = nullptr;
 
     // The user's own folders, the sound card, the clipboard and the desktop. Needs a QGuiApplication.
     [[nodiscard]] static Environment standard();

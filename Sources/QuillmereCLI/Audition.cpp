@@ -1,4 +1,5 @@
 #include <memory>
+#include <utility>
 
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Learning.h"
@@ -6,6 +7,7 @@
 #include "QuillmereCLI/ParameterOptions.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -46,7 +48,7 @@ void requireWritableFile(const std::filesystem::path& file) {
 }
 
 void audition(const AuditionOptions& options, Console& console, const CancelFlag& cancel) {
-    const auto compute = options.compute.begin(console);
+    auto compute = options.compute.begin(GPU::shared().machine(), console);
     const std::filesystem::path output = std::filesystem::absolute(options.output).lexically_normal();
     const Aesthetics aesthetics = options.parameters.aesthetics(console);
     const std::uint64_t seed = options.parameters.seed();
@@ -55,7 +57,8 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFile(output);
-    SampleGenerator generator(loadOrLearn(corpus, console, progress, cancel));
+    ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
+    SampleGenerator generator(std::move(bundle), compute.device().backend());
 
     WorkProgress work;
     work.phase = "generating";

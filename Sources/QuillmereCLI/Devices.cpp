@@ -3,18 +3,19 @@
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/Wording.h"
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/DeviceChoice.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 
 namespace quillmere::cli {
 namespace {
 
-using network::DeviceDescription;
+using network::ComputeDevice;
 
-void print(const DeviceDescription& device, bool isAutomatic, Console& console) {
-    console.print(std::to_string(device.index) + "  " + printable(device.name) +
+void print(const ComputeDevice& device, std::size_t index, bool isAutomatic, Console& console) {
+    console.print(std::to_string(index) + "  " + printable(device.name()) +
                   (isAutomatic ? "  (taken unless --device says otherwise)" : ""));
     console.print("   type      " + std::string(rawValue(device.type)));
-    if (device.type == DeviceDescription::Type::processor) return;
+    if (device.type == ComputeDevice::Type::processor) return;
     console.print("   driver    " + device.api + ", " + printable(device.driver));
     console.print("   memory    " + byteSize(device.limits.memory) + ", tensors up to " +
                   byteSize(device.limits.largestTensor));
@@ -24,15 +25,15 @@ void print(const DeviceDescription& device, bool isAutomatic, Console& console) 
     if (!device.usable()) console.print("   unusable  " + printable(device.problem));
 }
 
-JSON toJSON(const DeviceDescription& device, bool isAutomatic) {
+JSON toJSON(const ComputeDevice& device, std::size_t index, bool isAutomatic) {
     JSON item = JSON::object();
-    item["index"] = device.index;
-    item["name"] = device.name;
+    item["index"] = index;
+    item["name"] = device.name();
     item["type"] = rawValue(device.type);
     item["automatic"] = isAutomatic;
     item["usable"] = device.usable();
     if (!device.usable()) item["problem"] = device.problem;
-    if (device.type == DeviceDescription::Type::processor) return item;
+    if (device.type == ComputeDevice::Type::processor) return item;
     item["api"] = device.api;
     item["driver"] = device.driver;
     item["memory"] = device.limits.memory;
@@ -45,12 +46,13 @@ JSON toJSON(const DeviceDescription& device, bool isAutomatic) {
 }
 
 void listDevices(Console& console) {
-    const std::vector<DeviceDescription> devices = network::computeDevices();
-    const int automatic = network::chosenDevice(devices, "auto");
+    const std::vector<ComputeDevice> devices = GPU::shared().machine().list();
+    const ComputeDevice& automatic = network::DeviceChoice().in(devices);
     JSON list = JSON::array();
-    for (const DeviceDescription& device : devices) {
-        print(device, device.index == automatic, console);
-        list.push_back(toJSON(device, device.index == automatic));
+    for (std::size_t index = 0; index < devices.size(); ++index) {
+        const ComputeDevice& device = devices[index];
+        print(device, index, &device == &automatic, console);
+        list.push_back(toJSON(device, index, &device == &automatic));
     }
     JSON result = makeResult("devices");
     result["devices"] = std::move(list);

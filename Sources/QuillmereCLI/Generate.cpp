@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <memory>
+#include <utility>
 
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Learning.h"
@@ -8,6 +9,7 @@
 #include "QuillmereCLI/ParameterOptions.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -135,7 +137,7 @@ void printResult(const GenerationRequest& request, const std::vector<GeneratedSa
 }
 
 void generate(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
-    const auto compute = options.compute.begin(console);
+    auto compute = options.compute.begin(GPU::shared().machine(), console);
     GenerationRequest request;
     request.count = options.count;
     request.outputDirectory = std::filesystem::absolute(options.output).lexically_normal();
@@ -147,7 +149,8 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFolder(request.outputDirectory);
-    SampleGenerator generator(loadOrLearn(corpus, console, progress, cancel));
+    ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
+    SampleGenerator generator(std::move(bundle), compute.device().backend());
     const auto files = generateFiles(generator, request, console, progress, cancel);
     progress.finish();
     printResult(request, files, options.parameters.seedWasGiven(), progress, console);

@@ -49,12 +49,13 @@ std::int64_t qualitySteps(std::string_view quality) {
     fatal("unknown quality");
 }
 
-ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, ProgressLine& progress,
-                  const CancelFlag& cancel) {
+ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, network::ChosenDevice& device,
+                  ProgressLine& progress, const CancelFlag& cancel) {
     requireWritableFolder(corpus.modelFolder.parent_path());
     ModelBundle bundle = ModelTrainer::train(
         corpus.summary, options,
-        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.token());
+        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.token(),
+        device.backend());
     cancel.check();
 
     WorkProgress work;
@@ -78,12 +79,12 @@ ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
     }
 }
 
-ModelBundle loadOrLearn(const KnownCorpus& corpus, Console& console, ProgressLine& progress,
-                        const CancelFlag& cancel) {
+ModelBundle loadOrLearn(const KnownCorpus& corpus, network::ChosenDevice& device, Console& console,
+                        ProgressLine& progress, const CancelFlag& cancel) {
     if (corpus.hasModel()) return loadModel(corpus, console);
     TrainingOptions options;
     options.steps = qualitySteps(standardQuality);
-    ModelBundle bundle = learn(corpus, options, progress, cancel);
+    ModelBundle bundle = learn(corpus, options, device, progress, cancel);
     progress.finish();
     console.print(learnedText(bundle));
     return bundle;

@@ -34,14 +34,15 @@ inline constexpr std::string_view standardQuality = "standard";
 
 // Trains a model and stores it. Throws as ModelTrainer::train and ModelStore::save; nothing is stored then.
 [[nodiscard]] ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options,
-                                ProgressLine& progress, const CancelFlag& cancel);
+                                network::ChosenDevice& device, ProgressLine& progress,
+                                const CancelFlag& cancel);
 
 // The stored model. A damaged one fails with a note on how to replace it.
 [[nodiscard]] ModelBundle loadModel(const KnownCorpus& corpus, Console& console);
 
 // The stored model, or one learned now at standard quality, with a line that says so.
-[[nodiscard]] ModelBundle loadOrLearn(const KnownCorpus& corpus, Console& console, ProgressLine& progress,
-                                      const CancelFlag& cancel);
+[[nodiscard]] ModelBundle loadOrLearn(const KnownCorpus& corpus, network::ChosenDevice& device,
+                                      Console& console, ProgressLine& progress, const CancelFlag& cancel);
 
 // Creates folder and its parents where they are missing. Throws FileError if that fails or files cannot be
 // created in it: better at once than after minutes of training.

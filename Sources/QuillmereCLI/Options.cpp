@@ -4,7 +4,6 @@
 
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/ModelStore.h"
-#include "QuillmereCore/Network/GPU.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -26,6 +25,13 @@ std::filesystem::path absoluteFolder(const std::filesystem::path& path) {
     std::filesystem::path absolute = std::filesystem::absolute(path).lexically_normal();
     if (!absolute.has_filename() && absolute.has_relative_path()) absolute = absolute.parent_path();
     return absolute;
+}
+
+network::ChosenDevice::Listener listenerFor(Console& console) {
+    return {.opened = {}, .processorStandsIn = [&console](const std::string& message) {
+                if (console.terminalWidth()) console.redraw({});
+                console.note(printable(message));
+            }};
 }
 
 }  // namespace
@@ -128,18 +134,18 @@ void ComputeOptions::addTo(CLI::App& app) {
         ->default_str("auto");
 }
 
-ComputeOptions::Scope::Scope(const ComputeOptions& options, Console& console)
+ComputeOptions::Scope::Scope(const ComputeOptions& options, network::Machine& machine, Console& console)
     : threads_(options.threads_ > 0 ? std::make_unique<ThreadLimit>(static_cast<int>(options.threads_))
-                                    : nullptr) {
-    GPU::shared().choose(options.device_);
-    GPU::shared().setNotice([&console](const std::string& message) {
-        if (console.terminalWidth()) console.redraw({});
-        console.note(printable(message));
-    });
-}
-
-ComputeOptions::Scope::~Scope() {
-    GPU::shared().setNotice({});
+                                    : nullptr),
+      device_(machine, network::DeviceChoice::fromOption(options.device_),
+              network::ChosenDevice::Otherwise::fail, listenerFor(console)) {
+    if (network::DeviceChoice::fromOption(options.device_).isAutomatic()) return;
+    try {
+        (void)device_.device();
+    } catch (const network::NoDeviceError& error) {
+        throw network::NoDeviceError(std::string(error.what()) +
+                                     " 'quillmere-cli devices' lists the devices.");
+    }
 }
 
 }  // namespace quillmere::cli

@@ -11,6 +11,7 @@
 #include <CLI/CLI.hpp>
 
 #include "QuillmereCLI/Console.h"
+#include "QuillmereCore/Network/Device/ChosenDevice.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 // Options that several commands share, and options with checked values. A value that does not fit is a usage
@@ -73,19 +74,24 @@ public:
     // In force while it lives.
     class Scope {
     public:
-        Scope(const ComputeOptions& options, Console& console);
-        ~Scope();
+        Scope(const ComputeOptions& options, network::Machine& machine, Console& console);
         Scope(const Scope&) = delete;
         Scope& operator=(const Scope&) = delete;
 
+        [[nodiscard]] network::ChosenDevice& device() { return device_; }
+
     private:
         std::unique_ptr<ThreadLimit> threads_;  // null without --threads
+        network::ChosenDevice device_;
     };
 
     void addTo(CLI::App& app);
-    // Limits the threads and chooses the device; tells console when the processor has to stand in for it.
-    // Throws network::DeviceError if there is no such device.
-    [[nodiscard]] Scope begin(Console& console) const { return {*this, console}; }
+    // Limits the threads and chooses one of machine's devices; tells console when the processor has to stand
+    // in for it. Throws network::DeviceError if there is no such device or it does not open; what is chosen
+    // automatically is not opened before it is needed.
+    [[nodiscard]] Scope begin(network::Machine& machine, Console& console) const {
+        return {*this, machine, console};
+    }
 
 private:
     std::int64_t threads_ = 0;  // 0: one per processor

@@ -4,6 +4,7 @@
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -105,7 +106,7 @@ void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const P
 }
 
 void train(const TrainOptions& options, Console& console, const CancelFlag& cancel) {
-    const auto compute = options.compute.begin(console);
+    auto compute = options.compute.begin(GPU::shared().machine(), console);
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     if (corpus.hasModel() && !options.retrain) {
@@ -114,7 +115,7 @@ void train(const TrainOptions& options, Console& console, const CancelFlag& canc
         reportStored(corpus, bundle, console);
         return;
     }
-    const ModelBundle bundle = learn(corpus, options.training(), progress, cancel);
+    const ModelBundle bundle = learn(corpus, options.training(), compute.device(), progress, cancel);
     progress.finish();
     reportTrained(corpus, bundle, progress, console);
 }

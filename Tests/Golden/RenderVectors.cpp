@@ -5,6 +5,7 @@
 #include "QuillmereCore/DSP/MelFilterBank.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Generate/Rendering.h"
+#include "Support/Processor.h"
 
 namespace quillmere::golden {
 namespace {
@@ -163,7 +164,7 @@ Outputs waveform(const Case& vector) {
 Outputs render(const Case& vector) {
     Chain chain(vector);
     const std::vector<float> origin(static_cast<std::size_t>(chain.config.latentDim));
-    const SampleGenerator generator(blankModel(chain.config, {origin}));
+    const SampleGenerator generator(blankModel(chain.config, {origin}), testing::processor());
     Outputs out;
     addSamples(generator.render(chain.image, chain.parameters, chain.rng, chain.stft), generator.sampleRate(),
                out);
@@ -179,12 +180,12 @@ Outputs audition(const Case& vector) {
     bundle.weights = VAEArchitecture::initialWeights(bundle.config, word(vector.input.at("weightsSeed")));
     bundle.latents =
         splitRows(floats(vector.input.at("latents")), vector.input.at("count").get<std::size_t>());
-    SampleGenerator generator(bundle);
+    SampleGenerator generator(bundle, testing::processor());
     const std::vector<float> samples = generator.audition(parameters, word(vector.input.at("seed")));
 
     SeededRNG rng = seededGenerator(vector.input);
     const std::vector<std::vector<float>> latents{generator.sampleLatent(rng, parameters)};
-    VAEInference inference(bundle.config, bundle.weights);
+    VAEInference inference(bundle.config, bundle.weights, testing::processor());
     const Image image = inference.decode(latents).at(0);
     STFT stft = FeatureExtractor(bundle.config).makeSTFT();
     if (generator.render(image, parameters, rng, stft) != samples) {

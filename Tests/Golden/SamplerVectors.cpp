@@ -4,6 +4,7 @@
 #include "Golden/GoldenModel.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Generate/LatentSampler.h"
+#include "Support/Processor.h"
 
 namespace quillmere::golden {
 namespace {
@@ -14,7 +15,8 @@ SampleGenerator generatorFor(const Case& vector) {
     const auto latentDim = vector.input.at("latentDim").get<std::size_t>();
     const std::vector<float> values = floats(vector.input.at("latents"));
     if (values.size() != count * latentDim) throw std::invalid_argument("latents: count does not fit");
-    return SampleGenerator(blankModel(smallConfig(latentDim), splitRows(values, count)));
+    return SampleGenerator(blankModel(smallConfig(latentDim), splitRows(values, count)),
+                           testing::processor());
 }
 
 // The corpus indices that sampling blends, in the order of choice. A corpus whose latents are unit

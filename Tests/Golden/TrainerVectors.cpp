@@ -1,6 +1,7 @@
 #include "Golden/GoldenAreas.h"
 #include "QuillmereCore/Model/ClipPreparation.h"
 #include "QuillmereCore/Model/Trainer.h"
+#include "Support/Processor.h"
 
 namespace quillmere::golden {
 namespace {
@@ -99,8 +100,8 @@ Outputs train(const Case& vector) {
     options.seed = word(vector.input.at("seed"));
     std::vector<float> loss, mse, kl;
     const ModelTrainer::TrainedNetwork trained = ModelTrainer::trainOnImages(
-        config, floatArrays(vector.input.at("images")), options, [](const TrainingProgress&) {},
-        {},
+        config, floatArrays(vector.input.at("images")), options, [](const TrainingProgress&) {}, {},
+        testing::processor(),
         [&](const network::StepResult& result) {
             loss.push_back(result.loss);
             mse.push_back(result.mse);

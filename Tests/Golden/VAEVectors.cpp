@@ -2,8 +2,10 @@
 
 #include "Golden/GoldenAreas.h"
 #include "QuillmereCore/Model/VAE.h"
-#include "QuillmereCore/Network/Devices.h"
 #include "Support/ReferenceBackend.h"
+#ifdef QUILLMERE_VULKAN
+#include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
+#endif
 
 namespace quillmere::golden {
 namespace {
@@ -197,8 +199,9 @@ Suite suiteOn(std::string name, std::unique_ptr<network::Backend> (*makeBackend)
 #ifdef QUILLMERE_VULKAN
 // The software driver's device, which ctest makes the only one.
 std::unique_ptr<network::Backend> makeSoftwareBackend() {
-    for (const network::DeviceDescription& device : network::computeDevices()) {
-        if (device.type == network::DeviceDescription::Type::software) return network::makeBackend(device);
+    for (const network::ComputeDevice& device : network::vulkan::devices()) {
+        if (device.type == network::ComputeDevice::Type::software)
+            return network::vulkan::makeBackend(device);
     }
     throw network::DeviceError("There is no software device; run this test through ctest.");
 }

@@ -155,7 +155,7 @@ private slots:
         AppModel restarted(world.environment);
         prepareTrained(restarted, world.makeCorpus("corpus"));
         QCOMPARE(restarted.devices()->chosenIndex(), 3);
-        QCOMPARE(QString::fromStdString(world.machine.opened.back()), QStringLiteral("2"));
+        QVERIFY(world.machine.opened.back() == world.machine.devices[2].identity);
     }
 
     // ---- The choice
@@ -182,7 +182,7 @@ private slots:
         addCards(world);
         AppModel model(world.environment);
         prepareTrained(model, world.makeCorpus("corpus"));
-        QCOMPARE(world.machine.listings.load(), 0);
+        QCOMPARE(world.machine.listings.load(), 1);
         QVERIFY(model.devices()->isAutomatic());
         QCOMPARE(model.devices()->name(), QString(card));
         QCOMPARE(model.devices()->automaticName(), QString(card));
@@ -197,10 +197,10 @@ private slots:
         QCOMPARE(model.devices()->chosenIndex(), int(Processor));
         prepareTrained(model, world.makeCorpus("corpus"));
         QCOMPARE(world.machine.listings.load(), 0);
-        QCOMPARE(world.machine.opened, std::vector<std::string>{"cpu"});
+        QVERIFY(world.machine.opened == std::vector{network::ComputeDevice::processor().identity});
     }
 
-    void theChoiceIsRememberedByName() {
+    void theChoiceIsRememberedByIdentity() {
         TestWorld world;
         addCards(world);
         chooseAtAnEarlierStart(world, Driver);
@@ -216,6 +216,47 @@ private slots:
         QCOMPARE(model.devices()->chosenIndex(), 4);
         prepareTrained(model, world.makeCorpus("corpus"));
         QCOMPARE(model.devices()->name(), QString(driver));
+    }
+
+    void theChosenOneOfTwoCardsOfOneNameStaysChosenWhenTheListIsReordered() {
+        TestWorld world;
+        world.machine.add("Twin", Type::discrete);
+        world.machine.add("Twin", Type::discrete);
+        const network::DeviceIdentity second = world.machine.devices[2].identity;
+        AppModel model(world.environment);
+        choose(model, 3);
+        QCOMPARE(model.devices()->name(), QStringLiteral("Twin (2)"));
+        std::swap(world.machine.devices[1], world.machine.devices[2]);
+        list(model);
+        QCOMPARE(model.devices()->chosenIndex(), 2);
+        QCOMPARE(model.devices()->name(), QStringLiteral("Twin"));
+        AppModel restarted(world.environment);
+        prepareTrained(restarted, world.makeCorpus("corpus"));
+        QVERIFY(world.machine.opened.back() == second);
+        QCOMPARE(restarted.devices()->chosenIndex(), 2);
+        QCOMPARE(restarted.devices()->problem(), QString());
+    }
+
+    // Earlier versions stored the name in the list.
+    void aNameThatIsStoredIsStillAChoice_data() {
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<int>("index");
+        QTest::newRow("card") << QByteArray("computeDevice=\"GeForce, 4070\"\n") << int(Card);
+        QTest::newRow("second of two") << QByteArray("computeDevice=\"GeForce, 4070 (2)\"\n") << 4;
+    }
+    void aNameThatIsStoredIsStillAChoice() {
+        QFETCH(QByteArray, line);
+        QFETCH(int, index);
+        TestWorld world;
+        addCards(world);
+        world.machine.add(card, Type::discrete);
+        world.writePreferences(line);
+        AppModel model(world.environment);
+        prepareTrained(model, world.makeCorpus("corpus"));
+        QCOMPARE(model.devices()->chosenIndex(), index);
+        QCOMPARE(model.devices()->problem(), QString());
+        const auto device = static_cast<std::size_t>(index) - 1;
+        QVERIFY(world.machine.opened.back() == world.machine.devices[device].identity);
     }
 
     void automaticAndTheProcessorAreRemembered_data() {
@@ -420,17 +461,36 @@ private slots:
         QCOMPARE(model.errorMessage(), QString());
     }
 
+    void anAutomaticDeviceThatCannotBeOpenedLeavesTheWorkToTheProcessor() {
+        TestWorld world;
+        addCards(world);
+        world.machine.cannotOpen = card;
+        AppModel model(world.environment);
+        QSignalSpy notices(&model, &AppModel::notice);
+        prepareTrained(model, world.makeCorpus("corpus"));
+        const QString told = QString(card) + " cannot be opened. The processor is used instead.";
+        QCOMPARE(texts(notices), QStringList(told));
+        QCOMPARE(model.devices()->problem(), told);
+        QCOMPARE(model.devices()->name(), QStringLiteral("Processor"));
+        QCOMPARE(model.devices()->chosenIndex(), int(Automatic));
+        QCOMPARE(model.errorMessage(), QString());
+        QVERIFY(std::all_of(world.machine.compiled.begin(), world.machine.compiled.end(),
+                            [](const std::string& name) { return name == "CPU"; }));
+    }
+
     // ---- Trouble
 
     void anotherThreadsNoticeIsToldOnThisOne() {
         TestWorld world;
+        addCards(world);
+        world.machine.isFull = true;
         AppModel model(world.environment);
         QSignalSpy notices(&model, &AppModel::notice);
         Qt::HANDLE thread = nullptr;
         connect(
             &model, &AppModel::notice, &model, [&] { thread = QThread::currentThreadId(); },
             Qt::DirectConnection);
-        std::thread([&] { world.machine.notice("The card is full. The processor is used instead."); }).join();
+        std::thread([&] { compileOnDevice(model); }).join();
         QCOMPARE(notices.count(), 0);
         QTRY_COMPARE_WITH_TIMEOUT(texts(notices),
                                   QStringList("The card is full. The processor is used instead."), patience);
@@ -438,10 +498,18 @@ private slots:
         QCOMPARE(model.errorMessage(), QString());
     }
 
-    void aModelThatIsGoneIsToldNothing() {
+    void eachModelIsToldOfItsOwnDeviceOnly() {
         TestWorld world;
-        { const AppModel model(world.environment); }
-        QVERIFY(!world.machine.notice);
+        addCards(world);
+        world.machine.isFull = true;
+        AppModel other(world.environment);
+        AppModel model(world.environment);
+        QSignalSpy othersNotices(&other, &AppModel::notice);
+        QSignalSpy notices(&model, &AppModel::notice);
+        compileOnDevice(model);
+        deliverEvents();
+        QCOMPARE(texts(notices), QStringList("The card is full. The processor is used instead."));
+        QCOMPARE(othersNotices.count(), 0);
     }
 
     void theProcessorThatStandsInIsNamed() {

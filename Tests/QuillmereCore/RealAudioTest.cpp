@@ -20,6 +20,7 @@
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/Trainer.h"
 #include "QuillmereCore/Util/Text.h"
+#include "Support/Processor.h"
 #include "Support/TempFolder.h"
 
 namespace quillmere {
@@ -172,17 +173,18 @@ TEST_P(RealAudio, IsLearnedFromEndToEnd) {
     options.steps = steps ? Text::parseInteger(steps).value_or(0) : real.fewSteps;
     ASSERT_GE(options.steps, 1);
     float firstLoss = 0;
-    const ModelBundle bundle = ModelTrainer::train(corpus, options,
-                                                   [&](const TrainingProgress& progress) {
-                                                       if (progress.step == 1) firstLoss = progress.loss;
-                                                   },
-                                                   {});
+    const ModelBundle bundle = ModelTrainer::train(
+        corpus, options,
+        [&](const TrainingProgress& progress) {
+            if (progress.step == 1) firstLoss = progress.loss;
+        },
+        {}, testing::processor());
 
     EXPECT_EQ(bundle.config.profile, real.profile);
     EXPECT_EQ(bundle.latents.size(), corpus.files.size());
     EXPECT_LT(bundle.metadata.finalLoss, firstLoss);
 
-    SampleGenerator generator(bundle);
+    SampleGenerator generator(bundle, testing::processor());
     if (steps) {
         expectLikeness(bundle, corpus, generator);
     } else {

@@ -438,13 +438,9 @@ StepResult ReferenceExecutor::step(std::span<const float> x, std::span<const flo
 
 class ReferenceBackend final : public network::Backend {
 public:
-    [[nodiscard]] const network::Device& device() const noexcept override { return device_; }
     [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, network::Purpose) override {
         return std::make_unique<ReferenceExecutor>(plan);
     }
-
-private:
-    network::Device device_{network::Device::Kind::cpu, "reference"};
 };
 
 }  // namespace

@@ -13,6 +13,7 @@
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Generate/Rendering.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 namespace {
@@ -55,7 +56,7 @@ ModelBundle modelOf(const ModelConfig& config) {
 
 void wholeVariation(benchmark::State& state, AnalysisProfile profile, const Preset& preset) {
     const ModelConfig config = configOf(profile);
-    const SampleGenerator generator(modelOf(config));
+    const SampleGenerator generator(modelOf(config), GPU::shared().graphDevice());
     STFT stft = FeatureExtractor(config).makeSTFT();
     const std::vector<float> image = typicalImage(config);
     double seconds = 0;
@@ -75,7 +76,7 @@ void latentToFile(benchmark::State& state, AnalysisProfile profile, const Preset
         state.SkipWithError("cannot create a temporary folder");
         return;
     }
-    SampleGenerator generator(modelOf(configOf(profile)));
+    SampleGenerator generator(modelOf(configOf(profile)), GPU::shared().graphDevice());
     GenerationRequest request;
     request.count = 1;
     request.aesthetics = preset.aesthetics;

@@ -1,12 +1,11 @@
 // The network on a graphics processor. The environment variable QUILLMERE_BENCHMARK_DEVICE chooses the device
-// as
-// --device does; without it the first real one is taken.
+// as --device does; without it the first real one is taken.
 
 #include <benchmark/benchmark.h>
 
 #include <cstdlib>
 
-#include "QuillmereCore/Network/GPU.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Network/NetworkWork.h"
 
 namespace {
@@ -19,15 +18,17 @@ template <typename Measure>
 void onDevice(benchmark::State& state, Measure measure) {
     const char* const choice = std::getenv("QUILLMERE_BENCHMARK_DEVICE");
     try {
-        GPU::shared().choose(choice != nullptr ? choice : "gpu");
-        GPU::shared().setNotice(
-            [&state](const std::string& message) { state.SkipWithError(message.c_str()); });
-        state.SetLabel(GPU::shared().device().name);
-        measure(GPU::shared().graphDevice());
+        network::ChosenDevice device(
+            GPU::shared().machine(), network::DeviceChoice::fromOption(choice != nullptr ? choice : "gpu"),
+            network::ChosenDevice::Otherwise::fail,
+            {.opened = {}, .processorStandsIn = [&state](const std::string& message) {
+                 state.SkipWithError(message.c_str());
+             }});
+        state.SetLabel(device.device().name());
+        measure(device.backend());
     } catch (const network::DeviceError& error) {
         state.SkipWithError(error.what());
     }
-    GPU::shared().setNotice({});
 }
 
 void trainingStep(benchmark::State& state) {

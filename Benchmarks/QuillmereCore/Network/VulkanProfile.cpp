@@ -11,6 +11,7 @@
 
 #include "QuillmereCore/Model/VAE.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
 #include "QuillmereCore/Util/RNG.h"
 
@@ -29,7 +30,7 @@ struct Work {
 // A compiled step with inputs; run() returns its milliseconds.
 class Step {
 public:
-    Step(const Work& work, const network::DeviceDescription& device, std::optional<Tuning> tuning,
+    Step(const Work& work, const network::ComputeDevice& device, std::optional<Tuning> tuning,
          Sequence::Mode mode)
         : executor_(std::make_shared<Context>(device, std::nullopt, tuning),
                     VAEGraphBuilder{work.config, work.batch}.build(), network::Purpose::training, mode),
@@ -63,10 +64,10 @@ private:
     std::vector<float> x_, eps_;
 };
 
-void profile(const Work& work, const network::DeviceDescription& device) {
+void profile(const Work& work, const network::ComputeDevice& device) {
     Step plain(work, device, {}, Sequence::Mode::plain);
     const Sequence& sequence = plain.executor().stepSequence();
-    std::printf("%s: step %.3f ms, %zu operations, %zu barriers, %.0f MB\n", device.name.c_str(),
+    std::printf("%s: step %.3f ms, %zu operations, %zu barriers, %.0f MB\n", device.name().c_str(),
                 plain.median(work.steps), sequence.operations(), sequence.barriers(),
                 static_cast<double>(plain.executor().tensorBytes()) * 1e-6);
     Step profiled(work, device, {}, Sequence::Mode::profiled);
@@ -89,7 +90,7 @@ std::uint32_t sharedMemory(const Tuning& t) {
     return 4 * t.depth * (t.threadRows * t.mostRowsPerThread + 1 + t.threadColumns * t.columnsPerThread + 1);
 }
 
-void sweep(const Work& work, const network::DeviceDescription& device) {
+void sweep(const Work& work, const network::ComputeDevice& device) {
     std::printf("%-44s step, ms\n", "threads  per thread  depth  groups");
     for (const auto& [threadRows, threadColumns] : {std::pair{8U, 16U}, {16U, 8U}, {4U, 32U}}) {
         for (const auto& [rows, columns] : {std::pair{8U, 4U}, {8U, 8U}, {4U, 4U}, {6U, 6U}}) {
@@ -121,9 +122,9 @@ void run(int argc, char** argv) {
     app.add_option("--steps", work.steps, "Steps to take the median of")->capture_default_str();
     app.add_flag("--tiles", tiles, "Time the step for many tiles instead");
     app.parse(argc, argv);
-    const auto devices = network::computeDevices();
-    const auto& device = devices[static_cast<std::size_t>(network::chosenDevice(devices, work.device))];
-    if (device.type == network::DeviceDescription::Type::processor)
+    const auto devices = GPU::shared().machine().list();
+    const auto& device = network::DeviceChoice::fromOption(work.device).in(devices);
+    if (device.type == network::ComputeDevice::Type::processor)
         throw network::DeviceError("This is for graphics processors.");
     tiles ? sweep(work, device) : profile(work, device);
 }

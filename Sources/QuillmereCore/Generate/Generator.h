@@ -48,7 +48,8 @@ public:
     // Variations that are decoded in one call and rendered in parallel.
     static constexpr std::int64_t batch = 16;
 
-    explicit SampleGenerator(ModelBundle bundle, network::Backend& backend = GPU::shared().graphDevice());
+    // Throws network::DeviceError if the backend cannot take the network.
+    SampleGenerator(ModelBundle bundle, network::Backend& backend);
 
     [[nodiscard]] const ModelBundle& bundle() const noexcept { return bundle_; }
     [[nodiscard]] int sampleRate() const noexcept { return static_cast<int>(bundle_.config.sampleRate); }

@@ -441,9 +441,8 @@ std::string analysingMessage(AnalysisProfile profile, double clipSeconds) {
 
 TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
                              const TrainingOptions& options, const ProgressCallback& progress,
-                             const std::stop_token& stop,
-                             const std::function<void(const network::StepResult&)>& onStep,
-                             network::Backend& backend) {
+                             const std::stop_token& stop, network::Backend& backend,
+                             const std::function<void(const network::StepResult&)>& onStep) {
     require(options.steps >= 1, "training needs at least one step");
     require(!images.empty(), "training needs at least one image");
     TrainedNetwork trained = optimise(config, images, options, progress, stop, onStep, backend);
@@ -458,7 +457,7 @@ ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
     if (corpus.files.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
     PreparedCorpus prepared = prepareCorpus(corpus, options, progress, stop);
     TrainedNetwork trained =
-        trainOnImages(prepared.config, prepared.images, options, progress, stop, {}, backend);
+        trainOnImages(prepared.config, prepared.images, options, progress, stop, backend);
     ModelMetadata metadata = describe(corpus, options, trained, prepared);
     return {.config = prepared.config,
             .metadata = std::move(metadata),

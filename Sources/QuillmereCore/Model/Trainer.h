@@ -69,7 +69,7 @@ using ProgressCallback = std::function<void(const TrainingProgress&)>;
 // backend give the same bundle, trainedAt apart, for any number of threads.
 [[nodiscard]] ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
                                 const ProgressCallback& progress, const std::stop_token& stop,
-                                network::Backend& backend = GPU::shared().graphDevice());
+                                network::Backend& backend);
 
 // ---- The pieces of a run, for tests.
 
@@ -160,12 +160,10 @@ struct TrainedNetwork {
 };
 // images: each [nMels][frames], at least one. progress and stop as in train, on the calling thread only;
 // onStep (may be empty too) sees the raw scalars of each step.
-[[nodiscard]] TrainedNetwork trainOnImages(const ModelConfig& config,
-                                           std::span<const std::vector<float>> images,
-                                           const TrainingOptions& options, const ProgressCallback& progress,
-                                           const std::stop_token& stop,
-                                           const std::function<void(const network::StepResult&)>& onStep = {},
-                                           network::Backend& backend = GPU::shared().graphDevice());
+[[nodiscard]] TrainedNetwork trainOnImages(
+    const ModelConfig& config, std::span<const std::vector<float>> images, const TrainingOptions& options,
+    const ProgressCallback& progress, const std::stop_token& stop, network::Backend& backend,
+    const std::function<void(const network::StepResult&)>& onStep = {});
 
 }  // namespace ModelTrainer
 }  // namespace quillmere

@@ -125,9 +125,8 @@ network::Plan VAEGraphBuilder::build() const {
 
 VAETrainingGraph::VAETrainingGraph(const ModelConfig& config, int batch,
                                    std::span<const std::vector<float>> weights, network::Backend& backend)
-    : executor_(backend.compile(VAEGraphBuilder{config, batch}.build(), network::Purpose::training)) {
-    executor_->setWeights(weights);
-}
+    : executor_(backend.compileWithWeights(VAEGraphBuilder{config, batch}.build(), network::Purpose::training,
+                                           weights)) {}
 
 network::StepResult VAETrainingGraph::step(std::span<const float> x, std::span<const float> eps,
                                            float learningRate, float klWeight) {
@@ -141,9 +140,8 @@ std::vector<std::vector<float>> VAETrainingGraph::currentWeights() const {
 VAEInference::VAEInference(const ModelConfig& config, std::span<const std::vector<float>> weights,
                            network::Backend& backend)
     : config_(config),
-      executor_(backend.compile(VAEGraphBuilder{config, batch}.build(), network::Purpose::inference)) {
-    executor_->setWeights(weights);
-}
+      executor_(backend.compileWithWeights(VAEGraphBuilder{config, batch}.build(),
+                                           network::Purpose::inference, weights)) {}
 
 std::vector<std::vector<float>> VAEInference::encode(std::span<const std::vector<float>> images) {
     return inChunks(images, static_cast<std::size_t>(config_.nMels * config_.frames),

@@ -8,7 +8,6 @@
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Network/Backend.h"
-#include "QuillmereCore/Network/GPU.h"
 #include "QuillmereCore/Network/Plan.h"
 
 namespace quillmere {
@@ -27,7 +26,7 @@ class VAETrainingGraph {
 public:
     // weights: one array per parameter in VAEArchitecture::params(config) order.
     VAETrainingGraph(const ModelConfig& config, int batch, std::span<const std::vector<float>> weights,
-                     network::Backend& backend = GPU::shared().graphDevice());
+                     network::Backend& backend);
 
     // x: [batch][nMels][frames]; eps: [batch][latentDim], standard normal. learningRate is the step size of
     // the update exactly as given. Returns the scalars of the forward pass before the update; a loss that is
@@ -49,7 +48,7 @@ public:
     static constexpr int batch = 16;
 
     VAEInference(const ModelConfig& config, std::span<const std::vector<float>> weights,
-                 network::Backend& backend = GPU::shared().graphDevice());
+                 network::Backend& backend);
 
     // images: each [nMels][frames]. One latent mean of latentDim values per image, in order.
     [[nodiscard]] std::vector<std::vector<float>> encode(std::span<const std::vector<float>> images);

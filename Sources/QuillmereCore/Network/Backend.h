@@ -2,19 +2,11 @@
 
 #include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
 #include "QuillmereCore/Network/Plan.h"
 
 namespace quillmere::network {
-
-// Where the network runs.
-struct Device {
-    enum class Kind { cpu, gpu };
-    Kind kind = Kind::cpu;
-    std::string name;
-};
 
 struct StepResult {
     float loss = 0;
@@ -55,8 +47,14 @@ public:
 class Backend {
 public:
     virtual ~Backend() = default;
-    [[nodiscard]] virtual const Device& device() const noexcept = 0;
     [[nodiscard]] virtual std::unique_ptr<Executor> compile(const Plan& plan, Purpose purpose) = 0;
+    // The same with these weights, ready to run: what can fail before a run begins has failed then.
+    [[nodiscard]] virtual std::unique_ptr<Executor> compileWithWeights(
+        const Plan& plan, Purpose purpose, std::span<const std::vector<float>> weights) {
+        std::unique_ptr<Executor> executor = compile(plan, purpose);
+        executor->setWeights(weights);
+        return executor;
+    }
 };
 
 // Hand-written kernels on the processor; results do not depend on the number of threads.

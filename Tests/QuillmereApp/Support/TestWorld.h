@@ -18,9 +18,10 @@
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/FilePath.h"
-#include "QuillmereApp/Support/FakeMachine.h"
 #include "QuillmereCore/Audio/AudioIO.h"
+#include "Support/FakeMachine.h"
 #include "Support/Signals.h"
+#include "Support/SmallModel.h"
 
 namespace quillmere::testing {
 
@@ -91,9 +92,7 @@ public:
             return hasFileManager;
         };
         environment.mayHaveGraphicsCard = false;
-        environment.listDevices = [this] { return machine.list(); };
-        environment.openDevice = [this](const std::string& choice) { return machine.open(choice); };
-        environment.setDeviceNotice = [this](auto notice) { machine.notice = std::move(notice); };
+        environment.machine = &machine;
         QDir(folder_.path()).mkpath("tmp");
         QDir(folder_.path()).mkpath("home");
     }
@@ -160,6 +159,12 @@ private:
 
     QTemporaryDir folder_;
 };
+
+// Compiles a network for the device that the model has chosen, as work in the background does.
+inline void compileOnDevice(AppModel& model) {
+    (void)model.devices()->chosen()->backend().compile(VAEGraphBuilder{smallConfig, 1}.build(),
+                                                       network::Purpose::inference);
+}
 
 // Returns when everything has been delivered that waits now: queued calls, and timers that are due.
 inline void deliverEvents() {

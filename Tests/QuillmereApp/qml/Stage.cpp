@@ -141,8 +141,12 @@ void Stage::addDevice(const QString& name, const QString& type, const QString& p
     qFatal("%s is no type of device", qPrintable(type));
 }
 
-void Stage::tellOfDevice(const QString& message) {
-    std::thread([&] { world_->machine.notice(message.toStdString()); }).join();
+void Stage::refuseNetworks(const QString& reason) {
+    FakeMachine& machine = world_->machine;
+    if (machine.devices.size() == 1) machine.add("Card", FakeMachine::Type::discrete);
+    machine.refusal = reason.toStdString();
+    machine.isFull = true;
+    std::thread([&] { compileOnDevice(*model_); }).join();
 }
 
 void Stage::setResults(int count) {

@@ -56,8 +56,9 @@ public:
     Q_INVOKABLE void addDevice(const QString& name, const QString& type, const QString& problem = {});
     // All devices but the processor fail from now on.
     Q_INVOKABLE void loseDevices() { world_->machine.fails = true; }
-    // The processor stands in for a device, as the thread that compiles tells it.
-    Q_INVOKABLE void tellOfDevice(const QString& message);
+    // A thread that compiles finds that the chosen device, a card if need be, takes no network for that
+    // reason.
+    Q_INVOKABLE void refuseNetworks(const QString& reason);
     // Rows of results without a run.
     Q_INVOKABLE void setResults(int count);
     // Scans stop half way until they are let go.

@@ -140,7 +140,7 @@ WindowCase {
     }
     function test_aNoticeIsNoError() {
         const message = "The card has not enough memory. The processor is used instead.";
-        Stage.tellOfDevice(message);
+        Stage.refuseNetworks("The card has not enough memory.");
         tryVerify(() => has("news") && item("news").text === message, limit);
         verify(!has("errorBanner"));
         compare(item("device").text, "Processor");
@@ -152,8 +152,8 @@ WindowCase {
         scanned(3);
         model.generate();
         verifySeen("Choose an output folder first.");
-        Stage.tellOfDevice("The processor is used instead.");
-        verifySeen("The processor is used instead.");
+        Stage.refuseNetworks("The card is full.");
+        verifySeen("The card is full. The processor is used instead.");
         verifySeen("Choose an output folder first.");
     }
     function test_aLostDeviceEndsTheRunInTheBanner() {
@@ -194,7 +194,7 @@ WindowCase {
         settle();
         compare(others(), before);
         compare(item("device").mapToItem(null, item("device").width, 0).x, right);
-        Stage.tellOfDevice("The processor is used instead.");
+        Stage.refuseNetworks("The card is full.");
         tryVerify(() => model.devices.problem.length > 0, limit);
         settle();
         compare(others().filter(place => !place.startsWith("news ")), before);

@@ -101,7 +101,7 @@ WindowCase {
         tryVerify(() => model.devices.isListed, limit);
         model.chooseDevice(2);
         verifyAllSizes();
-        Stage.tellOfDevice("The card has not enough memory for this network. The processor is used instead.");
+        Stage.refuseNetworks("The card has not enough memory for this network.");
         tryVerify(() => model.devices.problem.length > 0, limit);
         verifyAllSizes();
     }

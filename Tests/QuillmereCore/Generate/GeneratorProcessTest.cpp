@@ -14,6 +14,7 @@
 
 #include "QuillmereCore/Generate/Generator.h"
 #include "Support/ChildProcess.h"
+#include "Support/Processor.h"
 #include "Support/SmallModel.h"
 #include "Support/TempFolder.h"
 
@@ -37,7 +38,7 @@ GenerationRequest requestInto(const fs::path& folder, std::int64_t count, std::u
 // The error that generating ends with; nothing on success.
 std::error_code failureOf(const GenerationRequest& request) {
     try {
-        (void)SampleGenerator(smallModel()).generate(request, {}, {});
+        (void)SampleGenerator(smallModel(), testing::processor()).generate(request, {}, {});
     } catch (const FileError& error) {
         return error.reason();
     }
@@ -58,7 +59,7 @@ void limitFileSize(std::size_t bytes) {
 // Bytes of each variation's file, in order of their indices.
 std::vector<std::size_t> fileSizes(const GenerationRequest& request) {
     constexpr std::size_t header = 58;  // of a WAV file of floats
-    SampleGenerator generator(smallModel());
+    SampleGenerator generator(smallModel(), testing::processor());
     std::vector<std::size_t> sizes;
     for (std::uint64_t i = 0; i < static_cast<std::uint64_t>(request.count); ++i) {
         const std::uint64_t seed = SampleGenerator::variationSeed(request.seed, i);

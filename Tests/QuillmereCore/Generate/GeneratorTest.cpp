@@ -16,6 +16,7 @@
 #include "QuillmereCore/Generate/Rendering.h"
 #include "QuillmereCore/Util/Parallel.h"
 #include "QuillmereCore/Util/Text.h"
+#include "Support/Processor.h"
 #include "Support/SmallModel.h"
 #include "Support/TempFolder.h"
 
@@ -66,7 +67,7 @@ protected:
     }
 
     TempFolder folder;
-    SampleGenerator generator{smallModel()};
+    SampleGenerator generator{smallModel(), testing::processor()};
 };
 
 TEST_F(Generating, VariationZeroIsTheAudition) {
@@ -120,7 +121,7 @@ TEST_F(Generating, EqualSeedsGiveEqualAuditions) {
 
 TEST_F(Generating, AuditionIsDecodedRenderedAndFinished) {
     SeededRNG rng(7);
-    VAEInference inference(generator.bundle().config, generator.bundle().weights);
+    VAEInference inference(generator.bundle().config, generator.bundle().weights, testing::processor());
     const FeatureExtractor extractor(generator.bundle().config);
     STFT stft = extractor.makeSTFT();
     const std::vector<Signal> latents{generator.sampleLatent(rng, quick)};
@@ -309,7 +310,7 @@ TEST_F(Generating, ANameTakenMeanwhileIsLeftAlone) {
 }
 
 TEST_F(Generating, TwoGeneratorsInOneFolderNeverOverwrite) {
-    SampleGenerator second{smallModel()};
+    SampleGenerator second{smallModel(), testing::processor()};
     std::vector<GeneratedSample> fromFirst;
     std::vector<GeneratedSample> fromSecond;
     std::thread other([&] {

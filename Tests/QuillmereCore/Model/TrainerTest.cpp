@@ -20,6 +20,7 @@
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Parallel.h"
+#include "Support/Processor.h"
 #include "Support/Signals.h"
 #include "Support/TempFolder.h"
 
@@ -30,6 +31,7 @@ namespace fs = std::filesystem;
 using ModelTrainer::Augmentation;
 using ModelTrainer::BatchSource;
 using ModelTrainer::Deck;
+using testing::processor;
 using testing::TempFolder;
 using Phase = TrainingProgress::Phase;
 using ::testing::ElementsAre;
@@ -124,7 +126,8 @@ protected:
     }
 
     ModelBundle train(const TrainingOptions& options) {
-        return ModelTrainer::train(corpus.scan(), options, listener.progress(), listener.stop.get_token());
+        return ModelTrainer::train(corpus.scan(), options, listener.progress(), listener.stop.get_token(),
+                                   processor());
     }
 
     TestCorpus corpus;
@@ -511,11 +514,13 @@ TEST(BatchSourceDeathTest, RefusesBuffersOfAnotherSize) {
 TEST(TrainOnImagesDeathTest, NeedsAtLeastOneStepImageAndSlot) {
     const auto images = randomImages(1);
     TrainingOptions options = quickOptions(0);
-    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}), "one step");
+    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor()),
+                 "one step");
     options = quickOptions();
-    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, {}, options, {}, {}), "one image");
+    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, {}, options, {}, {}, processor()), "one image");
     options.batchSize = 0;
-    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}), "at least one image");
+    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor()),
+                 "at least one image");
 }
 
 TEST(TrainOnImages, IsTheLoopOfStepsWithTheSchedule) {
@@ -523,10 +528,10 @@ TEST(TrainOnImages, IsTheLoopOfStepsWithTheSchedule) {
     const TrainingOptions options = quickOptions(3);
     std::vector<float> losses;
     const auto trained = ModelTrainer::trainOnImages(
-        smallest, images, options, {}, {},
+        smallest, images, options, {}, {}, processor(),
         [&](const network::StepResult& result) { losses.push_back(result.loss); });
 
-    VAETrainingGraph graph(smallest, 2, VAEArchitecture::initialWeights(smallest, options.seed));
+    VAETrainingGraph graph(smallest, 2, VAEArchitecture::initialWeights(smallest, options.seed), processor());
     BatchSource source(smallest, images, 2, options.seed);
     std::vector<float> x(2 * 32 * 32), eps(2 * 4), expected;
     ModelTrainer::Smoothing smoothing;
@@ -543,8 +548,8 @@ TEST(TrainOnImages, IsTheLoopOfStepsWithTheSchedule) {
 
 TEST(TrainOnImages, EncodesEveryImageAndMeasuresThePlainError) {
     const auto images = randomImages(18);  // more than one batch of the decoder
-    const auto trained = ModelTrainer::trainOnImages(smallest, images, quickOptions(1), {}, {});
-    VAEInference inference(smallest, trained.weights);
+    const auto trained = ModelTrainer::trainOnImages(smallest, images, quickOptions(1), {}, {}, processor());
+    VAEInference inference(smallest, trained.weights, processor());
     const auto latents = inference.encode(images);
     EXPECT_EQ(trained.latents, latents);
     const auto decoded = inference.decode(latents);
@@ -562,7 +567,7 @@ TEST(TrainOnImages, LearnsASingleImage) {
     TrainingOptions options = quickOptions(30);
     options.learningRate = 0.003F;
     (void)ModelTrainer::trainOnImages(
-        smallest, images, options, {}, {},
+        smallest, images, options, {}, {}, processor(),
         [&](const network::StepResult& result) { losses.push_back(result.mse); });
     EXPECT_LT(losses.back(), 0.8F * losses.front());
 }
@@ -573,7 +578,7 @@ TEST(TrainOnImages, StopsBeforeTheFirstStep) {
     std::stop_source stop;
     stop.request_stop();
     EXPECT_THROW((void)ModelTrainer::trainOnImages(smallest, images, quickOptions(), {}, stop.get_token(),
-                                                   [&](const network::StepResult&) { ++steps; }),
+                                                   processor(), [&](const network::StepResult&) { ++steps; }),
                  CancellationError);
     EXPECT_EQ(steps, 0);
 }
@@ -583,6 +588,7 @@ TEST(TrainOnImages, StopsAfterTheStepInWhichItIsCancelled) {
     int steps = 0;
     std::stop_source stop;
     EXPECT_THROW((void)ModelTrainer::trainOnImages(smallest, images, quickOptions(4), {}, stop.get_token(),
+                                                   processor(),
                                                    [&](const network::StepResult&) {
                                                        if (++steps == 2) stop.request_stop();
                                                    }),
@@ -595,7 +601,7 @@ TEST(TrainOnImages, DoesNotAskAfterTheLastStep) {
     int steps = 0;
     std::stop_source stop;
     const auto trained = ModelTrainer::trainOnImages(smallest, images, quickOptions(3), {}, stop.get_token(),
-                                                     [&](const network::StepResult&) {
+                                                     processor(), [&](const network::StepResult&) {
                                                          if (++steps == 3) stop.request_stop();
                                                      });
     EXPECT_EQ(steps, 3);
@@ -608,7 +614,7 @@ TEST(TrainOnImages, ReportsDivergenceWithItsAdvice) {
     options.learningRate = 1e30F;
     Listener listener;
     try {
-        (void)ModelTrainer::trainOnImages(smallest, images, options, listener.progress(), {});
+        (void)ModelTrainer::trainOnImages(smallest, images, options, listener.progress(), {}, processor());
         FAIL() << "no divergence";
     } catch (const TrainingError& error) {
         EXPECT_EQ(error.kind(), TrainingError::Kind::diverged);
@@ -623,7 +629,8 @@ TEST(TrainOnImages, ReportsDivergenceWithItsAdvice) {
 
 TEST_F(TrainerRun, OfAFolderWithoutFilesFindsNoUsableAudio) {
     const CorpusSummary empty;
-    EXPECT_THROW((void)ModelTrainer::train(empty, quickOptions(), listener.progress(), {}), TrainingError);
+    EXPECT_THROW((void)ModelTrainer::train(empty, quickOptions(), listener.progress(), {}, processor()),
+                 TrainingError);
     EXPECT_TRUE(listener.records.empty());
 }
 
@@ -633,7 +640,7 @@ TEST_F(TrainerRun, OfOnlyUnusableFilesFindsNoUsableAudioAfterTryingAll) {
     unusable.add("silent.wav", std::vector<float>(800, 0.0F));
     unusable.add("empty.wav", {});
     try {
-        (void)ModelTrainer::train(unusable.scan(), quickOptions(), listener.progress(), {});
+        (void)ModelTrainer::train(unusable.scan(), quickOptions(), listener.progress(), {}, processor());
         FAIL() << "trained";
     } catch (const TrainingError& error) {
         EXPECT_EQ(error.kind(), TrainingError::Kind::noUsableAudio);
@@ -648,7 +655,8 @@ TEST_F(TrainerRun, LeavesOutUnusableFilesWithoutAMessage) {
     corpus.add("b2.wav", std::vector<float>(800, 0.0F));
     CorpusSummary summary = corpus.scan();
     summary.files.push_back({corpus.path() / "gone.wav", "gone.wav", 1, 1});
-    const ModelBundle bundle = ModelTrainer::train(summary, quickOptions(1), listener.progress(), {});
+    const ModelBundle bundle =
+        ModelTrainer::train(summary, quickOptions(1), listener.progress(), {}, processor());
     EXPECT_THAT(bundle.metadata.clipNames, ElementsAre("a.wav", "b.wav", "c.wav"));
     EXPECT_EQ(bundle.latents.size(), 3U);
     EXPECT_EQ(listener.messages().at(6), "Reading samples… 6/6") << "failed files count too";
@@ -724,7 +732,7 @@ TEST_F(TrainerRun, OfOneStepIsReportedOnce) {
 TEST_F(TrainerRun, DescribesTheModelItMade) {
     const CorpusSummary summary = corpus.scan();
     const auto before = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-    const ModelBundle bundle = ModelTrainer::train(summary, quickOptions(2), {}, {});
+    const ModelBundle bundle = ModelTrainer::train(summary, quickOptions(2), {}, {}, processor());
     EXPECT_EQ(bundle.config, (ModelConfig{8000, 1024, 256, 96, 32, 4, AnalysisProfile::percussive}));
     EXPECT_EQ(bundle.metadata.corpusName, corpus.path().filename());
     EXPECT_EQ(bundle.metadata.corpusPath, corpus.path());
@@ -753,13 +761,13 @@ TEST_F(TrainerRun, WritesNoFiles) {
 TEST_F(TrainerRun, WorksWithASingleClip) {
     const TestCorpus single;
     single.addNoise("only.wav", 0.1, 5);
-    const ModelBundle bundle = ModelTrainer::train(single.scan(), quickOptions(2), {}, {});
+    const ModelBundle bundle = ModelTrainer::train(single.scan(), quickOptions(2), {}, {}, processor());
     EXPECT_THAT(bundle.metadata.clipNames, ElementsAre("only.wav"));
     EXPECT_EQ(bundle.latents.size(), 1U);
 }
 
 TEST_F(TrainerRun, WorksWithoutCallbacks) {
-    EXPECT_EQ(ModelTrainer::train(corpus.scan(), quickOptions(1), {}, {}).latents.size(), 3U);
+    EXPECT_EQ(ModelTrainer::train(corpus.scan(), quickOptions(1), {}, {}, processor()).latents.size(), 3U);
 }
 
 TEST_F(TrainerRun, GivesTheSameBitsForTheSameSeedAndOthersForAnother) {
@@ -787,7 +795,7 @@ TEST(TrainerChoice, ShortClipsGetAQuarterOfASecond) {
         corpus.addNoise(std::to_string(i) + ".wav", 0.1, i, 44100);
     TrainingOptions options = quickOptions(1);
     options.clipSeconds.reset();
-    const ModelBundle bundle = ModelTrainer::train(corpus.scan(), options, {}, {});
+    const ModelBundle bundle = ModelTrainer::train(corpus.scan(), options, {}, {}, processor());
     EXPECT_EQ(bundle.config.frames, ModelConfig::framesForSeconds(0.25, 44100, 256));
     EXPECT_NE(bundle.config.frames, ModelConfig::framesForSeconds(0.1 * 1.05 + 0.05, 44100, 256));
 }
@@ -798,7 +806,7 @@ TEST(TrainerChoice, LongClipsGetFourSeconds) {
     TrainingOptions options = quickOptions(1);
     options.batchSize = 1;
     options.clipSeconds.reset();
-    const ModelBundle bundle = ModelTrainer::train(corpus.scan(), options, {}, {});
+    const ModelBundle bundle = ModelTrainer::train(corpus.scan(), options, {}, {}, processor());
     EXPECT_EQ(bundle.config.frames, ModelConfig::framesForSeconds(4, 8000, 256));
 }
 
@@ -808,7 +816,7 @@ TEST(TrainerChoice, AnExplicitClipLengthIsUsedAsItIs) {
     TrainingOptions options = quickOptions(1);
     options.batchSize = 1;
     options.clipSeconds = 9;
-    const ModelBundle bundle = ModelTrainer::train(corpus.scan(), options, {}, {});
+    const ModelBundle bundle = ModelTrainer::train(corpus.scan(), options, {}, {}, processor());
     EXPECT_EQ(bundle.config.frames, ModelConfig::framesForSeconds(9, 8000, 256));
 }
 
@@ -818,7 +826,7 @@ TEST(TrainerChoice, ShortNoiseIsPercussiveAndLongNotesAreTonal) {
     const TestCorpus noise;
     noise.addNoise("a.wav", 0.1, 1);
     noise.addNoise("b.wav", 0.1, 2);
-    const ModelBundle percussive = ModelTrainer::train(noise.scan(), options, {}, {});
+    const ModelBundle percussive = ModelTrainer::train(noise.scan(), options, {}, {}, processor());
     EXPECT_EQ(percussive.config.profile, AnalysisProfile::percussive);
     EXPECT_EQ(percussive.config.nMels, 96);
 
@@ -827,7 +835,8 @@ TEST(TrainerChoice, ShortNoiseIsPercussiveAndLongNotesAreTonal) {
     notes.addSine("b.wav", 0.6, 330);
     options.batchSize = 1;
     Listener listener;
-    const ModelBundle tonal = ModelTrainer::train(notes.scan(), options, listener.progress(), {});
+    const ModelBundle tonal =
+        ModelTrainer::train(notes.scan(), options, listener.progress(), {}, processor());
     EXPECT_EQ(tonal.config.profile, AnalysisProfile::tonal);
     EXPECT_EQ(tonal.config.nFFT, 4096);
     EXPECT_EQ(tonal.config.hop, 1024);
@@ -839,7 +848,7 @@ TEST(TrainerChoice, ShortNoiseIsPercussiveAndLongNotesAreTonal) {
 TEST(TrainerChoice, AnExplicitProfileIsNotQuestioned) {
     const TestCorpus notes;
     notes.addSine("a.wav", 0.5, 220);
-    const ModelBundle bundle = ModelTrainer::train(notes.scan(), quickOptions(1), {}, {});
+    const ModelBundle bundle = ModelTrainer::train(notes.scan(), quickOptions(1), {}, {}, processor());
     EXPECT_EQ(bundle.config.profile, AnalysisProfile::percussive);
 }
 
@@ -848,7 +857,8 @@ TEST(TrainerChoice, ClipsAreDecodedAtTheDominantRate) {
     corpus.addNoise("a.wav", 0.1, 1, 8000);
     corpus.addNoise("b.wav", 0.1, 2, 11025);
     corpus.addNoise("c.wav", 0.1, 3, 11025);
-    EXPECT_EQ(ModelTrainer::train(corpus.scan(), quickOptions(1), {}, {}).config.sampleRate, 11025);
+    EXPECT_EQ(ModelTrainer::train(corpus.scan(), quickOptions(1), {}, {}, processor()).config.sampleRate,
+              11025);
 }
 
 // A recording far longer than the model's clips is cut and faded like any other.
@@ -856,14 +866,14 @@ TEST(TrainerChoice, ALongRecordingIsPreparedAsAWhole) {
     const TestCorpus corpus;
     corpus.addNoise("long.wav", 6, 1);
     const CorpusSummary summary = corpus.scan();
-    const ModelBundle bundle = ModelTrainer::train(summary, quickOptions(1), {}, {});
+    const ModelBundle bundle = ModelTrainer::train(summary, quickOptions(1), {}, {}, processor());
     const FeatureExtractor extractor(bundle.config);
     STFT stft = extractor.makeSTFT();
     const auto decoded = ClipPreparation::decode(summary.files.front(), 8000);
     ASSERT_TRUE(decoded);
     const std::vector<std::vector<float>> images{
         ClipPreparation::prepare(*decoded, bundle.config, extractor, stft).image};
-    VAEInference inference(bundle.config, bundle.weights);
+    VAEInference inference(bundle.config, bundle.weights, processor());
     EXPECT_EQ(bundle.latents, inference.encode(images));
 }
 
@@ -874,7 +884,7 @@ TEST(TrainerChoice, ModelsThatCannotBeAreRefusedBeforeTraining) {
     options.clipSeconds = 10000;
     Listener listener;
     try {
-        (void)ModelTrainer::train(corpus.scan(), options, listener.progress(), {});
+        (void)ModelTrainer::train(corpus.scan(), options, listener.progress(), {}, processor());
         FAIL() << "trained";
     } catch (const Failure& error) {
         EXPECT_EQ(std::string(error.what()),
@@ -927,7 +937,7 @@ TEST_F(TrainerRun, PassesOnWhatACallbackThrows) {
         const auto progress = [&](const TrainingProgress& record) {
             if (record.phase == phase && record.fraction > 0) throw std::runtime_error("enough");
         };
-        EXPECT_THROW((void)ModelTrainer::train(corpus.scan(), quickOptions(1), progress, {}),
+        EXPECT_THROW((void)ModelTrainer::train(corpus.scan(), quickOptions(1), progress, {}, processor()),
                      std::runtime_error)
             << rawValue(phase);
     }
@@ -942,7 +952,7 @@ TEST_F(TrainerRun, NeverCallsProgressFromTwoThreadsAtOnce) {
         most = std::max(most.load(), ++inside);
         --inside;
     };
-    (void)ModelTrainer::train(corpus.scan(), quickOptions(1), progress, {});
+    (void)ModelTrainer::train(corpus.scan(), quickOptions(1), progress, {}, processor());
     EXPECT_EQ(most, 1);
 }
 

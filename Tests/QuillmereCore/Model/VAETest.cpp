@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
+#include "Support/Processor.h"
 
 namespace quillmere {
 namespace {
@@ -51,7 +53,7 @@ TEST(VAEGraphBuilderDeathTest, ImageSizesThatCannotBeHalvedFiveTimesStopTheProgr
 }
 
 TEST(VAEInference, SeventeenImagesGiveSeventeenMeans) {
-    VAEInference inference(small.config(), busyWeights(small, 1));
+    VAEInference inference(small.config(), busyWeights(small, 1), testing::processor());
     const auto all = images(small, 17);
     const auto means = inference.encode(all);
     ASSERT_EQ(means.size(), 17U);
@@ -61,13 +63,13 @@ TEST(VAEInference, SeventeenImagesGiveSeventeenMeans) {
 }
 
 TEST(VAEInference, NoInputGivesNoOutput) {
-    VAEInference inference(small.config(), busyWeights(small, 1));
+    VAEInference inference(small.config(), busyWeights(small, 1), testing::processor());
     EXPECT_TRUE(inference.decode({}).empty());
     EXPECT_TRUE(inference.encode({}).empty());
 }
 
 TEST(VAEInferenceDeathTest, LatentOfTheWrongSizeStopsTheProgram) {
-    VAEInference inference(small.config(), busyWeights(small, 1));
+    VAEInference inference(small.config(), busyWeights(small, 1), testing::processor());
     const std::vector<std::vector<float>> latents{std::vector<float>(3)};
     EXPECT_DEATH((void)inference.decode(latents), "wrong size");
 }
@@ -81,7 +83,7 @@ TEST(VAETrainingGraph, LogVarianceIsClampedBeforeItIsUsed) {
     const StepInput input(small, 3);
     const auto klWithLogVariance = [&](float logVariance) {
         std::fill(weights[plan.logVariance.bias].begin(), weights[plan.logVariance.bias].end(), logVariance);
-        VAETrainingGraph graph(small.config(), small.batch, weights);
+        VAETrainingGraph graph(small.config(), small.batch, weights, testing::processor());
         return graph.step(input.x, input.eps, 0.0F, 1.0F).kl;
     };
     // -0.5 * (1 + v - exp(v)) at v = 6 and v = -12, whatever lies beyond.
@@ -95,7 +97,7 @@ TEST(VAETrainingGraph, TargetOfExactlyTheThresholdCountsOnce) {
     for (auto& array : weights)
         std::fill(array.begin(), array.end(), 0.0F);
     const auto mseOf = [&](float target) {
-        VAETrainingGraph graph(small.config(), small.batch, weights);
+        VAETrainingGraph graph(small.config(), small.batch, weights, testing::processor());
         const std::vector<float> x(small.batch * small.imageSize(), target);
         const std::vector<float> eps(static_cast<std::size_t>(small.batch) * small.latentDim);
         return graph.step(x, eps, 0.0F, 0.0F).mse;
@@ -107,7 +109,7 @@ TEST(VAETrainingGraph, TargetOfExactlyTheThresholdCountsOnce) {
 }
 
 TEST(VAETrainingGraph, LossEqualsMseExactlyWithoutKLWeight) {
-    VAETrainingGraph graph(small.config(), small.batch, busyWeights(small, 5));
+    VAETrainingGraph graph(small.config(), small.batch, busyWeights(small, 5), testing::processor());
     const StepInput input(small, 6);
     const auto result = graph.step(input.x, input.eps, 1e-3F, 0.0F);
     EXPECT_EQ(result.loss, result.mse);
@@ -117,8 +119,8 @@ TEST(VAETrainingGraph, LossEqualsMseExactlyWithoutKLWeight) {
 TEST(VAETrainingGraph, ScalarsBelongToTheParametersBeforeTheUpdate) {
     const auto weights = busyWeights(small, 7);
     const StepInput input(small, 8);
-    VAETrainingGraph still(small.config(), small.batch, weights);
-    VAETrainingGraph moving(small.config(), small.batch, weights);
+    VAETrainingGraph still(small.config(), small.batch, weights, testing::processor());
+    VAETrainingGraph moving(small.config(), small.batch, weights, testing::processor());
     const auto first = still.step(input.x, input.eps, 0.0F, 0.1F);
     const auto second = moving.step(input.x, input.eps, 1e-2F, 0.1F);
     EXPECT_EQ(first.loss, second.loss);
@@ -128,7 +130,7 @@ TEST(VAETrainingGraph, ScalarsBelongToTheParametersBeforeTheUpdate) {
 
 TEST(GPU, SharedIsOneInstanceWithADevice) {
     EXPECT_EQ(&GPU::shared(), &GPU::shared());
-    EXPECT_FALSE(GPU::shared().device().name.empty());
+    EXPECT_FALSE(GPU::shared().device().name().empty());
 }
 
 }  // namespace

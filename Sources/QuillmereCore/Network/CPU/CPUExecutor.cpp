@@ -9,13 +9,9 @@ namespace {
 
 class CPUBackend final : public Backend {
 public:
-    [[nodiscard]] const Device& device() const noexcept override { return device_; }
     [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, Purpose purpose) override {
         return std::make_unique<CPUExecutor>(plan, purpose);
     }
-
-private:
-    Device device_{Device::Kind::cpu, "cpu"};
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <iterator>
 
 #include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::network::vulkan {
 namespace {
@@ -42,7 +43,7 @@ std::uint32_t memoryType(const Context& context, std::uint32_t allowed, Buffer::
                 return type;
         }
     }
-    throw DeviceError(context.description().name +
+    throw DeviceError(context.description().name() +
                       " has no memory of the kind needed. Choose another device.");
 }
 
@@ -52,16 +53,6 @@ std::filesystem::path cacheFolder() {
     const char* const home = std::getenv("HOME");
     if (home != nullptr && *home == '/') return std::filesystem::path(home) / ".cache" / "quillmere";
     return {};
-}
-
-std::string hexadecimal(std::span<const std::uint8_t> bytes) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::string text;
-    for (const std::uint8_t byte : bytes) {
-        text += digits[byte >> 4U];
-        text += digits[byte & 15U];
-    }
-    return text;
 }
 
 // Whether data begins as this driver's own pipeline cache does. Not every driver checks that itself.
@@ -104,12 +95,12 @@ Buffer::Buffer(const Context& context, std::uint64_t bytes, Place place) : bytes
     mapped_ = {static_cast<float*>(address), static_cast<std::size_t>(bytes / sizeof(float))};
 }
 
-Context::Context(const DeviceDescription& description, std::optional<Validation> validation,
+Context::Context(const ComputeDevice& description, std::optional<Validation> validation,
                  std::optional<Tuning> tuning)
     : description_(description),
       tuning_(tuning.value_or(tuningFor(description))),
       instance_(std::move(validation)),
-      physical_(instance_.find(description)) {
+      physical_(instance_.find(description.identity)) {
     vkGetPhysicalDeviceMemoryProperties(physical_, &memory_);
     open();
     loadPipelines();
@@ -117,7 +108,8 @@ Context::Context(const DeviceDescription& description, std::optional<Validation>
 
 void Context::open() {
     const std::optional<std::uint32_t> family = computeQueueFamily(physical_);
-    if (!family) throw DeviceError(description_.name + " has no queue for computing. Choose another device.");
+    if (!family)
+        throw DeviceError(description_.name() + " has no queue for computing. Choose another device.");
     queueFamily_ = *family;
     constexpr float priority = 1;
     VkDeviceQueueCreateInfo queue{};
@@ -144,7 +136,7 @@ void Context::open() {
 Buffer Context::makeBuffer(std::uint64_t count, Buffer::Place place) const {
     const std::uint64_t bytes = std::max<std::uint64_t>(count, 1) * sizeof(float);
     if (place == Buffer::Place::device && bytes > description_.limits.largestTensor) {
-        throw DeviceError(description_.name + " takes tensors of at most " +
+        throw DeviceError(description_.name() + " takes tensors of at most " +
                           megabytes(description_.limits.largestTensor) + ", and one of " + megabytes(bytes) +
                           " is needed. Choose shorter clips, or another device.");
     }
@@ -156,7 +148,7 @@ void Context::loadPipelines() {
     vkGetPhysicalDeviceProperties(physical_, &properties);
     std::vector<char> data;
     if (const std::filesystem::path folder = cacheFolder(); !folder.empty()) {
-        cacheFile_ = folder / ("pipelines-" + hexadecimal(properties.pipelineCacheUUID) + "-" +
+        cacheFile_ = folder / ("pipelines-" + Text::hexadecimal(properties.pipelineCacheUUID) + "-" +
                                std::to_string(properties.vendorID) + "-" +
                                std::to_string(properties.deviceID) + ".bin");
         data = readAll(cacheFile_);

@@ -9,7 +9,7 @@
 #include <span>
 #include <vector>
 
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/ComputeDevice.h"
 #include "QuillmereCore/Network/Vulkan/Handle.h"
 #include "QuillmereCore/Network/Vulkan/Instance.h"
 #include "QuillmereCore/Network/Vulkan/Shaders.h"
@@ -60,10 +60,10 @@ struct Pipeline {
 class Context {
 public:
     // Throws DeviceError.
-    explicit Context(const DeviceDescription& description, std::optional<Validation> validation = {},
+    explicit Context(const ComputeDevice& description, std::optional<Validation> validation = {},
                      std::optional<Tuning> tuning = {});
 
-    [[nodiscard]] const DeviceDescription& description() const { return description_; }
+    [[nodiscard]] const ComputeDevice& description() const { return description_; }
     [[nodiscard]] const Tuning& tuning() const { return tuning_; }
     [[nodiscard]] VkDevice device() const { return device_.object; }
     [[nodiscard]] const VkPhysicalDeviceMemoryProperties& memory() const { return memory_; }
@@ -84,7 +84,7 @@ public:
     [[nodiscard]] bool isLost() const { return isLost_; }
 
     // As the function of this name, for this device.
-    void check(VkResult result, const char* what) const { vulkan::check(result, description_.name, what); }
+    void check(VkResult result, const char* what) const { vulkan::check(result, description_.name(), what); }
     // Creates an object with one of Vulkan's vkCreate... functions. Throws DeviceError.
     template <typename Owner, typename Create, typename Info>
     [[nodiscard]] Owner make(Create create, const Info& info, const char* what) const {
@@ -113,7 +113,7 @@ private:
     void loadPipelines();
     const Layout& layoutOf(Shader shader);
 
-    DeviceDescription description_;
+    ComputeDevice description_;
     Tuning tuning_;
     Instance instance_;
     VkPhysicalDevice physical_;

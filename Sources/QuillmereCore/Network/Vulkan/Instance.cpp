@@ -43,8 +43,8 @@ std::vector<VkValidationFeatureEnableEXT> enabledFeatures(Validation::Extra extr
     fatal("unknown kind of validation");
 }
 
-DeviceDescription::Type typeOf(VkPhysicalDeviceType type) {
-    using Type = DeviceDescription::Type;
+ComputeDevice::Type typeOf(VkPhysicalDeviceType type) {
+    using Type = ComputeDevice::Type;
     switch (type) {
         case VK_PHYSICAL_DEVICE_TYPE_DISCRETE_GPU:
             return Type::discrete;
@@ -70,8 +70,8 @@ std::uint64_t deviceMemory(VkPhysicalDevice device) {
     return most;
 }
 
-DeviceLimits limitsOf(VkPhysicalDevice device, const VkPhysicalDeviceLimits& limits) {
-    DeviceLimits result;
+ComputeDevice::Limits limitsOf(VkPhysicalDevice device, const VkPhysicalDeviceLimits& limits) {
+    ComputeDevice::Limits result;
     result.memory = deviceMemory(device);
     result.largestTensor = limits.maxStorageBufferRange;
     result.sharedMemory = limits.maxComputeSharedMemorySize;
@@ -88,7 +88,7 @@ std::string versionText(std::uint32_t version) {
 }
 
 // Asks only what a Vulkan 1.1 device answers.
-void describeDriver(VkPhysicalDevice device, DeviceDescription& result) {
+void describeDriver(VkPhysicalDevice device, ComputeDevice& result) {
     VkPhysicalDeviceIDProperties id{};
     id.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_ID_PROPERTIES;
     VkPhysicalDeviceDriverProperties driver{};
@@ -98,13 +98,13 @@ void describeDriver(VkPhysicalDevice device, DeviceDescription& result) {
     properties.sType = VK_STRUCTURE_TYPE_PHYSICAL_DEVICE_PROPERTIES_2;
     properties.pNext = &driver;
     vkGetPhysicalDeviceProperties2(device, &properties);
-    std::copy_n(id.deviceUUID, result.uuid.size(), result.uuid.begin());
+    std::copy_n(id.deviceUUID, result.identity.uuid.size(), result.identity.uuid.begin());
     result.driver = driver.driverName;
     if (driver.driverInfo[0] != '\0') result.driver += std::string(", ") + driver.driverInfo;
 }
 
 std::string problemOf(VkPhysicalDevice device, const VkPhysicalDeviceProperties& properties,
-                      const DeviceLimits& limits) {
+                      const ComputeDevice::Limits& limits) {
     if (properties.apiVersion < VK_API_VERSION_1_1)
         return "its driver offers Vulkan " + versionText(properties.apiVersion) + ", and 1.1 is needed.";
     if (!computeQueueFamily(device)) return "it has no queue for computing.";
@@ -185,19 +185,19 @@ std::vector<VkPhysicalDevice> Instance::physicalDevices() const {
     return devices;
 }
 
-VkPhysicalDevice Instance::find(const DeviceDescription& description) const {
+VkPhysicalDevice Instance::find(const DeviceIdentity& identity) const {
     for (const VkPhysicalDevice device : physicalDevices()) {
-        const DeviceDescription found = describe(device);
-        if (found.uuid == description.uuid && found.name == description.name) return device;
+        if (describe(device).identity == identity) return device;
     }
-    throw DeviceError(description.name + " is not there any more. Choose another device.");
+    throw DeviceError(identity.name + " is not there any more. Choose another device.");
 }
 
-DeviceDescription describe(VkPhysicalDevice device) {
+ComputeDevice describe(VkPhysicalDevice device) {
     VkPhysicalDeviceProperties properties{};
     vkGetPhysicalDeviceProperties(device, &properties);
-    DeviceDescription result;
-    result.name = properties.deviceName;
+    ComputeDevice result;
+    result.identity.interface = DeviceIdentity::Interface::vulkan;
+    result.identity.name = properties.deviceName;
     result.type = typeOf(properties.deviceType);
     result.api = "Vulkan " + versionText(properties.apiVersion);
     result.limits = limitsOf(device, properties.limits);

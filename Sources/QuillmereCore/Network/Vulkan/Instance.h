@@ -8,7 +8,7 @@
 
 #include <vulkan/vulkan.h>
 
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/ComputeDevice.h"
 
 namespace quillmere::network::vulkan {
 
@@ -34,8 +34,8 @@ public:
 
     [[nodiscard]] VkInstance get() const { return instance_; }
     [[nodiscard]] std::vector<VkPhysicalDevice> physicalDevices() const;
-    // The device of that description. Throws DeviceError if it is gone.
-    [[nodiscard]] VkPhysicalDevice find(const DeviceDescription& description) const;
+    // Throws DeviceError if the device is gone.
+    [[nodiscard]] VkPhysicalDevice find(const DeviceIdentity& identity) const;
 
 private:
     std::optional<Validation> validation_;  // the messenger refers to it
@@ -43,7 +43,7 @@ private:
     VkDebugUtilsMessengerEXT messenger_ = VK_NULL_HANDLE;
 };
 
-[[nodiscard]] DeviceDescription describe(VkPhysicalDevice device);
+[[nodiscard]] ComputeDevice describe(VkPhysicalDevice device);
 
 // The first queue family that computes; nothing if none does.
 [[nodiscard]] std::optional<std::uint32_t> computeQueueFamily(VkPhysicalDevice device);

@@ -162,10 +162,11 @@ void Sequence::record(const Operation& operation) {
 }
 
 void Sequence::recordDispatch(const Dispatch& dispatch) {
-    const DeviceDescription& device = context_.description();
+    const ComputeDevice& device = context_.description();
     for (std::size_t axis = 0; axis < dispatch.groups.size(); ++axis) {
         if (dispatch.groups[axis] > device.limits.workGroups[axis])
-            throw DeviceError(device.name + " cannot compute images of this size. Choose shorter clips, or " +
+            throw DeviceError(device.name() +
+                              " cannot compute images of this size. Choose shorter clips, or " +
                               "another device.");
     }
     const Pipeline pipeline = context_.pipeline(dispatch.shader, dispatch.constants);

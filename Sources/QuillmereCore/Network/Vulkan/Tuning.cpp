@@ -16,8 +16,8 @@ std::uint64_t divideUp(std::uint64_t a, std::uint64_t b) {
 
 }  // namespace
 
-Tuning tuningFor(const DeviceDescription& device) {
-    if (device.type == DeviceDescription::Type::software) {
+Tuning tuningFor(const ComputeDevice& device) {
+    if (device.type == ComputeDevice::Type::software) {
         return {.threadRows = 2,
                 .threadColumns = 16,
                 .mostRowsPerThread = 4,

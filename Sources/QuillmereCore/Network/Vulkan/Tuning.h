@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/ComputeDevice.h"
 
 namespace quillmere::network::vulkan {
 
@@ -20,7 +20,7 @@ struct Tuning {
 // For graphics processors 128 threads (what every device has) with tiles of up to 64 x 64. Software devices
 // compile one thread's code for several threads at once and unroll all of it: large tiles would take half a
 // minute to compile, so theirs are small.
-[[nodiscard]] Tuning tuningFor(const DeviceDescription& device);
+[[nodiscard]] Tuning tuningFor(const ComputeDevice& device);
 
 // The numbers of rows, columns and terms of a product.
 struct ProductSize {

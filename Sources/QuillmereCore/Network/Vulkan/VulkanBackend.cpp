@@ -11,12 +11,9 @@ namespace {
 
 class VulkanBackend final : public Backend {
 public:
-    explicit VulkanBackend(const DeviceDescription& description)
-        : device_{Device::Kind::gpu, description.name},
-          description_(description),
-          context_(std::make_shared<Context>(description)) {}
+    explicit VulkanBackend(const ComputeDevice& description)
+        : description_(description), context_(std::make_shared<Context>(description)) {}
 
-    [[nodiscard]] const Device& device() const noexcept override { return device_; }
     [[nodiscard]] std::unique_ptr<Executor> compile(const Plan& plan, Purpose purpose) override {
         const std::shared_ptr<Context> context = openContext();
         try {
@@ -36,16 +33,15 @@ private:
         return context_;
     }
 
-    Device device_;
-    DeviceDescription description_;
+    ComputeDevice description_;
     std::mutex mutex_;  // guards context_
     std::shared_ptr<Context> context_;
 };
 
 }  // namespace
 
-std::vector<DeviceDescription> devices() {
-    std::vector<DeviceDescription> result;
+std::vector<ComputeDevice> devices() {
+    std::vector<ComputeDevice> result;
     try {
         const Instance instance;
         for (const VkPhysicalDevice device : instance.physicalDevices())
@@ -56,7 +52,7 @@ std::vector<DeviceDescription> devices() {
     return result;
 }
 
-std::unique_ptr<Backend> makeBackend(const DeviceDescription& device) {
+std::unique_ptr<Backend> makeBackend(const ComputeDevice& device) {
     return std::make_unique<VulkanBackend>(device);
 }
 

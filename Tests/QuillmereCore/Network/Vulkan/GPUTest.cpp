@@ -1,6 +1,6 @@
-// The process-wide device with a graphics processor: Mesa's software driver, chosen by name.
+// The process-wide machine with a graphics processor: Mesa's software driver, chosen by name.
 
-#include "QuillmereCore/Network/GPU.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,48 +22,51 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using testing::NetworkShape;
 
+using network::ChosenDevice;
+using network::ComputeDevice;
+
 // Collects what the user would be told.
 class SharedGPU : public ::testing::Test {
 public:
-    SharedGPU() {
-        GPU::shared().setNotice([this](const std::string& message) { notices.push_back(message); });
-    }
-    ~SharedGPU() override { GPU::shared().setNotice({}); }
-
+    ChosenDevice chosen{GPU::shared().machine(),
+                        network::DeviceChoice::fromOption("llvmpipe"),
+                        ChosenDevice::Otherwise::fail,
+                        {.opened = {}, .processorStandsIn = [this](const std::string& message) {
+                             notices.push_back(message);
+                         }}};
     std::vector<std::string> notices;
 };
 
-TEST_F(SharedGPU, IsTheProcessorUntilADeviceIsNamed) {
-    EXPECT_EQ(GPU::shared().device().kind, network::Device::Kind::cpu);
-    GPU::shared().choose("llvmpipe");
-    EXPECT_EQ(GPU::shared().device().kind, network::Device::Kind::gpu);
-    EXPECT_THAT(GPU::shared().device().name, HasSubstr("llvmpipe"));
-    EXPECT_EQ(GPU::shared().description().type, network::DeviceDescription::Type::software);
-    GPU::shared().choose("auto");
-    EXPECT_EQ(GPU::shared().device().kind, network::Device::Kind::cpu);
+TEST_F(SharedGPU, IsTheProcessorWhileOnlyANameChoosesTheDriver) {
+    EXPECT_EQ(GPU::shared().device().type, ComputeDevice::Type::processor);
+    EXPECT_THAT(chosen.device().name(), HasSubstr("llvmpipe"));
+    EXPECT_EQ(chosen.device().type, ComputeDevice::Type::software);
+    EXPECT_EQ(chosen.device().identity.interface, network::DeviceIdentity::Interface::vulkan);
 }
 
 TEST_F(SharedGPU, OpensADeviceOnce) {
-    GPU::shared().choose("llvmpipe");
-    network::Backend* const first = &GPU::shared().graphDevice();
-    GPU::shared().choose("cpu");
-    GPU::shared().choose("1");
-    EXPECT_EQ(&GPU::shared().graphDevice(), first);
+    network::Machine& machine = GPU::shared().machine();
+    const auto first = machine.open(chosen.device());
+    EXPECT_EQ(machine.open(testing::softwareDevice()), first);
+    EXPECT_NE(machine.open(ComputeDevice::processor()), first);
+}
+
+TEST_F(SharedGPU, ADeviceIsFoundAgainByTheTextOfItsIdentity) {
+    const auto again = network::DeviceChoice::fromPreference(chosen.device().identity.text());
+    EXPECT_EQ(again.in(GPU::shared().machine().list()).identity, chosen.device().identity);
 }
 
 TEST_F(SharedGPU, LearnsOnTheChosenDevice) {
-    GPU::shared().choose("llvmpipe");
     const NetworkShape shape{32, 32, 4, 2};
-    const auto executor = GPU::shared().graphDevice().compile(shape.plan(), network::Purpose::training);
+    const auto executor = chosen.backend().compile(shape.plan(), network::Purpose::training);
     EXPECT_NE(dynamic_cast<network::vulkan::VulkanExecutor*>(executor.get()), nullptr);
     EXPECT_THAT(notices, IsEmpty());
 }
 
 // One tensor of the network is larger than the device takes.
 TEST_F(SharedGPU, LetsTheProcessorTakeANetworkThatIsTooLarge) {
-    GPU::shared().choose("llvmpipe");
     const NetworkShape shape{384, 96, 1, 39};
-    const auto executor = GPU::shared().graphDevice().compile(shape.plan(), network::Purpose::inference);
+    const auto executor = chosen.backend().compile(shape.plan(), network::Purpose::inference);
     EXPECT_EQ(dynamic_cast<network::vulkan::VulkanExecutor*>(executor.get()), nullptr);
     EXPECT_THAT(notices, ElementsAre(::testing::AllOf(HasSubstr("llvmpipe"),
                                                       HasSubstr("takes tensors of at most 135 MB"),

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Network/Vulkan/SoftwareDevice.h"
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
@@ -11,17 +12,17 @@
 namespace quillmere::network::vulkan {
 namespace {
 
-DeviceDescription card() {
-    for (const DeviceDescription& device : devices()) {
-        if (device.type == DeviceDescription::Type::discrete) return device;
+ComputeDevice card() {
+    for (const ComputeDevice& device : devices()) {
+        if (device.type == ComputeDevice::Type::discrete) return device;
     }
     ADD_FAILURE() << "The driver offers no discrete card; run this test through ctest.";
     throw DeviceError("no card");
 }
 
 TEST(GraphicsCard, IsWhatAutoChooses) {
-    const auto all = computeDevices();
-    EXPECT_EQ(all[static_cast<std::size_t>(chosenDevice(all, "auto"))].name, card().name);
+    const auto all = GPU::shared().machine().list();
+    EXPECT_EQ(DeviceChoice().in(all).identity, card().identity);
     EXPECT_TRUE(card().usable()) << card().problem;
 }
 

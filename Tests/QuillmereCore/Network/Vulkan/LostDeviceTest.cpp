@@ -5,7 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "QuillmereCore/Model/Trainer.h"
-#include "QuillmereCore/Network/GPU.h"
+#include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Network/Vulkan/FaultyDriver/FaultyDriver.h"
 #include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
@@ -26,27 +26,21 @@ const NetworkShape shape{32, 32, 4, 2};
 
 class LostDevice : public ::testing::Test {
 public:
-    LostDevice() {
-        GPU::shared().choose("llvmpipe");
-        GPU::shared().setNotice([this](const std::string& message) { notices.push_back(message); });
-        FaultyDriver::behave();
-    }
-    ~LostDevice() override {
-        FaultyDriver::behave();
-        GPU::shared().setNotice({});
-    }
+    LostDevice() { FaultyDriver::behave(); }
+    ~LostDevice() override { FaultyDriver::behave(); }
 
-    static ModelTrainer::TrainedNetwork train(network::Backend& backend = GPU::shared().graphDevice()) {
+    ModelTrainer::TrainedNetwork train() { return train(device.backend()); }
+    static ModelTrainer::TrainedNetwork train(network::Backend& backend) {
         const std::vector<std::vector<float>> images{testing::speckledImages(shape.imageSize(), 1),
                                                      testing::speckledImages(shape.imageSize(), 2)};
         TrainingOptions options;
         options.steps = 1;
         options.batchSize = shape.batch;
         options.latentDim = shape.latentDim;
-        return ModelTrainer::trainOnImages(shape.config(), images, options, {}, {}, {}, backend);
+        return ModelTrainer::trainOnImages(shape.config(), images, options, {}, {}, backend);
     }
     // What the user reads if training fails.
-    static std::string failureOfTraining() {
+    std::string failureOfTraining() {
         try {
             (void)train();
             return "no failure";
@@ -54,12 +48,18 @@ public:
             return error.what();
         }
     }
-    static bool compilesForTheDevice() {
-        const auto executor = GPU::shared().graphDevice().compile(shape.plan(), network::Purpose::training);
+    bool compilesForTheDevice() {
+        const auto executor = device.backend().compile(shape.plan(), network::Purpose::training);
         return dynamic_cast<network::vulkan::VulkanExecutor*>(executor.get()) != nullptr;
     }
 
     std::vector<std::string> notices;
+    network::ChosenDevice device{GPU::shared().machine(),
+                                 network::DeviceChoice::fromOption("llvmpipe"),
+                                 network::ChosenDevice::Otherwise::fail,
+                                 {.opened = {}, .processorStandsIn = [this](const std::string& message) {
+                                      notices.push_back(message);
+                                  }}};
 };
 
 TEST_F(LostDevice, EndsTheRunWithAnErrorThatNamesTheDeviceAndSaysWhatToDo) {
@@ -123,14 +123,23 @@ TEST_F(LostDevice, ThatIsLostAgainAtOnceLeavesLearningToTheProcessor) {
 }
 
 TEST_F(LostDevice, GenerationMeetsItAsAnErrorToo) {
-    VAEInference inference(shape.config(), testing::busyWeights(shape, 1));
+    VAEInference inference(shape.config(), testing::busyWeights(shape, 1), device.backend());
     const std::vector<std::vector<float>> latents(3, testing::gaussianArray(4, 1));
     const auto before = inference.decode(latents);
     FaultyDriver::loseDeviceAt(1);
     EXPECT_THROW((void)inference.decode(latents), network::DeviceError);
     EXPECT_THROW((void)inference.decode(latents), network::DeviceError);  // this network is of no use now
-    VAEInference again(shape.config(), testing::busyWeights(shape, 1));
+    VAEInference again(shape.config(), testing::busyWeights(shape, 1), device.backend());
     EXPECT_EQ(again.decode(latents), before);
+}
+
+// Nothing has been computed that would be lost with it.
+TEST_F(LostDevice, ThatIsLostBeforeItHasTheWeightsLeavesLearningToTheProcessor) {
+    FaultyDriver::loseDeviceAt(2);  // after the start: the weights
+    EXPECT_EQ(train().weights, train(*network::makeCPUBackend()).weights);
+    EXPECT_THAT(notices,
+                ElementsAre(AllOf(StartsWith("llvmpipe"), HasSubstr(" was lost while "),
+                                  EndsWith("choose another device. The processor is used instead."))));
 }
 
 using FullDevice = LostDevice;
@@ -153,7 +162,7 @@ TEST_F(FullDevice, LeavesTheNetworkToTheProcessorWhicheverAllocationFails) {
 
 // So a run that has begun cannot fail for want of it.
 TEST_F(FullDevice, ARunTakesNoMemory) {
-    const auto executor = GPU::shared().graphDevice().compile(shape.plan(), network::Purpose::training);
+    const auto executor = device.backend().compile(shape.plan(), network::Purpose::training);
     const testing::StepInput input(shape, 3);
     FaultyDriver::failAllocationsFrom(1);
     executor->setWeights(testing::busyWeights(shape, 1));

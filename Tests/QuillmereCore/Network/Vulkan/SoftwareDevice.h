@@ -12,9 +12,9 @@
 namespace quillmere::testing {
 
 // The software driver's device, which ctest makes the only one.
-inline network::DeviceDescription softwareDevice() {
-    for (const network::DeviceDescription& device : network::vulkan::devices()) {
-        if (device.type == network::DeviceDescription::Type::software) return device;
+inline network::ComputeDevice softwareDevice() {
+    for (const network::ComputeDevice& device : network::vulkan::devices()) {
+        if (device.type == network::ComputeDevice::Type::software) return device;
     }
     ADD_FAILURE() << "There is no software device; run this test through ctest.";
     throw network::DeviceError("no software device");

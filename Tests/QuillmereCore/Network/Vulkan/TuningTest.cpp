@@ -16,8 +16,8 @@ TEST(Tuning, TilesCoverTheRowsWithTheLeastWaste) {
 
 // What every device has: 128 threads a group and 16 KiB of shared memory.
 TEST(Tuning, GroupsFitEveryDevice) {
-    DeviceDescription device;
-    for (const auto type : {DeviceDescription::Type::discrete, DeviceDescription::Type::software}) {
+    ComputeDevice device;
+    for (const auto type : {ComputeDevice::Type::discrete, ComputeDevice::Type::software}) {
         device.type = type;
         const Tuning tuning = tuningFor(device);
         EXPECT_LE(tuning.threadRows * tuning.threadColumns, 128U);

@@ -210,7 +210,7 @@ TEST(VulkanBackend, AProfiledStepTimesEveryOperationAndComputesTheSame) {
 }
 
 TEST(VulkanBackend, ATensorTooLargeForTheDeviceIsAnErrorThatSaysSo) {
-    DeviceDescription small = testing::softwareDevice();
+    ComputeDevice small = testing::softwareDevice();
     small.limits.largestTensor = 100'000;
     const auto backend = vulkan::makeBackend(small);
     try {
@@ -223,7 +223,7 @@ TEST(VulkanBackend, ATensorTooLargeForTheDeviceIsAnErrorThatSaysSo) {
 }
 
 TEST(VulkanBackend, ADispatchTooLargeForTheDeviceIsAnError) {
-    DeviceDescription small = testing::softwareDevice();
+    ComputeDevice small = testing::softwareDevice();
     small.limits.workGroups = {8, 8, 8};
     EXPECT_THROW(
         (void)vulkan::makeBackend(small)->compile(NetworkShape{96, 64, 4, 2}.plan(), Purpose::training),
@@ -240,11 +240,11 @@ std::string failureOf(const std::function<void()>& action) {
 }
 
 TEST(VulkanBackend, MemoryThatIsNotThereIsAnErrorThatSaysSo) {
-    DeviceDescription roomy = testing::softwareDevice();
+    ComputeDevice roomy = testing::softwareDevice();
     roomy.limits.largestTensor = UINT64_MAX;
     const vulkan::Context context(roomy);
     EXPECT_EQ(failureOf([&] { (void)context.makeBuffer(std::uint64_t{1} << 44U); }),
-              roomy.name +
+              roomy.name() +
                   " has not enough free memory. Close other programs that use it, or choose another device.");
 }
 
@@ -259,8 +259,8 @@ TEST(VulkanBackend, EveryFailureNamesTheDeviceAndSaysWhatToDo) {
 }
 
 TEST(VulkanBackend, ADeviceThatIsGoneDoesNotOpen) {
-    DeviceDescription gone = testing::softwareDevice();
-    gone.uuid[0] = static_cast<std::uint8_t>(gone.uuid[0] + 1);
+    ComputeDevice gone = testing::softwareDevice();
+    gone.identity.uuid[0] = static_cast<std::uint8_t>(gone.identity.uuid[0] + 1);
     EXPECT_THROW((void)vulkan::makeBackend(gone), DeviceError);
 }
 

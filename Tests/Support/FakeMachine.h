@@ -1,60 +1,60 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
-#include <functional>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "QuillmereApp/Environment.h"
 #include "QuillmereCore/Network/Backend.h"
-#include "QuillmereCore/Network/Devices.h"
+#include "QuillmereCore/Network/Device/Machine.h"
 
 namespace quillmere::testing {
 
 // A machine with any devices one likes. All of them compute on the processor, and fail when the test says so.
 // Threads: the members that a test sets are to be set while nothing computes, unless they are atomic.
-class FakeMachine {
+class FakeMachine final : public network::Machine {
 public:
-    using Type = network::DeviceDescription::Type;
+    using Type = network::ComputeDevice::Type;
 
-    FakeMachine() { add("CPU", Type::processor); }
+    FakeMachine() : devices{network::ComputeDevice::processor()} {}
 
+    // Cards of one name are different ones; a card that comes back is the same as before.
     void add(const std::string& name, Type type, const std::string& problem = {}) {
-        network::DeviceDescription device;
-        device.index = static_cast<int>(devices.size());
-        device.name = name;
+        network::ComputeDevice device;
+        device.identity.interface = network::DeviceIdentity::Interface::vulkan;
+        device.identity.name = name;
+        device.identity.uuid.back() = static_cast<std::uint8_t>(std::count_if(
+            devices.begin(), devices.end(), [&](const auto& other) { return other.name() == name; }));
         device.type = type;
         device.problem = problem;
         devices.push_back(device);
-        backends_.push_back(std::make_unique<FakeBackend>(*this, name));
     }
     // Everything but the processor is unplugged.
     void removeCards() { devices.resize(1); }
 
-    [[nodiscard]] std::vector<network::DeviceDescription> list() {
+    [[nodiscard]] std::vector<network::ComputeDevice> list() override {
         ++listings;
         return devices;
     }
-    [[nodiscard]] OpenDevice open(const std::string& choice) {
+    [[nodiscard]] std::shared_ptr<network::Backend> open(const network::ComputeDevice& device) override {
         const std::scoped_lock lock(mutex_);
-        const int index = network::chosenDevice(devices, choice);
-        const network::DeviceDescription& device = devices[static_cast<std::size_t>(index)];
-        opened.push_back(choice);
-        if (cannotOpen == device.name) throw network::DeviceError(device.name + " cannot be opened.");
-        return {device, backends_[static_cast<std::size_t>(index)].get()};
+        opened.push_back(device.identity);
+        if (cannotOpen == device.name()) throw network::DeviceError(device.name() + " cannot be opened.");
+        return std::make_shared<FakeBackend>(*this, device);
     }
 
-    std::vector<network::DeviceDescription> devices;
-    std::function<void(const std::string&)> notice;  // what AppModel wants to be told with
-    std::vector<std::string> opened;                 // choices, in order
-    std::string cannotOpen;                          // name of a device
+    std::vector<network::ComputeDevice> devices;
+    std::vector<network::DeviceIdentity> opened;  // in order
+    std::string cannotOpen;                       // name of a device
     std::atomic<int> listings{0};
-    std::atomic<bool> fails{false};     // everything but the processor is lost, from its next work on
-    std::atomic<bool> isFull{false};    // everything but the processor takes no network
-    std::vector<std::string> compiled;  // device names, one per network in order
+    std::atomic<bool> fails{false};             // everything but the processor is lost, from its next work on
+    std::atomic<bool> isFull{false};            // everything but the processor takes no network,
+    std::string refusal = "The card is full.";  // and says this
+    std::vector<std::string> compiled;          // device names, one per network in order
 
 private:
     class FakeExecutor final : public network::Executor {
@@ -88,28 +88,24 @@ private:
 
     class FakeBackend final : public network::Backend {
     public:
-        FakeBackend(FakeMachine& machine, std::string name)
-            : machine_(machine), device_{network::Device::Kind::cpu, std::move(name)} {}
-        [[nodiscard]] const network::Device& device() const noexcept override { return device_; }
+        FakeBackend(FakeMachine& machine, const network::ComputeDevice& device)
+            : machine_(machine), name_(device.name()), isCard_(device.type != Type::processor) {}
         [[nodiscard]] std::unique_ptr<network::Executor> compile(const network::Plan& plan,
                                                                  network::Purpose purpose) override {
-            const bool isCard = device_.name != "CPU";
-            const bool standsIn = isCard && machine_.isFull;
-            if (standsIn) machine_.notice("The card is full. The processor is used instead.");
+            if (isCard_ && machine_.isFull) throw network::DeviceError(machine_.refusal);
             const std::scoped_lock lock(machine_.mutex_);
-            machine_.compiled.push_back(standsIn ? "CPU" : device_.name);
-            return std::make_unique<FakeExecutor>(machine_, isCard && !standsIn,
-                                                  processor_->compile(plan, purpose));
+            machine_.compiled.push_back(name_);
+            return std::make_unique<FakeExecutor>(machine_, isCard_, processor_->compile(plan, purpose));
         }
 
     private:
         FakeMachine& machine_;
-        network::Device device_;
+        std::string name_;
+        bool isCard_;
         std::unique_ptr<network::Backend> processor_ = network::makeCPUBackend();
     };
 
     std::mutex mutex_;  // guards opened and compiled
-    std::vector<std::unique_ptr<FakeBackend>> backends_;
 };
 
 }  // namespace quillmere::testing
