@@ -66,7 +66,7 @@ private:
     }
 
     void finish() {
-        // Whoever watches the run sees by the missing file that there was no picture or no place for it.
+        // Nothing more to do when there is no window or the file cannot be written: the script finds no file.
         if (QQuickWindow* window = contentWindow()) window->grabWindow().save(picture_, "PNG");
         QCoreApplication::quit();
     }

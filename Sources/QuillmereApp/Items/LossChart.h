@@ -48,8 +48,8 @@ public:
 
     void paint(QPainter* painter) override;
 
-    // The smallest number of 1, 2, 2.5 or 5 times a power of ten that is not below value; 1 for 0, negative
-    // and non-finite values.
+    // The smallest number of the form 1, 2, 2.5, 3, 4 or 5 times a power of ten (a whole power, also a
+    // negative one) that is not below value; 1 for 0, negative and non-finite values.
     [[nodiscard]] static double roundUp(double value);
 
 signals:
