@@ -94,9 +94,9 @@ std::vector<GeneratedSample> makeResults(const TestWorld& world, int count) {
     return samples;
 }
 
-void require(bool condition, const AppModel& model) {
+void require(bool condition, const AppModel& app) {
     if (condition) return;
-    std::fprintf(stderr, "WindowResponsiveness: it did not work: %s\n", qPrintable(model.errorMessage()));
+    std::fprintf(stderr, "WindowResponsiveness: it did not work: %s\n", qPrintable(app.errorMessage()));
     std::exit(EXIT_FAILURE);
 }
 
@@ -131,60 +131,60 @@ void measure(int files, int results) {
 
     std::printf("%-34s %11s  %11s\n", "", "by clock", "processor");
     Watch watch;
-    AppModel model(world.environment);
+    AppModel app(world.environment);
     QQmlApplicationEngine engine;
-    engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)}});
+    engine.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(&app)}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
     auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().value(0));
     if (window == nullptr) std::abort();
     letPass(500ms);
     watch.restart();  // the start is measured elsewhere
 
-    model.setCorpus(large);
-    require(waitUntilIdle(model, 300000) && model.fileCount() == files, model);
+    app.setCorpus(large);
+    require(waitUntilIdle(app, 300000) && app.corpus()->fileCount() == files, app);
     letPass(100ms);
     watch.print(qPrintable(QStringLiteral("opening %1 files").arg(files)));
 
-    model.setCorpus(small);
-    require(waitUntilIdle(model) && model.hasSummary(), model);
+    app.setCorpus(small);
+    require(waitUntilIdle(app) && app.corpus()->hasSummary(), app);
     letPass(100ms);
     watch.print("opening another corpus");
 
-    model.train();
-    require(waitUntilIdle(model, 600000) && model.hasModel(), model);
+    app.train();
+    require(waitUntilIdle(app, 600000) && app.model()->isReady(), app);
     letPass(100ms);
     watch.print("training");
 
-    model.setOutputText(world.path("out"));
-    model.setCount(100);
-    model.generate();
-    require(waitUntilIdle(model, 600000) && model.results()->count() == 100, model);
+    app.setOutputText(world.path("out"));
+    app.setCount(100);
+    app.generate();
+    require(waitUntilIdle(app, 600000) && app.results()->count() == 100, app);
     letPass(500ms);
     watch.print("generating 100 variations");
 
-    model.audition();
-    require(waitUntilIdle(model, 60000) && model.errorMessage().isEmpty(), model);
+    app.audition();
+    require(waitUntilIdle(app, 60000) && app.errorMessage().isEmpty(), app);
     letPass(500ms);
     watch.print("an audition");
 
     for (const Preset& preset : Preset::all()) {
-        model.apply(preset);
+        app.apply(preset);
         letPass(30ms);
-        model.randomise(1);
+        app.character()->randomise(1);
         letPass(30ms);
     }
     watch.print("presets and randomising");
 
-    model.results()->setSamples(makeResults(world, results));
+    app.results()->setSamples(makeResults(world, results));
     letPass(500ms);
     watch.print(qPrintable(QStringLiteral("showing %1 results").arg(results)));
     scrollThrough(*window);
     watch.print("scrolling through them");
-    model.refresh();
+    app.refresh();
     letPass(1000ms);
     watch.print("looking at their files again");
 
-    model.appearance()->setMode(model.appearance()->isDark() ? Appearance::Light : Appearance::Dark);
+    app.appearance()->setMode(app.appearance()->isDark() ? Appearance::Light : Appearance::Dark);
     letPass(300ms);
     watch.print("changing the appearance");
     window->resize(700, 600);

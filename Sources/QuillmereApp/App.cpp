@@ -178,7 +178,7 @@ int run(int argc, char** argv) {
 
     QQmlApplicationEngine engine;
     const QSize size = firstSize();
-    engine.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&model)},
+    engine.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(&model)},
                                  {QStringLiteral("width"), size.width()},
                                  {QStringLiteral("height"), size.height()}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));

@@ -19,7 +19,7 @@ struct LossPoint {
 class LossHistory : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("AppModel owns it")
+    QML_UNCREATABLE("ModelController owns it")
     Q_PROPERTY(int count READ count NOTIFY changed)
 
 public:

@@ -26,12 +26,12 @@ namespace quillmere {
 //   locked        bool: randomise leaves it alone
 // Rows never come or go; dataChanged tells of values and locks.
 //
-// Edits through here are undo steps of AppModel: one per call, or one for all calls between
-// AppModel::beginEdit and endEdit.
+// Edits through here are undo steps of CharacterController: one per call, or one for all calls between its
+// beginEdit and endEdit.
 class ParameterModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("AppModel owns it")
+    QML_UNCREATABLE("CharacterController owns it")
     Q_PROPERTY(QStringList groupTitles READ groupTitles CONSTANT)
     Q_PROPERTY(bool allDefault READ allDefault NOTIFY valuesChanged)
 

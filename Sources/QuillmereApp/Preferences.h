@@ -3,6 +3,7 @@
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
+#include <optional>
 
 #include "QuillmereApp/BackgroundTask.h"
 
@@ -16,6 +17,9 @@ public:
 
     // Invalid when there is none.
     [[nodiscard]] QVariant value(const QString& key) const { return values_.value(key); }
+    // The text under a key; nothing for a list or any other type.
+    [[nodiscard]] std::optional<QString> text(const QString& key) const;
+    [[nodiscard]] std::optional<int> integer(const QString& key) const;
     void setValue(const QString& key, const QVariant& value);
 
 private:

@@ -29,7 +29,7 @@ struct OwnPreset {
 class PresetModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("AppModel owns it")
+    QML_UNCREATABLE("CharacterController owns it")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:

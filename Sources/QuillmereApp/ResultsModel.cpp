@@ -92,6 +92,14 @@ bool ResultsModel::existsAt(int row) const {
     return row >= 0 && row < count() && rows_[static_cast<std::size_t>(row)].exists;
 }
 
+QList<QUrl> ResultsModel::existingFiles() const {
+    QList<QUrl> files;
+    for (const Row& row : rows_) {
+        if (row.exists) files.append(row.url);
+    }
+    return files;
+}
+
 bool ResultsModel::lookAt(int row) {
     if (row < 0 || row >= count()) return false;
     setExists(row, isFile(samples_[static_cast<std::size_t>(row)].url));

@@ -29,7 +29,7 @@ namespace quillmere {
 class ResultsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
-    QML_UNCREATABLE("AppModel owns it")
+    QML_UNCREATABLE("GenerationController owns it")
     Q_PROPERTY(int count READ count NOTIFY countChanged)
 
 public:
@@ -58,6 +58,8 @@ public:
     Q_INVOKABLE [[nodiscard]] QUrl urlAt(int row) const;
     Q_INVOKABLE [[nodiscard]] int rowOf(const QUrl& url) const;  // -1 when there is none
     Q_INVOKABLE [[nodiscard]] bool existsAt(int row) const;
+    // Of all rows that existsAt.
+    [[nodiscard]] QList<QUrl> existingFiles() const;
     // existsAt as it is at this moment: looks at the one file at once.
     Q_INVOKABLE bool lookAt(int row);
     // Looks at all files again in the background: call it when the window becomes active.

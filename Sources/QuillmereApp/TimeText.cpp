@@ -31,4 +31,10 @@ QString TimeText::left(double seconds) {
     return QStringLiteral("about %1 h %2 min left").arg(minutes / 60).arg(minutes % 60);
 }
 
+QString TimeText::left(const QElapsedTimer& clock, int done, int total) {
+    if (done <= 0 || done >= total || !clock.isValid()) return {};
+    const double elapsed = static_cast<double>(clock.elapsed()) / 1000;
+    return left(elapsed / done * (total - done));
+}
+
 }  // namespace quillmere

@@ -295,7 +295,7 @@ private slots:
         AppModel model(world.environment);
         prepareTrained(model, world.makeCorpus("corpus"));
         choose(model, Driver);
-        QVERIFY(model.hasModel());
+        QVERIFY(model.model()->isReady());
         world.machine.compiled.clear();
         generate(model, world, "out");
         QCOMPARE(world.machine.compiled, std::vector<std::string>{driver});
@@ -317,7 +317,7 @@ private slots:
         model.audition();
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(world.machine.compiled, std::vector<std::string>{"CPU"});
-        QTRY_VERIFY_WITH_TIMEOUT(model.isPlayingAudition(), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(model.playingURL() == model.generation()->auditionURL(), patience);
     }
 
     void aStoredModelIsOpenedOnTheChosenDevice() {
@@ -332,7 +332,7 @@ private slots:
         world.machine.compiled.clear();
         AppModel model(world.environment);
         QVERIFY(waitUntilIdle(model));
-        QVERIFY(model.hasModel());
+        QVERIFY(model.model()->isReady());
         QCOMPARE(world.machine.compiled, std::vector<std::string>{driver});
     }
 
@@ -352,7 +352,7 @@ private slots:
         model.chooseDevice(Driver);
         QCOMPARE(model.devices()->chosenIndex(), int(Automatic));
         QCOMPARE(texts(notices), QStringList("Wait until the present run has ended, or cancel it."));
-        model.cancelTraining();
+        model.model()->cancelTraining();
         QVERIFY(waitUntilIdle(model));
         QVERIFY(model.canChooseDevice());
         model.chooseDevice(Driver);
@@ -538,26 +538,26 @@ private slots:
         addCards(world);
         AppModel model(world.environment);
         prepare(model, world.makeCorpus("corpus"));
-        QSignalSpy finished(&model, &AppModel::trainingFinished);
+        QSignalSpy finished(model.model(), &ModelController::trainingFinished);
         model.train();
-        QTRY_VERIFY_WITH_TIMEOUT(model.trainingStep() > 0, patience);
+        QTRY_VERIFY_WITH_TIMEOUT(model.model()->step() > 0, patience);
         world.machine.fails = true;
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(model.errorMessage(), QStringLiteral("The device was lost."));
         QCOMPARE(model.devices()->problem(), QStringLiteral("The device was lost."));
         QCOMPARE(finished.count(), 0);
         QVERIFY(!model.isTraining());
-        QVERIFY(!model.hasModel());
-        QVERIFY(!model.isCancelling());
-        QVERIFY(model.canTrain());
-        QCOMPARE(model.modelProblem(), QString());
+        QVERIFY(!model.model()->isReady());
+        QVERIFY(!model.model()->isCancelling());
+        QVERIFY(model.model()->canTrain());
+        QCOMPARE(model.model()->problem(), QString());
         // It is opened anew for the next one.
         world.machine.fails = false;
         world.steps = 2;
         const std::size_t openedBefore = world.machine.opened.size();
         model.train();
         QVERIFY(waitUntilIdle(model));
-        QVERIFY(model.hasModel());
+        QVERIFY(model.model()->isReady());
         QCOMPARE(world.machine.opened.size(), openedBefore + 1);
         QCOMPARE(model.devices()->problem(), QString());
     }
@@ -570,7 +570,7 @@ private slots:
         world.machine.fails = true;
         generate(model, world, "out");
         QCOMPARE(model.errorMessage(), QStringLiteral("The device was lost."));
-        QVERIFY(model.hasModel());
+        QVERIFY(model.model()->isReady());
         // It cannot be used any more: the processor takes the model.
         QSignalSpy notices(&model, &AppModel::notice);
         generate(model, world, "out");
@@ -591,8 +591,8 @@ private slots:
         world.machine.fails = true;
         AppModel model(world.environment);
         QVERIFY(waitUntilIdle(model));
-        QVERIFY(model.hasModel());
-        QCOMPARE(model.modelProblem(), QString());
+        QVERIFY(model.model()->isReady());
+        QCOMPARE(model.model()->problem(), QString());
         QCOMPARE(model.devices()->name(), QStringLiteral("Processor"));
     }
 
@@ -604,7 +604,7 @@ private slots:
         model.train();
         QVERIFY(waitUntilIdle(model));
         QCOMPARE(model.errorMessage(), QStringLiteral("CPU cannot be opened."));
-        QVERIFY(!model.hasModel());
+        QVERIFY(!model.model()->isReady());
     }
 };
 

@@ -60,11 +60,11 @@ private slots:
             prepare(model, corpus);
             FaultyDriver::behave();
             QVERIFY(train(model));
-            QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+            QVERIFY2(model.model()->isReady(), qPrintable(model.errorMessage()));
             QVERIFY(FaultyDriver::submissions() > 0);
             QCOMPARE(model.devices()->name(), name);
             QCOMPARE(model.devices()->problem(), QString());
-            QVERIFY(model.trainingLoss() > 0);
+            QVERIFY(model.training()->loss > 0);
 
             model.setOutputText(world.path("out"));
             model.setCount(2);
@@ -76,7 +76,7 @@ private slots:
         FaultyDriver::behave();
         AppModel restarted(world.environment);
         QVERIFY(waitUntilIdle(restarted, patience));
-        QVERIFY(restarted.hasModel());
+        QVERIFY(restarted.model()->isReady());
         QCOMPARE(restarted.devices()->name(), name);
         QVERIFY(FaultyDriver::submissions() > 0);
     }
@@ -95,11 +95,11 @@ private slots:
         QVERIFY2(model.errorMessage().contains(QLatin1String("was lost while computing")),
                  qPrintable(model.errorMessage()));
         QCOMPARE(model.devices()->problem(), model.errorMessage());
-        QVERIFY(!model.hasModel());
-        QVERIFY(model.trainingStep() > 0);
+        QVERIFY(!model.model()->isReady());
+        QVERIFY(model.model()->step() > 0);
         QSignalSpy notices(&model, &AppModel::notice);
         QVERIFY(train(model));
-        QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+        QVERIFY2(model.model()->isReady(), qPrintable(model.errorMessage()));
         QCOMPARE(model.errorMessage(), QString());
         QCOMPARE(model.devices()->name(), name);
         QCOMPARE(model.devices()->problem(), QString());
@@ -116,7 +116,7 @@ private slots:
         FaultyDriver::failAllocationsFrom(1);
         QVERIFY(train(model));
         FaultyDriver::behave();
-        QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+        QVERIFY2(model.model()->isReady(), qPrintable(model.errorMessage()));
         QCOMPARE(model.errorMessage(), QString());
         QVERIFY(notices.count() > 0);
         QVERIFY(model.devices()->problem().endsWith(QLatin1String("The processor is used instead.")));

@@ -360,7 +360,7 @@ private:
         QVERIFY(waitUntilIdle(model));
         model.train();
         QVERIFY(waitUntilIdle(model));
-        QVERIFY(model.hasModel());
+        QVERIFY(model.model()->isReady());
     }
 };
 

@@ -238,7 +238,7 @@ private slots:
         Portal portal(bus_.address(), preferLight);
         AppModel model(world.environment);
         QQmlApplicationEngine engine;
-        engine.setInitialProperties({{"model", QVariant::fromValue(&model)}});
+        engine.setInitialProperties({{"app", QVariant::fromValue(&model)}});
         engine.load(QUrl("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml"));
         QCOMPARE(engine.rootObjects().size(), 1);
         auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());

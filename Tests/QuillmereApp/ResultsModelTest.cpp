@@ -141,6 +141,7 @@ private slots:
         model.refresh();
         QTRY_VERIFY(!model.existsAt(4999));
         QVERIFY(model.existsAt(0));
+        QCOMPARE(model.existingFiles(), QList<QUrl>({model.urlAt(0)}));
         QCOMPARE(model.rowOf(model.urlAt(4321)), 4321);
     }
 };

@@ -51,6 +51,15 @@ private slots:
         QFETCH(QString, text);
         QCOMPARE(TimeText::left(seconds), text);
     }
+
+    void whatIsLeftIsNotKnownBeforeTheFirstPieceAndAfterTheLast() {
+        QElapsedTimer clock;
+        QCOMPARE(TimeText::left(clock, 1, 2), QString());  // not started
+        clock.start();
+        QCOMPARE(TimeText::left(clock, 0, 2), QString());
+        QCOMPARE(TimeText::left(clock, 2, 2), QString());
+        QVERIFY(!TimeText::left(clock, 1, 2).isEmpty());
+    }
 };
 
 }  // namespace quillmere::testing

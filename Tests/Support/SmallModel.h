@@ -28,7 +28,7 @@ inline std::vector<std::vector<float>> randomLatents(std::size_t count, std::siz
     return latents;
 }
 
-// A model that has learnt nothing: initial weights and random latents. Renders in milliseconds.
+// A model that has learned nothing: initial weights and random latents. Renders in milliseconds.
 inline ModelBundle smallModel() {
     ModelBundle bundle;
     bundle.config = smallConfig;

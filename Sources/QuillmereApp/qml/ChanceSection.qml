@@ -5,7 +5,7 @@ import QuillmereApp
 Column {
     id: section
 
-    required property AppModel app
+    required property CharacterController character
     required property real titleWidth
     required property real valueWidth
     required property real headingHeight
@@ -35,7 +35,7 @@ Column {
             iconName: "dice"
             leftPadding: 8
             tip: "Moves every parameter that is not locked, by the amount beside"
-            onClicked: section.app.randomise(section.amount)
+            onClicked: section.character.randomise(section.amount)
         }
         ThinSlider {
             objectName: "randomiseAmount"
@@ -69,7 +69,7 @@ Column {
     }
     SeedField {
         width: section.width
-        app: section.app
+        character: section.character
         titleWidth: section.titleWidth
     }
 }

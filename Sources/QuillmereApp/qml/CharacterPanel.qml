@@ -5,11 +5,11 @@ import QuillmereApp
 Card {
     id: panel
 
-    required property AppModel app
+    required property CharacterController character
     // Height of a parameter row: more where there is room for it.
     property real rowHeight: 28
     // Without a corpus nothing here is the next thing to do.
-    readonly property bool emphasised: app.hasCorpus
+    property bool emphasised: true
     readonly property bool twoColumns: bodyWidth >= 640
 
     // The height of the rows when the panel is to be that high.
@@ -24,8 +24,8 @@ Card {
         Words {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, buttons.x - Theme.inner)
-            visible: panel.app.presetEdited
-            text: panel.app.presetName + ", edited"
+            visible: panel.character.presetEdited
+            text: panel.character.presetName + ", edited"
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
@@ -42,23 +42,23 @@ Card {
                 iconName: "arrow.uturn.backward"
                 text: "Undo"
                 tip: "Undo (Ctrl+Z)"
-                enabled: panel.app.canUndo
-                onClicked: panel.app.undo()
+                enabled: panel.character.canUndo
+                onClicked: panel.character.undo()
             }
             IconButton {
                 objectName: "redo"
                 iconName: "arrow.uturn.forward"
                 text: "Redo"
                 tip: "Redo (Ctrl+Shift+Z)"
-                enabled: panel.app.canRedo
-                onClicked: panel.app.redo()
+                enabled: panel.character.canRedo
+                onClicked: panel.character.redo()
             }
         }
     ]
 
     PresetChips {
         width: panel.bodyWidth
-        app: panel.app
+        character: panel.character
         emphasised: panel.emphasised
         onSaveRequested: {
             saveDialog.active = true;
@@ -68,7 +68,7 @@ Card {
     ParameterGroups {
         id: groups
         width: panel.bodyWidth
-        app: panel.app
+        character: panel.character
         twoColumns: panel.twoColumns
         rowHeight: panel.rowHeight
         emphasised: panel.emphasised
@@ -78,7 +78,7 @@ Card {
         active: false
         visible: false
         sourceComponent: SavePresetDialog {
-            app: panel.app
+            character: panel.character
         }
     }
 }

@@ -108,7 +108,9 @@ FocusScope {
                 id: character
                 width: content.characterWidth
                 height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
-                app: content.app
+                character: content.app.character
+                // Without a corpus nothing here is the next thing to do.
+                emphasised: content.app.corpus.isChosen
                 // A taller window gives the rows more air, up to a point.
                 rowHeight: content.wide ? Math.max(23, Math.min(46, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
             }
@@ -118,7 +120,7 @@ FocusScope {
             x: characterPane.x
             y: content.wide ? stack.height - height - Theme.outer : characterPane.y + characterPane.height + Theme.between
             width: content.characterWidth
-            visible: content.app.results.count > 0
+            visible: content.app.generation.results.count > 0
             app: content.app
         }
     }

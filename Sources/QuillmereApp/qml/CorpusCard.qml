@@ -1,14 +1,13 @@
 import QtQuick
 import QuillmereApp
 
-// Which folder is learnt from, and what is in it.
+// Which folder is learned from, and what is in it.
 Card {
     id: card
 
     required property AppModel app
     // A folder is being dragged over the card.
     readonly property bool targeted: drop.containsDrag && drop.welcome
-    readonly property bool mayChange: !app.isTraining && !app.isGenerating
 
     objectName: "corpusCard"
     number: "1"
@@ -18,12 +17,12 @@ Card {
     // Before the first choice
     Words {
         width: card.bodyWidth
-        visible: !card.app.hasCorpus
+        visible: !card.app.corpus.isChosen
         text: "Choose the folder of audio samples to learn from"
     }
     Words {
         width: card.bodyWidth
-        visible: !card.app.hasCorpus
+        visible: !card.app.corpus.isChosen
         text: "Choose a folder of WAV, AIFF, FLAC, MP3 or M4A files. A few dozen is plenty."
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
@@ -33,7 +32,7 @@ Card {
     Item {
         width: card.bodyWidth
         height: name.height + path.height + 2
-        visible: card.app.hasCorpus
+        visible: card.app.corpus.isChosen
 
         Icon {
             id: folder
@@ -47,7 +46,7 @@ Card {
             id: name
             x: folder.width + Theme.inner
             width: parent.width - x
-            text: card.app.corpusName
+            text: card.app.corpus.name
             font.weight: Font.DemiBold
             wrapMode: Text.NoWrap
             elide: Text.ElideMiddle
@@ -57,7 +56,7 @@ Card {
             x: name.x
             y: name.height + 2
             width: name.width
-            text: card.app.corpusPath
+            text: card.app.corpus.path
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
@@ -67,13 +66,13 @@ Card {
             id: pathHover
         }
         Tip {
-            text: card.app.corpusPath
+            text: card.app.corpus.path
             shown: pathHover.hovered && (name.truncated || path.truncated)
         }
     }
     Column {
         width: card.bodyWidth
-        visible: card.app.isScanning
+        visible: card.app.corpus.isScanning
         spacing: Theme.inner - 2
 
         Item {
@@ -92,7 +91,7 @@ Card {
                 anchors.leftMargin: Theme.inner
                 anchors.right: scanned.left
                 anchors.rightMargin: Theme.inner
-                text: card.app.scanTimeLeft
+                text: card.app.corpus.scanTimeLeft
                 color: Theme.secondary
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -102,7 +101,7 @@ Card {
             Words {
                 id: scanned
                 anchors.right: parent.right
-                text: card.app.scanTotal > 0 ? card.app.scanDone + " of " + card.app.scanTotal : ""
+                text: card.app.corpus.scanTotal > 0 ? card.app.corpus.scanDone + " of " + card.app.corpus.scanTotal : ""
                 color: Theme.secondary
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -112,35 +111,35 @@ Card {
         ProgressTrack {
             width: parent.width
             label: "Scanning"
-            indeterminate: card.app.scanTotal === 0
-            value: card.app.scanTotal > 0 ? card.app.scanDone / card.app.scanTotal : 0
+            indeterminate: card.app.corpus.scanTotal === 0
+            value: card.app.corpus.scanTotal > 0 ? card.app.corpus.scanDone / card.app.corpus.scanTotal : 0
         }
     }
     Flow {
         width: card.bodyWidth
-        visible: card.app.hasSummary && !card.app.corpusIsEmpty
+        visible: card.app.corpus.hasSummary && !card.app.corpus.isEmpty
         spacing: Theme.inner
 
         Words {
-            text: card.app.fileCount + " samples"
+            text: card.app.corpus.fileCount + " samples"
             wrapMode: Text.NoWrap
         }
         Dot {
         }
         Words {
-            text: card.app.totalDuration
+            text: card.app.corpus.totalDuration
             wrapMode: Text.NoWrap
         }
         Dot {
         }
         Words {
-            text: Array.from(card.app.sampleRates).join(", ")
+            text: Array.from(card.app.corpus.sampleRates).join(", ")
             width: Math.min(implicitWidth, card.bodyWidth)
         }
     }
     Note {
         width: card.bodyWidth
-        visible: card.app.corpusIsEmpty
+        visible: card.app.corpus.isEmpty
         iconName: "exclamationmark.triangle.fill"
         text: "No audio files found in this folder."
         ink: Theme.warning
@@ -148,7 +147,7 @@ Card {
     }
     Note {
         width: card.bodyWidth
-        visible: card.app.hasFewSamples
+        visible: card.app.corpus.hasFewSamples
         iconName: "exclamationmark.triangle.fill"
         text: "Very few samples — expect variations that stay close to them."
         ink: Theme.warning
@@ -156,9 +155,9 @@ Card {
     }
     Note {
         width: card.bodyWidth
-        visible: card.app.unreadable > 0
+        visible: card.app.corpus.unreadable > 0
         iconName: "exclamationmark.triangle.fill"
-        text: card.app.unreadable === 1 ? "1 file could not be read and is left out." : card.app.unreadable + " files could not be read and are left out."
+        text: card.app.corpus.unreadable === 1 ? "1 file could not be read and is left out." : card.app.corpus.unreadable + " files could not be read and are left out."
         ink: Theme.warning
         textColor: Theme.text
     }
@@ -170,16 +169,16 @@ Card {
             id: choose
             objectName: "chooseCorpus"
             width: parent.width - (recent.visible ? recent.width + parent.spacing : 0) - (stop.visible ? stop.width + parent.spacing : 0)
-            text: card.app.hasCorpus ? "Change Folder…" : "Choose Folder…"
-            prominent: !card.app.hasCorpus
-            enabled: card.mayChange
+            text: card.app.corpus.isChosen ? "Change Folder…" : "Choose Folder…"
+            prominent: !card.app.corpus.isChosen
+            enabled: card.app.corpus.canChoose
             tip: "Ctrl+O"
-            onClicked: card.app.chooseCorpus()
+            onClicked: card.app.corpus.openChooser()
         }
         ActionButton {
             id: stop
             objectName: "cancelScan"
-            visible: card.app.isScanning
+            visible: card.app.corpus.isScanning
             text: "Cancel"
             onClicked: card.app.cancel()
         }
@@ -189,8 +188,8 @@ Card {
             width: Theme.controlHeight
             height: Theme.controlHeight
             framed: true
-            visible: card.app.recentCorpora.length > 0
-            enabled: card.mayChange
+            visible: card.app.corpus.recent.length > 0
+            enabled: card.app.corpus.canChoose
             iconName: "chevron.down"
             iconSize: 13
             text: "Recent folders"
@@ -205,7 +204,7 @@ Card {
         active: false
         visible: false
         sourceComponent: RecentMenu {
-            app: card.app
+            corpus: card.app.corpus
         }
     }
     DropArea {
@@ -217,14 +216,14 @@ Card {
         // The card's column lays out what it holds; this covers the card instead.
         parent: card
         anchors.fill: parent
-        enabled: card.mayChange
+        enabled: card.app.corpus.canChoose
         onEntered: drag => {
             welcome = drag.hasUrls && drag.urls.length === 1 && card.app.isFolder(drag.urls[0]);
             drag.accepted = welcome;
         }
         onDropped: drop => {
             drop.acceptProposedAction();
-            card.app.setCorpus(drop.urls[0]);
+            card.app.corpus.choose(drop.urls[0]);
         }
     }
 

@@ -6,7 +6,7 @@ import QuillmereApp
 Item {
     id: choosers
 
-    required property AppModel model
+    required property AppModel app
     readonly property bool open: corpus.visible || output.visible
 
     function chooseCorpus(startFolder: url) {
@@ -22,14 +22,14 @@ Item {
 
     FolderDialog {
         id: corpus
-        title: choosers.model.corpusChooserMessage
-        acceptLabel: choosers.model.chooserButton
-        onAccepted: choosers.model.setCorpus(selectedFolder)
+        title: choosers.app.corpus.chooserMessage
+        acceptLabel: "Use Folder"
+        onAccepted: choosers.app.corpus.choose(selectedFolder)
     }
     FolderDialog {
         id: output
-        title: choosers.model.outputChooserMessage
-        acceptLabel: choosers.model.chooserButton
-        onAccepted: choosers.model.setOutputFolder(selectedFolder)
+        title: choosers.app.output.chooserMessage
+        acceptLabel: "Use Folder"
+        onAccepted: choosers.app.output.setFolder(selectedFolder)
     }
 }

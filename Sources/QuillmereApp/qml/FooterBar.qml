@@ -32,12 +32,20 @@ Rectangle {
             if (footer.app.errorMessage.length > 0)
                 footer.news = "";
         }
-        function onIsGeneratingChanged() {
-            if (footer.app.isGenerating)
-                footer.news = "";
-        }
+    }
+    Connections {
+        target: footer.app.model
+
         function onTrainingFinished() {
             footer.tell("Training finished.");
+        }
+    }
+    Connections {
+        target: footer.app.generation
+
+        function onIsGeneratingChanged() {
+            if (footer.app.generation.isGenerating)
+                footer.news = "";
         }
         function onGenerationFinished(files: int) {
             footer.tell(files === 1 ? "1 variation written." : files + " variations written.");
@@ -95,19 +103,19 @@ Rectangle {
             text: "Audition"
             iconName: "play.circle"
             tip: "Render a single variation with the current settings and play it, without saving."
-            enabled: footer.app.canAudition
-            onClicked: footer.app.audition()
+            enabled: footer.app.generation.canAudition
+            onClicked: footer.app.generation.audition()
         }
         ActionButton {
             objectName: "generate"
             // As wide as its longest name, so that nothing moves while the count is changed.
             width: Math.max(implicitWidth, Math.ceil(widest.advanceWidth) + leftPadding + rightPadding)
             height: 36
-            text: "Generate " + footer.app.count + " Variations"
-            prominent: footer.app.canGenerate
-            enabled: footer.app.canGenerate
+            text: "Generate " + footer.app.output.count + " Variations"
+            prominent: footer.app.generation.canGenerate
+            enabled: footer.app.generation.canGenerate
             tip: "Ctrl+G"
-            onClicked: footer.app.generate()
+            onClicked: footer.app.generation.generate()
 
             TextMetrics {
                 id: widest

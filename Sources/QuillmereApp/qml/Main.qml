@@ -6,7 +6,7 @@ import QuillmereApp
 T.ApplicationWindow {
     id: root
 
-    required property AppModel model
+    required property AppModel app
     // Shortcuts rest while a dialog asks something.
     readonly property bool listening: !choosers.active || !(choosers.item as FolderChoosers).open
 
@@ -15,7 +15,7 @@ T.ApplicationWindow {
     minimumWidth: 480
     minimumHeight: 360
     visible: true
-    title: model.hasCorpus ? model.corpusName + " – Quillmere" : "Quillmere"
+    title: app.corpus.isChosen ? app.corpus.name + " – Quillmere" : "Quillmere"
     color: Theme.window
     font.family: Theme.family
     font.pixelSize: Theme.textSize
@@ -40,37 +40,37 @@ T.ApplicationWindow {
         shadow: Theme.line
     }
     onActiveChanged: if (active)
-        model.refresh()
+        app.refresh()
 
     ContentView {
         id: content
         anchors.fill: parent
-        app: root.model
+        app: root.app
     }
 
     Shortcut {
         sequence: "Ctrl+O"
-        onActivated: root.model.chooseCorpus()
+        onActivated: root.app.corpus.openChooser()
     }
     Shortcut {
         sequence: "Ctrl+T"
-        onActivated: root.model.train()
+        onActivated: root.app.model.train()
     }
     Shortcut {
         sequence: "Ctrl+G"
-        onActivated: root.model.generate()
+        onActivated: root.app.generation.generate()
     }
     Shortcut {
         sequence: "Ctrl+P"
-        onActivated: root.model.audition()
+        onActivated: root.app.generation.audition()
     }
     Shortcut {
         sequences: ["Ctrl+Z"]
-        onActivated: root.model.undo()
+        onActivated: root.app.character.undo()
     }
     Shortcut {
         sequences: ["Ctrl+Shift+Z", "Ctrl+Y"]
-        onActivated: root.model.redo()
+        onActivated: root.app.character.redo()
     }
     Shortcut {
         sequences: ["Ctrl+Q", "Ctrl+W"]
@@ -78,13 +78,17 @@ T.ApplicationWindow {
     }
 
     Connections {
-        target: root.model
+        target: root.app.corpus
 
-        function onCorpusChooserRequested(startFolder: url) {
+        function onChooserRequested(startFolder: url) {
             choosers.active = true;
             (choosers.item as FolderChoosers).chooseCorpus(startFolder);
         }
-        function onOutputChooserRequested(startFolder: url) {
+    }
+    Connections {
+        target: root.app.output
+
+        function onChooserRequested(startFolder: url) {
             choosers.active = true;
             (choosers.item as FolderChoosers).chooseOutput(startFolder);
         }
@@ -94,7 +98,7 @@ T.ApplicationWindow {
         id: choosers
         active: false
         sourceComponent: FolderChoosers {
-            model: root.model
+            app: root.app
         }
     }
 }

@@ -1,14 +1,14 @@
 import QtQuick
 import QuillmereApp
 
-// What has been learnt from the corpus, and the learning itself.
+// What has been learned from the corpus, and the learning itself.
 Card {
     id: card
 
     required property AppModel app
-    readonly property bool idle: !app.isTraining
+    readonly property bool idle: !app.model.isTraining
     // In one piece: no line ends within the date.
-    readonly property string trainedAt: Qt.formatDateTime(app.modelTrainedAt, "d MMM yyyy, hh:mm").replace(/ /g, "\u00a0")
+    readonly property string trainedAt: Qt.formatDateTime(app.model.learnedAt, "d MMM yyyy, hh:mm").replace(/ /g, "\u00a0")
 
     number: "2"
     title: "Model"
@@ -20,34 +20,34 @@ Card {
         app: card.app
     }
 
-    // Nothing learnt yet
+    // Nothing learned yet
     Words {
         width: card.bodyWidth
-        visible: card.idle && !card.app.hasModel && card.app.modelProblem.length === 0 && !card.app.isLoadingModel
+        visible: card.idle && !card.app.model.isReady && card.app.model.problem.length === 0 && !card.app.model.isLoading
         text: "No model for this folder yet. It learns on this Mac — nothing leaves your machine. It's created automatically when you generate, or you can train it now."
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
     }
     Note {
         width: card.bodyWidth
-        visible: card.idle && card.app.modelProblem.length > 0
+        visible: card.idle && card.app.model.problem.length > 0
         iconName: "exclamationmark.triangle.fill"
-        text: card.app.modelProblem
+        text: card.app.model.problem
         ink: Theme.warning
         textColor: Theme.text
     }
     Words {
         width: card.bodyWidth
-        visible: card.app.isLoadingModel
+        visible: card.app.model.isLoading
         text: "Opening the model…"
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
     }
 
-    // Learnt
+    // Learned
     Column {
         width: card.bodyWidth
-        visible: card.idle && card.app.hasModel
+        visible: card.idle && card.app.model.isReady
         spacing: Theme.tight
 
         Note {
@@ -61,7 +61,7 @@ Card {
         }
         Words {
             width: parent.width
-            text: card.app.modelAnalysis + " · " + card.app.modelClipSecondsText + " s per sample · trained " + trainedAt
+            text: card.app.model.analysisLabel + " · " + card.app.model.clipSecondsText + " s per sample · trained " + trainedAt
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
         }
@@ -70,8 +70,8 @@ Card {
     // Learning
     TrainingProgressView {
         width: card.bodyWidth
-        visible: card.app.isTraining
-        app: card.app
+        visible: card.app.model.isTraining
+        model: card.app.model
     }
 
     // How to learn
@@ -84,14 +84,14 @@ Card {
             objectName: "quality"
             width: parent.width
             label: "Quality"
-            words: card.app.qualityLabels
-            tips: card.app.qualityHelps
-            currentIndex: card.app.qualityIndex
-            onChosen: index => card.app.qualityIndex = index
+            words: card.app.model.qualityLabels
+            tips: card.app.model.qualityHelps
+            currentIndex: card.app.model.qualityIndex
+            onChosen: index => card.app.model.qualityIndex = index
         }
         Words {
             width: parent.width
-            text: card.app.qualityHelps[card.app.qualityIndex]
+            text: card.app.model.qualityHelps[card.app.model.qualityIndex]
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
         }
@@ -112,10 +112,10 @@ Card {
             anchors.right: parent.right
             width: Math.min(implicitWidth, parent.width - analysisLabel.width - Theme.between)
             label: "Analysis"
-            model: card.app.analysisLabels
-            tip: card.app.analysisHelp
-            currentIndex: card.app.analysisIndex
-            onActivated: index => card.app.analysisIndex = index
+            model: card.app.model.analysisLabels
+            tip: card.app.model.analysisHelp
+            currentIndex: card.app.model.analysisIndex
+            onActivated: index => card.app.model.analysisIndex = index
         }
     }
     Column {
@@ -126,15 +126,15 @@ Card {
         ActionButton {
             objectName: "train"
             width: parent.width
-            text: card.app.isTraining ? "Cancel" : card.app.hasModel ? "Retrain" : "Train Model"
-            enabled: card.app.isTraining ? !card.app.isCancelling : card.app.canTrain
-            tip: card.app.isTraining ? "Esc" : card.app.trainHint.length > 0 ? card.app.trainHint : "Ctrl+T"
-            onClicked: card.app.isTraining ? card.app.cancelTraining() : card.app.train()
+            text: card.app.model.isTraining ? "Cancel" : card.app.model.isReady ? "Retrain" : "Train Model"
+            enabled: card.app.model.isTraining ? !card.app.model.isCancelling : card.app.model.canTrain
+            tip: card.app.model.isTraining ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
+            onClicked: card.app.model.isTraining ? card.app.model.cancelTraining() : card.app.model.train()
         }
         Words {
             width: parent.width
             visible: text.length > 0
-            text: card.app.trainHint
+            text: card.app.model.trainHint
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             horizontalAlignment: Text.AlignHCenter

@@ -7,9 +7,9 @@ Card {
 
     required property AppModel app
     // Of AppModel's OutputStatus
-    readonly property bool willBeCreated: app.outputStatus === AppModel.OutputWillBeCreated
-    readonly property bool exists: app.outputStatus === AppModel.OutputExists
-    readonly property bool isNoFolder: app.outputStatus === AppModel.OutputIsNoFolder
+    readonly property bool willBeCreated: app.output.status === OutputController.WillBeCreated
+    readonly property bool exists: app.output.status === OutputController.Exists
+    readonly property bool isNoFolder: app.output.status === OutputController.IsNoFolder
 
     number: "3"
     title: "Output"
@@ -32,11 +32,11 @@ Card {
                 id: path
                 objectName: "outputPath"
                 width: parent.width - chooser.width - parent.spacing
-                text: card.app.outputText
+                text: card.app.output.folderText
                 targeted: drop.containsDrag && drop.welcome
                 tip: text
                 Accessible.name: "Output folder"
-                onTextEdited: card.app.outputText = text
+                onTextEdited: card.app.output.folderText = text
                 onAccepted: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
 
                 DropArea {
@@ -51,7 +51,7 @@ Card {
                     }
                     onDropped: drop => {
                         drop.acceptProposedAction();
-                        card.app.setOutputFolder(drop.urls[0]);
+                        card.app.output.setFolder(drop.urls[0]);
                     }
                 }
             }
@@ -63,7 +63,7 @@ Card {
                 framed: true
                 iconName: "folder"
                 text: "Choose the output folder"
-                onClicked: card.app.chooseOutput()
+                onClicked: card.app.output.openChooser()
             }
         }
         // As high as its longest sentence, so that typing a path moves nothing.
@@ -104,8 +104,8 @@ Card {
             Stepper {
                 objectName: "count"
                 label: "Variations"
-                value: card.app.count
-                onValueModified: card.app.count = value
+                value: card.app.output.count
+                onValueModified: card.app.output.count = value
             }
         }
         Column {
@@ -121,9 +121,9 @@ Card {
                 objectName: "format"
                 width: parent.width
                 label: "Format"
-                model: card.app.formatLabels
-                currentIndex: card.app.formatIndex
-                onActivated: index => card.app.formatIndex = index
+                model: card.app.output.formatLabels
+                currentIndex: card.app.output.formatIndex
+                onActivated: index => card.app.output.formatIndex = index
             }
         }
     }

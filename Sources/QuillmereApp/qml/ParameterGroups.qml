@@ -8,7 +8,7 @@ import QuillmereApp
 Item {
     id: groups
 
-    required property AppModel app
+    required property CharacterController character
     required property bool twoColumns
     required property real rowHeight
     property bool emphasised: true
@@ -45,8 +45,8 @@ Item {
             "rows": [0, 0]
         };
         let first = 0;
-        for (let group = 0; group < app.parameters.groupTitles.length; ++group) {
-            const rows = app.parameters.rowsOfGroup(group).length;
+        for (let group = 0; group < character.parameters.groupTitles.length; ++group) {
+            const rows = character.parameters.rowsOfGroup(group).length;
             const column = twoColumns && group >= 2 ? 1 : 0;
             const top = result.bottoms[column] + (result.bottoms[column] > 0 ? gap : 0);
             result.groups.push({
@@ -68,7 +68,7 @@ Item {
     implicitHeight: Math.max(places.bottoms[0], chance.y + chance.height)
 
     Repeater {
-        model: groups.app.parameters.groupTitles
+        model: groups.character.parameters.groupTitles
 
         Words {
             required property string modelData
@@ -88,7 +88,7 @@ Item {
         }
     }
     Repeater {
-        model: groups.app.parameters
+        model: groups.character.parameters
         onItemAdded: (index, item) => {
             const row = item as ParameterRow;
             groups.titleWidth = Math.max(groups.titleWidth, row.naturalTitleWidth);
@@ -105,7 +105,7 @@ Item {
             y: place.top + groups.headingHeight + (index - place.first) * groups.rowHeight
             width: groups.columnWidth + lockWidth
             height: groups.rowHeight
-            app: groups.app
+            character: groups.character
             titleWidth: groups.titleWidth
             valueWidth: groups.valueWidth
             emphasised: groups.emphasised
@@ -116,7 +116,7 @@ Item {
         x: groups.columnX(groups.twoColumns ? 1 : 0)
         y: groups.places.bottoms[groups.twoColumns ? 1 : 0] + groups.gap
         width: groups.columnWidth
-        app: groups.app
+        character: groups.character
         titleWidth: groups.titleWidth
         valueWidth: groups.valueWidth
         headingHeight: groups.headingHeight

@@ -6,7 +6,7 @@ import QuillmereApp
 Item {
     id: row
 
-    required property AppModel app
+    required property CharacterController character
     // The roles of ParameterModel
     required property string parameterId
     required property string title
@@ -87,12 +87,12 @@ Item {
         defaultPosition: row.defaultPosition
         emphasised: row.emphasised
         tip: row.help
-        onDragStarted: row.app.beginEdit()
-        onDragEnded: row.app.endEdit()
-        onMoved: place => row.app.parameters.setPosition(row.parameterId, place)
-        onStepped: steps => row.app.parameters.nudge(row.parameterId, steps)
-        onValueRequested: wanted => row.app.parameters.setValue(row.parameterId, wanted)
-        onResetRequested: row.app.parameters.reset(row.parameterId)
+        onDragStarted: row.character.beginEdit()
+        onDragEnded: row.character.endEdit()
+        onMoved: place => row.character.parameters.setPosition(row.parameterId, place)
+        onStepped: steps => row.character.parameters.nudge(row.parameterId, steps)
+        onValueRequested: wanted => row.character.parameters.setValue(row.parameterId, wanted)
+        onResetRequested: row.character.parameters.reset(row.parameterId)
     }
     Field {
         id: field
@@ -100,7 +100,7 @@ Item {
 
         // Typing breaks nothing: the model's text comes back when it ends.
         function commit() {
-            row.app.parameters.setText(row.parameterId, text);
+            row.character.parameters.setText(row.parameterId, text);
             restore();
         }
         function restore() {
@@ -125,14 +125,14 @@ Item {
             restore();
             selectAll();
         }
-        Keys.onUpPressed: row.app.parameters.nudge(row.parameterId, 1)
-        Keys.onDownPressed: row.app.parameters.nudge(row.parameterId, -1)
+        Keys.onUpPressed: row.character.parameters.nudge(row.parameterId, 1)
+        Keys.onDownPressed: row.character.parameters.nudge(row.parameterId, -1)
         Keys.onPressed: event => {
             // Nothing of the typing to take back: take back the last edit of the parameters.
             if (event.matches(StandardKey.Undo) && !canUndo)
-                row.app.undo();
+                row.character.undo();
             else if (event.matches(StandardKey.Redo) && !canRedo)
-                row.app.redo();
+                row.character.redo();
             else
                 return;
             event.accepted = true;
@@ -154,7 +154,7 @@ Item {
             // The button goes away under the keyboard: its place is the slider's.
             if (activeFocus)
                 slider.forceActiveFocus(Qt.TabFocusReason);
-            row.app.parameters.reset(row.parameterId);
+            row.character.parameters.reset(row.parameterId);
         }
     }
     IconButton {
@@ -171,6 +171,6 @@ Item {
         ink: row.locked ? Theme.text : row.active ? Theme.secondary : "transparent"
         text: row.locked ? "Unlock: let Randomise change it" : "Lock: keep it when randomising"
         Accessible.name: "Lock " + row.title
-        onClicked: row.app.parameters.setLocked(row.parameterId, !row.locked)
+        onClicked: row.character.parameters.setLocked(row.parameterId, !row.locked)
     }
 }

@@ -6,7 +6,7 @@ import QuillmereApp
 T.RadioButton {
     id: chip
 
-    required property AppModel app
+    required property CharacterController character
     property bool emphasised: true
     // The roles of PresetModel
     required property string name
@@ -38,7 +38,7 @@ T.RadioButton {
 
     function choose() {
         if (isUsable)
-            app.applyPreset(name);
+            character.applyPreset(name);
         // A press changes it; the model has the last word.
         checked = Qt.binding(() => isCurrent);
     }
@@ -47,7 +47,7 @@ T.RadioButton {
     Keys.onReturnPressed: choose()
     Keys.onEnterPressed: choose()
     Keys.onDeletePressed: if (isOwn)
-        app.deleteOwnPreset(name)
+        character.deleteOwnPreset(name)
 
     contentItem: Text {
         verticalAlignment: Text.AlignVCenter
@@ -86,7 +86,7 @@ T.RadioButton {
         visible: chip.isOwn
         iconName: "xmark"
         text: "Delete preset " + chip.name
-        onClicked: chip.app.deleteOwnPreset(chip.name)
+        onClicked: chip.character.deleteOwnPreset(chip.name)
     }
 
     FocusRing {

@@ -7,7 +7,7 @@ import QuillmereApp
 Flow {
     id: chips
 
-    required property AppModel app
+    required property CharacterController character
     // Whether the chosen one is in the accent colour
     property bool emphasised: true
 
@@ -19,10 +19,10 @@ Flow {
     Accessible.name: "Presets"
 
     Repeater {
-        model: chips.app.presets
+        model: chips.character.presets
 
         PresetChip {
-            app: chips.app
+            character: chips.character
             emphasised: chips.emphasised
         }
     }

@@ -3,21 +3,21 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QuillmereApp
 
-// The folders that were learnt from before.
+// The folders that were learned from before.
 PopupMenu {
     id: menu
 
-    required property AppModel app
+    required property CorpusController corpus
 
     MenuLine {
     }
     MenuEntry {
         text: "Forget These Folders"
-        onTriggered: menu.app.forgetRecentCorpora()
+        onTriggered: menu.corpus.forgetRecent()
     }
 
     Instantiator {
-        model: menu.app.recentCorpora
+        model: menu.corpus.recent
         onObjectAdded: (index, object) => menu.insertItem(index, object as MenuEntry)
         onObjectRemoved: (index, object) => menu.removeItem(object as MenuEntry)
 
@@ -25,7 +25,7 @@ PopupMenu {
             required property var modelData
 
             text: modelData.path
-            onTriggered: menu.app.setCorpus(modelData.url)
+            onTriggered: menu.corpus.choose(modelData.url)
         }
     }
 }

@@ -35,7 +35,7 @@ Rectangle {
     Accessible.name: fileName
     Accessible.description: exists ? durationText + (isPlaying ? ", playing" : "") : "This file is gone"
     Accessible.selected: selected
-    Accessible.onPressAction: app.togglePlay(url)
+    Accessible.onPressAction: app.playback.togglePlay(url)
 
     Drag.dragType: Drag.Automatic
     Drag.supportedActions: Qt.CopyAction
@@ -51,7 +51,7 @@ Rectangle {
         anchors.fill: parent
         onPressed: tile.selectRequested()
         onDoubleClicked: if (tile.exists)
-            tile.app.togglePlay(tile.url)
+            tile.app.playback.togglePlay(tile.url)
     }
     DragHandler {
         id: drag
@@ -64,7 +64,7 @@ Rectangle {
                 return;
             }
             tile.selectRequested();
-            if (!tile.app.results.lookAt(tile.index))
+            if (!tile.app.generation.results.lookAt(tile.index))
                 return;
             tile.grabToImage(picture => {
                     // The button may be up by now: a drag without it would hang on the pointer.
@@ -98,7 +98,7 @@ Rectangle {
         Accessible.name: text + " " + tile.fileName
         onClicked: {
             tile.selectRequested();
-            tile.app.togglePlay(tile.url);
+            tile.app.playback.togglePlay(tile.url);
         }
     }
     Words {

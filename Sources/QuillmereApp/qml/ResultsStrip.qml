@@ -20,7 +20,7 @@ Rectangle {
     function togglePlay() {
         if (list.currentIndex < 0)
             list.currentIndex = 0;
-        app.togglePlay(app.results.urlAt(list.currentIndex));
+        app.playback.togglePlay(app.generation.results.urlAt(list.currentIndex));
     }
 
     Words {
@@ -36,7 +36,7 @@ Rectangle {
         anchors.left: heading.right
         anchors.leftMargin: Theme.inner
         anchors.baseline: heading.baseline
-        text: strip.app.results.count === 1 ? "1 file" : strip.app.results.count + " files"
+        text: strip.app.generation.results.count === 1 ? "1 file" : strip.app.generation.results.count + " files"
         color: Theme.secondary
         font.family: Theme.figures
         font.pixelSize: Theme.smallSize
@@ -70,7 +70,7 @@ Rectangle {
         activeFocusOnTab: true
         // A mouse drags files out of the strip, not the strip.
         interactive: !mouse.hovered
-        model: strip.app.results
+        model: strip.app.generation.results
 
         Accessible.role: Accessible.List
         Accessible.name: "Results"

@@ -6,7 +6,7 @@ Item {
     id: run
 
     required property AppModel app
-    readonly property bool generating: app.isGenerating
+    readonly property bool generating: app.generation.isGenerating
     // Most auditions are over before anyone could read of them.
     property bool longAudition: false
     // Shown for a while in place of the time left
@@ -16,10 +16,10 @@ Item {
     visible: generating || longAudition
 
     Connections {
-        target: run.app
+        target: run.app.generation
 
         function onIsAuditioningChanged() {
-            if (run.app.isAuditioning)
+            if (run.app.generation.isAuditioning)
                 patience.restart();
             else
                 patience.stop();
@@ -29,7 +29,7 @@ Item {
     Timer {
         id: patience
         interval: Theme.patience
-        onTriggered: run.longAudition = run.app.isAuditioning
+        onTriggered: run.longAudition = run.app.generation.isAuditioning
     }
     Column {
         anchors.verticalCenter: parent.verticalCenter
@@ -43,9 +43,9 @@ Item {
             Words {
                 id: figure
                 text: {
-                    if (run.app.isCancelling)
+                    if (run.app.generation.isCancelling)
                         return "Cancelling…";
-                    return run.generating ? run.app.generationDone + " of " + run.app.generationTotal : "Rendering…";
+                    return run.generating ? run.app.generation.done + " of " + run.app.generation.total : "Rendering…";
                 }
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -65,8 +65,8 @@ Item {
             Words {
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
-                visible: run.generating && !run.app.isCancelling && run.news.length === 0
-                text: run.app.generationTimeLeft
+                visible: run.generating && !run.app.generation.isCancelling && run.news.length === 0
+                text: run.app.generation.timeLeft
                 color: Theme.secondary
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -77,7 +77,7 @@ Item {
             width: parent.width
             label: run.generating ? "Generating" : "Rendering"
             indeterminate: !run.generating
-            value: run.app.generationTotal > 0 ? run.app.generationDone / run.app.generationTotal : 0
+            value: run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
         }
     }
     ActionButton {
@@ -87,7 +87,7 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         text: "Cancel"
         tip: "Esc"
-        enabled: !run.app.isCancelling
+        enabled: !run.app.generation.isCancelling
         onClicked: run.app.cancel()
     }
 }

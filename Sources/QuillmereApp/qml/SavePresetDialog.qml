@@ -5,13 +5,13 @@ import QuillmereApp
 Sheet {
     id: dialog
 
-    required property AppModel app
-    readonly property string problem: app.presetNameProblem(form.name)
+    required property CharacterController character
+    readonly property string problem: character.presetNameProblem(form.name)
 
     function save() {
         if (problem.length > 0)
             return;
-        app.saveOwnPreset(form.name);
+        character.saveOwnPreset(form.name);
         close();
     }
 

@@ -5,7 +5,7 @@ import QuillmereApp
 Item {
     id: seed
 
-    required property AppModel app
+    required property CharacterController character
     required property real titleWidth
     readonly property string help: "Enter a number to get identical results every time. Leave empty for a fresh roll."
 
@@ -35,12 +35,12 @@ Item {
         anchors.left: title.right
         anchors.leftMargin: Theme.inner
         anchors.right: parent.right
-        text: seed.app.seedText
+        text: seed.character.seedText
         placeholderText: "random"
         font.family: Theme.figures
         tip: seed.help
         Accessible.name: "Seed"
-        onTextEdited: seed.app.seedText = text
+        onTextEdited: seed.character.seedText = text
     }
     Words {
         id: ignored
@@ -49,7 +49,7 @@ Item {
         anchors.topMargin: Theme.tight
         height: last.height
         verticalAlignment: Text.AlignVCenter
-        visible: seed.app.seedText.trim().length > 0 && !seed.app.seedIsFixed
+        visible: seed.character.seedText.trim().length > 0 && !seed.character.seedIsFixed
         text: "Not a whole number: a fresh roll."
         color: Theme.warning
         font.pixelSize: Theme.smallSize
@@ -62,12 +62,12 @@ Item {
         anchors.topMargin: Theme.tight
         height: 24
         spacing: Theme.tight
-        visible: seed.app.lastSeed.length > 0 && !ignored.visible
+        visible: seed.character.lastSeed.length > 0 && !ignored.visible
 
         Words {
             height: parent.height
             verticalAlignment: Text.AlignVCenter
-            text: "Last run: " + seed.app.lastSeed
+            text: "Last run: " + seed.character.lastSeed
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -80,7 +80,7 @@ Item {
             iconSize: 14
             iconName: "doc.on.doc"
             text: "Copy the seed of the last run"
-            onClicked: seed.app.copySeed()
+            onClicked: seed.character.copySeed()
         }
         IconButton {
             objectName: "reuseSeed"
@@ -89,7 +89,7 @@ Item {
             iconSize: 14
             iconName: "arrow.uturn.backward"
             text: "Use the seed of the last run again"
-            onClicked: seed.app.reuseSeed()
+            onClicked: seed.character.reuseSeed()
         }
     }
 }

@@ -5,20 +5,20 @@ import QuillmereApp
 Column {
     id: view
 
-    required property AppModel app
+    required property ModelController model
 
     spacing: Theme.inner
 
     Words {
         width: parent.width
-        text: view.app.isCancelling ? "Cancelling…" : view.app.trainingMessage
+        text: view.model.isCancelling ? "Cancelling…" : view.model.message
         font.weight: Font.DemiBold
     }
     ProgressTrack {
         width: parent.width
         label: "Training"
-        indeterminate: view.app.trainingPhase !== "training"
-        value: view.app.trainingFraction
+        indeterminate: view.model.phase !== "training"
+        value: view.model.fraction
     }
     Item {
         width: parent.width
@@ -26,7 +26,7 @@ Column {
 
         Words {
             id: step
-            text: "Step " + view.app.trainingStep + (view.app.trainingTotalSteps > 0 ? " of " + view.app.trainingTotalSteps : "")
+            text: "Step " + view.model.step + (view.model.totalSteps > 0 ? " of " + view.model.totalSteps : "")
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -34,7 +34,7 @@ Column {
         }
         Words {
             anchors.right: parent.right
-            text: view.app.trainingTimeLeft
+            text: view.model.timeLeft
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -45,8 +45,8 @@ Column {
         objectName: "lossChart"
         width: parent.width
         height: 132
-        points: view.app.lossHistory
-        steps: view.app.trainingTotalSteps
+        points: view.model.lossHistory
+        steps: view.model.totalSteps
         lineColor: Theme.accent
         gridColor: Theme.line
         textColor: Theme.secondary

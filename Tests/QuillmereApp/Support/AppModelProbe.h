@@ -6,10 +6,11 @@
 
 namespace quillmere {
 
-// What tests do to models beyond their public operations.
+// What tests do to the application beyond its public operations.
 struct AppModelProbe {
-    // Hands a progress record to a model as its training would.
-    static void receive(AppModel& model, TrainingProgress::Phase phase, std::int64_t step, float loss) {
+    // Hands a progress record to a controller as its training would.
+    static void receive(ModelController& model, TrainingProgress::Phase phase, std::int64_t step,
+                        float loss) {
         TrainingProgress record;
         record.phase = phase;
         record.message = "record";
@@ -19,8 +20,17 @@ struct AppModelProbe {
     }
 
     // Returns when nothing runs in the background any more; the answers wait to be delivered.
-    static void waitForWork(AppModel& model) { model.tasks_.waitForAll(); }
-    static void waitForWork(ResultsModel& model) { model.tasks_.waitForAll(); }
+    template <typename Owner>
+    static void waitForWork(Owner& owner) {
+        owner.tasks_.waitForAll();
+    }
+    static void waitForWork(AppModel& app) {
+        waitForWork(*app.corpus());
+        waitForWork(*app.model());
+        waitForWork(*app.generation());
+        waitForWork(*app.output());
+        waitForWork(*app.character());
+    }
 };
 
 }  // namespace quillmere

@@ -173,22 +173,22 @@ inline void deliverEvents() {
     QVERIFY(QTest::qWaitFor([&] { return delivered; }));
 }
 
-// Waits until the model is idle and has looked up what is stored.
-inline bool waitUntilIdle(const AppModel& model, int milliseconds = 30000) {
-    return QTest::qWaitFor([&] { return !model.isBusy() && !model.isLoadingModel(); }, milliseconds);
+// Waits until nothing runs and what is stored has been loaded.
+inline bool waitUntilIdle(AppModel& app, int milliseconds = 30000) {
+    return QTest::qWaitFor([&] { return !app.isBusy() && !app.model()->isLoading(); }, milliseconds);
 }
 
 // An AppModel with a corpus, and with a trained model if asked for.
-inline void prepare(AppModel& model, const QUrl& corpus) {
-    model.setCorpus(corpus);
-    QVERIFY(waitUntilIdle(model));
-    QVERIFY(model.hasSummary());
+inline void prepare(AppModel& app, const QUrl& corpus) {
+    app.setCorpus(corpus);
+    QVERIFY(waitUntilIdle(app));
+    QVERIFY(app.corpus()->hasSummary());
 }
-inline void prepareTrained(AppModel& model, const QUrl& corpus) {
-    prepare(model, corpus);
-    model.train();
-    QVERIFY(waitUntilIdle(model));
-    QVERIFY2(model.hasModel(), qPrintable(model.errorMessage()));
+inline void prepareTrained(AppModel& app, const QUrl& corpus) {
+    prepare(app, corpus);
+    app.train();
+    QVERIFY(waitUntilIdle(app));
+    QVERIFY2(app.model()->isReady(), qPrintable(app.errorMessage()));
 }
 
 // QTEST_MAIN on the offscreen platform.

@@ -66,7 +66,7 @@ public:
     }
 
     void takeAll() {
-        model_ = std::make_unique<AppModel>(world_.environment);
+        app_ = std::make_unique<AppModel>(world_.environment);
         makeCorpora();
         open();
         empty();
@@ -96,11 +96,11 @@ private:
     void makeCorpora() {
         tabla_ = corpus(QStringLiteral("Tabla"));
         few_ = corpus(QStringLiteral("Three Strokes"), 3);
-        model_->setOutputText(QStringLiteral("~/Samples/New strokes"));
+        app_->setOutputText(QStringLiteral("~/Samples/New strokes"));
     }
 
     void open() {
-        engine_.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(model_.get())}});
+        engine_.setInitialProperties({{QStringLiteral("app"), QVariant::fromValue(app_.get())}});
         engine_.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
         if (engine_.rootObjects().isEmpty()) qFatal("The window could not be loaded.");
         window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().constFirst());
@@ -115,7 +115,7 @@ private:
     // The window now, in one size and appearance.
     void take(const QString& name, QSize size = {1180, 820}, Appearance::Mode mode = Appearance::Dark) {
         if (!isWanted(name)) return;
-        model_->appearance()->setMode(mode);
+        app_->appearance()->setMode(mode);
         window_->resize(size);
         QTest::qWait(600);
         const QString file = QStringLiteral("%1/app-%2.png").arg(folder_, name);
@@ -133,7 +133,7 @@ private:
         if (!QTest::qWaitFor(state, patience)) qFatal("A state of the window does not come.");
     }
     void waitUntilIdle() {
-        waitFor([&] { return !model_->isBusy() && !model_->isLoadingModel(); });
+        waitFor([&] { return !app_->isBusy() && !app_->model()->isLoading(); });
     }
 
     void empty() {
@@ -146,67 +146,67 @@ private:
         const std::filesystem::path first = std::filesystem::directory_iterator(folder)->path();
         for (int i = 2; i <= 20000; ++i)
             std::filesystem::create_hard_link(first, folder / ("stroke " + std::to_string(i) + ".flac"));
-        model_->setCorpus(many);
-        waitFor([&] { return model_->scanDone() > 4000 || !model_->isScanning(); });
+        app_->setCorpus(many);
+        waitFor([&] { return app_->corpus()->scanDone() > 4000 || !app_->isScanning(); });
         take(QStringLiteral("scanning-dark"));
-        model_->cancel();
+        app_->cancel();
         waitUntilIdle();
     }
     void fewSamples() {
-        model_->setCorpus(few_);
+        app_->setCorpus(few_);
         waitUntilIdle();
         takeBoth(QStringLiteral("few-samples"));
     }
     void untrained() {
-        model_->setCorpus(tabla_);
+        app_->setCorpus(tabla_);
         waitUntilIdle();
         takeBoth(QStringLiteral("untrained"));
     }
     void training() {
         // As many steps as the quality Standard has; the picture shows the first of them.
         world_.steps = 2000;
-        model_->train();
-        waitFor([&] { return model_->trainingStep() > steps_ * 3 / 4 || !model_->isTraining(); });
+        app_->train();
+        waitFor([&] { return app_->model()->step() > steps_ * 3 / 4 || !app_->isTraining(); });
         takeBoth(QStringLiteral("training"));
         take(QStringLiteral("training-small"), {640, 480});
-        model_->cancelTraining();
+        app_->model()->cancelTraining();
         waitUntilIdle();
     }
     void train() {
         world_.steps = steps_;
-        model_->train();
+        app_->train();
         waitUntilIdle();
     }
     void trained() {
-        model_->applyPreset(QStringLiteral("Explore"));
-        model_->parameters()->setValue(QStringLiteral("pitch"), -7);
+        app_->character()->applyPreset(QStringLiteral("Explore"));
+        app_->character()->parameters()->setValue(QStringLiteral("pitch"), -7);
         takeBoth(QStringLiteral("trained"));
         take(QStringLiteral("trained-small"), {640, 480});
         take(QStringLiteral("trained-small-light"), {640, 480}, Appearance::Light);
     }
     void generating() {
-        model_->setCount(400);
-        model_->generate();
-        waitFor([&] { return model_->generationDone() > 120 || !model_->isGenerating(); });
+        app_->setCount(400);
+        app_->generate();
+        waitFor([&] { return app_->generation()->done() > 120 || !app_->isGenerating(); });
         takeBoth(QStringLiteral("generating"));
-        model_->cancelGeneration();
+        app_->cancel();
         waitUntilIdle();
     }
     void results() {
-        model_->setOutputText(QStringLiteral("~/Samples/Strokes"));
-        model_->setCount(12);
-        model_->generate();
+        app_->setOutputText(QStringLiteral("~/Samples/Strokes"));
+        app_->setCount(12);
+        app_->generate();
         waitUntilIdle();
         window_->findChild<QObject*>(QStringLiteral("results"))->setProperty("currentIndex", 2);
-        model_->togglePlay(model_->results()->urlAt(2));
+        app_->togglePlay(app_->results()->urlAt(2));
         QTest::qWait(800);
         takeBoth(QStringLiteral("results"));
         take(QStringLiteral("results-1080p"), {1920, 1080});
         take(QStringLiteral("results-narrow"), {640, 1600});
     }
     void error() {
-        model_->setOutputText(QString());
-        model_->generate();
+        app_->setOutputText(QString());
+        app_->generate();
         takeBoth(QStringLiteral("error"));
         take(QStringLiteral("error-small"), {640, 480});
     }
@@ -217,11 +217,11 @@ private:
         world_.machine.add("GeForce RTX 4070", Type::discrete);
         world_.machine.add("Intel(R) UHD Graphics 770 (ADL-S GT1)", Type::integrated);
         world_.machine.add("llvmpipe (LLVM 15.0.6, 256 bits)", Type::software);
-        model_->dismissError();
+        app_->dismissError();
         window_->resize(1180, 820);
-        model_->devices()->list();
-        waitFor([&] { return model_->devices()->isListed() && !model_->devices()->isListing(); });
-        model_->chooseDevice(0);
+        app_->devices()->list();
+        waitFor([&] { return app_->devices()->isListed() && !app_->devices()->isListing(); });
+        app_->chooseDevice(0);
         QMetaObject::invokeMethod(window_->findChild<QObject*>(QStringLiteral("device")), "clicked");
         takeBoth(QStringLiteral("devices"));
     }
@@ -231,7 +231,7 @@ private:
     int steps_;  // of the model behind the pictures
     TestWorld world_;
     QUrl tabla_, few_;
-    std::unique_ptr<AppModel> model_;
+    std::unique_ptr<AppModel> app_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr;
 };

@@ -98,7 +98,7 @@ Stage::~Stage() {
 
 void Stage::restart() {
     letScansGo();
-    model_.reset();
+    app_.reset();
     world_ = std::make_unique<TestWorld>();
     world_->environment.onProgress = [this](Run run, std::int64_t done) {
         if (run == Run::scan && done > 0) scans_.pass();
@@ -107,10 +107,10 @@ void Stage::restart() {
 }
 
 void Stage::restartProgram() {
-    model_.reset();
-    model_ = std::make_unique<AppModel>(world_->environment);
-    QQmlEngine::setObjectOwnership(model_.get(), QQmlEngine::CppOwnership);
-    emit modelChanged();
+    app_.reset();
+    app_ = std::make_unique<AppModel>(world_->environment);
+    QQmlEngine::setObjectOwnership(app_.get(), QQmlEngine::CppOwnership);
+    emit appChanged();
 }
 
 QUrl Stage::makeCorpus(const QString& name, int files, double seconds) {
@@ -155,7 +155,7 @@ void Stage::setResults(int count) {
         const QString name = QStringLiteral("results/sample_var_%1.wav").arg(i + 1, 4, 10, QLatin1Char('0'));
         samples.push_back({.url = toPath(world_->path(name)), .seconds = 0.1 + 0.01 * (i % 50)});
     }
-    model_->results()->setSamples(std::move(samples));
+    app_->results()->setSamples(std::move(samples));
 }
 
 void Stage::holdScans() {

@@ -23,13 +23,13 @@ class Stage : public QObject {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
-    Q_PROPERTY(quillmere::AppModel* model READ model NOTIFY modelChanged)
+    Q_PROPERTY(quillmere::AppModel* app READ app NOTIFY appChanged)
 
 public:
     explicit Stage(QObject* parent = nullptr);
     ~Stage() override;
 
-    [[nodiscard]] AppModel* model() const { return model_.get(); }
+    [[nodiscard]] AppModel* app() const { return app_.get(); }
     [[nodiscard]] TestWorld& world() { return *world_; }
 
     // A new world and a new model: nothing is chosen, trained or remembered. Windows on the old model must be
@@ -114,12 +114,12 @@ public:
     Q_INVOKABLE [[nodiscard]] static double contrast(const QColor& a, const QColor& b);
 
 signals:
-    void modelChanged();
+    void appChanged();
 
 private:
     Gate scans_;
     std::unique_ptr<TestWorld> world_;
-    std::unique_ptr<AppModel> model_;
+    std::unique_ptr<AppModel> app_;
 };
 
 }  // namespace quillmere::testing

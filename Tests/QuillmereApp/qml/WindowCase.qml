@@ -9,7 +9,7 @@ import QuillmereStage
 TestCase {
     id: testCase
 
-    readonly property AppModel model: Stage.model
+    readonly property AppModel app: Stage.app
     property Main window: null
     property size firstSize: Qt.size(1180, 820)
     // Milliseconds until something that must come is missed: long, for machines that are busy with other work
@@ -41,7 +41,7 @@ TestCase {
     // A window on the present model.
     function open() {
         window = mainWindow.createObject(null, {
-                "model": Stage.model,
+                "app": Stage.app,
                 "width": firstSize.width,
                 "height": firstSize.height
             });
@@ -94,6 +94,10 @@ TestCase {
         return focused ? focused.objectName : "";
     }
 
+    function isPlayingAudition(): bool {
+        return String(app.playback.playingURL).endsWith("/Quillmere-audition.wav");
+    }
+
     readonly property var parameterIds: ["sources", "drift", "mutation", "extrapolation", "pitch", "pitch-jitter", "stretch", "stretch-jitter", "tilt", "contrast", "smear", "grit", "roughness", "phase-iterations", "decay", "drive", "crush-bits", "decimate", "reverse-chance", "normalize"]
 
     // ---- Doing
@@ -121,40 +125,40 @@ TestCase {
 
     // ---- States of the model
     function idle() {
-        tryVerify(() => !model.isBusy && !model.isLoadingModel, limit);
+        tryVerify(() => !app.isBusy && !app.model.isLoading, limit);
     }
     function scanned(files) {
-        model.setCorpus(Stage.makeCorpus("Drums", files ?? 12));
+        app.corpus.choose(Stage.makeCorpus("Drums", files ?? 12));
         idle();
-        verify(model.hasSummary);
+        verify(app.corpus.hasSummary);
     }
     function trained() {
         scanned(3);
-        model.train();
+        app.model.train();
         idle();
-        verify(model.hasModel, model.errorMessage);
+        verify(app.model.isReady, app.errorMessage);
     }
     // A training that goes on until it is cancelled.
     function startTraining() {
         scanned(12);
         Stage.setTrainingSteps(100000);
-        model.train();
-        tryVerify(() => model.trainingStep > 0, limit);
+        app.model.train();
+        tryVerify(() => app.model.step > 0, limit);
     }
     function generated(count) {
         trained();
-        model.outputText = Stage.path("out");
-        model.count = count;
-        model.generate();
+        app.output.folderText = Stage.path("out");
+        app.output.count = count;
+        app.generation.generate();
         idle();
-        compare(model.results.count, count);
+        compare(app.generation.results.count, count);
     }
     // A generation that goes on until it is cancelled.
     function startGenerating() {
         trained();
-        model.outputText = Stage.path("out");
-        model.count = 9999;
-        model.generate();
-        tryVerify(() => model.generationDone > 0, limit);
+        app.output.folderText = Stage.path("out");
+        app.output.count = 9999;
+        app.generation.generate();
+        tryVerify(() => app.generation.done > 0, limit);
     }
 }

@@ -28,12 +28,12 @@ WindowCase {
     function test_whileLearning() {
         startTraining();
         verifyAllNamed();
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
     }
     function test_withAnErrorAndADialog() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         click("savePreset");
         tryVerify(() => has("presetName"), limit);
         verifyAllNamed();
@@ -65,13 +65,13 @@ WindowCase {
         const told = Stage.accessibleNames(window.contentItem);
         verify(told.includes("Chart Loss by step"));
         verify(told.includes("ProgressBar Training"));
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
     }
     function test_pressByAssistiveTechnology() {
         scanned(3);
         Stage.doAccessibleAction(item("train"), "Press");
-        tryVerify(() => model.hasModel, limit);
+        tryVerify(() => app.model.isReady, limit);
         idle();
     }
 }

@@ -7,7 +7,7 @@ WindowCase {
     name: "Character"
 
     function value(id: string): real {
-        return model.parameters.get(id, "value");
+        return app.character.parameters.get(id, "value");
     }
     function parameterRows() {
         return parameterIds.map(id => ({
@@ -32,19 +32,19 @@ WindowCase {
             mouseMove(slider, from + way * moved, y);
         mouseRelease(slider, from + way * 32, y);
         verify(way * (value(row.tag) - before) > 0);
-        const place = model.parameters.get(row.tag, "position");
+        const place = app.character.parameters.get(row.tag, "position");
         fuzzyCompare(slider.xOf(place), from + way * 32, 8);
-        model.undo();
+        app.character.undo();
         compare(value(row.tag), before);
-        verify(!model.canUndo);
+        verify(!app.character.canUndo);
     }
     function test_keyboardMovesByOneStep_data() {
         return parameterRows();
     }
     function test_keyboardMovesByOneStep(row) {
-        const step = model.parameters.get(row.tag, "step");
-        const lower = model.parameters.get(row.tag, "lower");
-        const upper = model.parameters.get(row.tag, "upper");
+        const step = app.character.parameters.get(row.tag, "step");
+        const lower = app.character.parameters.get(row.tag, "lower");
+        const upper = app.character.parameters.get(row.tag, "upper");
         focusOn("slider-" + row.tag);
         keyClick(Qt.Key_Home);
         fuzzyCompare(value(row.tag), lower, 1e-9);
@@ -75,7 +75,7 @@ WindowCase {
         keyClick(Qt.Key_PageUp);
         mouseDoubleClickSequence(slider, slider.width * 0.8, slider.height / 2);
         compare(value(row.tag), before);
-        verify(model.parameters.get(row.tag, "isDefault"));
+        verify(app.character.parameters.get(row.tag, "isDefault"));
     }
     function test_resetButton_data() {
         return parameterRows();
@@ -98,13 +98,13 @@ WindowCase {
         return parameterRows();
     }
     function test_typedWithAndWithoutUnit(row) {
-        const lower = model.parameters.get(row.tag, "lower");
-        const upper = model.parameters.get(row.tag, "upper");
-        const unit = model.parameters.get(row.tag, "unit");
+        const lower = app.character.parameters.get(row.tag, "lower");
+        const upper = app.character.parameters.get(row.tag, "upper");
+        const unit = app.character.parameters.get(row.tag, "unit");
         type("value-" + row.tag, String(lower));
         keyClick(Qt.Key_Return);
         fuzzyCompare(value(row.tag), lower, 1e-9);
-        compare(item("value-" + row.tag).text, model.parameters.get(row.tag, "text"));
+        compare(item("value-" + row.tag).text, app.character.parameters.get(row.tag, "text"));
         if (unit === "×" || unit.length === 0)
             return;  // no key has that sign
         type("value-" + row.tag, upper + " " + unit);
@@ -118,13 +118,13 @@ WindowCase {
         const before = value(row.tag);
         focusOn("lock-" + row.tag);
         mouseClick(item("lock-" + row.tag));
-        verify(model.parameters.get(row.tag, "locked"));
+        verify(app.character.parameters.get(row.tag, "locked"));
         click("randomise");
         compare(value(row.tag), before);
-        verify(model.canUndo);
+        verify(app.character.canUndo);
         focusOn("lock-" + row.tag);
         keyClick(Qt.Key_Space);
-        verify(!model.parameters.get(row.tag, "locked"));
+        verify(!app.character.parameters.get(row.tag, "locked"));
     }
 
     // ---- Rows in general
@@ -155,7 +155,7 @@ WindowCase {
         compare(value("decay"), 5);
     }
     function test_undoInAFieldWithoutTyping() {
-        model.parameters.setValue("pitch", 5);
+        app.character.parameters.setValue("pitch", 5);
         focusOn("value-pitch");
         keyClick(Qt.Key_Z, Qt.ControlModifier);
         compare(value("pitch"), 0);
@@ -175,10 +175,10 @@ WindowCase {
         const slider = item("slider-pitch");
         mouseClick(slider, slider.xOf(slider.position) + 4, slider.height / 2);
         compare(value("pitch"), 0);
-        verify(!model.canUndo);
+        verify(!app.character.canUndo);
     }
     function test_helpKeepsAwayFromWhoDrags() {
-        const help = model.parameters.get("pitch", "help");
+        const help = app.character.parameters.get("pitch", "help");
         const slider = item("slider-pitch");
         hover(slider);
         verifySeen(help);
@@ -203,7 +203,7 @@ WindowCase {
         const field = item("value-normalize");
         const place = [field.x, field.width, item("slider-normalize").width];
         for (const wanted of [-24, -1, 0, -10.5]) {
-            model.parameters.setValue("normalize", wanted);
+            app.character.parameters.setValue("normalize", wanted);
             settle();
             compare([field.x, field.width, item("slider-normalize").width], place);
         }
@@ -212,7 +212,7 @@ WindowCase {
         for (const id of parameterIds) {
             const field = item("value-" + id);
             for (const end of ["lower", "upper"]) {
-                model.parameters.setValue(id, model.parameters.get(id, end));
+                app.character.parameters.setValue(id, app.character.parameters.get(id, end));
                 verify(field.contentWidth <= field.width - field.leftPadding - field.rightPadding, id + ": " + field.text);
             }
         }
@@ -229,14 +229,14 @@ WindowCase {
         compare(slider.value, 4);
         Stage.doAccessibleAction(slider, "Decrease");
         fuzzyCompare(value("drift"), 3.95, 1e-9);
-        model.undo();
+        app.character.undo();
         compare(slider.value, 4);
     }
 
     // ---- Undo and redo
     function test_undoAndRedoButtons() {
         verify(!item("undo").enabled);
-        model.parameters.setValue("pitch", 3);
+        app.character.parameters.setValue("pitch", 3);
         click("undo");
         compare(value("pitch"), 0);
         click("redo");
@@ -252,34 +252,34 @@ WindowCase {
     }
     function test_presetChip(row) {
         click("preset-" + row.tag);
-        compare(model.presetName, row.tag);
+        compare(app.character.presetName, row.tag);
         verify(item("preset-" + row.tag).isCurrent);
         verify(!item("preset-Balanced").isCurrent);
-        model.undo();
-        compare(model.presetName, "Balanced");
+        app.character.undo();
+        compare(app.character.presetName, "Balanced");
     }
     function test_presetByKeyboard() {
         focusOn("preset-Wild");
         keyClick(Qt.Key_Space);
-        compare(model.presetName, "Wild");
+        compare(app.character.presetName, "Wild");
         focusOn("preset-Ghostly");
         keyClick(Qt.Key_Return);
-        compare(model.presetName, "Ghostly");
+        compare(app.character.presetName, "Ghostly");
     }
     function test_departureMarksThePreset() {
         const chip = item("preset-Balanced");
         verify(!chip.isEdited);
         const width = chip.width;
-        model.parameters.setValue("pitch", 3);
+        app.character.parameters.setValue("pitch", 3);
         verify(chip.isEdited);
         verifySeen("Balanced, edited");
         compare(chip.width, width);
-        model.parameters.setValue("pitch", 0);
+        app.character.parameters.setValue("pitch", 0);
         verify(!chip.isEdited);
         verifyNotSeen("Balanced, edited");
     }
     function test_ownPresetIsSavedAppliedAndDeleted() {
-        model.parameters.setValue("pitch", 7);
+        app.character.parameters.setValue("pitch", 7);
         click("savePreset");
         tryVerify(() => has("presetName"), limit);
         tryVerify(() => focusName() === "presetName", limit);
@@ -289,7 +289,7 @@ WindowCase {
         keyClick(Qt.Key_Return);
         tryVerify(() => has("preset-Glassy"), limit);
         tryVerify(() => !has("presetName"), limit);
-        compare(model.presetName, "Glassy");
+        compare(app.character.presetName, "Glassy");
         click("preset-Balanced");
         compare(value("pitch"), 0);
         click("preset-Glassy");
@@ -299,19 +299,19 @@ WindowCase {
         compare(value("pitch"), 7);
     }
     function test_takenNameIsToldWhileTyping() {
-        model.saveOwnPreset("Taken");
+        app.character.saveOwnPreset("Taken");
         click("savePreset");
         tryVerify(() => focusName() === "presetName", limit);
         for (const letter of "Taken")
             keyClick(letter);
         verify(!item("confirmPreset").enabled);
-        verifySeen(model.presetNameProblem("Taken"));
+        verifySeen(app.character.presetNameProblem("Taken"));
         mouseClick(item("cancelPreset"));
         tryVerify(() => !has("presetName"), limit);
-        compare(model.errorMessage, "");
+        compare(app.errorMessage, "");
     }
     function test_deleteKeyDeletesAnOwnPreset() {
-        model.saveOwnPreset("Brief");
+        app.character.saveOwnPreset("Brief");
         focusOn("preset-Brief");
         keyClick(Qt.Key_Delete);
         tryVerify(() => !has("preset-Brief"), limit);
@@ -327,34 +327,34 @@ WindowCase {
         keyClick(Qt.Key_Home);
         verifySeen("0 %");
         click("randomise");
-        verify(!model.canUndo);
+        verify(!app.character.canUndo);
         mouseClick(amount, amount.xOf(1), amount.height / 2);
         verifySeen("100 %");
         click("randomise");
-        verify(model.canUndo);
-        model.undo();
-        verify(!model.canUndo);
+        verify(app.character.canUndo);
+        app.character.undo();
+        verify(!app.character.canUndo);
         mouseDoubleClickSequence(amount, amount.xOf(0.2), amount.height / 2);
         verifySeen("50 %");
     }
     function test_seedTyped() {
         type("seed", "18446744073709551615");
-        compare(model.seedText, "18446744073709551615");
-        verify(model.seedIsFixed);
+        compare(app.character.seedText, "18446744073709551615");
+        verify(app.character.seedIsFixed);
     }
     function test_seedThatIsNoNumberIsTold() {
         type("seed", "abc");
-        compare(model.seedText, "abc");
+        compare(app.character.seedText, "abc");
         verifySeen("Not a whole number: a fresh roll.");
     }
     function test_seedOfTheLastRunIsCopiedAndReused() {
         verify(!has("copySeed"));
         generated(1);
-        verifySeen("Last run: " + model.lastSeed);
+        verifySeen("Last run: " + app.character.lastSeed);
         click("copySeed");
-        compare(Stage.clipboard(), model.lastSeed);
+        compare(Stage.clipboard(), app.character.lastSeed);
         click("reuseSeed");
-        compare(model.seedText, model.lastSeed);
-        compare(item("seed").text, model.lastSeed);
+        compare(app.character.seedText, app.character.lastSeed);
+        compare(item("seed").text, app.character.lastSeed);
     }
 }

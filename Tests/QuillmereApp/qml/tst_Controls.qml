@@ -10,13 +10,13 @@ WindowCase {
 
     SignalSpy {
         id: corpusChooser
-        target: testCase.model
-        signalName: "corpusChooserRequested"
+        target: testCase.app?.corpus ?? null
+        signalName: "chooserRequested"
     }
     SignalSpy {
         id: outputChooser
-        target: testCase.model
-        signalName: "outputChooserRequested"
+        target: testCase.app?.output ?? null
+        signalName: "chooserRequested"
     }
 
     // What each button needs before, and what it must have done.
@@ -29,62 +29,62 @@ WindowCase {
             },
             "train": {
                 "before": () => scanned(3),
-                "done": () => model.hasModel
+                "done": () => app.model.isReady
             },
             "generate": {
                 "before": () => {
                     trained();
-                    model.outputText = Stage.path("out");
-                    model.count = 1;
+                    app.output.folderText = Stage.path("out");
+                    app.output.count = 1;
                 },
-                "done": () => model.results.count === 1
+                "done": () => app.generation.results.count === 1
             },
             "audition": {
                 "before": () => trained(),
-                "done": () => model.isPlayingAudition
+                "done": () => isPlayingAudition()
             },
             "undo": {
-                "before": () => model.parameters.setValue("pitch", 3),
-                "done": () => model.parameters.get("pitch", "value") === 0
+                "before": () => app.character.parameters.setValue("pitch", 3),
+                "done": () => app.character.parameters.get("pitch", "value") === 0
             },
             "redo": {
                 "before": () => {
-                    model.parameters.setValue("pitch", 3);
-                    model.undo();
+                    app.character.parameters.setValue("pitch", 3);
+                    app.character.undo();
                 },
-                "done": () => model.parameters.get("pitch", "value") === 3
+                "done": () => app.character.parameters.get("pitch", "value") === 3
             },
             "preset-Wild": {
-                "done": () => model.presetName === "Wild" && item("preset-Wild").checked && !item("preset-Balanced").checked
+                "done": () => app.character.presetName === "Wild" && item("preset-Wild").checked && !item("preset-Balanced").checked
             },
             "preset-Balanced": {
-                "before": () => model.parameters.setValue("pitch", 3),
-                "done": () => model.parameters.get("pitch", "value") === 0 && item("preset-Balanced").checked
+                "before": () => app.character.parameters.setValue("pitch", 3),
+                "done": () => app.character.parameters.get("pitch", "value") === 0 && item("preset-Balanced").checked
             },
             "savePreset": {
                 "done": () => focusName() === "presetName"
             },
             "delete-Mine": {
-                "before": () => model.saveOwnPreset("Mine"),
+                "before": () => app.character.saveOwnPreset("Mine"),
                 "done": () => !has("preset-Mine")
             },
             "reset-pitch": {
-                "before": () => model.parameters.setValue("pitch", 3),
-                "done": () => model.parameters.get("pitch", "isDefault")
+                "before": () => app.character.parameters.setValue("pitch", 3),
+                "done": () => app.character.parameters.get("pitch", "isDefault")
             },
             "lock-pitch": {
-                "done": () => model.parameters.get("pitch", "locked") && item("lock-pitch").checked
+                "done": () => app.character.parameters.get("pitch", "locked") && item("lock-pitch").checked
             },
             "randomise": {
-                "done": () => model.canUndo && model.presetEdited
+                "done": () => app.character.canUndo && app.character.presetEdited
             },
             "copySeed": {
                 "before": () => generated(1),
-                "done": () => Stage.clipboard() === model.lastSeed && model.lastSeed.length > 0
+                "done": () => Stage.clipboard() === app.character.lastSeed && app.character.lastSeed.length > 0
             },
             "reuseSeed": {
                 "before": () => generated(1),
-                "done": () => model.seedText === model.lastSeed && model.lastSeed.length > 0
+                "done": () => app.character.seedText === app.character.lastSeed && app.character.lastSeed.length > 0
             },
             "showInFinder": {
                 "before": () => generated(1),
@@ -96,11 +96,11 @@ WindowCase {
             },
             "dismissError": {
                 "before": () => failed(),
-                "done": () => model.errorMessage === ""
+                "done": () => app.errorMessage === ""
             },
             "cancelGeneration": {
                 "before": () => startGenerating(),
-                "done": () => !model.isGenerating && model.errorMessage === ""
+                "done": () => !app.generation.isGenerating && app.errorMessage === ""
             },
             "recentCorpora": {
                 "before": () => scanned(3),
@@ -119,7 +119,7 @@ WindowCase {
 
     function failed() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         tryVerify(() => has("errorBanner"), limit);
     }
     function rows(): var {
@@ -143,7 +143,7 @@ WindowCase {
     }
     function verifyDone(name) {
         tryVerify(buttons[name].done, limit);
-        if (model.isBusy)
+        if (app.isBusy)
             idle();
     }
 
@@ -182,32 +182,32 @@ WindowCase {
 
     // ---- Menus and dialogs by the keyboard
     function test_appearanceMenuByKeys() {
-        model.appearance.mode = Appearance.System;
+        app.appearance.mode = Appearance.System;
         focusOn("appearance");
         keyClick(Qt.Key_Space);
         verifySeen("As the Desktop");
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Return);
-        tryCompare(model.appearance, "mode", Appearance.Light, limit);
+        tryCompare(app.appearance, "mode", Appearance.Light, limit);
         verifyNotSeen("As the Desktop");
         compare(Theme.dark, false);
-        model.appearance.mode = Appearance.System;
-        compare(Theme.dark, model.appearance.dark);
+        app.appearance.mode = Appearance.System;
+        compare(Theme.dark, app.appearance.dark);
     }
     function test_appearanceIsRemembered() {
         click("appearance");
         mouseClick(Stage.findText(window.contentItem, "Dark"));
-        tryCompare(model.appearance, "mode", Appearance.Dark, limit);
+        tryCompare(app.appearance, "mode", Appearance.Dark, limit);
         restartProgram();
-        compare(Stage.model.appearance.mode, Appearance.Dark);
+        compare(Stage.app.appearance.mode, Appearance.Dark);
         compare(Theme.dark, true);
         compare(item("appearance").iconName, "moon");
     }
     function test_recentMenuByKeys() {
-        model.setCorpus(Stage.makeCorpus("First"));
+        app.corpus.choose(Stage.makeCorpus("First"));
         idle();
-        model.setCorpus(Stage.makeCorpus("Second"));
+        app.corpus.choose(Stage.makeCorpus("Second"));
         idle();
         focusOn("recentCorpora");
         keyClick(Qt.Key_Space);
@@ -215,11 +215,11 @@ WindowCase {
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Return);
-        tryCompare(model, "corpusName", "First", limit);
+        tryCompare(app.corpus, "name", "First", limit);
         idle();
     }
     function test_presetDialogByMouse() {
-        model.parameters.setValue("pitch", 3);
+        app.character.parameters.setValue("pitch", 3);
         click("savePreset");
         tryVerify(() => focusName() === "presetName", limit);
         for (const letter of "Low")
@@ -233,7 +233,7 @@ WindowCase {
         tryVerify(() => focusName() === "presetName", limit);
         mouseClick(item("cancelPreset"));
         tryVerify(() => !has("presetName"), limit);
-        compare(model.presets.count, 8);
+        compare(app.character.presets.count, 8);
     }
     function test_textMenu() {
         type("seed", "123");
@@ -245,12 +245,12 @@ WindowCase {
         mouseClick(field, 10, 10, Qt.RightButton);
         mouseClick(Stage.findText(window.contentItem, "Cut"));
         tryCompare(field, "text", "", limit);
-        compare(model.seedText, "");
+        compare(app.character.seedText, "");
         mouseClick(field, 10, 10, Qt.RightButton);
         verifySeen("Paste");
         mouseClick(Stage.findText(window.contentItem, "Paste"));
         tryCompare(field, "text", "123", limit);
-        compare(model.seedText, "123");
+        compare(app.character.seedText, "123");
     }
     function test_folderChooserAsksInTheGivenWords() {
         click("chooseCorpus");

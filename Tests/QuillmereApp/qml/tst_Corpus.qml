@@ -9,8 +9,8 @@ WindowCase {
 
     SignalSpy {
         id: chooser
-        target: testCase.model
-        signalName: "corpusChooserRequested"
+        target: testCase.app?.corpus ?? null
+        signalName: "chooserRequested"
     }
 
     function test_buttonAsksForAFolder() {
@@ -31,32 +31,32 @@ WindowCase {
     function test_changeIsRefusedWhileLearning() {
         startTraining();
         verify(!item("chooseCorpus").enabled);
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
         verify(item("chooseCorpus").enabled);
     }
     function test_scanCanBeCancelled() {
         Stage.holdScans();
-        model.setCorpus(Stage.makeCorpus("Many", 30));
-        verify(model.isScanning);
+        app.corpus.choose(Stage.makeCorpus("Many", 30));
+        verify(app.corpus.isScanning);
         mouseClick(item("cancelScan"));
         Stage.letScansGo();
         idle();
-        verify(!model.hasSummary);
+        verify(!app.corpus.hasSummary);
         verify(!has("cancelScan"));
     }
     function test_recentFoldersCanBeChosenAndForgotten() {
         verify(!has("recentCorpora"));
         const first = Stage.makeCorpus("First");
-        model.setCorpus(first);
+        app.corpus.choose(first);
         idle();
-        model.setCorpus(Stage.makeCorpus("Second"));
+        app.corpus.choose(Stage.makeCorpus("Second"));
         idle();
         click("recentCorpora");
         tryVerify(() => Stage.texts(window.contentItem).some(text => text.endsWith("First")), limit);
         const entry = Stage.findText(window.contentItem, "/First");
         mouseClick(entry);
-        tryCompare(model, "corpusName", "First", limit);
+        tryCompare(app.corpus, "name", "First", limit);
         idle();
         click("recentCorpora");
         verifySeen("Forget These Folders");
@@ -66,7 +66,7 @@ WindowCase {
     function test_droppedFolderBecomesTheCorpus() {
         const folder = Stage.makeCorpus("Dropped");
         Stage.drop(item("corpusCard"), [folder]);
-        tryCompare(model, "corpusURL", folder, limit);
+        tryCompare(app.corpus, "url", folder, limit);
         idle();
         verifySeen("Dropped");
     }
@@ -78,20 +78,20 @@ WindowCase {
         verify(card.highlighted);
         Stage.dragLeave(card);
         tryVerify(() => !card.targeted, limit);
-        verify(!model.hasCorpus);
+        verify(!app.corpus.isChosen);
     }
     function test_filesAreNotWelcome() {
         Stage.makeFile("file.wav");
         Stage.drop(item("corpusCard"), [Stage.url("file.wav")]);
         verify(!item("corpusCard").targeted);
-        verify(!model.hasCorpus);
+        verify(!app.corpus.isChosen);
     }
     function test_unreadableFilesAreTold() {
         Stage.makeCorpus("Mixed", 12);
         Stage.makeFile("Mixed/broken.wav");
-        model.setCorpus(Stage.url("Mixed"));
+        app.corpus.choose(Stage.url("Mixed"));
         idle();
-        compare(model.unreadable, 1);
+        compare(app.corpus.unreadable, 1);
         verifySeen("1 file could not be read and is left out.");
     }
 }

@@ -19,7 +19,7 @@ WindowCase {
     function openMenu() {
         click("device");
         tryVerify(() => has("device-0"), limit);
-        tryVerify(() => !model.devices.isListing, limit);
+        tryVerify(() => !app.devices.isListing, limit);
         settle();
     }
     function menuIsOpen(): bool {
@@ -33,7 +33,7 @@ WindowCase {
     function test_theProcessorIsNamedQuietly() {
         verifySeen("Processor");
         verify(seesIcon("cpu"));
-        verify(!model.devices.isListed);
+        verify(!app.devices.isListed);
     }
     function test_withoutCardsTheMenuHoldsAutomaticAndTheProcessor() {
         openMenu();
@@ -43,7 +43,7 @@ WindowCase {
         verify(item("device-0").chosen);
         verify(!item("device-1").chosen);
         mouseClick(item("device-1"));
-        compare(model.devices.chosenIndex, 1);
+        compare(app.devices.chosenIndex, 1);
         tryVerify(() => !menuIsOpen(), limit);
     }
     function test_theMenuListsTheDevices() {
@@ -64,7 +64,7 @@ WindowCase {
         openMenu();
         mouseClick(item("device-4"));
         tryVerify(() => !menuIsOpen(), limit);
-        compare(model.devices.chosenIndex, 4);
+        compare(app.devices.chosenIndex, 4);
         compare(item("device").text, driver);
         openMenu();
         verify(item("device-4").chosen);
@@ -78,19 +78,19 @@ WindowCase {
         addDevices();
         openMenu();
         mouseClick(item("device-3"));
-        compare(model.devices.chosenIndex, 0);
+        compare(app.devices.chosenIndex, 0);
     }
     function test_choiceByKeyboard() {
         addDevices();
         focusOn("device");
         keyClick(Qt.Key_Return);
-        tryVerify(() => menuIsOpen() && !model.devices.isListing, limit);
+        tryVerify(() => menuIsOpen() && !app.devices.isListing, limit);
         for (let i = 0; i < 3; ++i)
             keyClick(Qt.Key_Down);  // Automatic, Processor, card
         keyClick(Qt.Key_Down);  // past the one that cannot be used
         keyClick(Qt.Key_Return);
         tryVerify(() => !menuIsOpen(), limit);
-        compare(model.devices.chosenIndex, 4);
+        compare(app.devices.chosenIndex, 4);
         tryVerify(() => focusName() === "device", limit);
     }
     function test_spaceOpensAndEscapeCloses() {
@@ -98,7 +98,7 @@ WindowCase {
         keyClick(Qt.Key_Space);
         tryVerify(() => menuIsOpen(), limit);
         closeMenu();
-        compare(model.devices.chosenIndex, 0);
+        compare(app.devices.chosenIndex, 0);
         tryVerify(() => focusName() === "device", limit);
     }
     function test_whileLearningTheChoiceRests() {
@@ -110,9 +110,9 @@ WindowCase {
         for (const entry of ["device-0", "device-1", "device-2", "device-4"])
             verify(!item(entry).enabled, entry);
         mouseClick(item("device-1"));
-        compare(model.devices.chosenIndex, 0);
+        compare(app.devices.chosenIndex, 0);
         closeMenu();
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
         openMenu();
         verifyNotSeen("Wait until the present run has ended, or cancel it.");
@@ -125,7 +125,7 @@ WindowCase {
         mouseClick(item("device-4"));
         restartProgram();
         compare(item("device").text, driver);
-        verify(!model.devices.isListed);
+        verify(!app.devices.isListed);
     }
     function test_tip() {
         addDevices();
@@ -150,7 +150,7 @@ WindowCase {
     }
     function test_aNoticeLeavesAnErrorInView() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         verifySeen("Choose an output folder first.");
         Stage.refuseNetworks("The card is full.");
         verifySeen("The card is full. The processor is used instead.");
@@ -173,14 +173,14 @@ WindowCase {
         settle();
         verify(Stage.accessibleNames(window.contentItem).includes("Button Device: Processor"));
         Stage.doAccessibleAction(item("device"), "Press");
-        tryVerify(() => menuIsOpen() && !model.devices.isListing, limit);
+        tryVerify(() => menuIsOpen() && !app.devices.isListing, limit);
         settle();
         compare(Stage.namelessControls(window.contentItem), []);
         const told = Stage.accessibleNames(window.contentItem);
         for (const name of ["MenuItem Automatic", "MenuItem Processor", "MenuItem " + card, "MenuItem " + driver])
             verify(told.includes(name), name + " is not among " + told.join(", "));
         Stage.doAccessibleAction(item("device-4"), "Press");
-        compare(model.devices.chosenIndex, 4);
+        compare(app.devices.chosenIndex, 4);
     }
     function test_nothingElseMovesWithTheName() {
         addDevices();
@@ -195,7 +195,7 @@ WindowCase {
         compare(others(), before);
         compare(item("device").mapToItem(null, item("device").width, 0).x, right);
         Stage.refuseNetworks("The card is full.");
-        tryVerify(() => model.devices.problem.length > 0, limit);
+        tryVerify(() => app.devices.problem.length > 0, limit);
         settle();
         compare(others().filter(place => !place.startsWith("news ")), before);
     }

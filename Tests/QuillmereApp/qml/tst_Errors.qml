@@ -9,28 +9,28 @@ WindowCase {
     function test_bannerComesAndGoes() {
         verify(!has("errorBanner"));
         scanned(3);
-        model.generate();
+        app.generation.generate();
         verifySeen("Choose an output folder first.");
         mouseClick(item("dismissError"));
         tryVerify(() => !has("errorBanner"), limit);
-        compare(model.errorMessage, "");
+        compare(app.errorMessage, "");
     }
     function test_copy() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         click("copyError");
         compare(Stage.clipboard(), "Choose an output folder first.");
     }
     function test_escapeDismisses() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         tryVerify(() => has("errorBanner"), limit);
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("errorBanner"), limit);
     }
     function test_messageCanBeSelected() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         focusOn("errorMessage");
         keyClick(Qt.Key_A, Qt.ControlModifier);
         compare(item("errorMessage").selectedText, "Choose an output folder first.");
@@ -38,10 +38,10 @@ WindowCase {
     function test_longMessageCanBeReadInFull() {
         resize(640, 480);
         const name = "very long name ".repeat(60);
-        model.outputText = Stage.path("out");
-        model.setCorpus(Stage.url(name));
+        app.output.folderText = Stage.path("out");
+        app.corpus.choose(Stage.url(name));
         idle();
-        verify(model.errorMessage.length > 300);
+        verify(app.errorMessage.length > 300);
         const message = item("errorMessage");
         const banner = item("errorBanner");
         settle();
@@ -52,7 +52,7 @@ WindowCase {
     }
     function test_bannerIsAnnounced() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         tryVerify(() => Stage.accessibleNames(window.contentItem).includes("AlertMessage Something went wrong"), limit);
         // The platform announces an alert with its description when it appears.
         compare(item("errorBanner").Accessible.description, "Choose an output folder first.");

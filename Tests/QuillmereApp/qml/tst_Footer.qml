@@ -8,27 +8,27 @@ WindowCase {
 
     function test_generate() {
         trained();
-        model.outputText = Stage.path("out");
-        model.count = 2;
+        app.output.folderText = Stage.path("out");
+        app.output.count = 2;
         mouseClick(item("generate"));
         idle();
-        compare(model.results.count, 2);
+        compare(app.generation.results.count, 2);
         verifySeen("2 variations written.");
     }
     function test_generateTrainsFirst() {
         scanned(3);
-        model.outputText = Stage.path("out");
-        model.count = 1;
+        app.output.folderText = Stage.path("out");
+        app.output.count = 1;
         mouseClick(item("generate"));
-        verify(model.isTraining);
+        verify(app.model.isTraining);
         idle();
-        compare(model.results.count, 1);
+        compare(app.generation.results.count, 1);
     }
     function test_audition() {
         trained();
         mouseClick(item("audition"));
         idle();
-        tryVerify(() => model.isPlayingAudition, limit);
+        tryVerify(() => isPlayingAudition(), limit);
     }
     function test_auditionNeedsAModel() {
         scanned(3);
@@ -40,37 +40,37 @@ WindowCase {
         mouseClick(item("cancelGeneration"));
         idle();
         verify(!has("cancelGeneration"));
-        compare(model.errorMessage, "");
+        compare(app.errorMessage, "");
     }
     function test_progressMovesNothing() {
         trained();
         const place = item("generate").mapToItem(null, 0, 0);
-        model.outputText = Stage.path("out");
-        model.count = 9999;
+        app.output.folderText = Stage.path("out");
+        app.output.count = 9999;
         settle();
         const wide = item("generate").mapToItem(null, 0, 0);
-        model.generate();
-        tryVerify(() => model.generationDone > 0, limit);
+        app.generation.generate();
+        tryVerify(() => app.generation.done > 0, limit);
         compare(item("generate").mapToItem(null, 0, 0), wide);
-        model.cancel();
+        app.cancel();
         idle();
-        model.count = 100;
+        app.output.count = 100;
         settle();
         compare(item("generate").mapToItem(null, 0, 0), place);
     }
     function test_secondGenerationIsRefusedWithANotice() {
         startGenerating();
-        model.generate();
+        app.generation.generate();
         tryVerify(() => item("newsOfRun").text.length > 0, limit);
-        compare(model.errorMessage, "");
-        model.cancel();
+        compare(app.errorMessage, "");
+        app.cancel();
         idle();
     }
     function test_errorTakesThePlaceOfTheNews() {
         trained();
         verifySeen("Training finished.");
-        model.outputText = "";
-        model.generate();
+        app.output.folderText = "";
+        app.generation.generate();
         verifySeen("Choose an output folder first.");
         verifyNotSeen("Training finished.");
     }
@@ -80,21 +80,21 @@ WindowCase {
         verify(Stage.accessibleNames(window.contentItem).includes("AlertMessage Training finished."));
     }
     function test_longAuditionShowsProgressAndCancel() {
-        model.setCorpus(Stage.makeCorpus("Long", 3, 2));
+        app.corpus.choose(Stage.makeCorpus("Long", 3, 2));
         idle();
-        model.train();
+        app.model.train();
         idle();
-        model.parameters.setValue("stretch", 8);
-        model.parameters.setValue("phase-iterations", 100000);
+        app.character.parameters.setValue("stretch", 8);
+        app.character.parameters.setValue("phase-iterations", 100000);
         Theme.patience = 0;
         mouseClick(item("audition"));
-        while (model.isAuditioning && !sees("Rendering…"))
+        while (app.generation.isAuditioning && !sees("Rendering…"))
             wait(0);
         verifySeen("Rendering…");
         mouseClick(item("cancelGeneration"));
         idle();
         verifyNotSeen("Rendering…");
-        verify(!model.isPlayingAudition);
+        verify(!isPlayingAudition());
     }
     function test_appearance_data() {
         return [{

@@ -9,8 +9,8 @@ WindowCase {
 
     SignalSpy {
         id: chooser
-        target: testCase.model
-        signalName: "corpusChooserRequested"
+        target: testCase.app?.corpus ?? null
+        signalName: "chooserRequested"
     }
 
     function test_ctrlOChoosesACorpus() {
@@ -21,59 +21,59 @@ WindowCase {
     function test_ctrlTTrains() {
         scanned(3);
         keyClick(Qt.Key_T, Qt.ControlModifier);
-        verify(model.isTraining);
+        verify(app.model.isTraining);
         idle();
-        verify(model.hasModel);
+        verify(app.model.isReady);
     }
     function test_ctrlGGenerates() {
         trained();
-        model.outputText = Stage.path("out");
-        model.count = 2;
+        app.output.folderText = Stage.path("out");
+        app.output.count = 2;
         keyClick(Qt.Key_G, Qt.ControlModifier);
-        verify(model.isGenerating);
+        verify(app.generation.isGenerating);
         idle();
-        compare(model.results.count, 2);
+        compare(app.generation.results.count, 2);
     }
     function test_ctrlPAuditions() {
         trained();
         keyClick(Qt.Key_P, Qt.ControlModifier);
-        verify(model.isAuditioning);
+        verify(app.generation.isAuditioning);
         idle();
-        tryVerify(() => model.isPlayingAudition, limit);
+        tryVerify(() => isPlayingAudition(), limit);
     }
     function test_escapeCancelsTraining() {
         startTraining();
         keyClick(Qt.Key_Escape);
         idle();
-        verify(!model.hasModel);
+        verify(!app.model.isReady);
     }
     function test_escapeCancelsFromATextField() {
         startTraining();
         focusOn("seed");
         keyClick(Qt.Key_Escape);
         idle();
-        verify(!model.hasModel);
+        verify(!app.model.isReady);
     }
     function test_escapeCancelsGenerating() {
         startGenerating();
         keyClick(Qt.Key_Escape);
         idle();
-        verify(model.generationDone < 9999);
+        verify(app.generation.done < 9999);
     }
     function test_undoAndRedo() {
         focusOn("slider-pitch");
         keyClick(Qt.Key_Right);
         keyClick(Qt.Key_Z, Qt.ControlModifier);
-        compare(model.parameters.get("pitch", "value"), 0);
+        compare(app.character.parameters.get("pitch", "value"), 0);
         keyClick(Qt.Key_Z, Qt.ControlModifier | Qt.ShiftModifier);
-        compare(model.parameters.get("pitch", "value"), 0.5);
+        compare(app.character.parameters.get("pitch", "value"), 0.5);
     }
     function test_shortcutsRestBehindADialog() {
-        model.parameters.setValue("pitch", 3);
+        app.character.parameters.setValue("pitch", 3);
         click("savePreset");
         tryVerify(() => focusName() === "presetName", limit);
         keyClick(Qt.Key_Z, Qt.ControlModifier);
-        compare(model.parameters.get("pitch", "value"), 3);
+        compare(app.character.parameters.get("pitch", "value"), 3);
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("presetName"), limit);
     }
@@ -95,9 +95,9 @@ WindowCase {
     }
     function test_tabOrder() {
         trained();
-        model.outputText = Stage.path("out");
-        model.count = 2;
-        model.generate();
+        app.output.folderText = Stage.path("out");
+        app.output.count = 2;
+        app.generation.generate();
         idle();
         const names = tabOrder();
         const landmarks = ["chooseCorpus", "recentCorpora", "device", "quality-1", "analysis", "train", "outputPath", "chooseOutput", "countInput", "format", "preset-Faithful", "preset-Robotic", "savePreset", "slider-sources", "value-sources", "lock-sources", "slider-drift", "slider-roughness", "slider-phase-iterations", "slider-normalize", "randomise", "randomiseAmount", "seed", "showInFinder", "tile-0", "appearance", "audition", "generate"];
@@ -118,7 +118,7 @@ WindowCase {
         }
     }
     function test_focusIsVisible() {
-        model.parameters.setValue("pitch", 1);  // for an undo button that takes the keyboard
+        app.character.parameters.setValue("pitch", 1);  // for an undo button that takes the keyboard
         for (const name of ["chooseCorpus", "device", "quality-1", "analysis", "chooseOutput", "preset-Wild", "slider-drift", "lock-drift", "randomise", "appearance"]) {
             focusOn(name);
             verify(Stage.showsFocus(item(name)), name);
@@ -129,10 +129,10 @@ WindowCase {
     // At every stop there is more of the accent colour with the keyboard than without.
     function test_everyStopShowsTheKeyboard() {
         generated(2);
-        model.appearance.mode = Appearance.Dark;
-        model.outputText = "";
-        model.generate();  // brings the banner
-        model.parameters.setValue("pitch", 1);
+        app.appearance.mode = Appearance.Dark;
+        app.output.folderText = "";
+        app.generation.generate();  // brings the banner
+        app.character.parameters.setValue("pitch", 1);
         const names = tabOrder();
         verify(names.length > 80);
         for (const name of names) {

@@ -23,7 +23,7 @@ WindowCase {
         verifyAllSizes();
     }
     function test_emptyCorpus() {
-        model.setCorpus(Stage.makeFolder("Nothing"));
+        app.corpus.choose(Stage.makeFolder("Nothing"));
         idle();
         verifyAllSizes();
     }
@@ -33,20 +33,20 @@ WindowCase {
     }
     function test_training() {
         startTraining();
-        tryVerify(() => model.trainingTimeLeft.length > 0, limit);
+        tryVerify(() => app.model.timeLeft.length > 0, limit);
         verifyAllSizes();
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
     }
     function test_trained() {
         trained();
-        model.outputText = Stage.path("new");
+        app.output.folderText = Stage.path("new");
         verifyAllSizes();
     }
     function test_generating() {
         startGenerating();
         verifyAllSizes();
-        model.cancel();
+        app.cancel();
         idle();
     }
     function test_results() {
@@ -69,7 +69,7 @@ WindowCase {
         }
     }
     function test_longestSeedStaysInItsColumn() {
-        model.seedText = "18446744073709551615";
+        app.character.seedText = "18446744073709551615";
         generated(1);
         for (const size of sizes) {
             resize(size.width, size.height);
@@ -80,29 +80,29 @@ WindowCase {
     }
     function test_error() {
         scanned(3);
-        model.generate();
+        app.generation.generate();
         verifyAllSizes();
     }
     function test_longNames() {
         const name = "a very long name of a folder that goes on and on and on and on";
         Stage.makeCorpus(name, 3);
-        model.setCorpus(Stage.url(name));
+        app.corpus.choose(Stage.url(name));
         idle();
-        model.outputText = Stage.path(name + "/" + name);
+        app.output.folderText = Stage.path(name + "/" + name);
         for (const preset of ["An own preset", "Another one", "And yet another one"])
-            model.saveOwnPreset(preset);
+            app.character.saveOwnPreset(preset);
         verifyAllSizes();
     }
     function test_devices() {
         Stage.addDevice("A graphics card with a very long name that goes on and on (revision 7, 256 bits)", "discrete");
         Stage.addDevice("Old card", "integrated", "its driver offers Vulkan 1.0, and 1.1 is needed.");
         Stage.addDevice("llvmpipe (LLVM 15.0.6, 256 bits)", "software");
-        model.devices.list();
-        tryVerify(() => model.devices.isListed, limit);
-        model.chooseDevice(2);
+        app.devices.list();
+        tryVerify(() => app.devices.isListed, limit);
+        app.chooseDevice(2);
         verifyAllSizes();
         Stage.refuseNetworks("The card has not enough memory for this network.");
-        tryVerify(() => model.devices.problem.length > 0, limit);
+        tryVerify(() => app.devices.problem.length > 0, limit);
         verifyAllSizes();
     }
     function test_narrowWindowsStackTheSamePieces() {
@@ -119,17 +119,17 @@ WindowCase {
     // While numbers change, everything stays where it is.
     function test_trainingMovesNothing() {
         startTraining();
-        const first = model.trainingStep;
+        const first = app.model.step;
         settle();
         const places = Stage.places(window.contentItem);
         for (let i = 0; i < 3; ++i) {
-            const step = model.trainingStep;
-            tryVerify(() => model.trainingStep > step, limit);
+            const step = app.model.step;
+            tryVerify(() => app.model.step > step, limit);
             settle();
             compare(Stage.places(window.contentItem), places);
         }
-        verify(model.trainingStep > first);
-        model.cancelTraining();
+        verify(app.model.step > first);
+        app.model.cancelTraining();
         idle();
     }
     function test_generatingMovesNothing() {
@@ -137,19 +137,19 @@ WindowCase {
         settle();
         const places = Stage.places(window.contentItem);
         for (let i = 0; i < 3; ++i) {
-            const done = model.generationDone;
-            tryVerify(() => model.generationDone > done, limit);
+            const done = app.generation.done;
+            tryVerify(() => app.generation.done > done, limit);
             settle();
             compare(Stage.places(window.contentItem), places);
         }
-        model.cancel();
+        app.cancel();
         idle();
     }
     function test_errorLeavesTheCardsWhereTheyAre() {
         scanned(12);
         const name = "outputPath";
         const place = item(name).mapToItem(null, 0, 0);
-        model.generate();
+        app.generation.generate();
         tryVerify(() => has("errorBanner"), limit);
         settle();
         compare(item(name).mapToItem(null, 0, 0), place);
@@ -165,7 +165,7 @@ WindowCase {
         verify(!item("cardsPane").overflows);
         verify(!item("characterPane").overflows);
         trained();
-        model.outputText = Stage.path("new");
+        app.output.folderText = Stage.path("new");
         settle();
         verify(!item("cardsPane").overflows);
         verify(!item("characterPane").overflows);

@@ -14,52 +14,52 @@ WindowCase {
     }
     function test_qualityByMouse(row) {
         mouseClick(item(row.tag));
-        compare(model.qualityIndex, row.index);
+        compare(app.model.qualityIndex, row.index);
         verify(item(row.tag).checked);
     }
     function test_qualityByArrowKeys() {
         focusOn("quality-1");
         keyClick(Qt.Key_Right);
-        compare(model.qualityIndex, 2);
+        compare(app.model.qualityIndex, 2);
         keyClick(Qt.Key_Right);
-        compare(model.qualityIndex, 2);
+        compare(app.model.qualityIndex, 2);
         keyClick(Qt.Key_Left);
         keyClick(Qt.Key_Left);
-        compare(model.qualityIndex, 0);
+        compare(app.model.qualityIndex, 0);
         compare(focusName(), "quality-0");
     }
     function test_analysisByMouse() {
         click("analysis");
         const choice = Stage.findText(window.contentItem, "Tonal (sustained pitch)");
         mouseClick(choice);
-        compare(model.analysisLabels[model.analysisIndex], "Tonal (sustained pitch)");
+        compare(app.model.analysisLabels[app.model.analysisIndex], "Tonal (sustained pitch)");
         verifySeen("Tonal (sustained pitch)");
     }
     function test_analysisByKeyboard() {
         focusOn("analysis");
         keyClick(Qt.Key_Down);
-        compare(model.analysisIndex, 1);
+        compare(app.model.analysisIndex, 1);
         keyClick(Qt.Key_Up);
-        compare(model.analysisIndex, 0);
+        compare(app.model.analysisIndex, 0);
     }
     function test_trainAndRetrain() {
         scanned(3);
         click("train");
         idle();
-        verify(model.hasModel, model.errorMessage);
+        verify(app.model.isReady, app.errorMessage);
         compare(item("train").text, "Retrain");
         click("train");
-        verify(model.isTraining);
+        verify(app.model.isTraining);
         idle();
-        verify(model.hasModel);
+        verify(app.model.isReady);
     }
     function test_cancelTakesThePlaceOfTrain() {
         startTraining();
         compare(item("train").text, "Cancel");
         mouseClick(item("train"));
         idle();
-        verify(!model.hasModel);
-        compare(model.errorMessage, "");
+        verify(!app.model.isReady);
+        compare(app.errorMessage, "");
         compare(item("train").text, "Train Model");
     }
     function test_theKeyboardStaysOnTheButton() {
@@ -67,31 +67,31 @@ WindowCase {
         Stage.setTrainingSteps(100000);
         focusOn("train");
         keyClick(Qt.Key_Return);
-        verify(model.isTraining);
+        verify(app.model.isTraining);
         compare(focusName(), "train");
         keyClick(Qt.Key_Return);
         idle();
-        verify(!model.hasModel);
+        verify(!app.model.isReady);
         compare(focusName(), "train");
     }
     function test_chartGrowsWithTheTraining() {
         startTraining();
         const chart = item("lossChart");
-        tryVerify(() => model.lossHistory.count >= 2, limit);
-        compare(chart.points, model.lossHistory);
-        compare(chart.steps, model.trainingTotalSteps);
+        tryVerify(() => app.model.lossHistory.count >= 2, limit);
+        compare(chart.points, app.model.lossHistory);
+        compare(chart.steps, app.model.totalSteps);
         verify(/^Loss .+ at step \d+$/.test(chart.description));
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
     }
     function test_damagedModelIsTold() {
         trained();
         Stage.damageModels();
         restartProgram();
-        model.setCorpus(Stage.url("Drums"));
+        app.corpus.choose(Stage.url("Drums"));
         idle();
-        verify(model.modelProblem.length > 0);
-        verifySeen(model.modelProblem);
+        verify(app.model.problem.length > 0);
+        verifySeen(app.model.problem);
         compare(item("train").text, "Train Model");
         verify(item("train").enabled);
     }

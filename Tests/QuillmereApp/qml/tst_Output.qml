@@ -9,17 +9,17 @@ WindowCase {
 
     SignalSpy {
         id: chooser
-        target: testCase.model
-        signalName: "outputChooserRequested"
+        target: testCase.app?.output ?? null
+        signalName: "chooserRequested"
     }
 
     function test_typedPath() {
         type("outputPath", "/tmp/a b");
-        compare(model.outputText, "/tmp/a b");
+        compare(app.output.folderText, "/tmp/a b");
     }
     function test_fieldFollowsTheModel() {
         type("outputPath", "x");
-        model.setOutputFolder(Stage.makeFolder("chosen"));
+        app.output.setFolder(Stage.makeFolder("chosen"));
         tryCompare(item("outputPath"), "text", Stage.path("chosen"), limit);
     }
     function test_chooserButton() {
@@ -30,39 +30,39 @@ WindowCase {
     function test_droppedFolder() {
         const folder = Stage.makeFolder("dropped");
         Stage.drop(item("outputPath"), [folder]);
-        tryCompare(model, "outputText", Stage.path("dropped"), limit);
-        verify(!model.hasCorpus);
+        tryCompare(app.output, "folderText", Stage.path("dropped"), limit);
+        verify(!app.corpus.isChosen);
     }
     function test_fileInPlaceOfAFolder() {
         Stage.makeFile("taken");
-        model.outputText = Stage.path("taken");
+        app.output.folderText = Stage.path("taken");
         verifySeen("This is a file, not a folder.");
     }
     function test_statusMovesNothing() {
         const before = item("count").mapToItem(null, 0, 0).y;
-        model.outputText = Stage.path("new");
+        app.output.folderText = Stage.path("new");
         verifySeen("Folder will be created.");
         compare(item("count").mapToItem(null, 0, 0).y, before);
         Stage.makeFolder("old");
-        model.outputText = Stage.path("old");
+        app.output.folderText = Stage.path("old");
         verifySeen("Existing folder — new files are added, nothing is overwritten.");
         compare(item("count").mapToItem(null, 0, 0).y, before);
     }
     function test_countByButtons() {
         const count = item("count");
         mouseClick(count, count.width - 10, count.height / 2);
-        compare(model.count, 11);
+        compare(app.output.count, 11);
         mouseClick(count, 10, count.height / 2);
         mouseClick(count, 10, count.height / 2);
-        compare(model.count, 9);
+        compare(app.output.count, 9);
     }
     function test_countByKeyboard() {
         focusOn("count");
         keyClick(Qt.Key_Up);
-        compare(model.count, 11);
+        compare(app.output.count, 11);
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
-        compare(model.count, 9);
+        compare(app.output.count, 9);
     }
     function test_countTyped() {
         const count = item("count");
@@ -71,25 +71,25 @@ WindowCase {
         keyClick("4");
         keyClick("2");
         keyClick(Qt.Key_Return);
-        compare(model.count, 42);
+        compare(app.output.count, 42);
     }
     function test_countIsNeverZero() {
-        model.count = 1;
+        app.output.count = 1;
         const count = item("count");
         mouseClick(count, 10, count.height / 2);
-        compare(model.count, 1);
+        compare(app.output.count, 1);
     }
     function test_format() {
         click("format");
         mouseClick(Stage.findText(window.contentItem, "WAV 32-bit float"));
-        compare(model.formatLabels[model.formatIndex], "WAV 32-bit float");
+        compare(app.output.formatLabels[app.output.formatIndex], "WAV 32-bit float");
         focusOn("format");
         keyClick(Qt.Key_Up);
-        compare(model.formatLabels[model.formatIndex], "WAV 24-bit");
+        compare(app.output.formatLabels[app.output.formatIndex], "WAV 24-bit");
     }
     function test_longPathsAreShownInFullByTheTooltip() {
         const path = "/a/" + "long/".repeat(40);
-        model.outputText = path;
+        app.output.folderText = path;
         const field = item("outputPath");
         mouseMove(field, 10, 10);
         mouseMove(field, 11, 10);

@@ -7,7 +7,7 @@ WindowCase {
     name: "Results"
 
     function playing(): int {
-        return model.results.rowOf(model.playingURL);
+        return app.generation.results.rowOf(app.playback.playingURL);
     }
 
     function test_stripComesWithTheFirstResults() {
@@ -74,12 +74,12 @@ WindowCase {
         generated(1);
         mouseClick(item("showInFinder"));
         tryVerify(() => Stage.pathOf(Stage.shownFolder()) === Stage.path("out"), limit);
-        compare(Stage.shownFiles(), [model.results.urlAt(0)]);
+        compare(Stage.shownFiles(), [app.generation.results.urlAt(0)]);
     }
     function test_deletedFileIsTold() {
         generated(2);
-        Stage.removeFile(model.results.urlAt(0));
-        model.refresh();
+        Stage.removeFile(app.generation.results.urlAt(0));
+        app.refresh();
         tryVerify(() => !item("tile-0").exists, limit);
         verifySeen("gone");
         verify(!item("play-0").enabled);
@@ -114,7 +114,7 @@ WindowCase {
     function test_tileIsDraggedAsAFile() {
         generated(2);
         const tile = item("tile-1");
-        compare(tile.Drag.mimeData["text/uri-list"], String(model.results.urlAt(1)) + "\r\n");
+        compare(tile.Drag.mimeData["text/uri-list"], String(app.generation.results.urlAt(1)) + "\r\n");
         drag(tile);
         tryCompare(begun, "count", 1, limit);
         tryVerify(() => !tile.dragging && !tile.Drag.active, limit);
@@ -139,7 +139,7 @@ WindowCase {
     function test_deletedFileIsNotDragged() {
         generated(2);
         const tile = item("tile-1");
-        Stage.removeFile(model.results.urlAt(1));
+        Stage.removeFile(app.generation.results.urlAt(1));
         drag(tile);
         tryVerify(() => !tile.exists, limit);
         settle();
@@ -174,8 +174,8 @@ WindowCase {
         generated(5);
         focusOn("results");
         keyClick(Qt.Key_End);
-        model.count = 2;
-        model.generate();
+        app.output.count = 2;
+        app.generation.generate();
         idle();
         const list = item("results");
         verify(list.currentIndex >= 0 && list.currentIndex < list.count);

@@ -130,7 +130,7 @@ WindowCase {
                     }));
     }
     function test_helpOfEveryParameter(row) {
-        const help = model.parameters.get(row.tag, "help");
+        const help = app.character.parameters.get(row.tag, "help");
         const slider = item("slider-" + row.tag);
         verify(help.length > 10);
         verifyNotSeen(help);
@@ -138,18 +138,18 @@ WindowCase {
         verifySeen(help);
         mouseMove(window.contentItem, 2, 2);
         verifyNotSeen(help);
-        hover(Stage.findText(slider.parent, model.parameters.get(row.tag, "title")));
+        hover(Stage.findText(slider.parent, app.character.parameters.get(row.tag, "title")));
         verifySeen(help);
     }
     function test_helpAsWritten() {
-        compare(model.parameters.get("sources", "help"), "How many corpus samples are mixed together in each variation.");
-        compare(model.parameters.get("phase-iterations", "help"), "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. High = cleaner.");
+        compare(app.character.parameters.get("sources", "help"), "How many corpus samples are mixed together in each variation.");
+        compare(app.character.parameters.get("phase-iterations", "help"), "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. High = cleaner.");
     }
     function test_iconOfAudition() {
         verify(seesIcon("play.circle"));
     }
     function test_resetTooltip() {
-        model.parameters.setValue("drift", 1);
+        app.character.parameters.setValue("drift", 1);
         const target = item("reset-drift");
         mouseMove(target, 5, 5);
         verifySeen("Reset to default");
@@ -175,18 +175,18 @@ WindowCase {
 
     function test_scanning() {
         Stage.holdScans();
-        model.setCorpus(Stage.makeCorpus("Many", 30));
+        app.corpus.choose(Stage.makeCorpus("Many", 30));
         verify(sees("Scanning"));
         verify(sees("Cancel"));
         tryVerify(() => seesMatch(/^[01] of 30$/), limit);
-        model.cancel();
+        app.cancel();
         Stage.letScansGo();
         idle();
         verifyNotSeen("Scanning");
     }
     function test_scannedCorpus() {
         scanned(12);
-        for (const text of ["Change Folder…", "12 samples", "8 kHz", "Drums", model.totalDuration])
+        for (const text of ["Change Folder…", "12 samples", "8 kHz", "Drums", app.corpus.totalDuration])
             verifySeen(text);
         verifyNotSeen("Choose a corpus first.");
         verifyNotSeen("Choose the folder of audio samples to learn from");
@@ -198,7 +198,7 @@ WindowCase {
         verify(seesIcon("exclamationmark.triangle.fill"));
     }
     function test_emptyCorpus() {
-        model.setCorpus(Stage.makeFolder("Nothing"));
+        app.corpus.choose(Stage.makeFolder("Nothing"));
         idle();
         verifySeen("No audio files found in this folder.");
         verify(seesIcon("exclamationmark.triangle.fill"));
@@ -206,14 +206,14 @@ WindowCase {
     }
     function test_training() {
         startTraining();
-        verifySeen(model.trainingMessage);
+        verifySeen(app.model.message);
         tryVerify(() => Stage.texts(window.contentItem).some(text => text.startsWith("Step ")), limit);
         verifySeen("Step");
         verifySeen("Loss");
         verifySeen("Cancel");
         tryVerify(() => Stage.texts(window.contentItem).some(text => /^about .* left$/.test(text)), limit);
         verifyNotSeen("Train Model");
-        model.cancelTraining();
+        app.model.cancelTraining();
         idle();
         verifySeen("Train Model");
     }
@@ -222,20 +222,20 @@ WindowCase {
         verifySeen("Trained and ready");
         verify(seesIcon("checkmark.circle.fill"));
         verifySeen("Retrain");
-        verify(Stage.texts(window.contentItem).some(text => text.includes(" s per sample · trained ") && text.startsWith(model.modelAnalysis)));
+        verify(Stage.texts(window.contentItem).some(text => text.includes(" s per sample · trained ") && text.startsWith(app.model.analysisLabel)));
         verifyNotSeen("Train Model");
     }
     function test_outputFolder() {
-        model.outputText = Stage.path("new");
+        app.output.folderText = Stage.path("new");
         verifySeen("Folder will be created.");
         verify(seesIcon("folder.badge.plus"));
         Stage.makeFolder("old");
-        model.outputText = Stage.path("old");
+        app.output.folderText = Stage.path("old");
         verifySeen("Existing folder — new files are added, nothing is overwritten.");
         verify(!seesIcon("folder.badge.plus"));
     }
     function test_countInTheButton() {
-        model.count = 25;
+        app.output.count = 25;
         verifySeen("Generate 25 Variations");
     }
     function test_generating() {
@@ -243,7 +243,7 @@ WindowCase {
         tryVerify(() => seesMatch(/^\d+ of 9999$/), limit);
         tryVerify(() => seesMatch(/^about .* left$/), limit);
         verifySeen("Cancel");
-        model.cancel();
+        app.cancel();
         idle();
     }
     function test_results() {
@@ -251,12 +251,12 @@ WindowCase {
         verifySeen("Show in Finder");
         verify(seesIcon("play.circle"));
         tryVerify(() => Stage.texts(window.contentItem).some(text => /^\d+\.\d+ s$/.test(text)), limit);
-        model.togglePlay(model.results.urlAt(0));
+        app.playback.togglePlay(app.generation.results.urlAt(0));
         tryVerify(() => seesIcon("stop.fill"), limit);
     }
     function test_error() {
         scanned(3);
-        model.outputText = "";
+        app.output.folderText = "";
         click("generate");
         verifySeen("Something went wrong");
         verifySeen("Choose an output folder first.");

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+
+namespace quillmere {
+
+// What runs at a moment.
+struct Activity {
+    bool isTraining = false;
+    bool isGenerating = false;
+    bool isScanning = false;
+    bool isAuditioning = false;
+
+    [[nodiscard]] bool isBusy() const { return isTraining || isGenerating || isScanning || isAuditioning; }
+    // The device that learns is in use.
+    [[nodiscard]] bool isComputing() const { return isTraining || isGenerating || isAuditioning; }
+
+    // What to tell the user whose wish has to wait until it has ended.
+    [[nodiscard]] static QString waitNotice() {
+        return QStringLiteral("Wait until the present run has ended, or cancel it.");
+    }
+
+    friend bool operator==(const Activity&, const Activity&) = default;
+};
+
+}  // namespace quillmere

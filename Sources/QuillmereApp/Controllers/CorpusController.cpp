@@ -1,0 +1,228 @@
+#include "QuillmereApp/Controllers/CorpusController.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "QuillmereApp/Controllers/Assign.h"
+#include "QuillmereApp/Controllers/Folders.h"
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/TimeText.h"
+#include "QuillmereCore/Model/ModelStore.h"
+
+namespace quillmere {
+namespace {
+
+using namespace std::chrono_literals;
+
+const QString corpusKey = QStringLiteral("corpusPath");
+const QString recentKey = QStringLiteral("recentCorpora");
+
+// Hands scan progress on at most every 50 ms: a scan measures thousands of files a second.
+template <typename Report>
+Corpus::ProgressCallback thinned(Report report) {
+    return [report, last = std::chrono::steady_clock::time_point()](std::size_t done,
+                                                                    std::size_t total) mutable {
+        const auto now = std::chrono::steady_clock::now();
+        if (done != 0 && now - last < 50ms) return;
+        last = now;
+        report(done, total);
+    };
+}
+
+}  // namespace
+
+struct CorpusController::Scan {
+    std::shared_ptr<const CorpusSummary> summary;
+    std::optional<std::filesystem::path> storedModel;
+};
+
+CorpusController::CorpusController(const Environment& environment, Preferences& preferences)
+    : Controller(environment), preferences_(preferences) {
+    const QVariant recent = preferences_.value(recentKey);
+    if (recent.canConvert<QStringList>()) recent_ = recent.toStringList();
+    recent_.removeAll(QString());
+    recent_ = recent_.mid(0, recentLimit);
+}
+
+CorpusController::~CorpusController() {
+    cancelScan();
+}
+
+// ---- The choice
+
+void CorpusController::restore() {
+    const auto path = preferences_.text(corpusKey);
+    if (path && QFileInfo::exists(*path)) choose(QUrl::fromLocalFile(*path));
+}
+
+void CorpusController::choose(const QUrl& folder) {
+    if (!canChoose()) return;
+    if (!folder.isLocalFile()) {
+        emit errorRaised(Folders::onlyLocal());
+        return;
+    }
+    ++choice_;
+    if (scanCancel_) scanCancel_->cancel();
+    emit errorRaised({});
+    const QString path = QDir::cleanPath(QDir::current().absoluteFilePath(folder.toLocalFile()));
+    url_ = QUrl::fromLocalFile(path);
+    summary_.reset();
+    emit urlChanged();
+    emit summaryChanged();
+    preferences_.setValue(corpusKey, path);
+    scan();
+}
+
+void CorpusController::openChooser() {
+    if (!canChoose()) return;
+    emit chooserRequested(Folders::nearestExisting(isChosen() ? QFileInfo(url_.toLocalFile()).path()
+                                                              : environment().homeFolder));
+}
+
+void CorpusController::remember(const QString& path) {
+    recent_.removeAll(path);
+    recent_.prepend(path);
+    recent_ = recent_.mid(0, recentLimit);
+    preferences_.setValue(recentKey, recent_);
+    emit recentChanged();
+}
+
+void CorpusController::forgetRecent() {
+    recent_.clear();
+    preferences_.setValue(recentKey, recent_);
+    emit recentChanged();
+}
+
+// ---- The scan
+
+void CorpusController::scan() {
+    scanDone_ = 0;
+    scanTotal_ = 0;
+    emit scanProgressChanged();
+    scanCancel_ = std::make_shared<CancelFlag>();
+    assign(*this, isScanning_, true, &CorpusController::isScanningChanged);
+    const auto tell = thinned([this, choice = choice_](std::size_t done, std::size_t total) {
+        tasks_.post([=, this] {
+            if (choice == choice_) scanProgressed(done, total);
+        });
+    });
+    const auto progress = [this, tell](std::size_t done, std::size_t total) {
+        tell(done, total);
+        watched(Run::scan, static_cast<std::int64_t>(done));
+    };
+    runInBackground(
+        tasks_,
+        [folder = toPath(url_), root = environment().modelsRoot, progress, cancel = scanCancel_->token()] {
+            Scan result;
+            result.summary = std::make_shared<const CorpusSummary>(Corpus::scan(folder, progress, cancel));
+            const auto modelFolder = ModelStore::directory(*result.summary, root);
+            if (ModelStore::exists(modelFolder)) result.storedModel = modelFolder;
+            return result;
+        },
+        [this, choice = choice_](Scan result) {
+            if (choice == choice_) scanned(std::move(result));
+        },
+        [this, choice = choice_](const TaskFailure& failure) {
+            if (choice == choice_) scanFailed(failure);
+        });
+}
+
+void CorpusController::scanProgressed(std::size_t done, std::size_t total) {
+    if (!isScanning_) return;
+    if (done == 0) scanClock_.start();
+    scanDone_ = static_cast<int>(done);
+    scanTotal_ = static_cast<int>(total);
+    emit scanProgressChanged();
+}
+
+void CorpusController::scanned(Scan result) {
+    summary_ = std::move(result.summary);
+    emit summaryChanged();
+    remember(url_.toLocalFile());
+    scanEnded();
+    if (result.storedModel) emit storedModelFound(*result.storedModel);
+}
+
+void CorpusController::scanFailed(const TaskFailure& failure) {
+    report(failure);
+    scanEnded();
+}
+
+void CorpusController::scanEnded() {
+    scanCancel_.reset();
+    isCancelling_ = false;
+    assign(*this, isScanning_, false, &CorpusController::isScanningChanged);
+    emit scanProgressChanged();
+}
+
+void CorpusController::cancelScan() {
+    if (!scanCancel_) return;
+    scanCancel_->cancel();
+    isCancelling_ = true;
+}
+
+// ---- Values
+
+QString CorpusController::path() const {
+    return Folders::displayed(url_.toLocalFile(), environment().homeFolder);
+}
+
+QString CorpusController::name() const {
+    return isChosen() ? QDir(url_.toLocalFile()).dirName() : QString();
+}
+
+QString CorpusController::chooserMessage() const {
+    return QStringLiteral("Choose the folder of audio samples to learn from");
+}
+
+QString CorpusController::scanTimeLeft() const {
+    return isScanning_ ? TimeText::left(scanClock_, scanDone_, scanTotal_) : QString();
+}
+
+int CorpusController::fileCount() const {
+    return summary_ ? summary_->fileCount() : 0;
+}
+
+double CorpusController::totalSeconds() const {
+    return summary_ ? summary_->totalSeconds : 0;
+}
+
+QString CorpusController::totalDuration() const {
+    return summary_ ? TimeText::duration(summary_->totalSeconds) : QString();
+}
+
+QStringList CorpusController::sampleRates() const {
+    QStringList rates;
+    if (!summary_) return rates;
+    for (const auto& [rate, files] : summary_->sampleRates)
+        rates.append(QStringLiteral("%1 kHz").arg(rate / 1000.0, 0, 'g', 6));
+    return rates;
+}
+
+int CorpusController::unreadable() const {
+    return summary_ ? summary_->unreadable : 0;
+}
+
+bool CorpusController::isEmpty() const {
+    return summary_ && summary_->files.empty();
+}
+
+bool CorpusController::hasFewSamples() const {
+    return summary_ && !summary_->files.empty() && fileCount() - unreadable() < fewSamplesLimit;
+}
+
+QVariantList CorpusController::recent() const {
+    QVariantList entries;
+    for (const QString& path : recent_) {
+        entries.append(
+            QVariantMap{{QStringLiteral("url"), QUrl::fromLocalFile(path)},
+                        {QStringLiteral("path"), Folders::displayed(path, environment().homeFolder)},
+                        {QStringLiteral("name"), QDir(path).dirName()}});
+    }
+    return entries;
+}
+
+}  // namespace quillmere

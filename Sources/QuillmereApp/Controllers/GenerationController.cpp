@@ -1,0 +1,183 @@
+#include "QuillmereApp/Controllers/GenerationController.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+#include "QuillmereApp/Controllers/Assign.h"
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/TimeText.h"
+#include "QuillmereCore/Audio/AudioIO.h"
+
+namespace quillmere {
+namespace {
+
+std::vector<GeneratedSample> sortedByName(std::vector<GeneratedSample> samples) {
+    std::stable_sort(samples.begin(), samples.end(), [](const GeneratedSample& a, const GeneratedSample& b) {
+        return a.url.filename().native() < b.url.filename().native();
+    });
+    return samples;
+}
+
+void writeAudition(const std::vector<float>& samples, const std::filesystem::path& file, int sampleRate) {
+    // The folder is everybody's: a link of that name could lead anywhere.
+    std::error_code ignored;  // then it is no link
+    if (std::filesystem::is_symlink(file, ignored)) std::filesystem::remove(file);
+    AudioIO::write(samples, file, sampleRate, OutputFormat::wav16);
+}
+
+}  // namespace
+
+GenerationController::GenerationController(const Environment& environment, Links links)
+    : Controller(environment), links_(std::move(links)) {
+    connect(this, &Controller::activityChanged, this, &GenerationController::canGenerateChanged);
+}
+
+GenerationController::~GenerationController() {
+    cancel();
+}
+
+void GenerationController::setSupplies(const Supplies& supplies) {
+    supplies_ = supplies;
+    emit canGenerateChanged();
+}
+
+// ---- Generation
+
+void GenerationController::generate() {
+    generate([] {});
+}
+
+void GenerationController::generate(Returned returned) {
+    if (activity().isBusy()) {
+        emit notice(Activity::waitNotice());
+        returned();
+        return;
+    }
+    if (supplies_.modelIsLoading) {
+        links_.whenModelIsLoaded([this, returned] { supplies_.hasModel ? generate(returned) : returned(); });
+        return;
+    }
+    const auto folder = links_.outputFolder();
+    if (!folder) {
+        emit errorRaised(QStringLiteral("Choose an output folder first."));
+        returned();
+        return;
+    }
+    if (supplies_.hasModel) {
+        start(*folder, returned);
+        return;
+    }
+    if (!supplies_.hasSummary) {
+        emit notice(QStringLiteral("Choose a corpus first."));
+        returned();
+        return;
+    }
+    links_.train([this, folder = *folder, returned = std::move(returned)] {
+        supplies_.hasModel ? start(folder, returned) : returned();
+    });
+}
+
+void GenerationController::start(const QUrl& folder, const Returned& returned) {
+    emit errorRaised({});
+    emit generationStarting();
+    const GenerationRequest request = links_.generationRequest(folder);
+    done_ = 0;
+    total_ = static_cast<int>(request.count);
+    clock_.start();
+    generateCancel_ = std::make_shared<CancelFlag>();
+    assign(*this, isGenerating_, true, &GenerationController::isGeneratingChanged);
+    emit progressed();
+    const auto progress = [this](std::int64_t done, std::int64_t total) {
+        tasks_.post([=, this] {
+            done_ = static_cast<int>(done);
+            total_ = static_cast<int>(total);
+            emit progressed();
+        });
+        watched(Run::generation, done);
+    };
+    runInBackground(
+        tasks_,
+        [generator = links_.generator(), request, progress, cancel = generateCancel_->token()] {
+            return sortedByName(generator()->generate(request, progress, cancel));
+        },
+        [this, folder, returned](std::vector<GeneratedSample> samples) {
+            generated(std::move(samples), folder);
+            generationEnded(returned);
+        },
+        [this, returned](const TaskFailure& failure) {
+            report(failure);
+            generationEnded(returned);
+        });
+}
+
+void GenerationController::generated(std::vector<GeneratedSample> samples, const QUrl& folder) {
+    results_.setSamples(std::move(samples));
+    lastOutputFolder_ = folder;
+    emit generationFinished(results_.count());
+}
+
+void GenerationController::generationEnded(const Returned& returned) {
+    generateCancel_.reset();
+    assign(*this, isCancelling_, false, &GenerationController::isCancellingChanged);
+    assign(*this, isGenerating_, false, &GenerationController::isGeneratingChanged);
+    returned();
+}
+
+// ---- Audition
+
+void GenerationController::audition() {
+    if (activity().isBusy()) return;
+    if (supplies_.modelIsLoading) {
+        links_.whenModelIsLoaded([this] {
+            if (supplies_.hasModel) audition();
+        });
+        return;
+    }
+    if (!supplies_.hasModel) {
+        emit errorRaised(
+            QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
+        return;
+    }
+    emit errorRaised({});
+    auditionIsDropped_ = false;
+    assign(*this, isAuditioning_, true, &GenerationController::isAuditioningChanged);
+    runInBackground(
+        tasks_,
+        [generator = links_.generator(), request = links_.auditionRequest(), file = toPath(auditionURL())] {
+            const auto ready = generator();
+            writeAudition(ready->audition(request.aesthetics, request.seed), file, ready->sampleRate());
+        },
+        [this] {
+            if (!auditionIsDropped_) emit auditionFinished(auditionURL());
+            auditionEnded();
+        },
+        [this](const TaskFailure& failure) {
+            report(failure);
+            auditionEnded();
+        });
+}
+
+void GenerationController::auditionEnded() {
+    assign(*this, isCancelling_, false, &GenerationController::isCancellingChanged);
+    assign(*this, isAuditioning_, false, &GenerationController::isAuditioningChanged);
+}
+
+void GenerationController::cancel() {
+    if (generateCancel_) generateCancel_->cancel();
+    auditionIsDropped_ = isAuditioning_;
+    if (isGenerating_ || isAuditioning_)
+        assign(*this, isCancelling_, true, &GenerationController::isCancellingChanged);
+}
+
+// ---- Values
+
+QString GenerationController::timeLeft() const {
+    return isGenerating_ ? TimeText::left(clock_, done_, total_) : QString();
+}
+
+QUrl GenerationController::auditionURL() const {
+    return toUrl(environment().temporaryFolder / "Quillmere-audition.wav");
+}
+
+}  // namespace quillmere

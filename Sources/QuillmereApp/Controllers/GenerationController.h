@@ -1,0 +1,128 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QUrl>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "QuillmereApp/CancelFlag.h"
+#include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereApp/Controllers/PreparedGenerator.h"
+#include "QuillmereApp/ResultsModel.h"
+#include "QuillmereCore/Generate/Generator.h"
+
+namespace quillmere {
+
+// Generations and auditions: how far they have come, and the files that the last one wrote.
+class GenerationController : public Controller {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("AppModel owns it")
+    Q_PROPERTY(bool isGenerating READ isGenerating NOTIFY isGeneratingChanged)
+    Q_PROPERTY(bool isAuditioning READ isAuditioning NOTIFY isAuditioningChanged)
+    Q_PROPERTY(
+        bool isCancelling READ isCancelling NOTIFY isCancellingChanged)  // asked to stop, still running
+    // Nothing runs, and a corpus is chosen.
+    Q_PROPERTY(bool canGenerate READ canGenerate NOTIFY canGenerateChanged)
+    // Nothing runs, and there is a model.
+    Q_PROPERTY(bool canAudition READ canAudition NOTIFY canGenerateChanged)
+    Q_PROPERTY(int done READ done NOTIFY progressed)
+    Q_PROPERTY(int total READ total NOTIFY progressed)
+    Q_PROPERTY(QString timeLeft READ timeLeft NOTIFY progressed)  // "about 2 min left", or empty
+    Q_PROPERTY(quillmere::ResultsModel* results READ results CONSTANT)
+
+public:
+    using Returned = std::function<void()>;  // called when an operation has ended, however it ended
+
+    // Which of the things that a run needs are there.
+    struct Supplies {
+        bool corpusIsChosen = false;
+        bool hasSummary = false;
+        bool modelIsLoading = false;
+        bool hasModel = false;
+    };
+
+    struct AuditionRequest {
+        Aesthetics aesthetics;
+        std::uint64_t seed = 0;
+    };
+
+    // What a run asks of others. The functions that give a request are called once for each run, when it
+    // starts.
+    struct Links {
+        std::function<std::optional<QUrl>()> outputFolder;
+        std::function<GenerationRequest(const QUrl& outputFolder)> generationRequest;
+        std::function<AuditionRequest()> auditionRequest;
+        std::function<PreparedGenerator()> generator;  // of the model, which is there
+        std::function<void(Returned)> whenModelIsLoaded;
+        std::function<void(Returned)> train;
+    };
+
+    GenerationController(const Environment& environment, Links links);
+    ~GenerationController() override;
+
+    void setSupplies(const Supplies& supplies);
+
+    // Writes the variations into the output folder, training first when there is no model. While another run
+    // is active, and without a summary to train on, nothing happens but notice().
+    Q_INVOKABLE void generate();
+    // As generate(); returned is called when everything it started has ended.
+    void generate(Returned returned);
+    // Renders one variation into a temporary file, which auditionFinished hands on. Does nothing while busy.
+    Q_INVOKABLE void audition();
+    // Stops whichever of the two runs. An audition is one unit of work: it is rendered to its end and not
+    // played.
+    void cancel();
+
+    [[nodiscard]] bool isGenerating() const { return isGenerating_; }
+    [[nodiscard]] bool isAuditioning() const { return isAuditioning_; }
+    [[nodiscard]] bool isCancelling() const { return isCancelling_; }
+    [[nodiscard]] bool canGenerate() const { return supplies_.corpusIsChosen && !activity().isBusy(); }
+    [[nodiscard]] bool canAudition() const { return supplies_.hasModel && !activity().isBusy(); }
+    [[nodiscard]] int done() const { return done_; }
+    [[nodiscard]] int total() const { return total_; }
+    [[nodiscard]] QString timeLeft() const;
+    [[nodiscard]] ResultsModel* results() { return &results_; }
+    [[nodiscard]] QUrl lastOutputFolder() const { return lastOutputFolder_; }
+    [[nodiscard]] QUrl auditionURL() const;  // of the temporary file
+
+signals:
+    void isGeneratingChanged();
+    void isAuditioningChanged();
+    void isCancellingChanged();
+    void canGenerateChanged();
+    void progressed();
+    // A generation is about to start.
+    void generationStarting();
+    // A generation has ended well: something to announce.
+    void generationFinished(int files);
+    // An audition has ended well: something to play.
+    void auditionFinished(const QUrl& file);
+
+private:
+    friend struct AppModelProbe;  // for tests
+
+    void start(const QUrl& folder, const Returned& returned);
+    void generated(std::vector<GeneratedSample> samples, const QUrl& folder);
+    void generationEnded(const Returned& returned);
+    void auditionEnded();
+
+    const Links links_;
+    Supplies supplies_;
+    bool isGenerating_ = false;
+    int done_ = 0;
+    int total_ = 0;
+    QElapsedTimer clock_;  // since the generation started
+    std::shared_ptr<CancelFlag> generateCancel_;
+    bool isAuditioning_ = false;
+    bool auditionIsDropped_ = false;
+    bool isCancelling_ = false;
+    ResultsModel results_;
+    QUrl lastOutputFolder_;
+    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+};
+
+}  // namespace quillmere

@@ -1,0 +1,338 @@
+#include "QuillmereApp/Controllers/ModelController.h"
+
+#include <QLockFile>
+#include <algorithm>
+#include <limits>
+#include <system_error>
+#include <utility>
+
+#include "QuillmereApp/Controllers/Assign.h"
+#include "QuillmereApp/Controllers/Labels.h"
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/TimeText.h"
+#include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere {
+namespace {
+
+// Only one program at a time stores a model in a folder, and none reads one that is half replaced.
+class ModelLock {
+public:
+    explicit ModelLock(const std::filesystem::path& modelFolder)
+        : file_(toQString(modelFolder.parent_path() / ("." + modelFolder.filename().string() + ".lock"))) {
+        std::error_code error;
+        std::filesystem::create_directories(modelFolder.parent_path(), error);
+        if (error) throw FileError(modelFolder.parent_path(), error);
+        // Where no lock can be made (a read-only folder) the store itself says what is wrong.
+        if (!file_.tryLock(10000) && file_.error() == QLockFile::LockFailedError)
+            throw Failure("Another program is storing the model of this folder. Try again in a moment.");
+    }
+
+private:
+    QLockFile file_;
+};
+
+std::shared_ptr<SampleGenerator> loadGenerator(const std::filesystem::path& folder, ChosenDevice& device) {
+    const ModelLock lock(folder);
+    ModelBundle bundle = ModelStore::load(folder);
+    ModelStore::validate(bundle, folder);
+    return std::make_shared<SampleGenerator>(std::move(bundle), device.backend());
+}
+
+bool isUsable(const std::filesystem::path& modelFolder) {
+    try {
+        ModelStore::validate(ModelStore::load(modelFolder), modelFolder);
+        return true;
+    } catch (const Failure&) {
+        return false;
+    }
+}
+
+// Gives the folder a name that is not taken, so that a model that cannot be used is still there when another
+// one takes its place.
+void setAside(const std::filesystem::path& modelFolder) {
+    std::error_code error;
+    for (int number = 1; number == 1 || error == std::errc::directory_not_empty; ++number) {
+        std::filesystem::path aside = modelFolder;
+        aside += number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
+        std::filesystem::rename(modelFolder, aside, error);
+    }
+    if (error) throw FileError(modelFolder, error);
+}
+
+void storeModel(const ModelBundle& bundle, const std::filesystem::path& modelFolder) {
+    const ModelLock lock(modelFolder);
+    if (ModelStore::exists(modelFolder) && !isUsable(modelFolder)) setAside(modelFolder);
+    ModelStore::save(bundle, modelFolder);
+}
+
+int clampedToInt(std::int64_t value) {
+    return static_cast<int>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+ModelController::ModelController(const Environment& environment, ComputeDevices& devices)
+    : Controller(environment), devices_(devices) {
+    connect(this, &Controller::activityChanged, this, &ModelController::canTrainChanged);
+}
+
+ModelController::~ModelController() {
+    cancelTraining();
+}
+
+void ModelController::setCorpus(bool isChosen, std::shared_ptr<const CorpusSummary> summary) {
+    corpusIsChosen_ = isChosen;
+    summary_ = std::move(summary);
+    emit canTrainChanged();
+}
+
+// ---- The model
+
+void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
+                                   std::shared_ptr<ChosenDevice> device) {
+    ++load_;  // what is still being loaded is out of date
+    generator_ = std::move(generator);
+    generatorDevice_ = std::move(device);
+    emit bundleChanged();
+    assign(*this, problem_, QString(), &ModelController::problemChanged);
+    assign(*this, isLoading_, false, &ModelController::isLoadingChanged);
+    for (const auto& waiting : std::exchange(whenLoaded_, {}))
+        waiting();
+}
+
+void ModelController::forget() {
+    setGenerator(nullptr);
+}
+
+void ModelController::load(const std::filesystem::path& folder) {
+    assign(*this, isLoading_, true, &ModelController::isLoadingChanged);
+    const quint64 load = ++load_;
+    const auto device = deviceToCompileFor();
+    runInBackground(
+        tasks_, [folder, device] { return loadGenerator(folder, *device); },
+        [this, load, device](std::shared_ptr<SampleGenerator> generator) {
+            if (load == load_) setGenerator(std::move(generator), device);
+        },
+        [this, load](const TaskFailure& failure) {
+            if (load != load_) return;
+            setGenerator(nullptr);
+            report(failure);
+            assign(*this, problem_,
+                   QStringLiteral("The stored model cannot be used. Retrain to get a new one; the files of "
+                                  "the old one are kept."),
+                   &ModelController::problemChanged);
+        });
+}
+
+void ModelController::whenLoaded(Returned returned) {
+    if (isLoading_) {
+        whenLoaded_.push_back(std::move(returned));
+    } else {
+        returned();
+    }
+}
+
+std::shared_ptr<ChosenDevice> ModelController::deviceToCompileFor() {
+    devices_.compiling();
+    return devices_.chosen();
+}
+
+PreparedGenerator ModelController::preparedGenerator() {
+    // Nothing when the generator is where it should be.
+    const auto device = generatorDevice_ == devices_.chosen() ? nullptr : deviceToCompileFor();
+    return [this, generator = generator_, device] { return moved(generator, device); };
+}
+
+// Called in the background: the generator compiled anew for device, which may be null to leave it as it is.
+std::shared_ptr<SampleGenerator> ModelController::moved(const std::shared_ptr<SampleGenerator>& generator,
+                                                        const std::shared_ptr<ChosenDevice>& device) {
+    if (!device) return generator;
+    auto compiled = std::make_shared<SampleGenerator>(generator->bundle(), device->backend());
+    tasks_.post([this, generator, compiled, device] {
+        if (generator_ != generator) return;  // another model has been chosen
+        generator_ = compiled;
+        generatorDevice_ = device;
+    });
+    return compiled;
+}
+
+// ---- The training
+
+TrainingOptions ModelController::trainingOptions() const {
+    TrainingOptions options;
+    options.steps = info(quality_).steps;
+    options.batchSize = 16;
+    options.learningRate = 0.001F;
+    options.klWeight = 0.002F;
+    options.latentDim = 64;
+    options.clipSeconds = std::nullopt;
+    options.profile = analysis_;
+    options.seed = 1;
+    return environment().adjustTraining ? environment().adjustTraining(options) : options;
+}
+
+void ModelController::train() {
+    if (activity().isGenerating) {
+        emit notice(Activity::waitNotice());
+        return;
+    }
+    train([] {});
+}
+
+void ModelController::train(const Returned& returned) {
+    if (!summary_ || isTraining_) {
+        returned();
+        return;
+    }
+    emit errorRaised({});
+    lossHistory_.clear();
+    training_ = TrainingProgress();
+    training_->message = "Starting…";
+    emit progressed();
+    trainCancel_ = std::make_shared<CancelFlag>();
+    assign(*this, isTraining_, true, &ModelController::isTrainingChanged);
+    const auto progress = [this](const TrainingProgress& record) {
+        tasks_.post([this, record] { receive(record); });
+        watched(Run::training, record.step);
+    };
+    const auto device = deviceToCompileFor();
+    runInBackground(
+        tasks_,
+        [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
+         root = environment().modelsRoot] {
+            ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
+            storeModel(bundle, ModelStore::directory(*summary, root));
+            return std::make_shared<SampleGenerator>(std::move(bundle), device->backend());
+        },
+        [this, returned, device](std::shared_ptr<SampleGenerator> generator) {
+            setGenerator(std::move(generator), device);
+            emit trainingFinished();
+            trainingEnded(returned);
+        },
+        [this, returned](const TaskFailure& failure) {
+            report(failure);
+            trainingEnded(returned);
+        });
+}
+
+void ModelController::trainingEnded(const Returned& returned) {
+    trainCancel_.reset();
+    assign(*this, isCancelling_, false, &ModelController::isCancellingChanged);
+    assign(*this, isTraining_, false, &ModelController::isTrainingChanged);
+    returned();
+}
+
+void ModelController::receive(const TrainingProgress& progress) {
+    if (!isTraining_) return;
+    training_ = progress;
+    emit progressed();
+    if (progress.phase == TrainingProgress::Phase::training && progress.step > 0)
+        lossHistory_.add(progress.step, double{progress.loss});
+}
+
+void ModelController::cancelTraining() {
+    if (!trainCancel_) return;
+    trainCancel_->cancel();
+    assign(*this, isCancelling_, true, &ModelController::isCancellingChanged);
+}
+
+// ---- Values
+
+const ModelBundle* ModelController::bundle() const {
+    return generator_ ? &generator_->bundle() : nullptr;
+}
+
+QString ModelController::analysisLabel() const {
+    return bundle() ? text(label(bundle()->config.profile)) : QString();
+}
+
+double ModelController::clipSeconds() const {
+    return bundle() ? bundle()->config.clipSeconds() : 0;
+}
+
+QString ModelController::clipSecondsText() const {
+    return bundle() ? QString::fromStdString(Text::fixed(clipSeconds(), 1)) : QString();
+}
+
+QDateTime ModelController::learnedAt() const {
+    if (!bundle()) return {};
+    return QDateTime::fromSecsSinceEpoch(bundle()->metadata.trainedAt.time_since_epoch().count());
+}
+
+QStringList ModelController::qualityLabels() const {
+    QStringList labels;
+    for (const QualityInfo& quality : allQualities)
+        labels.append(QString::fromUtf8(quality.label));
+    return labels;
+}
+
+QStringList ModelController::qualityHelps() const {
+    QStringList helps;
+    for (const QualityInfo& quality : allQualities)
+        helps.append(QString::fromUtf8(quality.help));
+    return helps;
+}
+
+void ModelController::setQualityIndex(int index) {
+    if (index < 0 || index >= static_cast<int>(allQualities.size())) return;
+    assign(*this, quality_, static_cast<Quality>(index), &ModelController::qualityChanged);
+}
+
+QStringList ModelController::analysisLabels() const {
+    return labelsOf(allAnalysisProfiles);
+}
+
+QString ModelController::analysisHelp() const {
+    return QStringLiteral(
+        "Automatic picks a fine-frequency analysis for sustained, pitched samples and a fine-time analysis "
+        "for percussive ones.");
+}
+
+int ModelController::analysisIndex() const {
+    return indexIn(allAnalysisProfiles, analysis_);
+}
+
+void ModelController::setAnalysisIndex(int index) {
+    if (index < 0 || index >= static_cast<int>(allAnalysisProfiles.size())) return;
+    assign(*this, analysis_, allAnalysisProfiles[static_cast<std::size_t>(index)],
+           &ModelController::analysisChanged);
+}
+
+bool ModelController::canTrain() const {
+    return summary_ && !summary_->files.empty() && !activity().isBusy();
+}
+
+QString ModelController::trainHint() const {
+    if (!corpusIsChosen_) return QStringLiteral("Choose a corpus first.");
+    if (summary_ && summary_->files.empty()) return QStringLiteral("No audio files found in this folder.");
+    return {};
+}
+
+QString ModelController::phase() const {
+    return training_ ? text(rawValue(training_->phase)) : QString();
+}
+
+QString ModelController::message() const {
+    return training_ ? QString::fromStdString(training_->message) : QString();
+}
+
+int ModelController::step() const {
+    return training_ ? clampedToInt(training_->step) : 0;
+}
+
+int ModelController::totalSteps() const {
+    return training_ ? clampedToInt(training_->totalSteps) : 0;
+}
+
+double ModelController::fraction() const {
+    return training_ ? training_->fraction : 0;
+}
+
+QString ModelController::timeLeft() const {
+    if (!training_ || !training_->secondsRemaining) return {};
+    return TimeText::left(*training_->secondsRemaining);
+}
+
+}  // namespace quillmere

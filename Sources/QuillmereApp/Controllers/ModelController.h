@@ -1,0 +1,158 @@
+#pragma once
+
+#include <QDateTime>
+#include <QStringList>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "QuillmereApp/CancelFlag.h"
+#include "QuillmereApp/ComputeDevices.h"
+#include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereApp/Controllers/PreparedGenerator.h"
+#include "QuillmereApp/LossHistory.h"
+#include "QuillmereApp/Quality.h"
+#include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Model/Trainer.h"
+
+namespace quillmere {
+
+// What is learned of the corpus: the stored model, and the training of a new one.
+class ModelController : public Controller {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("AppModel owns it")
+    // ---- The model
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY isLoadingChanged)
+    Q_PROPERTY(bool isReady READ isReady NOTIFY bundleChanged)
+    Q_PROPERTY(QString analysisLabel READ analysisLabel NOTIFY bundleChanged)      // of its profile
+    Q_PROPERTY(QString clipSecondsText READ clipSecondsText NOTIFY bundleChanged)  // "1.5"
+    Q_PROPERTY(QDateTime learnedAt READ learnedAt NOTIFY bundleChanged)            // local time
+    // Why the stored model of this corpus cannot be used, with the advice to train again; empty otherwise.
+    Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
+    // ---- Pickers: the index counts in the lists of labels.
+    Q_PROPERTY(QStringList qualityLabels READ qualityLabels CONSTANT)
+    Q_PROPERTY(QStringList qualityHelps READ qualityHelps CONSTANT)
+    Q_PROPERTY(int qualityIndex READ qualityIndex WRITE setQualityIndex NOTIFY qualityChanged)
+    Q_PROPERTY(QStringList analysisLabels READ analysisLabels CONSTANT)
+    Q_PROPERTY(QString analysisHelp READ analysisHelp CONSTANT)
+    Q_PROPERTY(int analysisIndex READ analysisIndex WRITE setAnalysisIndex NOTIFY analysisChanged)
+    // ---- The training
+    Q_PROPERTY(bool isTraining READ isTraining NOTIFY isTrainingChanged)
+    Q_PROPERTY(
+        bool isCancelling READ isCancelling NOTIFY isCancellingChanged)  // asked to stop, still training
+    Q_PROPERTY(bool canTrain READ canTrain NOTIFY canTrainChanged)
+    Q_PROPERTY(QString trainHint READ trainHint NOTIFY canTrainChanged)  // "Choose a corpus first.", or empty
+    Q_PROPERTY(QString phase READ phase NOTIFY progressed)               // analysing, training, finishing
+    Q_PROPERTY(QString message READ message NOTIFY progressed)
+    Q_PROPERTY(int step READ step NOTIFY progressed)
+    Q_PROPERTY(int totalSteps READ totalSteps NOTIFY progressed)
+    Q_PROPERTY(double fraction READ fraction NOTIFY progressed)   // 0 ... 1
+    Q_PROPERTY(QString timeLeft READ timeLeft NOTIFY progressed)  // "about 2 min left", or empty
+    Q_PROPERTY(quillmere::LossHistory* lossHistory READ lossHistory CONSTANT)
+
+public:
+    using Returned = std::function<void()>;  // called when an operation has ended, however it ended
+
+    // devices must outlive it.
+    ModelController(const Environment& environment, ComputeDevices& devices);
+    ~ModelController() override;
+
+    // What a training would learn: whether a folder is chosen, and what is in it; null until it is scanned.
+    void setCorpus(bool isChosen, std::shared_ptr<const CorpusSummary> summary);
+    // There is no model any more, and none is on its way.
+    void forget();
+    // Loads a stored model. One that cannot be used ends as problem and as an error.
+    void load(const std::filesystem::path& folder);
+    // Calls returned when the model has been loaded, or cannot be or need not be.
+    void whenLoaded(Returned returned);
+    // There must be a model. It is as it is now, whatever becomes of the present one.
+    [[nodiscard]] PreparedGenerator preparedGenerator();
+
+    // Trains a model of the corpus and stores it; the files of a stored one that cannot be used are kept
+    // under another name. Does nothing without a summary and while something else than an audition runs.
+    Q_INVOKABLE void train();
+    // As train, for a run that is about to generate.
+    void train(const Returned& returned);
+    Q_INVOKABLE void cancelTraining();
+
+    [[nodiscard]] bool isLoading() const { return isLoading_; }
+    [[nodiscard]] bool isReady() const { return generator_ != nullptr; }
+    [[nodiscard]] const ModelBundle* bundle() const;  // null when absent
+    [[nodiscard]] QString analysisLabel() const;
+    [[nodiscard]] double clipSeconds() const;
+    [[nodiscard]] QString clipSecondsText() const;
+    [[nodiscard]] QDateTime learnedAt() const;
+    [[nodiscard]] QString problem() const { return problem_; }
+
+    [[nodiscard]] QStringList qualityLabels() const;
+    [[nodiscard]] QStringList qualityHelps() const;
+    [[nodiscard]] Quality quality() const { return quality_; }
+    [[nodiscard]] int qualityIndex() const { return static_cast<int>(quality_); }
+    void setQualityIndex(int index);
+    [[nodiscard]] QStringList analysisLabels() const;
+    [[nodiscard]] QString analysisHelp() const;
+    [[nodiscard]] AnalysisProfile analysis() const { return analysis_; }
+    [[nodiscard]] int analysisIndex() const;
+    void setAnalysisIndex(int index);
+
+    [[nodiscard]] bool isTraining() const { return isTraining_; }
+    [[nodiscard]] bool isCancelling() const { return isCancelling_; }
+    [[nodiscard]] bool canTrain() const;
+    [[nodiscard]] QString trainHint() const;
+    [[nodiscard]] const std::optional<TrainingProgress>& training() const { return training_; }
+    [[nodiscard]] QString phase() const;
+    [[nodiscard]] QString message() const;
+    [[nodiscard]] int step() const;
+    [[nodiscard]] int totalSteps() const;
+    [[nodiscard]] double fraction() const;
+    [[nodiscard]] QString timeLeft() const;
+    [[nodiscard]] LossHistory* lossHistory() { return &lossHistory_; }
+
+signals:
+    void isLoadingChanged();
+    void bundleChanged();
+    void problemChanged();
+    void qualityChanged();
+    void analysisChanged();
+    void isTrainingChanged();
+    void isCancellingChanged();
+    void canTrainChanged();
+    void progressed();
+    // A training has ended well: something to announce.
+    void trainingFinished();
+
+private:
+    friend struct AppModelProbe;  // for tests
+
+    void setGenerator(std::shared_ptr<SampleGenerator> generator,
+                      std::shared_ptr<ChosenDevice> device = nullptr);
+    [[nodiscard]] std::shared_ptr<ChosenDevice> deviceToCompileFor();
+    [[nodiscard]] std::shared_ptr<SampleGenerator> moved(const std::shared_ptr<SampleGenerator>& generator,
+                                                         const std::shared_ptr<ChosenDevice>& device);
+    [[nodiscard]] TrainingOptions trainingOptions() const;
+    void trainingEnded(const Returned& returned);
+    void receive(const TrainingProgress& progress);
+
+    ComputeDevices& devices_;
+    bool corpusIsChosen_ = false;
+    std::shared_ptr<const CorpusSummary> summary_;
+    bool isLoading_ = false;
+    quint64 load_ = 0;                               // number of the newest load
+    std::vector<Returned> whenLoaded_;               // what waits for it
+    std::shared_ptr<SampleGenerator> generator_;     // and the bundle
+    std::shared_ptr<ChosenDevice> generatorDevice_;  // generator_ was compiled for
+    QString problem_;
+    Quality quality_ = Quality::standard;
+    AnalysisProfile analysis_ = AnalysisProfile::automatic;
+    bool isTraining_ = false;
+    bool isCancelling_ = false;
+    std::optional<TrainingProgress> training_;
+    LossHistory lossHistory_;
+    std::shared_ptr<CancelFlag> trainCancel_;
+    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+};
+
+}  // namespace quillmere

@@ -1,0 +1,64 @@
+#include "QuillmereApp/Controllers/PlaybackController.h"
+
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include "QuillmereApp/Controllers/Assign.h"
+
+namespace quillmere {
+
+PlaybackController::PlaybackController(const Environment& environment)
+    : Controller(environment), player_(environment.makePlayer()) {
+    connect(player_.get(), &Player::started, this, &PlaybackController::started);
+    connect(player_.get(), &Player::failed, this, &PlaybackController::failed);
+    connect(player_.get(), &Player::ended, this, &PlaybackController::clearIfPlayed);
+    playTimer_.setSingleShot(true);
+    playTimer_.setTimerType(Qt::PreciseTimer);
+    connect(&playTimer_, &QTimer::timeout, this, &PlaybackController::clearIfPlayed);
+}
+
+void PlaybackController::play(const QUrl& file) {
+    stop();
+    if (!file.isLocalFile()) return;
+    openingURL_ = file;
+    player_->play(file.toLocalFile());
+}
+
+void PlaybackController::togglePlay(const QUrl& file) {
+    if (!file.isEmpty() && (file == playingURL_ || file == openingURL_)) {
+        stop();
+    } else {
+        play(file);
+    }
+}
+
+void PlaybackController::stop() {
+    player_->stop();
+    playTimer_.stop();
+    openingURL_.clear();
+    setPlaying({});
+}
+
+void PlaybackController::setPlaying(const QUrl& file) {
+    assign(*this, playingURL_, file, &PlaybackController::playingURLChanged);
+}
+
+void PlaybackController::started(const QString&, double seconds) {
+    setPlaying(std::exchange(openingURL_, QUrl()));
+    playTimer_.start(std::chrono::milliseconds(std::llround((seconds + 0.1) * 1000)));
+}
+
+void PlaybackController::failed(const QString&, const QString& reason) {
+    openingURL_.clear();
+    emit fileFailed();
+    emit notice(reason);
+}
+
+// The mark stays for the file's duration and 0.1 s, and longer while the sound card still plays.
+void PlaybackController::clearIfPlayed() {
+    if (playTimer_.isActive() || player_->isPlaying()) return;
+    setPlaying({});
+}
+
+}  // namespace quillmere

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QTimer>
+#include <QUrl>
+#include <memory>
+
+#include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereApp/Player.h"
+
+namespace quillmere {
+
+// What plays, and how long the window says so.
+class PlaybackController : public Controller {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("AppModel owns it")
+    Q_PROPERTY(QUrl playingURL READ playingURL NOTIFY playingURLChanged)
+
+public:
+    explicit PlaybackController(const Environment& environment);
+
+    // Stops what plays and begins with file. One that cannot be played ends as notice and fileFailed.
+    void play(const QUrl& file);
+    // Plays file, or stops it if it is the one playing.
+    Q_INVOKABLE void togglePlay(const QUrl& file);
+    void stop();
+
+    [[nodiscard]] QUrl playingURL() const { return playingURL_; }
+
+signals:
+    void playingURLChanged();
+    // A file could not be played: most likely it is gone.
+    void fileFailed();
+
+private:
+    void started(const QString& file, double seconds);
+    void failed(const QString& file, const QString& reason);
+    void setPlaying(const QUrl& file);
+    void clearIfPlayed();
+
+    std::unique_ptr<Player> player_;
+    QUrl openingURL_;  // asked for, not yet started
+    QUrl playingURL_;
+    QTimer playTimer_;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,628 @@
+// The application without its window: what it starts with, and what its subjects have to do with one another.
+
+#include <QObject>
+#include <memory>
+#include <utility>
+
+#include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/Support/AppModelProbe.h"
+#include "QuillmereApp/Support/Gate.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereCore/Model/ModelStore.h"
+
+namespace quillmere::testing {
+namespace {
+
+// A trained model with an output folder and few phase passes.
+void prepareToGenerate(AppModel& app, const TestWorld& world, int count = 3) {
+    prepareTrained(app, world.makeCorpus("corpus"));
+    app.setOutputText(world.path("out"));
+    app.setCount(count);
+    app.character()->parameters()->setValue("phase-iterations", 1);
+}
+
+void generateAndWait(AppModel& app) {
+    app.generate();
+    QVERIFY(waitUntilIdle(app));
+}
+
+QStringList fileNames(AppModel& app) {
+    QStringList names;
+    for (int row = 0; row < app.results()->count(); ++row)
+        names.append(app.results()->index(row).data(ResultsModel::FileNameRole).toString());
+    return names;
+}
+
+QByteArray bytesOfResult(AppModel& app, int row) {
+    return TestWorld::read(app.results()->urlAt(row).toLocalFile());
+}
+
+}  // namespace
+
+class AppModelTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    // ---- The start
+
+    void beginsWithTheInitialValues() {
+        TestWorld world;
+        AppModel app(world.environment);
+        QVERIFY(app.corpusURL().isEmpty());
+        QVERIFY(!app.corpus()->isChosen());
+        QVERIFY(app.summary() == nullptr);
+        QVERIFY(!app.isScanning());
+        QVERIFY(!app.model()->isReady());
+        QVERIFY(app.bundle() == nullptr);
+        QCOMPARE(app.quality(), Quality::standard);
+        QCOMPARE(app.analysis(), AnalysisProfile::automatic);
+        QVERIFY(!app.training());
+        QCOMPARE(app.lossHistory()->count(), 0);
+        QVERIFY(!app.isTraining());
+        QCOMPARE(app.outputText(), QString());
+        QCOMPARE(app.count(), 10);
+        QCOMPARE(app.format(), OutputFormat::wav24);
+        QVERIFY(app.aesthetics() == Aesthetics());
+        QCOMPARE(app.presetName(), QStringLiteral("Balanced"));
+        QVERIFY(!app.character()->presetEdited());
+        QCOMPARE(app.seedText(), QString());
+        QVERIFY(!app.isGenerating());
+        QCOMPARE(app.generationProgress(), std::pair(0, 0));
+        QCOMPARE(app.results()->count(), 0);
+        QVERIFY(app.lastOutputFolder().isEmpty());
+        QVERIFY(app.playingURL().isEmpty());
+        QVERIFY(!app.isAuditioning());
+        QVERIFY(!app.isBusy());
+        QCOMPARE(app.errorMessage(), QString());
+        QCOMPARE(app.output()->status(), OutputController::NoFolder);
+    }
+
+    void restoresCorpusOutputAndCount() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        world.writePreferences("corpusPath=" + world.path("corpus").toUtf8() +
+                               "\noutputPath=/some/where\ncount=25\n");
+        AppModel app(world.environment);
+        QCOMPARE(app.corpusURL(), corpus);
+        QVERIFY(app.isScanning());
+        QCOMPARE(app.outputText(), QStringLiteral("/some/where"));
+        QCOMPARE(app.count(), 25);
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.corpus()->fileCount(), 3);
+    }
+
+    void ignoresPreferencesOfWrongTypes_data() {
+        QTest::addColumn<QByteArray>("lines");
+        QTest::newRow("lists") << QByteArray("corpusPath=a, b\noutputPath=c, d\ncount=1, 2\n");
+        QTest::newRow("bytes") << QByteArray(
+            "corpusPath=@ByteArray(x)\noutputPath=@ByteArray(x)\ncount=@ByteArray(7)\n");
+        QTest::newRow("points") << QByteArray(
+            "corpusPath=@Point(1 2)\noutputPath=@Point(1 2)\ncount=@Point(1 2)\n");
+        QTest::newRow("invalid") << QByteArray(
+            "corpusPath=@Invalid()\noutputPath=@Invalid()\ncount=@Invalid()\n");
+        QTest::newRow("no integer") << QByteArray("count=10.5\n");
+        QTest::newRow("word") << QByteArray("count=many\n");
+        QTest::newRow("too large") << QByteArray("count=99999999999\n");
+        QTest::newRow("appearance") << QByteArray("appearance=7\ndesktopWasDark=@Point(1 2)\n");
+        QTest::newRow("recent") << QByteArray("recentCorpora=@Point(1 2)\n");
+    }
+    void ignoresPreferencesOfWrongTypes() {
+        QFETCH(QByteArray, lines);
+        TestWorld world;
+        world.writePreferences(lines);
+        AppModel app(world.environment);
+        QVERIFY(!app.corpus()->isChosen());
+        QCOMPARE(app.outputText(), QString());
+        QCOMPARE(app.count(), 10);
+        QCOMPARE(app.corpus()->recent().size(), 0);
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void aTemporaryFolderThatIsNoneGivesWayToTheUsualOne() {
+        const QByteArray before = qgetenv("TMPDIR");
+        qputenv("TMPDIR", "/no/such/folder");
+        QCOMPARE(Environment::standard().temporaryFolder, std::filesystem::path("/tmp"));
+        before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+    }
+
+    void startsWithDamagedPreferences() {
+        TestWorld world;
+        TestWorld::write(world.environment.settingsFile, QByteArray("\x00\xff[[[=%%%\ncount", 16));
+        QCOMPARE(AppModel(world.environment).count(), 10);
+    }
+
+    void twoInstancesShareThePreferences() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        {
+            AppModel one(world.environment);
+            AppModel other(world.environment);
+            one.appearance()->setMode(Appearance::Dark);
+            other.setCorpus(corpus);
+        }
+        AppModel restarted(world.environment);
+        QCOMPARE(restarted.corpusURL(), corpus);
+        QCOMPARE(restarted.appearance()->mode(), Appearance::Dark);
+    }
+
+    void remembersTheAppearance() {
+        TestWorld world;
+        {
+            AppModel app(world.environment);
+            QSignalSpy dark(app.appearance(), &Appearance::darkChanged);
+            app.appearance()->setMode(Appearance::Dark);
+            QCOMPARE(dark.count(), 1);
+            QVERIFY(app.appearance()->isDark());
+        }
+        AppModel restarted(world.environment);
+        QVERIFY(restarted.appearance()->isDark());
+        restarted.appearance()->forceLight();
+        QVERIFY(!restarted.appearance()->isDark());
+        AppModel again(world.environment);
+        QVERIFY(again.appearance()->isDark());
+    }
+
+    // ---- Corpus and model
+
+    void aNewCorpusDiscardsTheOldStateAtOnce() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("first"));
+        app.setOutputText(world.path("out"));
+        app.setCount(1);
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.results()->count(), 1);
+        app.setCorpus(world.makeCorpus("second"));
+        QVERIFY(!app.corpus()->hasSummary());
+        QVERIFY(!app.model()->isReady());
+        QCOMPARE(app.results()->count(), 0);
+        QCOMPARE(app.lastOutputFolder(), world.url("out"));
+    }
+
+    void findsTheModelOfTheFolderAgain() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        {
+            AppModel app(world.environment);
+            prepareTrained(app, corpus);
+        }
+        AppModel app(world.environment);  // restores the folder
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.model()->isReady());
+        QCOMPARE(app.model()->problem(), QString());
+    }
+
+    void aChangedFolderHasNoModel() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        AppModel app(world.environment);
+        prepareTrained(app, corpus);
+        world.makeCorpus("corpus", 4);
+        prepare(app, corpus);
+        QVERIFY(!app.model()->isReady());
+    }
+
+    void aModelWithHalfItsFilesIsNone() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        AppModel app(world.environment);
+        prepareTrained(app, corpus);
+        const auto folder = ModelStore::directory(*app.summary(), world.environment.modelsRoot);
+        std::filesystem::remove(folder / "model.json");
+        prepare(app, corpus);
+        QVERIFY(!app.model()->isReady());
+        QCOMPARE(app.errorMessage(), QString());
+        QCOMPARE(app.model()->problem(), QString());
+    }
+
+    void aChoiceWhileAModelIsLoadedWins() {
+        TestWorld world;
+        const QUrl trained = world.makeCorpus("trained");
+        const QUrl other = world.makeCorpus("other", 2);
+        AppModel app(world.environment);
+        prepareTrained(app, trained);
+        app.setCorpus(trained);
+        QVERIFY(QTest::qWaitFor([&] { return app.model()->isLoading(); }));
+        AppModelProbe::waitForWork(app);  // the model is loaded and waits to be delivered
+        app.setCorpus(other);
+        QVERIFY(!app.model()->isLoading());
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.corpus()->fileCount(), 2);
+        QVERIFY(!app.model()->isReady());
+    }
+
+    void aCorpusCannotBeChosenWhileTraining() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        AppModel app(world.environment);
+        prepare(app, corpus);
+        QSignalSpy chooser(app.corpus(), &CorpusController::chooserRequested);
+        app.train();
+        app.setCorpus(world.makeCorpus("other"));
+        app.chooseCorpus();
+        QCOMPARE(app.corpusURL(), corpus);
+        QVERIFY(app.corpus()->hasSummary());
+        QCOMPARE(chooser.count(), 0);
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.corpusURL(), corpus);
+    }
+
+    void errorsCanBeCopiedAndDismissed() {
+        TestWorld world;
+        AppModel app(world.environment);
+        app.setCorpus(world.url("missing"));
+        QVERIFY(waitUntilIdle(app));
+        app.copyError();
+        QCOMPARE(world.clipboard, world.path("missing") + " is not a folder");
+        app.dismissError();
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void aCorpusWithoutAReadableFileIsToldOfWhenItIsLearned() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus", 20, 0.01);
+        world.inTheMidst(Run::scan, 0, [&] { QDir(world.path("corpus")).removeRecursively(); });
+        AppModel app(world.environment);
+        prepare(app, corpus);
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(app.corpus()->unreadable(), 20);
+        QVERIFY(!app.model()->isReady());
+        QCOMPARE(app.errorMessage(), QString());
+        // Learning from it says what is wrong, and generating does, too.
+        app.setOutputText(world.path("out"));
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.errorMessage(), QStringLiteral("No usable audio files were found in that folder."));
+        QVERIFY(!QFileInfo::exists(world.path("out")));
+    }
+
+    void knowsAFolderOfThisComputer() {
+        TestWorld world;
+        AppModel app(world.environment);
+        QVERIFY(!app.isFolder(QUrl("https://example.org/samples")));
+        QVERIFY(!app.isFolder(world.url("missing")));
+        QVERIFY(app.isFolder(world.makeCorpus("corpus")));
+    }
+
+    // ---- What runs
+
+    void isBusyWhileAnythingRuns() {
+        TestWorld world;
+        AppModel app(world.environment);
+        QSignalSpy busy(&app, &AppModel::isBusyChanged);
+        app.setCorpus(world.makeCorpus("corpus"));
+        QVERIFY(app.isBusy() && app.canChooseDevice() && !app.generation()->canGenerate());
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.generation()->canGenerate() && app.model()->canTrain());
+        app.train();
+        QVERIFY(app.isBusy() && !app.canChooseDevice() && !app.corpus()->canChoose());
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.generation()->canAudition() && app.corpus()->canChoose());
+        QCOMPARE(busy.count(), 4);
+    }
+
+    void cancelStopsAScan() {
+        TestWorld world;
+        Gate gate;
+        gate.close();
+        world.environment.onProgress = [&gate](Run, std::int64_t) { gate.pass(); };
+        AppModel app(world.environment);
+        app.setCorpus(world.makeCorpus("corpus", 40, 0.01));
+        app.cancel();
+        gate.open();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.summary() == nullptr);
+    }
+
+    void cancelStopsAGeneration() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 100000);
+        app.generate();
+        app.cancel();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.results()->count(), 0);
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void closingDuringAGenerationCancelsAndWaits() {
+        TestWorld world;
+        auto app = std::make_unique<AppModel>(world.environment);
+        prepareToGenerate(*app, world, 100000);
+        app->generate();
+        QVERIFY(QTest::qWaitFor([&] { return app->generation()->done() > 0; }, 30000));
+        QElapsedTimer clock;
+        clock.start();
+        app.reset();
+        QVERIFY2(clock.elapsed() < 10000, "waits for the running variations, not for all");
+    }
+
+    // ---- Generation
+
+    void trainsFirstWhenThereIsNoModel() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepare(app, world.makeCorpus("corpus"));
+        app.setOutputText(world.path("out"));
+        app.setCount(2);
+        bool returned = false;
+        app.generate([&] { returned = true; });
+        QVERIFY(app.isTraining());
+        QVERIFY(!app.isGenerating());
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(app.model()->isReady());
+        QCOMPARE(app.results()->count(), 2);
+        QVERIFY(!app.isBusy());
+    }
+
+    void stopsWhenTheTrainingGaveNoModel() {
+        TestWorld world;
+        world.steps = 1000000;
+        AppModel app(world.environment);
+        prepare(app, world.makeCorpus("corpus"));
+        app.setOutputText(world.path("out"));
+        bool returned = false;
+        app.generate([&] { returned = true; });
+        app.cancel();
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(!app.isBusy());
+        QVERIFY(!QFileInfo::exists(world.path("out")));
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void waitsForAModelThatIsBeingLoaded() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        AppModel app(world.environment);
+        prepareTrained(app, corpus);
+        app.setOutputText(world.path("out"));
+        app.setCount(1);
+        QSignalSpy training(app.model(), &ModelController::isTrainingChanged);
+        app.setCorpus(corpus);
+        QVERIFY(QTest::qWaitFor([&] { return app.model()->isLoading(); }));
+        bool returned = false;
+        app.generate([&] { returned = true; });
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QCOMPARE(training.count(), 0);
+        QCOMPARE(app.results()->count(), 1);
+    }
+
+    void aDamagedModelThatIsBeingLoadedIsNotReplacedUnasked() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        AppModel app(world.environment);
+        prepareTrained(app, corpus);
+        const auto weights =
+            ModelStore::directory(*app.summary(), world.environment.modelsRoot) / "weights.bin";
+        std::filesystem::resize_file(weights, 100);
+        app.setOutputText(world.path("out"));
+        app.setCorpus(corpus);
+        QVERIFY(QTest::qWaitFor([&] { return app.model()->isLoading(); }));
+        bool returned = false;
+        app.generate([&] { returned = true; });
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(!app.isTraining());
+        QVERIFY(!app.model()->problem().isEmpty());
+        QCOMPARE(std::filesystem::file_size(weights), 100U);
+    }
+
+    void trainingIsRefusedWhileGenerating() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world);
+        QSignalSpy training(app.model(), &ModelController::isTrainingChanged);
+        app.generate();
+        app.train();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(training.count(), 0);
+        QCOMPARE(app.results()->count(), 3);
+    }
+
+    void aNumberAsSeedRepeatsTheResults() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 2);
+        app.setSeedText(" 42 ");
+        generateAndWait(app);
+        QCOMPARE(app.character()->lastSeed(), QStringLiteral("42"));
+        const QByteArray first = bytesOfResult(app, 0);
+        const QByteArray second = bytesOfResult(app, 1);
+        QVERIFY(first.size() > 44 && first != second);
+        generateAndWait(app);
+        QCOMPARE(fileNames(app), QStringList({"corpus_var_0003.wav", "corpus_var_0004.wav"}));
+        QCOMPARE(bytesOfResult(app, 0), first);
+        QCOMPARE(bytesOfResult(app, 1), second);
+    }
+
+    void remembersOutputAndCountWhenItStarts() {
+        TestWorld world;
+        {
+            AppModel app(world.environment);
+            prepareToGenerate(app, world, 2);
+        }
+        {
+            AppModel notYet(world.environment);
+            QCOMPARE(notYet.outputText(), QString());
+            QCOMPARE(notYet.count(), 10);
+        }
+        {
+            AppModel app(world.environment);
+            QVERIFY(waitUntilIdle(app));
+            app.setOutputText(world.path("out"));
+            app.setCount(2);
+            generateAndWait(app);
+        }
+        AppModel restarted(world.environment);
+        QCOMPARE(restarted.outputText(), world.path("out"));
+        QCOMPARE(restarted.count(), 2);
+    }
+
+    void doesNotNeedTheCorpusAnyMore() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        QVERIFY(QDir(world.path("corpus")).removeRecursively());
+        generateAndWait(app);
+        QCOMPARE(app.errorMessage(), QString());
+        QCOMPARE(app.results()->count(), 1);
+    }
+
+    void doesNotNeedTheCorpusOrTheStoredModelMeanwhile() {
+        TestWorld world;
+        world.inTheMidst(Run::generation, 1, [&] {
+            QDir(world.path("corpus")).removeRecursively();
+            QDir(toQString(world.environment.modelsRoot)).removeRecursively();
+        });
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 5);
+        generateAndWait(app);
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(app.errorMessage(), QString());
+        QCOMPARE(app.results()->count(), 5);
+    }
+
+    void aCorpusCannotBeChosenMeanwhile() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world);
+        const QUrl corpus = app.corpusURL();
+        app.generate();
+        app.setCorpus(world.makeCorpus("other"));
+        QCOMPARE(app.corpusURL(), corpus);
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.results()->count(), 3);
+    }
+
+    void stopsThePlayback() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        app.play(world.url("corpus/hit0.wav"));
+        QTRY_VERIFY(!app.playingURL().isEmpty());
+        app.generate();
+        QVERIFY(app.playingURL().isEmpty());
+        QVERIFY(!world.player->isPlaying());
+        QVERIFY(waitUntilIdle(app));
+    }
+
+    void twoInstancesNeverOverwriteEachOther() {
+        TestWorld world;
+        AppModel one(world.environment);
+        prepareToGenerate(one, world, 8);
+        AppModel other(world.environment);
+        QVERIFY(waitUntilIdle(other));
+        other.setOutputText(world.path("out"));
+        other.setCount(8);
+        one.generate();
+        other.generate();
+        QVERIFY(waitUntilIdle(one));
+        QVERIFY(waitUntilIdle(other));
+        QCOMPARE(one.errorMessage(), QString());
+        QCOMPARE(other.errorMessage(), QString());
+        QCOMPARE(QDir(world.path("out")).entryList({"*.wav"}, QDir::Files).size(), 16);
+    }
+
+    void showsTheFilesInTheFileManager() {
+        TestWorld world;
+        AppModel app(world.environment);
+        app.showInFileManager();
+        QCOMPARE(app.errorMessage(), QStringLiteral("Choose an output folder first."));
+        prepareToGenerate(app, world, 2);
+        generateAndWait(app);
+        app.showInFileManager();
+        QTRY_COMPARE(world.shownFolder, world.url("out"));
+        QCOMPARE(world.shownFiles,
+                 QList<QUrl>({world.url("out/corpus_var_0001.wav"), world.url("out/corpus_var_0002.wav")}));
+        world.hasFileManager = false;
+        app.showInFileManager();
+        QTRY_VERIFY(app.errorMessage().contains(world.path("out")));
+    }
+
+    // ---- Auditions and playback
+
+    void anAuditionIsPlayed() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        app.output()->setFormatIndex(2);
+        app.audition();
+        QVERIFY(app.isAuditioning());
+        QVERIFY(app.isBusy());
+        QVERIFY(waitUntilIdle(app));
+        const QString file = world.path("tmp/Quillmere-audition.wav");
+        QTRY_COMPARE(app.playingURL(), QUrl::fromLocalFile(file));
+        QVERIFY(app.playingURL() == app.generation()->auditionURL());
+        const QByteArray bytes = TestWorld::read(file);
+        QCOMPARE(static_cast<int>(bytes.at(34)), 16);  // whatever the format of the output
+        QCOMPARE(AudioIO::readMono(toPath(file)).sampleRate, 8000.0);
+        QCOMPARE(app.results()->count(), 0);
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void anAuditionIsTheFirstVariationOfAGeneration() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        app.setSeedText("7");
+        app.audition();
+        QVERIFY(waitUntilIdle(app));
+        app.setOutputText(world.path("out"));
+        app.setCount(1);
+        app.output()->setFormatIndex(0);
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(TestWorld::read(world.path("out/corpus_var_0001.wav")),
+                 TestWorld::read(world.path("tmp/Quillmere-audition.wav")));
+    }
+
+    void nothingElseStartsDuringAnAudition() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        app.setOutputText(world.path("out"));
+        QSignalSpy notice(&app, &AppModel::notice);
+        app.audition();
+        app.generate();
+        QVERIFY(!app.isGenerating());
+        QCOMPARE(notice.count(), 1);
+        QVERIFY(waitUntilIdle(app));
+    }
+
+    void anAuditionWaitsForAModelThatIsBeingLoaded() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        app.setCorpus(app.corpusURL());
+        QVERIFY(QTest::qWaitFor([&] { return app.model()->isLoading(); }));
+        app.audition();
+        QTRY_VERIFY(app.playingURL() == app.generation()->auditionURL());
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void aResultDeletedBeforeItIsPlayedIsMarked() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("corpus"));
+        app.setOutputText(world.path("out"));
+        app.setCount(2);
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        const QUrl deleted = app.results()->urlAt(0);
+        QVERIFY(QFile::remove(deleted.toLocalFile()));
+        app.togglePlay(deleted);
+        QTRY_VERIFY(!app.results()->existsAt(0));
+        QVERIFY(app.results()->existsAt(1));
+        QVERIFY(app.playingURL().isEmpty());
+        QCOMPARE(app.errorMessage(), QString());
+        app.togglePlay(app.results()->urlAt(1));
+        QTRY_COMPARE(app.playingURL(), app.results()->urlAt(1));
+        QVERIFY(app.results()->index(1).data(ResultsModel::IsPlayingRole).toBool());
+        QVERIFY(!app.results()->index(0).data(ResultsModel::IsPlayingRole).toBool());
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::AppModelTest)
+#include "AppModelTest.moc"

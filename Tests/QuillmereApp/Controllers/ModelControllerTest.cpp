@@ -1,0 +1,482 @@
+// The model of a corpus: its training with options, progress, cancellation and failures, and the stored one.
+
+#include <QObject>
+#include <filesystem>
+#include <memory>
+
+#include "QuillmereApp/Controllers/ModelController.h"
+#include "QuillmereApp/Support/AppModelProbe.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/Told.h"
+#include "QuillmereCore/Model/ModelStore.h"
+
+namespace quillmere::testing {
+namespace {
+
+using Phase = TrainingProgress::Phase;
+
+// A ModelController with all it needs.
+struct Learner {
+    explicit Learner(const TestWorld& world)
+        : root(world.environment.modelsRoot),
+          preferences(world.environment.settingsFile),
+          devices(world.environment, preferences),
+          model(world.environment, devices),
+          told(model) {}
+
+    // As after a scan of the folder.
+    void open(const QUrl& folder);
+    void openTrained(const QUrl& folder);
+
+    std::filesystem::path root;
+    std::shared_ptr<const CorpusSummary> summary;
+    Preferences preferences;
+    ComputeDevices devices;
+    ModelController model;
+    Told told;
+};
+
+// Waits until nothing is trained or loaded.
+bool waitUntilLearned(const ModelController& model) {
+    return QTest::qWaitFor([&] { return !model.isTraining() && !model.isLoading(); }, 30000);
+}
+
+void Learner::open(const QUrl& folder) {
+    summary = std::make_shared<const CorpusSummary>(Corpus::scan(toPath(folder)));
+    model.setCorpus(true, summary);
+    model.forget();
+    const auto stored = ModelStore::directory(*summary, root);
+    if (ModelStore::exists(stored)) model.load(stored);
+    QVERIFY(waitUntilLearned(model));
+}
+
+void Learner::openTrained(const QUrl& folder) {
+    open(folder);
+    model.train();
+    QVERIFY(waitUntilLearned(model));
+    QVERIFY2(model.isReady(), qPrintable(told.error));
+}
+
+}  // namespace
+
+class ModelControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void trainsAndStoresAModel() {
+        TestWorld world;
+        world.steps = 12;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        QSignalSpy training(&model, &ModelController::isTrainingChanged);
+        QSignalSpy finished(&model, &ModelController::trainingFinished);
+        QStringList phases;
+        connect(&model, &ModelController::progressed, &model, [&] {
+            if (phases.isEmpty() || phases.last() != model.phase()) phases.append(model.phase());
+        });
+        model.train();
+        QVERIFY(model.isTraining());
+        QCOMPARE(model.message(), QStringLiteral("Starting…"));
+        QCOMPARE(model.phase(), QStringLiteral("analysing"));
+        QVERIFY(waitUntilLearned(model));
+        QCOMPARE(training.count(), 2);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(phases, QStringList({"analysing", "training", "finishing"}));
+        QVERIFY(model.isReady());
+        QCOMPARE(model.bundle()->metadata.steps, std::int64_t{12});
+        QVERIFY(ModelStore::exists(ModelStore::directory(*learner.summary, world.environment.modelsRoot)));
+    }
+
+    void theChartHoldsTheReportedSteps() {
+        TestWorld world;
+        world.steps = 25;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(world.makeCorpus("corpus"));
+        QList<qint64> steps;
+        for (const LossPoint& point : model.lossHistory()->points()) {
+            steps.append(point.id);
+            QVERIFY(point.loss > 0);
+        }
+        QCOMPARE(steps, QList<qint64>({1, 10, 20, 25}));
+        const QModelIndex second = model.lossHistory()->index(1);
+        QCOMPARE(second.data(LossHistory::StepRole).toInt(), 10);
+        QCOMPARE(second.data(LossHistory::LossRole).toDouble(), model.lossHistory()->points().at(1).loss);
+        model.train();
+        QCOMPARE(model.lossHistory()->count(), 0);
+        QVERIFY(waitUntilLearned(model));
+    }
+
+    void recordsAtStepZeroAndRepeatedStepsAddNoPoint() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        AppModelProbe::receive(model, Phase::training, 0, 1.0F);
+        QCOMPARE(model.lossHistory()->count(), 0);
+        AppModelProbe::receive(model, Phase::training, 10, 0.5F);
+        AppModelProbe::receive(model, Phase::training, 10, 0.4F);
+        QCOMPARE(model.lossHistory()->count(), 1);
+        QCOMPARE(model.lossHistory()->points().at(0).loss, 0.5);
+        QCOMPARE(model.training()->loss, 0.4F);
+        AppModelProbe::receive(model, Phase::finishing, 20, 0.3F);
+        AppModelProbe::receive(model, Phase::analysing, 30, 0.3F);
+        QCOMPARE(model.lossHistory()->count(), 1);
+        QVERIFY(waitUntilLearned(model));
+    }
+
+    void recordsAreIgnoredWhenNothingIsTrained() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        AppModelProbe::receive(model, Phase::training, 10, 0.5F);
+        QVERIFY(!model.training());
+        QCOMPARE(model.lossHistory()->count(), 0);
+    }
+
+    void everyQualityHasItsSteps() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        const QList<int> steps{800, 2000, 5000};
+        for (int quality = 0; quality < 3; ++quality) {
+            model.setQualityIndex(quality);
+            model.train();
+            QVERIFY(waitUntilLearned(model));
+            QCOMPARE(world.requestedTraining.steps, steps.at(quality));
+        }
+        model.setQualityIndex(3);
+        QCOMPARE(model.quality(), Quality::thorough);
+    }
+
+    void theOtherOptionsAreFixed() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.setAnalysisIndex(2);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        const TrainingOptions options = world.requestedTraining;
+        QCOMPARE(options.batchSize, 16);
+        QCOMPARE(options.learningRate, 0.001F);
+        QCOMPARE(options.klWeight, 0.002F);
+        QCOMPARE(options.latentDim, 64);
+        QVERIFY(!options.clipSeconds);
+        QCOMPARE(options.profile, AnalysisProfile::tonal);
+        QCOMPARE(options.seed, 1U);
+        QCOMPARE(model.analysisLabel(), QStringLiteral("Tonal (sustained pitch)"));
+    }
+
+    void theSameCorpusGivesTheSameWeights() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(world.makeCorpus("corpus"));
+        const auto weights = model.bundle()->weights;
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.bundle()->weights == weights);
+    }
+
+    void nothingHappensWithoutASummary() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        QSignalSpy training(&model, &ModelController::isTrainingChanged);
+        model.train();
+        model.setCorpus(true, nullptr);  // being scanned
+        model.train();
+        QCOMPARE(training.count(), 0);
+        QVERIFY(!model.isReady());
+    }
+
+    void aSecondCallWhileTrainingDoesNothing() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        QSignalSpy finished(&model, &ModelController::trainingFinished);
+        model.train();
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QCOMPARE(finished.count(), 1);
+    }
+
+    void cancellingKeepsThePreviousModel() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(world.makeCorpus("corpus"));
+        const ModelBundle* before = model.bundle();
+        world.steps = 1000000;
+        model.train();
+        QVERIFY(QTest::qWaitFor([&] { return model.lossHistory()->count() > 0; }, 30000));
+        model.cancelTraining();
+        QVERIFY(model.isCancelling());
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.isCancelling());
+        QCOMPARE(model.bundle(), before);
+        QCOMPARE(learner.told.error, QString());
+        model.cancelTraining();  // nothing to cancel
+        QVERIFY(!model.isCancelling());
+    }
+
+    void aCancelledTrainingLeavesNoFiles() {
+        TestWorld world;
+        world.steps = 1000000;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        model.cancelTraining();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.isReady());
+        QVERIFY(
+            !std::filesystem::exists(ModelStore::directory(*learner.summary, world.environment.modelsRoot)));
+    }
+
+    void closingDuringTrainingCancelsAndWaits() {
+        TestWorld world;
+        world.steps = 1000000;
+        auto learner = std::make_unique<Learner>(world);
+        learner->open(world.makeCorpus("corpus"));
+        learner->model.train();
+        QVERIFY(QTest::qWaitFor([&] { return learner->model.lossHistory()->count() > 0; }, 30000));
+        QElapsedTimer clock;
+        clock.start();
+        learner.reset();
+        QVERIFY2(clock.elapsed() < 5000, "waits for a step, not for the whole run");
+    }
+
+    void saysThatADeletedCorpusCannotBeLearned() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(corpus);
+        QVERIFY(QDir(corpus.toLocalFile()).removeRecursively());
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QCOMPARE(learner.told.error, QStringLiteral("No usable audio files were found in that folder."));
+        QVERIFY(!model.isTraining());
+    }
+
+    void reportsACorpusDeletedWhenItsFilesAreAboutToBeRead() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        world.inTheMidst(Run::training, 0, [&] { QDir(world.path("corpus")).removeRecursively(); });
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(corpus);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(learner.told.error, QStringLiteral("No usable audio files were found in that folder."));
+        QVERIFY(!model.isReady());
+        QVERIFY(
+            !std::filesystem::exists(ModelStore::directory(*learner.summary, world.environment.modelsRoot)));
+    }
+
+    void survivesACorpusDeletedAtTheFirstStep() {
+        TestWorld world;
+        world.steps = 5;
+        const QUrl corpus = world.makeCorpus("corpus");
+        world.inTheMidst(Run::training, 1, [&] { QDir(world.path("corpus")).removeRecursively(); });
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(corpus);  // the clips were read before
+        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        QCOMPARE(learner.told.error, QString());
+        QCOMPARE(model.bundle()->latents.size(), 3U);
+    }
+
+    void reportsAModelFolderThatVanishesMeanwhile() {
+        TestWorld world;
+        world.steps = 5;
+        const QString root = toQString(world.environment.modelsRoot);
+        world.inTheMidst(Run::training, 1, [&] {
+            QDir(root).removeRecursively();
+            TestWorld::write(root, "a file where the folder was");
+        });
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.isReady());
+        QVERIFY2(learner.told.error.contains("Models"), qPrintable(learner.told.error));
+        QCOMPARE(TestWorld::read(root), QByteArray("a file where the folder was"));
+    }
+
+    void reportsAModelThatCannotBeStored() {
+        TestWorld world;
+        TestWorld::write(toQString(world.environment.modelsRoot), "a file where the folder should be");
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.isReady());
+        QVERIFY2(learner.told.error.contains("Models"), qPrintable(learner.told.error));
+    }
+
+    void twoInstancesStoreTheSameModelOneAfterTheOther() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        Learner one(world);
+        Learner other(world);
+        one.open(corpus);
+        other.open(corpus);
+        one.model.train();
+        other.model.train();
+        QVERIFY(waitUntilLearned(one.model));
+        QVERIFY(waitUntilLearned(other.model));
+        QCOMPARE(one.told.error, QString());
+        QCOMPARE(other.told.error, QString());
+        QVERIFY(one.model.isReady() && other.model.isReady());
+        QVERIFY(one.model.bundle()->weights == other.model.bundle()->weights);
+    }
+
+    void reportsADamagedModelAndKeepsItsFiles_data() {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("bytesLeft");  // negative: that many less
+        QTest::newRow("one byte of weights missing") << "weights.bin" << -1;
+        QTest::newRow("empty weights") << "weights.bin" << 0;
+        QTest::newRow("JSON cut in half") << "model.json" << 300;
+        QTest::newRow("empty JSON") << "model.json" << 0;
+    }
+    void reportsADamagedModelAndKeepsItsFiles() {
+        QFETCH(QString, file);
+        QFETCH(int, bytesLeft);
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(corpus);
+        const QString folder =
+            toQString(ModelStore::directory(*learner.summary, world.environment.modelsRoot));
+        const QString damaged = folder + "/" + file;
+        const QByteArray whole = TestWorld::read(damaged);
+        const QByteArray cut = whole.left(bytesLeft < 0 ? whole.size() + bytesLeft : bytesLeft);
+        TestWorld::write(damaged, cut);
+
+        learner.open(corpus);
+        QVERIFY(!model.isReady());
+        QVERIFY(!learner.told.error.isEmpty());
+        if (bytesLeft < 0)
+            QCOMPARE(learner.told.error,
+                     QStringLiteral("Model weights do not match the saved configuration"));
+        QVERIFY(model.problem().contains("Retrain"));
+        QCOMPARE(TestWorld::read(damaged), cut);
+
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isReady());
+        QCOMPARE(model.problem(), QString());
+        QCOMPARE(TestWorld::read(damaged).size(), whole.size());
+        QCOMPARE(TestWorld::read(folder + ".damaged/" + file), cut);
+
+        TestWorld::write(damaged, cut);
+        learner.openTrained(corpus);
+        QCOMPARE(TestWorld::read(folder + ".damaged-2/" + file), cut);
+        model.train();  // over a model that is whole
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!QFileInfo::exists(folder + ".damaged-3"));
+    }
+
+    void findsWhatWasLearnedAgain() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        Learner(world).openTrained(corpus);
+        Learner learner(world);
+        learner.open(corpus);
+        const ModelController& model = learner.model;
+        QVERIFY(model.isReady());
+        QCOMPARE(model.bundle()->metadata.steps, std::int64_t{2});
+        QCOMPARE(model.bundle()->latents.size(), 3U);
+        QCOMPARE(model.analysisLabel(), QStringLiteral("Percussive (sharp attacks)"));
+        QCOMPARE(model.clipSeconds(), 32 * 256 / 8000.0);
+        QCOMPARE(model.clipSecondsText(), QStringLiteral("1.0"));
+        QVERIFY(std::abs(model.learnedAt().secsTo(QDateTime::currentDateTime())) < 120);
+        QCOMPARE(model.problem(), QString());
+    }
+
+    void whatIsForgottenWhileItIsLoadedStaysAway() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(world.makeCorpus("corpus"));
+        model.forget();
+        model.load(ModelStore::directory(*learner.summary, learner.root));
+        bool returned = false;
+        model.whenLoaded([&] { returned = true; });
+        AppModelProbe::waitForWork(model);  // it is loaded and waits to be delivered
+        QVERIFY(!returned);
+        model.forget();
+        QVERIFY(returned);
+        QVERIFY(!model.isLoading());
+        deliverEvents();
+        QVERIFY(!model.isReady());
+    }
+
+    void offersTheQualitiesAndAnalysesWithTheirTexts() {
+        TestWorld world;
+        Learner learner(world);
+        const ModelController& model = learner.model;
+        QCOMPARE(model.qualityLabels(), QStringList({"Quick", "Standard", "Thorough"}));
+        QCOMPARE(model.qualityHelps(), QStringList({"Minutes-ish. Blurrier, good for trying things out.",
+                                                    "Balanced.", "Longest. Sharpest reconstructions."}));
+        QCOMPARE(model.analysisLabels(),
+                 QStringList({"Automatic", "Percussive (sharp attacks)", "Tonal (sustained pitch)"}));
+    }
+
+    void saysWhyNothingCanBeTrained() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        QSignalSpy changed(&model, &ModelController::canTrainChanged);
+        QVERIFY(!model.canTrain());
+        QCOMPARE(model.trainHint(), QStringLiteral("Choose a corpus first."));
+        model.setCorpus(true, nullptr);  // being scanned
+        QVERIFY(!model.canTrain());
+        QCOMPARE(model.trainHint(), QString());
+        model.setCorpus(true, std::make_shared<const CorpusSummary>());
+        QVERIFY(!model.canTrain());
+        QCOMPARE(model.trainHint(), QStringLiteral("No audio files found in this folder."));
+        learner.open(world.makeCorpus("corpus"));
+        QVERIFY(model.canTrain());
+        changed.clear();
+        model.setActivity({.isAuditioning = true});
+        QVERIFY(!model.canTrain());
+        QCOMPARE(changed.count(), 1);
+    }
+
+    void trainingIsRefusedWhileGenerating() {
+        TestWorld world;
+        Learner learner(world);
+        learner.open(world.makeCorpus("corpus"));
+        learner.model.setActivity({.isGenerating = true});
+        learner.model.train();
+        QVERIFY(!learner.model.isTraining());
+        QCOMPARE(learner.told.notices, QStringList(Activity::waitNotice()));
+    }
+
+    void aGeneratorIsPreparedAsItWas() {
+        TestWorld world;
+        Learner learner(world);
+        learner.openTrained(world.makeCorpus("corpus"));
+        const PreparedGenerator generator = learner.model.preparedGenerator();
+        const ModelBundle* bundle = learner.model.bundle();
+        learner.model.forget();
+        QCOMPARE(&generator()->bundle(), bundle);
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::ModelControllerTest)
+#include "ModelControllerTest.moc"

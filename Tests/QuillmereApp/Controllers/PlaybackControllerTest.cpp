@@ -1,0 +1,125 @@
+// What plays, and how long the window says so.
+
+#include <QObject>
+
+#include "QuillmereApp/Controllers/PlaybackController.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/Told.h"
+
+namespace quillmere::testing {
+namespace {
+
+QUrl makeSound(const TestWorld& world, const QString& name, double seconds) {
+    AudioIO::write(sine(440, 8000, static_cast<std::size_t>(seconds * 8000), 0.5), toPath(world.path(name)),
+                   8000, OutputFormat::wav16);
+    return world.url(name);
+}
+
+}  // namespace
+
+class PlaybackControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void playsAFile() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        const QUrl sound = makeSound(world, "a.wav", 0.05);
+        playback.play(sound);
+        QTRY_COMPARE(playback.playingURL(), sound);
+        QCOMPARE(world.player->asked, QStringList({world.path("a.wav")}));
+    }
+
+    void theMarkGoesATenthOfASecondAfterTheEnd() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        playback.play(makeSound(world, "a.wav", 0.2));
+        QTRY_VERIFY(!playback.playingURL().isEmpty());
+        QElapsedTimer clock;
+        clock.start();
+        world.player->finish();  // at once: a fast card
+        QVERIFY(!playback.playingURL().isEmpty());
+        QTRY_VERIFY(playback.playingURL().isEmpty());
+        QVERIFY2(clock.elapsed() >= 280, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    void theMarkStaysWhileTheCardStillPlays() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        playback.play(makeSound(world, "a.wav", 0.01));
+        QTRY_VERIFY(!playback.playingURL().isEmpty());
+        QVERIFY(!QTest::qWaitFor([&] { return playback.playingURL().isEmpty(); }, 250));
+        world.player->finish();
+        QVERIFY(playback.playingURL().isEmpty());
+    }
+
+    void anotherFileTakesOver() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        const QUrl first = makeSound(world, "a.wav", 0.05);
+        const QUrl second = makeSound(world, "b.wav", 0.4);
+        playback.play(first);
+        QTRY_COMPARE(playback.playingURL(), first);
+        playback.play(second);
+        QTRY_COMPARE(playback.playingURL(), second);
+        QElapsedTimer clock;
+        clock.start();
+        world.player->finish();
+        QTRY_VERIFY(playback.playingURL().isEmpty());
+        QVERIFY2(clock.elapsed() >= 450, "the first one's time was over before");
+    }
+
+    void pressingPlayOnThePlayingFileStopsIt() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        const QUrl sound = makeSound(world, "a.wav", 2);
+        playback.togglePlay(sound);
+        QTRY_COMPARE(playback.playingURL(), sound);
+        playback.togglePlay(sound);
+        QVERIFY(playback.playingURL().isEmpty());
+        QVERIFY(!world.player->isPlaying());
+        playback.togglePlay(sound);
+        QTRY_COMPARE(playback.playingURL(), sound);
+    }
+
+    void pressingPlayTwiceQuicklyStopsIt() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        const QUrl sound = makeSound(world, "a.wav", 2);
+        playback.togglePlay(sound);
+        playback.togglePlay(sound);  // not yet started
+        deliverEvents();
+        QVERIFY(playback.playingURL().isEmpty());
+        QVERIFY(!world.player->isPlaying());
+    }
+
+    void withoutASoundCardNothingChanges() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        world.player->hasSoundCard = false;
+        QSignalSpy playing(&playback, &PlaybackController::playingURLChanged);
+        QSignalSpy failed(&playback, &PlaybackController::fileFailed);
+        Told told(playback);
+        playback.play(makeSound(world, "a.wav", 0.1));
+        QTRY_COMPARE(told.notices.size(), 1);
+        QCOMPARE(failed.count(), 1);
+        QCOMPARE(playing.count(), 0);
+        QCOMPARE(told.error, QString());
+    }
+
+    void ignoresWhatIsNoFile() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        playback.play(QUrl());
+        playback.togglePlay(QUrl());
+        playback.play(QUrl("https://example.org/a.wav"));
+        deliverEvents();
+        QCOMPARE(world.player->asked.size(), 0);
+        QVERIFY(playback.playingURL().isEmpty());
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::PlaybackControllerTest)
+#include "PlaybackControllerTest.moc"
