@@ -146,7 +146,7 @@ void Stage::refuseNetworks(const QString& reason) {
     if (machine.devices.size() == 1) machine.add("Card", FakeMachine::Type::discrete);
     machine.refusal = reason.toStdString();
     machine.isFull = true;
-    std::thread([&] { compileOnDevice(*model_); }).join();
+    std::thread([&] { compileOnDevice(*app_); }).join();
 }
 
 void Stage::setResults(int count) {
