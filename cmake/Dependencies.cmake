@@ -5,6 +5,7 @@ pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavut
 pkg_check_modules(SOXR REQUIRED IMPORTED_TARGET soxr)
 pkg_check_modules(HWY REQUIRED IMPORTED_TARGET libhwy)
 find_package(ICU REQUIRED COMPONENTS i18n uc)
+find_package(OpenSSL 3.0 REQUIRED COMPONENTS Crypto)
 find_package(TBB REQUIRED)
 find_package(nlohmann_json REQUIRED)
 find_package(CLI11 REQUIRED)

@@ -9,8 +9,8 @@
 #include <cstdio>
 #include <string>
 #include <system_error>
-#include <utility>
 
+#include "QuillmereCore/Util/Descriptor.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
@@ -20,8 +20,16 @@ namespace fs = std::filesystem;
 
 constexpr mode_t filePermissions = 0666;  // before the umask
 
-std::error_code lastError() {
-    return {errno, std::generic_category()};
+// named: the file that a failure names.
+void writeAll(int descriptor, std::span<const std::byte> bytes, const fs::path& named) {
+    // Linux moves at most about 2 GiB in one call.
+    constexpr std::size_t largestPiece = std::size_t{1} << 30;
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), std::min(bytes.size(), largestPiece));
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throw FileError(named, lastError());
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
 }
 
 // A new file next to the destination. It is removed on destruction unless its name was given away.
@@ -29,7 +37,7 @@ class TemporaryFile {
 public:
     explicit TemporaryFile(const fs::path& destination) : destination_(destination) { create(); }
     ~TemporaryFile() {
-        if (descriptor_ >= 0) ::close(descriptor_);
+        descriptor_.reset();
         if (owned_) ::unlink(path_.c_str());
     }
     TemporaryFile(const TemporaryFile&) = delete;
@@ -37,20 +45,11 @@ public:
 
     [[nodiscard]] const fs::path& path() const { return path_; }
 
-    void write(std::span<const std::byte> bytes) {
-        // Linux moves at most about 2 GiB in one call.
-        constexpr std::size_t largestPiece = std::size_t{1} << 30;
-        while (!bytes.empty()) {
-            const ssize_t written = ::write(descriptor_, bytes.data(), std::min(bytes.size(), largestPiece));
-            if (written < 0 && errno == EINTR) continue;
-            if (written < 0) throw FileError(destination_, lastError());
-            bytes = bytes.subspan(static_cast<std::size_t>(written));
-        }
-    }
+    void write(std::span<const std::byte> bytes) { writeAll(descriptor_.get(), bytes, destination_); }
 
     // Some file systems report a full disk only here.
     void close() {
-        const int result = ::close(std::exchange(descriptor_, -1));
+        const int result = ::close(descriptor_.release());
         if (result != 0 && errno != EINTR) throw FileError(destination_, lastError());
     }
 
@@ -64,8 +63,9 @@ private:
         for (int attempt = 0; attempt < attempts; ++attempt) {
             path_ = destination_.parent_path() /
                     (".quillmere-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".tmp");
-            descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions);
-            if (descriptor_ >= 0) {
+            descriptor_.reset(
+                ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
+            if (descriptor_.isOpen()) {
                 owned_ = true;
                 return;
             }
@@ -76,7 +76,7 @@ private:
 
     fs::path destination_;
     fs::path path_;
-    int descriptor_ = -1;
+    Descriptor descriptor_;
     bool owned_ = false;
 };
 
@@ -123,6 +123,16 @@ bool writeNewFile(const fs::path& file, std::span<const std::byte> bytes) {
     if (!claimName(temporary.path(), file)) return false;
     temporary.giveAway();
     return true;
+}
+
+void createFile(const fs::path& file, std::span<const std::byte> bytes) {
+    Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
+    if (!descriptor.isOpen()) throw FileError(file, lastError());
+    writeAll(descriptor.get(), bytes, file);
+    // Some file systems have nothing that could be forced to a disk.
+    if (::fsync(descriptor.get()) != 0 && errno != EINVAL && errno != ENOTSUP)
+        throw FileError(file, lastError());
+    if (::close(descriptor.release()) != 0 && errno != EINTR) throw FileError(file, lastError());
 }
 
 std::optional<bool> NameClaim::byExclusiveRename(const fs::path& from, const fs::path& to) {

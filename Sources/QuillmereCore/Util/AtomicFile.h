@@ -9,8 +9,8 @@
 //
 // The bytes go to a hidden temporary name in the destination's folder, which then takes the destination's
 // name in one step: a reader never sees half a file, and a failure (a full disk included) leaves no trace.
-// The file gets the permissions that the umask leaves of rw-rw-rw-. Nothing is forced to the disk, so a
-// power cut may still lose a file that was just written.
+// The file gets the permissions that the umask leaves of rw-rw-rw-. Nothing but createFile forces anything to
+// the disk, so a power cut may still lose a file that was just written.
 // Any thread; several threads and processes may write into one folder at once.
 namespace quillmere {
 
@@ -22,6 +22,10 @@ void writeFileAtomically(const std::filesystem::path& file, std::span<const std:
 // written, when the name is taken. Of several writers that try one name at once, exactly one gets it.
 // Throws FileError naming file.
 [[nodiscard]] bool writeNewFile(const std::filesystem::path& file, std::span<const std::byte> bytes);
+
+// Creates file under its own name, with its bytes on the disk when the call returns: for a folder that nobody
+// knows of yet. Throws FileError naming file, also when the name is taken; half a file may be there then.
+void createFile(const std::filesystem::path& file, std::span<const std::byte> bytes);
 
 // The ways in which a finished temporary file can take a name that must be free, in order of preference;
 // not every file system offers each. True: from is now called to. False: the name is taken. Nothing: the
