@@ -6,29 +6,24 @@
 #include <algorithm>
 #include <array>
 #include <bit>
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
-#include <memory>
+#include <set>
 #include <span>
 #include <system_error>
+#include <variant>
 
-#include "QuillmereCore/Model/JSONDocument.h"
+#include "QuillmereCore/Model/ModelFiles.h"
+#include "QuillmereCore/Model/ModelPlace.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::ModelStore {
 namespace {
 
 namespace fs = std::filesystem;
-using json::Json;
-
-constexpr const char* manifestName = "model.json";
-constexpr const char* weightsName = "weights.bin";
-// A manifest of 50,000 clips has about 40 MB; a larger file is no manifest.
-constexpr std::uintmax_t maxManifestSize = 64 << 20;
 
 std::string message(const fs::path& file, const std::string& problem) {
     return Text::utf8(file) + ": " + problem;
@@ -41,38 +36,6 @@ bool allFinite(std::span<const float> values) {
 bool allFinite(const std::vector<std::vector<float>>& arrays) {
     return std::ranges::all_of(arrays, [](const auto& array) { return allFinite(array); });
 }
-
-// ---- Files
-
-// A regular file open for reading whose size is known before anything is read.
-class InputFile {
-public:
-    explicit InputFile(fs::path path) : path_(std::move(path)) {
-        std::error_code error;
-        size_ = fs::file_size(path_, error);  // also refuses folders, pipes and devices
-        if (error) throw FileError(path_, error);
-        file_.reset(std::fopen(path_.c_str(), "rb"));
-        if (!file_) throw FileError(path_, {errno, std::generic_category()});
-    }
-
-    [[nodiscard]] std::uintmax_t size() const { return size_; }
-
-    // False if the file ends too early.
-    [[nodiscard]] bool read(std::span<std::byte> bytes) {
-        errno = 0;
-        const std::size_t count = std::fread(bytes.data(), 1, bytes.size(), file_.get());
-        if (std::ferror(file_.get()) != 0) throw FileError(path_, {errno, std::generic_category()});
-        return count == bytes.size();
-    }
-
-private:
-    struct Close {
-        void operator()(std::FILE* file) const { std::fclose(file); }
-    };
-    fs::path path_;
-    std::uintmax_t size_ = 0;
-    std::unique_ptr<std::FILE, Close> file_;
-};
 
 void write(const fs::path& file, const std::string& content) {
     writeFileAtomically(file, std::as_bytes(std::span(content)));
@@ -103,148 +66,65 @@ bool isDateEnd(std::string_view text) {
                             text.find_first_not_of("0123456789", 1) == std::string_view::npos);
 }
 
-// ---- model.json
-
-std::string encodeMetadata(const ModelMetadata& metadata) {
-    Json object{{"corpusName", metadata.corpusName},
-                {"corpusPath", metadata.corpusPath},
-                {"fingerprint", metadata.fingerprint},
-                {"trainedAt", isoDate(metadata.trainedAt)},
-                {"steps", metadata.steps},
-                {"finalLoss", metadata.finalLoss},
-                {"finalReconstructionError", metadata.finalReconstructionError},
-                {"clipNames", metadata.clipNames}};
-    if (metadata.analysis) object["analysis"] = *metadata.analysis;
-    return object.dump(2, ' ', false, Json::error_handler_t::replace);
-}
-
-// One latent vector per line: with one number per line most of the file would be indentation.
-std::string encodeLatents(const std::vector<std::vector<float>>& latents) {
-    std::string text = "[";
-    for (const std::vector<float>& latent : latents) {
-        if (text.size() > 1) text += ',';
-        text += "\n  " + Json(latent).dump();
-    }
-    return text + "\n]";
-}
-
-// A document as the value of a member: its lines after the first move in by one level.
-std::string nested(const std::string& document) {
-    std::string text;
-    for (const char c : document) {
-        text += c;
-        if (c == '\n') text += "  ";
-    }
-    return text;
-}
-
-std::string encodeManifest(const ModelBundle& bundle) {
-    return "{\n  \"config\": " + nested(encodeJSON(bundle.config)) +
-           ",\n  \"latents\": " + nested(encodeLatents(bundle.latents)) +
-           ",\n  \"metadata\": " + nested(encodeMetadata(bundle.metadata)) + "\n}\n";
-}
-
-std::chrono::sys_seconds decodeDate(const Json& metadata, const char* key) {
-    const std::string& text = json::stringMember(metadata, key);
-    const auto date = parseISODate(text);
-    if (!date) throw DecodingError(json::quoted(key) + " is " + json::quoted(text) + ", which is no date");
-    return *date;
-}
-
-std::vector<std::string> decodeClipNames(const Json& metadata) {
-    std::vector<std::string> names;
-    for (const Json& name : json::arrayMember(metadata, "clipNames")) {
-        if (!name.is_string()) throw DecodingError("\"clipNames\" must be a list of texts");
-        names.push_back(name.get<std::string>());
-    }
-    return names;
-}
-
-std::optional<std::string> decodeAnalysis(const Json& metadata) {
-    const auto found = metadata.find("analysis");
-    if (found == metadata.end() || found->is_null()) return std::nullopt;
-    return json::stringMember(metadata, "analysis");
-}
-
-ModelMetadata decodeMetadata(const Json& metadata) {
-    return {.corpusName = json::stringMember(metadata, "corpusName"),
-            .corpusPath = json::stringMember(metadata, "corpusPath"),
-            .fingerprint = json::stringMember(metadata, "fingerprint"),
-            .trainedAt = decodeDate(metadata, "trainedAt"),
-            .steps = json::integerMember(metadata, "steps"),
-            .finalLoss = json::floatMember(metadata, "finalLoss"),
-            .finalReconstructionError = json::floatMember(metadata, "finalReconstructionError"),
-            .clipNames = decodeClipNames(metadata),
-            .analysis = decodeAnalysis(metadata)};
-}
-
-std::vector<float> decodeLatent(const Json& latent) {
-    const auto isNumber = [](const Json& value) { return value.is_number(); };
-    if (!latent.is_array() || !std::ranges::all_of(latent, isNumber))
-        throw DecodingError("\"latents\" must be a list of lists of numbers");
-    return latent.get<std::vector<float>>();
-}
-
-std::vector<std::vector<float>> decodeLatents(const Json& manifest) {
-    std::vector<std::vector<float>> latents;
-    for (const Json& latent : json::arrayMember(manifest, "latents"))
-        latents.push_back(decodeLatent(latent));
-    return latents;
-}
-
-// The bundle without its weights.
-ModelBundle decodeManifest(std::string_view text) {
-    const Json manifest = json::parseObject(text);
-    return {.config = decodeModelConfig(json::objectMember(manifest, "config").dump()),
-            .metadata = decodeMetadata(json::objectMember(manifest, "metadata")),
-            .weights = {},
-            .latents = decodeLatents(manifest)};
-}
-
-ModelBundle readManifest(const fs::path& file) {
-    InputFile input(file);
-    if (input.size() > maxManifestSize) throw CorruptModelError(message(file, "too large for a model"));
-    std::string text(static_cast<std::size_t>(input.size()), '\0');
-    (void)input.read(
-        std::as_writable_bytes(std::span(text)));  // a document that is cut short does not decode
-    try {
-        ModelBundle bundle = decodeManifest(text);
-        if (const auto problem = problemWith(bundle.config)) throw CorruptModelError(message(file, *problem));
-        return bundle;
-    } catch (const DecodingError& error) {
-        throw DecodingError(message(file, error.what()));
-    }
-}
-
-// ---- weights.bin
-
-std::vector<float> readArray(InputFile& input, std::int64_t count) {
-    std::vector<float> values(static_cast<std::size_t>(count));
-    if (!input.read(std::as_writable_bytes(std::span(values))))
-        throw CorruptModelError("Model weights do not match the saved configuration");
-    if constexpr (std::endian::native == std::endian::big) {
-        for (float& value : values)
-            value = std::bit_cast<float>(__builtin_bswap32(std::bit_cast<std::uint32_t>(value)));
-    }
-    return values;
-}
-
-std::vector<std::vector<float>> readWeights(const fs::path& file, const ModelConfig& config) {
-    InputFile input(file);
-    if (input.size() != static_cast<std::uintmax_t>(weightsSize(config)))
-        throw CorruptModelError("Model weights do not match the saved configuration");
-    std::vector<std::vector<float>> weights;
-    for (const VAEArchitecture::Param& param : VAEArchitecture::params(config))
-        weights.push_back(readArray(input, param.elementCount()));
-    if (!allFinite(weights)) throw CorruptModelError(message(file, "holds weights that are not finite"));
-    return weights;
-}
+// ---- Models
 
 void requireFinite(const ModelBundle& bundle) {
     const std::array<float, 2> results{bundle.metadata.finalLoss, bundle.metadata.finalReconstructionError};
     if (allFinite(results) && allFinite(bundle.latents) && allFinite(bundle.weights)) return;
     throw CorruptModelError("The model of " + bundle.metadata.corpusName +
                             " holds values that are not finite and cannot be saved");
+}
+
+// Whether trouble says nothing of what it met with: there will be memory, or open files, another time.
+bool isShortage(const std::error_code& reason) {
+    return reason == std::errc::not_enough_memory || reason == std::errc::too_many_files_open ||
+           reason == std::errc::too_many_files_open_in_system;
+}
+
+// Whether the folder holds a model with which nothing can be done.
+bool isUnusable(const fs::path& modelFolder) {
+    try {
+        const auto files = ModelFiles::read(modelFolder);
+        if (const auto* bundle = std::get_if<ModelBundle>(&files)) validate(*bundle, modelFolder);
+        return false;
+    } catch (const FileError& error) {
+        if (isShortage(error.reason())) throw;
+        return true;
+    } catch (const Failure&) {
+        return true;
+    }
+}
+
+// The folders in root, links not followed, in order of their names; none without a root. Throws FileError.
+std::vector<fs::path> foldersIn(const fs::path& root) {
+    std::error_code error;
+    std::vector<fs::path> folders;
+    for (fs::directory_iterator it(root, error), end; !error && it != end; it.increment(error)) {
+        std::error_code ignored;
+        if (fs::is_directory(it->symlink_status(ignored))) folders.push_back(it->path());
+    }
+    if (error && error != std::errc::no_such_file_or_directory) throw FileError(root, error);
+    std::ranges::sort(folders);
+    return folders;
+}
+
+// What look finds in the model folder, or in the hidden one that stands for it while it changes its name on a
+// file system that cannot exchange two.
+template <typename Look>
+auto found(const ModelPlace& place, const Look& look) {
+    constexpr int attempts = 100;  // the change may come between two looks, even again and again
+    for (int attempt = 0; attempt < attempts; ++attempt) {
+        for (const fs::path& folder : {place.folder(), place.former()}) {
+            if (auto result = look(folder)) return result;
+        }
+        if (!place.isLocked()) break;
+    }
+    return look(place.folder());
+}
+
+bool holdsBothFiles(const fs::path& folder) {
+    return ModelFolder::leadsSomewhere(folder / ModelFiles::manifestName) &&
+           ModelFolder::leadsSomewhere(folder / ModelFiles::weightsName);
 }
 
 // ---- The per-user data directory
@@ -300,7 +180,14 @@ std::string corpusName(const fs::path& corpusFolder) {
 
 bool exists(const fs::path& modelFolder) {
     std::error_code ignored;
-    return fs::exists(modelFolder / manifestName, ignored) && fs::exists(modelFolder / weightsName, ignored);
+    return fs::exists(modelFolder / ModelFiles::manifestName, ignored) &&
+           fs::exists(modelFolder / ModelFiles::weightsName, ignored);
+}
+
+bool isStored(const fs::path& modelFolder) {
+    const ModelPlace place(modelFolder);
+    place.tryToBringBack();
+    return found(place, holdsBothFiles);
 }
 
 void save(const ModelBundle& bundle, const fs::path& modelFolder) {
@@ -308,18 +195,110 @@ void save(const ModelBundle& bundle, const fs::path& modelFolder) {
     std::error_code error;
     fs::create_directories(modelFolder, error);
     if (error) throw FileError(modelFolder, error);
-    write(modelFolder / weightsName, weightsBlob(bundle.weights));
-    write(modelFolder / manifestName, encodeManifest(bundle));
+    write(modelFolder / ModelFiles::weightsName, weightsBlob(bundle.weights));
+    write(modelFolder / ModelFiles::manifestName, ModelFiles::manifestText(bundle));
+    // Last, so that a pair that is not one never passes: until here the digests were those of the old one.
+    fs::remove(modelFolder / ModelFiles::digestsName, error);
+    if (error) throw FileError(modelFolder / ModelFiles::digestsName, error);
 }
 
 ModelBundle load(const fs::path& modelFolder) {
-    ModelBundle bundle = readManifest(modelFolder / manifestName);
-    bundle.weights = readWeights(modelFolder / weightsName, bundle.config);
-    return bundle;
+    auto files = ModelFiles::read(modelFolder);
+    if (const auto* missing = std::get_if<FileError>(&files)) throw *missing;
+    return std::get<ModelBundle>(std::move(files));
+}
+
+ModelBundle open(const fs::path& modelFolder) {
+    const ModelPlace place(modelFolder);
+    place.tryToBringBack();
+    std::optional<ModelBundle> bundle = found(place, [](const fs::path& folder) {
+        auto files = ModelFiles::read(folder);
+        if (std::holds_alternative<FileError>(files)) return std::optional<ModelBundle>();
+        validate(std::get<ModelBundle>(files), folder);
+        return std::optional(std::get<ModelBundle>(std::move(files)));
+    });
+    if (!bundle) {
+        bundle = load(modelFolder);  // says which file is missing
+        validate(*bundle, modelFolder);
+    }
+    return *std::move(bundle);
+}
+
+void replace(const ModelBundle& bundle, const fs::path& modelFolder, const std::stop_token& stop,
+             std::chrono::milliseconds patience) {
+    requireFinite(bundle);
+    const ModelPlace place(modelFolder);
+    std::error_code error;
+    fs::create_directories(place.root(), error);
+    if (error) throw FileError(place.root(), error);
+    const FileLock lock = place.lock(patience, stop);
+    if (!lock.isWithoutEffect()) {
+        place.bringBack();
+        place.sweep();
+    }
+    const bool keep = isUnusable(place.folder());
+    const HiddenFolder fresh(place);
+    const std::string weights = weightsBlob(bundle.weights);
+    const std::string manifest = ModelFiles::manifestText(bundle);
+    fresh.write(ModelFiles::weightsName, weights);
+    fresh.write(ModelFiles::manifestName, manifest);
+    fresh.write(ModelFiles::digestsName, ModelFiles::digestsText(manifest, weights));
+    fresh.takePlace(keep);
+}
+
+bool remove(const fs::path& modelFolder, const std::stop_token& stop, std::chrono::milliseconds patience) {
+    std::error_code ignored;  // then it is no link
+    if (fs::is_symlink(modelFolder, ignored)) return false;
+    const ModelPlace place(modelFolder);
+    if (!ModelFolder::holdsPart(place.folder()) && !ModelFolder::holdsPart(place.former()) &&
+        place.remains().empty())
+        return false;
+    const FileLock lock = place.lock(patience, stop);
+    place.bringBack();
+    place.sweep();
+    if (!ModelFolder::holdsPart(place.folder())) return true;
+    if (!ModelFolder::holdsNothingElse(place.folder()))
+        throw Failure(Text::utf8(place.folder()) + " holds other files too; nothing was removed.");
+    // What is half deleted must not pass for a model.
+    const fs::path hidden = place.freeHiddenName();
+    if (!moveFolder(place.folder(), hidden))
+        throw FileError(place.folder(), std::make_error_code(std::errc::file_exists));
+    ModelFolder::discard(hidden, {});
+    return true;
+}
+
+std::vector<StoredFolder> list(const fs::path& root) {
+    for (const fs::path& folder : foldersIn(root)) {
+        if (const auto stem = ModelPlace::stem(folder.filename().string()))
+            ModelPlace(root / *stem).tryToBringBack();
+    }
+    std::set<std::string> stems;
+    std::vector<StoredFolder> models;
+    const auto add = [&](const ModelPlace& place) {
+        if (!stems.insert(place.stem()).second) return;
+        const bool isThere = ModelFolder::holdsPart(place.folder());
+        const fs::path present = isThere ? place.folder() : place.former();
+        StoredFolder model{place.folder(), ModelFolder::holdsPart(present), ModelFolder::size(present), 0};
+        if (!place.isLocked()) {
+            for (const fs::path& remains : place.remains())
+                model.remains += ModelFolder::size(remains);
+        }
+        if (model.holdsModel || model.remains > 0) models.push_back(std::move(model));
+    };
+    const std::vector<fs::path> folders = foldersIn(root);
+    for (const fs::path& folder : folders) {
+        if (!ModelPlace::stem(folder.filename().string()) && ModelFolder::holdsPart(folder))
+            add(ModelPlace(folder));
+    }
+    for (const fs::path& folder : folders) {
+        if (const auto stem = ModelPlace::stem(folder.filename().string())) add(ModelPlace(root / *stem));
+    }
+    std::ranges::sort(models, {}, &StoredFolder::folder);
+    return models;
 }
 
 void validate(const ModelBundle& bundle, const fs::path& modelFolder) {
-    const fs::path file = modelFolder / manifestName;
+    const fs::path file = modelFolder / ModelFiles::manifestName;
     if (bundle.latents.empty()) throw CorruptModelError(message(file, "holds no latent vectors"));
     const auto dim = static_cast<std::size_t>(bundle.config.latentDim);
     for (const std::vector<float>& latent : bundle.latents) {
@@ -330,7 +309,7 @@ void validate(const ModelBundle& bundle, const fs::path& modelFolder) {
 }
 
 Manifest loadManifest(const fs::path& modelFolder) {
-    ModelBundle bundle = readManifest(modelFolder / manifestName);
+    ModelBundle bundle = ModelFiles::readManifest(modelFolder);
     return {bundle.config, std::move(bundle.metadata)};
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,9 +43,24 @@ public:
     using Failure::Failure;
 };
 
+// Another program, or another thread, is storing or removing the model.
+class ModelBusyError : public Failure {
+public:
+    ModelBusyError()
+        : Failure("Another program is storing the model of this folder. Try again in a moment.") {}
+};
+
 // One model folder per corpus: model.json (configuration, metadata, latents) and weights.bin (all weights as
-// little-endian single precision, without a header). Stateless; any thread. Two saves into one folder at the
-// same time are not guarded against.
+// little-endian single precision, without a header), and the digests of both in SHA256SUMS. Stateless; any
+// thread.
+//
+// The programs use isStored, open, replace, remove and list, which any number of programs may do at once: a
+// model is always seen whole, the old one or the new one, also after a crash or a power cut. exists, save and
+// load are the plain operations on the two files; saves into one folder at the same time are not guarded
+// against.
+//
+// Failures say whether the model is to blame: CorruptModelError and DecodingError are damage; FileError (no
+// permission, a disk that does not answer) and ModelBusyError are not, nor is std::bad_alloc.
 namespace ModelStore {
 
 // $XDG_DATA_HOME if it is an absolute path, else ~/.local/share, then Quillmere/Models. Computed on each
@@ -61,18 +77,56 @@ namespace ModelStore {
 [[nodiscard]] std::string corpusName(const std::filesystem::path& corpusFolder);
 [[nodiscard]] std::filesystem::path corpusPath(const std::filesystem::path& corpusFolder);
 
-// True only if both files are there.
+// Whether there is a model to open. Throws FileError when that cannot be found out: where a look fails there
+// may well be a model, which nobody wants learned again and replaced.
+[[nodiscard]] bool isStored(const std::filesystem::path& modelFolder);
+
+// load and validate, also of a model that a killed program left under its hidden name. Takes no lock and
+// needs no permission to write.
+[[nodiscard]] ModelBundle open(const std::filesystem::path& modelFolder);
+
+inline constexpr std::chrono::milliseconds storingPatience = std::chrono::seconds(10);
+
+// Stores the model in place of the one that is there, if any, in one step; its root is created if missing. A
+// model that cannot be used is not replaced but kept under the name with ".damaged" (".damaged-2", ...).
+// Files of others in the folder stay in it. What killed programs left of this model is deleted. Forces
+// everything to the disk.
+//
+// Waits for up to patience while another one stores; stop ends the wait. Throws ModelBusyError,
+// CancellationError, FileError, or CorruptModelError when a number is not finite. After any failure what was
+// there before is there still.
+void replace(const ModelBundle& bundle, const std::filesystem::path& modelFolder,
+             const std::stop_token& stop = {}, std::chrono::milliseconds patience = storingPatience);
+
+// Removes the model, usable or not, and what killed programs left of it. False: there is nothing of that
+// name. A symbolic link, or a folder with files of others, is not touched; the latter is a Failure. Throws as
+// replace.
+[[nodiscard]] bool remove(const std::filesystem::path& modelFolder, const std::stop_token& stop = {},
+                          std::chrono::milliseconds patience = storingPatience);
+
+// What a root holds of one model.
+struct StoredFolder {
+    std::filesystem::path folder;
+    bool holdsModel = false;     // or a part of one; whether it can be used is for open to say
+    std::uintmax_t bytes = 0;    // of the model
+    std::uintmax_t remains = 0;  // bytes left behind by programs that were killed while they stored it
+};
+// By name; none if there is no root. Throws FileError when it cannot be read.
+[[nodiscard]] std::vector<StoredFolder> list(const std::filesystem::path& root);
+
+// True only if both files are there; false also when that cannot be found out.
 [[nodiscard]] bool exists(const std::filesystem::path& modelFolder);
 
-// Creates the folder and writes weights.bin, then model.json, each atomically. Text that is not UTF-8 (names
-// of files need not be) is stored with replacement characters. Throws FileError, or CorruptModelError with
-// nothing written when a number is not finite.
+// Creates the folder and writes weights.bin, then model.json, each atomically, and removes the digests of
+// what was there before. Text that is not UTF-8 (names of files need not be) is stored with replacement
+// characters. Throws FileError, or CorruptModelError with nothing written when a number is not finite.
 void save(const ModelBundle& bundle, const std::filesystem::path& modelFolder);
 
 // Throws FileError; DecodingError naming the file when model.json lacks a key or has a wrong type; or
 // CorruptModelError when weights.bin has the wrong size, a configuration that no model can have (problemWith)
-// or weights that are not finite. Allocates nothing of a size that the files only claim. The files stay as
-// they are. The latents are not checked against the configuration: see validate.
+// or weights that are not finite, or naming the file that differs from its digest where there are digests.
+// Allocates nothing of a size that the files only claim. The files stay as they are. The latents are not
+// checked against the configuration: see validate.
 [[nodiscard]] ModelBundle load(const std::filesystem::path& modelFolder);
 
 // What load leaves open and a SampleGenerator takes for granted: at least one latent vector, and latentDim

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <array>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "QuillmereCore/Model/ModelStore.h"
+
+// The files of a model folder: what is in them, and reading those of one folder together.
+namespace quillmere::ModelFiles {
+
+inline constexpr std::string_view manifestName = "model.json";
+inline constexpr std::string_view weightsName = "weights.bin";
+inline constexpr std::string_view digestsName = "SHA256SUMS";
+// In the order in which a model is taken apart: what makes it a model goes first.
+inline constexpr std::array<std::string_view, 3> names{manifestName, weightsName, digestsName};
+
+// ---- Content
+
+[[nodiscard]] std::string manifestText(const ModelBundle& bundle);
+// The digests of the other two files as sha256sum writes and checks them.
+[[nodiscard]] std::string digestsText(std::string_view manifest, std::string_view weights);
+
+// ---- Reading
+
+// The model in a folder, checked against its digests where it has any. The files are opened together and
+// belong together, even if another folder takes the name meanwhile. A FileError if one of the two is not
+// there or the folder itself; everything else is thrown as by ModelStore::load.
+[[nodiscard]] std::variant<ModelBundle, FileError> read(const std::filesystem::path& folder);
+
+// The bundle without its weights; the digests are not looked at.
+[[nodiscard]] ModelBundle readManifest(const std::filesystem::path& folder);
+
+}  // namespace quillmere::ModelFiles
