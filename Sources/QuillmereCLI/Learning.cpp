@@ -15,17 +15,6 @@ namespace {
 constexpr std::array<std::pair<std::string_view, std::int64_t>, 3> qualities{
     {{"quick", 800}, {standardQuality, 2000}, {"thorough", 5000}}};
 
-// As ModelStore::save, but a failed one leaves no empty folder.
-void save(const ModelBundle& bundle, const std::filesystem::path& modelFolder) {
-    try {
-        ModelStore::save(bundle, modelFolder);
-    } catch (const Failure&) {
-        std::error_code ignored;
-        std::filesystem::remove(modelFolder, ignored);  // refuses a folder that holds something
-        throw;
-    }
-}
-
 }  // namespace
 
 KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
@@ -63,18 +52,22 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, net
     work.message = "Saving the model…";
     work.fraction = 1;
     progress.report(work);
-    save(bundle, corpus.modelFolder);
+    ModelStore::replace(bundle, corpus.modelFolder, cancel.token());
     return bundle;
 }
 
 ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
-    try {
-        ModelBundle bundle = ModelStore::load(corpus.modelFolder);
-        ModelStore::validate(bundle, corpus.modelFolder);
-        return bundle;
-    } catch (const Failure&) {
+    const auto noteDamage = [&] {
         console.note("The stored model cannot be used. To learn the folder again: quillmere-cli train " +
                      corpus.arguments + " --retrain");
+    };
+    try {
+        return ModelStore::open(corpus.modelFolder);
+    } catch (const CorruptModelError&) {
+        noteDamage();
+        throw;
+    } catch (const DecodingError&) {
+        noteDamage();
         throw;
     }
 }

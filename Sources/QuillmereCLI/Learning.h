@@ -21,7 +21,7 @@ struct KnownCorpus {
     std::filesystem::path modelFolder;
     std::string arguments;  // what a command line needs to name this corpus and its model again
 
-    [[nodiscard]] bool hasModel() const { return ModelStore::exists(modelFolder); }
+    [[nodiscard]] bool hasModel() const { return ModelStore::isStored(modelFolder); }
 };
 
 // Throws FileError when folder is none.
@@ -32,7 +32,8 @@ struct KnownCorpus {
 [[nodiscard]] std::int64_t qualitySteps(std::string_view quality);
 inline constexpr std::string_view standardQuality = "standard";
 
-// Trains a model and stores it. Throws as ModelTrainer::train and ModelStore::save; nothing is stored then.
+// Trains a model and stores it. Throws as ModelTrainer::train and ModelStore::replace; nothing is stored
+// then.
 [[nodiscard]] ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options,
                                 network::ChosenDevice& device, ProgressLine& progress,
                                 const CancelFlag& cancel);

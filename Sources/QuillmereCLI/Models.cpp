@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <array>
 #include <memory>
 #include <variant>
 
@@ -14,82 +12,47 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<std::string_view, 2> modelFiles{"model.json", "weights.bin"};
-
-struct Damage {
+// Why nothing more can be said of a model.
+struct Problem {
+    std::string_view kind;  // also the key of its JSON form
     std::string reason;
 };
 
 struct StoredModel {
-    fs::path folder;
-    std::uint64_t bytes = 0;
-    std::variant<ModelStore::Manifest, Damage> content;
+    ModelStore::StoredFolder stored;
+    std::variant<ModelMetadata, Problem> content;
 
-    [[nodiscard]] std::string name() const { return Text::utf8(folder.filename()); }
+    [[nodiscard]] std::string name() const { return Text::utf8(stored.folder.filename()); }
 };
 
-bool isRegularFile(const fs::path& file) {
-    std::error_code error;
-    return fs::is_regular_file(fs::symlink_status(file, error));
-}
-
-// Whether folder, itself no symbolic link, holds at least a part of a model.
-bool holdsModel(const fs::path& folder) {
-    std::error_code error;
-    if (!fs::is_directory(fs::symlink_status(folder, error))) return false;
-    return std::any_of(modelFiles.begin(), modelFiles.end(),
-                       [&](std::string_view name) { return isRegularFile(folder / name); });
-}
-
-std::uint64_t fileSize(const fs::path& file) {
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(file, error);
-    return error ? 0 : size;
-}
-
-std::variant<ModelStore::Manifest, Damage> inspect(const fs::path& folder) {
-    for (const std::string_view name : modelFiles) {
-        if (!isRegularFile(folder / name)) return Damage{std::string(name) + " is missing"};
-    }
+std::variant<ModelMetadata, Problem> inspect(const ModelStore::StoredFolder& stored) {
+    constexpr std::string_view damaged = "damaged";
+    if (!stored.holdsModel) return Problem{damaged, "only remains of a model that was being stored"};
     try {
         // The whole model: only its weights and latents tell whether they fit.
-        ModelBundle bundle = ModelStore::load(folder);
-        ModelStore::validate(bundle, folder);
-        return ModelStore::Manifest{bundle.config, std::move(bundle.metadata)};
+        return ModelStore::open(stored.folder).metadata;
+    } catch (const FileError& error) {
+        if (error.reason() == std::errc::no_such_file_or_directory)
+            return Problem{damaged, Text::utf8(error.file().filename()) + " is missing"};
+        return Problem{"unreadable", error.what()};
     } catch (const Failure& failure) {
-        return Damage{failure.what()};
+        return Problem{damaged, failure.what()};
     }
-}
-
-// The entries of folder in order of their names; none if it does not exist. Throws FileError.
-std::vector<fs::path> entriesOf(const fs::path& folder) {
-    std::error_code error;
-    std::vector<fs::path> entries;
-    for (fs::directory_iterator it(folder, error), end; !error && it != end; it.increment(error))
-        entries.push_back(it->path());
-    if (error && error != std::errc::no_such_file_or_directory) throw FileError(folder, error);
-    std::sort(entries.begin(), entries.end());
-    return entries;
 }
 
 std::vector<StoredModel> storedModels(const fs::path& root) {
     std::vector<StoredModel> models;
-    for (const fs::path& folder : entriesOf(root)) {
-        if (!holdsModel(folder)) continue;
-        StoredModel model{folder, 0, inspect(folder)};
-        for (const std::string_view name : modelFiles)
-            model.bytes += fileSize(folder / name);
-        models.push_back(std::move(model));
-    }
+    for (ModelStore::StoredFolder& stored : ModelStore::list(root))
+        models.push_back({stored, inspect(stored)});
     return models;
 }
 
 void print(const StoredModel& model, Console& console) {
     console.print(printable(model.name()));
-    if (const auto* damage = std::get_if<Damage>(&model.content)) {
-        console.print("  damaged   " + printable(damage->reason));
+    if (const auto* problem = std::get_if<Problem>(&model.content)) {
+        console.print("  " + padded(problem->kind, 9) + " " + printable(problem->reason));
     } else {
-        const ModelMetadata& metadata = std::get<ModelStore::Manifest>(model.content).metadata;
+        const ModelMetadata& metadata = std::get<ModelMetadata>(model.content);
         console.print("  corpus    " + printable(metadata.corpusName) + ", " +
                       counted(static_cast<std::int64_t>(metadata.clipNames.size()), "sample", "samples") +
                       ", " + printable(metadata.corpusPath));
@@ -97,18 +60,22 @@ void print(const StoredModel& model, Console& console) {
                       counted(metadata.steps, "step", "steps") +
                       (metadata.analysis ? ", " + printable(*metadata.analysis) + " analysis" : ""));
     }
-    console.print("  size      " + byteSize(model.bytes));
+    console.print("  size      " + byteSize(model.stored.bytes));
+    if (model.stored.remains > 0)
+        console.print("  remains   " + byteSize(model.stored.remains) +
+                      " left behind while a model was being stored; 'models remove' deletes them too");
 }
 
 JSON toJSON(const StoredModel& model) {
     JSON item = JSON::object();
     item["name"] = model.name();
-    item["bytes"] = model.bytes;
-    if (const auto* damage = std::get_if<Damage>(&model.content)) {
-        item["damaged"] = damage->reason;
+    item["bytes"] = model.stored.bytes;
+    if (model.stored.remains > 0) item["remains"] = model.stored.remains;
+    if (const auto* problem = std::get_if<Problem>(&model.content)) {
+        item[std::string(problem->kind)] = problem->reason;
         return item;
     }
-    const ModelMetadata& metadata = std::get<ModelStore::Manifest>(model.content).metadata;
+    const ModelMetadata& metadata = std::get<ModelMetadata>(model.content);
     item["corpusName"] = metadata.corpusName;
     item["corpusPath"] = metadata.corpusPath;
     item["clipCount"] = metadata.clipNames.size();
@@ -125,7 +92,7 @@ void listModels(const fs::path& root, Console& console) {
     for (const StoredModel& model : models) {
         print(model, console);
         list.push_back(toJSON(model));
-        bytes += model.bytes;
+        bytes += model.stored.bytes + model.stored.remains;
     }
     if (models.empty()) {
         console.print("No models are stored in " + shownPath(root) + ".");
@@ -144,25 +111,10 @@ bool isPlainName(const std::string& name) {
     return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos;
 }
 
-// Whether folder holds only what the model store writes, unfinished files of a crash included.
-bool holdsNothingElse(const fs::path& folder) {
-    const std::vector<fs::path> entries = entriesOf(folder);
-    return std::all_of(entries.begin(), entries.end(), [](const fs::path& entry) {
-        const std::string name = entry.filename().string();
-        const bool known = std::find(modelFiles.begin(), modelFiles.end(), name) != modelFiles.end();
-        return isRegularFile(entry) && (known || name.starts_with(".quillmere-"));
-    });
-}
-
-void removeModel(const fs::path& root, const std::string& name, Console& console) {
+void removeModel(const fs::path& root, const std::string& name, Console& console, const CancelFlag& cancel) {
     const fs::path folder = root / name;
-    if (!isPlainName(name) || !holdsModel(folder))
+    if (!isPlainName(name) || !ModelStore::remove(folder, cancel.token()))
         throw Failure("There is no model named " + name + " in " + Text::utf8(root) + ".");
-    if (!holdsNothingElse(folder))
-        throw Failure(Text::utf8(folder) + " holds other files too; nothing was removed.");
-    std::error_code error;
-    fs::remove_all(folder, error);
-    if (error) throw FileError(folder, error);
     console.print("Removed " + printable(name) + ".");
     JSON result = makeResult("models remove");
     result["removed"] = name;
@@ -193,9 +145,9 @@ void addModels(CLI::App& app, Invocation& invocation) {
     command->callback([options, remove, &invocation] {
         invocation.json = options->json;
         const bool removing = remove->parsed();
-        invocation.action = [options, removing](Console& console, const CancelFlag&) {
+        invocation.action = [options, removing](Console& console, const CancelFlag& cancel) {
             if (removing) {
-                removeModel(options->models.root(), options->name, console);
+                removeModel(options->models.root(), options->name, console, cancel);
             } else {
                 listModels(options->models.root(), console);
             }

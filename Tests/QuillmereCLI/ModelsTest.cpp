@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "QuillmereCLI/RunCommand.h"
+#include "Support/OtherUser.h"
 
 namespace quillmere::testing {
 namespace {
@@ -18,7 +19,9 @@ protected:
         return runCommand(withModels({"models", "remove", name}));
     }
     [[nodiscard]] std::string name() const { return modelFolder().filename().string(); }
+    // As if it had been learned so: without digests that would tell.
     void removeLatents() const {
+        std::filesystem::remove(modelFolder() / "SHA256SUMS");
         const auto file = modelFolder() / "model.json";
         cli::JSON manifest = cli::JSON::parse(readText(file));
         manifest["latents"] = cli::JSON::array();
@@ -47,7 +50,9 @@ TEST_F(Models, ListsWhatIsStoredAsOneResult) {
     EXPECT_EQ(model["trainedAt"].get<std::string>().size(), 20U);
     EXPECT_TRUE(model["analysis"] == "percussive" || model["analysis"] == "tonal");
     EXPECT_EQ(model["bytes"], std::filesystem::file_size(modelFolder() / "model.json") +
-                                  std::filesystem::file_size(modelFolder() / "weights.bin"));
+                                  std::filesystem::file_size(modelFolder() / "weights.bin") +
+                                  std::filesystem::file_size(modelFolder() / "SHA256SUMS"));
+    EXPECT_FALSE(model.contains("remains"));
 }
 
 TEST_F(Models, ListsDamagedOnesWithTheReason) {
@@ -144,7 +149,59 @@ TEST_F(Models, RemoveRefusesAFolderThatHoldsMore) {
     const Outcome outcome = remove(name());
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_NE(outcome.err.find("other files"), std::string::npos) << outcome.err;
-    EXPECT_EQ(entriesIn(modelFolder()), 3U);
+    EXPECT_EQ(entriesIn(modelFolder()), 4U);
+}
+
+TEST_F(Models, ListsWhatAKilledProgramLeftAndRemoveDeletesIt) {
+    const std::string model = name();
+    writeText(models / ("." + model + ".new-7-0") / "weights.bin", "12345");
+    writeText(models / ".Toms-2.new-7-0" / "weights.bin", std::string(2500, 'x'));
+    const Outcome forPeople = list();
+    EXPECT_NE(forPeople.out.find("  remains   5 B left behind"), std::string::npos) << forPeople.out;
+    EXPECT_NE(forPeople.out.find("Toms-2\n  damaged   only remains of a model"), std::string::npos)
+        << forPeople.out;
+    const cli::JSON result = list({"--json"}).event("result");
+    ASSERT_EQ(result["models"].size(), 2U);
+    EXPECT_EQ(result["models"][0]["name"], model);
+    EXPECT_EQ(result["models"][0]["remains"], 5);
+    EXPECT_EQ(result["models"][0]["clipCount"], 3);
+    EXPECT_EQ(result["models"][1]["name"], "Toms-2");
+    EXPECT_EQ(result["models"][1]["remains"], 2500);
+    EXPECT_EQ(remove("Toms-2").exitCode, 0);
+    EXPECT_EQ(remove(model).exitCode, 0);
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
+TEST_F(Models, DoesNotCallDamagedWhatMayNotBeRead) {
+    for (const auto& path : {folder.path(), models, modelFolder()})
+        std::filesystem::permissions(path, std::filesystem::perms(0755));
+    std::filesystem::permissions(modelFolder() / "weights.bin", std::filesystem::perms(0600));
+    if (::geteuid() != 0)
+        std::filesystem::permissions(modelFolder() / "weights.bin", std::filesystem::perms(0));
+    const OtherUser user;
+    const Outcome outcome = list({"--json"});
+    const cli::JSON model = outcome.event("result")["models"][0];
+    EXPECT_FALSE(model.contains("damaged"));
+    EXPECT_NE(model["unreadable"].get<std::string>().find("weights.bin: Permission denied"),
+              std::string::npos);
+    const Outcome generating =
+        runCommand(withModels({"generate", corpus.string(), "--output", (folder / "out").string()}));
+    EXPECT_EQ(generating.exitCode, 1);
+    EXPECT_EQ(generating.err.find("--retrain"), std::string::npos) << generating.err;
+}
+
+TEST_F(Models, ThatMayNotBeLookedAtAreNotLearnedAgain) {
+    for (const auto& path : {folder.path(), models, corpus})
+        std::filesystem::permissions(path, std::filesystem::perms(0755));
+    std::filesystem::permissions(modelFolder(), std::filesystem::perms(::geteuid() == 0 ? 0700 : 0));
+    {
+        const OtherUser user;
+        const Outcome outcome = runCommand(trainArguments());
+        EXPECT_EQ(outcome.exitCode, 1);
+        EXPECT_NE(outcome.err.find("Permission denied"), std::string::npos) << outcome.err;
+        EXPECT_EQ(outcome.err.find("Training"), std::string::npos) << outcome.err;
+    }
+    std::filesystem::permissions(modelFolder(), std::filesystem::perms(0755));
 }
 
 }  // namespace

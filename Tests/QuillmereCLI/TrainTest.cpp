@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <csignal>
 
 #include "QuillmereCLI/RunCommand.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Util/FileLock.h"
 
 namespace quillmere::testing {
 namespace {
@@ -161,6 +163,33 @@ TEST_F(Train, ReportsADamagedModelAndHowToReplaceIt) {
         << outcome.err;
     EXPECT_NE(outcome.err.find("--retrain"), std::string::npos) << outcome.err;
     EXPECT_EQ(runCommand(trainArguments({"--retrain"})).exitCode, 0);
+}
+
+TEST_F(Train, CanBeCancelledWhileAnotherProgramStoresTheModel) {
+    trainModel();
+    const std::filesystem::path model = modelFolder();
+    const std::string before = readText(model / "weights.bin");
+    {
+        const auto lock =
+            FileLock::acquire(models / ("." + model.filename().string() + ".lock"), std::chrono::seconds(0));
+        ASSERT_TRUE(lock);
+        const Outcome outcome =
+            runCommandCancelledAt("\"saving\"", trainArguments({"--retrain", "--seed", "2", "--json"}));
+        EXPECT_EQ(outcome.exitCode, 130);
+    }
+    EXPECT_EQ(readText(model / "weights.bin"), before);
+    EXPECT_EQ(entriesIn(models), 1U);
+}
+
+TEST_F(Train, KeepsADamagedModelThatItReplaces) {
+    trainModel();
+    const std::filesystem::path model = modelFolder();
+    std::filesystem::resize_file(model / "weights.bin", 100);
+    EXPECT_EQ(runCommand(trainArguments({"--retrain"})).exitCode, 0);
+    EXPECT_EQ(std::filesystem::file_size(model.string() + ".damaged/weights.bin"), 100U);
+    EXPECT_EQ(entriesIn(models), 2U);
+    EXPECT_EQ(runCommand(trainArguments({"--retrain"})).exitCode, 0);
+    EXPECT_EQ(entriesIn(models), 2U);
 }
 
 TEST_F(Train, TrainsAfreshWhenAFileOfTheModelIsMissing) {
