@@ -52,6 +52,7 @@ public:
     }
     double median(int steps) {
         std::vector<double> times;
+        times.reserve(static_cast<std::size_t>(steps));
         for (int i = 0; i < steps; ++i)
             times.push_back(run());
         std::sort(times.begin(), times.end());
