@@ -1,24 +1,24 @@
 import QuillmereApp
 
 // Light, dark, or as the desktop has it.
-PopupMenu {
+Menu {
     id: menu
 
     required property Appearance appearance
 
-    MenuEntry {
+    MenuItem {
         text: "As the Desktop"
         checkable: true
         checked: menu.appearance.mode === Appearance.System
         onTriggered: menu.appearance.mode = Appearance.System
     }
-    MenuEntry {
+    MenuItem {
         text: "Light"
         checkable: true
         checked: menu.appearance.mode === Appearance.Light
         onTriggered: menu.appearance.mode = Appearance.Light
     }
-    MenuEntry {
+    MenuItem {
         text: "Dark"
         checkable: true
         checked: menu.appearance.mode === Appearance.Dark

@@ -32,7 +32,7 @@ Rectangle {
         color: Theme.control
         visible: card.number.length > 0
 
-        Words {
+        Label {
             anchors.centerIn: parent
             text: card.number
             color: Theme.secondary
@@ -40,7 +40,7 @@ Rectangle {
             font.weight: Font.DemiBold
         }
     }
-    Words {
+    Label {
         id: heading
         x: disc.visible ? disc.x + disc.width + 9 : card.padding
         anchors.verticalCenter: disc.verticalCenter

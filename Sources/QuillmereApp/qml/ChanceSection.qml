@@ -13,7 +13,7 @@ Column {
     // How far Randomise goes; asked for by the button, kept nowhere.
     property real amount: 0.5
 
-    Words {
+    Label {
         height: section.headingHeight
         verticalAlignment: Text.AlignVCenter
         text: "Chance"
@@ -55,7 +55,7 @@ Column {
             onValueRequested: wanted => section.amount = Math.max(0, Math.min(1, wanted))
             onResetRequested: section.amount = 0.5
         }
-        Words {
+        Label {
             id: share
             anchors.right: parent.right
             anchors.rightMargin: 24 + 5

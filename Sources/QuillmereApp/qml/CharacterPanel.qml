@@ -21,7 +21,7 @@ Card {
     title: "Character"
     padding: 24
     trailing: [
-        Words {
+        Label {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, buttons.x - Theme.inner)
             visible: panel.character.presetEdited

@@ -15,12 +15,12 @@ Card {
     highlighted: targeted
 
     // Before the first choice
-    Words {
+    Label {
         width: card.bodyWidth
         visible: !card.app.corpus.isChosen
         text: "Choose the folder of audio samples to learn from"
     }
-    Words {
+    Label {
         width: card.bodyWidth
         visible: !card.app.corpus.isChosen
         text: "Choose a folder of WAV, AIFF, FLAC, MP3 or M4A files. A few dozen is plenty."
@@ -42,7 +42,7 @@ Card {
             height: 18
             y: 1
         }
-        Words {
+        Label {
             id: name
             x: folder.width + Theme.inner
             width: parent.width - x
@@ -51,7 +51,7 @@ Card {
             wrapMode: Text.NoWrap
             elide: Text.ElideMiddle
         }
-        Words {
+        Label {
             id: path
             x: name.x
             y: name.height + 2
@@ -65,7 +65,7 @@ Card {
         HoverHandler {
             id: pathHover
         }
-        Tip {
+        ToolTip {
             text: card.app.corpus.path
             shown: pathHover.hovered && (name.truncated || path.truncated)
         }
@@ -79,14 +79,14 @@ Card {
             width: parent.width
             height: scanning.height
 
-            Words {
+            Label {
                 id: scanning
                 text: "Scanning"
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
             // On the same line, so that nothing moves when it comes.
-            Words {
+            Label {
                 anchors.left: scanning.right
                 anchors.leftMargin: Theme.inner
                 anchors.right: scanned.left
@@ -98,7 +98,7 @@ Card {
                 wrapMode: Text.NoWrap
                 elide: Text.ElideRight
             }
-            Words {
+            Label {
                 id: scanned
                 anchors.right: parent.right
                 text: card.app.corpus.scanTotal > 0 ? card.app.corpus.scanDone + " of " + card.app.corpus.scanTotal : ""
@@ -108,7 +108,7 @@ Card {
                 wrapMode: Text.NoWrap
             }
         }
-        ProgressTrack {
+        ProgressBar {
             width: parent.width
             label: "Scanning"
             indeterminate: card.app.corpus.scanTotal === 0
@@ -120,19 +120,19 @@ Card {
         visible: card.app.corpus.hasSummary && !card.app.corpus.isEmpty
         spacing: Theme.inner
 
-        Words {
+        Label {
             text: card.app.corpus.fileCount + " samples"
             wrapMode: Text.NoWrap
         }
         Dot {
         }
-        Words {
+        Label {
             text: card.app.corpus.totalDuration
             wrapMode: Text.NoWrap
         }
         Dot {
         }
-        Words {
+        Label {
             text: Array.from(card.app.corpus.sampleRates).join(", ")
             width: Math.min(implicitWidth, card.bodyWidth)
         }
@@ -227,7 +227,7 @@ Card {
         }
     }
 
-    component Dot: Words {
+    component Dot: Label {
         text: "·"
         color: Theme.secondary
         Accessible.ignored: true

@@ -90,7 +90,7 @@ T.Button {
     FocusRing {
         shown: button.visualFocus
     }
-    Tip {
+    ToolTip {
         text: button.tip
         shown: button.hovered && !(loader.item && (loader.item as DeviceMenu).visible)
     }

@@ -2,7 +2,7 @@ import QtQuick
 import QuillmereApp
 
 // A device by its name, with a line on what it is; or that line only.
-MenuEntry {
+MenuItem {
     id: entry
 
     property string detail

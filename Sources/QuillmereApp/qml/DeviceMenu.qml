@@ -5,7 +5,7 @@ import QuillmereApp
 
 // The devices that can learn. Automatic and the processor are always there; the others are looked for whenever
 // the menu opens, and follow when they are found.
-PopupMenu {
+Menu {
     id: menu
 
     required property AppModel app

@@ -29,7 +29,7 @@ Rectangle {
         name: "exclamationmark.triangle.fill"
         color: Theme.error
     }
-    Words {
+    Label {
         id: title
         anchors.left: icon.right
         anchors.leftMargin: Theme.inner + 2

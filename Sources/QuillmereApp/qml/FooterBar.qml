@@ -75,7 +75,7 @@ Rectangle {
         app: footer.app
         news: footer.news
     }
-    Words {
+    Label {
         id: message
         objectName: "news"
         x: progress.x

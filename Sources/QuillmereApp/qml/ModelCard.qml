@@ -21,7 +21,7 @@ Card {
     }
 
     // Nothing learned yet
-    Words {
+    Label {
         width: card.bodyWidth
         visible: card.idle && !card.app.model.isReady && card.app.model.problem.length === 0 && !card.app.model.isLoading
         text: "No model for this folder yet. It learns on this Mac — nothing leaves your machine. It's created automatically when you generate, or you can train it now."
@@ -36,7 +36,7 @@ Card {
         ink: Theme.warning
         textColor: Theme.text
     }
-    Words {
+    Label {
         width: card.bodyWidth
         visible: card.app.model.isLoading
         text: "Opening the model…"
@@ -59,7 +59,7 @@ Card {
             font.pixelSize: Theme.textSize
             font.weight: Font.DemiBold
         }
-        Words {
+        Label {
             width: parent.width
             text: card.app.model.analysisLabel + " · " + card.app.model.clipSecondsText + " s per sample · trained " + trainedAt
             color: Theme.secondary
@@ -84,12 +84,12 @@ Card {
             objectName: "quality"
             width: parent.width
             label: "Quality"
-            words: card.app.model.qualityLabels
+            labels: card.app.model.qualityLabels
             tips: card.app.model.qualityHelps
             currentIndex: card.app.model.qualityIndex
             onChosen: index => card.app.model.qualityIndex = index
         }
-        Words {
+        Label {
             width: parent.width
             text: card.app.model.qualityHelps[card.app.model.qualityIndex]
             color: Theme.secondary
@@ -101,12 +101,12 @@ Card {
         height: analysis.height
         visible: card.idle
 
-        Words {
+        Label {
             id: analysisLabel
             anchors.verticalCenter: parent.verticalCenter
             text: "Analysis"
         }
-        Picker {
+        ComboBox {
             id: analysis
             objectName: "analysis"
             anchors.right: parent.right
@@ -131,7 +131,7 @@ Card {
             tip: card.app.model.isTraining ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
             onClicked: card.app.model.isTraining ? card.app.model.cancelTraining() : card.app.model.train()
         }
-        Words {
+        Label {
             width: parent.width
             visible: text.length > 0
             text: card.app.model.trainHint

@@ -18,7 +18,7 @@ Card {
         width: card.bodyWidth
         spacing: Theme.tight
 
-        Words {
+        Label {
             width: parent.width
             text: "Folder path (created if it doesn't exist)"
             color: Theme.secondary
@@ -28,7 +28,7 @@ Card {
             width: parent.width
             spacing: Theme.inner
 
-            Field {
+            TextField {
                 id: path
                 objectName: "outputPath"
                 width: parent.width - chooser.width - parent.spacing
@@ -96,12 +96,12 @@ Card {
             id: countColumn
             spacing: Theme.tight
 
-            Words {
+            Label {
                 text: "Variations"
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
-            Stepper {
+            SpinBox {
                 objectName: "count"
                 label: "Variations"
                 value: card.app.output.count
@@ -112,12 +112,12 @@ Card {
             width: parent.width - countColumn.width - parent.spacing
             spacing: Theme.tight
 
-            Words {
+            Label {
                 text: "Format"
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
-            Picker {
+            ComboBox {
                 objectName: "format"
                 width: parent.width
                 label: "Format"

@@ -70,7 +70,7 @@ Item {
     Repeater {
         model: groups.character.parameters.groupTitles
 
-        Words {
+        Label {
             required property string modelData
             required property int index
 

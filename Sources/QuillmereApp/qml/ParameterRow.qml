@@ -52,7 +52,7 @@ Item {
         id: figures
         font: field.font
     }
-    Words {
+    Label {
         id: titleText
         x: row.lockWidth
         width: row.titleWidth
@@ -63,7 +63,7 @@ Item {
         HoverHandler {
             id: titleHover
         }
-        Tip {
+        ToolTip {
             text: row.help
             shown: titleHover.hovered
         }
@@ -94,7 +94,7 @@ Item {
         onValueRequested: wanted => row.character.parameters.setValue(row.parameterId, wanted)
         onResetRequested: row.character.parameters.reset(row.parameterId)
     }
-    Field {
+    TextField {
         id: field
         objectName: "value-" + row.parameterId
 

@@ -93,7 +93,7 @@ T.RadioButton {
         shown: chip.visualFocus
         around: parent.height / 2
     }
-    Tip {
+    ToolTip {
         text: chip.isEdited ? chip.blurb + " (edited)" : chip.blurb
         shown: chip.hovered
     }

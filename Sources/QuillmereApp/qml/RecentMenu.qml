@@ -4,24 +4,24 @@ import QtQuick
 import QuillmereApp
 
 // The folders that were learned from before.
-PopupMenu {
+Menu {
     id: menu
 
     required property CorpusController corpus
 
-    MenuLine {
+    MenuSeparator {
     }
-    MenuEntry {
+    MenuItem {
         text: "Forget These Folders"
         onTriggered: menu.corpus.forgetRecent()
     }
 
     Instantiator {
         model: menu.corpus.recent
-        onObjectAdded: (index, object) => menu.insertItem(index, object as MenuEntry)
-        onObjectRemoved: (index, object) => menu.removeItem(object as MenuEntry)
+        onObjectAdded: (index, object) => menu.insertItem(index, object as MenuItem)
+        onObjectRemoved: (index, object) => menu.removeItem(object as MenuItem)
 
-        MenuEntry {
+        MenuItem {
             required property var modelData
 
             text: modelData.path

@@ -101,7 +101,7 @@ Rectangle {
             tile.app.playback.togglePlay(tile.url);
         }
     }
-    Words {
+    Label {
         id: name
         x: 10
         y: tile.height - height - 7
@@ -113,7 +113,7 @@ Rectangle {
         wrapMode: Text.NoWrap
         elide: Text.ElideMiddle
     }
-    Words {
+    Label {
         id: duration
         x: tile.width - width - 10
         y: name.y
@@ -123,7 +123,7 @@ Rectangle {
         font.pixelSize: 11
         wrapMode: Text.NoWrap
     }
-    Tip {
+    ToolTip {
         text: tile.fileName
         shown: hover.hovered && name.truncated
     }

@@ -23,7 +23,7 @@ Rectangle {
         app.playback.togglePlay(app.generation.results.urlAt(list.currentIndex));
     }
 
-    Words {
+    Label {
         id: heading
         x: Theme.outer
         y: Theme.between
@@ -32,7 +32,7 @@ Rectangle {
         wrapMode: Text.NoWrap
         Accessible.role: Accessible.Heading
     }
-    Words {
+    Label {
         anchors.left: heading.right
         anchors.leftMargin: Theme.inner
         anchors.baseline: heading.baseline

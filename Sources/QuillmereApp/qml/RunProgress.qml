@@ -40,7 +40,7 @@ Item {
             width: parent.width
             height: figure.height
 
-            Words {
+            Label {
                 id: figure
                 text: {
                     if (run.app.generation.isCancelling)
@@ -51,7 +51,7 @@ Item {
                 font.pixelSize: Theme.smallSize
                 wrapMode: Text.NoWrap
             }
-            Words {
+            Label {
                 objectName: "newsOfRun"
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
@@ -62,7 +62,7 @@ Item {
                 elide: Text.ElideRight
                 Accessible.role: Accessible.AlertMessage
             }
-            Words {
+            Label {
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
                 visible: run.generating && !run.app.generation.isCancelling && run.news.length === 0
@@ -73,7 +73,7 @@ Item {
                 wrapMode: Text.NoWrap
             }
         }
-        ProgressTrack {
+        ProgressBar {
             width: parent.width
             label: run.generating ? "Generating" : "Rendering"
             indeterminate: !run.generating

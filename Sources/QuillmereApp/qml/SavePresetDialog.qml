@@ -2,7 +2,7 @@ import QtQuick
 import QuillmereApp
 
 // Asks for a name for the current values.
-Sheet {
+Dialog {
     id: dialog
 
     required property CharacterController character

@@ -19,7 +19,7 @@ Column {
 
     spacing: Theme.inner
 
-    Field {
+    TextField {
         id: field
         objectName: "presetName"
         width: parent.width
@@ -27,7 +27,7 @@ Column {
         Accessible.name: "Name"
         onAccepted: form.saveRequested()
     }
-    Words {
+    Label {
         width: parent.width
         // The line stays reserved.
         height: Math.max(implicitHeight, line.height)

@@ -14,7 +14,7 @@ Item {
     Accessible.role: Accessible.Grouping
     Accessible.name: "Seed"
 
-    Words {
+    Label {
         id: title
         width: seed.titleWidth
         height: field.height
@@ -24,12 +24,12 @@ Item {
         HoverHandler {
             id: titleHover
         }
-        Tip {
+        ToolTip {
             text: seed.help
             shown: titleHover.hovered
         }
     }
-    Field {
+    TextField {
         id: field
         objectName: "seed"
         anchors.left: title.right
@@ -42,7 +42,7 @@ Item {
         Accessible.name: "Seed"
         onTextEdited: seed.character.seedText = text
     }
-    Words {
+    Label {
         id: ignored
         anchors.left: field.left
         anchors.top: field.bottom
@@ -64,7 +64,7 @@ Item {
         spacing: Theme.tight
         visible: seed.character.lastSeed.length > 0 && !ignored.visible
 
-        Words {
+        Label {
             height: parent.height
             verticalAlignment: Text.AlignVCenter
             text: "Last run: " + seed.character.lastSeed

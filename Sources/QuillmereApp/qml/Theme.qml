@@ -17,7 +17,7 @@ QtObject {
     readonly property color popup: dark ? "#262932" : "#FFFFFF"
     readonly property color shade: dark ? "#99000000" : "#66000000"
 
-    // Words
+    // Text
     readonly property color text: dark ? "#ECEDEF" : "#1B1C1F"
     readonly property color secondary: dark ? "#A4AAB5" : "#5A5F69"
     readonly property color disabled: dark ? "#6B717D" : "#9A9EA6"

@@ -9,12 +9,12 @@ Column {
 
     spacing: Theme.inner
 
-    Words {
+    Label {
         width: parent.width
         text: view.model.isCancelling ? "Cancelling…" : view.model.message
         font.weight: Font.DemiBold
     }
-    ProgressTrack {
+    ProgressBar {
         width: parent.width
         label: "Training"
         indeterminate: view.model.phase !== "training"
@@ -24,7 +24,7 @@ Column {
         width: parent.width
         height: step.height
 
-        Words {
+        Label {
             id: step
             text: "Step " + view.model.step + (view.model.totalSteps > 0 ? " of " + view.model.totalSteps : "")
             color: Theme.secondary
@@ -32,7 +32,7 @@ Column {
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
         }
-        Words {
+        Label {
             anchors.right: parent.right
             text: view.model.timeLeft
             color: Theme.secondary

@@ -89,7 +89,7 @@ T.Button {
     FocusRing {
         shown: control.visualFocus
     }
-    Tip {
+    ToolTip {
         text: control.tip
         shown: control.hovered
     }

@@ -2,27 +2,27 @@ import QtQuick.Templates as T
 import QuillmereApp
 
 // What can be done with the text of a field.
-PopupMenu {
+Menu {
     id: menu
 
     required property T.TextField field
 
-    MenuEntry {
+    MenuItem {
         text: "Cut"
         enabled: menu.field.selectedText.length > 0 && !menu.field.readOnly
         onTriggered: menu.field.cut()
     }
-    MenuEntry {
+    MenuItem {
         text: "Copy"
         enabled: menu.field.selectedText.length > 0
         onTriggered: menu.field.copy()
     }
-    MenuEntry {
+    MenuItem {
         text: "Paste"
         enabled: menu.field.canPaste
         onTriggered: menu.field.paste()
     }
-    MenuEntry {
+    MenuItem {
         text: "Select All"
         enabled: menu.field.length > 0
         onTriggered: menu.field.selectAll()

@@ -53,7 +53,7 @@ T.Button {
         around: control.corner - 2
         shown: control.visualFocus
     }
-    Tip {
+    ToolTip {
         text: control.tip
         shown: control.hovered
     }

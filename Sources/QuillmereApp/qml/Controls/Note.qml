@@ -6,13 +6,13 @@ Item {
     id: note
 
     property string iconName
-    property alias text: words.text
+    property alias text: label.text
     property color ink: Theme.secondary
     property color textColor: Theme.secondary
-    property alias font: words.font
+    property alias font: label.font
 
-    implicitWidth: words.x + Math.ceil(words.implicitWidth)
-    implicitHeight: words.implicitHeight
+    implicitWidth: label.x + Math.ceil(label.implicitWidth)
+    implicitHeight: label.implicitHeight
 
     Icon {
         id: icon
@@ -25,10 +25,10 @@ Item {
     }
     FontMetrics {
         id: metrics
-        font: words.font
+        font: label.font
     }
-    Words {
-        id: words
+    Label {
+        id: label
         // By the name: what is not shown has an icon all the same.
         x: note.iconName.length > 0 ? icon.width + Theme.inner - 1 : 0
         width: note.width - x

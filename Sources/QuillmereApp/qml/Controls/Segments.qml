@@ -9,17 +9,17 @@ Rectangle {
     id: segments
 
     property string label
-    property var words: []  // strings
+    property var labels: []  // strings
     property var tips: []   // one per word, or none
     property int currentIndex: 0
-    readonly property real segmentWidth: (width - 2 * edge) / Math.max(1, words.length)
+    readonly property real segmentWidth: (width - 2 * edge) / Math.max(1, labels.length)
     readonly property real edge: 2
 
     // The user has chosen another one.
     signal chosen(int index)
 
     implicitHeight: Theme.controlHeight
-    implicitWidth: 80 * words.length
+    implicitWidth: 80 * labels.length
     radius: Theme.controlRadius
     color: Theme.field
     border.color: enabled ? Theme.controlLine : Theme.line
@@ -28,7 +28,7 @@ Rectangle {
     Accessible.name: label
 
     function choose(index: int) {
-        if (index < 0 || index >= words.length)
+        if (index < 0 || index >= labels.length)
             return;
         chosen(index);
         repeater.itemAt(index).forceActiveFocus(Qt.TabFocusReason);
@@ -40,7 +40,7 @@ Rectangle {
 
         Repeater {
             id: repeater
-            model: segments.words
+            model: segments.labels
 
             T.RadioButton {
                 id: segment
@@ -90,7 +90,7 @@ Rectangle {
                 FocusRing {
                     shown: segment.visualFocus
                 }
-                Tip {
+                ToolTip {
                     text: segments.tips.length > segment.index ? segments.tips[segment.index] : ""
                     shown: segment.hovered
                 }

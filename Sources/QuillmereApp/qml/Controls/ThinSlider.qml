@@ -191,7 +191,7 @@ Item {
         around: 4
         anchors.margins: 0
     }
-    Tip {
+    ToolTip {
         text: control.tip
         shown: control.hovered && !area.used
     }

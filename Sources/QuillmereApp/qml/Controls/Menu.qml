@@ -4,7 +4,7 @@ import QtQuick
 import QtQuick.Templates as T
 import QuillmereApp
 
-// A menu of MenuEntry items.
+// A menu of MenuItem items.
 T.Menu {
     id: menu
 
@@ -16,7 +16,7 @@ T.Menu {
     font.family: Theme.family
     font.pixelSize: Theme.textSize
 
-    delegate: MenuEntry {
+    delegate: MenuItem {
     }
     contentItem: ListView {
         implicitHeight: contentHeight

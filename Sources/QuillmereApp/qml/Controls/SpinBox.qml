@@ -96,7 +96,7 @@ T.SpinBox {
             color: step.enabled && control.enabled ? Theme.secondary : Theme.disabled
         }
     }
-    Tip {
+    ToolTip {
         text: control.tip
         shown: control.hovered && !control.activeFocus
     }

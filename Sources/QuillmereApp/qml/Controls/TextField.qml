@@ -51,7 +51,7 @@ T.TextField {
     TextMenu {
         field: control
     }
-    Tip {
+    ToolTip {
         text: control.tip
         shown: control.hovered && !control.activeFocus
     }

@@ -142,7 +142,7 @@ T.ComboBox {
     FocusRing {
         shown: control.visualFocus
     }
-    Tip {
+    ToolTip {
         text: control.tip
         shown: control.hovered && !control.popup.visible
     }

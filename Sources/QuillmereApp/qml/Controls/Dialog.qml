@@ -16,7 +16,7 @@ T.Dialog {
     focus: true
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
 
-    header: Words {
+    header: Label {
         text: sheet.title
         font.pixelSize: Theme.titleSize
         font.weight: Font.DemiBold
