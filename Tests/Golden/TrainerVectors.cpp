@@ -1,6 +1,10 @@
 #include "Golden/GoldenAreas.h"
 #include "QuillmereCore/Model/ClipPreparation.h"
-#include "QuillmereCore/Model/Trainer.h"
+#include "QuillmereCore/Model/Training/Augmentation.h"
+#include "QuillmereCore/Model/Training/BatchSource.h"
+#include "QuillmereCore/Model/Training/Schedule.h"
+#include "QuillmereCore/Model/Training/TrainingLoop.h"
+#include "QuillmereCore/Model/Training/TrainingProgress.h"
 #include "Support/Processor.h"
 
 namespace quillmere::golden {
@@ -160,8 +164,9 @@ Outputs reports(const Case& vector) {
 
 Outputs analysingMessage(const Case& vector) {
     Outputs out;
-    out.value("text", ModelTrainer::analysingMessage(profile(vector.input.at("profile")),
-                                                     vector.input.at("clipSeconds").get<double>()));
+    const TrainingProgress report = ModelTrainer::analysisStarted(
+        profile(vector.input.at("profile")), vector.input.at("clipSeconds").get<double>());
+    out.value("text", report.message);
     return out;
 }
 

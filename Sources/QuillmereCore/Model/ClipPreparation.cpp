@@ -110,7 +110,8 @@ private:
         frames_.push_back(frame);
     }
 
-    // While frames are still being added, true may yet become false, but not the reverse.
+    // Before the last frame this is an early answer: the loudest frame may be yet to come. A frame that is
+    // quiet then stays quiet; a loud one may turn out to be quiet.
     [[nodiscard]] bool isLoud(const Frame& frame) const { return frame.energy > loudShare * largestEnergy_; }
 
     [[nodiscard]] std::span<const float> band(std::span<const float> spectra, std::size_t frame) const {

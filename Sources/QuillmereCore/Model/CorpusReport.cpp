@@ -8,8 +8,7 @@
 #include <string_view>
 #include <utility>
 
-#include "QuillmereCore/Audio/AudioIO.h"
-#include "QuillmereCore/Model/ClipPreparation.h"
+#include "QuillmereCore/Model/Training/ClipReading.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 
@@ -17,48 +16,26 @@ namespace quillmere {
 namespace {
 
 namespace fs = std::filesystem;
+using ModelTrainer::ClipReading;
 
-// A file's fate so far, and what the choice of the clip length needs to know of it.
-struct Measured {
+// What training makes of a file that reads like this, with a model whose clips have clipSamples samples.
+FileFate fateOf(const CorpusFile& file, const ClipReading& reading, std::int64_t clipSamples) {
     FileFate fate;
-    std::int64_t samples = 0;  // of the decoded clip; 0 when it is left out
-    double effectiveSeconds = 0;
-    double flatness = 0;
-};
-
-Measured measure(const CorpusFile& file, int sampleRate) {
-    Measured measured;
-    measured.fate.name = file.relativePath;
-    try {
-        const std::optional<DecodedClip> clip = ClipPreparation::decode(file, sampleRate);
-        if (!clip) {
-            measured.fate.use = FileFate::Use::silent;
-            return measured;
-        }
-        measured.fate.seconds = clip->originalSeconds;
-        measured.samples = static_cast<std::int64_t>(clip->samples.size());
-        measured.effectiveSeconds = clip->effectiveSeconds(sampleRate);
-        measured.flatness = clip->flatness(sampleRate);
-    } catch (const AudioIOError& error) {
-        measured.fate.use = FileFate::Use::unreadable;
-        measured.fate.reason = error.what();
+    fate.name = file.relativePath;
+    switch (reading.outcome) {
+        case ClipReading::Outcome::silent:
+            fate.use = FileFate::Use::silent;
+            break;
+        case ClipReading::Outcome::unreadable:
+            fate.use = FileFate::Use::unreadable;
+            fate.reason = reading.reason;
+            break;
+        case ClipReading::Outcome::usable:
+            fate.seconds = reading.clip.originalSeconds;
+            if (static_cast<std::int64_t>(reading.length) > clipSamples) fate.use = FileFate::Use::cut;
+            break;
     }
-    return measured;
-}
-
-// The configuration of automatic training, or nothing without a usable file.
-std::optional<ModelConfig> chooseConfig(const std::vector<Measured>& files, int sampleRate) {
-    std::vector<double> lengths;
-    std::vector<double> flatness;
-    for (const Measured& file : files) {
-        if (file.samples == 0) continue;
-        lengths.push_back(file.effectiveSeconds);
-        flatness.push_back(file.flatness);
-    }
-    if (lengths.empty()) return std::nullopt;
-    constexpr std::int64_t anyLatentDim = 64;  // has no part in the clip length
-    return ModelConfig::forSeconds(sampleRate, ClipPreparation::suggestClipSeconds(lengths),
-                                   ClipPreparation::resolveProfile(lengths, flatness), anyLatentDim);
+    return fate;
 }
 
 // A file's bytes, a piece at a time.
@@ -133,24 +110,22 @@ private:
 
 CorpusReport Corpus::inspect(const CorpusSummary& corpus, const std::stop_token& stop) {
     const int sampleRate = corpus.dominantSampleRate();
-    std::vector<Measured> measured(corpus.files.size());
-    parallelFor(measured.size(), [&](std::size_t i) {
-        throwIfCancelled(stop);
-        measured[i] = measure(corpus.files[i], sampleRate);
-    });
-    throwIfCancelled(stop);
+    constexpr std::size_t noSamples = 0;
+    const std::vector<ClipReading> readings = ModelTrainer::readClips(
+        corpus.files, {.sampleRate = sampleRate, .keptSamples = noSamples, .flatness = true}, {}, stop);
 
     CorpusReport report;
-    const std::optional<ModelConfig> config = chooseConfig(measured, sampleRate);
-    if (config) {
-        report.profile = config->profile;
-        report.clipSeconds = config->clipSeconds();
+    std::int64_t clipSamples = 0;
+    if (std::ranges::any_of(readings, &ClipReading::isUsable)) {
+        const ModelConfig config = ModelTrainer::chooseConfig(readings, sampleRate, TrainingOptions());
+        report.profile = config.profile;
+        report.clipSeconds = config.clipSeconds();
+        clipSamples = config.clipSamples();
     }
     DuplicateSearch duplicates(corpus.files);
-    for (std::size_t i = 0; i < measured.size(); ++i) {
-        FileFate& fate = report.files.emplace_back(std::move(measured[i].fate));
-        if (measured[i].samples == 0) continue;
-        if (measured[i].samples > config->clipSamples()) fate.use = FileFate::Use::cut;
+    for (std::size_t i = 0; i < readings.size(); ++i) {
+        FileFate& fate = report.files.emplace_back(fateOf(corpus.files[i], readings[i], clipSamples));
+        if (!readings[i].isUsable()) continue;
         if (const CorpusFile* first = duplicates.firstLike(i)) fate.duplicateOf = first->relativePath;
     }
     return report;

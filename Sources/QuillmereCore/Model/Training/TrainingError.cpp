@@ -1,0 +1,20 @@
+#include "QuillmereCore/Model/Training/TrainingError.h"
+
+namespace quillmere {
+namespace {
+
+const char* description(TrainingError::Kind kind) {
+    switch (kind) {
+        case TrainingError::Kind::noUsableAudio:
+            return "No usable audio files were found in that folder.";
+        case TrainingError::Kind::diverged:
+            return "Training diverged (loss became NaN). Try again with a lower learning rate.";
+    }
+    fatal("unknown training error");
+}
+
+}  // namespace
+
+TrainingError::TrainingError(Kind kind) : Failure(description(kind)), kind_(kind) {}
+
+}  // namespace quillmere

@@ -1,0 +1,94 @@
+#include "QuillmereCore/Model/Training/TrainingLoop.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "QuillmereCore/Model/Training/BatchSource.h"
+#include "QuillmereCore/Model/Training/Schedule.h"
+#include "QuillmereCore/Model/Training/TrainingError.h"
+#include "QuillmereCore/Model/VAE.h"
+#include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere::ModelTrainer {
+namespace {
+
+// The steps: a network with its weights and final loss, nothing encoded yet.
+TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<float>> images,
+                        const TrainingOptions& options, const ProgressCallback& progress,
+                        const std::stop_token& stop, network::Backend& backend,
+                        const std::function<void(const network::StepResult&)>& onStep) {
+    VAETrainingGraph graph(config, static_cast<int>(options.batchSize),
+                           VAEArchitecture::initialWeights(config, options.seed), backend);
+    BatchSource source(config, images, options.batchSize, options.seed);
+    const auto batch = static_cast<std::size_t>(options.batchSize);
+    std::vector<float> x(batch * images.front().size());
+    std::vector<float> eps(batch * static_cast<std::size_t>(config.latentDim));
+    SmoothedLosses smoothed;
+    const auto start = std::chrono::steady_clock::now();
+    throwIfCancelled(stop);
+
+    const std::int64_t T = options.steps;
+    for (std::int64_t t = 1; t <= T; ++t) {
+        source.next(x, eps);
+        const Schedule now = schedule(t, T, options.learningRate, options.klWeight);
+        const network::StepResult result = graph.step(x, eps, now.learningRate, now.klWeight);
+        if (onStep) onStep(result);
+        if (!std::isfinite(result.loss)) throw TrainingError(TrainingError::Kind::diverged);
+        smoothed.add(result);
+        if (progress && isReported(t, T)) {
+            const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+            progress(stepDone(t, T, smoothed, elapsed.count()));
+        }
+        if (t < T) throwIfCancelled(stop);
+    }
+
+    if (progress) progress(encodingStarted(T, smoothed.loss.value()));
+    TrainedNetwork trained;
+    trained.weights = graph.currentWeights();
+    trained.finalLoss = smoothed.loss.value();
+    return trained;
+}
+
+double meanSquaredDifference(std::span<const float> a, std::span<const float> b) {
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const double difference = static_cast<double>(a[i]) - static_cast<double>(b[i]);
+        sum += difference * difference;
+    }
+    return sum / static_cast<double>(a.size());
+}
+
+// Mean over the clips of the plain squared error per pixel. Decodes batch by batch, so that the images of a
+// large corpus are never all there twice.
+float reconstructionError(VAEInference& inference, std::span<const std::vector<float>> latents,
+                          std::span<const std::vector<float>> images) {
+    double sum = 0;
+    for (std::size_t first = 0; first < images.size(); first += VAEInference::batch) {
+        const std::size_t count = std::min<std::size_t>(VAEInference::batch, images.size() - first);
+        const std::vector<std::vector<float>> decoded = inference.decode(latents.subspan(first, count));
+        for (std::size_t i = 0; i < count; ++i)
+            sum += meanSquaredDifference(decoded[i], images[first + i]);
+    }
+    return static_cast<float>(sum / static_cast<double>(images.size()));
+}
+
+}  // namespace
+
+TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
+                             const TrainingOptions& options, const ProgressCallback& progress,
+                             const std::stop_token& stop, network::Backend& backend,
+                             const std::function<void(const network::StepResult&)>& onStep) {
+    require(options.steps >= 1, "training needs at least one step");
+    require(!images.empty(), "training needs at least one image");
+    TrainedNetwork trained = optimise(config, images, options, progress, stop, backend, onStep);
+    VAEInference inference(config, trained.weights, backend);
+    trained.latents = inference.encode(images);
+    trained.finalReconstructionError = reconstructionError(inference, trained.latents, images);
+    return trained;
+}
+
+}  // namespace quillmere::ModelTrainer

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "QuillmereCore/Model/ModelConfig.h"
+
+namespace quillmere {
+
+struct TrainingOptions {
+    std::int64_t steps = 2500;  // at least 1
+    std::int64_t batchSize = 16;
+    float learningRate = 0.001F;  // peak step size
+    float klWeight = 0.002F;      // final weight
+    std::int64_t latentDim = 64;
+    std::optional<double> clipSeconds;  // absent: chosen from the corpus
+    AnalysisProfile profile = AnalysisProfile::automatic;
+    std::uint64_t seed = 1;
+};
+
+}  // namespace quillmere

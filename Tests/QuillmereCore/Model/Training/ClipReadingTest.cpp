@@ -1,0 +1,162 @@
+#include "QuillmereCore/Model/Training/ClipReading.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <stdexcept>
+#include <stop_token>
+#include <vector>
+
+#include "QuillmereCore/Model/Training/TrainingTestData.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+using ModelTrainer::chooseConfig;
+using ModelTrainer::ClipNeeds;
+using ModelTrainer::ClipReading;
+using ModelTrainer::needsOf;
+using ModelTrainer::readClip;
+using ModelTrainer::readClips;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using testing::TestCorpus;
+using Outcome = ClipReading::Outcome;
+
+constexpr ClipNeeds all{.sampleRate = 8000, .keptSamples = 1'000'000, .flatness = true};
+
+ClipReading readingOf(double effectiveSeconds, double flatness) {
+    ClipReading reading;
+    reading.effectiveSeconds = effectiveSeconds;
+    reading.flatness = flatness;
+    return reading;
+}
+
+TEST(ClipReading, OfAFileThatSoundsMeasuresTheDecodedClip) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 0.1, 1);
+    const CorpusFile file = corpus.scan().files.front();
+    const ClipReading reading = readClip(file, all);
+    const auto clip = ClipPreparation::decode(file, 8000);
+    ASSERT_TRUE(clip);
+    ASSERT_EQ(reading.outcome, Outcome::usable);
+    EXPECT_EQ(reading.clip.name, "a.wav");
+    EXPECT_EQ(reading.clip.samples, clip->samples);
+    EXPECT_EQ(reading.clip.originalSeconds, 0.1);
+    EXPECT_EQ(reading.length, clip->samples.size());
+    EXPECT_EQ(reading.effectiveSeconds, clip->effectiveSeconds(8000));
+    EXPECT_EQ(reading.flatness, clip->flatness(8000));
+}
+
+TEST(ClipReading, KeepsOnlyTheSamplesThatAreNeededButMeasuresAll) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 1, 1);
+    const CorpusFile file = corpus.scan().files.front();
+    const ClipReading whole = readClip(file, all);
+    const ClipReading cut = readClip(file, {.sampleRate = 8000, .keptSamples = 100, .flatness = true});
+    EXPECT_EQ(cut.clip.samples,
+              std::vector<float>(whole.clip.samples.begin(), whole.clip.samples.begin() + 100));
+    EXPECT_EQ(cut.length, whole.length);
+    EXPECT_EQ(cut.effectiveSeconds, whole.effectiveSeconds);
+    EXPECT_EQ(cut.flatness, whole.flatness);
+}
+
+TEST(ClipReading, LeavesFlatnessAtZeroWhereItIsNotWanted) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 0.1, 1);
+    const CorpusFile file = corpus.scan().files.front();
+    EXPECT_GT(readClip(file, all).flatness, 0);
+    EXPECT_EQ(readClip(file, {.sampleRate = 8000, .keptSamples = 100, .flatness = false}).flatness, 0);
+}
+
+TEST(ClipReading, TellsSilentFilesFromUnreadableOnes) {
+    const TestCorpus corpus;
+    corpus.add("silent.wav", std::vector<float>(800, 0.0F));
+    corpus.addText("text.wav");
+    const std::vector<CorpusFile> files = corpus.scan().files;
+    EXPECT_EQ(readClip(files.at(0), all).outcome, Outcome::silent);
+    const ClipReading unreadable = readClip(files.at(1), all);
+    EXPECT_EQ(unreadable.outcome, Outcome::unreadable);
+    EXPECT_THAT(unreadable.reason, HasSubstr("text.wav"));
+    EXPECT_FALSE(unreadable.isUsable());
+}
+
+TEST(ClipReading, OfManyFilesKeepsTheirOrderAndCountsThem) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 0.1, 1);
+    corpus.addText("b.wav");
+    corpus.addNoise("c.wav", 0.1, 3);
+    std::vector<std::size_t> counts;
+    const auto readings =
+        readClips(corpus.scan().files, all, [&](std::size_t done) { counts.push_back(done); }, {});
+    ASSERT_EQ(readings.size(), 3U);
+    EXPECT_EQ(readings[0].clip.name, "a.wav");
+    EXPECT_EQ(readings[1].outcome, Outcome::unreadable);
+    EXPECT_EQ(readings[2].clip.name, "c.wav");
+    EXPECT_THAT(counts, ElementsAre(1, 2, 3));
+}
+
+TEST(ClipReading, ThatIsCancelledReadsNothing) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 0.1, 1);
+    std::stop_source stop;
+    stop.request_stop();
+    int read = 0;
+    EXPECT_THROW((void)readClips(
+                     corpus.scan().files, all, [&](std::size_t) { ++read; }, stop.get_token()),
+                 CancellationError);
+    EXPECT_EQ(read, 0);
+}
+
+TEST(ClipReading, PassesOnWhatItsCallbackThrows) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 0.1, 1);
+    EXPECT_THROW((void)readClips(corpus.scan().files, all,
+                                 [](std::size_t) { throw std::runtime_error("enough"); }, {}),
+                 std::runtime_error);
+}
+
+// ---- What training needs of a clip
+
+TEST(ClipNeeds, AreOneSampleMoreThanTheLongestModelUses) {
+    TrainingOptions options;
+    const auto longest = [&](double seconds) {
+        return ModelConfig::forSeconds(44100, seconds, AnalysisProfile::tonal, 64).clipSamples();
+    };
+    EXPECT_EQ(needsOf(options, 44100).keptSamples, static_cast<std::size_t>(longest(4)) + 1);
+    options.clipSeconds = 9;
+    EXPECT_EQ(needsOf(options, 44100).keptSamples, static_cast<std::size_t>(longest(9)) + 1);
+    EXPECT_EQ(needsOf(options, 44100).sampleRate, 44100);
+}
+
+TEST(ClipNeeds, HoldFlatnessOnlyWhereTheProfileIsChosenByIt) {
+    TrainingOptions options;
+    EXPECT_TRUE(needsOf(options, 44100).flatness);
+    options.profile = AnalysisProfile::tonal;
+    EXPECT_FALSE(needsOf(options, 44100).flatness);
+}
+
+// ---- The choice of the configuration
+
+TEST(ConfigChoice, GoesByTheUsableClipsAlone) {
+    ClipReading silent;
+    silent.outcome = Outcome::silent;
+    const std::vector<ClipReading> readings{silent, readingOf(1, 0.05), readingOf(1, 0.05), silent, silent};
+    const ModelConfig config = chooseConfig(readings, 44100, TrainingOptions());
+    EXPECT_EQ(config, ModelConfig::forSeconds(44100, 1 * 1.05 + 0.05, AnalysisProfile::tonal, 64));
+}
+
+TEST(ConfigChoice, FollowsTheOptions) {
+    TrainingOptions options;
+    options.profile = AnalysisProfile::percussive;
+    options.clipSeconds = 0.5;
+    options.latentDim = 8;
+    const std::vector<ClipReading> readings{readingOf(3, 0.05)};
+    EXPECT_EQ(chooseConfig(readings, 22050, options),
+              ModelConfig::forSeconds(22050, 0.5, AnalysisProfile::percussive, 8));
+}
+
+}  // namespace
+}  // namespace quillmere

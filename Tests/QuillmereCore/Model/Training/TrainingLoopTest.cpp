@@ -1,0 +1,144 @@
+#include "QuillmereCore/Model/Training/TrainingLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstddef>
+#include <stop_token>
+#include <vector>
+
+#include "QuillmereCore/Model/Training/BatchSource.h"
+#include "QuillmereCore/Model/Training/Schedule.h"
+#include "QuillmereCore/Model/Training/TrainingError.h"
+#include "QuillmereCore/Model/Training/TrainingTestData.h"
+#include "QuillmereCore/Model/VAE.h"
+#include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "Support/Processor.h"
+
+namespace quillmere {
+namespace {
+
+using ModelTrainer::BatchSource;
+using testing::Listener;
+using testing::processor;
+using testing::quickOptions;
+using testing::randomImages;
+using testing::smallest;
+
+TEST(TrainOnImagesDeathTest, NeedsAtLeastOneStepImageAndSlot) {
+    const auto images = randomImages(1);
+    TrainingOptions options = quickOptions(0);
+    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor()),
+                 "one step");
+    options = quickOptions();
+    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, {}, options, {}, {}, processor()), "one image");
+    options.batchSize = 0;
+    EXPECT_DEATH((void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor()),
+                 "at least one image");
+}
+
+TEST(TrainOnImages, IsTheLoopOfStepsWithTheSchedule) {
+    const auto images = randomImages(3);
+    const TrainingOptions options = quickOptions(3);
+    std::vector<float> losses;
+    const auto trained = ModelTrainer::trainOnImages(
+        smallest, images, options, {}, {}, processor(),
+        [&](const network::StepResult& result) { losses.push_back(result.loss); });
+
+    VAETrainingGraph graph(smallest, 2, VAEArchitecture::initialWeights(smallest, options.seed), processor());
+    BatchSource source(smallest, images, 2, options.seed);
+    std::vector<float> x(2 * 32 * 32), eps(2 * 4), expected;
+    ModelTrainer::Smoothing smoothing;
+    for (int t = 1; t <= 3; ++t) {
+        source.next(x, eps);
+        const auto now = ModelTrainer::schedule(t, 3, options.learningRate, options.klWeight);
+        expected.push_back(graph.step(x, eps, now.learningRate, now.klWeight).loss);
+        smoothing.add(expected.back());
+    }
+    EXPECT_EQ(losses, expected);
+    EXPECT_TRUE(trained.weights == graph.currentWeights());
+    EXPECT_EQ(trained.finalLoss, smoothing.value());
+}
+
+TEST(TrainOnImages, EncodesEveryImageAndMeasuresThePlainError) {
+    const auto images = randomImages(18);  // more than one batch of the decoder
+    const auto trained = ModelTrainer::trainOnImages(smallest, images, quickOptions(1), {}, {}, processor());
+    VAEInference inference(smallest, trained.weights, processor());
+    const auto latents = inference.encode(images);
+    EXPECT_EQ(trained.latents, latents);
+    const auto decoded = inference.decode(latents);
+    double sum = 0;
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        for (std::size_t p = 0; p < images[i].size(); ++p)
+            sum += std::pow(static_cast<double>(decoded[i][p]) - static_cast<double>(images[i][p]), 2);
+    }
+    EXPECT_NEAR(trained.finalReconstructionError, sum / (18 * 1024), 1e-6);
+}
+
+TEST(TrainOnImages, LearnsASingleImage) {
+    const auto images = randomImages(1);
+    std::vector<float> losses;
+    TrainingOptions options = quickOptions(30);
+    options.learningRate = 0.003F;
+    (void)ModelTrainer::trainOnImages(
+        smallest, images, options, {}, {}, processor(),
+        [&](const network::StepResult& result) { losses.push_back(result.mse); });
+    EXPECT_LT(losses.back(), 0.8F * losses.front());
+}
+
+TEST(TrainOnImages, StopsBeforeTheFirstStep) {
+    const auto images = randomImages(1);
+    int steps = 0;
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW((void)ModelTrainer::trainOnImages(smallest, images, quickOptions(), {}, stop.get_token(),
+                                                   processor(), [&](const network::StepResult&) { ++steps; }),
+                 CancellationError);
+    EXPECT_EQ(steps, 0);
+}
+
+TEST(TrainOnImages, StopsAfterTheStepInWhichItIsCancelled) {
+    const auto images = randomImages(1);
+    int steps = 0;
+    std::stop_source stop;
+    EXPECT_THROW((void)ModelTrainer::trainOnImages(smallest, images, quickOptions(4), {}, stop.get_token(),
+                                                   processor(),
+                                                   [&](const network::StepResult&) {
+                                                       if (++steps == 2) stop.request_stop();
+                                                   }),
+                 CancellationError);
+    EXPECT_EQ(steps, 2);
+}
+
+TEST(TrainOnImages, DoesNotAskAfterTheLastStep) {
+    const auto images = randomImages(1);
+    int steps = 0;
+    std::stop_source stop;
+    const auto trained = ModelTrainer::trainOnImages(smallest, images, quickOptions(3), {}, stop.get_token(),
+                                                     processor(), [&](const network::StepResult&) {
+                                                         if (++steps == 3) stop.request_stop();
+                                                     });
+    EXPECT_EQ(steps, 3);
+    EXPECT_EQ(trained.latents.size(), 1U);
+}
+
+TEST(TrainOnImages, ReportsDivergenceWithItsAdvice) {
+    const auto images = randomImages(2);
+    TrainingOptions options = quickOptions(5);
+    options.learningRate = 1e30F;
+    Listener listener;
+    try {
+        (void)ModelTrainer::trainOnImages(smallest, images, options, listener.progress(), {}, processor());
+        FAIL() << "no divergence";
+    } catch (const TrainingError& error) {
+        EXPECT_EQ(error.kind(), TrainingError::Kind::diverged);
+        EXPECT_STREQ(error.what(),
+                     "Training diverged (loss became NaN). Try again with a lower learning rate.");
+    }
+    for (const TrainingProgress& record : listener.records)
+        EXPECT_TRUE(std::isfinite(record.loss)) << "a loss that is not finite is never reported";
+}
+
+}  // namespace
+}  // namespace quillmere
