@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "QuillmereCore/Model/Trainer.h"
+#include "QuillmereCore/Model/Training/TrainingLoop.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Network/Vulkan/FaultyDriver/FaultyDriver.h"
