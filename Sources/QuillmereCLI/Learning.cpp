@@ -2,21 +2,14 @@
 
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <utility>
 
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
-namespace {
-
-constexpr std::array<std::pair<std::string_view, std::int64_t>, 3> qualities{
-    {{"quick", 800}, {standardQuality, 2000}, {"thorough", 5000}}};
-
-}  // namespace
-
 KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
                        ProgressLine& progress, const CancelFlag& cancel) {
     WorkProgress work;
@@ -29,13 +22,6 @@ KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& 
     corpus.arguments = shellWord(folder);
     if (models.isGiven()) corpus.arguments += " --models " + shellWord(models.root());
     return corpus;
-}
-
-std::int64_t qualitySteps(std::string_view quality) {
-    for (const auto& [name, steps] : qualities) {
-        if (name == quality) return steps;
-    }
-    fatal("unknown quality");
 }
 
 ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, network::ChosenDevice& device,
@@ -76,7 +62,7 @@ ModelBundle loadOrLearn(const KnownCorpus& corpus, network::ChosenDevice& device
                         ProgressLine& progress, const CancelFlag& cancel) {
     if (corpus.hasModel()) return loadModel(corpus, console);
     TrainingOptions options;
-    options.steps = qualitySteps(standardQuality);
+    options.steps = info(Quality::standard).steps;
     ModelBundle bundle = learn(corpus, options, device, progress, cancel);
     progress.finish();
     console.print(learnedText(bundle));

@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
-#include <string_view>
 
 #include "QuillmereCLI/Cancellation.h"
 #include "QuillmereCLI/Options.h"
@@ -27,10 +25,6 @@ struct KnownCorpus {
 // Throws FileError when folder is none.
 [[nodiscard]] KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
                                      ProgressLine& progress, const CancelFlag& cancel);
-
-// The steps of the qualities quick, standard and thorough.
-[[nodiscard]] std::int64_t qualitySteps(std::string_view quality);
-inline constexpr std::string_view standardQuality = "standard";
 
 // Trains a model and stores it. Throws as ModelTrainer::train and ModelStore::replace; nothing is stored
 // then.

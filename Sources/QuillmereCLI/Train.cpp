@@ -1,20 +1,40 @@
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
 namespace {
 
+std::vector<std::string> qualityNames() {
+    std::vector<std::string> names;
+    for (const QualityInfo& quality : allQualities)
+        names.emplace_back(quality.name);
+    return names;
+}
+
+// "800, 2000 or 5000"
+std::string qualitySteps() {
+    std::string text;
+    for (std::size_t i = 0; i < allQualities.size(); ++i) {
+        if (i > 0) text += i + 1 == allQualities.size() ? " or " : ", ";
+        text += std::to_string(allQualities[i].steps);
+    }
+    return text;
+}
+
 struct TrainOptions {
     CorpusOption corpus;
     ModelsOption models;
     ComputeOptions compute;
-    std::string quality{standardQuality};
+    std::string quality{info(Quality::standard).name};
     std::int64_t steps = 0;  // 0: by quality
     std::string analysis{rawValue(AnalysisProfile::automatic)};
     std::optional<double> clipSeconds;
@@ -28,8 +48,8 @@ struct TrainOptions {
 
     void addTo(CLI::App& app) {
         corpus.addTo(app);
-        addChoice(app, "--quality", quality, {"quick", "standard", "thorough"},
-                  "How long to train: 800, 2000 or 5000 steps")
+        addChoice(app, "--quality", quality, qualityNames(),
+                  "How long to train: " + qualitySteps() + " steps")
             ->default_str(quality);
         addWholeNumber(app, "--steps", steps, {1, 10'000'000}, "Training steps, instead of the quality's");
         addChoice(app, "--analysis", analysis, {"auto", "percussive", "tonal"},
@@ -53,7 +73,7 @@ struct TrainOptions {
 
     [[nodiscard]] TrainingOptions training() const {
         TrainingOptions options;
-        options.steps = steps > 0 ? steps : qualitySteps(quality);
+        options.steps = steps > 0 ? steps : info(*qualityNamed(quality)).steps;
         options.batchSize = batchSize;
         options.latentDim = latentDim;
         options.clipSeconds = clipSeconds;
