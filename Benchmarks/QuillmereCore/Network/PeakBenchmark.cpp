@@ -5,11 +5,8 @@
 
 #include <cstdint>
 
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "QuillmereCore/Network/PeakBenchmark.cpp"
-#include <hwy/foreach_target.h>  // must come before highway.h
-
-#include <hwy/highway.h>
+#include "QuillmereCore/Util/VectorTargets.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::HWY_NAMESPACE {

@@ -9,11 +9,8 @@
 #include "QuillmereCore/DSP/VectorLanes.h"
 #include "QuillmereCore/Util/Failure.h"
 
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "QuillmereCore/DSP/BatchedFFT.cpp"
-#include <hwy/foreach_target.h>  // must come before highway.h
-
-#include <hwy/highway.h>
+#include "QuillmereCore/Util/VectorTargets.h"
 
 #include "QuillmereCore/DSP/BatchedFFT-inl.h"
 

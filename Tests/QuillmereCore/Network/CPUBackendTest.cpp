@@ -1,12 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <hwy/targets.h>
-
 #include "QuillmereCore/Network/Backend.h"
 #include "QuillmereCore/Network/BackendContract.h"
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Util/Parallel.h"
+#include "Support/InstructionSets.h"
 #include "Support/ReferenceBackend.h"
 
 namespace quillmere {
@@ -15,6 +14,7 @@ namespace {
 using testing::BackendContract;
 using testing::busyWeights;
 using testing::gaussianArray;
+using testing::InstructionSet;
 using testing::largest;
 using testing::makeReferenceBackend;
 using testing::NetworkShape;
@@ -177,17 +177,14 @@ TEST(CPUBackend, EveryInstructionSetMeetsTheReference) {
     reference->setWeights(weights);
     reference->step(input.x, input.eps, 1e-4F, 0.1F);
     const auto expected = reference->gradients();
-    const std::int64_t supported = hwy::SupportedTargets();
-    for (std::int64_t rest = supported; rest != 0; rest &= rest - 1) {
-        const std::int64_t target = rest & -rest;
-        hwy::SetSupportedTargetsForTest(target);
+    for (const std::int64_t target : InstructionSet::available()) {
+        const InstructionSet only(target);
         const auto cpu = network::makeCPUBackend()->compile(plan, network::Purpose::training);
         cpu->setWeights(weights);
         cpu->step(input.x, input.eps, 1e-4F, 0.1F);
-        SCOPED_TRACE(hwy::TargetName(target));
+        SCOPED_TRACE(InstructionSet::name(target));
         expectClose(plan, cpu->gradients(), expected, 1e-5F);
     }
-    hwy::SetSupportedTargetsForTest(0);
 }
 
 }  // namespace

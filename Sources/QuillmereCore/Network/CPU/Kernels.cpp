@@ -2,14 +2,8 @@
 
 #include <algorithm>
 
-// Compiled once for each instruction set worth having; the baseline is always among them.
-#define HWY_DISABLED_TARGETS \
-    (HWY_SSSE3 | HWY_AVX3_DL | HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
-#undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "QuillmereCore/Network/CPU/Kernels.cpp"
-#include <hwy/foreach_target.h>  // must come before highway.h
-
-#include <hwy/highway.h>
+#include "QuillmereCore/Util/VectorTargets.h"
 
 #include "QuillmereCore/Network/CPU/Gemm-inl.h"
 #include "QuillmereCore/Network/CPU/InnerPasses-inl.h"
