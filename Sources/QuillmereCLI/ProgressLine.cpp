@@ -93,7 +93,7 @@ void ProgressLine::report(const WorkProgress& progress) {
         if (progress.secondsRemaining) event["secondsRemaining"] = *progress.secondsRemaining;
         console_.emit(event);
     } else if (const auto width = console_.terminalWidth()) {
-        draw(progress, *width, now);
+        draw(progress, *width);
     } else if (entered) {
         console_.note(phaseText(progress));
     }
@@ -103,15 +103,13 @@ void ProgressLine::enterPhase(const WorkProgress& progress, Clock::time_point no
     if (!phase_.empty()) times_.push_back({phase_, std::chrono::duration<double>(now - phaseStart_).count()});
     phase_ = progress.phase;
     phaseStart_ = now;
-    lastDrawn_ = {};
+    pace_.reset();
 }
 
-void ProgressLine::draw(const WorkProgress& progress, std::size_t width, Clock::time_point now) {
-    constexpr auto redrawInterval = std::chrono::milliseconds(50);
-    if (now - lastDrawn_ < redrawInterval) return;
+void ProgressLine::draw(const WorkProgress& progress, std::size_t width) {
+    if (!pace_.isDue()) return;
     // The last column stays free: some terminals wrap as soon as it is written.
     console_.redraw(progressText(progress, width > 1 ? width - 1 : 1));
-    lastDrawn_ = now;
     drawn_ = true;
 }
 

@@ -9,7 +9,8 @@
 #include <vector>
 
 #include "QuillmereCLI/Console.h"
-#include "QuillmereCore/Model/Trainer.h"
+#include "QuillmereCore/Model/Training/TrainingProgress.h"
+#include "QuillmereCore/Util/Progress.h"
 
 namespace quillmere::cli {
 
@@ -66,13 +67,13 @@ private:
     using Clock = std::chrono::steady_clock;
 
     void enterPhase(const WorkProgress& progress, Clock::time_point now);
-    void draw(const WorkProgress& progress, std::size_t width, Clock::time_point now);
+    void draw(const WorkProgress& progress, std::size_t width);
     void clear();
 
     Console& console_;
     std::string phase_;  // empty between phases
     Clock::time_point phaseStart_;
-    Clock::time_point lastDrawn_;
+    ReportPace pace_;     // of redrawing
     bool drawn_ = false;  // the terminal's last line is ours
     std::vector<PhaseTime> times_;
 };

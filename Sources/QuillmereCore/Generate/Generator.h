@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -15,6 +14,7 @@
 #include "QuillmereCore/Model/Features.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/VAE.h"
+#include "QuillmereCore/Util/Progress.h"
 #include "QuillmereCore/Util/RNG.h"
 
 namespace quillmere {
@@ -43,7 +43,7 @@ struct GeneratedSample {
 // call at a time, either of them; everything const: any thread.
 class SampleGenerator {
 public:
-    using ProgressCallback = std::function<void(std::int64_t done, std::int64_t total)>;
+    using ProgressCallback = CountProgress;
 
     // Variations that are decoded in one call and rendered in parallel.
     static constexpr std::int64_t batch = 16;

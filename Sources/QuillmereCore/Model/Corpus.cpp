@@ -147,14 +147,15 @@ std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusF
                                                        const std::stop_token& stop) {
     std::vector<std::optional<AudioIO::AudioInfo>> infos(files.size());
     std::mutex mutex;  // guards done; held during the progress callback
-    std::size_t done = 0;
-    if (progress) progress(0, files.size());
+    std::int64_t done = 0;
+    const auto total = static_cast<std::int64_t>(files.size());
+    if (progress) progress(0, total);
     parallelFor(files.size(), [&](std::size_t i) {
         throwIfCancelled(stop);
         infos[i] = AudioIO::info(files[i].url);
         if (!progress) return;
         const std::lock_guard guard(mutex);
-        progress(++done, files.size());
+        progress(++done, total);
     });
     return infos;
 }

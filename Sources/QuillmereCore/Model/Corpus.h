@@ -2,12 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <map>
 #include <span>
 #include <stop_token>
 #include <string>
 #include <vector>
+
+#include "QuillmereCore/Util/Progress.h"
 
 namespace quillmere {
 
@@ -48,7 +49,7 @@ namespace Corpus {
 // The same for a caller who watches. progress may be empty; it may be called from worker threads, by one at a
 // time: once with 0 done when the files are counted, then after each measured file. stop is asked for each
 // folder and each file; throws CancellationError.
-using ProgressCallback = std::function<void(std::size_t done, std::size_t total)>;
+using ProgressCallback = CountProgress;
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory, const ProgressCallback& progress,
                                  const std::stop_token& stop);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -33,11 +34,10 @@ struct PreparedCorpus {
 // The usable clips.
 std::vector<ClipReading> readUsable(const CorpusSummary& corpus, const TrainingOptions& options,
                                     const ProgressCallback& progress, const std::stop_token& stop) {
-    const std::size_t count = corpus.files.size();
-    report(progress, readingStarted(count));
+    report(progress, readingStarted(static_cast<std::int64_t>(corpus.files.size())));
     std::vector<ClipReading> clips = readClips(
         corpus.files, needsOf(options, corpus.dominantSampleRate()),
-        [&](std::size_t done) { report(progress, fileRead(done, count)); }, stop);
+        [&](std::int64_t done, std::int64_t files) { report(progress, fileRead(done, files)); }, stop);
     std::erase_if(clips, [](const ClipReading& clip) { return !clip.isUsable(); });
     if (clips.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
     return clips;

@@ -64,17 +64,17 @@ ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs) {
 }
 
 std::vector<ClipReading> readClips(std::span<const CorpusFile> files, const ClipNeeds& needs,
-                                   const std::function<void(std::size_t)>& onRead,
-                                   const std::stop_token& stop) {
+                                   const CountProgress& progress, const std::stop_token& stop) {
     std::vector<ClipReading> readings(files.size());
-    std::mutex mutex;  // guards done and the calls of onRead
-    std::size_t done = 0;
+    const auto total = static_cast<std::int64_t>(files.size());
+    std::mutex mutex;  // guards done and the calls of progress
+    std::int64_t done = 0;
     parallelFor(files.size(), [&](std::size_t i) {
         if (stop.stop_requested()) return;
         readings[i] = readClip(files[i], needs);
-        if (!onRead) return;
+        if (!progress) return;
         const std::lock_guard lock(mutex);
-        onRead(++done);
+        progress(++done, total);
     });
     throwIfCancelled(stop);
     return readings;

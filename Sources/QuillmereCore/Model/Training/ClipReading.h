@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <functional>
 #include <span>
 #include <stop_token>
 #include <string>
@@ -11,6 +10,7 @@
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Model/Training/TrainingOptions.h"
+#include "QuillmereCore/Util/Progress.h"
 
 // How a corpus becomes clips, and what the clips say about the best model for them. Training and the report
 // on a corpus read it alike.
@@ -45,12 +45,11 @@ struct ClipNeeds {
 
 [[nodiscard]] ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs);
 
-// Reads all files in parallel; the readings are in the order of the files. onRead may be empty; it is called
-// from worker threads, by one at a time, after each file, with the number of files read so far. stop is asked
-// before each file; throws CancellationError, and what onRead throws.
+// Reads all files in parallel; the readings are in the order of the files. progress may be empty; it is
+// called from worker threads, by one at a time, after each file. stop is asked before each file; throws
+// CancellationError, and what progress throws.
 [[nodiscard]] std::vector<ClipReading> readClips(std::span<const CorpusFile> files, const ClipNeeds& needs,
-                                                 const std::function<void(std::size_t done)>& onRead,
-                                                 const std::stop_token& stop);
+                                                 const CountProgress& progress, const std::stop_token& stop);
 
 // The configuration for the usable clips, of which there must be one: profile and clip length as the options
 // say, or chosen from what was measured (ClipPreparation). Whether a model can have it is for the caller to

@@ -52,11 +52,11 @@ double trainingFraction(std::int64_t t, std::int64_t T) {
     return 0.1 + 0.85 * static_cast<double>(t) / static_cast<double>(T);
 }
 
-TrainingProgress readingStarted(std::size_t files) {
+TrainingProgress readingStarted(std::int64_t files) {
     return ofAnalysis("Reading " + std::to_string(files) + " samples…");
 }
 
-TrainingProgress fileRead(std::size_t done, std::size_t files) {
+TrainingProgress fileRead(std::int64_t done, std::int64_t files) {
     return ofAnalysis("Reading samples… " + std::to_string(done) + "/" + std::to_string(files),
                       0.06 * static_cast<double>(done) / static_cast<double>(files));
 }

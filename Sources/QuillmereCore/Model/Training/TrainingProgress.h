@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -54,8 +53,8 @@ struct SmoothedLosses {
 [[nodiscard]] double trainingFraction(std::int64_t t, std::int64_t T);
 
 // The reports, in the order of a run.
-[[nodiscard]] TrainingProgress readingStarted(std::size_t files);
-[[nodiscard]] TrainingProgress fileRead(std::size_t done, std::size_t files);
+[[nodiscard]] TrainingProgress readingStarted(std::int64_t files);
+[[nodiscard]] TrainingProgress fileRead(std::int64_t done, std::int64_t files);
 [[nodiscard]] TrainingProgress analysisStarted(AnalysisProfile profile, double clipSeconds);
 // elapsedSeconds: since the first step began.
 [[nodiscard]] TrainingProgress stepDone(std::int64_t t, std::int64_t T, const SmoothedLosses& losses,

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <stdexcept>
 #include <stop_token>
 #include <vector>
@@ -88,9 +89,13 @@ TEST(ClipReading, OfManyFilesKeepsTheirOrderAndCountsThem) {
     corpus.addNoise("a.wav", 0.1, 1);
     corpus.addText("b.wav");
     corpus.addNoise("c.wav", 0.1, 3);
-    std::vector<std::size_t> counts;
-    const auto readings =
-        readClips(corpus.scan().files, all, [&](std::size_t done) { counts.push_back(done); }, {});
+    std::vector<std::int64_t> counts;
+    const auto readings = readClips(corpus.scan().files, all,
+                                    [&](std::int64_t done, std::int64_t total) {
+                                        EXPECT_EQ(total, 3);
+                                        counts.push_back(done);
+                                    },
+                                    {});
     ASSERT_EQ(readings.size(), 3U);
     EXPECT_EQ(readings[0].clip.name, "a.wav");
     EXPECT_EQ(readings[1].outcome, Outcome::unreadable);
@@ -105,7 +110,7 @@ TEST(ClipReading, ThatIsCancelledReadsNothing) {
     stop.request_stop();
     int read = 0;
     EXPECT_THROW((void)readClips(
-                     corpus.scan().files, all, [&](std::size_t) { ++read; }, stop.get_token()),
+                     corpus.scan().files, all, [&](std::int64_t, std::int64_t) { ++read; }, stop.get_token()),
                  CancellationError);
     EXPECT_EQ(read, 0);
 }
@@ -114,7 +119,7 @@ TEST(ClipReading, PassesOnWhatItsCallbackThrows) {
     const TestCorpus corpus;
     corpus.addNoise("a.wav", 0.1, 1);
     EXPECT_THROW((void)readClips(corpus.scan().files, all,
-                                 [](std::size_t) { throw std::runtime_error("enough"); }, {}),
+                                 [](std::int64_t, std::int64_t) { throw std::runtime_error("enough"); }, {}),
                  std::runtime_error);
 }
 
