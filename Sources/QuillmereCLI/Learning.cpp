@@ -10,6 +10,7 @@
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
+
 KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
                        ProgressLine& progress, const CancelFlag& cancel) {
     WorkProgress work;

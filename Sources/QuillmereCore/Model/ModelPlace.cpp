@@ -26,9 +26,10 @@ constexpr std::string_view newInfix = ".new-";
 
 // The folder as an absolute path without a slash at its end.
 fs::path modelFolderOf(const fs::path& path) {
-    fs::path folder = fs::absolute(path).lexically_normal();
+    std::error_code ignored;  // then it stays relative, is no link, or is one that leads nowhere
+    const fs::path absolute = fs::absolute(path, ignored);
+    fs::path folder = (ignored ? path : absolute).lexically_normal();
     if (!folder.has_filename()) folder = folder.parent_path();
-    std::error_code ignored;  // then it is no link, or one that leads nowhere
     const fs::path target = fs::is_symlink(folder, ignored) ? fs::canonical(folder, ignored) : fs::path();
     return target.empty() ? folder : target;
 }

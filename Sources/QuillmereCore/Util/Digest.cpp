@@ -4,10 +4,11 @@
 #include <openssl/evp.h>
 
 #include <array>
+#include <cstdint>
 #include <new>
-#include <string_view>
 
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
 
@@ -29,14 +30,10 @@ void SHA256::update(std::span<const std::byte> bytes) {
 
 std::string SHA256::finish() {
     require(context_ != nullptr, "SHA256: used after its end");
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::array<unsigned char, 32> digest{};
+    std::array<std::uint8_t, 32> digest{};
     require(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr) == 1, "SHA256: no digest");
     context_.reset();
-    std::string text;
-    for (const unsigned char byte : digest)
-        text.append({digits[byte >> 4U], digits[byte & 15U]});
-    return text;
+    return Text::hexadecimal(digest);
 }
 
 std::string sha256(std::span<const std::byte> bytes) {
