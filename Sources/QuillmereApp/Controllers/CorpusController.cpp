@@ -32,6 +32,15 @@ Corpus::ProgressCallback thinned(Report report) {
     };
 }
 
+// Where a look fails there may be a model: loading it says what is wrong.
+bool mayBeStored(const std::filesystem::path& modelFolder) {
+    try {
+        return ModelStore::isStored(modelFolder);
+    } catch (const FileError&) {
+        return true;
+    }
+}
+
 }  // namespace
 
 struct CorpusController::Scan {
@@ -119,7 +128,7 @@ void CorpusController::scan() {
             Scan result;
             result.summary = std::make_shared<const CorpusSummary>(Corpus::scan(folder, progress, cancel));
             const auto modelFolder = ModelStore::directory(*result.summary, root);
-            if (ModelStore::exists(modelFolder)) result.storedModel = modelFolder;
+            if (mayBeStored(modelFolder)) result.storedModel = modelFolder;
             return result;
         },
         [this, choice = choice_](Scan result) {

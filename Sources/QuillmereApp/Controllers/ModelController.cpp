@@ -1,9 +1,7 @@
 #include "QuillmereApp/Controllers/ModelController.h"
 
-#include <QLockFile>
 #include <algorithm>
 #include <limits>
-#include <system_error>
 #include <utility>
 
 #include "QuillmereApp/Controllers/Assign.h"
@@ -15,57 +13,6 @@
 
 namespace quillmere {
 namespace {
-
-// Only one program at a time stores a model in a folder, and none reads one that is half replaced.
-class ModelLock {
-public:
-    explicit ModelLock(const std::filesystem::path& modelFolder)
-        : file_(toQString(modelFolder.parent_path() / ("." + modelFolder.filename().string() + ".lock"))) {
-        std::error_code error;
-        std::filesystem::create_directories(modelFolder.parent_path(), error);
-        if (error) throw FileError(modelFolder.parent_path(), error);
-        // Where no lock can be made (a read-only folder) the store itself says what is wrong.
-        if (!file_.tryLock(10000) && file_.error() == QLockFile::LockFailedError)
-            throw Failure("Another program is storing the model of this folder. Try again in a moment.");
-    }
-
-private:
-    QLockFile file_;
-};
-
-std::shared_ptr<SampleGenerator> loadGenerator(const std::filesystem::path& folder, ChosenDevice& device) {
-    const ModelLock lock(folder);
-    ModelBundle bundle = ModelStore::load(folder);
-    ModelStore::validate(bundle, folder);
-    return std::make_shared<SampleGenerator>(std::move(bundle), device.backend());
-}
-
-bool isUsable(const std::filesystem::path& modelFolder) {
-    try {
-        ModelStore::validate(ModelStore::load(modelFolder), modelFolder);
-        return true;
-    } catch (const Failure&) {
-        return false;
-    }
-}
-
-// Gives the folder a name that is not taken, so that a model that cannot be used is still there when another
-// one takes its place.
-void setAside(const std::filesystem::path& modelFolder) {
-    std::error_code error;
-    for (int number = 1; number == 1 || error == std::errc::directory_not_empty; ++number) {
-        std::filesystem::path aside = modelFolder;
-        aside += number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
-        std::filesystem::rename(modelFolder, aside, error);
-    }
-    if (error) throw FileError(modelFolder, error);
-}
-
-void storeModel(const ModelBundle& bundle, const std::filesystem::path& modelFolder) {
-    const ModelLock lock(modelFolder);
-    if (ModelStore::exists(modelFolder) && !isUsable(modelFolder)) setAside(modelFolder);
-    ModelStore::save(bundle, modelFolder);
-}
 
 int clampedToInt(std::int64_t value) {
     return static_cast<int>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<int>::max()));
@@ -111,7 +58,10 @@ void ModelController::load(const std::filesystem::path& folder) {
     const quint64 load = ++load_;
     const auto device = deviceToCompileFor();
     runInBackground(
-        tasks_, [folder, device] { return loadGenerator(folder, *device); },
+        tasks_,
+        [folder, device] {
+            return std::make_shared<SampleGenerator>(ModelStore::open(folder), device->backend());
+        },
         [this, load, device](std::shared_ptr<SampleGenerator> generator) {
             if (load == load_) setGenerator(std::move(generator), device);
         },
@@ -203,7 +153,7 @@ void ModelController::train(const Returned& returned) {
         [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
          root = environment().modelsRoot] {
             ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
-            storeModel(bundle, ModelStore::directory(*summary, root));
+            ModelStore::replace(bundle, ModelStore::directory(*summary, root), cancel);
             return std::make_shared<SampleGenerator>(std::move(bundle), device->backend());
         },
         [this, returned, device](std::shared_ptr<SampleGenerator> generator) {
