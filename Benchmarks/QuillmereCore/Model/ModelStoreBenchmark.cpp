@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/RNG.h"
@@ -106,6 +107,14 @@ void ModelLoadManifest(benchmark::State& state) {
         benchmark::DoNotOptimize(ModelStore::loadManifest(folder.path()));
 }
 BENCHMARK(ModelLoadManifest)->Unit(benchmark::kMillisecond);
+
+void ModelIdentity(benchmark::State& state) {
+    const ModelBundle bundle = usualModel();
+    for (auto _ : state)
+        benchmark::DoNotOptimize(modelIdentity(bundle));
+    countBytes(state);
+}
+BENCHMARK(ModelIdentity)->Unit(benchmark::kMillisecond);
 
 void InitialWeights(benchmark::State& state) {
     const ModelConfig config = usualConfig();

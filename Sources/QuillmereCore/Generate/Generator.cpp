@@ -10,6 +10,7 @@
 
 #include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Generate/Rendering.h"
+#include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 
@@ -70,14 +71,14 @@ public:
           progress_(progress) {}
 
     // Writes the samples of a variation under a name nobody else has.
-    void write(std::span<const float> samples, std::int64_t index) {
-        std::size_t number = names_.number(index);
+    void write(std::span<const float> samples, SampleOrigin origin) {
+        std::size_t number = names_.number(origin.index);
         while (!AudioIO::writeNew(samples, names_.file(number), sampleRate_, request_.format))
             number = names_.next(number);
         const double seconds = static_cast<double>(samples.size()) / sampleRate_;
 
         const std::lock_guard lock(mutex_);
-        written_.push_back({names_.file(number), seconds});
+        written_.push_back({names_.file(number), seconds, std::move(origin)});
         if (progress_) progress_(std::ssize(written_), request_.count);
     }
 
@@ -130,6 +131,11 @@ SampleGenerator::SampleGenerator(ModelBundle bundle, network::Backend& backend)
       extractor_(bundle_.config),
       sampler_(bundle_.latents, bundle_.config.latentDim) {}
 
+const std::string& SampleGenerator::identity() const {
+    std::call_once(identified_, [this] { identity_ = modelIdentity(bundle_); });
+    return identity_;
+}
+
 std::vector<float> SampleGenerator::sampleLatent(SeededRNG& rng, const Aesthetics& aesthetics) const {
     return sampler_.sample(rng, aesthetics);
 }
@@ -167,7 +173,7 @@ std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& 
                 const std::vector<float> samples =
                     render(variations.images[i], request.aesthetics, variations.states[i], stft);
                 requireFinite(samples);
-                job.write(samples, start + static_cast<std::int64_t>(i));
+                job.write(samples, std::move(variations.origins[i]));
             });
         });
         job.endBatch();
@@ -176,29 +182,42 @@ std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& 
 }
 
 SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& request, std::int64_t start) {
-    const auto first = static_cast<std::uint64_t>(start);
-    const auto end = static_cast<std::uint64_t>(std::min(start + batch, request.count));
+    const std::int64_t end = std::min(start + batch, request.count);
     Batch variations;
-    variations.states.reserve(end - first);
     std::vector<std::vector<float>> latents;
-    latents.reserve(end - first);
-    for (std::uint64_t index = first; index < end; ++index) {
-        SeededRNG& state = variations.states.emplace_back(variationSeed(request.seed, index));
-        latents.push_back(sampleLatent(state, request.aesthetics));
+    for (std::int64_t index = start; index < end; ++index) {
+        const std::uint64_t seed = variationSeed(request.seed, static_cast<std::uint64_t>(index));
+        SeededRNG& state = variations.states.emplace_back(seed);
+        variations.origins.push_back(drawOrigin(state, request.aesthetics, index, seed));
+        latents.push_back(variations.origins.back().latent);
     }
     variations.images = inference_.decode(latents);
     return variations;
 }
 
+SampleOrigin SampleGenerator::drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
+                                         std::uint64_t seed) const {
+    LatentDraw draw = sampler_.draw(rng, aesthetics);
+    SampleOrigin origin{.index = index, .seed = seed, .latent = std::move(draw.latent), .model = identity()};
+    const std::vector<std::string>& names = bundle_.metadata.clipNames;
+    for (const auto& [clip, weight] : draw.sources)
+        origin.sources.push_back({clip, clip < names.size() ? names[clip] : std::string(), weight});
+    return origin;
+}
+
 std::vector<float> SampleGenerator::audition(const Aesthetics& aesthetics, std::uint64_t seed) {
+    return auditionWithOrigin(aesthetics, seed).samples;
+}
+
+AuditionedSample SampleGenerator::auditionWithOrigin(const Aesthetics& aesthetics, std::uint64_t seed) {
     validate(aesthetics);
     SeededRNG rng(seed);
-    const std::vector<std::vector<float>> latents{sampleLatent(rng, aesthetics)};
-    const std::vector<std::vector<float>> images = inference_.decode(latents);
+    SampleOrigin origin = drawOrigin(rng, aesthetics, 0, seed);
+    const std::vector<std::vector<float>> images = inference_.decode(std::span(&origin.latent, 1));
     STFT stft = extractor_.makeSTFT();
     std::vector<float> samples = render(images.front(), aesthetics, rng, stft);
     requireFinite(samples);
-    return samples;
+    return {std::move(samples), std::move(origin)};
 }
 
 std::uint64_t SampleGenerator::variationSeed(std::uint64_t seed, std::uint64_t index) {

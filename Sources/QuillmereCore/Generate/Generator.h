@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <stop_token>
@@ -29,10 +30,32 @@ struct GenerationRequest {
     std::optional<std::string> namePrefix;  // UTF-8; absent: the corpus's name
 };
 
+// Where a sample comes from: enough to tell its relatives, and, with the parameters and the model, to make it
+// again.
+struct SampleOrigin {
+    struct Source {
+        std::size_t clip = 0;  // position in the model's latents and clip names
+        std::string name;      // of the clip, relative to the corpus; empty if the model does not say
+        float weight = 0;      // share of the blend; the shares sum to 1
+    };
+    std::int64_t index = 0;       // which variation of its request
+    std::uint64_t seed = 0;       // its own: an audition with it gives the same samples
+    std::vector<float> latent;    // [latentDim], what was decoded
+    std::vector<Source> sources;  // the blend before drift, mutation and extrapolation; at most eight
+    std::string model;            // modelIdentity
+};
+
 // One written file.
 struct GeneratedSample {
     std::filesystem::path url;
     double seconds = 0;
+    SampleOrigin origin;
+};
+
+// One variation that was not written.
+struct AuditionedSample {
+    std::vector<float> samples;
+    SampleOrigin origin;
 };
 
 // Turns a trained model into new samples.
@@ -60,6 +83,9 @@ public:
         return sampler_.deviations();
     }
 
+    // What identifies the model. Computed at the first call. Threads: any.
+    [[nodiscard]] const std::string& identity() const;
+
     // One latent vector by the four "departure" parameters.
     [[nodiscard]] std::vector<float> sampleLatent(SeededRNG& rng, const Aesthetics& aesthetics) const;
 
@@ -86,6 +112,8 @@ public:
     // One variation, not written: the samples of variation 0 of a request with the same seed. Throws
     // InvalidParameterError as generate.
     [[nodiscard]] std::vector<float> audition(const Aesthetics& aesthetics, std::uint64_t seed);
+    // The same with its origin.
+    [[nodiscard]] AuditionedSample auditionWithOrigin(const Aesthetics& aesthetics, std::uint64_t seed);
 
     // Seed of variation index of a request.
     [[nodiscard]] static std::uint64_t variationSeed(std::uint64_t seed, std::uint64_t index);
@@ -93,15 +121,21 @@ public:
 private:
     struct Batch {
         std::vector<SeededRNG> states;           // of each variation, after its latent was drawn
+        std::vector<SampleOrigin> origins;       // of each
         std::vector<std::vector<float>> images;  // [nMels][frames] each
     };
     // The variations from start on, at most a batch.
     [[nodiscard]] Batch decodeBatch(const GenerationRequest& request, std::int64_t start);
+    // Draws the latent vector of a variation. rng: made from seed.
+    [[nodiscard]] SampleOrigin drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
+                                          std::uint64_t seed) const;
 
     ModelBundle bundle_;
     VAEInference inference_;
     FeatureExtractor extractor_;
     LatentSampler sampler_;
+    mutable std::once_flag identified_;
+    mutable std::string identity_;  // written under the flag above
 };
 
 }  // namespace quillmere

@@ -61,14 +61,14 @@ std::vector<float> spread(const Latents& deviations, std::size_t dim) {
 }
 
 // A uniformly random point of the simplex: exponential draws, normalised to the sum 1.
-std::vector<float> blendWeights(std::size_t count, SeededRNG& rng) {
-    std::vector<float> weights(count);
-    for (float& weight : weights)
-        weight = -std::log(std::max(rng.uniform(), 1.0e-6F));
-    const float sum = std::accumulate(weights.begin(), weights.end(), 0.0F);
-    for (float& weight : weights)
-        weight /= sum;
-    return weights;
+void drawWeights(std::span<LatentDraw::Source> sources, SeededRNG& rng) {
+    float sum = 0;
+    for (LatentDraw::Source& source : sources) {
+        source.weight = -std::log(std::max(rng.uniform(), 1.0e-6F));
+        sum += source.weight;
+    }
+    for (LatentDraw::Source& source : sources)
+        source.weight /= sum;
 }
 
 }  // namespace
@@ -80,13 +80,19 @@ LatentSampler::LatentSampler(std::span<const std::vector<float>> latents, long l
       sigma_(spread(deviations_, static_cast<std::size_t>(dim))) {}
 
 std::vector<float> LatentSampler::sample(SeededRNG& rng, const Aesthetics& aesthetics) const {
+    return draw(rng, aesthetics).latent;
+}
+
+LatentDraw LatentSampler::draw(SeededRNG& rng, const Aesthetics& aesthetics) const {
     require(!latents_.empty(), "LatentSampler: no latents to sample from");
-    const std::vector<std::size_t> sources = pickSources(sourceCount(aesthetics.sources), rng);
-    std::vector<float> z = blend(sources, rng);
-    addDrift(z, aesthetics.drift, rng);
-    addMutation(z, aesthetics.mutation, rng);
-    extrapolate(z, aesthetics.extrapolation);
-    return z;
+    LatentDraw draw;
+    draw.sources = pickSources(sourceCount(aesthetics.sources), rng);
+    drawWeights(draw.sources, rng);
+    draw.latent = blend(draw.sources);
+    addDrift(draw.latent, aesthetics.drift, rng);
+    addMutation(draw.latent, aesthetics.mutation, rng);
+    extrapolate(draw.latent, aesthetics.extrapolation);
+    return draw;
 }
 
 std::size_t LatentSampler::sourceCount(double sources) const {
@@ -95,23 +101,22 @@ std::size_t LatentSampler::sourceCount(double sources) const {
     return static_cast<std::size_t>(std::clamp(roundedCount(sources), 1LL, available));
 }
 
-std::vector<std::size_t> LatentSampler::pickSources(std::size_t count, SeededRNG& rng) const {
+std::vector<LatentDraw::Source> LatentSampler::pickSources(std::size_t count, SeededRNG& rng) const {
     std::vector<std::size_t> remaining(latents_.size());
     std::iota(remaining.begin(), remaining.end(), std::size_t{0});
-    std::vector<std::size_t> chosen;
+    std::vector<LatentDraw::Source> chosen;
     while (chosen.size() < count) {
         const auto pick = remaining.begin() + rng.intBelow(std::ssize(remaining));
-        chosen.push_back(*pick);
+        chosen.push_back({.clip = *pick});
         remaining.erase(pick);
     }
     return chosen;
 }
 
-std::vector<float> LatentSampler::blend(std::span<const std::size_t> sources, SeededRNG& rng) const {
-    const std::vector<float> weights = blendWeights(sources.size(), rng);
+std::vector<float> LatentSampler::blend(std::span<const LatentDraw::Source> sources) const {
     std::vector<float> z(centroid_.size());
-    for (std::size_t i = 0; i < sources.size(); ++i)
-        addScaled(z, latents_[sources[i]], weights[i]);
+    for (const LatentDraw::Source& source : sources)
+        addScaled(z, latents_[source.clip], source.weight);
     return z;
 }
 

@@ -9,6 +9,18 @@
 
 namespace quillmere {
 
+// A latent vector and what it was blended from.
+struct LatentDraw {
+    struct Source {
+        std::size_t clip = 0;  // position in the corpus
+        float weight = 0;      // of the blend; the weights of all sources sum to 1
+
+        friend bool operator==(const Source&, const Source&) = default;
+    };
+    std::vector<float> latent;    // [dim]
+    std::vector<Source> sources;  // one to eight, in the order in which they were chosen
+};
+
 // Draws latent vectors around and between those of the corpus clips.
 // Immutable after construction; any number of threads may share one, each with a generator of its own.
 class LatentSampler {
@@ -29,10 +41,13 @@ public:
     // integer, stops the program.
     [[nodiscard]] std::vector<float> sample(SeededRNG& rng, const Aesthetics& aesthetics) const;
 
+    // The same vector, by the same random numbers, with its sources.
+    [[nodiscard]] LatentDraw draw(SeededRNG& rng, const Aesthetics& aesthetics) const;
+
 private:
     [[nodiscard]] std::size_t sourceCount(double sources) const;
-    [[nodiscard]] std::vector<std::size_t> pickSources(std::size_t count, SeededRNG& rng) const;
-    [[nodiscard]] std::vector<float> blend(std::span<const std::size_t> sources, SeededRNG& rng) const;
+    [[nodiscard]] std::vector<LatentDraw::Source> pickSources(std::size_t count, SeededRNG& rng) const;
+    [[nodiscard]] std::vector<float> blend(std::span<const LatentDraw::Source> sources) const;
     void addDrift(std::vector<float>& z, double drift, SeededRNG& rng) const;
     void addMutation(std::vector<float>& z, double mutation, SeededRNG& rng) const;
     void extrapolate(std::vector<float>& z, double extrapolation) const;

@@ -334,6 +334,66 @@ TEST_F(Generating, TwoGeneratorsInOneFolderNeverOverwrite) {
     EXPECT_EQ(contents.size(), 60U);
 }
 
+// Two batches, finished in any order.
+TEST_F(Generating, EverySampleKnowsWhereItComesFrom) {
+    const std::vector<std::string> names{"a.wav", "b.wav", "sub/c.wav", "d.wav", "e.wav"};  // one is missing
+    ModelBundle bundle = smallModel();
+    bundle.metadata.clipNames = names;
+    SampleGenerator named(bundle);
+    GenerationRequest job = request(19);
+    job.aesthetics = Preset::named("Wild")->aesthetics;
+    std::set<std::int64_t> indices;
+    for (const GeneratedSample& sample : named.generate(job, {}, {})) {
+        const SampleOrigin& origin = sample.origin;
+        indices.insert(origin.index);
+        EXPECT_EQ(nameOf(sample),
+                  Finishing::fileName("kick_var", static_cast<std::size_t>(origin.index) + 1));
+        EXPECT_EQ(origin.seed, SampleGenerator::variationSeed(42, static_cast<std::uint64_t>(origin.index)));
+        EXPECT_EQ(AudioIO::readMono(sample.url).samples, named.audition(job.aesthetics, origin.seed));
+        SeededRNG rng(origin.seed);
+        EXPECT_EQ(origin.latent, named.sampleLatent(rng, job.aesthetics));
+        EXPECT_EQ(origin.model, named.identity());
+        EXPECT_EQ(origin.sources.size(), 4U);
+        float sum = 0;
+        for (const SampleOrigin::Source& source : origin.sources) {
+            EXPECT_EQ(source.name, source.clip < names.size() ? names[source.clip] : "");
+            sum += source.weight;
+        }
+        EXPECT_NEAR(sum, 1, 1e-6F);
+    }
+    EXPECT_EQ(indices.size(), 19U);
+    EXPECT_EQ(*indices.rbegin(), 18);
+}
+
+TEST_F(Generating, AnAuditionKnowsWhereItComesFromToo) {
+    const AuditionedSample sample = generator.auditionWithOrigin(quick, 42);
+    EXPECT_EQ(sample.samples, generator.audition(quick, 42));
+    const SampleOrigin origin = generate(request(1)).at(0).origin;
+    EXPECT_EQ(sample.origin.index, 0);
+    EXPECT_EQ(sample.origin.seed, 42U);
+    EXPECT_EQ(sample.origin.latent, origin.latent);
+    EXPECT_EQ(sample.origin.model, origin.model);
+    ASSERT_EQ(sample.origin.sources.size(), origin.sources.size());
+    for (std::size_t i = 0; i < origin.sources.size(); ++i) {
+        EXPECT_EQ(sample.origin.sources[i].clip, origin.sources[i].clip);
+        EXPECT_EQ(sample.origin.sources[i].weight, origin.sources[i].weight);
+    }
+}
+
+// Without departures the latent vector is the blend of its sources.
+TEST_F(Generating, TheSourcesOfASampleMakeItsLatentVector) {
+    GenerationRequest job = request(5);
+    job.aesthetics = {.sources = 3, .drift = 0, .phaseIterations = 1};
+    for (const GeneratedSample& sample : generate(job)) {
+        std::vector<float> blend(4);
+        for (const SampleOrigin::Source& source : sample.origin.sources) {
+            for (std::size_t j = 0; j < blend.size(); ++j)
+                blend[j] += generator.bundle().latents[source.clip][j] * source.weight;
+        }
+        EXPECT_EQ(blend, sample.origin.latent);
+    }
+}
+
 TEST_F(Generating, ParametersThatWouldStopTheProgramAreRefused) {
     GenerationRequest job = request(1);
     job.outputDirectory = folder / "new";

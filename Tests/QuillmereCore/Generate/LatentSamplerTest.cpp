@@ -221,6 +221,32 @@ TEST(LatentSampling, EqualSeedsGiveEqualVectors) {
     EXPECT_NE(sampled(corpus, wild, 77), sampled(corpus, wild, 78));
 }
 
+TEST(LatentSampling, ADrawTellsItsSourcesAndTakesTheSameRandomNumbers) {
+    const Latents corpus = randomLatents(9, 6, 12);
+    const LatentSampler sampler(corpus, 6);
+    for (const char* preset : {"Faithful", "Balanced", "Wild", "Extreme"}) {
+        SeededRNG one(5);
+        SeededRNG other(5);
+        const LatentDraw draw = sampler.draw(one, Preset::named(preset)->aesthetics);
+        EXPECT_EQ(draw.latent, sampler.sample(other, Preset::named(preset)->aesthetics)) << preset;
+        EXPECT_EQ(one, other) << preset;
+    }
+}
+
+TEST(LatentSampling, TheSourcesOfADrawAreItsBlend) {
+    for (std::uint64_t seed = 0; seed < 20; ++seed) {
+        SeededRNG rng(seed);
+        const Latents corpus = unitLatents(7);
+        const LatentDraw draw = LatentSampler(corpus, 7).draw(rng, {.sources = 3, .drift = 0});
+        ASSERT_EQ(draw.sources.size(), 3U);
+        Latent blend(7);
+        for (const auto& [clip, weight] : draw.sources)
+            blend.at(clip) += weight;
+        EXPECT_EQ(blend, draw.latent);
+        EXPECT_EQ(std::ranges::count(blend, 0.0F), 4) << "no clip twice";
+    }
+}
+
 TEST(LatentSamplingDeathTest, AnEmptyCorpusStopsTheProgram) {
     SeededRNG rng(1);
     EXPECT_DEATH((void)LatentSampler({}, 4).sample(rng, {}), "no latents");
