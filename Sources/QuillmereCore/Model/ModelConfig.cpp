@@ -4,9 +4,9 @@
 #include <cmath>
 #include <limits>
 
-#include "QuillmereCore/Model/JSONDocument.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/JSONDocument.h"
 
 namespace quillmere {
 namespace {

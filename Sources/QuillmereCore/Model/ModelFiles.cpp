@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "QuillmereCore/Model/JSONDocument.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Descriptor.h"
 #include "QuillmereCore/Util/Digest.h"
+#include "QuillmereCore/Util/JSONDocument.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::ModelFiles {
@@ -240,8 +240,8 @@ ModelMetadata decodeMetadata(const Json& metadata) {
             .fingerprint = json::stringMember(metadata, "fingerprint"),
             .trainedAt = decodeDate(metadata, "trainedAt"),
             .steps = json::integerMember(metadata, "steps"),
-            .finalLoss = json::floatMember(metadata, "finalLoss"),
-            .finalReconstructionError = json::floatMember(metadata, "finalReconstructionError"),
+            .finalLoss = json::numberMember(metadata, "finalLoss"),
+            .finalReconstructionError = json::numberMember(metadata, "finalReconstructionError"),
             .clipNames = decodeClipNames(metadata),
             .analysis = decodeAnalysis(metadata)};
 }
