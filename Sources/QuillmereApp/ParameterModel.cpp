@@ -1,6 +1,5 @@
 #include "QuillmereApp/ParameterModel.h"
 
-#include <QLocale>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -50,15 +49,6 @@ double ParameterScale::value(const ParameterSpec& spec, double position) {
     return spec.lower + inside * (spec.upper - spec.lower);
 }
 
-double ParameterScale::snapped(const ParameterSpec& spec, double value) {
-    // Dividing by the whole number of steps in one gives the double nearest to the decimal fraction;
-    // multiplying by a step such as 0.05 does not.
-    const double stepsPerUnit = std::round(1 / spec.step);
-    const double multiple = std::round(value / spec.step);
-    const double nearest = spec.step < 1 ? multiple / stepsPerUnit : multiple * spec.step;
-    return std::clamp(nearest, spec.lower, spec.upper);
-}
-
 std::optional<double> ParameterScale::parse(const ParameterSpec& spec, const QString& typed) {
     QString number = typed.trimmed();
     number.replace(QChar(0x2212), QLatin1Char('-'));  // the typographic minus sign
@@ -68,10 +58,7 @@ std::optional<double> ParameterScale::parse(const ParameterSpec& spec, const QSt
     while (end > 0 && !number.at(end - 1).isDigit() && number.at(end - 1) != QLatin1Char('.'))
         --end;
     if (!isUnit(spec, number.mid(end).trimmed())) return std::nullopt;
-    bool isNumber = false;
-    const double value = QLocale::c().toDouble(number.left(end), &isNumber);
-    if (!isNumber || !std::isfinite(value)) return std::nullopt;
-    return value;
+    return ParameterSpec::parse(number.left(end).toStdString());
 }
 
 ParameterModel::ParameterModel(std::function<void(const Aesthetics&)> edited, QObject* parent)
@@ -118,13 +105,13 @@ void ParameterModel::setValue(const QString& parameterId, double value) {
 void ParameterModel::setPosition(const QString& parameterId, double position) {
     const ParameterSpec* spec = find(parameterId);
     if (spec == nullptr || std::isnan(position)) return;
-    edit(*spec, ParameterScale::snapped(*spec, ParameterScale::value(*spec, position)));
+    edit(*spec, spec->snapped(ParameterScale::value(*spec, position)));
 }
 
 void ParameterModel::nudge(const QString& parameterId, int steps) {
     const ParameterSpec* spec = find(parameterId);
     if (spec == nullptr) return;
-    edit(*spec, ParameterScale::snapped(*spec, spec->value(values_) + steps * spec->step));
+    edit(*spec, spec->snapped(spec->value(values_) + steps * spec->step));
 }
 
 bool ParameterModel::setText(const QString& parameterId, const QString& typed) {
@@ -134,7 +121,7 @@ bool ParameterModel::setText(const QString& parameterId, const QString& typed) {
     if (!value) return false;
     // The text that is shown for the present value means that value, not its rounded form.
     if (typed.trimmed() == QString::fromStdString(spec->format(spec->value(values_)))) return true;
-    edit(*spec, spec->step == 1 ? ParameterScale::snapped(*spec, *value) : *value);
+    edit(*spec, spec->step == 1 ? spec->snapped(*value) : *value);
     return true;
 }
 

@@ -108,8 +108,6 @@ namespace ParameterScale {
 // 0 ... 1; values outside the range are clamped, NaN is 0.
 [[nodiscard]] double position(const ParameterSpec& spec, double value);
 [[nodiscard]] double value(const ParameterSpec& spec, double position);
-// The nearest multiple of the step within the range, as the decimal fraction that a person would write.
-[[nodiscard]] double snapped(const ParameterSpec& spec, double value);
 // A number with or without the unit; nothing for any other text.
 [[nodiscard]] std::optional<double> parse(const ParameterSpec& spec, const QString& text);
 }  // namespace ParameterScale

@@ -40,7 +40,7 @@ OwnPreset read(const QFileInfo& info) {
         return preset;
     }
     try {
-        preset.aesthetics = clamped(decodeAesthetics(file.readAll().toStdString()));
+        preset.aesthetics = clamped(decodePreset(file.readAll().toStdString()));
     } catch (const Failure& failure) {
         preset.problem = QString::fromUtf8(failure.what());
     }
@@ -65,7 +65,7 @@ bool PresetFolder::save(const QString& folder, const QString& name, const Aesthe
     std::error_code error;
     std::filesystem::create_directories(path, error);
     if (error) throw FileError(path, error);
-    const std::string json = encodeJSON(aesthetics);
+    const std::string json = encodePreset(aesthetics);
     return writeNewFile(toPath(fileOf(folder, name)), std::as_bytes(std::span(json)));
 }
 

@@ -6,7 +6,8 @@
 #include "QuillmereApp/PresetModel.h"
 #include "QuillmereCore/Generate/Aesthetics.h"
 
-// The user's own presets on disk: one file per preset, named after it, holding the twenty values as JSON.
+// The user's own presets on disk: one file per preset, named after it, as encodePreset writes it. A file is
+// created and deleted, never changed, so what a later version of the program put there stays.
 // Any thread, except that one program at a time should save.
 namespace quillmere::PresetFolder {
 

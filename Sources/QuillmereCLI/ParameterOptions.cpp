@@ -1,7 +1,6 @@
 #include "QuillmereCLI/ParameterOptions.h"
 
 #include <cerrno>
-#include <cmath>
 #include <fstream>
 #include <random>
 
@@ -114,16 +113,14 @@ ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string
     if (equals == std::string::npos)
         throwUsageError("--set", "must look like pitch=-3, not \"" + printable(text) + "\"");
     const std::string id = text.substr(0, equals);
-    std::string number = text.substr(equals + 1);
-    if (number.size() > 1 && number[0] == '+' && number[1] != '-') number.erase(0, 1);
+    const std::string number = text.substr(equals + 1);
     const ParameterSpec* const spec = Aesthetics::spec(id);
     if (spec == nullptr) {
         throwUsageError("--set", "\"" + printable(id) + "\" is no parameter; the parameters are " +
                                      enumeration(parameterIDs()));
     }
-    const auto value = Text::parseDouble(number);
-    if (!value || !std::isfinite(*value))
-        throwUsageError("--set", id + " must be a number, not \"" + printable(number) + "\"");
+    const auto value = ParameterSpec::parse(number);
+    if (!value) throwUsageError("--set", id + " must be a number, not \"" + printable(number) + "\"");
     return {spec, *value};
 }
 

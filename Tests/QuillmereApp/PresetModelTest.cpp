@@ -69,6 +69,26 @@ private slots:
         QCOMPARE(PresetFolder::list(folder).size(), 2);
     }
 
+    void theFolderReadsFilesOfAllVersions() {
+        TestWorld world;
+        const QString folder = world.path("presets");
+        const Aesthetics wild = Preset::named("Wild")->aesthetics;
+        const auto write = [&](const char* name, const std::string& json) {
+            TestWorld::write(folder + "/" + name + ".json", QByteArray::fromStdString(json));
+        };
+        QVERIFY(PresetFolder::save(folder, "a present", wild));
+        write("b before versions", encodeJSON(wild));
+        write("c later", "{\"version\": 2, \"drift\": 1.6, \"shimmer\": {\"amount\": 1}}");
+        write("d incomplete", "{\"drift\": 1.6}");
+        const QList<OwnPreset> presets = PresetFolder::list(folder);
+        QCOMPARE(presets.size(), 4);
+        QVERIFY(presets[0].aesthetics == wild);
+        QVERIFY(presets[1].aesthetics == wild);
+        QVERIFY(presets[2].aesthetics == Aesthetics{.drift = 1.6});
+        QVERIFY(!presets[3].aesthetics);
+        QCOMPARE(presets[3].problem, QStringLiteral("\"sources\" is missing"));
+    }
+
     void anUnwritableFolderIsReported() {
         TestWorld world;
         TestWorld::write(world.path("presets"), "a file");

@@ -60,7 +60,7 @@ void CharacterController::randomise(double amount) {
         if (parameters_.isLocked(text(spec.id))) continue;
         const double from = ParameterScale::position(spec, spec.value(next));
         const double to = from + std::min(amount, 1.0) * (target - from);
-        next.set(spec, ParameterScale::snapped(spec, ParameterScale::value(spec, to)));
+        next.set(spec, spec.snapped(ParameterScale::value(spec, to)));
     }
     edit(next);
 }

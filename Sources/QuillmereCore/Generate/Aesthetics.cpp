@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <nlohmann/json.hpp>
+#include <cstddef>
+#include <cstdint>
 
+#include "QuillmereCore/Util/JSONDocument.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -317,21 +319,34 @@ void requireFinite(const ParameterSpec& spec, double value) {
     if (!std::isfinite(value)) throw InvalidParameterError(nameForReader(spec) + " must be a finite number");
 }
 
-nlohmann::json parseObject(std::string_view text) {
-    try {
-        nlohmann::json document = nlohmann::json::parse(text);
-        if (!document.is_object()) throw DecodingError("not a JSON object");
-        return document;
-    } catch (const nlohmann::json::parse_error& error) {
-        throw DecodingError("not valid JSON (byte " + std::to_string(error.byte) + ")");
-    } catch (const nlohmann::json::out_of_range&) {
-        throw DecodingError("a number is too large");
-    }
-}
-
 bool isCount(const ParameterSpec& spec) {
     return spec.keyPath == &Aesthetics::sources || spec.keyPath == &Aesthetics::phaseIterations ||
            spec.keyPath == &Aesthetics::decimate || spec.keyPath == &Aesthetics::crushBits;
+}
+
+// The parameters that there were before presets had versions.
+constexpr std::size_t firstParameters = 20;
+constexpr std::int64_t presetVersion = 1;
+constexpr const char* versionKey = "version";
+
+nlohmann::ordered_json valuesOf(const Aesthetics& aesthetics) {
+    nlohmann::ordered_json object = nlohmann::ordered_json::object();
+    for (const ParameterSpec& spec : parameterTable) {
+        requireFinite(spec, spec.value(aesthetics));
+        object[std::string(spec.field)] = spec.value(aesthetics);
+    }
+    return object;
+}
+
+// The first parameters up to required must be there; the others have their defaults when they are not.
+Aesthetics decode(const json::DoubleJson& object, std::size_t required) {
+    Aesthetics aesthetics;
+    for (std::size_t i = 0; i < parameterTable.size(); ++i) {
+        const ParameterSpec& spec = parameterTable[i];
+        if (i >= required && !object.contains(std::string(spec.field))) continue;
+        aesthetics.*spec.keyPath = json::numberMember(object, spec.field);
+    }
+    return aesthetics;
 }
 
 }  // namespace
@@ -351,10 +366,29 @@ void Aesthetics::set(const ParameterSpec& spec, double value) {
 }
 
 std::string ParameterSpec::format(double value) const {
-    const int decimals = step >= 1 ? 0 : step >= 0.1 ? 1 : 2;
-    std::string text = Text::fixed(value, decimals);
+    std::string text = Text::fixed(value, decimals());
     if (!unit.empty()) text.append(" ").append(unit);
     return text;
+}
+
+int ParameterSpec::decimals() const {
+    if (step >= 1) return 0;
+    return step >= 0.1 ? 1 : 2;
+}
+
+double ParameterSpec::snapped(double value) const {
+    // Dividing by the whole number of steps in one gives the double nearest to the decimal fraction;
+    // multiplying by a step such as 0.05 does not.
+    const double stepsPerUnit = std::round(1 / step);
+    const double multiple = std::round(value / step);
+    const double nearest = step < 1 ? multiple / stepsPerUnit : multiple * step;
+    return std::clamp(nearest, lower, upper);
+}
+
+std::optional<double> ParameterSpec::parse(std::string_view text) {
+    const bool hasPlus = text.size() > 1 && text[0] == '+' && text[1] != '-';
+    const std::optional<double> value = Text::parseDouble(text.substr(hasPlus ? 1 : 0));
+    return value && std::isfinite(*value) ? value : std::nullopt;
 }
 
 std::string_view rawValue(ParameterSpec::Group group) {
@@ -390,25 +424,25 @@ const Preset* Preset::named(std::string_view name) {
 }
 
 std::string encodeJSON(const Aesthetics& aesthetics) {
-    nlohmann::ordered_json object = nlohmann::ordered_json::object();
-    for (const ParameterSpec& spec : parameterTable) {
-        requireFinite(spec, spec.value(aesthetics));
-        object[std::string(spec.field)] = spec.value(aesthetics);
-    }
-    return object.dump(2);
+    return valuesOf(aesthetics).dump(2);
 }
 
-Aesthetics decodeAesthetics(std::string_view json) {
-    const nlohmann::json object = parseObject(json);
-    Aesthetics aesthetics;
-    for (const ParameterSpec& spec : parameterTable) {
-        const std::string key(spec.field);
-        const auto entry = object.find(key);
-        if (entry == object.end()) throw DecodingError("\"" + key + "\" is missing");
-        if (!entry->is_number()) throw DecodingError("\"" + key + "\" must be a number");
-        aesthetics.*spec.keyPath = entry->get<double>();
-    }
-    return aesthetics;
+Aesthetics decodeAesthetics(std::string_view text) {
+    return decode(json::parseObject<json::DoubleJson>(text), parameterTable.size());
+}
+
+std::string encodePreset(const Aesthetics& aesthetics) {
+    nlohmann::ordered_json object{{versionKey, presetVersion}};
+    object.update(valuesOf(aesthetics));
+    return object.dump(2) + "\n";
+}
+
+Aesthetics decodePreset(std::string_view text) {
+    const auto object = json::parseObject<json::DoubleJson>(text);
+    if (!object.contains(versionKey)) return decode(object, firstParameters);
+    if (json::integerMember(object, versionKey) < 1)
+        throw DecodingError(json::quoted(versionKey) + " must be a positive integer");
+    return decode(object, 0);
 }
 
 void validate(const Aesthetics& aesthetics) {

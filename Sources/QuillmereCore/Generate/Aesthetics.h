@@ -62,8 +62,14 @@ struct ParameterSpec {
     std::string_view field;  // name of the member and JSON key
 
     [[nodiscard]] double value(const Aesthetics& aesthetics) const { return aesthetics.*keyPath; }
-    // Display text: decimals by step (1 and more: none, 0.1 and more: one, else two), then the unit.
+    // Display text: the decimals, then the unit.
     [[nodiscard]] std::string format(double value) const;
+    // By step: none for 1 and more, one for 0.1 and more, else two.
+    [[nodiscard]] int decimals() const;
+    // The nearest multiple of the step within the range, as the decimal fraction that a person would write.
+    [[nodiscard]] double snapped(double value) const;
+    // A finite decimal number, with or without a sign; nothing for any other text.
+    [[nodiscard]] static std::optional<double> parse(std::string_view text);
 };
 
 inline constexpr std::array<ParameterSpec::Group, 4> allParameterGroups{
@@ -88,7 +94,14 @@ struct Preset {
 // number (else DecodingError, which names the key but no file), clamps nothing and ignores other keys.
 // Encoding throws InvalidParameterError for a value that JSON cannot hold (NaN and infinities).
 [[nodiscard]] std::string encodeJSON(const Aesthetics& aesthetics);
-[[nodiscard]] Aesthetics decodeAesthetics(std::string_view json);
+[[nodiscard]] Aesthetics decodeAesthetics(std::string_view text);
+
+// A preset in a file of its own: the same object with a "version", at present 1. A later version may have
+// more keys, but none with another meaning, so decoding takes any: a key that is missing has its default, one
+// that nobody knows is ignored. A file without a version is older than they are and must have the twenty keys
+// of its time. Everything else as above.
+[[nodiscard]] std::string encodePreset(const Aesthetics& aesthetics);
+[[nodiscard]] Aesthetics decodePreset(std::string_view text);
 
 // A parameter has a value that no generation can work with. what() names the parameter.
 class InvalidParameterError : public Failure {

@@ -114,7 +114,7 @@ private slots:
         for (const ParameterSpec& spec : Aesthetics::specs()) {
             const double value = spec.value(character.aesthetics());
             QVERIFY(value >= spec.lower && value <= spec.upper);
-            QCOMPARE(value, ParameterScale::snapped(spec, value));
+            QCOMPARE(value, spec.snapped(value));
             moved += value != spec.value(Aesthetics()) ? 1 : 0;
         }
         QVERIFY2(moved > 12, qPrintable(QString::number(moved)));

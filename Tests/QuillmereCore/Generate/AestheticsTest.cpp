@@ -216,6 +216,95 @@ TEST(AestheticsJSON, NumbersWithoutAJSONFormAreRefused) {
     EXPECT_THROW((void)encodeJSON(aesthetics), InvalidParameterError);
 }
 
+// The preset file of wild values with the text from replaced by to.
+std::string presetWith(std::string_view from, std::string_view to) {
+    std::string json = encodePreset(Preset::named("Wild")->aesthetics);
+    const std::size_t at = json.find(from);
+    if (at == std::string::npos) throw std::runtime_error("no " + std::string(from) + " in " + json);
+    return json.replace(at, from.size(), to);
+}
+
+TEST(PresetFile, IsTheObjectOfTheParametersWithAVersion) {
+    const Aesthetics wild = Preset::named("Wild")->aesthetics;
+    const std::string json = encodePreset(wild);
+    EXPECT_TRUE(json.starts_with("{\n  \"version\": 1,\n  \"sources\": 4.0,\n  \"drift\": 1.6,")) << json;
+    EXPECT_EQ(decodePreset(json), wild);
+    EXPECT_EQ(decodeAesthetics(json), wild) << "as programs before there were versions read it";
+}
+
+TEST(PresetFile, MayBeOlderThanVersions) {
+    const Aesthetics wild = Preset::named("Wild")->aesthetics;
+    EXPECT_EQ(decodePreset(encodeJSON(wild)), wild);
+    for (const ParameterSpec& spec : Aesthetics::specs()) {
+        const std::string key = '"' + std::string(spec.field) + '"';
+        EXPECT_EQ(messageOf([&] { (void)decodePreset(defaultsWith(key, "\"other\"")); }),
+                  key + " is missing");
+    }
+}
+
+// What a file of version 1 is to a program with one parameter more.
+TEST(PresetFile, LacksParametersThatHaveTheirDefaults) {
+    for (const ParameterSpec& spec : Aesthetics::specs()) {
+        const std::string key = '"' + std::string(spec.field) + '"';
+        Aesthetics expected = Preset::named("Wild")->aesthetics;
+        expected.*spec.keyPath = spec.value(Aesthetics{});
+        EXPECT_EQ(decodePreset(presetWith(key, "\"unknown\"")), expected) << key;
+    }
+    EXPECT_EQ(decodePreset("{\"version\": 1}"), Aesthetics{});
+}
+
+TEST(PresetFile, MayBeNewerAndHoldMore) {
+    const Aesthetics wild = Preset::named("Wild")->aesthetics;
+    EXPECT_EQ(decodePreset(presetWith("{", "{\"shimmer\": {\"amount\": [1, \"x\"]},")), wild);
+    EXPECT_EQ(decodePreset(presetWith("\"version\": 1", "\"version\": 7")), wild);
+    EXPECT_EQ(decodePreset("{\"version\": 7, \"drift\": 3, \"shimmer\": 0.5}"), Aesthetics{.drift = 3});
+}
+
+TEST(PresetFile, RefusesWhatIsNoPreset) {
+    const auto message = [](const std::string& json) { return messageOf([&] { (void)decodePreset(json); }); };
+    EXPECT_EQ(message("{}"), "\"sources\" is missing");
+    EXPECT_EQ(message("[]"), "not a JSON object");
+    EXPECT_THAT(message("{"), HasSubstr("not valid JSON"));
+    EXPECT_EQ(message(std::string(1 << 20, '[')), "nested too deeply");
+    EXPECT_EQ(message(presetWith("\"drift\": 1.6", "\"drift\": \"1.6\"")), "\"drift\" must be a number");
+    for (const char* version : {"0", "-1"}) {
+        EXPECT_EQ(message(presetWith("\"version\": 1", "\"version\": " + std::string(version))),
+                  "\"version\" must be a positive integer");
+    }
+    for (const char* version : {"1.5", "\"1\"", "null"}) {
+        EXPECT_EQ(message(presetWith("\"version\": 1", "\"version\": " + std::string(version))),
+                  "\"version\" must be an integer");
+    }
+    EXPECT_THROW((void)encodePreset({.drift = infinity}), InvalidParameterError);
+}
+
+TEST(ParameterNumbers, HaveAsManyDecimalsAsTheirStepNeeds) {
+    EXPECT_EQ(specNamed("sources").decimals(), 0);
+    EXPECT_EQ(specNamed("decay").decimals(), 0);
+    EXPECT_EQ(specNamed("pitch").decimals(), 1);
+    EXPECT_EQ(specNamed("drift").decimals(), 2);
+    EXPECT_EQ(specNamed("grit").decimals(), 2);
+}
+
+TEST(ParameterNumbers, SnapToTheDecimalFractionsPeopleWrite) {
+    EXPECT_EQ(specNamed("drift").snapped(0.1501), 0.15) << "not 3 * 0.05";
+    EXPECT_EQ(specNamed("grit").snapped(0.299), 0.3);
+    EXPECT_EQ(specNamed("stretch").snapped(1.01), 1.0);
+    EXPECT_EQ(specNamed("decay").snapped(252), 250);
+    EXPECT_EQ(specNamed("drift").snapped(9), 4);
+    EXPECT_EQ(specNamed("extrapolation").snapped(-3), -0.9);
+}
+
+TEST(ParameterNumbers, AreReadWithOrWithoutASign) {
+    EXPECT_EQ(ParameterSpec::parse("2.5"), 2.5);
+    EXPECT_EQ(ParameterSpec::parse("+2.5"), 2.5);
+    EXPECT_EQ(ParameterSpec::parse("-2.5"), -2.5);
+    EXPECT_EQ(ParameterSpec::parse("1e2"), 100);
+    for (const char* text :
+         {"", "+", "-", "+-1", "--1", "++1", " 1", "1 ", "1,5", "inf", "nan", "1e999", "0x10", "x"})
+        EXPECT_EQ(ParameterSpec::parse(text), std::nullopt) << text;
+}
+
 TEST(AestheticsValidate, AcceptsDefaultsPresetsAndRangeEnds) {
     EXPECT_NO_THROW(validate({}));
     for (const Preset& preset : Preset::all())
