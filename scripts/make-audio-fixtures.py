@@ -125,6 +125,42 @@ def lossless():
     encode_stream("unknown-length-mono.flac", ramps(1, 16), RAMP_RATE, "-c:a flac -f flac")
 
 
+    write_pcm_m4a(FOLDER / "pcm16-mono.m4a", 1)
+    write_pcm_m4a(FOLDER / "pcm16-stereo.m4a", 2)
+
+
+def write_pcm_m4a(target, channels):
+    """Samples without compression in the way of QuickTime, with the description behind them."""
+    _, data = ramps(channels, 16)
+    start = atom(b"ftyp", b"M4A \0\0\2\0M4A qt  ")
+    description = struct.pack(">6xH8xHHhHI", 1, channels, 16, 0, 0, RAMP_RATE << 16)
+    table = b"".join([
+        full_atom(b"stsd", struct.pack(">I", 1) + atom(b"sowt", description)),
+        full_atom(b"stts", struct.pack(">III", 1, RAMP_FRAMES, 1)),
+        full_atom(b"stsc", struct.pack(">IIII", 1, 1, RAMP_FRAMES, 1)),
+        full_atom(b"stsz", struct.pack(">II", 2 * channels, RAMP_FRAMES)),
+        full_atom(b"stco", struct.pack(">II", 1, len(start) + 8)),
+    ])
+    reference = full_atom(b"dref", struct.pack(">I", 1) + atom(b"url ", struct.pack(">I", 1)))
+    information = full_atom(b"smhd", bytes(4)) + atom(b"dinf", reference) + atom(b"stbl", table)
+    media = full_atom(b"mdhd", struct.pack(">IIIIHH", 0, 0, RAMP_RATE, RAMP_FRAMES, 0x55C4, 0))
+    media += full_atom(b"hdlr", struct.pack(">I4s12xx", 0, b"soun")) + atom(b"minf", information)
+    matrix = struct.pack(">9I", 0x10000, 0, 0, 0, 0x10000, 0, 0, 0, 0x40000000)
+    track = struct.pack(">IIIII", 0, 0, 1, 0, RAMP_FRAMES) + bytes(8) + struct.pack(">HHHH", 0, 0, 256, 0)
+    track = atom(b"tkhd", struct.pack(">I", 3) + track + matrix + bytes(8)) + atom(b"mdia", media)
+    movie = struct.pack(">IIIIIH10x", 0, 0, RAMP_RATE, RAMP_FRAMES, 0x10000, 256) + matrix + bytes(24)
+    movie = full_atom(b"mvhd", movie + struct.pack(">I", 2)) + atom(b"trak", track)
+    target.write_bytes(start + atom(b"mdat", data) + atom(b"moov", movie))
+
+
+def atom(name, data):
+    return struct.pack(">I", 8 + len(data)) + name + data
+
+
+def full_atom(name, data):
+    return atom(name, bytes(4) + data)
+
+
 def lossy(picture):
     for name, channels, arguments in [
         ("alaw-mono.wav", 1, "-c:a pcm_alaw"),

@@ -1,17 +1,18 @@
 #include "QuillmereCore/Audio/AudioIO.h"
 
-#include <soxr.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <new>
 #include <system_error>
 #include <utility>
 
 #include "QuillmereCore/Audio/Decoder.h"
+#include "QuillmereCore/Audio/ReadError.h"
+#include "QuillmereCore/Audio/Resampler.h"
 #include "QuillmereCore/Audio/WAVWriter.h"
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Text.h"
@@ -25,6 +26,10 @@ constexpr const char* outOfMemory = "out of memory";
 
 // Frames beyond this are outside the supported range, on the way in and out.
 constexpr std::size_t mostFrames = std::numeric_limits<std::uint32_t>::max();
+
+// Limits of what is converted piece by piece.
+constexpr int longestHours = 6;
+constexpr double greatestStreamRatio = 100;
 
 std::vector<std::byte> encode(std::span<const float> samples, const fs::path& file, int sampleRate,
                               OutputFormat format) {
@@ -44,10 +49,103 @@ std::vector<std::byte> encode(std::span<const float> samples, const fs::path& fi
 std::optional<std::size_t> resampledCapacity(std::size_t count, double from, double to) {
     constexpr double slack = 4096;
     if (!(from > 0 && to > 0 && std::isfinite(from) && std::isfinite(to))) return std::nullopt;
+    if (std::max(from / to, to / from) > Resampler::greatestRatio) return std::nullopt;
     const double capacity = std::floor(to * static_cast<double>(count) / from) + slack;
     if (capacity > static_cast<double>(mostFrames)) return std::nullopt;
     return static_cast<std::size_t>(capacity);
 }
+
+bool areEqualRates(double from, double to) {
+    return std::abs(from - to) < 0.5;
+}
+
+AudioIO::Damage damageIn(const Decoder::Result& result) {
+    return {result.isTruncated, static_cast<double>(result.silentFrames) / result.sampleRate};
+}
+
+// Runs work that reads a file; its trouble becomes that of the file.
+template <typename Work>
+auto reading(const fs::path& file, const Work& work) {
+    try {
+        return work();
+    } catch (const ReadError& error) {
+        throw AudioIOError::unreadable(file, error.what(), error.isSystemTrouble());
+    } catch (const std::bad_alloc&) {
+        throw AudioIOError::unreadable(file, outOfMemory, true);
+    }
+}
+
+// Decodes a file of which sink takes the mono samples and their rate.
+using MonoSink = std::function<void(std::span<const float> samples, int sampleRate)>;
+Decoder::Result decodeMono(const fs::path& file, const MonoSink& sink, const AudioIO::ReadOptions& options) {
+    std::error_code ignored;  // the decoder reports a file that cannot be looked at
+    if (fs::file_size(file, ignored) == 0) throw AudioIOError::empty(file);
+    std::size_t count = 0;
+    const auto mix = [&](const Decoder::Block& block) {
+        count += block.frames;
+        if (count > mostFrames) throw ReadError("it is too long");
+        sink(AudioIO::mixToMono(block.channels, block.frames), block.sampleRate);
+    };
+    const Decoder::Result result = reading(file, [&] { return Decoder::decode(file, mix, options); });
+    if (result.frames == 0) throw AudioIOError::empty(file);
+    return result;
+}
+
+// A signal on its way to another rate, where that is another.
+class Conversion {
+public:
+    Conversion(double to, const AudioIO::SampleSink& sink) : to_(to), sink_(sink) {}
+
+    void add(std::span<const float> samples, double from) {
+        frames_ += static_cast<std::int64_t>(samples.size());
+        if (static_cast<double>(frames_) > from * 3600 * longestHours)
+            throw ReadError("it lasts more than " + std::to_string(longestHours) + " hours");
+        convert([&](const AudioIO::SampleSink& sink) {
+            if (std::exchange(isFirst_, false)) setUp(from);
+            if (resampler_) {
+                resampler_->add(samples, sink);
+            } else {
+                sink(samples);
+            }
+        });
+    }
+
+    void finish() {
+        convert([&](const AudioIO::SampleSink& sink) {
+            if (resampler_) resampler_->finish(sink);
+        });
+    }
+
+private:
+    void setUp(double from) {
+        if (areEqualRates(from, to_)) return;
+        if (std::max(from / to_, to_ / from) > greatestStreamRatio) {
+            throw ReadError("its sample rate of " + std::to_string(std::llround(from)) +
+                            " Hz is too far from " + std::to_string(std::llround(to_)) + " Hz");
+        }
+        resampler_.emplace(from, to_);
+    }
+
+    template <typename Step>
+    void convert(const Step& step) {
+        try {
+            step([this](std::span<const float> samples) {
+                converted_ += samples.size();
+                if (converted_ > mostFrames) throw ReadError("it is too long");
+                sink_(samples);
+            });
+        } catch (const Resampler::Error&) {
+            throw std::bad_alloc();  // nothing else goes wrong at these rates
+        }
+    }
+
+    double to_;
+    const AudioIO::SampleSink& sink_;
+    std::optional<Resampler> resampler_;
+    std::int64_t frames_ = 0;
+    std::size_t converted_ = 0;
+    bool isFirst_ = true;
+};
 
 }  // namespace
 
@@ -97,8 +195,11 @@ std::optional<OutputFormat> outputFormat(std::string_view raw) {
 AudioIOError::AudioIOError(Kind kind, fs::path file, const std::string& message)
     : Failure(message), kind_(kind), file_(std::move(file)) {}
 
-AudioIOError AudioIOError::unreadable(const fs::path& file, const std::string& reason) {
-    return {Kind::unreadable, file, "Could not read " + Text::utf8(file.filename()) + ": " + reason};
+AudioIOError AudioIOError::unreadable(const fs::path& file, const std::string& reason, bool isSystemTrouble) {
+    AudioIOError error(Kind::unreadable, file,
+                       "Could not read " + Text::utf8(file.filename()) + ": " + reason);
+    error.isSystemTrouble_ = isSystemTrouble;
+    return error;
 }
 
 AudioIOError AudioIOError::empty(const fs::path& file) {
@@ -112,38 +213,42 @@ const std::set<std::string, std::less<>>& AudioIO::supportedExtensions() {
 }
 
 AudioIO::MonoAudio AudioIO::readMono(const fs::path& file) {
-    std::error_code ignored;  // the decoder reports a file that cannot be looked at
-    if (fs::file_size(file, ignored) == 0) throw AudioIOError::empty(file);
+    return readMono(file, {});
+}
+
+AudioIO::MonoAudio AudioIO::readMono(const fs::path& file, const ReadOptions& options) {
     MonoAudio audio;
-    const auto append = [&audio](std::span<const std::vector<float>> channels, std::size_t frames) {
-        if (audio.samples.size() + frames > mostFrames) throw Decoder::Error("it is too long");
-        const std::vector<float> mono = mixToMono(channels, frames);
-        audio.samples.insert(audio.samples.end(), mono.begin(), mono.end());
+    const auto append = [&audio](std::span<const float> samples, int /*sampleRate*/) {
+        audio.samples.insert(audio.samples.end(), samples.begin(), samples.end());
     };
-    try {
-        const Decoder::Result result = Decoder::decode(file, append);
-        audio.sampleRate = result.sampleRate;
-        audio.samples.resize(audio.samples.size() - static_cast<std::size_t>(result.padding));
-        if (audio.samples.empty() && result.error) throw Decoder::Error(*result.error);
-    } catch (const Decoder::Error& error) {
-        throw AudioIOError::unreadable(file, error.what());
-    } catch (const std::bad_alloc&) {
-        throw AudioIOError::unreadable(file, outOfMemory);
-    }
-    if (audio.samples.empty()) throw AudioIOError::empty(file);
+    const Decoder::Result result = decodeMono(file, append, options);
+    audio.sampleRate = result.sampleRate;
+    audio.damage = damageIn(result);
     return audio;
+}
+
+AudioIO::StreamedAudio AudioIO::stream(const fs::path& file, double rate, const SampleSink& sink,
+                                       const ReadOptions& options) {
+    require(rate > 0, "a stream needs a positive sample rate");
+    Conversion conversion(rate, sink);
+    const Decoder::Result result = decodeMono(
+        file, [&](std::span<const float> samples, int sampleRate) { conversion.add(samples, sampleRate); },
+        options);
+    reading(file, [&] { conversion.finish(); });
+    return {result.frames, static_cast<double>(result.sampleRate), damageIn(result)};
 }
 
 std::optional<AudioIO::AudioInfo> AudioIO::info(const fs::path& file) {
     try {
-        const Decoder::Length length = Decoder::measure(file);
-        return AudioInfo{static_cast<double>(length.frames) / length.sampleRate,
-                         static_cast<double>(length.sampleRate)};
-    } catch (const Decoder::Error&) {
-        return std::nullopt;
-    } catch (const std::bad_alloc&) {
+        return measure(file);
+    } catch (const AudioIOError&) {
         return std::nullopt;
     }
+}
+
+AudioIO::AudioInfo AudioIO::measure(const fs::path& file, const ReadOptions& options) {
+    const Decoder::Length length = reading(file, [&] { return Decoder::measure(file, options); });
+    return {static_cast<double>(length.frames) / length.sampleRate, static_cast<double>(length.sampleRate)};
 }
 
 std::vector<float> AudioIO::mixToMono(std::span<const std::vector<float>> channels, std::size_t frames) {
@@ -162,24 +267,23 @@ std::vector<float> AudioIO::mixToMono(std::span<const std::vector<float>> channe
 }
 
 std::vector<float> AudioIO::resample(std::vector<float> samples, double from, double to) {
-    if (std::abs(from - to) < 0.5 || samples.empty()) return samples;
+    if (areEqualRates(from, to) || samples.empty()) return samples;
     const std::optional<std::size_t> capacity = resampledCapacity(samples.size(), from, to);
     if (!capacity) return samples;
     std::vector<float> converted;
+    const auto append = [&converted](std::span<const float> piece) {
+        converted.insert(converted.end(), piece.begin(), piece.end());
+    };
     try {
-        converted.resize(*capacity);
+        converted.reserve(*capacity);
+        Resampler resampler(from, to);
+        resampler.add(samples, append);
+        resampler.finish(append);
     } catch (const std::bad_alloc&) {
         return samples;
+    } catch (const Resampler::Error&) {
+        return samples;
     }
-    const soxr_io_spec_t floats = soxr_io_spec(SOXR_FLOAT32_I, SOXR_FLOAT32_I);
-    const soxr_quality_spec_t quality = soxr_quality_spec(SOXR_VHQ, 0);
-    const soxr_runtime_spec_t oneThread = soxr_runtime_spec(1);
-    std::size_t produced = 0;
-    const soxr_error_t error =
-        soxr_oneshot(from, to, 1, samples.data(), samples.size(), nullptr, converted.data(), converted.size(),
-                     &produced, &floats, &quality, &oneThread);
-    if (error != nullptr) return samples;
-    converted.resize(produced);
     return converted;
 }
 
