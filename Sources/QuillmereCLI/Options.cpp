@@ -21,12 +21,6 @@ std::string shortNumber(double value) {
     return text;
 }
 
-std::filesystem::path absoluteFolder(const std::filesystem::path& path) {
-    std::filesystem::path absolute = std::filesystem::absolute(path).lexically_normal();
-    if (!absolute.has_filename() && absolute.has_relative_path()) absolute = absolute.parent_path();
-    return absolute;
-}
-
 network::ChosenDevice::Listener listenerFor(Console& console) {
     return {.opened = {}, .processorStandsIn = [&console](const std::string& message) {
                 if (console.terminalWidth()) console.redraw({});
@@ -111,7 +105,7 @@ void ModelsOption::addTo(CLI::App& app) {
 }
 
 std::filesystem::path ModelsOption::root() const {
-    return directory_.empty() ? ModelStore::rootDirectory() : absoluteFolder(directory_);
+    return directory_.empty() ? ModelStore::rootDirectory() : ModelStore::corpusPath(directory_);
 }
 
 void CorpusOption::addTo(CLI::App& app) {
@@ -119,7 +113,7 @@ void CorpusOption::addTo(CLI::App& app) {
 }
 
 std::filesystem::path CorpusOption::folder() const {
-    return absoluteFolder(folder_);
+    return ModelStore::corpusPath(folder_);
 }
 
 void ComputeOptions::addTo(CLI::App& app) {

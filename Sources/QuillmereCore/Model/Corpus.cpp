@@ -1,12 +1,16 @@
 #include "QuillmereCore/Model/Corpus.h"
 
+#include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unicode/coll.h>
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <memory>
 #include <mutex>
@@ -53,49 +57,145 @@ std::int64_t truncatedSeconds(const timespec& time) {
     return std::int64_t{time.tv_sec} + (cutsUp ? 1 : 0);
 }
 
-// Collects the files below a folder. Whatever cannot be read is passed over.
+// What a refused look at something below the corpus folder means.
+enum class Refusal {
+    isGone,    // removed meanwhile, or no longer what it was
+    isClosed,  // not for us to read, or too deep for a path
+    isTrouble  // nothing that the file or folder is to blame for
+};
+
+Refusal meaningOf(int code) {
+    switch (code) {
+        case ENOENT:
+        case ENOTDIR:
+        case ELOOP:
+            return Refusal::isGone;
+        case EACCES:
+        case EPERM:
+        case ENAMETOOLONG:
+            return Refusal::isClosed;
+        default:
+            return Refusal::isTrouble;
+    }
+}
+
+std::error_code systemCode(int code) {
+    return {code, std::generic_category()};
+}
+
+// The entries of a folder.
+class Folder {
+public:
+    struct Entry {
+        std::string name;
+        unsigned char type = DT_UNKNOWN;
+    };
+
+    // Throws std::system_error, as the others do. Only the corpus folder itself may be a link.
+    Folder(const fs::path& path, bool isLinkAllowed)
+        : descriptor_(
+              ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | (isLinkAllowed ? 0 : O_NOFOLLOW))) {
+        if (descriptor_ < 0) throw std::system_error(systemCode(errno));
+        stream_ = ::fdopendir(descriptor_);
+        if (stream_ != nullptr) return;
+        const int code = errno;
+        ::close(descriptor_);
+        throw std::system_error(systemCode(code));
+    }
+    ~Folder() { ::closedir(stream_); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    // Nothing at the end.
+    std::optional<Entry> next() {
+        errno = 0;
+        const dirent* const entry = ::readdir(stream_);
+        if (entry != nullptr) return Entry{entry->d_name, entry->d_type};
+        if (errno != 0) throw std::system_error(systemCode(errno));
+        return std::nullopt;
+    }
+
+    // What an entry is; links are not followed.
+    [[nodiscard]] struct stat look(const std::string& name) const {
+        struct stat status {};
+        if (::fstatat(descriptor_, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+            throw std::system_error(systemCode(errno));
+        return status;
+    }
+
+private:
+    int descriptor_;
+    DIR* stream_ = nullptr;
+};
+
+// Collects the files below a folder.
 class Walk {
 public:
     Walk(fs::path root, const std::stop_token& stop) : root_(std::move(root)), stop_(stop) {}
 
-    std::vector<CorpusFile> run() {
-        std::error_code error;
-        fs::directory_iterator entries(root_, error);
-        if (error) throw FileError(root_, error);
-        visit(std::move(entries), "");
+    void run(CorpusSummary& summary) {
+        try {
+            Folder folder(root_, true);
+            visit(folder, "");
+        } catch (const std::system_error& error) {
+            throw FileError(root_, error.code());
+        }
         while (!pending_.empty()) {
-            throwIfCancelled(stop_);
             const std::string folder = std::move(pending_.back());
             pending_.pop_back();
-            fs::directory_iterator inside(root_ / folder, error);
-            if (!error) visit(std::move(inside), folder + "/");
+            descend(folder);
         }
-        return std::move(files_);
+        std::ranges::sort(passedOver_, {}, &PassedOver::folder);
+        summary.files = std::move(files_);
+        summary.passedOver = std::move(passedOver_);
     }
 
 private:
-    void visit(fs::directory_iterator entries, const std::string& prefix) {
-        std::error_code error;
-        for (; !error && entries != fs::directory_iterator(); entries.increment(error)) {
-            const fs::path name = entries->path().filename();
-            if (isHidden(name)) continue;
-            if (Corpus::isSupported(name)) addRegularFile(entries->path(), prefix + name.native());
-            std::error_code unknown;  // then it is neither file nor folder
-            const fs::file_status status = entries->symlink_status(unknown);
-            if (fs::is_directory(status) && !isPackage(name)) pending_.push_back(prefix + name.native());
+    void descend(const std::string& relativePath) {
+        try {
+            Folder folder(root_ / relativePath, false);
+            visit(folder, relativePath + "/");
+        } catch (const std::system_error& error) {
+            const Refusal refusal = meaningOf(error.code().value());
+            if (refusal == Refusal::isTrouble) throw FileError(root_ / relativePath, error.code());
+            if (refusal == Refusal::isClosed) passedOver_.push_back({relativePath, error.code().message()});
         }
     }
 
-    void addRegularFile(const fs::path& file, std::string relativePath) {
-        struct stat status {};
-        if (::lstat(file.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
-        files_.push_back({file, std::move(relativePath), status.st_size, truncatedSeconds(status.st_mtim)});
+    void visit(Folder& folder, const std::string& prefix) {
+        while (const std::optional<Folder::Entry> entry = folder.next()) {
+            throwIfCancelled(stop_);
+            if (!isHidden(entry->name)) add(folder, *entry, prefix);
+        }
+    }
+
+    // An entry that is gone since it was listed is none.
+    void add(const Folder& folder, const Folder::Entry& entry, const std::string& prefix) {
+        const bool mayBeFile = entry.type == DT_REG || entry.type == DT_UNKNOWN;
+        const bool mayBeFolder = entry.type == DT_DIR || entry.type == DT_UNKNOWN;
+        const bool isWanted = mayBeFile && Corpus::isSupported(entry.name);
+        if (!isWanted && !(mayBeFolder && !isPackage(entry.name))) return;
+        if (entry.type == DT_DIR) {
+            pending_.push_back(prefix + entry.name);
+            return;
+        }
+        try {
+            const struct stat status = folder.look(entry.name);
+            if (S_ISREG(status.st_mode) && isWanted) {
+                files_.push_back({root_ / (prefix + entry.name), prefix + entry.name, status.st_size,
+                                  truncatedSeconds(status.st_mtim)});
+            }
+            if (S_ISDIR(status.st_mode) && !isPackage(entry.name)) pending_.push_back(prefix + entry.name);
+        } catch (const std::system_error& error) {
+            if (meaningOf(error.code().value()) != Refusal::isGone) throw;
+        }
     }
 
     fs::path root_;
     const std::stop_token& stop_;
     std::vector<std::string> pending_;  // folders below the root that are still to be visited
     std::vector<CorpusFile> files_;
+    std::vector<PassedOver> passedOver_;
 };
 
 // Sort keys of ICU's root collation with numbers by value. One fixed locale: the order decides the
@@ -142,9 +242,19 @@ std::string hexadecimal(std::uint64_t value) {
     return {digits.data(), result.ptr};
 }
 
-std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusFile>& files,
-                                                       const Corpus::ProgressCallback& progress,
-                                                       const std::stop_token& stop) {
+// Nothing for a file that cannot be opened for a reason of its own.
+std::optional<AudioIO::AudioInfo> measure(const CorpusFile& file, const std::stop_token& stop) {
+    try {
+        return AudioIO::measure(file.url, {.stop = stop, .followsLinks = false});
+    } catch (const AudioIOError& error) {
+        if (error.isSystemTrouble()) throw;
+        return std::nullopt;
+    }
+}
+
+std::vector<std::optional<AudioIO::AudioInfo>> measureAll(const std::vector<CorpusFile>& files,
+                                                          const Corpus::ProgressCallback& progress,
+                                                          const std::stop_token& stop) {
     std::vector<std::optional<AudioIO::AudioInfo>> infos(files.size());
     std::mutex mutex;  // guards done; held during the progress callback
     std::int64_t done = 0;
@@ -152,7 +262,7 @@ std::vector<std::optional<AudioIO::AudioInfo>> measure(const std::vector<CorpusF
     if (progress) progress(0, total);
     parallelFor(files.size(), [&](std::size_t i) {
         throwIfCancelled(stop);
-        infos[i] = AudioIO::info(files[i].url);
+        infos[i] = measure(files[i], stop);
         if (!progress) return;
         const std::lock_guard guard(mutex);
         progress(++done, total);
@@ -205,9 +315,9 @@ CorpusSummary Corpus::scan(const fs::path& directory, const ProgressCallback& pr
     }
     CorpusSummary summary;
     summary.directory = directory;
-    summary.files = Walk(directory.lexically_normal(), stop).run();
+    Walk(directory, stop).run(summary);
     sortNaturally(summary.files);
-    for (const auto& info : measure(summary.files, progress, stop)) {
+    for (const auto& info : measureAll(summary.files, progress, stop)) {
         if (!info) {
             ++summary.unreadable;
             continue;

@@ -20,14 +20,21 @@ struct CorpusFile {
     std::int64_t modified = 0;  // whole seconds since 1970, truncated toward zero
 };
 
+// A folder that a scan could not look into.
+struct PassedOver {
+    std::string folder;  // below the corpus folder, as CorpusFile::relativePath
+    std::string reason;  // the system's words
+};
+
 // The result of one scan.
 struct CorpusSummary {
-    std::filesystem::path directory;  // as passed to the scan
-    std::vector<CorpusFile> files;    // every supported file in natural order, unreadable ones included
-    double totalSeconds = 0;          // of the readable files
-    std::vector<double> durations;    // seconds, one per readable file in the order of files
-    std::map<int, int> sampleRates;   // Hz to number of readable files
-    int unreadable = 0;               // files that could not be opened
+    std::filesystem::path directory;     // as passed to the scan
+    std::vector<CorpusFile> files;       // every supported file in natural order, unreadable ones included
+    double totalSeconds = 0;             // of the readable files
+    std::vector<double> durations;       // seconds, one per readable file in the order of files
+    std::map<int, int> sampleRates;      // Hz to number of readable files
+    int unreadable = 0;                  // files that could not be opened
+    std::vector<PassedOver> passedOver;  // by the bytes of their names
 
     [[nodiscard]] int fileCount() const { return static_cast<int>(files.size()); }
     // The most frequent rate, the lowest of equals; 44100 without readable files.
@@ -42,8 +49,10 @@ struct CorpusSummary {
 namespace Corpus {
 
 // Walks the folder recursively, skipping hidden files, packages and symbolic links, and measures each
-// supported file without decoding it. What cannot be read inside is passed over. Throws FileError when
-// directory is not a folder or may not be listed.
+// supported file without decoding it. Folders inside that may not be read, or are nested too deep, are passed
+// over and named. Throws FileError when directory is not a folder or may not be listed; also, and
+// AudioIOError likewise, when the system's trouble would hide a file that is there: a disk that cannot be
+// read, descriptors or memory that are short.
 [[nodiscard]] CorpusSummary scan(const std::filesystem::path& directory);
 
 // The same for a caller who watches. progress may be empty; it may be called from worker threads, by one at a

@@ -147,6 +147,22 @@ fs::path dataDirectory() {
     return homeDirectory() / ".local" / "share";
 }
 
+// A path without "." and "..": behind a link, ".." is the folder that holds what the link leads to.
+fs::path withoutDots(const fs::path& path) {
+    fs::path result;
+    for (const fs::path& part : path) {
+        if (part.empty() || part == ".") continue;
+        if (part != "..") {
+            result /= part;
+            continue;
+        }
+        std::error_code error;
+        const fs::path target = fs::is_symlink(result, error) ? fs::canonical(result, error) : result;
+        result = (error ? result : target).parent_path();
+    }
+    return result;
+}
+
 }  // namespace
 
 fs::path rootDirectory() {
@@ -169,8 +185,7 @@ std::string folderName(std::string corpusFolder, const std::string& fingerprint)
 fs::path corpusPath(const fs::path& corpusFolder) {
     std::error_code error;
     const fs::path absolute = fs::absolute(corpusFolder, error);
-    const fs::path path = (error ? corpusFolder : absolute).lexically_normal();
-    return path.has_filename() || !path.has_relative_path() ? path : path.parent_path();
+    return withoutDots(error ? corpusFolder : absolute);
 }
 
 std::string corpusName(const fs::path& corpusFolder) {

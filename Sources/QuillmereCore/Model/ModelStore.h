@@ -73,7 +73,8 @@ namespace ModelStore {
 [[nodiscard]] std::filesystem::path directory(const CorpusSummary& corpus, const std::filesystem::path& root);
 // Every "/" of corpusFolder becomes "_".
 [[nodiscard]] std::string folderName(std::string corpusFolder, const std::string& fingerprint);
-// The last component of the corpus folder's absolute path ("/" for the root directory), and that path.
+// The last component of the corpus folder's absolute path ("/" for the root directory), and that path, in
+// which ".." is resolved as the file system does.
 [[nodiscard]] std::string corpusName(const std::filesystem::path& corpusFolder);
 [[nodiscard]] std::filesystem::path corpusPath(const std::filesystem::path& corpusFolder);
 

@@ -171,6 +171,19 @@ TEST(CorpusScan, RelativePathsDoNotDependOnHowTheFolderIsWritten) {
     }
 }
 
+// Behind a link, ".." is the folder that holds what the link leads to.
+TEST(CorpusScan, TheFolderAboveALinkIsTheOneThatThePathNames) {
+    const TempFolder folder;
+    writeText(folder / "elsewhere/y.wav", wav(0.1));
+    fs::create_directory(folder / "elsewhere/inner");
+    writeText(folder / "corpus/x.wav", wav(0.1));
+    fs::create_directory_symlink(folder / "elsewhere/inner", folder / "corpus/link");
+    const CorpusSummary summary = Corpus::scan(folder / "corpus/link/..");
+    EXPECT_THAT(paths(summary), ElementsAre("y.wav"));
+    EXPECT_EQ(summary.unreadable, 0);
+    EXPECT_EQ(summary.durations.size(), 1U);
+}
+
 TEST(CorpusScan, NamesMayHoldAnyBytes) {
     const TempFolder folder;
     const std::vector<std::string> names{"Größe 🥁.wav", "two words.wav",    "a\nline.wav",
@@ -194,10 +207,36 @@ TEST(CorpusScan, UnreadableSubfoldersArePassedOver) {
     {
         const OtherUser user;
         const ThreadLimit ownThreadOnly(1);
-        EXPECT_THAT(paths(Corpus::scan(folder.path())), ElementsAre("x.wav"));
+        const CorpusSummary summary = Corpus::scan(folder.path());
+        EXPECT_THAT(paths(summary), ElementsAre("x.wav"));
+        ASSERT_EQ(summary.passedOver.size(), 2U);
+        EXPECT_EQ(summary.passedOver[0].folder, "closed");
+        EXPECT_EQ(summary.passedOver[0].reason, "Permission denied");
+        EXPECT_EQ(summary.passedOver[1].folder, "unsearchable");
+        EXPECT_EQ(summary.passedOver[1].reason, "Permission denied");
     }
     fs::permissions(folder / "closed", fs::perms::owner_all);
     fs::permissions(folder / "unsearchable", fs::perms::owner_all);
+}
+
+// Deeper than a path can say, one level at a time.
+TEST(CorpusScan, FoldersThatAreNestedTooDeepAreNamed) {
+    const TempFolder folder;
+    writeText(folder / "x.wav", wav(0.1));
+    const std::string name(200, 'd');
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path());
+    for (int level = 0; level < 25; ++level) {
+        fs::create_directory(name);
+        fs::current_path(name);
+    }
+    writeText("./y.wav", wav(0.1));
+    fs::current_path(before);
+    const CorpusSummary summary = Corpus::scan(folder.path());
+    EXPECT_THAT(paths(summary), ElementsAre("x.wav"));
+    ASSERT_EQ(summary.passedOver.size(), 1U);
+    EXPECT_EQ(summary.passedOver[0].reason, "File name too long");
+    EXPECT_GT(summary.passedOver[0].folder.size(), 3000U);
 }
 
 TEST(CorpusScan, AFolderThatMayNotBeListedIsAFailure) {

@@ -231,6 +231,20 @@ TEST(ModelStoreFolder, OfTheRootDirectoryHasAnUnderscoreForItsName) {
     EXPECT_EQ(ModelStore::directory(corpusAt("/"), "/store"), "/store/_-cbf29ce484222325");
 }
 
+TEST(ModelStoreFolder, TheFolderAboveALinkIsThatOfWhatItLeadsTo) {
+    const TempFolder folder;
+    const fs::path root = fs::canonical(folder.path());
+    fs::create_directories(root / "real/inner");
+    fs::create_directories(root / "corpora/Kicks");
+    fs::create_directory_symlink(root / "real/inner", root / "corpora/link");
+    EXPECT_EQ(ModelStore::corpusPath(root / "corpora/link/.."), root / "real");
+    EXPECT_EQ(ModelStore::corpusName(root / "corpora/link/../"), "real");
+    // Other links stay as they are written, and so do folders that are not there.
+    EXPECT_EQ(ModelStore::corpusPath(root / "corpora/link"), root / "corpora/link");
+    EXPECT_EQ(ModelStore::corpusPath(root / "corpora/link/./x/../y"), root / "corpora/link/y");
+    EXPECT_EQ(ModelStore::corpusPath("/../nowhere/../x"), "/x");
+}
+
 // ---- Whether there is a model
 
 TEST(ModelStoreExists, OnlyWithBothFiles) {
