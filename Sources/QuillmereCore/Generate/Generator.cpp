@@ -198,7 +198,8 @@ SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& req
 SampleOrigin SampleGenerator::drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
                                          std::uint64_t seed) const {
     LatentDraw draw = sampler_.draw(rng, aesthetics);
-    SampleOrigin origin{.index = index, .seed = seed, .latent = std::move(draw.latent), .model = identity()};
+    SampleOrigin origin{
+        .index = index, .seed = seed, .latent = std::move(draw.latent), .sources = {}, .model = identity()};
     const std::vector<std::string>& names = bundle_.metadata.clipNames;
     for (const auto& [clip, weight] : draw.sources)
         origin.sources.push_back({clip, clip < names.size() ? names[clip] : std::string(), weight});

@@ -49,13 +49,13 @@ struct SampleOrigin {
 struct GeneratedSample {
     std::filesystem::path url;
     double seconds = 0;
-    SampleOrigin origin;
+    SampleOrigin origin{};
 };
 
 // One variation that was not written.
 struct AuditionedSample {
     std::vector<float> samples;
-    SampleOrigin origin;
+    SampleOrigin origin{};
 };
 
 // Turns a trained model into new samples.

@@ -339,7 +339,7 @@ TEST_F(Generating, EverySampleKnowsWhereItComesFrom) {
     const std::vector<std::string> names{"a.wav", "b.wav", "sub/c.wav", "d.wav", "e.wav"};  // one is missing
     ModelBundle bundle = smallModel();
     bundle.metadata.clipNames = names;
-    SampleGenerator named(bundle);
+    SampleGenerator named(bundle, testing::processor());
     GenerationRequest job = request(19);
     job.aesthetics = Preset::named("Wild")->aesthetics;
     std::set<std::int64_t> indices;

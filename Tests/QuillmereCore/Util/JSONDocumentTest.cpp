@@ -22,7 +22,7 @@ std::string messageOf(const std::function<void()>& work) {
 template <typename Document>
 class JSONDocument : public ::testing::Test {
 protected:
-    const Document document = parseObject<Document>(
+    const Document example = parseObject<Document>(
         R"({"whole": 3, "fraction": 0.1, "text": "x", "list": [1], "object": {"a": 1}, "large": 18446744073709551615})");
 
     [[nodiscard]] std::string parsing(const std::string& text) const {
@@ -34,7 +34,7 @@ using Documents = ::testing::Types<Json, DoubleJson>;
 TYPED_TEST_SUITE(JSONDocument, Documents);
 
 TYPED_TEST(JSONDocument, GivesMembersOfTheTypeAskedFor) {
-    const TypeParam& document = this->document;
+    const TypeParam& document = this->example;
     EXPECT_EQ(integerMember(document, "whole"), 3);
     EXPECT_EQ(numberMember(document, "whole"), 3);
     EXPECT_EQ(numberMember(document, "fraction"), static_cast<typename TypeParam::number_float_t>(0.1L));
@@ -44,7 +44,7 @@ TYPED_TEST(JSONDocument, GivesMembersOfTheTypeAskedFor) {
 }
 
 TYPED_TEST(JSONDocument, SaysWhatIsWrongWithAMember) {
-    const TypeParam& document = this->document;
+    const TypeParam& document = this->example;
     EXPECT_EQ(messageOf([&] { (void)member(document, "none"); }), "\"none\" is missing");
     EXPECT_EQ(messageOf([&] { (void)integerMember(document, "fraction"); }),
               "\"fraction\" must be an integer");
