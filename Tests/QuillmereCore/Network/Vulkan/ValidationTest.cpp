@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <mutex>
 
 #include "QuillmereCore/Network/NetworkTestData.h"
@@ -12,6 +14,7 @@
 namespace quillmere::network::vulkan {
 namespace {
 
+using ::testing::AnyOf;
 using ::testing::Contains;
 using testing::DeviceArrays;
 using ::testing::HasSubstr;
@@ -30,18 +33,27 @@ public:
                                                         }})) {}
 
     [[nodiscard]] const std::shared_ptr<Context>& context() const { return context_; }
-    // Those about the device's use. Settings of the layers themselves are announced as warnings.
+    // Those about the device's use. Ends the device, which nothing may use any more: newer layers have a
+    // thread that speaks of what a shader did, and it has come to its end then. What the layers announce of
+    // their own settings as warnings is left out.
     [[nodiscard]] std::vector<std::string> messages() {
+        context_.reset();
         const std::scoped_lock lock(mutex_);
         std::vector<std::string> result;
         for (const std::string& message : messages_) {
-            if (message.find("UNASSIGNED-GPU-Assisted Validation Warning") == std::string::npos)
-                result.push_back(message);
+            const bool ofSettings = std::ranges::any_of(announcements, [&](const char* announcement) {
+                return message.find(announcement) != std::string::npos;
+            });
+            if (!ofSettings) result.push_back(message);
         }
         return result;
     }
 
 private:
+    static constexpr std::array announcements{"UNASSIGNED-GPU-Assisted Validation Warning",
+                                              "Internal Warning",
+                                              "Both GPU Assisted Validation and Normal Core Check"};
+
     std::mutex mutex_;  // guards messages_
     std::vector<std::string> messages_;
     std::shared_ptr<Context> context_;
@@ -84,33 +96,38 @@ INSTANTIATE_TEST_SUITE_P(Layers, Validated,
 
 TEST(Validation, NoticesMissingBarriers) {
     WatchedDevice device(Validation::Extra::synchronization);
-    const VulkanExecutor executor(device.context(), NetworkShape{32, 32, 4, 1}.plan(), Purpose::training,
-                                  Sequence::Mode::withoutBarriers);
-    EXPECT_THAT(device.messages(), Contains(HasSubstr("SYNC-HAZARD-READ-AFTER-WRITE")));
+    (void)VulkanExecutor(device.context(), NetworkShape{32, 32, 4, 1}.plan(), Purpose::training,
+                         Sequence::Mode::withoutBarriers);
+    EXPECT_THAT(device.messages(), Contains(AnyOf(HasSubstr("SYNC-HAZARD-READ-AFTER-WRITE"),
+                                                  HasSubstr("READ_AFTER_WRITE hazard"))));
 }
 
 TEST(Validation, NoticesAWrongUseOfTheInterface) {
     WatchedDevice device(Validation::Extra::none);
-    Tensors tensors(*device.context());
-    const Range host = tensors.make(16, Buffer::Place::upload);  // no shader may bind it
-    const Range result = tensors.make(16);
-    Sequence sequence(*device.context());
-    sequence.dispatch({.name = "sum",
-                       .shader = Shader::sumSlices,
-                       .constants = {0},
-                       .buffers = {in(host), out(result), in(host)},
-                       .arguments = {1, 16, 1}});
-    sequence.record();
+    {
+        Tensors tensors(*device.context());
+        const Range host = tensors.make(16, Buffer::Place::upload);  // no shader may bind it
+        const Range result = tensors.make(16);
+        Sequence sequence(*device.context());
+        sequence.dispatch({.name = "sum",
+                           .shader = Shader::sumSlices,
+                           .constants = {0},
+                           .buffers = {in(host), out(result), in(host)},
+                           .arguments = {1, 16, 1}});
+        sequence.record();
+    }
     EXPECT_THAT(device.messages(), Contains(HasSubstr("VUID-")));
 }
 
 TEST(Validation, NoticesAReadBeyondABuffer) {
     WatchedDevice device(Validation::Extra::gpuAssisted);
-    DeviceArrays arrays(*device.context());
-    const Range result = arrays.make(16);
-    // Claims more slices than the buffer holds.
-    arrays.operations().addSumSlices("sum", {arrays.up(std::vector<float>(16)), 1000}, result, {});
-    (void)arrays.run(result);
+    {
+        DeviceArrays arrays(*device.context());
+        const Range result = arrays.make(16);
+        // Claims more slices than the buffer holds.
+        arrays.operations().addSumSlices("sum", {arrays.up(std::vector<float>(16)), 1000}, result, {});
+        (void)arrays.run(result);
+    }
     EXPECT_THAT(device.messages(), Contains(HasSubstr("ut of bounds")));
 }
 
