@@ -21,6 +21,11 @@ target_compile_options(QuillmereSettings INTERFACE
     -ffp-contract=off
     $<$<BOOL:${QUILLMERE_WARNINGS_AS_ERRORS}>:-Werror>)
 
+# Clang refuses code that touches guarded data without its lock (Util/ThreadSafety.h).
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(QuillmereSettings INTERFACE -Wthread-safety)
+endif()
+
 # GCC 12 sees overlapping copies in "text" + std::string where there are none (its bug 105651).
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     target_compile_options(QuillmereSettings INTERFACE -Wno-restrict)

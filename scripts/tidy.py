@@ -49,9 +49,10 @@ class Analysis:
         return CACHE / digest.hexdigest()
 
     def findings(self, source):
-        """What clang-tidy says of a source: nothing if it was clean before; else its text, empty if it is clean now."""
+        """What clang-tidy says of a source, empty if it is clean; None if it is not asked."""
         if source not in self.compilations:
-            return f"{source}: not compiled in {self.folder}\n"
+            print(f"{source}: not analysed, because nothing in {self.folder} compiles it", flush=True)
+            return None
         stamp = self.stamp(source)
         if stamp.exists():
             stamp.touch()
@@ -82,7 +83,7 @@ def main():
             if findings:
                 failed += 1
                 print(findings, end="", flush=True)
-    print(f"clang-tidy: {len(sources)} sources, {skipped} of them unchanged, {failed} with findings.")
+    print(f"clang-tidy: {len(sources)} sources, {skipped} of them left out, {failed} with findings.")
     return failed > 0
 
 

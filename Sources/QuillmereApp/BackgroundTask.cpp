@@ -17,13 +17,13 @@ void BackgroundTasks::waitForAll() {
     // Each thread takes this lock after its work. Qt's own waiting is not instrumented, so without the lock a
     // thread sanitizer would not see that the work is over, and would report the caller's next access as a
     // race.
-    const std::scoped_lock lock(mutex_);
+    const MutexLock lock(mutex_);
 }
 
 // The pool is told only that there is work: see QueuedCalls.
 void BackgroundTasks::start(std::function<void()> job, int priority) {
     {
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         waiting_.emplace(priority, std::move(job));
     }
     pool_.start([this] { runNext(); });
@@ -32,12 +32,12 @@ void BackgroundTasks::start(std::function<void()> job, int priority) {
 void BackgroundTasks::runNext() {
     std::function<void()> job;
     {
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         job = std::move(waiting_.extract(waiting_.begin()).mapped());
     }
     job();
     job = {};
-    const std::scoped_lock lock(mutex_);  // for waitForAll
+    const MutexLock lock(mutex_);  // for waitForAll
 }
 
 // An exception must not leave the task: the pool would lose its text.

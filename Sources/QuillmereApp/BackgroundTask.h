@@ -5,7 +5,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <type_traits>
 #include <utility>
@@ -14,6 +13,7 @@
 #include "QuillmereApp/QueuedCalls.h"
 #include "QuillmereCore/Network/Device/ComputeDevice.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere {
 
@@ -70,8 +70,9 @@ private:
     static std::optional<TaskFailure> attempt(const std::function<void()>& function);
 
     QueuedCalls calls_;
-    std::mutex mutex_;                                                   // guards waiting_
-    std::multimap<int, std::function<void()>, std::greater<>> waiting_;  // by priority
+    Mutex mutex_;
+    std::multimap<int, std::function<void()>, std::greater<>> waiting_  // by priority
+        QUILLMERE_GUARDED_BY(mutex_);
     QThreadPool pool_;
 };
 

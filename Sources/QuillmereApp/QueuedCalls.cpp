@@ -9,7 +9,7 @@ namespace quillmere {
 
 void QueuedCalls::add(std::function<void()> call) {
     {
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         waiting_.push_back(std::move(call));
     }
     // The event loop owns the event. It stands for one call, so that others get their turn between two.
@@ -19,7 +19,7 @@ void QueuedCalls::add(std::function<void()> call) {
 void QueuedCalls::customEvent(QEvent*) {
     std::function<void()> call;
     {
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         call = std::move(waiting_.front());
         waiting_.pop_front();
     }

@@ -3,7 +3,8 @@
 #include <QObject>
 #include <deque>
 #include <functional>
-#include <mutex>
+
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere {
 
@@ -22,8 +23,8 @@ protected:
     void customEvent(QEvent* event) override;
 
 private:
-    std::mutex mutex_;  // guards waiting_
-    std::deque<std::function<void()>> waiting_;
+    Mutex mutex_;
+    std::deque<std::function<void()>> waiting_ QUILLMERE_GUARDED_BY(mutex_);
 };
 
 }  // namespace quillmere

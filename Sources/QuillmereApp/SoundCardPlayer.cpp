@@ -9,7 +9,6 @@
 #include <cmath>
 #include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -20,6 +19,7 @@
 #include "QuillmereApp/QueuedCalls.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere {
 namespace {
@@ -136,41 +136,47 @@ public:
     explicit Playback(Events events) : events_(std::move(events)) {}
 
     void play(quint64 number, const QString& file) {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         newest_ = number;
         request_ = file;
         wake_.notify_all();
     }
     void stop(quint64 number) {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         newest_ = number;
         request_.reset();
         wake_.notify_all();
     }
     // No event follows. False when the thread did not end in time.
     bool quit(std::chrono::milliseconds time) {
-        std::unique_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         quit_ = true;
         wake_.notify_all();
-        return wake_.wait_for(lock, time, [this] { return over_; });
+        return wake_.wait_for(mutex_, time, [this]() QUILLMERE_REQUIRES(mutex_) { return over_; });
     }
 
     void run() {
-        std::unique_lock lock(mutex_);
-        while (true) {
-            wake_.wait(lock, [this] { return quit_ || request_; });
-            if (quit_) break;
-            const QString file = *std::exchange(request_, std::nullopt);
-            const quint64 number = newest_;
-            lock.unlock();
-            playOne(number, file);
-            lock.lock();
-        }
+        while (const auto request = nextRequest())
+            playOne(request->number, request->file);
+        const MutexLock lock(mutex_);
         over_ = true;
         wake_.notify_all();
     }
 
 private:
+    struct Request {
+        quint64 number;
+        QString file;
+    };
+
+    // Waits for it. None when the player goes.
+    std::optional<Request> nextRequest() {
+        const MutexLock lock(mutex_);
+        wake_.wait(mutex_, [this]() QUILLMERE_REQUIRES(mutex_) { return quit_ || request_; });
+        if (quit_) return std::nullopt;
+        return Request{newest_, *std::exchange(request_, std::nullopt)};
+    }
+
     void playOne(quint64 number, const QString& file) {
         try {
             Sound sound = readSound(file);
@@ -206,25 +212,25 @@ private:
 
     [[nodiscard]] bool isSuperseded(quint64 number) { return supersededWithin(number, 0ms); }
     [[nodiscard]] bool supersededWithin(quint64 number, std::chrono::milliseconds time) {
-        std::unique_lock lock(mutex_);
-        return wake_.wait_for(lock, time, [&] { return quit_ || newest_ != number; });
+        const MutexLock lock(mutex_);
+        return wake_.wait_for(mutex_, time,
+                              [&]() QUILLMERE_REQUIRES(mutex_) { return quit_ || newest_ != number; });
     }
     // The player is there as long as quit_ is not set.
     template <typename Event>
     void tell(Event event) {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         if (!quit_) event();
     }
 
     const Events events_;
 
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    // Guarded by mutex_:
-    std::optional<QString> request_;
-    quint64 newest_ = 0;
-    bool quit_ = false;
-    bool over_ = false;
+    Mutex mutex_;
+    std::condition_variable_any wake_;
+    std::optional<QString> request_ QUILLMERE_GUARDED_BY(mutex_);
+    quint64 newest_ QUILLMERE_GUARDED_BY(mutex_) = 0;
+    bool quit_ QUILLMERE_GUARDED_BY(mutex_) = false;
+    bool over_ QUILLMERE_GUARDED_BY(mutex_) = false;
 };
 
 class SoundCardPlayer final : public Player {

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstddef>
 #include <exception>
-#include <mutex>
 #include <system_error>
 #include <utility>
 
@@ -13,6 +12,7 @@
 #include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere {
 namespace {
@@ -77,14 +77,14 @@ public:
             number = names_.next(number);
         const double seconds = static_cast<double>(samples.size()) / sampleRate_;
 
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         written_.push_back({names_.file(number), seconds, std::move(origin)});
         if (progress_) progress_(std::ssize(written_), request_.count);
     }
 
     // Notes that a variation was left out because of a cancellation.
     void skip() {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         skipped_ = true;
     }
 
@@ -93,20 +93,20 @@ public:
         try {
             work();
         } catch (...) {
-            const std::lock_guard lock(mutex_);
+            const MutexLock lock(mutex_);
             if (!failure_) failure_ = std::current_exception();
         }
     }
 
     // Ends the job after a batch that failed or was cut short.
     void endBatch() {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         if (failure_) std::rethrow_exception(failure_);
         if (skipped_) throw CancellationError();
     }
 
     [[nodiscard]] std::vector<GeneratedSample> takeWritten() {
-        const std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         return std::move(written_);
     }
 
@@ -117,10 +117,10 @@ private:
     const int sampleRate_;
     const SampleGenerator::ProgressCallback& progress_;
 
-    std::mutex mutex_;  // guards the fields below; held during the progress callback
-    std::vector<GeneratedSample> written_;
-    bool skipped_ = false;
-    std::exception_ptr failure_;
+    Mutex mutex_;  // held during the progress callback
+    std::vector<GeneratedSample> written_ QUILLMERE_GUARDED_BY(mutex_);
+    bool skipped_ QUILLMERE_GUARDED_BY(mutex_) = false;
+    std::exception_ptr failure_ QUILLMERE_GUARDED_BY(mutex_);
 };
 
 }  // namespace

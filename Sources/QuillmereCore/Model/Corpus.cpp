@@ -13,7 +13,6 @@
 #include <cerrno>
 #include <charconv>
 #include <memory>
-#include <mutex>
 #include <numeric>
 #include <optional>
 #include <set>
@@ -26,6 +25,7 @@
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 #include "QuillmereCore/Util/Text.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere {
 namespace {
@@ -256,16 +256,18 @@ std::vector<std::optional<AudioIO::AudioInfo>> measureAll(const std::vector<Corp
                                                           const Corpus::ProgressCallback& progress,
                                                           const std::stop_token& stop) {
     std::vector<std::optional<AudioIO::AudioInfo>> infos(files.size());
-    std::mutex mutex;  // guards done; held during the progress callback
-    std::int64_t done = 0;
+    struct {
+        Mutex mutex;  // held during the progress callback
+        std::int64_t done QUILLMERE_GUARDED_BY(mutex) = 0;
+    } measured;
     const auto total = static_cast<std::int64_t>(files.size());
     if (progress) progress(0, total);
     parallelFor(files.size(), [&](std::size_t i) {
         throwIfCancelled(stop);
         infos[i] = measure(files[i], stop);
         if (!progress) return;
-        const std::lock_guard guard(mutex);
-        progress(++done, total);
+        const MutexLock lock(measured.mutex);
+        progress(++measured.done, total);
     });
     return infos;
 }

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::ModelTrainer {
 namespace {
@@ -67,14 +67,16 @@ std::vector<ClipReading> readClips(std::span<const CorpusFile> files, const Clip
                                    const CountProgress& progress, const std::stop_token& stop) {
     std::vector<ClipReading> readings(files.size());
     const auto total = static_cast<std::int64_t>(files.size());
-    std::mutex mutex;  // guards done and the calls of progress
-    std::int64_t done = 0;
+    struct {
+        Mutex mutex;  // held during the calls of progress
+        std::int64_t done QUILLMERE_GUARDED_BY(mutex) = 0;
+    } read;
     parallelFor(files.size(), [&](std::size_t i) {
         if (stop.stop_requested()) return;
         readings[i] = readClip(files[i], needs);
         if (!progress) return;
-        const std::lock_guard lock(mutex);
-        progress(++done, total);
+        const MutexLock lock(read.mutex);
+        progress(++read.done, total);
     });
     throwIfCancelled(stop);
     return readings;

@@ -55,7 +55,7 @@ std::string ChosenDevice::automaticInstead(const std::string& reason) {
 }
 
 ChosenDevice::WithStandIn& ChosenDevice::opened() {
-    const std::scoped_lock lock(mutex_);
+    const MutexLock lock(mutex_);
     if (!opened_) {
         Opening opening;
         opened_ = open(opening);

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,6 +9,7 @@
 #include "QuillmereCore/Network/Backend.h"
 #include "QuillmereCore/Network/Device/DeviceChoice.h"
 #include "QuillmereCore/Network/Device/Machine.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::network {
 
@@ -67,8 +67,8 @@ private:
     const DeviceChoice choice_;
     const Otherwise otherwise_;
     const Listener listener_;
-    std::mutex mutex_;  // guards opened_
-    std::unique_ptr<WithStandIn> opened_;
+    Mutex mutex_;
+    std::unique_ptr<WithStandIn> opened_ QUILLMERE_GUARDED_BY(mutex_);
 };
 
 }  // namespace quillmere::network

@@ -1,12 +1,12 @@
 #include "QuillmereCore/Network/Device/Machine.h"
 
 #include <map>
-#include <mutex>
 #include <string>
 #include <utility>
 
 #ifdef QUILLMERE_VULKAN
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 #endif
 
 namespace quillmere::network {
@@ -40,15 +40,15 @@ public:
     }
 
     [[nodiscard]] std::shared_ptr<Backend> open(const ComputeDevice& device) override {
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         const std::string key = device.identity.text();
         if (const auto found = opened_.find(key); found != opened_.end()) return found->second;
         return opened_[key] = makeBackend(device);
     }
 
 private:
-    std::mutex mutex_;                                        // guards opened_
-    std::map<std::string, std::shared_ptr<Backend>> opened_;  // by identity
+    Mutex mutex_;
+    std::map<std::string, std::shared_ptr<Backend>> opened_ QUILLMERE_GUARDED_BY(mutex_);  // by identity
 };
 
 }  // namespace

@@ -122,7 +122,10 @@ void Context::open() {
     info.queueCreateInfoCount = 1;
     info.pQueueCreateInfos = &queue;
     check(vkCreateDevice(physical_, &info, nullptr, &device_.object), "opening it");
-    vkGetDeviceQueue(device(), queueFamily_, 0, &queue_);
+    {
+        const MutexLock lock(queueMutex_);
+        vkGetDeviceQueue(device(), queueFamily_, 0, &queue_);
+    }
 
     std::uint32_t count = queueFamily_ + 1;
     std::vector<VkQueueFamilyProperties> families(count);
@@ -144,6 +147,7 @@ Buffer Context::makeBuffer(std::uint64_t count, Buffer::Place place) const {
 }
 
 void Context::loadPipelines() {
+    const MutexLock lock(pipelineMutex_);
     VkPhysicalDeviceProperties properties{};
     vkGetPhysicalDeviceProperties(physical_, &properties);
     std::vector<char> data;
@@ -162,7 +166,7 @@ void Context::loadPipelines() {
 }
 
 void Context::savePipelines() {
-    const std::scoped_lock lock(pipelineMutex_);
+    const MutexLock lock(pipelineMutex_);
     if (!cacheIsNew_ || cacheFile_.empty()) return;
     cacheIsNew_ = false;
     std::size_t size = 0;
@@ -208,7 +212,7 @@ const Context::Layout& Context::layoutOf(Shader shader) {
 }
 
 Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& constants) {
-    const std::scoped_lock lock(pipelineMutex_);
+    const MutexLock lock(pipelineMutex_);
     const Layout& layout = layoutOf(shader);
     PipelineHandle& handle = pipelines_[{shader, constants}];
     const auto result = [&] { return Pipeline{handle.get(), layout.pipeline.get(), layout.set.get()}; };
@@ -256,7 +260,7 @@ void Context::run(VkCommandBuffer commands) {
     submit.commandBufferCount = 1;
     submit.pCommandBuffers = &commands;
     {
-        const std::scoped_lock lock(queueMutex_);
+        const MutexLock lock(queueMutex_);
         checkRun(vkQueueSubmit(queue_, 1, &submit, fence.get()), "starting work");
     }
     const VkFence waited = fence.get();

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <span>
 #include <vector>
@@ -14,6 +13,7 @@
 #include "QuillmereCore/Network/Vulkan/Instance.h"
 #include "QuillmereCore/Network/Vulkan/Shaders.h"
 #include "QuillmereCore/Network/Vulkan/Tuning.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::network::vulkan {
 
@@ -111,7 +111,7 @@ private:
     void open();
     void checkRun(VkResult result, const char* what);
     void loadPipelines();
-    const Layout& layoutOf(Shader shader);
+    const Layout& layoutOf(Shader shader) QUILLMERE_REQUIRES(pipelineMutex_);
 
     ComputeDevice description_;
     Tuning tuning_;
@@ -121,18 +121,20 @@ private:
     double timestampPeriod_ = 0;
     VkPhysicalDeviceMemoryProperties memory_{};
     OwnedDevice device_;  // outlives what is made with it, which comes after it
-    VkQueue queue_ = VK_NULL_HANDLE;
 
     std::atomic<bool> isLost_ = false;
 
-    std::mutex queueMutex_;  // guards queue_
+    Mutex queueMutex_;
+    VkQueue queue_ QUILLMERE_GUARDED_BY(queueMutex_) = VK_NULL_HANDLE;
 
-    std::mutex pipelineMutex_;  // guards everything below
-    std::filesystem::path cacheFile_;
-    PipelineCacheHandle cache_;
-    bool cacheIsNew_ = false;  // holds something that cacheFile_ does not
-    std::map<Shader, Layout> layouts_;
-    std::map<std::pair<Shader, std::vector<std::uint32_t>>, PipelineHandle> pipelines_;
+    Mutex pipelineMutex_;
+    std::filesystem::path cacheFile_ QUILLMERE_GUARDED_BY(pipelineMutex_);
+    PipelineCacheHandle cache_ QUILLMERE_GUARDED_BY(pipelineMutex_);
+    // Whether the cache holds something that its file does not.
+    bool cacheIsNew_ QUILLMERE_GUARDED_BY(pipelineMutex_) = false;
+    std::map<Shader, Layout> layouts_ QUILLMERE_GUARDED_BY(pipelineMutex_);
+    std::map<std::pair<Shader, std::vector<std::uint32_t>>, PipelineHandle> pipelines_
+        QUILLMERE_GUARDED_BY(pipelineMutex_);
 };
 
 }  // namespace quillmere::network::vulkan

@@ -1,10 +1,9 @@
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
 
-#include <mutex>
-
 #include "QuillmereCore/Network/Vulkan/Context.h"
 #include "QuillmereCore/Network/Vulkan/Instance.h"
 #include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::network::vulkan {
 namespace {
@@ -28,14 +27,14 @@ public:
 private:
     // The device, opened anew if it was lost.
     [[nodiscard]] std::shared_ptr<Context> openContext() {
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         if (context_->isLost()) context_ = std::make_shared<Context>(description_);
         return context_;
     }
 
     ComputeDevice description_;
-    std::mutex mutex_;  // guards context_
-    std::shared_ptr<Context> context_;
+    Mutex mutex_;
+    std::shared_ptr<Context> context_ QUILLMERE_GUARDED_BY(mutex_);
 };
 
 }  // namespace
