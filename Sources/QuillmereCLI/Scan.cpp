@@ -61,6 +61,11 @@ std::string fateText(const FileFate& fate, double clipSeconds) {
             parts.push_back("left out: " + printable(fate.reason));
             break;
     }
+    if (fate.damage.isTruncated) parts.emplace_back("ends before it should");
+    if (fate.damage.silentSeconds > 0) {
+        parts.push_back("damaged: " + Text::fixed(1000 * fate.damage.silentSeconds, 0) +
+                        " ms of silence for lost sound");
+    }
     if (fate.duplicateOf) parts.push_back("the same file as " + printable(*fate.duplicateOf));
     return enumeration(parts);
 }
@@ -103,6 +108,9 @@ void print(const KnownCorpus& corpus, const CorpusReport& report, Console& conso
     if (!rows.empty()) console.print("Not used as they are:");
     for (const std::string& line : table(rows))
         console.print(line);
+    if (!summary.passedOver.empty()) console.print("Not looked into:");
+    for (const PassedOver& folder : summary.passedOver)
+        console.print("  " + printable(folder.folder) + ": " + folder.reason);
 }
 
 JSON toJSON(const FileFate& fate) {
@@ -111,6 +119,8 @@ JSON toJSON(const FileFate& fate) {
     item["use"] = useName(fate.use);
     if (fate.use == FileFate::Use::unreadable) item["reason"] = fate.reason;
     item["seconds"] = fate.seconds;
+    if (fate.damage.isTruncated) item["truncated"] = true;
+    if (fate.damage.silentSeconds > 0) item["silentSeconds"] = fate.damage.silentSeconds;
     if (fate.duplicateOf) item["duplicateOf"] = *fate.duplicateOf;
     return item;
 }
@@ -123,6 +133,9 @@ JSON resultJSON(const KnownCorpus& corpus, const CorpusReport& report) {
     JSON files = JSON::array();
     for (const FileFate& fate : notUsedAsTheyAre(report))
         files.push_back(toJSON(fate));
+    JSON passedOver = JSON::array();
+    for (const PassedOver& folder : summary.passedOver)
+        passedOver.push_back(JSON{{"folder", folder.folder}, {"reason", folder.reason}});
     JSON result = makeResult("scan");
     result["corpus"] = cli::toJSON(summary.directory);
     result["fileCount"] = summary.fileCount();
@@ -137,6 +150,7 @@ JSON resultJSON(const KnownCorpus& corpus, const CorpusReport& report) {
     result["modelFolder"] = cli::toJSON(corpus.modelFolder);
     result["modelStored"] = corpus.hasModel();
     result["files"] = std::move(files);
+    result["passedOver"] = std::move(passedOver);
     return result;
 }
 

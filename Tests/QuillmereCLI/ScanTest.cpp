@@ -3,6 +3,9 @@
 #include <map>
 
 #include "QuillmereCLI/RunCommand.h"
+#include "QuillmereCore/Util/Parallel.h"
+#include "Support/AudioFixtures.h"
+#include "Support/OtherUser.h"
 
 namespace quillmere::testing {
 namespace {
@@ -85,6 +88,56 @@ TEST_F(Scan, TellsTheFateOfEveryFileThatIsNotUsedAsItIs) {
     for (const char* part : {"left out: Could not read notes.wav: ", "left out: silent", "cut at ",
                              " of 6.00 s", "the same file as one.wav"})
         EXPECT_NE(human.out.find(part), std::string::npos) << part << " in\n" << human.out;
+}
+
+TEST_F(Scan, TellsOfDamage) {
+    const std::string tone = readText(corpus / "one.wav");
+    writeText(corpus / "cut.wav", tone.substr(0, tone.size() - 1000));
+    std::string stream = readText(audioFixture("cbr-no-xing-mono.mp3"));
+    stream.replace(626, 209, 209, '\0');
+    writeText(corpus / "hole.mp3", stream);
+    std::string lossless = readText(audioFixture("flac16-mono.flac"));
+    lossless[1000] = static_cast<char>(lossless[1000] ^ 1);
+    writeText(corpus / "hole.flac", lossless);
+
+    std::map<std::string, cli::JSON> fates;
+    const cli::JSON result = scan(corpus, {"--json"}).event("result");
+    for (const cli::JSON& file : result["files"])
+        fates[file["path"]] = file;
+    EXPECT_EQ(fates["cut.wav"]["use"], "whole");
+    EXPECT_EQ(fates["cut.wav"]["truncated"], true);
+    EXPECT_FALSE(fates["cut.wav"].contains("silentSeconds"));
+    EXPECT_NEAR(fates["hole.mp3"]["silentSeconds"].get<double>(), 1152 / 44100.0, 1e-9);
+    EXPECT_FALSE(fates["hole.mp3"].contains("truncated"));
+    EXPECT_EQ(fates["hole.flac"]["reason"], "Could not read hole.flac: it is damaged in the middle");
+
+    const Outcome human = scan(corpus);
+    for (const char* part : {"ends before it should", "damaged: 26 ms of silence for lost sound",
+                             "left out: Could not read hole.flac: it is damaged in the middle"})
+        EXPECT_NE(human.out.find(part), std::string::npos) << part << " in\n" << human.out;
+}
+
+TEST_F(Scan, NamesTheFoldersThatItPassesOver) {
+    EXPECT_EQ(scan(corpus, {"--json"}).event("result")["passedOver"], cli::JSON::array());
+    std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+    std::filesystem::create_directory(corpus / "closed");
+    std::filesystem::permissions(corpus / "closed", std::filesystem::perms::none);
+    const OtherUser user;
+    const ThreadLimit ownThreadOnly(1);
+    const cli::JSON closed{{"folder", "closed"}, {"reason", "Permission denied"}};
+    EXPECT_EQ(scan(corpus, {"--json"}).event("result")["passedOver"], cli::JSON::array({closed}));
+    const Outcome human = scan(corpus);
+    EXPECT_NE(human.out.find("Not looked into:\n  closed: Permission denied\n"), std::string::npos)
+        << human.out;
+}
+
+TEST_F(Scan, LooksIntoTheFolderThatThePathNames) {
+    std::filesystem::create_directory(folder / "elsewhere");
+    std::filesystem::create_directory(corpus / "inner");
+    std::filesystem::create_directory_symlink(corpus / "inner", folder / "elsewhere/inner");
+    const cli::JSON result = scan(folder / "elsewhere/inner/..", {"--json"}).event("result");
+    EXPECT_EQ(result["fileCount"], 3);
+    EXPECT_EQ(result["modelFolder"], scan(corpus, {"--json"}).event("result")["modelFolder"]);
 }
 
 TEST_F(Scan, FailsOnAMissingFolder) {

@@ -6,26 +6,11 @@
 #include <utility>
 
 #include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Model/ClipMeters.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
 namespace {
-
-// Peaks up to this (-80 dB) are silence.
-constexpr float silentPeak = 1.0e-4F;
-
-// The onset is where a clip first reaches -40 dB of its peak.
-constexpr float onsetLevel = 0.01F;
-
-// About -45 dB: quieter 10 ms blocks at the end do not count as sounding.
-constexpr float soundingRMS = 0.0056F;
-
-float rootMeanSquare(std::span<const float> block) {
-    float sum = 0;
-    for (const float sample : block)
-        sum += sample * sample;
-    return std::sqrt(sum / static_cast<float>(block.size()));
-}
 
 float peakOf(std::span<const float> samples) {
     float peak = 0;
@@ -38,105 +23,6 @@ bool allFinite(std::span<const float> samples) {
     return std::all_of(samples.begin(), samples.end(), [](float sample) { return std::isfinite(sample); });
 }
 
-// Spectral flatness of a signal's loud frames between 60 and 6000 Hz.
-class FlatnessMeter {
-public:
-    explicit FlatnessMeter(int sampleRate)
-        : low_(static_cast<std::size_t>(60 * nFFT / sampleRate)),
-          high_(static_cast<std::size_t>(std::min(nFFT / 2, 6000 * nFFT / sampleRate))) {}
-
-    [[nodiscard]] double mean(std::span<const float> samples) {
-        if (low_ >= high_) return 1.0;
-        const int frames = stft_.frameCount(static_cast<long long>(samples.size()));
-        for (int first = 0; first < frames; first += blockFrames)
-            addBlock(samples, first, std::min(blockFrames, frames - first));
-        return meanOfLoud();
-    }
-
-private:
-    static constexpr int nFFT = 4096;
-    static constexpr int hop = 1024;
-    static constexpr std::size_t bins = nFFT / 2 + 1;
-    static constexpr int context = nFFT / 2 / hop;  // frames whose centres a frame reaches back to
-    static constexpr int blockFrames = 64;          // keeps long recordings from filling the memory
-    static constexpr float loudShare = 0.001F;      // of the loudest frame's energy: -30 dB
-
-    struct Frame {
-        float energy = 0;
-        float flatness = 0;  // 0 when too quiet to count
-    };
-
-    // One frame's bins from low to high, both included.
-    struct Band {
-        std::span<const float> re, im;
-
-        [[nodiscard]] float energy() const {
-            float sum = 0;
-            for (std::size_t k = 0; k < re.size(); ++k)
-                sum += re[k] * re[k] + im[k] * im[k];
-            return sum;
-        }
-
-        // Geometric over arithmetic mean of the magnitudes.
-        [[nodiscard]] float flatness() const {
-            const auto count = static_cast<float>(re.size());
-            float logSum = 0;
-            float sum = 0;
-            for (std::size_t k = 0; k < re.size(); ++k) {
-                const float magnitude = std::hypot(re[k], im[k]) + 1.0e-9F;
-                logSum += std::log(magnitude);
-                sum += magnitude;
-            }
-            return std::exp(logSum / count) / (sum / count);
-        }
-    };
-
-    // Transforms from a little earlier, so that the block's first frame sees what lies before it.
-    void addBlock(std::span<const float> samples, int first, int count) {
-        const int start = std::max(first - context, 0);
-        const auto signal = samples.subspan(static_cast<std::size_t>(start) * hop);
-        stft_.forward(signal, first - start + count, re_, im_);
-        for (int t = first - start; t < first - start + count; ++t) {
-            const auto frame = static_cast<std::size_t>(t);
-            addFrame({band(re_, frame), band(im_, frame)});
-        }
-    }
-
-    void addFrame(const Band& audible) {
-        Frame frame;
-        frame.energy = audible.energy();
-        largestEnergy_ = std::max(largestEnergy_, frame.energy);
-        if (isLoud(frame)) frame.flatness = audible.flatness();
-        frames_.push_back(frame);
-    }
-
-    // Before the last frame this is an early answer: the loudest frame may be yet to come. A frame that is
-    // quiet then stays quiet; a loud one may turn out to be quiet.
-    [[nodiscard]] bool isLoud(const Frame& frame) const { return frame.energy > loudShare * largestEnergy_; }
-
-    [[nodiscard]] std::span<const float> band(std::span<const float> spectra, std::size_t frame) const {
-        return spectra.subspan(frame * bins + low_, high_ - low_ + 1);
-    }
-
-    [[nodiscard]] double meanOfLoud() const {
-        double sum = 0;
-        int count = 0;
-        for (const Frame& frame : frames_) {
-            if (!isLoud(frame)) continue;
-            sum += static_cast<double>(frame.flatness);
-            ++count;
-        }
-        return count > 0 ? sum / count : 1.0;
-    }
-
-    std::size_t low_, high_;  // bins of 60 and 6000 Hz
-    STFT stft_{nFFT, hop};
-    std::vector<float> re_ = std::vector<float>((context + blockFrames) * bins);  // [frames][bins]
-    std::vector<float> im_ = std::vector<float>(re_.size());
-    std::vector<Frame> frames_;
-    float largestEnergy_ = 0;
-};
-
 double upperMedian(std::vector<double> values) {
     require(!values.empty(), "a median needs values");
     std::sort(values.begin(), values.end());
@@ -147,18 +33,16 @@ double upperMedian(std::vector<double> values) {
 
 double DecodedClip::effectiveSeconds(int sampleRate) const {
     require(sampleRate > 0, "a clip needs a positive sample rate");
-    const auto blockLength = static_cast<std::size_t>(std::max(sampleRate / 100, 1));
-    std::size_t end = 0;
-    for (std::size_t start = 0; start < samples.size(); start += blockLength) {
-        const std::size_t length = std::min(blockLength, samples.size() - start);
-        if (rootMeanSquare(std::span(samples).subspan(start, length)) > soundingRMS) end = start + length;
-    }
-    return static_cast<double>(end) / sampleRate;
+    SoundingMeter meter(sampleRate);
+    meter.add(samples);
+    return meter.seconds();
 }
 
 double DecodedClip::flatness(int sampleRate) const {
     require(sampleRate > 0, "a clip needs a positive sample rate");
-    return FlatnessMeter(sampleRate).mean(samples);
+    FlatnessMeter meter(sampleRate);
+    meter.add(samples, {});
+    return meter.finish({});
 }
 
 std::optional<DecodedClip> ClipPreparation::decode(const CorpusFile& file, int sampleRate) {
@@ -176,8 +60,8 @@ std::optional<DecodedClip> ClipPreparation::decode(const CorpusFile& file, int s
 std::optional<std::vector<float>> ClipPreparation::trimAndNormalise(std::vector<float> samples,
                                                                     int sampleRate) {
     const float peak = peakOf(samples);
-    if (peak <= silentPeak) return std::nullopt;
-    const float threshold = onsetLevel * peak;
+    if (peak <= clipLevels::silence) return std::nullopt;
+    const float threshold = clipLevels::onset * peak;
     const auto onset = std::find_if(samples.begin(), samples.end(),
                                     [threshold](float sample) { return std::abs(sample) >= threshold; });
     const std::ptrdiff_t preRoll = sampleRate / 1000;  // 1 ms

@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <fstream>
 #include <map>
+#include <span>
 #include <string_view>
 #include <utility>
 
+#include "QuillmereCore/Audio/ByteSource.h"
 #include "QuillmereCore/Model/Training/ClipReading.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
@@ -32,59 +33,72 @@ FileFate fateOf(const CorpusFile& file, const ClipReading& reading, std::int64_t
             break;
         case ClipReading::Outcome::usable:
             fate.seconds = reading.clip.originalSeconds;
+            fate.damage = reading.damage;
             if (static_cast<std::int64_t>(reading.length) > clipSamples) fate.use = FileFate::Use::cut;
             break;
     }
     return fate;
 }
 
-// A file's bytes, a piece at a time.
+// A file's bytes, a piece at a time. Throws as ByteSource does.
 class Bytes {
 public:
-    explicit Bytes(const fs::path& file) : stream_(file, std::ios::binary) {}
+    Bytes(const fs::path& file, const std::stop_token& stop) : source_(file, false, stop, {}) {}
 
     // Empty at the end.
     std::string_view next() {
-        stream_.read(buffer_.data(), static_cast<std::streamsize>(buffer_.size()));
-        return {buffer_.data(), static_cast<std::size_t>(stream_.gcount())};
+        const std::size_t count = source_.readAt(at_, std::as_writable_bytes(std::span(buffer_)));
+        source_.progress();
+        at_ += static_cast<std::int64_t>(count);
+        return {buffer_.data(), count};
     }
 
-    // Whether everything up to the end could be read.
-    [[nodiscard]] bool isSound() const { return stream_.eof() && !stream_.bad(); }
-
 private:
-    std::ifstream stream_;
+    ByteSource source_;
+    std::int64_t at_ = 0;
     std::vector<char> buffer_ = std::vector<char>(std::size_t{1} << 16);
 };
 
-// Nothing for a file that cannot be read.
-std::optional<std::uint64_t> hashOf(const fs::path& file) {
-    Bytes bytes(file);
-    std::uint64_t hash = 0;
-    for (std::string_view piece = bytes.next(); !piece.empty(); piece = bytes.next())
-        hash = hash * 0x9E3779B97F4A7C15U + std::hash<std::string_view>()(piece);
-    return bytes.isSound() ? std::optional(hash) : std::nullopt;
-}
-
-bool haveSameBytes(const fs::path& first, const fs::path& second) {
-    Bytes one(first);
-    Bytes other(second);
-    for (;;) {
-        const std::string_view piece = one.next();
-        if (piece != other.next()) return false;
-        if (piece.empty()) return one.isSound() && other.isSound();
+// Nothing for a file that cannot be read any more.
+std::optional<std::uint64_t> hashOf(const fs::path& file, const std::stop_token& stop) {
+    try {
+        Bytes bytes(file, stop);
+        std::uint64_t hash = 0;
+        for (std::string_view piece = bytes.next(); !piece.empty(); piece = bytes.next())
+            hash = hash * 0x9E3779B97F4A7C15U + std::hash<std::string_view>()(piece);
+        return hash;
+    } catch (const ReadError&) {
+        return std::nullopt;
     }
 }
 
-// Finds files with equal contents. Only files of one size are read, and compared only when hashes agree.
+bool haveSameBytes(const fs::path& first, const fs::path& second, const std::stop_token& stop) {
+    try {
+        Bytes one(first, stop);
+        Bytes other(second, stop);
+        for (;;) {
+            const std::string_view piece = one.next();
+            if (piece != other.next()) return false;
+            if (piece.empty()) return true;
+        }
+    } catch (const ReadError&) {
+        return false;
+    }
+}
+
+// Finds files with equal contents. Only usable files of one size are read, and compared only when hashes
+// agree.
 class DuplicateSearch {
 public:
-    explicit DuplicateSearch(const std::vector<CorpusFile>& files) : files_(files), hashes_(files.size()) {
+    DuplicateSearch(const std::vector<CorpusFile>& files, const std::vector<ClipReading>& readings,
+                    const std::stop_token& stop)
+        : files_(files), stop_(stop), hashes_(files.size()) {
         std::map<std::int64_t, int> counts;
-        for (const CorpusFile& file : files)
-            ++counts[file.size];
+        for (std::size_t i = 0; i < files.size(); ++i)
+            counts[files[i].size] += readings[i].isUsable() ? 1 : 0;
         parallelFor(files.size(), [&](std::size_t i) {
-            if (counts.at(files[i].size) > 1) hashes_[i] = hashOf(files[i].url);
+            if (readings[i].isUsable() && counts.at(files[i].size) > 1)
+                hashes_[i] = hashOf(files[i].url, stop);
         });
     }
 
@@ -94,7 +108,7 @@ public:
         if (!hash) return nullptr;
         std::vector<std::size_t>& seen = seen_[{files_[index].size, *hash}];
         for (const std::size_t earlier : seen) {
-            if (haveSameBytes(files_[earlier].url, files_[index].url)) return &files_[earlier];
+            if (haveSameBytes(files_[earlier].url, files_[index].url, stop_)) return &files_[earlier];
         }
         seen.push_back(index);
         return nullptr;
@@ -102,6 +116,7 @@ public:
 
 private:
     const std::vector<CorpusFile>& files_;
+    const std::stop_token& stop_;
     std::vector<std::optional<std::uint64_t>> hashes_;  // nothing where no other file has the size
     std::map<std::pair<std::int64_t, std::uint64_t>, std::vector<std::size_t>> seen_;
 };
@@ -110,9 +125,9 @@ private:
 
 CorpusReport Corpus::inspect(const CorpusSummary& corpus, const std::stop_token& stop) {
     const int sampleRate = corpus.dominantSampleRate();
-    constexpr std::size_t noSamples = 0;
-    const std::vector<ClipReading> readings = ModelTrainer::readClips(
-        corpus.files, {.sampleRate = sampleRate, .keptSamples = noSamples, .flatness = true}, {}, stop);
+    ModelTrainer::ClipNeeds needs;  // no samples: their measures are enough
+    needs.sampleRate = sampleRate;
+    const std::vector<ClipReading> readings = ModelTrainer::readClips(corpus.files, needs, {}, stop);
 
     CorpusReport report;
     std::int64_t clipSamples = 0;
@@ -122,7 +137,7 @@ CorpusReport Corpus::inspect(const CorpusSummary& corpus, const std::stop_token&
         report.clipSeconds = config.clipSeconds();
         clipSamples = config.clipSamples();
     }
-    DuplicateSearch duplicates(corpus.files);
+    DuplicateSearch duplicates(corpus.files, readings, stop);
     for (std::size_t i = 0; i < readings.size(); ++i) {
         FileFate& fate = report.files.emplace_back(fateOf(corpus.files[i], readings[i], clipSamples));
         if (!readings[i].isUsable()) continue;

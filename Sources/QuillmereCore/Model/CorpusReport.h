@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelConfig.h"
 
@@ -22,9 +23,10 @@ struct FileFate {
     Use use = Use::whole;
     std::string reason;                      // of unreadable: the sentence that names the file and says why
     double seconds = 0;                      // the file's length; 0 when unreadable or silent
+    AudioIO::Damage damage;                  // of a file that is used all the same
     std::optional<std::string> duplicateOf;  // the first file with the same bytes; both are learned
 
-    [[nodiscard]] bool isUsedAsItIs() const { return use == Use::whole && !duplicateOf; }
+    [[nodiscard]] bool isUsedAsItIs() const { return use == Use::whole && !duplicateOf && !damage.any(); }
 };
 
 struct CorpusReport {
@@ -36,8 +38,8 @@ struct CorpusReport {
 
 namespace Corpus {
 
-// Decodes every file, as training does, and says what training would make of it. stop is asked
-// before each file; throws CancellationError.
+// Decodes every file, as training does, and says what training would make of it. stop is asked all the time;
+// throws CancellationError, and AudioIOError where the system's trouble would hide a sound file.
 [[nodiscard]] CorpusReport inspect(const CorpusSummary& corpus, const std::stop_token& stop = {});
 
 }  // namespace Corpus

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <string>
@@ -160,6 +161,39 @@ TEST(CorpusReport, AFileThatVanishedSinceTheScanIsUnreadable) {
     const CorpusReport report = Corpus::inspect(corpus);
     EXPECT_TRUE(report.files[0].isUsedAsItIs());
     EXPECT_EQ(report.files[1].reason, "Could not read b.wav: No such file or directory");
+}
+
+// Nor is it waited for when its bytes are compared with those of a file of the same size.
+TEST(CorpusReport, AFileThatBecameAPipeSinceTheScanIsUnreadable) {
+    const TempFolder folder;
+    writeText(folder / "a.wav", hiss(1, 0.5));
+    writeText(folder / "b.wav", hiss(2, 0.5));
+    const CorpusSummary corpus = Corpus::scan(folder.path());
+    std::filesystem::remove(folder / "b.wav");
+    ASSERT_EQ(::mkfifo((folder / "b.wav").c_str(), 0600), 0);
+    const CorpusReport report = Corpus::inspect(corpus);
+    EXPECT_TRUE(report.files[0].isUsedAsItIs());
+    EXPECT_EQ(report.files[1].reason, "Could not read b.wav: it is not a regular file");
+}
+
+TEST(CorpusReport, AFileThatBecameALinkSinceTheScanIsUnreadable) {
+    const TempFolder folder;
+    writeText(folder / "a.wav", hiss(1, 0.5));
+    writeText(folder / "b.wav", hiss(2, 0.5));
+    const CorpusSummary corpus = Corpus::scan(folder.path());
+    std::filesystem::remove(folder / "b.wav");
+    std::filesystem::create_symlink("a.wav", folder / "b.wav");
+    EXPECT_EQ(Corpus::inspect(corpus).files[1].use, Use::unreadable);
+}
+
+TEST(CorpusReport, TellsOfDamage) {
+    const TempFolder folder;
+    const std::string bytes = hiss(1, 0.5);
+    writeText(folder / "a.wav", bytes.substr(0, bytes.size() / 2));
+    const CorpusReport report = inspected(folder);
+    EXPECT_EQ(report.files[0].use, Use::whole);
+    EXPECT_TRUE(report.files[0].damage.isTruncated);
+    EXPECT_FALSE(report.files[0].isUsedAsItIs());
 }
 
 TEST(CorpusReport, EndsWhenCancelled) {

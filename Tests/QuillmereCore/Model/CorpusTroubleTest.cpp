@@ -16,7 +16,10 @@
 
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Model/CorpusReport.h"
+#include "QuillmereCore/Model/Trainer.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "Support/Processor.h"
 #include "Support/TempFolder.h"
 #include "Support/WAVBytes.h"
 
@@ -120,6 +123,13 @@ TEST_F(CorpusTrouble, AFileThatTheSystemCannotReadIsAFailure) {
     }
     const Failing reading(readingFails, EACCES);
     EXPECT_EQ(Corpus::scan(folder.path()).unreadable, 1);
+}
+
+TEST_F(CorpusTrouble, NothingIsLearnedWithoutAFileThatTheSystemCannotRead) {
+    const CorpusSummary corpus = Corpus::scan(folder.path());
+    const Failing reading(readingFails, EIO);
+    EXPECT_THROW((void)Corpus::inspect(corpus), AudioIOError);
+    EXPECT_THROW((void)ModelTrainer::train(corpus, {}, {}, {}, testing::processor()), AudioIOError);
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/ClipPreparation.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelConfig.h"
@@ -27,27 +28,36 @@ struct ClipReading {
     std::size_t length = 0;  // samples
     double effectiveSeconds = 0;
     double flatness = 0;
+    AudioIO::Damage damage;
 
     [[nodiscard]] bool isUsable() const { return outcome == Outcome::usable; }
 };
 
-// What a caller wants of each clip. Samples beyond those that are kept are dropped as soon as the clip is
-// measured: the rest of long recordings would lie in memory until all files are read.
+// What a caller wants of each clip. Samples beyond those that are kept are dropped as they are measured: the
+// rest of long recordings would lie in memory until all files are read.
 struct ClipNeeds {
     int sampleRate = 44100;
     std::size_t keptSamples = 0;
     bool flatness = true;  // costs as much as decoding; 0 where it is not wanted
+    // A clip of more samples than this, 16 MiB, is decoded twice: once for its peak, on which all else
+    // depends, and once to be measured. The results are the same.
+    std::size_t samplesInMemory = std::size_t{4} << 20;
 };
 
 // Needs of a training with these options: one sample more than any model for them uses, which tells that a
 // clip is cut.
 [[nodiscard]] ClipNeeds needsOf(const TrainingOptions& options, int sampleRate);
 
-[[nodiscard]] ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs);
+// Gives what ClipPreparation::decode and the measures of its clip give, bit for bit, but refuses rates and
+// lengths that no sample has (AudioIO::stream). Throws CancellationError, and AudioIOError where the system's
+// trouble would hide a sound file.
+[[nodiscard]] ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs,
+                                   const std::stop_token& stop = {});
 
-// Reads all files in parallel; the readings are in the order of the files. progress may be empty; it is
-// called from worker threads, by one at a time, after each file. stop is asked before each file; throws
-// CancellationError, and what progress throws.
+// Reads all files in parallel; the readings are in the order of the files. Many threads hold fewer samples
+// each: all of them together 192 MiB while their vectors grow. progress may be empty; it is called from
+// worker threads, by one at a time, after each file. stop is asked all the time. Throws as readClip, and what
+// progress throws.
 [[nodiscard]] std::vector<ClipReading> readClips(std::span<const CorpusFile> files, const ClipNeeds& needs,
                                                  const CountProgress& progress, const std::stop_token& stop);
 
