@@ -94,7 +94,8 @@ Decoder::Result decodeMono(const fs::path& file, const MonoSink& sink, const Aud
 // A signal on its way to another rate, where that is another.
 class Conversion {
 public:
-    Conversion(double to, const AudioIO::SampleSink& sink) : to_(to), sink_(sink) {}
+    Conversion(double to, const AudioIO::SampleSink& sink, const std::stop_token& stop)
+        : to_(to), sink_(sink), stop_(stop) {}
 
     void add(std::span<const float> samples, double from) {
         frames_ += static_cast<std::int64_t>(samples.size());
@@ -130,6 +131,7 @@ private:
     void convert(const Step& step) {
         try {
             step([this](std::span<const float> samples) {
+                throwIfCancelled(stop_);  // one packet may become millions of samples
                 converted_ += samples.size();
                 if (converted_ > mostFrames) throw ReadError("it is too long");
                 sink_(samples);
@@ -141,6 +143,7 @@ private:
 
     double to_;
     const AudioIO::SampleSink& sink_;
+    const std::stop_token& stop_;
     std::optional<Resampler> resampler_;
     std::int64_t frames_ = 0;
     std::size_t converted_ = 0;
@@ -230,7 +233,7 @@ AudioIO::MonoAudio AudioIO::readMono(const fs::path& file, const ReadOptions& op
 AudioIO::StreamedAudio AudioIO::stream(const fs::path& file, double rate, const SampleSink& sink,
                                        const ReadOptions& options) {
     require(rate > 0, "a stream needs a positive sample rate");
-    Conversion conversion(rate, sink);
+    Conversion conversion(rate, sink, options.stop);
     const Decoder::Result result = decodeMono(
         file, [&](std::span<const float> samples, int sampleRate) { conversion.add(samples, sampleRate); },
         options);
