@@ -10,6 +10,7 @@
 namespace quillmere {
 namespace {
 
+using network::ChosenDevice;
 using network::ComputeDevice;
 using network::DeviceChoice;
 using Type = ComputeDevice::Type;

@@ -17,8 +17,6 @@ namespace quillmere {
 
 class Preferences;
 
-using network::ChosenDevice;
-
 // The devices that can learn, as the window shows them: the list, the user's choice, the name of the device
 // that learns, and why it is not the chosen one. The choice is remembered by the device's identity, because
 // numbers change when devices come and go.
@@ -55,7 +53,7 @@ public:
 
     // For work in the background. Another object than before: the choice has changed, or its device failed,
     // and what was compiled for the old one is to be compiled anew.
-    [[nodiscard]] const std::shared_ptr<ChosenDevice>& chosen() const { return chosen_; }
+    [[nodiscard]] const std::shared_ptr<network::ChosenDevice>& chosen() const { return chosen_; }
     // Something is about to be compiled for the chosen device: earlier trouble is over.
     void compiling();
     // The device failed in the middle of a run.
@@ -80,7 +78,7 @@ signals:
 private:
     void restoreChoice();
     void choose(network::DeviceChoice choice);
-    void opened(quint64 number, const ChosenDevice::Opening& opening);
+    void opened(quint64 number, const network::ChosenDevice::Opening& opening);
     void processorStandsIn(const std::string& message);
     void setDevices(std::vector<network::ComputeDevice> devices);
     void fallBack(const std::string& problem);
@@ -94,7 +92,7 @@ private:
     bool isListed_ = false;
     bool isListing_ = false;
     network::DeviceChoice choice_;
-    std::shared_ptr<ChosenDevice> chosen_;
+    std::shared_ptr<network::ChosenDevice> chosen_;
     quint64 choiceNumber_ = 0;                      // of chosen_
     std::optional<network::ComputeDevice> opened_;  // what chosen_ came to
     bool processorStandsIn_ = false;

@@ -38,7 +38,7 @@ void ModelController::setCorpus(bool isChosen, std::shared_ptr<const CorpusSumma
 // ---- The model
 
 void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
-                                   std::shared_ptr<ChosenDevice> device) {
+                                   std::shared_ptr<network::ChosenDevice> device) {
     ++load_;  // what is still being loaded is out of date
     generator_ = std::move(generator);
     generatorDevice_ = std::move(device);
@@ -84,7 +84,7 @@ void ModelController::whenLoaded(Returned returned) {
     }
 }
 
-std::shared_ptr<ChosenDevice> ModelController::deviceToCompileFor() {
+std::shared_ptr<network::ChosenDevice> ModelController::deviceToCompileFor() {
     devices_.compiling();
     return devices_.chosen();
 }
@@ -96,8 +96,8 @@ PreparedGenerator ModelController::preparedGenerator() {
 }
 
 // Called in the background: the generator compiled anew for device, which may be null to leave it as it is.
-std::shared_ptr<SampleGenerator> ModelController::moved(const std::shared_ptr<SampleGenerator>& generator,
-                                                        const std::shared_ptr<ChosenDevice>& device) {
+std::shared_ptr<SampleGenerator> ModelController::moved(
+    const std::shared_ptr<SampleGenerator>& generator, const std::shared_ptr<network::ChosenDevice>& device) {
     if (!device) return generator;
     auto compiled = std::make_shared<SampleGenerator>(generator->bundle(), device->backend());
     tasks_.post([this, generator, compiled, device] {

@@ -13,9 +13,9 @@
 #include "QuillmereApp/Controllers/Controller.h"
 #include "QuillmereApp/Controllers/PreparedGenerator.h"
 #include "QuillmereApp/LossHistory.h"
-#include "QuillmereApp/Quality.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/Trainer.h"
+#include "QuillmereCore/Model/Training/Quality.h"
 
 namespace quillmere {
 
@@ -128,10 +128,11 @@ private:
     friend struct AppModelProbe;  // for tests
 
     void setGenerator(std::shared_ptr<SampleGenerator> generator,
-                      std::shared_ptr<ChosenDevice> device = nullptr);
-    [[nodiscard]] std::shared_ptr<ChosenDevice> deviceToCompileFor();
-    [[nodiscard]] std::shared_ptr<SampleGenerator> moved(const std::shared_ptr<SampleGenerator>& generator,
-                                                         const std::shared_ptr<ChosenDevice>& device);
+                      std::shared_ptr<network::ChosenDevice> device = nullptr);
+    [[nodiscard]] std::shared_ptr<network::ChosenDevice> deviceToCompileFor();
+    [[nodiscard]] std::shared_ptr<SampleGenerator> moved(
+        const std::shared_ptr<SampleGenerator>& generator,
+        const std::shared_ptr<network::ChosenDevice>& device);
     [[nodiscard]] TrainingOptions trainingOptions() const;
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);
@@ -140,10 +141,10 @@ private:
     bool corpusIsChosen_ = false;
     std::shared_ptr<const CorpusSummary> summary_;
     bool isLoading_ = false;
-    quint64 load_ = 0;                               // number of the newest load
-    std::vector<Returned> whenLoaded_;               // what waits for it
-    std::shared_ptr<SampleGenerator> generator_;     // and the bundle
-    std::shared_ptr<ChosenDevice> generatorDevice_;  // generator_ was compiled for
+    quint64 load_ = 0;                                        // number of the newest load
+    std::vector<Returned> whenLoaded_;                        // what waits for it
+    std::shared_ptr<SampleGenerator> generator_;              // and the bundle
+    std::shared_ptr<network::ChosenDevice> generatorDevice_;  // generator_ was compiled for
     QString problem_;
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
