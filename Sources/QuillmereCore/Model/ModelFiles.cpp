@@ -285,11 +285,6 @@ ModelBundle readManifest(InputFile& file, const std::optional<Digests>& digests)
 
 // ---- weights.bin
 
-void swapBytes(std::vector<float>& values) {
-    for (float& value : values)
-        value = std::bit_cast<float>(__builtin_bswap32(std::bit_cast<std::uint32_t>(value)));
-}
-
 bool allFinite(std::span<const float> values) {
     return std::ranges::all_of(values, [](float value) { return std::isfinite(value); });
 }
@@ -306,7 +301,10 @@ std::vector<std::vector<float>> readWeights(InputFile& file, const ModelConfig& 
         const auto bytes = std::as_writable_bytes(std::span(values));
         if (!file.read(bytes)) throw CorruptModelError(mismatch);
         if (digest) digest->update(bytes);
-        if constexpr (std::endian::native == std::endian::big) swapBytes(values);
+        if constexpr (std::endian::native == std::endian::big) {
+            for (float& value : values)
+                value = std::bit_cast<float>(__builtin_bswap32(std::bit_cast<std::uint32_t>(value)));
+        }
     }
     if (digest) requireDigest(file, digest->finish(), digests->weights);
     if (!std::ranges::all_of(weights, [](const auto& values) { return allFinite(values); }))
