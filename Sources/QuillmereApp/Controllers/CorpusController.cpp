@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QFileInfo>
-#include <chrono>
 #include <optional>
 #include <utility>
 
@@ -11,26 +10,13 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Util/Progress.h"
 
 namespace quillmere {
 namespace {
 
-using namespace std::chrono_literals;
-
 const QString corpusKey = QStringLiteral("corpusPath");
 const QString recentKey = QStringLiteral("recentCorpora");
-
-// Hands scan progress on at most every 50 ms: a scan measures thousands of files a second.
-template <typename Report>
-Corpus::ProgressCallback thinned(Report report) {
-    return [report, last = std::chrono::steady_clock::time_point()](std::size_t done,
-                                                                    std::size_t total) mutable {
-        const auto now = std::chrono::steady_clock::now();
-        if (done != 0 && now - last < 50ms) return;
-        last = now;
-        report(done, total);
-    };
-}
 
 // Where a look fails there may be a model: loading it says what is wrong.
 bool mayBeStored(const std::filesystem::path& modelFolder) {
@@ -113,14 +99,14 @@ void CorpusController::scan() {
     emit scanProgressChanged();
     scanCancel_ = std::make_shared<CancelFlag>();
     assign(*this, isScanning_, true, &CorpusController::isScanningChanged);
-    const auto tell = thinned([this, choice = choice_](std::size_t done, std::size_t total) {
-        tasks_.post([=, this] {
-            if (choice == choice_) scanProgressed(done, total);
-        });
-    });
-    const auto progress = [this, tell](std::size_t done, std::size_t total) {
-        tell(done, total);
-        watched(Run::scan, static_cast<std::int64_t>(done));
+    const auto progress = [this, choice = choice_, pace = ReportPace()](std::int64_t done,
+                                                                        std::int64_t total) mutable {
+        if (pace.isDue()) {
+            tasks_.post([=, this] {
+                if (choice == choice_) scanProgressed(done, total);
+            });
+        }
+        watched(Run::scan, done);
     };
     runInBackground(
         tasks_,
@@ -139,7 +125,7 @@ void CorpusController::scan() {
         });
 }
 
-void CorpusController::scanProgressed(std::size_t done, std::size_t total) {
+void CorpusController::scanProgressed(std::int64_t done, std::int64_t total) {
     if (!isScanning_) return;
     if (done == 0) scanClock_.start();
     scanDone_ = static_cast<int>(done);

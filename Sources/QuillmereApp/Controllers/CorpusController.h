@@ -102,7 +102,7 @@ private:
 
     void remember(const QString& path);
     void scan();
-    void scanProgressed(std::size_t done, std::size_t total);
+    void scanProgressed(std::int64_t done, std::int64_t total);
     void scanned(Scan result);
     void scanFailed(const TaskFailure& failure);
     void scanEnded();

@@ -11,8 +11,8 @@
 namespace quillmere::network::cpu {
 
 // From the images to the flattened deepest tensor, and back: stem (the first layer), outer layers, inner
-// layers. The outer part of one image is one parallel task; forward it ends, backward it begins with the
-// inner part's transform.
+// layers. The outer part of one image is one parallel task. On the way forward that task also transforms the
+// image's tiles for the first inner layer, on the way back it begins with that layer's gradient.
 class Encoder {
 public:
     Encoder(Engine& engine, Layers& layers);
