@@ -437,7 +437,7 @@ INSTANTIATE_TEST_SUITE_P(Shapes, LastLayer,
 class LatentOperation : public ::testing::Test {
 protected:
     static constexpr std::size_t count = 300;
-    const LatentStep step;
+    const LatentStep step{};
     const std::vector<float> mean = gaussianArray(count, 1);
     const std::vector<float> eps = gaussianArray(count, 2);
     std::vector<float> logVariance = gaussianArray(count, 3, 5);  // some beyond the clamp
