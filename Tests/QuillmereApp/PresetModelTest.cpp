@@ -92,8 +92,8 @@ private slots:
     void anUnwritableFolderIsReported() {
         TestWorld world;
         TestWorld::write(world.path("presets"), "a file");
-        QVERIFY_EXCEPTION_THROWN((void)PresetFolder::save(world.path("presets"), "a", Aesthetics()),
-                                 FileError);
+        QVERIFY_THROWS_EXCEPTION(FileError,
+                                 (void)PresetFolder::save(world.path("presets"), "a", Aesthetics()));
     }
 };
 

@@ -43,7 +43,7 @@ private slots:
         const auto file = toPath(world.path("a.wav"));
         AudioIO::write(std::vector<float>{0.5F, -0.25F}, file, 8000, OutputFormat::wav16);
         QCOMPARE(Waveform::peaks(file, 2), QList<qreal>({0.5, 0.25}));
-        QVERIFY_EXCEPTION_THROWN((void)Waveform::peaks(toPath(world.path("none.wav")), 2), AudioIOError);
+        QVERIFY_THROWS_EXCEPTION(AudioIOError, (void)Waveform::peaks(toPath(world.path("none.wav")), 2));
     }
 };
 
