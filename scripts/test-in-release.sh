@@ -26,7 +26,7 @@ if [[ ! -e $system/complete ]]; then
     touch "$system/complete"
 fi
 cache=$(ccache --get-config cache_dir)
-mkdir -p build "$cache" "$system/$PWD" "$system"/{build,root/.cache/ccache}
+mkdir -p build "$cache" "$system/$PWD" "$system"/{build,ccache}
 cp /etc/resolv.conf "$system/etc/"
 
 # With mounts and processes of its own: both end with the last command.
@@ -35,10 +35,10 @@ exec unshare --mount --pid --fork --kill-child bash -euo pipefail -c '
     shift 3
     mount --bind "$project" "$system/$project"
     mount --bind "$system/build" "$system/$project/build"
-    mount --bind "$cache" "$system/root/.cache/ccache"
+    mount --bind "$cache" "$system/ccache"
     mount --rbind /dev "$system/dev"
     mount --rbind /sys "$system/sys"
     mount -t proc proc "$system/proc"
-    exec env --ignore-environment HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin CCACHE_DIR=/root/.cache/ccache \
+    exec env --ignore-environment HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin CCACHE_DIR=/ccache \
         chroot "$system" "$project/scripts/test.sh" "$@"
 ' test-in-release "$system" "$PWD" "$cache" "$@"

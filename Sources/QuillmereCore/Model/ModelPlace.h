@@ -17,9 +17,8 @@ namespace quillmere {
 //   NAME                the model
 //   .NAME.lock          there while a program changes any of this
 //   .NAME.new-PID-N     a model that is being written, or one that is being deleted
-//   .NAME.old           the model while it changes its name, where the file system cannot exchange two;
-//   whole,
-//                       and the model itself while there is no NAME
+//   .NAME.old           the former model where the file system cannot exchange two names: for a moment
+//                       there is no NAME, and this is the model
 //
 // A folder of the last two kinds that nobody holds the lock for was left behind by a program that was killed.
 class ModelPlace {
