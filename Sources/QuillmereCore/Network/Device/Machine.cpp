@@ -4,9 +4,9 @@
 #include <string>
 #include <utility>
 
+#include "QuillmereCore/Util/ThreadSafety.h"
 #ifdef QUILLMERE_VULKAN
 #include "QuillmereCore/Network/Vulkan/VulkanBackend.h"
-#include "QuillmereCore/Util/ThreadSafety.h"
 #endif
 
 namespace quillmere::network {
