@@ -105,7 +105,7 @@ private:
         std::unique_ptr<network::Backend> processor_ = network::makeCPUBackend();
     };
 
-    std::mutex mutex_;  // guards opened and compiled
+    std::mutex mutex_;  // held while a list grows; tests read them when all work has ended
 };
 
 }  // namespace quillmere::testing

@@ -100,14 +100,6 @@ void ModelOpen(benchmark::State& state) {
 }
 BENCHMARK(ModelOpen)->Unit(benchmark::kMillisecond);
 
-void ModelLoadManifest(benchmark::State& state) {
-    const TempFolder folder;
-    ModelStore::save(usualModel(), folder.path());
-    for (auto _ : state)
-        benchmark::DoNotOptimize(ModelStore::loadManifest(folder.path()));
-}
-BENCHMARK(ModelLoadManifest)->Unit(benchmark::kMillisecond);
-
 void ModelIdentity(benchmark::State& state) {
     const ModelBundle bundle = usualModel();
     for (auto _ : state)

@@ -323,11 +323,6 @@ void validate(const ModelBundle& bundle, const fs::path& modelFolder) {
     }
 }
 
-Manifest loadManifest(const fs::path& modelFolder) {
-    ModelBundle bundle = ModelFiles::readManifest(modelFolder);
-    return {bundle.config, std::move(bundle.metadata)};
-}
-
 std::string isoDate(std::chrono::sys_seconds time) {
     const auto day = std::chrono::floor<std::chrono::days>(time);
     const std::chrono::year_month_day date(day);

@@ -135,13 +135,6 @@ void save(const ModelBundle& bundle, const std::filesystem::path& modelFolder);
 // before the bundle goes to a generator.
 void validate(const ModelBundle& bundle, const std::filesystem::path& modelFolder);
 
-// The model without its weights and latents, for listings. Throws as load.
-struct Manifest {
-    ModelConfig config;
-    ModelMetadata metadata;
-};
-[[nodiscard]] Manifest loadManifest(const std::filesystem::path& modelFolder);
-
 // ISO 8601 in UTC with whole seconds, as 2025-03-01T14:07:09Z.
 [[nodiscard]] std::string isoDate(std::chrono::sys_seconds time);
 // The reverse. A fraction of a second is accepted and dropped; nothing for any other text.

@@ -115,12 +115,7 @@ std::string messageOf(const std::function<void()>& action) {
 
 template <typename Error>
 std::string loadMessage(const StoredModel& model) {
-    std::string message = messageOf<Error>([&] { (void)ModelStore::load(model.path()); });
-    const auto loadManifest = [&] { (void)ModelStore::loadManifest(model.path()); };
-    if (message.starts_with(model.manifest().string())) {
-        EXPECT_EQ(messageOf<Error>(loadManifest), message);
-    }
-    return message;
+    return messageOf<Error>([&] { (void)ModelStore::load(model.path()); });
 }
 
 // ---- Where models live
@@ -265,14 +260,6 @@ TEST(ModelStoreExists, OnlyWithBothFiles) {
 TEST(ModelStore, LoadsWhatItSaved) {
     const StoredModel model;
     expectEqual(ModelStore::load(model.path()), exampleBundle());
-}
-
-TEST(ModelStore, LoadsTheManifestAlone) {
-    const StoredModel model;
-    fs::remove(model.weights());
-    const ModelStore::Manifest manifest = ModelStore::loadManifest(model.path());
-    EXPECT_EQ(manifest.config, exampleBundle().config);
-    EXPECT_EQ(manifest.metadata, exampleBundle().metadata);
 }
 
 TEST(ModelStore, SavesAnAbsentAnalysisByLeavingItOut) {

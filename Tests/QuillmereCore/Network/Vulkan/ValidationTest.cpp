@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <mutex>
 
 #include "QuillmereCore/Network/NetworkTestData.h"
 #include "QuillmereCore/Network/Vulkan/SoftwareDevice.h"
 #include "QuillmereCore/Network/Vulkan/VulkanExecutor.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::network::vulkan {
 namespace {
@@ -28,7 +28,7 @@ public:
     explicit WatchedDevice(Validation::Extra extra)
         : context_(std::make_shared<Context>(testing::softwareDevice(),
                                              Validation{extra, [this](const std::string& message) {
-                                                            const std::scoped_lock lock(mutex_);
+                                                            const MutexLock lock(mutex_);
                                                             messages_.push_back(message);
                                                         }})) {}
 
@@ -38,7 +38,7 @@ public:
     // their own settings as warnings is left out.
     [[nodiscard]] std::vector<std::string> messages() {
         context_.reset();
-        const std::scoped_lock lock(mutex_);
+        const MutexLock lock(mutex_);
         std::vector<std::string> result;
         for (const std::string& message : messages_) {
             const bool ofSettings = std::ranges::any_of(announcements, [&](const char* announcement) {
@@ -54,8 +54,8 @@ private:
                                               "Internal Warning",
                                               "Both GPU Assisted Validation and Normal Core Check"};
 
-    std::mutex mutex_;  // guards messages_
-    std::vector<std::string> messages_;
+    Mutex mutex_;
+    std::vector<std::string> messages_ QUILLMERE_GUARDED_BY(mutex_);
     std::shared_ptr<Context> context_;
 };
 

@@ -7,7 +7,8 @@
 #include <climits>
 #include <cstring>
 #include <map>
-#include <mutex>
+
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 // How layers work: https://github.com/KhronosGroup/Vulkan-Loader/blob/main/docs/LoaderLayerInterface.md
 
@@ -38,9 +39,9 @@ struct NextDevice {
 };
 
 struct Chain {
-    std::mutex mutex;  // guards the maps
-    std::map<void*, NextInstance> instances;
-    std::map<void*, NextDevice> devices;
+    Mutex mutex;
+    std::map<void*, NextInstance> instances QUILLMERE_GUARDED_BY(mutex);
+    std::map<void*, NextDevice> devices QUILLMERE_GUARDED_BY(mutex);
 };
 
 Chain& chain() {
@@ -59,12 +60,12 @@ void* keyOf(Object object) {
 
 template <typename Object>
 NextInstance& nextInstance(Object object) {
-    const std::scoped_lock lock(chain().mutex);
+    const MutexLock lock(chain().mutex);
     return chain().instances.at(keyOf(object));
 }
 template <typename Object>
 NextDevice& nextDevice(Object object) {
-    const std::scoped_lock lock(chain().mutex);
+    const MutexLock lock(chain().mutex);
     return chain().devices.at(keyOf(object));
 }
 
@@ -95,7 +96,7 @@ VKAPI_ATTR VkResult VKAPI_CALL createInstance(const VkInstanceCreateInfo* info,
     const VkResult result =
         as<PFN_vkCreateInstance>(next(VK_NULL_HANDLE, "vkCreateInstance"))(info, allocator, instance);
     if (result != VK_SUCCESS) return result;
-    const std::scoped_lock lock(chain().mutex);
+    const MutexLock lock(chain().mutex);
     chain().instances[keyOf(*instance)] = {*instance, next};
     return result;
 }
@@ -112,7 +113,7 @@ VKAPI_ATTR VkResult VKAPI_CALL createDevice(VkPhysicalDevice physical, const VkD
         physical, info, allocator, device);
     if (result != VK_SUCCESS) return result;
     ++orders().openedDevices;
-    const std::scoped_lock lock(chain().mutex);
+    const MutexLock lock(chain().mutex);
     chain().devices[keyOf(*device)] = {*device, nextOfDevice};
     return result;
 }

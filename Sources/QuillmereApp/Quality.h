@@ -1,3 +1,0 @@
-#pragma once
-
-#include "QuillmereCore/Model/Training/Quality.h"  // IWYU pragma: export
