@@ -15,6 +15,7 @@ namespace {
 
 std::vector<std::string> qualityNames() {
     std::vector<std::string> names;
+    names.reserve(allQualities.size());
     for (const QualityInfo& quality : allQualities)
         names.emplace_back(quality.name);
     return names;

@@ -8,6 +8,7 @@
 #include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
 
 namespace quillmere::testing {
@@ -433,6 +434,26 @@ private slots:
         QCOMPARE(fileNames(app), QStringList({"corpus_var_0003.wav", "corpus_var_0004.wav"}));
         QCOMPARE(bytesOfResult(app, 0), first);
         QCOMPARE(bytesOfResult(app, 1), second);
+    }
+
+    void resultsKnowTheModelThatMadeThemWhenAnotherOneIsLearned() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 2);
+        app.setSeedText("42");
+        generateAndWait(app);
+        const std::string first = modelIdentity(*app.bundle());
+        world.steps = 3;
+        app.train();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(modelIdentity(*app.bundle()) != first);
+        for (std::size_t i = 0; i < 2; ++i) {
+            const SampleOrigin& origin = app.results()->samples()[i].origin;
+            QCOMPARE(origin.model, first);
+            QCOMPARE(origin.seed, SampleGenerator::variationSeed(42, i));
+            QCOMPARE(origin.index, static_cast<std::int64_t>(i));
+            QVERIFY(!origin.sources.empty());
+        }
     }
 
     void remembersOutputAndCountWhenItStarts() {

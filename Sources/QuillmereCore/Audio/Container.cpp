@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <limits>
+#include <ranges>
 #include <span>
 #include <string>
 #include <string_view>
@@ -28,8 +29,8 @@ std::uint64_t bigEndian(Bytes bytes) {
 
 std::uint64_t littleEndian(Bytes bytes) {
     std::uint64_t value = 0;
-    for (auto byte = bytes.rbegin(); byte != bytes.rend(); ++byte)
-        value = value << 8 | static_cast<unsigned char>(*byte);
+    for (const char byte : std::views::reverse(bytes))
+        value = value << 8 | static_cast<unsigned char>(byte);
     return value;
 }
 

@@ -209,7 +209,7 @@ void RealFFTPlan::pairBins() {
     const std::size_t blocks = half / blockLength;
     for (std::size_t a = 0; a <= blocks / 2; ++a) {
         const std::uint32_t first = rowOf[a];
-        const std::uint32_t second = rowOf[(blocks - a) % blocks];
+        const std::uint32_t second = rowOf[a == 0 ? 0 : blocks - a];
         for (std::uint32_t row = first; row < first + blockLength; ++row) {
             const std::uint32_t k = binOf[row];
             if (k == 0) continue;  // DC, with Nyquist
