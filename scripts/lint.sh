@@ -25,6 +25,6 @@ clang-format --dry-run -Werror "${files[@]}"
 
 # The sources include what Qt's tools make of the headers, and the shaders.
 cmake --preset clang -D QUILLMERE_BUILD_APP=ON -D QUILLMERE_BUILD_TESTS=ON > /dev/null
-cmake --build --preset clang --target autogen > /dev/null
+made=$(cmake --build --preset clang --target autogen) || { printf '%s\n' "$made"; exit 1; }
 mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$')
 scripts/tidy.py build/clang "${sources[@]}"

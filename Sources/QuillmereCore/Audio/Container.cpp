@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <limits>
-#include <ranges>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,8 +28,8 @@ std::uint64_t bigEndian(Bytes bytes) {
 
 std::uint64_t littleEndian(Bytes bytes) {
     std::uint64_t value = 0;
-    for (const char byte : std::views::reverse(bytes))
-        value = value << 8 | static_cast<unsigned char>(byte);
+    for (std::size_t i = bytes.size(); i > 0; --i)
+        value = value << 8 | static_cast<unsigned char>(bytes[i - 1]);
     return value;
 }
 
