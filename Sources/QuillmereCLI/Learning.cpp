@@ -80,11 +80,18 @@ void requireWritableFolder(const std::filesystem::path& folder) {
         throw FileError(folder, std::error_code(errno, std::generic_category()));
 }
 
+std::string startText(const ModelStart& start) {
+    if (start.kind == ModelStart::Kind::headStart) return "head start " + printable(start.name);
+    return "the model of " + printable(start.name);
+}
+
 std::string learnedText(const ModelBundle& bundle) {
     const auto clips = static_cast<std::int64_t>(bundle.metadata.clipNames.size());
+    const std::string onto =
+        bundle.metadata.start ? ", onto " + startText(*bundle.metadata.start) : std::string();
     return "Learned " + counted(clips, "sample", "samples") + " (" +
            std::string(rawValue(bundle.config.profile)) + " analysis, " +
-           Text::fixed(bundle.config.clipSeconds(), 1) + " s per sample).";
+           Text::fixed(bundle.config.clipSeconds(), 1) + " s per sample)" + onto + ".";
 }
 
 std::string leftOutText(const KnownCorpus& corpus, const ModelBundle& bundle) {

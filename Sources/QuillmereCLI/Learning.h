@@ -43,7 +43,10 @@ struct KnownCorpus {
 // created in it: better at once than after minutes of training.
 void requireWritableFolder(const std::filesystem::path& folder);
 
-// "Learned 72 samples (percussive analysis, 0.8 s each)."
+// "the model of Kicks"
+[[nodiscard]] std::string startText(const ModelStart& start);
+
+// "Learned 72 samples (percussive analysis, 0.8 s each), onto the model of Kicks."
 [[nodiscard]] std::string learnedText(const ModelBundle& bundle);
 
 // A line about corpus files that the model does not use; empty when it uses all.

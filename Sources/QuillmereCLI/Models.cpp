@@ -2,6 +2,7 @@
 #include <variant>
 
 #include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/ModelStore.h"
@@ -58,7 +59,8 @@ void print(const StoredModel& model, Console& console) {
                       ", " + printable(metadata.corpusPath));
         console.print("  trained   " + ModelStore::isoDate(metadata.trainedAt) + ", " +
                       counted(metadata.steps, "step", "steps") +
-                      (metadata.analysis ? ", " + printable(*metadata.analysis) + " analysis" : ""));
+                      (metadata.analysis ? ", " + printable(*metadata.analysis) + " analysis" : "") +
+                      (metadata.start ? ", onto " + startText(*metadata.start) : ""));
     }
     console.print("  size      " + byteSize(model.stored.bytes));
     if (model.stored.remains > 0)

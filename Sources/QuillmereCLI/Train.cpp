@@ -5,6 +5,7 @@
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/StartOption.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Network/Device/GPU.h"
@@ -44,6 +45,7 @@ struct TrainOptions {
     std::optional<double> learningRate;
     std::optional<double> klWeight;
     std::optional<std::uint64_t> seed;
+    StartOption start;
     bool retrain = false;
     bool json = false;
 
@@ -66,6 +68,7 @@ struct TrainOptions {
         addReal(app, "--kl-weight", klWeight, {0, 1000}, "Pull towards an even latent space")
             ->default_str("0.002");
         addSeed(app, seed, "The same number trains the same model")->default_str("1");
+        start.addTo(app);
         compute.addTo(app);
         models.addTo(app);
         app.add_flag("--retrain", retrain, "Train even if a model is stored, and replace it");
@@ -82,15 +85,24 @@ struct TrainOptions {
         if (learningRate) options.learningRate = static_cast<float>(*learningRate);
         if (klWeight) options.klWeight = static_cast<float>(*klWeight);
         if (seed) options.seed = *seed;
+        options.start = start.open(models);
         return options;
     }
 };
 
+JSON toJSON(const ModelStart& start) {
+    JSON object = JSON::object();
+    object["kind"] = rawValue(start.kind);
+    object["name"] = start.name;
+    object["identity"] = start.identity;
+    return object;
+}
+
 JSON modelJSON(const KnownCorpus& corpus, const ModelBundle& bundle, bool trained) {
     JSON result = makeResult("train");
     result["trained"] = trained;
-    result["modelFolder"] = toJSON(corpus.modelFolder);
-    result["corpus"] = toJSON(corpus.summary.directory);
+    result["modelFolder"] = cli::toJSON(corpus.modelFolder);
+    result["corpus"] = cli::toJSON(corpus.summary.directory);
     result["fileCount"] = corpus.summary.fileCount();
     result["clipCount"] = bundle.metadata.clipNames.size();
     result["steps"] = bundle.metadata.steps;
@@ -98,6 +110,7 @@ JSON modelJSON(const KnownCorpus& corpus, const ModelBundle& bundle, bool traine
     result["clipSeconds"] = bundle.config.clipSeconds();
     result["finalLoss"] = bundle.metadata.finalLoss;
     result["finalReconstructionError"] = bundle.metadata.finalReconstructionError;
+    if (bundle.metadata.start) result["start"] = toJSON(*bundle.metadata.start);
     return result;
 }
 

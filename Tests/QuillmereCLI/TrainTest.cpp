@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 
@@ -109,6 +110,89 @@ TEST_F(Train, QualityChoosesTheSteps) {
         EXPECT_TRUE(seen) << outcome.out;
     }
 }
+
+// ---- From another model
+
+// A second corpus and its models folder, for a training that starts from the model of the first.
+class TrainFromAModel : public CommandTest {
+protected:
+    TrainFromAModel() {
+        trainModel();
+        name = modelFolder().filename().string();
+        writeSmallCorpus(other);
+        writeWAV(other / "four.wav", struckTone(600, 0.2, 22050), 22050);
+    }
+    [[nodiscard]] std::vector<std::string> arguments(const std::string& start,
+                                                     std::vector<std::string> more = {}) const {
+        std::vector<std::string> result = trainArguments(std::move(more));
+        result[1] = other.string();
+        result.insert(result.end(), {"--start", start});
+        return result;
+    }
+
+    const std::filesystem::path other = folder / "More Bars";
+    std::string name;
+};
+
+TEST_F(TrainFromAModel, BuildsOnItAndSaysSo) {
+    const Outcome outcome = runCommand(arguments(name));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find(" s per sample), onto the model of Struck Bars.\n"), std::string::npos)
+        << outcome.out;
+    EXPECT_NE(runCommand(withModels({"models"})).out.find("onto the model of Struck Bars"),
+              std::string::npos);
+}
+
+TEST_F(TrainFromAModel, FindsItByItsFolderToo) {
+    const Outcome outcome = runCommand(arguments(modelFolder().string(), {"--json"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const cli::JSON start = outcome.event("result")["start"];
+    EXPECT_EQ(start["kind"], "model");
+    EXPECT_EQ(start["name"], "Struck Bars");
+    EXPECT_EQ(start["identity"].get<std::string>().size(), 64U);
+}
+
+TEST_F(TrainFromAModel, TakesClipsOfAnotherLength) {
+    for (const char* seconds : {"0.05", "0.9"}) {
+        std::vector<std::string> longer = arguments(name, {"--retrain"});
+        *(std::ranges::find(longer, "0.1")) = seconds;
+        const Outcome outcome = runCommand(longer);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    }
+}
+
+TEST_F(TrainFromAModel, IsAnotherModelThanAFreshOne) {
+    const auto weights = [&] {
+        for (const auto& entry : std::filesystem::directory_iterator(models)) {
+            if (entry.path().filename().string().starts_with("More Bars"))
+                return readText(entry.path() / "weights.bin");
+        }
+        return std::string();
+    };
+    ASSERT_EQ(runCommand(arguments("fresh")).exitCode, 0);
+    const std::string fresh = weights();
+    ASSERT_EQ(runCommand(arguments(name, {"--retrain"})).exitCode, 0);
+    EXPECT_NE(weights(), fresh);
+}
+
+TEST_F(TrainFromAModel, RefusesOneOfAnotherAnalysis) {
+    const Outcome outcome = runCommand(arguments(name, {"--analysis", "tonal"}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("was learned with the percussive analysis, not with the tonal one."),
+              std::string::npos)
+        << outcome.err;
+}
+
+TEST_F(TrainFromAModel, RefusesOneThatIsNotThere) {
+    const Outcome outcome = runCommand(arguments("Nothing-1234"));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("There is no model named Nothing-1234 in " + models.string()),
+              std::string::npos)
+        << outcome.err;
+    EXPECT_EQ(runCommand(arguments("")).exitCode, 2);
+}
+
+// ---- Trouble
 
 TEST_F(Train, LeavesNothingBehindWhenCancelledWhileTraining) {
     const Outcome outcome = runCommandCancelledAt("\"training\"", trainArguments({"--json"}));

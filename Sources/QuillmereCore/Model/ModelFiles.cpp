@@ -179,6 +179,10 @@ void requireDigest(const InputFile& file, const std::string& digest, const std::
 
 // ---- model.json
 
+Json encodeStart(const ModelStart& start) {
+    return {{"kind", rawValue(start.kind)}, {"name", start.name}, {"identity", start.identity}};
+}
+
 std::string encodeMetadata(const ModelMetadata& metadata) {
     Json object{{"corpusName", metadata.corpusName},
                 {"corpusPath", metadata.corpusPath},
@@ -189,6 +193,7 @@ std::string encodeMetadata(const ModelMetadata& metadata) {
                 {"finalReconstructionError", metadata.finalReconstructionError},
                 {"clipNames", metadata.clipNames}};
     if (metadata.analysis) object["analysis"] = *metadata.analysis;
+    if (metadata.start) object["start"] = encodeStart(*metadata.start);
     return object.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -234,6 +239,20 @@ std::optional<std::string> decodeAnalysis(const Json& metadata) {
     return json::stringMember(metadata, "analysis");
 }
 
+std::optional<ModelStart> decodeStart(const Json& metadata) {
+    const auto found = metadata.find("start");
+    if (found == metadata.end() || found->is_null()) return std::nullopt;
+    const Json& start = json::objectMember(metadata, "start");
+    const std::string& kind = json::stringMember(start, "kind");
+    for (const ModelStart::Kind known : {ModelStart::Kind::headStart, ModelStart::Kind::model}) {
+        if (kind != rawValue(known)) continue;
+        return ModelStart{.kind = known,
+                          .name = json::stringMember(start, "name"),
+                          .identity = json::stringMember(start, "identity")};
+    }
+    throw DecodingError("\"kind\" is " + json::quoted(kind) + ", which is no start");
+}
+
 ModelMetadata decodeMetadata(const Json& metadata) {
     return {.corpusName = json::stringMember(metadata, "corpusName"),
             .corpusPath = json::stringMember(metadata, "corpusPath"),
@@ -243,7 +262,8 @@ ModelMetadata decodeMetadata(const Json& metadata) {
             .finalLoss = json::numberMember(metadata, "finalLoss"),
             .finalReconstructionError = json::numberMember(metadata, "finalReconstructionError"),
             .clipNames = decodeClipNames(metadata),
-            .analysis = decodeAnalysis(metadata)};
+            .analysis = decodeAnalysis(metadata),
+            .start = decodeStart(metadata)};
 }
 
 std::vector<float> decodeLatent(const Json& latent) {

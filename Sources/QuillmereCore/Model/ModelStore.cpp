@@ -20,6 +20,20 @@
 #include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Text.h"
 
+namespace quillmere {
+
+std::string_view rawValue(ModelStart::Kind kind) {
+    switch (kind) {
+        case ModelStart::Kind::headStart:
+            return "head-start";
+        case ModelStart::Kind::model:
+            return "model";
+    }
+    fatal("unknown kind of start");
+}
+
+}  // namespace quillmere
+
 namespace quillmere::ModelStore {
 namespace {
 

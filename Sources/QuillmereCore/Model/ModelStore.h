@@ -15,6 +15,18 @@
 
 namespace quillmere {
 
+// What the training of a model began from, where that were not random weights.
+struct ModelStart {
+    enum class Kind { headStart, model };
+    Kind kind = Kind::headStart;
+    std::string name;      // version of the head start, or name of the other model's corpus
+    std::string identity;  // of the network: digest of the file it came from, or modelIdentity
+
+    friend bool operator==(const ModelStart&, const ModelStart&) = default;
+};
+
+[[nodiscard]] std::string_view rawValue(ModelStart::Kind kind);  // "head-start", "model"
+
 struct ModelMetadata {
     std::string corpusName;
     std::string corpusPath;
@@ -25,6 +37,7 @@ struct ModelMetadata {
     float finalReconstructionError = 0;
     std::vector<std::string> clipNames;   // in the order of the bundle's latents
     std::optional<std::string> analysis;  // raw value of the profile
+    std::optional<ModelStart> start{};    // absent: random weights
 
     friend bool operator==(const ModelMetadata&, const ModelMetadata&) = default;
 };

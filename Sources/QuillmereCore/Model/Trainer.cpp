@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,6 +14,7 @@
 #include "QuillmereCore/Model/ClipPreparation.h"
 #include "QuillmereCore/Model/Training/ClipReading.h"
 #include "QuillmereCore/Model/Training/TrainingLoop.h"
+#include "QuillmereCore/Model/Training/TrainingStart.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 #include "QuillmereCore/Util/Text.h"
@@ -66,6 +68,9 @@ PreparedCorpus prepareCorpus(const CorpusSummary& corpus, const TrainingOptions&
     prepared.config = chooseConfig(clips, corpus.dominantSampleRate(), options);
     if (const auto problem = problemWith(prepared.config))
         throw Failure("Training is not possible with these settings: " + *problem);
+    if (options.start) {
+        if (const auto problem = options.start->problemWith(prepared.config)) throw Failure(*problem);
+    }
     report(progress, analysisStarted(prepared.config.profile, prepared.config.clipSeconds()));
     prepared.images = imagesOf(clips, prepared.config, stop);
     for (ClipReading& clip : clips)
@@ -84,22 +89,43 @@ ModelMetadata describe(const CorpusSummary& corpus, const TrainingOptions& optio
             .finalLoss = trained.finalLoss,
             .finalReconstructionError = trained.finalReconstructionError,
             .clipNames = std::move(prepared.names),
-            .analysis = std::string(rawValue(prepared.config.profile))};
+            .analysis = std::string(rawValue(prepared.config.profile)),
+            .start = options.start ? std::optional(options.start->origin()) : std::nullopt};
+}
+
+// From prepared images to a network: the part in which training and listening before it differ.
+using Learning = std::function<TrainedNetwork(const PreparedCorpus&)>;
+
+ModelBundle makeModel(const CorpusSummary& corpus, const TrainingOptions& options,
+                      const ProgressCallback& progress, const std::stop_token& stop,
+                      const Learning& learning) {
+    if (corpus.files.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
+    PreparedCorpus prepared = prepareCorpus(corpus, options, progress, stop);
+    TrainedNetwork trained = learning(prepared);
+    ModelMetadata metadata = describe(corpus, options, trained, prepared);
+    return {.config = prepared.config,
+            .metadata = std::move(metadata),
+            .weights = std::move(trained.weights),
+            .latents = std::move(trained.latents)};
 }
 
 }  // namespace
 
 ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
                   const ProgressCallback& progress, const std::stop_token& stop, network::Backend& backend) {
-    if (corpus.files.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
-    PreparedCorpus prepared = prepareCorpus(corpus, options, progress, stop);
-    TrainedNetwork trained =
-        trainOnImages(prepared.config, prepared.images, options, progress, stop, backend);
-    ModelMetadata metadata = describe(corpus, options, trained, prepared);
-    return {.config = prepared.config,
-            .metadata = std::move(metadata),
-            .weights = std::move(trained.weights),
-            .latents = std::move(trained.latents)};
+    return makeModel(corpus, options, progress, stop, [&](const PreparedCorpus& prepared) {
+        return trainOnImages(prepared.config, prepared.images, options, progress, stop, backend);
+    });
+}
+
+ModelBundle beforeLearning(const CorpusSummary& corpus, const TrainingOptions& options,
+                           const ProgressCallback& progress, const std::stop_token& stop,
+                           network::Backend& backend) {
+    ModelBundle bundle = makeModel(corpus, options, progress, stop, [&](const PreparedCorpus& prepared) {
+        return startOnImages(prepared.config, prepared.images, options, backend);
+    });
+    bundle.metadata.steps = 0;
+    return bundle;
 }
 
 }  // namespace quillmere::ModelTrainer

@@ -118,6 +118,32 @@ std::string loadMessage(const StoredModel& model) {
     return messageOf<Error>([&] { (void)ModelStore::load(model.path()); });
 }
 
+// ---- What the training began from
+
+TEST(ModelStart, IsKeptWithTheModel) {
+    const TempFolder folder;
+    for (const ModelStart::Kind kind : {ModelStart::Kind::headStart, ModelStart::Kind::model}) {
+        ModelBundle bundle = exampleBundle();
+        bundle.metadata.start = ModelStart{kind, "Kicks \"2\"", "0123abcd"};
+        ModelStore::save(bundle, folder.path());
+        EXPECT_EQ(ModelStore::load(folder.path()).metadata.start, bundle.metadata.start);
+    }
+}
+
+TEST(ModelStart, IsNoKeyOfAFreshModel) {
+    const StoredModel model;
+    EXPECT_EQ(readText(model.manifest()).find("\"start\""), std::string::npos);
+    EXPECT_EQ(ModelStore::load(model.path()).metadata.start, std::nullopt);
+}
+
+TEST(ModelStart, OfAnUnknownKindIsDamage) {
+    const StoredModel model;
+    model.changeManifest("\"steps\"",
+                         "\"start\": {\"identity\": \"\", \"kind\": \"luck\", \"name\": \"\"}, \"steps\"");
+    EXPECT_NE(loadMessage<DecodingError>(model).find("\"kind\" is \"luck\", which is no start"),
+              std::string::npos);
+}
+
 // ---- Where models live
 
 CorpusSummary corpusAt(const fs::path& directory) {

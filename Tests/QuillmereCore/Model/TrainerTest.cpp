@@ -7,12 +7,15 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "QuillmereCore/Model/ClipPreparation.h"
+#include "QuillmereCore/Model/ModelIdentity.h"
+#include "QuillmereCore/Model/Training/TrainingStart.h"
 #include "QuillmereCore/Model/Training/TrainingTestData.h"
 #include "QuillmereCore/Model/VAE.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
@@ -58,6 +61,10 @@ void expectSameBits(const ModelBundle& a, const ModelBundle& b) {
     EXPECT_EQ(a.metadata.finalReconstructionError, b.metadata.finalReconstructionError);
 }
 
+void expectSameWeights(const ModelBundle& a, const ModelBundle& b) {
+    EXPECT_TRUE(a.weights == b.weights);
+}
+
 // ---- Whole runs
 
 TEST_F(TrainerRun, OfAFolderWithoutFilesFindsNoUsableAudio) {
@@ -94,6 +101,58 @@ TEST_F(TrainerRun, LeavesOutUnusableFilesWithoutAMessage) {
     EXPECT_EQ(bundle.latents.size(), 3U);
     EXPECT_EQ(listener.messages().at(6), "Reading samples… 6/6") << "failed files count too";
 }
+
+// ---- From a start
+
+TEST_F(TrainerRun, OfAFreshModelSaysNothingOfAStart) {
+    EXPECT_EQ(train(quickOptions(1)).metadata.start, std::nullopt);
+}
+
+TEST_F(TrainerRun, BuildsOnWhatAnotherModelLearnedAndSaysSo) {
+    const ModelBundle first = train(quickOptions(3));
+    TrainingOptions options = quickOptions(1);
+    options.learningRate = 0;
+    options.start = std::make_shared<const TrainingStart>(first);
+    const ModelBundle second = train(options);
+    expectSameWeights(second, first);
+    EXPECT_EQ(second.latents, first.latents);
+    ASSERT_TRUE(second.metadata.start);
+    EXPECT_EQ(second.metadata.start->kind, ModelStart::Kind::model);
+    EXPECT_EQ(second.metadata.start->name, first.metadata.corpusName);
+    EXPECT_EQ(second.metadata.start->identity, modelIdentity(first));
+    EXPECT_EQ(second.metadata.steps, 1);
+}
+
+TEST_F(TrainerRun, RefusesAStartOfAnotherAnalysisOnceItKnowsItsOwn) {
+    TrainingOptions options = quickOptions(1);
+    options.start = std::make_shared<const TrainingStart>(train(options));
+    options.profile = AnalysisProfile::tonal;
+    try {
+        (void)train(options);
+        FAIL() << "trained";
+    } catch (const Failure& failure) {
+        EXPECT_STREQ(failure.what(),
+                     "What the training is to start from was learned with the percussive analysis, not with "
+                     "the tonal one.");
+    }
+}
+
+TEST_F(TrainerRun, CanBeHeardBeforeItLearns) {
+    TrainingOptions options = quickOptions(2);
+    const ModelBundle first = train(options);
+    options.start = std::make_shared<const TrainingStart>(first);
+    listener.records.clear();
+    const ModelBundle heard =
+        ModelTrainer::beforeLearning(corpus.scan(), options, listener.progress(), {}, processor());
+    expectSameWeights(heard, first);
+    EXPECT_EQ(heard.latents, first.latents);
+    EXPECT_EQ(heard.metadata.steps, 0);
+    EXPECT_EQ(heard.metadata.clipNames, first.metadata.clipNames);
+    EXPECT_TRUE(heard.metadata.start);
+    EXPECT_TRUE(listener.ofPhase(Phase::training).empty());
+}
+
+// ---- Reports
 
 TEST_F(TrainerRun, ReportsEveryPhaseInOrder) {
     (void)train(quickOptions(25));

@@ -9,6 +9,7 @@
 #include "QuillmereCore/Model/Training/BatchSource.h"
 #include "QuillmereCore/Model/Training/Schedule.h"
 #include "QuillmereCore/Model/Training/TrainingError.h"
+#include "QuillmereCore/Model/Training/TrainingStart.h"
 #include "QuillmereCore/Model/VAE.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -16,13 +17,19 @@
 namespace quillmere::ModelTrainer {
 namespace {
 
+std::vector<std::vector<float>> startWeights(const ModelConfig& config, const TrainingOptions& options,
+                                             network::Backend& backend) {
+    return options.start ? options.start->weightsFor(config, backend)
+                         : VAEArchitecture::initialWeights(config, options.seed);
+}
+
 // The steps: a network with its weights and final loss, nothing encoded yet.
 TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<float>> images,
                         const TrainingOptions& options, const ProgressCallback& progress,
                         const std::stop_token& stop, network::Backend& backend,
                         const std::function<void(const network::StepResult&)>& onStep) {
     VAETrainingGraph graph(config, static_cast<int>(options.batchSize),
-                           VAEArchitecture::initialWeights(config, options.seed), backend);
+                           startWeights(config, options, backend), backend);
     BatchSource source(config, images, options.batchSize, options.seed);
     const auto batch = static_cast<std::size_t>(options.batchSize);
     std::vector<float> x(batch * images.front().size());
@@ -76,6 +83,14 @@ float reconstructionError(VAEInference& inference, std::span<const std::vector<f
     return static_cast<float>(sum / static_cast<double>(images.size()));
 }
 
+// What is known of the images once the weights are.
+void encodeImages(const ModelConfig& config, std::span<const std::vector<float>> images,
+                  network::Backend& backend, TrainedNetwork& network) {
+    VAEInference inference(config, network.weights, backend);
+    network.latents = inference.encode(images);
+    network.finalReconstructionError = reconstructionError(inference, network.latents, images);
+}
+
 }  // namespace
 
 TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
@@ -85,10 +100,18 @@ TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vec
     require(options.steps >= 1, "training needs at least one step");
     require(!images.empty(), "training needs at least one image");
     TrainedNetwork trained = optimise(config, images, options, progress, stop, backend, onStep);
-    VAEInference inference(config, trained.weights, backend);
-    trained.latents = inference.encode(images);
-    trained.finalReconstructionError = reconstructionError(inference, trained.latents, images);
+    encodeImages(config, images, backend, trained);
     return trained;
+}
+
+TrainedNetwork startOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
+                             const TrainingOptions& options, network::Backend& backend) {
+    require(options.start != nullptr, "random weights are nothing to listen to");
+    require(!images.empty(), "a network needs at least one image");
+    TrainedNetwork untrained;
+    untrained.weights = startWeights(config, options, backend);
+    encodeImages(config, images, backend, untrained);
+    return untrained;
 }
 
 }  // namespace quillmere::ModelTrainer

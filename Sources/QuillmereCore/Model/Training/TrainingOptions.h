@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 #include "QuillmereCore/Model/ModelConfig.h"
 
 namespace quillmere {
+
+class TrainingStart;
 
 struct TrainingOptions {
     std::int64_t steps = 2500;  // at least 1
@@ -16,6 +19,7 @@ struct TrainingOptions {
     std::optional<double> clipSeconds;  // absent: chosen from the corpus
     AnalysisProfile profile = AnalysisProfile::automatic;
     std::uint64_t seed = 1;
+    std::shared_ptr<const TrainingStart> start;  // null: random weights, drawn from the seed
 };
 
 }  // namespace quillmere
