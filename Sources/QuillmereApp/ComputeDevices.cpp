@@ -82,8 +82,8 @@ void ComputeDevices::choose(DeviceChoice choice) {
                 tasks_.post([this, number, opening] { opened(number, opening); });
             },
         .processorStandsIn =
-            [this](const std::string& message) {
-                tasks_.post([this, message] { processorStandsIn(message); });
+            [this, number](const std::string& message) {
+                tasks_.post([this, number, message] { processorStandsIn(number, message); });
             },
     };
     chosen_ = std::make_shared<ChosenDevice>(*environment_.machine, choice_,
@@ -121,11 +121,14 @@ void ComputeDevices::compiling() {
     emit changed();
 }
 
-void ComputeDevices::processorStandsIn(const std::string& message) {
-    processorStandsIn_ = true;
-    problem_ = QString::fromStdString(message);
-    emit changed();
-    emit notice(problem_);
+void ComputeDevices::processorStandsIn(quint64 number, const std::string& message) {
+    const QString text = QString::fromStdString(message);
+    if (number == choiceNumber_) {  // what is shown of a newer choice stays
+        processorStandsIn_ = true;
+        problem_ = text;
+        emit changed();
+    }
+    emit notice(text);
 }
 
 void ComputeDevices::failed(const QString& message) {

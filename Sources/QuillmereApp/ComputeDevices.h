@@ -79,7 +79,7 @@ private:
     void restoreChoice();
     void choose(network::DeviceChoice choice);
     void opened(quint64 number, const network::ChosenDevice::Opening& opening);
-    void processorStandsIn(const std::string& message);
+    void processorStandsIn(quint64 number, const std::string& message);
     void setDevices(std::vector<network::ComputeDevice> devices);
     void fallBack(const std::string& problem);
     // device: one of devices_.

@@ -532,6 +532,21 @@ private slots:
         QCOMPARE(model.devices()->problem(), QString());
     }
 
+    void whatBefellAnEarlierChoiceDoesNotMarkTheNewOne() {
+        TestWorld world;
+        addCards(world);
+        world.machine.isFull = true;
+        AppModel model(world.environment);
+        QSignalSpy notices(&model, &AppModel::notice);
+        choose(model, Card);
+        std::thread([&] { compileOnDevice(model); }).join();  // its notice is on its way
+        model.chooseDevice(Driver);
+        deliverEvents();
+        QCOMPARE(texts(notices), QStringList("The card is full. The processor is used instead."));
+        QCOMPARE(model.devices()->problem(), QString());
+        QCOMPARE(model.devices()->name(), QString(driver));
+    }
+
     void aDeviceLostInTrainingEndsTheRun() {
         TestWorld world;
         world.steps = 100000;
