@@ -43,7 +43,7 @@ public:
     [[nodiscard]] FloatBuffer take(std::size_t count) {
         const std::size_t bytes =
             roundUp((count + FloatBuffer::slack) * sizeof(float), FloatBuffer::alignment);
-        if (bytes > left_) addBlock(bytes);
+        if (next_ == nullptr || bytes > left_) addBlock(bytes);
         auto* const data = reinterpret_cast<float*>(next_);
         next_ += bytes;
         left_ -= bytes;
