@@ -123,6 +123,8 @@ public:
         action.sa_flags = SA_RESTART;
         for (const int signal : {SIGTERM, SIGINT, SIGHUP})
             ::sigaction(signal, &action, nullptr);
+        // A file beyond the permitted size is a write error like a full disk.
+        ::signal(SIGXFSZ, SIG_IGN);
     }
 
 private:

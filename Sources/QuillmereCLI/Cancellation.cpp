@@ -1,6 +1,7 @@
 #include "QuillmereCLI/Cancellation.h"
 
 #include <pthread.h>
+#include <signal.h>
 
 #include <array>
 #include <csignal>
@@ -13,11 +14,18 @@ namespace {
 constexpr std::array cancellingSignals{SIGINT, SIGTERM};
 constexpr int wakeUp = SIGUSR1;  // sent to the watcher alone, when it is to end
 
+// A blocked signal arrives even where it is ignored, so it must be asked.
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
 sigset_t watchedSignals() {
     sigset_t signals{};
     sigemptyset(&signals);
     for (const int signal : cancellingSignals)
         sigaddset(&signals, signal);
+    if (!isIgnored(SIGHUP)) sigaddset(&signals, SIGHUP);
     sigaddset(&signals, wakeUp);
     return signals;
 }
@@ -59,6 +67,7 @@ void CancelFlag::check() const {
 
 SignalRoute::SignalRoute(CancelFlag& flag) {
     (void)std::signal(SIGPIPE, SIG_IGN);
+    (void)std::signal(SIGXFSZ, SIG_IGN);
     changeMask(SIG_BLOCK, watchedSignals());
     watcher_ = std::jthread([&flag](const std::stop_token& end) { watch(end, flag); });
 }

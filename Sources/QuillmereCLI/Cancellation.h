@@ -23,8 +23,9 @@ private:
     std::atomic<int> signal_{0};
 };
 
-// While it lives, SIGINT and SIGTERM set the flag, and a second signal of the kind ends the program at once.
-// SIGPIPE is ignored, so that a closed pipe is an ordinary write error.
+// While it lives, SIGINT, SIGTERM and SIGHUP (unless whoever started the program had it ignored, as nohup
+// does) set the flag, and a second signal of the kind ends the program at once. SIGPIPE and SIGXFSZ are
+// ignored, so that a closed pipe and a file beyond the permitted size are ordinary write errors.
 //
 // The signals are blocked and a thread of its own waits for them, so that no unrelated read or write is
 // interrupted. Make it before any other thread, which would receive the signals instead.

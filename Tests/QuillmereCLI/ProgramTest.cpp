@@ -93,6 +93,33 @@ TEST_F(ProgramTest, TerminationIsACancellationToo) {
     EXPECT_EQ(entriesIn(models), 0U);
 }
 
+TEST_F(ProgramTest, ATerminalThatClosesIsACancellationToo) {
+    Program program(trainArguments("10000000"));
+    ASSERT_TRUE(program.waitFor("Training"));
+    program.signal(SIGHUP);
+    EXPECT_EQ(program.finish().exitCode, 129);
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
+TEST_F(ProgramTest, AClosedTerminalEndsNothingThatWasStartedToOutliveIt) {
+    auto arguments = trainArguments("10000000");
+    arguments.insert(arguments.begin(), "/usr/bin/nohup");
+    Program program(arguments);
+    ASSERT_TRUE(program.waitFor("Training"));
+    program.signal(SIGHUP);
+    program.signal(SIGTERM);
+    EXPECT_EQ(program.finish().exitCode, 143);
+}
+
+TEST_F(ProgramTest, AFileBeyondThePermittedSizeIsAFailureWithASentence) {
+    auto arguments = trainArguments("2");
+    arguments.insert(arguments.begin(), {"/usr/bin/prlimit", "--fsize=20000"});
+    const auto result = Program(arguments).finish();
+    EXPECT_EQ(result.exitCode, 1);
+    EXPECT_TRUE(result.err.ends_with(": File too large\n")) << result.err;
+    EXPECT_EQ(entriesIn(models), 0U);
+}
+
 TEST_F(ProgramTest, InterruptWhileGeneratingLeavesOnlyWholeFiles) {
     trainModel();
     auto arguments = generateArguments("100000");
