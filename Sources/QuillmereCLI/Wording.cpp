@@ -1,5 +1,8 @@
 #include "QuillmereCLI/Wording.h"
 
+#include <unicode/uchar.h>
+#include <unicode/utf8.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -9,8 +12,16 @@
 namespace quillmere::cli {
 namespace {
 
-std::string escaped(unsigned char control) {
-    switch (control) {
+// prefix and the lowest digits of value in hexadecimal, as many as stated.
+std::string hexadecimal(std::string_view prefix, std::uint32_t value, int digits) {
+    std::string text(prefix);
+    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+        text += "0123456789abcdef"[value >> static_cast<unsigned>(shift) & 15U];
+    return text;
+}
+
+std::string escaped(UChar32 character) {
+    switch (character) {
         case '\n':
             return "\\n";
         case '\r':
@@ -20,8 +31,26 @@ std::string escaped(unsigned char control) {
         default:
             break;
     }
-    constexpr std::string_view digits = "0123456789abcdef";
-    return {'\\', 'x', digits[control >> 4U], digits[control & 15U]};
+    const auto value = static_cast<std::uint32_t>(character);
+    if (value < 0x80U) return hexadecimal("\\x", value, 2);
+    return value < 0x10000U ? hexadecimal("\\u", value, 4) : hexadecimal("\\U", value, 8);
+}
+
+// The character that begins at next, negative for bytes that are none; next moves behind it.
+UChar32 takeCharacter(std::string_view text, std::size_t& next) {
+    UChar32 character = 0;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wconversion"  // inside the macro
+    U8_NEXT(text.data(), next, text.size(), character);
+#pragma GCC diagnostic pop
+    return character;
+}
+
+bool isHarmless(UChar32 character) {
+    constexpr UChar32 nonJoiner = 0x200C;
+    constexpr UChar32 joiner = 0x200D;
+    if (character == nonJoiner || character == joiner) return true;
+    return (U_GET_GC_MASK(character) & (U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK)) == 0;
 }
 
 bool isContinuationByte(char c) {
@@ -40,12 +69,17 @@ bool isPlain(char c) {
 
 std::string printable(std::string_view text) {
     std::string result;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20U || byte == 0x7FU) {
-            result += escaped(byte);
+    for (std::size_t next = 0; next < text.size();) {
+        const std::size_t start = next;
+        const UChar32 character = takeCharacter(text, next);
+        const std::string_view bytes = text.substr(start, next - start);
+        if (character < 0) {
+            for (const char byte : bytes)
+                result += hexadecimal("\\x", static_cast<unsigned char>(byte), 2);
+        } else if (isHarmless(character)) {
+            result += bytes;
         } else {
-            result += c;
+            result += escaped(character);
         }
     }
     return result;

@@ -9,8 +9,10 @@
 // Values as people read them. No function here depends on the locale.
 namespace quillmere::cli {
 
-// text with control characters as C escapes (\n, \x1b), so that a file's name stays on one line and cannot
-// steer the terminal. Every other byte is kept.
+// text with everything as an escape that would steer a terminal, or hide what a file is called: control
+// characters
+// (\n, \x1b, \u0085), line separators, marks that change the direction of writing (\u202e), other invisible
+// characters but those that join emoji and letters, and bytes that are no UTF-8 (\xff).
 [[nodiscard]] std::string printable(std::string_view text);
 [[nodiscard]] std::string shownPath(const std::filesystem::path& path);
 

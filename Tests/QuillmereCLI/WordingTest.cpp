@@ -11,6 +11,23 @@ TEST(Wording, PrintableEscapesControlCharactersOnly) {
     EXPECT_EQ(printable("kick\n\t\x1b[2J\x7f drüm"), "kick\\n\\t\\x1b[2J\\x7f drüm");
 }
 
+TEST(Wording, PrintableEscapesWhatHidesOrReordersAName) {
+    EXPECT_EQ(printable("a\u202egnp.wav"), "a\\u202egnp.wav");
+    EXPECT_EQ(printable("\u2066a\u2069\u061c\u200f"), "\\u2066a\\u2069\\u061c\\u200f");
+    EXPECT_EQ(printable("a\u2028b\u2029c\u0085d"), "a\\u2028b\\u2029c\\u0085d");
+    EXPECT_EQ(printable("\ufeffx\u200by\U000e0041"), "\\ufeffx\\u200by\\U000e0041");
+    // What joins letters and emoji belongs to them.
+    EXPECT_EQ(printable("\U0001f469\u200d\U0001f3a4 \u0646\u200c\u0645"),
+              "\U0001f469\u200d\U0001f3a4 \u0646\u200c\u0645");
+}
+
+TEST(Wording, PrintableEscapesBytesThatAreNoText) {
+    EXPECT_EQ(printable("a\xff\xfe z"), "a\\xff\\xfe z");
+    EXPECT_EQ(printable("cut \xe2\x82"), "cut \\xe2\\x82");
+    EXPECT_EQ(printable("\xed\xa0\x80"), "\\xed\\xa0\\x80") << "half a surrogate pair";
+    EXPECT_EQ(printable("\xc0\xaf"), "\\xc0\\xaf") << "longer than need be";
+}
+
 TEST(Wording, ShellWordQuotesOnlyWhatNeedsIt) {
     EXPECT_EQ(shellWord("/music/kicks-2"), "/music/kicks-2");
     EXPECT_EQ(shellWord("/music/my kicks"), "'/music/my kicks'");
