@@ -10,6 +10,7 @@
 
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
@@ -65,8 +66,11 @@ bool PresetFolder::save(const QString& folder, const QString& name, const Aesthe
     std::error_code error;
     std::filesystem::create_directories(path, error);
     if (error) throw FileError(path, error);
+    removeAbandonedFiles(path);
     const std::string json = encodePreset(aesthetics);
-    return writeNewFile(toPath(fileOf(folder, name)), std::as_bytes(std::span(json)));
+    if (!writeNewFile(toPath(fileOf(folder, name)), std::as_bytes(std::span(json)))) return false;
+    if (const std::error_code unsafe = syncFolder(path)) throw FileError(path, unsafe);
+    return true;
 }
 
 void PresetFolder::remove(const QString& folder, const QString& name) {

@@ -23,7 +23,7 @@ void writeAudition(const std::vector<float>& samples, const std::filesystem::pat
     // The folder is everybody's: a link of that name could lead anywhere.
     std::error_code ignored;  // then it is no link
     if (std::filesystem::is_symlink(file, ignored)) std::filesystem::remove(file);
-    AudioIO::write(samples, file, sampleRate, OutputFormat::wav16);
+    AudioIO::write(samples, file, sampleRate, OutputFormat::wav16, Durability::disposable);
 }
 
 }  // namespace

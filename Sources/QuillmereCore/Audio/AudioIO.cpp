@@ -14,7 +14,6 @@
 #include "QuillmereCore/Audio/ReadError.h"
 #include "QuillmereCore/Audio/Resampler.h"
 #include "QuillmereCore/Audio/WAVWriter.h"
-#include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -290,9 +289,9 @@ std::vector<float> AudioIO::resample(std::vector<float> samples, double from, do
     return converted;
 }
 
-void AudioIO::write(std::span<const float> samples, const fs::path& file, int sampleRate,
-                    OutputFormat format) {
-    writeFileAtomically(file, encode(samples, file, sampleRate, format));
+void AudioIO::write(std::span<const float> samples, const fs::path& file, int sampleRate, OutputFormat format,
+                    Durability durability) {
+    writeFileAtomically(file, encode(samples, file, sampleRate, format), durability);
 }
 
 bool AudioIO::writeNew(std::span<const float> samples, const fs::path& file, int sampleRate,

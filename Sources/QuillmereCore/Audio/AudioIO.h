@@ -12,6 +12,7 @@
 #include <string_view>
 #include <vector>
 
+#include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
@@ -128,9 +129,10 @@ StreamedAudio stream(const std::filesystem::path& file, double rate, const Sampl
 // formats, NaN becomes silence there; float samples are stored unchanged. Requires sampleRate > 0, in Hz.
 // Throws FileError, also for more than 4 GiB, and AudioIOError when memory is short.
 void write(std::span<const float> samples, const std::filesystem::path& file, int sampleRate,
-           OutputFormat format);
+           OutputFormat format, Durability durability = Durability::onDisk);
 
-// As write, but never replaces: false, with nothing written, when the name is already taken.
+// As write, but never replaces: false, with nothing written, when the name is already taken. The name is on
+// the disk with syncFolder.
 [[nodiscard]] bool writeNew(std::span<const float> samples, const std::filesystem::path& file, int sampleRate,
                             OutputFormat format);
 

@@ -10,6 +10,8 @@
 #include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Generate/Rendering.h"
 #include "QuillmereCore/Model/ModelIdentity.h"
+#include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 #include "QuillmereCore/Util/ThreadSafety.h"
@@ -30,6 +32,7 @@ void createFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) throw FileError(folder, error);
+    removeAbandonedFiles(folder);
 }
 
 // The numbered names of one request.
@@ -98,10 +101,12 @@ public:
         }
     }
 
-    // Ends the job after a batch that failed or was cut short.
+    // Has the batch's names on the disk, and ends the job after a batch that failed or was cut short.
     void endBatch() {
+        const std::error_code unsafe = syncFolder(request_.outputDirectory);
         const MutexLock lock(mutex_);
         if (failure_) std::rethrow_exception(failure_);
+        if (unsafe) throw FileError(request_.outputDirectory, unsafe);
         if (skipped_) throw CancellationError();
     }
 
@@ -160,6 +165,7 @@ std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& 
     Job job(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
     WorkerTeam team;
     std::vector<STFT> transforms;  // one per worker
+    transforms.reserve(static_cast<std::size_t>(team.threads()));
     for (int worker = 0; worker < team.threads(); ++worker)
         transforms.push_back(extractor_.makeSTFT());
 

@@ -1,6 +1,7 @@
 #include "QuillmereCore/Util/AtomicFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,8 +9,10 @@
 #include <cerrno>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <system_error>
 
+#include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Descriptor.h"
 #include "QuillmereCore/Util/Failure.h"
 
@@ -32,13 +35,40 @@ void writeAll(int descriptor, std::span<const std::byte> bytes, const fs::path& 
     }
 }
 
-// A new file next to the destination. It is removed on destruction unless its name was given away.
+// Some file systems have nothing that could be forced to a disk.
+bool reachesDisk(int descriptor) {
+    return ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+constexpr std::string_view temporaryPrefix = ".quillmere-";
+constexpr std::string_view temporarySuffix = ".tmp";
+
+bool isTemporaryName(std::string_view name) {
+    if (!name.starts_with(temporaryPrefix) || !name.ends_with(temporarySuffix)) return false;
+    name.remove_prefix(temporaryPrefix.size());
+    if (name.size() <= temporarySuffix.size()) return false;
+    name.remove_suffix(temporarySuffix.size());
+    return name.find_first_not_of("0123456789-") == std::string_view::npos;
+}
+
+// False: somebody else has the lock. A file system that knows no locks keeps nobody out.
+bool lock(int descriptor) {
+    return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+bool hasName(int descriptor) {
+    struct stat status {};
+    return ::fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+}
+
+// A new file next to the destination. It is removed on destruction unless its name was given away. Its lock
+// tells that its writer lives.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const fs::path& destination) : destination_(destination) { create(); }
     ~TemporaryFile() {
-        descriptor_.reset();
-        if (owned_) ::unlink(path_.c_str());
+        if (owned_)
+            ::unlink(path_.c_str());  // while it is locked: afterwards the name may be another thread's
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -47,10 +77,14 @@ public:
 
     void write(std::span<const std::byte> bytes) { writeAll(descriptor_.get(), bytes, destination_); }
 
-    // Some file systems report a full disk only here.
-    void close() {
-        const int result = ::close(descriptor_.release());
-        if (result != 0 && errno != EINTR) throw FileError(destination_, lastError());
+    // The file stays open, and with it locked, until it has its name.
+    void finish(Durability durability) {
+        if (durability == Durability::onDisk && !reachesDisk(descriptor_.get()))
+            throw FileError(destination_, lastError());
+        // Some file systems report a full disk only when a descriptor is closed.
+        const int second = ::fcntl(descriptor_.get(), F_DUPFD_CLOEXEC, 0);
+        if (second < 0 || (::close(second) != 0 && errno != EINTR))
+            throw FileError(destination_, lastError());
     }
 
     // The name no longer belongs to this object.
@@ -61,15 +95,17 @@ private:
     void create() {
         constexpr int attempts = 10000;
         for (int attempt = 0; attempt < attempts; ++attempt) {
-            path_ = destination_.parent_path() /
-                    (".quillmere-" + std::to_string(::getpid()) + "-" + std::to_string(attempt) + ".tmp");
+            path_ =
+                destination_.parent_path() / (std::string(temporaryPrefix) + std::to_string(::getpid()) +
+                                              "-" + std::to_string(attempt) + std::string(temporarySuffix));
             descriptor_.reset(
                 ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
-            if (descriptor_.isOpen()) {
+            if (!descriptor_.isOpen() && errno != EEXIST) break;
+            // Who looks for abandoned files may have been quicker than the lock.
+            if (descriptor_.isOpen() && lock(descriptor_.get()) && hasName(descriptor_.get())) {
                 owned_ = true;
                 return;
             }
-            if (errno != EEXIST) break;
         }
         throw FileError(destination_, lastError());
     }
@@ -93,6 +129,10 @@ fs::path replaceableFile(const fs::path& file) {
     return target.empty() ? file : target;
 }
 
+fs::path folderOf(const fs::path& file) {
+    return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
 bool nameIsTaken(const fs::path& file) {
     struct stat status {};
     return ::lstat(file.c_str(), &status) == 0;
@@ -106,20 +146,22 @@ bool claimName(const fs::path& from, const fs::path& to) {
 
 }  // namespace
 
-void writeFileAtomically(const fs::path& file, std::span<const std::byte> bytes) {
+void writeFileAtomically(const fs::path& file, std::span<const std::byte> bytes, Durability durability) {
     const fs::path destination = replaceableFile(file);
     TemporaryFile temporary(destination);
     temporary.write(bytes);
-    temporary.close();
+    temporary.finish(durability);
     if (::rename(temporary.path().c_str(), destination.c_str()) != 0) throw FileError(file, lastError());
     temporary.giveAway();
+    if (durability == Durability::disposable) return;
+    if (const std::error_code error = syncFolder(folderOf(destination))) throw FileError(file, error);
 }
 
 bool writeNewFile(const fs::path& file, std::span<const std::byte> bytes) {
     if (nameIsTaken(file)) return false;  // saves writing; the claim below is what decides
     TemporaryFile temporary(file);
     temporary.write(bytes);
-    temporary.close();
+    temporary.finish(Durability::onDisk);
     if (!claimName(temporary.path(), file)) return false;
     temporary.giveAway();
     return true;
@@ -129,10 +171,19 @@ void createFile(const fs::path& file, std::span<const std::byte> bytes) {
     Descriptor descriptor(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
     if (!descriptor.isOpen()) throw FileError(file, lastError());
     writeAll(descriptor.get(), bytes, file);
-    // Some file systems have nothing that could be forced to a disk.
-    if (::fsync(descriptor.get()) != 0 && errno != EINVAL && errno != ENOTSUP)
-        throw FileError(file, lastError());
+    if (!reachesDisk(descriptor.get())) throw FileError(file, lastError());
     if (::close(descriptor.release()) != 0 && errno != EINTR) throw FileError(file, lastError());
+}
+
+void removeAbandonedFiles(const fs::path& folder) {
+    std::error_code error;  // of any kind: nobody waits for the result
+    for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error)) {
+        if (!isTemporaryName(entry->path().filename().native())) continue;
+        const Descriptor descriptor(
+            ::open(entry->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        if (descriptor.isOpen() && ::flock(descriptor.get(), LOCK_EX | LOCK_NB) == 0)
+            ::unlink(entry->path().c_str());
+    }
 }
 
 std::optional<bool> NameClaim::byExclusiveRename(const fs::path& from, const fs::path& to) {

@@ -177,7 +177,7 @@ void Context::savePipelines() {
     std::filesystem::create_directories(cacheFile_.parent_path(), error);
     if (error) return;  // as below
     try {
-        writeFileAtomically(cacheFile_, std::span(data).first(size));
+        writeFileAtomically(cacheFile_, std::span(data).first(size), Durability::disposable);
     } catch (const FileError&) {
         cacheFile_.clear();  // without a cache the next run takes a moment longer; nothing else is lost
     }
