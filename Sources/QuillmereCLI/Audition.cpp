@@ -8,6 +8,7 @@
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Network/Device/GPU.h"
+#include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -49,7 +50,7 @@ void requireWritableFile(const std::filesystem::path& file) {
 
 void audition(const AuditionOptions& options, Console& console, const CancelFlag& cancel) {
     auto compute = options.compute.begin(GPU::shared().machine(), console);
-    const std::filesystem::path output = std::filesystem::absolute(options.output).lexically_normal();
+    const std::filesystem::path output = Paths::plain(options.output);
     const Aesthetics aesthetics = options.parameters.aesthetics(console);
     const std::uint64_t seed = options.parameters.seed();
     const OutputFormat format = options.parameters.format();

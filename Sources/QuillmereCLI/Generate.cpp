@@ -10,6 +10,7 @@
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Network/Device/GPU.h"
+#include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -140,7 +141,7 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     GenerationRequest request;
     request.count = options.count;
-    request.outputDirectory = std::filesystem::absolute(options.output).lexically_normal();
+    request.outputDirectory = Paths::plain(options.output);
     request.aesthetics = options.parameters.aesthetics(console);
     request.seed = options.parameters.seed();
     request.format = options.parameters.format();

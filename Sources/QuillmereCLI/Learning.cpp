@@ -27,7 +27,7 @@ KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& 
 
 ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, network::ChosenDevice& device,
                   ProgressLine& progress, const CancelFlag& cancel) {
-    requireWritableFolder(corpus.modelFolder.parent_path());
+    ModelStore::requireRoom(corpus.modelFolder);
     ModelBundle bundle = ModelTrainer::train(
         corpus.summary, options,
         [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.token(),

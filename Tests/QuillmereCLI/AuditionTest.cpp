@@ -51,6 +51,14 @@ TEST_F(Audition, ReplacesTheFile) {
     EXPECT_TRUE(readText(folder / "a.wav").starts_with("RIFF"));
 }
 
+TEST_F(Audition, TheFolderAboveALinkIsThatOfWhatItLeadsTo) {
+    std::filesystem::create_directories(folder / "far/away");
+    std::filesystem::create_directory_symlink(folder / "far/away", folder / "link");
+    ASSERT_EQ(audition(folder / "link/../a.wav").exitCode, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder / "far/a.wav"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.wav"));
+}
+
 TEST_F(Audition, FailsWhenTheFileIsAFolder) {
     std::filesystem::create_directory(folder / "taken.wav");
     const Outcome outcome = audition(folder / "taken.wav");

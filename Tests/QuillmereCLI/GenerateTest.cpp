@@ -212,6 +212,19 @@ TEST_F(Generate, CreatesTheOutputFolderWithItsParents) {
     EXPECT_EQ(entriesIn(deep), 1U);
 }
 
+// What the shell would find there.
+TEST_F(Generate, TheFolderAboveALinkIsThatOfWhatItLeadsTo) {
+    std::filesystem::create_directories(folder / "far/away");
+    std::filesystem::create_directory_symlink(folder / "far/away", folder / "link");
+    const auto beside = (folder / "link/../new").string();
+    const Outcome outcome =
+        runCommand(withModels({"generate", corpus.string(), "--output", beside, "--count", "1"}));
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(entriesIn(folder / "far/new"), 1U);
+    EXPECT_FALSE(std::filesystem::exists(folder / "new"));
+    EXPECT_NE(outcome.out.find("far/new"), std::string::npos) << outcome.out;
+}
+
 TEST_F(Generate, ReportsWhatWasWrittenBeforeACancellation) {
     // Two batches of at most 16: the flag is set while the first one runs.
     const Outcome outcome =

@@ -211,6 +211,17 @@ TEST_F(Train, StartsNothingWhenCancelledBefore) {
     EXPECT_FALSE(std::filesystem::exists(models) && entriesIn(models) > 0);
 }
 
+TEST_F(Train, AFolderWhoseNameLeavesNoRoomForAModelIsRefusedBeforeItIsRead) {
+    const auto longName = folder / std::string(250, 'n');
+    writeSmallCorpus(longName);
+    const Outcome outcome = runCommand(withModels({"train", longName.string(), "--json"}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("The name of this folder is too long for a model of it to be stored."),
+              std::string::npos)
+        << outcome.err;
+    EXPECT_EQ(outcome.out.find("analysing"), std::string::npos) << outcome.out;
+}
+
 TEST_F(Train, FailsWithoutUsableAudio) {
     const auto useless = folder / "useless";
     writeText(useless / "notes.wav", "no audio at all");

@@ -1,5 +1,6 @@
 #include "QuillmereCore/Model/ModelConfig.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <limits>
@@ -90,6 +91,12 @@ std::int64_t ModelConfig::framesForSeconds(double seconds, std::int64_t sampleRa
 
 std::int64_t ModelConfig::clipSamples() const {
     return checkedMultiply(frames, hop);
+}
+
+double ModelConfig::longestSeconds(std::int64_t sampleRate, AnalysisProfile profile) {
+    const auto [nFFT, hop, nMels] = analysisSettings(profile);
+    const std::int64_t frames = std::min(maxPixels / nMels, maxSpectrum / nFFT) / sizeStep * sizeStep;
+    return static_cast<double>(frames * hop) / static_cast<double>(sampleRate);
 }
 
 double ModelConfig::clipSeconds() const {

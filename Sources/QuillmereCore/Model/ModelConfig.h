@@ -36,6 +36,9 @@ struct ModelConfig {
     // finite or does not fit stops the program.
     static std::int64_t framesForSeconds(double seconds, std::int64_t sampleRate, std::int64_t hop);
 
+    // The longest clip that problemWith lets pass, if nothing but its length stands against it.
+    static double longestSeconds(std::int64_t sampleRate, AnalysisProfile profile);
+
     [[nodiscard]] std::int64_t clipSamples() const;  // frames * hop
     [[nodiscard]] double clipSeconds() const;
 

@@ -25,8 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 using json::Json;
 
-// A manifest of 50,000 clips has about 40 MB; a larger file is no manifest.
-constexpr std::uint64_t maxManifestSize = 64 << 20;
 constexpr std::uint64_t maxDigestsSize = 1 << 16;
 constexpr const char* mismatch = "Model weights do not match the saved configuration";
 
@@ -338,6 +336,18 @@ std::string manifestText(const ModelBundle& bundle) {
     return "{\n  \"config\": " + nested(encodeJSON(bundle.config)) +
            ",\n  \"latents\": " + nested(encodeLatents(bundle.latents)) +
            ",\n  \"metadata\": " + nested(encodeMetadata(bundle.metadata)) + "\n}\n";
+}
+
+std::uint64_t manifestBound(std::span<const std::string> clipNames, std::int64_t latentDim) {
+    constexpr std::uint64_t rest = 1 << 16;  // configuration, names and path of the corpus
+    constexpr std::uint64_t number = 17;     // "-1.17549435e-38" with a comma
+    constexpr std::uint64_t around = 16;     // indentation, brackets and commas of one line
+    std::uint64_t size = rest;
+    for (const std::string& name : clipNames) {
+        size += Json(name).dump(-1, ' ', false, Json::error_handler_t::replace).size() + around;
+        size += number * static_cast<std::uint64_t>(latentDim) + around;
+    }
+    return size;
 }
 
 std::string digestsText(std::string_view manifest, std::string_view weights) {

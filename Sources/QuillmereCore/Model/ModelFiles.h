@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstdint>
 #include <filesystem>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -20,6 +22,10 @@ inline constexpr std::array<std::string_view, 3> names{manifestName, weightsName
 // ---- Content
 
 [[nodiscard]] std::string manifestText(const ModelBundle& bundle);
+// A manifest of 50,000 clips has about 40 MB; a larger file is no manifest.
+inline constexpr std::uint64_t maxManifestSize = 64 << 20;
+// Bytes that manifestText of a model of these clips takes at most.
+[[nodiscard]] std::uint64_t manifestBound(std::span<const std::string> clipNames, std::int64_t latentDim);
 // The digests of the other two files as sha256sum writes and checks them.
 [[nodiscard]] std::string digestsText(std::string_view manifest, std::string_view weights);
 

@@ -15,6 +15,7 @@
 #include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Descriptor.h"
 #include "QuillmereCore/Util/Digest.h"
+#include "QuillmereCore/Util/Paths.h"
 
 namespace quillmere {
 namespace {
@@ -26,10 +27,8 @@ constexpr std::string_view newInfix = ".new-";
 
 // The folder as an absolute path without a slash at its end.
 fs::path modelFolderOf(const fs::path& path) {
-    std::error_code ignored;  // then it stays relative, is no link, or is one that leads nowhere
-    const fs::path absolute = fs::absolute(path, ignored);
-    fs::path folder = (ignored ? path : absolute).lexically_normal();
-    if (!folder.has_filename()) folder = folder.parent_path();
+    const fs::path folder = Paths::plain(path);
+    std::error_code ignored;  // then it is no link, or one that leads nowhere
     const fs::path target = fs::is_symlink(folder, ignored) ? fs::canonical(folder, ignored) : fs::path();
     return target.empty() ? folder : target;
 }
@@ -69,7 +68,7 @@ bool isWrittenByStore(const fs::path& entry) {
 // What a look at path has found out, by its result. A look that failed says nothing of what is there.
 bool found(const fs::path& path, int result) {
     if (result == 0) return true;
-    if (errno == ENOENT || errno == ENOTDIR) return false;
+    if (errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG) return false;
     throw FileError(path, lastError());
 }
 

@@ -1,11 +1,13 @@
 #include "QuillmereCore/Model/ModelStore.h"
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <cmath>
 #include <cstdlib>
 #include <set>
@@ -18,6 +20,7 @@
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/AtomicFolder.h"
+#include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -141,11 +144,16 @@ bool holdsBothFiles(const fs::path& folder) {
            ModelFolder::leadsSomewhere(folder / ModelFiles::weightsName);
 }
 
+bool isTooLong(const fs::path& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) != 0 && errno == ENAMETOOLONG;
+}
+
 // ---- The per-user data directory
 
 fs::path homeDirectory() {
     const char* const home = std::getenv("HOME");
-    if (home != nullptr && *home != '\0') return home;
+    if (home != nullptr && fs::path(home).is_absolute()) return home;
     std::array<char, 16384> buffer{};
     passwd entry{};
     passwd* found = nullptr;
@@ -159,22 +167,6 @@ fs::path dataDirectory() {
     const char* const data = std::getenv("XDG_DATA_HOME");
     if (data != nullptr && fs::path(data).is_absolute()) return data;
     return homeDirectory() / ".local" / "share";
-}
-
-// A path without "." and "..": behind a link, ".." is the folder that holds what the link leads to.
-fs::path withoutDots(const fs::path& path) {
-    fs::path result;
-    for (const fs::path& part : path) {
-        if (part.empty() || part == ".") continue;
-        if (part != "..") {
-            result /= part;
-            continue;
-        }
-        std::error_code error;
-        const fs::path target = fs::is_symlink(result, error) ? fs::canonical(result, error) : result;
-        result = (error ? result : target).parent_path();
-    }
-    return result;
 }
 
 }  // namespace
@@ -197,9 +189,7 @@ std::string folderName(std::string corpusFolder, const std::string& fingerprint)
 }
 
 fs::path corpusPath(const fs::path& corpusFolder) {
-    std::error_code error;
-    const fs::path absolute = fs::absolute(corpusFolder, error);
-    return withoutDots(error ? corpusFolder : absolute);
+    return Paths::plain(corpusFolder);
 }
 
 std::string corpusName(const fs::path& corpusFolder) {
@@ -217,6 +207,28 @@ bool isStored(const fs::path& modelFolder) {
     const ModelPlace place(modelFolder);
     place.tryToBringBack();
     return found(place, holdsBothFiles);
+}
+
+void requireRoom(const fs::path& modelFolder) {
+    const ModelPlace place(modelFolder);
+    std::error_code error;
+    fs::create_directories(place.root(), error);
+    if (error) throw FileError(place.root(), error);
+    if (isTooLong(place.folder()) || isTooLong(place.freeHiddenName()))
+        throw Failure(
+            "The name of this folder is too long for a model of it to be stored. Give the folder a shorter "
+            "name.");
+    if (::access(place.root().c_str(), W_OK | X_OK) != 0)
+        throw FileError(place.root(), std::error_code(errno, std::generic_category()));
+}
+
+std::optional<std::string> problemWithNumber(std::span<const std::string> clipNames, std::int64_t latentDim) {
+    const std::uint64_t size = ModelFiles::manifestBound(clipNames, latentDim);
+    if (size <= ModelFiles::maxManifestSize) return std::nullopt;
+    const auto clips = static_cast<std::uint64_t>(clipNames.size());
+    return "A model of " + std::to_string(clips) + " samples could not be opened again: at most about " +
+           std::to_string(clips * ModelFiles::maxManifestSize / size) +
+           " are possible. Learn a folder with fewer samples.";
 }
 
 void save(const ModelBundle& bundle, const fs::path& modelFolder) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <stop_token>
 #include <string>
 #include <string_view>
@@ -76,8 +77,9 @@ public:
 // permission, a disk that does not answer) and ModelBusyError are not, nor is std::bad_alloc.
 namespace ModelStore {
 
-// $XDG_DATA_HOME if it is an absolute path, else ~/.local/share, then Quillmere/Models. Computed on each
-// call, not created. A user without a home directory stops the program.
+// $XDG_DATA_HOME if it is an absolute path, else ~/.local/share, then Quillmere/Models. Home is $HOME if that
+// is absolute, else that of the user database. Computed on each call, not created. A user without a home
+// directory stops the program.
 [[nodiscard]] std::filesystem::path rootDirectory();
 
 // The corpus folder's name, "-" and its fingerprint, below root (default: rootDirectory()). Nothing on disk
@@ -98,6 +100,15 @@ namespace ModelStore {
 // load and validate, also of a model that a killed program left under its hidden name. Takes no lock and
 // needs no permission to write.
 [[nodiscard]] ModelBundle open(const std::filesystem::path& modelFolder);
+
+// What shows only after minutes of training otherwise: creates the models' root if it is missing, and throws
+// FileError where nothing can be stored in it and Failure when the file system has no room for the folder's
+// name.
+void requireRoom(const std::filesystem::path& modelFolder);
+// Why a model of these clips could be stored but not opened again, with what helps, or nothing: its
+// model.json would be too large to be taken for one.
+[[nodiscard]] std::optional<std::string> problemWithNumber(std::span<const std::string> clipNames,
+                                                           std::int64_t latentDim);
 
 inline constexpr std::chrono::milliseconds storingPatience = std::chrono::seconds(10);
 

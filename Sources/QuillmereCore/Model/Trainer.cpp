@@ -1,7 +1,9 @@
 #include "QuillmereCore/Model/Trainer.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
@@ -32,6 +34,36 @@ struct PreparedCorpus {
     std::vector<std::string> names;
     std::vector<std::vector<float>> images;  // each [nMels][frames]
 };
+
+// Throws where samples of that length cannot be learned, whichever of the profiles is taken.
+void requireLength(double seconds, std::int64_t sampleRate, std::span<const AnalysisProfile> profiles) {
+    double longest = 0;
+    for (const AnalysisProfile profile : profiles)
+        longest = std::max(longest, ModelConfig::longestSeconds(sampleRate, profile));
+    if (seconds <= longest) return;
+    throw Failure("At " + std::to_string(sampleRate) + " Hz " +
+                  Text::fixed(std::floor(longest * 10) / 10, 1) + " s of a sample can be learned, not " +
+                  Text::fixed(seconds, 1) +
+                  " s. Choose a shorter length, or convert the samples to a lower sample rate.");
+}
+
+// What can be said before the files are read.
+void requireLength(const CorpusSummary& corpus, const TrainingOptions& options) {
+    if (!options.clipSeconds) return;
+    constexpr std::array<AnalysisProfile, 2> either{AnalysisProfile::percussive, AnalysisProfile::tonal};
+    const std::array<AnalysisProfile, 1> given{options.profile};
+    const bool isOpen = options.profile == AnalysisProfile::automatic;
+    requireLength(*options.clipSeconds, corpus.dominantSampleRate(),
+                  isOpen ? std::span<const AnalysisProfile>(either) : given);
+}
+
+void requireModel(const ModelConfig& config, std::span<const std::string> names) {
+    const std::array<AnalysisProfile, 1> profile{config.profile};
+    requireLength(config.clipSeconds(), config.sampleRate, profile);
+    if (const auto problem = problemWith(config))
+        throw Failure("Training is not possible with these settings: " + *problem);
+    if (const auto problem = ModelStore::problemWithNumber(names, config.latentDim)) throw Failure(*problem);
+}
 
 // The usable clips.
 std::vector<ClipReading> readUsable(const CorpusSummary& corpus, const TrainingOptions& options,
@@ -66,15 +98,14 @@ PreparedCorpus prepareCorpus(const CorpusSummary& corpus, const TrainingOptions&
     std::vector<ClipReading> clips = readUsable(corpus, options, progress, stop);
     PreparedCorpus prepared;
     prepared.config = chooseConfig(clips, corpus.dominantSampleRate(), options);
-    if (const auto problem = problemWith(prepared.config))
-        throw Failure("Training is not possible with these settings: " + *problem);
     if (options.start) {
         if (const auto problem = options.start->problemWith(prepared.config)) throw Failure(*problem);
     }
+    for (const ClipReading& clip : clips)
+        prepared.names.push_back(clip.clip.name);
+    requireModel(prepared.config, prepared.names);
     report(progress, analysisStarted(prepared.config.profile, prepared.config.clipSeconds()));
     prepared.images = imagesOf(clips, prepared.config, stop);
-    for (ClipReading& clip : clips)
-        prepared.names.push_back(std::move(clip.clip.name));
     return prepared;
 }
 
@@ -100,6 +131,7 @@ ModelBundle makeModel(const CorpusSummary& corpus, const TrainingOptions& option
                       const ProgressCallback& progress, const std::stop_token& stop,
                       const Learning& learning) {
     if (corpus.files.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
+    requireLength(corpus, options);
     PreparedCorpus prepared = prepareCorpus(corpus, options, progress, stop);
     TrainedNetwork trained = learning(prepared);
     ModelMetadata metadata = describe(corpus, options, trained, prepared);

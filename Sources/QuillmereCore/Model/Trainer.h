@@ -19,9 +19,10 @@ namespace quillmere::ModelTrainer {
 // and reaches the caller. stop is asked while files are read, before each clip and after each step but the
 // last. Files that cannot be read and silent ones are left out without a message. Throws TrainingError,
 // CancellationError, AudioIOError where the system's trouble would hide a sound file, or a Failure when the
-// options ask for a model that cannot be (problemWith) or has another shape than the options' start. steps
-// and batchSize below 1 and a clip length that is not finite stop the program. The same corpus, options and
-// backend give the same bundle, trainedAt apart, for any number of threads.
+// options ask for a model that cannot be (problemWith), not be opened again, or has another shape than the
+// options' start: all before the first step. steps and batchSize below 1 and a clip length that is not finite
+// stop the program. The same corpus, options and backend give the same bundle, trainedAt apart, for any
+// number of threads.
 [[nodiscard]] ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
                                 const ProgressCallback& progress, const std::stop_token& stop,
                                 network::Backend& backend);

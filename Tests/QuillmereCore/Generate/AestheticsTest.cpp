@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <clocale>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "QuillmereCore/Util/Failure.h"
+#include "Support/CommaLocale.h"
 
 namespace quillmere {
 namespace {
@@ -201,13 +201,12 @@ TEST(AestheticsJSON, DocumentsOfAnotherKindAreRefused) {
 }
 
 TEST(AestheticsJSON, DoesNotDependOnTheDecimalCommaOfALocale) {
-    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
-    const bool hasGerman = std::setlocale(LC_NUMERIC, "de_DE.UTF-8") != nullptr;
-    const Aesthetics decoded = decodeAesthetics(encodeJSON(Aesthetics{}));
-    const std::string text = specNamed("drift").format(0.4);
-    std::setlocale(LC_NUMERIC, before.c_str());
-    EXPECT_EQ(decoded, Aesthetics{}) << (hasGerman ? "in German" : "in the C locale");
-    EXPECT_EQ(text, "0.40");
+    const std::string json = encodeJSON(Aesthetics{});
+    const testing::CommaLocale locale;
+    EXPECT_EQ(encodeJSON(Aesthetics{}), json);
+    EXPECT_EQ(decodeAesthetics(json), Aesthetics{});
+    EXPECT_EQ(specNamed("drift").format(0.4), "0.40");
+    EXPECT_EQ(specNamed("decay").format(2000), "2000 ms");
 }
 
 TEST(AestheticsJSON, NumbersWithoutAJSONFormAreRefused) {

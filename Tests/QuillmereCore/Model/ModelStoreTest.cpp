@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Model/ModelFiles.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/RNG.h"
 #include "Support/CommaLocale.h"
@@ -165,12 +166,12 @@ TEST(ModelStoreRoot, IsBelowLocalShareWhenXDGDataHomeIsMissingEmptyOrRelative) {
     }
 }
 
-TEST(ModelStoreRoot, TakesTheHomeDirectoryOfTheUserDatabaseWithoutHOME) {
+TEST(ModelStoreRoot, TakesTheHomeDirectoryOfTheUserDatabaseWithoutAnAbsoluteHOME) {
     const EnvironmentVariable data("XDG_DATA_HOME", std::nullopt);
     const passwd* const entry = ::getpwuid(::getuid());
     ASSERT_NE(entry, nullptr);
     const fs::path expected = fs::path(entry->pw_dir) / ".local/share/Quillmere/Models";
-    for (const auto& value : {std::optional<std::string>(), {""}}) {
+    for (const auto& value : {std::optional<std::string>(), {""}, {"relative/home"}}) {
         const EnvironmentVariable home("HOME", value);
         EXPECT_EQ(ModelStore::rootDirectory(), expected);
     }
@@ -267,6 +268,55 @@ TEST(ModelStoreFolder, TheFolderAboveALinkIsThatOfWhatItLeadsTo) {
 }
 
 // ---- Whether there is a model
+
+// ---- Before a training
+
+TEST(ModelStoreRoom, IsMadeWhereTheRootIsMissing) {
+    const TempFolder folder;
+    ModelStore::requireRoom(folder / "a/b/Kicks-12ab");
+    EXPECT_TRUE(fs::is_directory(folder / "a/b"));
+    EXPECT_EQ(testing::entriesIn(folder / "a/b"), 0U);
+}
+
+TEST(ModelStoreRoom, IsMissingForANameThatTheFileSystemCannotHave) {
+    const TempFolder folder;
+    ModelStore::requireRoom(folder / std::string(255, 'n'));
+    const fs::path longer = folder / std::string(256, 'n');
+    EXPECT_FALSE(ModelStore::isStored(longer)) << "no damage, and no model";
+    EXPECT_EQ(messageOf<Failure>([&] { ModelStore::requireRoom(longer); }),
+              "The name of this folder is too long for a model of it to be stored. Give the folder a shorter "
+              "name.");
+}
+
+TEST(ModelStoreRoom, IsMissingWhereTheRootIsAFile) {
+    const TempFolder folder;
+    writeText(folder / "root", "in the way");
+    EXPECT_THROW(ModelStore::requireRoom(folder / "root/Kicks-12ab"), FileError);
+}
+
+TEST(ModelStoreManifest, NeverTakesMoreThanItsBound) {
+    ModelBundle bundle = exampleBundle();
+    SeededRNG rng(7);
+    bundle.metadata.clipNames.clear();
+    bundle.latents.clear();
+    for (int i = 0; i < 2000; ++i) {
+        bundle.metadata.clipNames.push_back("sub/\"\n\xFF\xC3\xA9 " + std::to_string(i) + ".wav");
+        std::vector<float>& latent = bundle.latents.emplace_back(64);
+        for (float& value : latent)
+            value = -std::ldexp(rng.uniform(), static_cast<int>(rng.intBelow(200)) - 120);
+    }
+    const std::uint64_t size = ModelFiles::manifestText(bundle).size();
+    const std::uint64_t bound = ModelFiles::manifestBound(bundle.metadata.clipNames, 64);
+    EXPECT_LE(size, bound);
+    EXPECT_LT(bound, size + size / 2) << "a bound that is too wide refuses folders without need";
+}
+
+TEST(ModelStoreManifest, OfFiftyThousandClipsCanBeOpened) {
+    std::vector<std::string> names(50000, "a folder/some sample of a drum.wav");
+    EXPECT_EQ(ModelStore::problemWithNumber(names, 64), std::nullopt);
+    names.resize(70000, names.front());
+    ASSERT_NE(ModelStore::problemWithNumber(names, 64), std::nullopt);
+}
 
 TEST(ModelStoreExists, OnlyWithBothFiles) {
     const TempFolder folder;

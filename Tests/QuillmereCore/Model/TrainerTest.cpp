@@ -8,9 +8,13 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Model/ClipPreparation.h"
@@ -281,6 +285,20 @@ TEST_F(TrainerRun, GivesTheSameBitsForAnyNumberOfThreads) {
 
 // ---- Choosing the configuration
 
+// The sentence with which a training is refused.
+std::string refusal(const TestCorpus& corpus, const TrainingOptions& options, Listener& listener) {
+    try {
+        (void)ModelTrainer::train(corpus.scan(), options, listener.progress(), {}, processor());
+    } catch (const Failure& error) {
+        return error.what();
+    }
+    return "trained";
+}
+std::string refusal(const TestCorpus& corpus, const TrainingOptions& options) {
+    Listener listener;
+    return refusal(corpus, options, listener);
+}
+
 TEST(TrainerChoice, ShortClipsGetAQuarterOfASecond) {
     const TestCorpus corpus;
     for (std::uint64_t i = 0; i < 3; ++i)
@@ -373,16 +391,52 @@ TEST(TrainerChoice, ModelsThatCannotBeAreRefusedBeforeTraining) {
     const TestCorpus corpus;
     corpus.addNoise("a.wav", 0.1, 1);
     TrainingOptions options = quickOptions(1);
+    options.latentDim = 10'000'000;
+    EXPECT_EQ(refusal(corpus, options),
+              "Training is not possible with these settings: latentDim is 10000000, too many for this image");
+}
+
+TEST(TrainerChoice, LengthsThatTheNetworkCannotTakeAreRefusedBeforeAnythingIsRead) {
+    const TestCorpus corpus;
+    corpus.addNoise("a.wav", 0.1, 1);
+    TrainingOptions options = quickOptions(1);
     options.clipSeconds = 10000;
-    Listener listener;
-    try {
-        (void)ModelTrainer::train(corpus.scan(), options, listener.progress(), {}, processor());
-        FAIL() << "trained";
-    } catch (const Failure& error) {
-        EXPECT_EQ(std::string(error.what()),
-                  "Training is not possible with these settings: nMels is 96 and frames is 312512, together "
-                  "too many");
+    const std::string advice =
+        " s of a sample can be learned, not 10000.0 s. Choose a shorter length, or convert the samples to a "
+        "lower sample rate.";
+    for (const auto& [profile, longest] :
+         {std::pair(AnalysisProfile::percussive, "349.1"), std::pair(AnalysisProfile::tonal, "348.1"),
+          std::pair(AnalysisProfile::automatic, "349.1")}) {
+        options.profile = profile;
+        Listener listener;
+        EXPECT_EQ(refusal(corpus, options, listener), "At 8000 Hz " + std::string(longest) + advice);
+        EXPECT_TRUE(listener.records.empty());
     }
+}
+
+TEST(TrainerChoice, ALengthThatOnlyTheOtherProfileCouldTakeIsRefusedBeforeTraining) {
+    const TestCorpus corpus;
+    corpus.addSine("a.wav", 0.5, 220);
+    corpus.addSine("b.wav", 0.6, 330);
+    TrainingOptions options = quickOptions(1);
+    options.profile = AnalysisProfile::automatic;
+    options.clipSeconds = 348.5;
+    Listener listener;
+    EXPECT_EQ(refusal(corpus, options, listener).substr(0, 24), "At 8000 Hz 348.1 s of a ");
+    EXPECT_TRUE(listener.ofPhase(Phase::training).empty());
+}
+
+TEST(TrainerChoice, MoreSamplesThanAModelCanBeOpenedWithAreRefusedBeforeTraining) {
+    const TestCorpus corpus;
+    for (std::uint64_t i = 0; i < 50; ++i)
+        corpus.addNoise(std::to_string(i) + ".wav", 0.01, i);
+    TrainingOptions options = quickOptions(1);
+    options.latentDim = 90000;
+    Listener listener;
+    EXPECT_EQ(
+        refusal(corpus, options, listener),
+        "A model of 50 samples could not be opened again: at most about 43 are possible. Learn a folder "
+        "with fewer samples.");
     EXPECT_TRUE(listener.ofPhase(Phase::training).empty());
 }
 
@@ -438,14 +492,25 @@ TEST_F(TrainerRun, PassesOnWhatACallbackThrows) {
 TEST_F(TrainerRun, NeverCallsProgressFromTwoThreadsAtOnce) {
     for (std::uint64_t i = 0; i < 20; ++i)
         corpus.addNoise("more" + std::to_string(i) + ".wav", 0.02, i);
+    constexpr int threads = 4;  // also where there are fewer processors
+    const ThreadLimit limit(threads);
     std::atomic<int> inside = 0;
-    std::atomic<int> most = 0;
-    const auto progress = [&](const TrainingProgress&) {
-        most = std::max(most.load(), ++inside);
+    std::atomic<bool> met = false;
+    std::mutex mutex;
+    std::set<std::thread::id> callers;
+    const auto progress = [&](const TrainingProgress& record) {
+        if (++inside > 1) met = true;
+        {
+            const std::lock_guard guard(mutex);
+            callers.insert(std::this_thread::get_id());
+        }
+        // Time for the others to read a file, and to call if nothing keeps them from it.
+        if (record.phase == Phase::analysing) std::this_thread::sleep_for(std::chrono::milliseconds(20));
         --inside;
     };
     (void)ModelTrainer::train(corpus.scan(), quickOptions(1), progress, {}, processor());
-    EXPECT_EQ(most, 1);
+    EXPECT_FALSE(met);
+    EXPECT_GT(callers.size(), 1U) << "only one thread has read files: this proves nothing";
 }
 
 }  // namespace

@@ -60,6 +60,19 @@ TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<f
     return trained;
 }
 
+bool isFinite(std::span<const float> values) {
+    return std::ranges::all_of(values, [](float value) { return std::isfinite(value); });
+}
+
+// The last update follows the last loss, which tells nothing of it.
+bool isFinite(const TrainedNetwork& trained) {
+    const auto each = [](const auto& arrays) {
+        return std::ranges::all_of(arrays, [](const auto& array) { return isFinite(array); });
+    };
+    return std::isfinite(trained.finalLoss) && std::isfinite(trained.finalReconstructionError) &&
+           each(trained.weights) && each(trained.latents);
+}
+
 double meanSquaredDifference(std::span<const float> a, std::span<const float> b) {
     double sum = 0;
     for (std::size_t i = 0; i < a.size(); ++i) {
@@ -101,6 +114,7 @@ TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vec
     require(!images.empty(), "training needs at least one image");
     TrainedNetwork trained = optimise(config, images, options, progress, stop, backend, onStep);
     encodeImages(config, images, backend, trained);
+    if (!isFinite(trained)) throw TrainingError(TrainingError::Kind::diverged);
     return trained;
 }
 

@@ -140,5 +140,26 @@ TEST(TrainOnImages, ReportsDivergenceWithItsAdvice) {
         EXPECT_TRUE(std::isfinite(record.loss)) << "a loss that is not finite is never reported";
 }
 
+// The only step has a finite loss; what it makes of the weights has none.
+TEST(TrainOnImages, ALastUpdateThatOverflowsIsADivergence) {
+    const auto images = randomImages(2);
+    for (const float learningRate : {1e20F, 3e38F}) {
+        TrainingOptions options = quickOptions(1);
+        options.learningRate = learningRate;
+        int steps = 0;
+        try {
+            (void)ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor(),
+                                              [&](const network::StepResult& result) {
+                                                  EXPECT_TRUE(std::isfinite(result.loss));
+                                                  ++steps;
+                                              });
+            FAIL() << "no divergence at " << learningRate;
+        } catch (const TrainingError& error) {
+            EXPECT_EQ(error.kind(), TrainingError::Kind::diverged);
+        }
+        EXPECT_EQ(steps, 1);
+    }
+}
+
 }  // namespace
 }  // namespace quillmere
