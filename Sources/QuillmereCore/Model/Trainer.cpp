@@ -98,12 +98,12 @@ PreparedCorpus prepareCorpus(const CorpusSummary& corpus, const TrainingOptions&
     std::vector<ClipReading> clips = readUsable(corpus, options, progress, stop);
     PreparedCorpus prepared;
     prepared.config = chooseConfig(clips, corpus.dominantSampleRate(), options);
-    if (options.start) {
-        if (const auto problem = options.start->problemWith(prepared.config)) throw Failure(*problem);
-    }
     for (const ClipReading& clip : clips)
         prepared.names.push_back(clip.clip.name);
     requireModel(prepared.config, prepared.names);
+    if (options.start) {
+        if (const auto problem = options.start->problemWith(prepared.config)) throw Failure(*problem);
+    }
     report(progress, analysisStarted(prepared.config.profile, prepared.config.clipSeconds()));
     prepared.images = imagesOf(clips, prepared.config, stop);
     return prepared;
