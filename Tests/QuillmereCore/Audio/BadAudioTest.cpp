@@ -27,7 +27,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::audioFixture;
 using testing::audioFixtures;
-using ::testing::HasSubstr;
 using testing::OtherUser;
 using testing::readText;
 using ::testing::StartsWith;

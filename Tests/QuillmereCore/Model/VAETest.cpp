@@ -15,7 +15,6 @@ namespace quillmere {
 namespace {
 
 using testing::busyWeights;
-using testing::gaussianArray;
 using testing::NetworkShape;
 using testing::speckledImages;
 using testing::StepInput;

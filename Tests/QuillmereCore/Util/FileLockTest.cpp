@@ -50,7 +50,7 @@ TEST(FileLock, PassesOnWithItsObject) {
     ASSERT_TRUE(first);
     {
         const FileLock second = *std::move(first);
-        first.reset();
+        first.reset();  // NOLINT(bugprone-use-after-move): that it does nothing any more
         EXPECT_TRUE(FileLock::isHeld(folder / "lock"));
     }
     EXPECT_EQ(entriesIn(folder.path()), 0U);

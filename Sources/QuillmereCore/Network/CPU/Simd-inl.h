@@ -24,6 +24,7 @@ inline constexpr int lanesOf = static_cast<int>(hn::MaxLanes(D()));
 // Calls body with the widest tag whose lanes divide the number of channels.
 template <class Body>
 HWY_INLINE void withChannelTag(int channels, Body body) {
+    // NOLINTNEXTLINE(bugprone-branch-clone): the same only where eight lanes are the widest
     if (channels % lanesOf<FullTag> == 0) {
         body(FullTag());
     } else {

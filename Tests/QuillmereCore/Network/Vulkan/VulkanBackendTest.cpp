@@ -23,7 +23,6 @@ using testing::BackendContract;
 using testing::busyWeights;
 using testing::compiled;
 using testing::gaussianArray;
-using ::testing::HasSubstr;
 using testing::NetworkShape;
 using testing::speckledImages;
 using testing::StepInput;
