@@ -425,6 +425,23 @@ inline void deinterleave(const float* in, std::size_t stride, std::size_t count,
     }
 }
 
+// The rows of a matrix with the given number of columns, one per lane; lanes without a row repeat the first.
+struct InputRows {
+    InputRows(const float* matrix, std::size_t columns, std::size_t count) {
+        for (std::size_t l = 0; l < lanes; ++l)
+            rows[l] = matrix + (l < count ? l : 0) * columns;
+    }
+    const float* rows[lanes];
+};
+
+struct OutputRows {
+    OutputRows(float* matrix, std::size_t columns, std::size_t count, float* unused) {
+        for (std::size_t l = 0; l < lanes; ++l)
+            rows[l] = l < count ? matrix + l * columns : unused;
+    }
+    float* rows[lanes];
+};
+
 }  // namespace quillmere::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -65,23 +65,6 @@ struct SpectrumRows {
     }
 };
 
-// The rows of a matrix with the given number of columns, one per lane; lanes without a row repeat the first.
-struct InputRows {
-    InputRows(const float* matrix, std::size_t columns, std::size_t count) {
-        for (std::size_t l = 0; l < lanes; ++l)
-            rows[l] = matrix + (l < count ? l : 0) * columns;
-    }
-    const float* rows[lanes];
-};
-
-struct OutputRows {
-    OutputRows(float* matrix, std::size_t columns, std::size_t count, float* unused) {
-        for (std::size_t l = 0; l < lanes; ++l)
-            rows[l] = l < count ? matrix + l * columns : unused;
-    }
-    float* rows[lanes];
-};
-
 void forward(const RealFFTPlan& plan, float* scratch, const float* frames, std::size_t count, float* re,
              float* im) {
     const std::size_t bins = plan.half + 1;

@@ -11,36 +11,21 @@
 
 #include "QuillmereCore/DSP/BatchedFFT-inl.h"
 #include "QuillmereCore/DSP/GriffinLimState.h"
+#include "QuillmereCore/DSP/UnitCircle-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::HWY_NAMESPACE {
 namespace {
 
 // e^(i x) for x in [0, 2 pi], to about one unit in the last place: x less a multiple of pi / 2 (Cody and
-// Waite, in three parts of which the first two have so few bits that their multiples are exact), then Cephes'
-// polynomials on [-pi / 4, pi / 4].
+// Waite, in three parts of which the first two have so few bits that their multiples are exact).
 HWY_INLINE Complex unitCircle(Vector x) {
     const Tag d;
-    const hn::RebindToSigned<Tag> di;
     const Vector turns = hn::Round(hn::Mul(x, hn::Set(d, 0.63661977F)));  // quarter turns
     Vector r = hn::NegMulAdd(turns, hn::Set(d, 0x1.921fbp0F), x);
     r = hn::NegMulAdd(turns, hn::Set(d, 0x1.5110bp-22F), r);
     r = hn::NegMulAdd(turns, hn::Set(d, 0x1.184698p-44F), r);
-    const Vector r2 = hn::Mul(r, r);
-    Vector sin = hn::MulAdd(r2, hn::Set(d, -1.9515295891e-4F), hn::Set(d, 8.3321608736e-3F));
-    sin = hn::MulAdd(r2, sin, hn::Set(d, -1.6666654611e-1F));
-    sin = hn::MulAdd(hn::Mul(r2, r), sin, r);
-    Vector cos = hn::MulAdd(r2, hn::Set(d, 2.443315711809948e-5F), hn::Set(d, -1.388731625493765e-3F));
-    cos = hn::MulAdd(r2, cos, hn::Set(d, 4.166664568298827e-2F));
-    cos = hn::MulAdd(hn::Mul(r2, r2), cos, hn::NegMulAdd(r2, hn::Set(d, 0.5F), hn::Set(d, 1.0F)));
-    // Each quarter turn takes (cos, sin) to (-sin, cos).
-    const auto quarters = hn::ConvertTo(di, turns);
-    const auto one = hn::Set(di, 1);
-    const auto odd = hn::RebindMask(d, hn::Eq(hn::And(quarters, one), one));
-    const auto signOfSin = hn::ShiftLeft<30>(hn::And(quarters, hn::Set(di, 2)));
-    const auto signOfCos = hn::ShiftLeft<30>(hn::And(hn::Add(quarters, one), hn::Set(di, 2)));
-    return {hn::Xor(hn::IfThenElse(odd, sin, cos), hn::BitCast(d, signOfCos)),
-            hn::Xor(hn::IfThenElse(odd, cos, sin), hn::BitCast(d, signOfSin))};
+    return onCircle(r, hn::ConvertTo(hn::RebindToSigned<Tag>(), turns));
 }
 
 // First visit of the bins: random phases. Writes the magnitudes in the order of the visits.

@@ -30,8 +30,9 @@ struct Overlap {
     std::size_t begin, signalBegin, count;
 };
 
-Overlap overlapOf(int frame, int hop, int nFFT, std::size_t signalSize) {
-    const long long start = static_cast<long long>(frame) * hop - nFFT / 2;
+// centre: signal position of the middle of the frame.
+Overlap overlapOf(long long centre, int nFFT, std::size_t signalSize) {
+    const long long start = centre - nFFT / 2;
     const long long begin = std::max(0LL, -start);
     const long long end = std::min<long long>(nFFT, static_cast<long long>(signalSize) - start);
     if (begin >= end) return {0, 0, 0};
@@ -79,12 +80,26 @@ STFT::Spectrum STFT::forward(std::span<const float> signal, std::optional<int> f
 void STFT::forward(std::span<const float> signal, int first, int frames, std::span<float> re,
                    std::span<float> im) {
     require(first >= 0, "STFT: negative frame number");
+    forwardFrames(
+        signal, frames, [&](int t) { return static_cast<long long>(first + t) * hop_; }, re, im);
+}
+
+void STFT::forwardAt(std::span<const float> signal, std::span<const long long> centres, std::span<float> re,
+                     std::span<float> im) {
+    const int frames = static_cast<int>(centres.size());
+    forwardFrames(
+        signal, frames, [&](int t) { return centres[static_cast<std::size_t>(t)]; }, re, im);
+}
+
+template <class Centre>
+void STFT::forwardFrames(std::span<const float> signal, int frames, const Centre& centreOf,
+                         std::span<float> re, std::span<float> im) {
     const std::size_t size = spectrumSize(frames);
     require(re.size() >= size && im.size() >= size, "STFT: spectrum too small");
     for (int t = 0; t < frames; t += batchFrames) {
         const int count = std::min(batchFrames, frames - t);
         for (int i = 0; i < count; ++i)
-            cutFrame(signal, first + t + i, scratchFrame(i));
+            cutFrame(signal, centreOf(t + i), scratchFrame(i));
         const std::size_t row = static_cast<std::size_t>(t) * static_cast<std::size_t>(bins());
         plan_->fft.forward(plan_->frames, static_cast<std::size_t>(count), re.subspan(row), im.subspan(row));
     }
@@ -120,8 +135,8 @@ std::span<float> STFT::scratchFrame(int index) {
     return std::span(plan_->frames).subspan(static_cast<std::size_t>(index) * size, size);
 }
 
-void STFT::cutFrame(std::span<const float> signal, int frame, std::span<float> out) const {
-    const Overlap part = overlapOf(frame, hop_, nFFT_, signal.size());
+void STFT::cutFrame(std::span<const float> signal, long long centre, std::span<float> out) const {
+    const Overlap part = overlapOf(centre, nFFT_, signal.size());
     std::fill_n(out.begin(), part.begin, 0.0F);
     const float* const from = signal.data() + part.signalBegin;
     for (std::size_t i = 0; i < part.count; ++i)
@@ -132,7 +147,7 @@ void STFT::cutFrame(std::span<const float> signal, int frame, std::span<float> o
 // The transform's scale, n, is a power of two: dividing by it is exact.
 void STFT::overlapAdd(std::span<const float> frame, int index, std::span<float> samples,
                       std::span<float> weights) const {
-    const Overlap part = overlapOf(index, hop_, nFFT_, samples.size());
+    const Overlap part = overlapOf(static_cast<long long>(index) * hop_, nFFT_, samples.size());
     const float scale = 1.0F / static_cast<float>(nFFT_);
     float* const to = samples.data() + part.signalBegin;
     float* const weight = weights.data() + part.signalBegin;

@@ -50,6 +50,9 @@ public:
     // The same for the frames from number first on.
     void forward(std::span<const float> signal, int first, int frames, std::span<float> re,
                  std::span<float> im);
+    // The same for frames that are centred on the given samples, of which any may lie outside the signal.
+    void forwardAt(std::span<const float> signal, std::span<const long long> centres, std::span<float> re,
+                   std::span<float> im);
 
     // re and im: at least frames * bins values. Returns exactly length samples.
     [[nodiscard]] std::vector<float> inverse(std::span<const float> re, std::span<const float> im, int frames,
@@ -60,8 +63,12 @@ private:
 
     [[nodiscard]] std::size_t spectrumSize(int frames) const;
     [[nodiscard]] std::span<float> scratchFrame(int index);
-    // Windows frame number `frame` of the signal into out [nFFT].
-    void cutFrame(std::span<const float> signal, int frame, std::span<float> out) const;
+    // centreOf(t): the sample on which frame t is centred.
+    template <class Centre>
+    void forwardFrames(std::span<const float> signal, int frames, const Centre& centreOf, std::span<float> re,
+                       std::span<float> im);
+    // Windows the frame of the signal around sample number centre into out [nFFT].
+    void cutFrame(std::span<const float> signal, long long centre, std::span<float> out) const;
     // Adds the windowed frame to the samples and the squared window to their weights.
     void overlapAdd(std::span<const float> frame, int index, std::span<float> samples,
                     std::span<float> weights) const;

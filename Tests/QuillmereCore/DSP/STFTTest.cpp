@@ -426,5 +426,30 @@ TEST(STFTDeathTest, ImpossibleSizesAreRefused) {
     EXPECT_DEATH((void)stft.frameCount(1LL << 60), "out of range");
 }
 
+TEST(STFT, FramesAtAnyCentresAreThoseOfTheShiftedSignal) {
+    STFT stft(64, 16);
+    const std::vector<float> signal = testing::noise(77, 400);
+    const std::vector<long long> centres{0, 3, 17, 16 * 5, -20, 399, 431, 1000, -1000, 200,
+                                         1, 2, 4,  5,      6,   7,   8,   9,    10,    11};
+    const std::size_t bins = 33;
+    std::vector<float> re(centres.size() * bins);
+    std::vector<float> im(re.size());
+    stft.forwardAt(signal, centres, re, im);
+    for (std::size_t i = 0; i < centres.size(); ++i) {
+        // The same samples around the centre of frame 2.
+        std::vector<float> shifted(64);
+        for (long long n = 0; n < 64; ++n) {
+            const long long at = n + centres[i] - 32;
+            if (at >= 0 && at < 400)
+                shifted[static_cast<std::size_t>(n)] = signal[static_cast<std::size_t>(at)];
+        }
+        const STFT::Spectrum expected = stft.forward(shifted, 3);
+        for (std::size_t k = 0; k < bins; ++k) {
+            EXPECT_EQ(re[i * bins + k], expected.re[2 * bins + k]) << centres[i] << " " << k;
+            EXPECT_EQ(im[i * bins + k], expected.im[2 * bins + k]) << centres[i] << " " << k;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace quillmere
