@@ -18,6 +18,7 @@ namespace quillmere::golden {
 [[nodiscard]] Area aestheticsArea();
 [[nodiscard]] Area samplerArea();
 [[nodiscard]] Area renderArea();
+[[nodiscard]] Area detailArea();
 [[nodiscard]] Area finishArea();
 [[nodiscard]] Area formatArea();
 

@@ -58,9 +58,10 @@ std::vector<std::string> namesOf(std::span<const Area> areas) {
 int main(int argc, char** argv) {
     using namespace quillmere::golden;
     ::testing::InitGoogleTest(&argc, argv);
-    const std::array areas{rngArea(),        stftArea(),     melArea(),    griffinLimArea(), corpusArea(),
-                           clipsArea(),      featuresArea(), configArea(), vaeArea(),        trainerArea(),
-                           aestheticsArea(), samplerArea(),  renderArea(), finishArea(),     formatArea()};
+    const std::array areas{rngArea(),    stftArea(),    melArea(),        griffinLimArea(),
+                           corpusArea(), clipsArea(),   featuresArea(),   configArea(),
+                           vaeArea(),    trainerArea(), aestheticsArea(), samplerArea(),
+                           renderArea(), finishArea(),  formatArea(),     detailArea()};
     // Another folder may hold any of the areas; ours holds all.
     const char* const folder = std::getenv("QUILLMERE_GOLDEN_DIR");
     const bool ours = folder == nullptr || *folder == '\0';

@@ -28,6 +28,10 @@ void requireFinite(std::span<const float> samples) {
             "The parameters lead to samples that are not finite numbers; less extreme values avoid this");
 }
 
+void validateDetail(double detail) {
+    if (!(detail >= 0 && detail <= 1)) throw InvalidParameterError("Detail must be a number from 0 to 1");
+}
+
 void createFolder(const fs::path& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
@@ -130,11 +134,12 @@ private:
 
 }  // namespace
 
-SampleGenerator::SampleGenerator(ModelBundle bundle, network::Backend& backend)
+SampleGenerator::SampleGenerator(ModelBundle bundle, network::Backend& backend, ClipSounds sounds)
     : bundle_(std::move(bundle)),
       inference_(bundle_.config, bundle_.weights, backend),
       extractor_(bundle_.config),
-      sampler_(bundle_.latents, bundle_.config.latentDim) {}
+      sampler_(bundle_.latents, bundle_.config.latentDim),
+      supply_(bundle_, std::move(sounds)) {}
 
 const std::string& SampleGenerator::identity() const {
     std::call_once(identified_, [this] { identity_ = modelIdentity(bundle_); });
@@ -154,20 +159,46 @@ std::vector<float> SampleGenerator::render(std::span<const float> image, const A
     return samples;
 }
 
+SampleGenerator::Worker SampleGenerator::makeWorker(double detail) const {
+    Worker worker{extractor_.makeSTFT(), nullptr};
+    if (detail > 0) worker.detail = std::make_unique<Detail::DetailRenderer>(extractor_);
+    return worker;
+}
+
+std::vector<float> SampleGenerator::render(std::span<const float> image, const Aesthetics& aesthetics,
+                                           SampleOrigin& origin, SeededRNG& rng, Worker& worker,
+                                           const std::stop_token& stop) {
+    if (!(origin.detail > 0)) return render(image, aesthetics, rng, worker.stft);
+    const FlushDenormals flush;
+    std::vector<LatentDraw::Source> sources;
+    for (const SampleOrigin::Source& source : origin.sources)
+        sources.push_back({source.clip, source.weight});
+    const auto material = supply_.material(sources, worker.stft, stop);
+    origin.detailBasis = material ? DetailBasis::sources : DetailBasis::noise;
+    std::vector<float> samples = worker.detail->waveform(
+        image, aesthetics,
+        {static_cast<float>(origin.detail), material ? &*material : nullptr, supply_.tail()}, worker.stft,
+        rng);
+    Finishing::finish(samples, aesthetics, sampleRate(), rng);
+    return samples;
+}
+
 std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& request,
                                                        const ProgressCallback& progress,
                                                        const std::stop_token& stop) {
     validate(request.aesthetics);
+    validateDetail(request.detail);
     if (request.count <= 0) return {};
     createFolder(request.outputDirectory);
+    if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
 
     const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
     Job job(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
     WorkerTeam team;
-    std::vector<STFT> transforms;  // one per worker
-    transforms.reserve(static_cast<std::size_t>(team.threads()));
+    std::vector<Worker> workers;
+    workers.reserve(static_cast<std::size_t>(team.threads()));
     for (int worker = 0; worker < team.threads(); ++worker)
-        transforms.push_back(extractor_.makeSTFT());
+        workers.push_back(makeWorker(request.detail));
 
     for (std::int64_t start = 0; start < request.count; start += batch) {
         throwIfCancelled(stop);
@@ -175,9 +206,9 @@ std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& 
         team.run(variations.images.size(), [&](std::size_t i, int worker) {
             job.attempt([&] {
                 if (stop.stop_requested()) return job.skip();
-                STFT& stft = transforms[static_cast<std::size_t>(worker)];
                 const std::vector<float> samples =
-                    render(variations.images[i], request.aesthetics, variations.states[i], stft);
+                    render(variations.images[i], request.aesthetics, variations.origins[i],
+                           variations.states[i], workers[static_cast<std::size_t>(worker)], stop);
                 requireFinite(samples);
                 job.write(samples, std::move(variations.origins[i]));
             });
@@ -195,6 +226,7 @@ SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& req
         const std::uint64_t seed = variationSeed(request.seed, static_cast<std::uint64_t>(index));
         SeededRNG& state = variations.states.emplace_back(seed);
         variations.origins.push_back(drawOrigin(state, request.aesthetics, index, seed));
+        variations.origins.back().detail = request.detail;
         latents.push_back(variations.origins.back().latent);
     }
     variations.images = inference_.decode(latents);
@@ -217,12 +249,19 @@ std::vector<float> SampleGenerator::audition(const Aesthetics& aesthetics, std::
 }
 
 AuditionedSample SampleGenerator::auditionWithOrigin(const Aesthetics& aesthetics, std::uint64_t seed) {
-    validate(aesthetics);
-    SeededRNG rng(seed);
-    SampleOrigin origin = drawOrigin(rng, aesthetics, 0, seed);
+    return audition({.aesthetics = aesthetics, .seed = seed});
+}
+
+AuditionedSample SampleGenerator::audition(const AuditionRequest& request, const std::stop_token& stop) {
+    validate(request.aesthetics);
+    validateDetail(request.detail);
+    if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
+    SeededRNG rng(request.seed);
+    SampleOrigin origin = drawOrigin(rng, request.aesthetics, 0, request.seed);
+    origin.detail = request.detail;
     const std::vector<std::vector<float>> images = inference_.decode(std::span(&origin.latent, 1));
-    STFT stft = extractor_.makeSTFT();
-    std::vector<float> samples = render(images.front(), aesthetics, rng, stft);
+    Worker worker = makeWorker(request.detail);
+    std::vector<float> samples = render(images.front(), request.aesthetics, origin, rng, worker, stop);
     requireFinite(samples);
     return {std::move(samples), std::move(origin)};
 }

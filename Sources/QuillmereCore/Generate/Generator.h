@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <span>
@@ -11,6 +12,8 @@
 
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Generate/Aesthetics.h"
+#include "QuillmereCore/Generate/Detail/ClipSounds.h"
+#include "QuillmereCore/Generate/Detail/SourceSupply.h"
 #include "QuillmereCore/Generate/LatentSampler.h"
 #include "QuillmereCore/Model/Features.h"
 #include "QuillmereCore/Model/ModelStore.h"
@@ -28,6 +31,21 @@ struct GenerationRequest {
     std::uint64_t seed = 0;
     OutputFormat format = OutputFormat::wav24;
     std::optional<std::string> namePrefix;  // UTF-8; absent: the corpus's name
+    double detail = 0;                      // 0 ... 1, how much of the sources' fine structure; 0: none
+};
+
+// One variation that is not to be written.
+struct AuditionRequest {
+    Aesthetics aesthetics;
+    std::uint64_t seed = 0;
+    double detail = 0;  // as that of a GenerationRequest
+};
+
+// Where a sample has its fine structure from.
+enum class DetailBasis {
+    none,     // it was rendered without detail
+    sources,  // the clips that it was blended from
+    noise,    // noise in their place: they could not be had
 };
 
 // Where a sample comes from: enough to tell its relatives, and, with the parameters and the model, to make it
@@ -43,6 +61,8 @@ struct SampleOrigin {
     std::vector<float> latent;    // [latentDim], what was decoded
     std::vector<Source> sources;  // the blend before drift, mutation and extrapolation; at most eight
     std::string model;            // modelIdentity
+    double detail = 0;            // of the request
+    DetailBasis detailBasis = DetailBasis::none;
 };
 
 // One written file.
@@ -62,7 +82,8 @@ struct AuditionedSample {
 //
 // Variation i of a request has a seed of its own, so its samples depend only on the model, the parameters,
 // the request's seed and i: not on the batch, the number of threads or the order of completion.
-// Threads: immutable after construction apart from the decoder's scratch memory. generate and audition: one
+// Threads: immutable after construction apart from the decoder's scratch memory and the
+// sources that were read. generate and audition: one
 // call at a time, either of them; everything const: any thread.
 class SampleGenerator {
 public:
@@ -71,8 +92,9 @@ public:
     // Variations that are decoded in one call and rendered in parallel.
     static constexpr std::int64_t batch = 16;
 
-    // Throws network::DeviceError if the backend cannot take the network.
-    SampleGenerator(ModelBundle bundle, network::Backend& backend);
+    // sounds: of the model's clips, for detail; without them noise stands in. Throws network::DeviceError if
+    // the backend cannot take the network.
+    SampleGenerator(ModelBundle bundle, network::Backend& backend, ClipSounds sounds = {});
 
     [[nodiscard]] const ModelBundle& bundle() const noexcept { return bundle_; }
     [[nodiscard]] int sampleRate() const noexcept { return static_cast<int>(bundle_.config.sampleRate); }
@@ -101,10 +123,13 @@ public:
     // progress(done, total) follows each written file, one call at a time, on a worker thread; it may be
     // empty. stop is asked before each batch and each variation.
     //
-    // Throws InvalidParameterError before anything is done if validate does, or when the parameters lead to
-    // samples that are not finite; FileError for the folder or a file; CancellationError. A batch that has
-    // begun ends first (a cancelled one skips the variations that have not started), and files already
-    // written stay.
+    // The sources of a variation with detail are read when it is rendered. With detail each sample's origin
+    // says what it has its fine structure from.
+    //
+    // Throws InvalidParameterError before anything is done if validate does or detail is out of range, or
+    // when the parameters lead to samples that are not finite; FileError for the folder or a file;
+    // AudioIOError where the system's trouble hides a source; CancellationError. A batch that has begun ends
+    // first (a cancelled one skips the variations that have not started), and files already written stay.
     [[nodiscard]] std::vector<GeneratedSample> generate(const GenerationRequest& request,
                                                         const ProgressCallback& progress,
                                                         const std::stop_token& stop);
@@ -114,6 +139,8 @@ public:
     [[nodiscard]] std::vector<float> audition(const Aesthetics& aesthetics, std::uint64_t seed);
     // The same with its origin.
     [[nodiscard]] AuditionedSample auditionWithOrigin(const Aesthetics& aesthetics, std::uint64_t seed);
+    // The same with detail. Throws as generate.
+    [[nodiscard]] AuditionedSample audition(const AuditionRequest& request, const std::stop_token& stop = {});
 
     // Seed of variation index of a request.
     [[nodiscard]] static std::uint64_t variationSeed(std::uint64_t seed, std::uint64_t index);
@@ -130,10 +157,22 @@ private:
     [[nodiscard]] SampleOrigin drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
                                           std::uint64_t seed) const;
 
+    // What one thread renders with.
+    struct Worker {
+        STFT stft;
+        std::unique_ptr<Detail::DetailRenderer> detail;  // null without detail
+    };
+    [[nodiscard]] Worker makeWorker(double detail) const;
+    // Renders as origin says, and notes in it what the fine structure is from. Throws as generate.
+    [[nodiscard]] std::vector<float> render(std::span<const float> image, const Aesthetics& aesthetics,
+                                            SampleOrigin& origin, SeededRNG& rng, Worker& worker,
+                                            const std::stop_token& stop);
+
     ModelBundle bundle_;
     VAEInference inference_;
     FeatureExtractor extractor_;
     LatentSampler sampler_;
+    Detail::SourceSupply supply_;
     mutable std::once_flag identified_;
     mutable std::string identity_;  // written under the flag above
 };

@@ -222,13 +222,17 @@ ShapedImage shape(std::span<const float> image, const Aesthetics& aesthetics,
     return {timeStretch(dB, nMels, frames, newFrames), newFrames};
 }
 
+double pitchRatio(const Aesthetics& aesthetics, SeededRNG& rng) {
+    const double semitones = rng.signedUniform() * aesthetics.pitchJitter + aesthetics.pitch;
+    // Closer than a hundredth of a semitone is in tune.
+    return std::abs(semitones) > 0.01 ? std::exp2(semitones / 12.0) : 1.0;
+}
+
 std::vector<float> magnitude(const ShapedImage& shaped, const Aesthetics& aesthetics,
                              const FeatureExtractor& extractor, const STFT& stft, SeededRNG& rng) {
     std::vector<float> mag = extractor.linearMagnitude(shaped.dB, shaped.frames, stft);
-    const double semitones = rng.signedUniform() * aesthetics.pitchJitter + aesthetics.pitch;
-    // Closer than a hundredth of a semitone is in tune.
-    if (std::abs(semitones) > 0.01)
-        mag = warpFrequency(mag, shaped.frames, stft.bins(), std::exp2(semitones / 12.0));
+    const double ratio = pitchRatio(aesthetics, rng);
+    if (ratio != 1) mag = warpFrequency(mag, shaped.frames, stft.bins(), ratio);
     return mag;
 }
 

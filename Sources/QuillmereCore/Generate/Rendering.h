@@ -57,6 +57,8 @@ struct ShapedImage {
 // and one uniform value.
 [[nodiscard]] ShapedImage shape(std::span<const float> image, const Aesthetics& aesthetics,
                                 const FeatureExtractor& extractor, SeededRNG& rng);
+// Takes one uniform draw. The ratio by which the pitch is shifted; 1 when it is in tune.
+[[nodiscard]] double pitchRatio(const Aesthetics& aesthetics, SeededRNG& rng);
 // [frames][bins], pitch shifted. Takes one uniform draw.
 [[nodiscard]] std::vector<float> magnitude(const ShapedImage& shaped, const Aesthetics& aesthetics,
                                            const FeatureExtractor& extractor, const STFT& stft,

@@ -1,0 +1,53 @@
+#include "QuillmereCore/Generate/Detail/ClipSounds.h"
+
+#include <map>
+#include <string>
+
+#include "QuillmereCore/Model/ClipPreparation.h"
+#include "QuillmereCore/Model/Training/ClipReading.h"
+#include "QuillmereCore/Util/JSONDocument.h"
+
+namespace quillmere {
+namespace {
+
+// A name as a stored model has it: without the bytes that are no UTF-8.
+std::string storedName(const std::string& name) {
+    return json::Json(name).dump(-1, ' ', false, json::Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+ClipSounds ClipSounds::inFolder(const ModelBundle& model, const CorpusSummary& corpus) {
+    ClipSounds sounds;
+    if (model.metadata.fingerprint != corpus.fingerprint()) return sounds;
+    std::map<std::string, std::optional<CorpusFile>> byName;
+    for (const CorpusFile& file : corpus.files) {
+        const auto [entry, isNew] = byName.emplace(storedName(file.relativePath), file);
+        if (!isNew) entry->second.reset();  // which of the two it is cannot be told
+    }
+    sounds.origin_ = Origin::folder;
+    sounds.config_ = model.config;
+    for (const std::string& name : model.metadata.clipNames) {
+        const auto found = byName.find(storedName(name));
+        sounds.files_.push_back(found == byName.end() ? std::nullopt : found->second);
+    }
+    return sounds;
+}
+
+std::optional<std::vector<float>> ClipSounds::read(std::size_t clip, const std::stop_token& stop) const {
+    if (clip >= files_.size() || !files_[clip]) return std::nullopt;
+    ModelTrainer::ClipNeeds needs;
+    needs.sampleRate = static_cast<int>(config_.sampleRate);
+    // One more than is used tells that the clip is cut.
+    needs.keptSamples = static_cast<std::size_t>(config_.clipSamples()) + 1;
+    needs.flatness = false;
+    const ModelTrainer::ClipReading reading = ModelTrainer::readClip(*files_[clip], needs, stop);
+    if (!reading.isUsable()) return std::nullopt;
+    return ClipPreparation::cutAndFade(reading.clip.samples, config_.clipSamples(), config_.sampleRate);
+}
+
+std::string_view rawValue(ClipSounds::Origin origin) {
+    return origin == ClipSounds::Origin::folder ? "folder" : "none";
+}
+
+}  // namespace quillmere

@@ -1,0 +1,214 @@
+#include "QuillmereCore/Generate/Detail/DetailRenderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+
+#include "QuillmereCore/DSP/PhaseIntegration.h"
+#include "QuillmereCore/Generate/Detail/Donor.h"
+#include "QuillmereCore/Generate/Detail/FineStructure.h"
+#include "QuillmereCore/Generate/Rendering.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere::Detail {
+namespace {
+
+using PhaseIntegration::Phase;
+
+// Frames that are worked on at once: their spectra stay in the cache.
+constexpr std::size_t chunkFrames = 16;
+// Frames whose phases the sources give: the waveform of the attack.
+constexpr std::size_t knownFrames = attackPace;
+constexpr int refinements = 8;
+constexpr double farthestRatio = 16;  // four octaves
+
+// Uniform over the circle.
+std::vector<Phase> drawPhases(std::size_t count, SeededRNG& rng) {
+    constexpr float smallestPerTurn = 4294967296.0F;
+    std::vector<Phase> phases(count);
+    // A uniform value is a multiple of 2^-24, so nothing is rounded.
+    for (Phase& phase : phases)
+        phase = static_cast<Phase>(rng.uniform() * smallestPerTurn);
+    return phases;
+}
+
+// Linear band levels [frames][bands] of an image [bands][frames] in dB.
+std::vector<float> levelsOf(const Rendering::ShapedImage& shaped, std::size_t bands, float scale) {
+    const auto frames = static_cast<std::size_t>(shaped.frames);
+    std::vector<float> linear(shaped.dB.size());
+    fromDecibels(shaped.dB, scale, linear);
+    std::vector<float> levels(linear.size());
+    for (std::size_t band = 0; band < bands; ++band) {
+        for (std::size_t t = 0; t < frames; ++t)
+            levels[t * bands + band] = linear[band * frames + t];
+    }
+    return levels;
+}
+
+// By how much the fine structure of noise counts at each bin: below 400 Hz, where partials stand apart, it is
+// foreign to most sounds.
+std::vector<float> shareOfNoise(std::size_t bins, double binHz) {
+    std::vector<float> share(bins);
+    for (std::size_t k = 1; k < bins; ++k) {
+        const double octaves = std::log2(static_cast<double>(k) * binHz / 400.0);
+        share[k] = static_cast<float>(std::clamp(octaves / 2, 0.0, 1.0));
+    }
+    return share;
+}
+
+// The spectrum of the donor at the frames of a variation.
+struct DonorFrames {
+    std::vector<float> magnitudes;  // [frames][bins]
+    std::vector<float> levels;      // [frames][bands]
+    float loudest = 0;              // of the levels
+    std::vector<Phase> phases;      // of the first knownFrames, [..][bins]
+};
+
+// One variation at work.
+class Variation {
+public:
+    Variation(BandMaps& maps, STFT& stft, std::size_t frames)
+        : maps_(maps), stft_(stft), frames_(frames), bins_(maps.bins()), bands_(maps.bands()) {}
+
+    [[nodiscard]] DonorFrames analyse(std::span<const float> donor, std::span<const long long> centres) {
+        DonorFrames found{std::vector<float>(frames_ * bins_), std::vector<float>(frames_ * bands_), 0, {}};
+        std::vector<float> re(chunkFrames * bins_);
+        std::vector<float> im(chunkFrames * bins_);
+        for (std::size_t t = 0; t < frames_; t += chunkFrames) {
+            const std::size_t count = std::min(chunkFrames, frames_ - t);
+            stft_.forwardAt(donor, centres.subspan(t, count), re, im);
+            for (std::size_t i = 0; i < count; ++i) {
+                // No band covers DC and Nyquist.
+                for (const std::size_t edge : {i * bins_, (i + 1) * bins_ - 1})
+                    re[edge] = im[edge] = 0;
+            }
+            const auto magnitudes = std::span(found.magnitudes).subspan(t * bins_, count * bins_);
+            Detail::magnitudes(std::span(re).first(count * bins_), std::span(im).first(count * bins_),
+                               magnitudes);
+            maps_.forward(magnitudes, std::span(found.levels).subspan(t * bands_, count * bands_));
+            if (t > 0) continue;
+            for (std::size_t i = 0; i < std::min(knownFrames, count) * bins_; ++i)
+                found.phases.push_back(PhaseIntegration::phaseOf(re[i], im[i]));
+        }
+        found.loudest = std::ranges::max(found.levels);
+        return found;
+    }
+
+    // Turns the donor's magnitudes into those of the variation. levels: [frames][bands], wanted; for another
+    // pitch on return those that it leads to. share: of the fine structure at each bin. Fills known() and
+    // leaves the magnitudes where the donor's were.
+    void shape(DonorFrames& donor, std::span<float> levels, double ratio, std::span<const float> share,
+               float amount) {
+        std::vector<float> wanted(chunkFrames * bins_);
+        std::vector<float> envelope(chunkFrames * bins_);
+        std::vector<float> trust(chunkFrames * bins_);
+        std::vector<float> bandTrust(chunkFrames * bands_);
+        for (std::size_t t = 0; t < frames_; t += chunkFrames) {
+            const std::size_t count = std::min(chunkFrames, frames_ - t);
+            const auto ofBins = [&](std::vector<float>& chunk) {
+                return std::span(chunk).first(count * bins_);
+            };
+            const auto levelsHere = levels.subspan(t * bands_, count * bands_);
+            spread(levelsHere, ratio, wanted, count);
+            const auto donorLevels = std::span(donor.levels).subspan(t * bands_, count * bands_);
+            const auto trustHere = std::span(bandTrust).first(count * bands_);
+            trustOf(donorLevels, donor.loudest, trustHere);
+            maps_.inverse(trustHere, ofBins(trust));
+            maps_.inverse(donorLevels, ofBins(envelope));
+            if (t == 0) noteKnown(trust, count, donor.phases.size());
+            for (std::size_t i = 0; i < count * bins_ && !share.empty(); ++i)
+                trust[i] *= share[i % bins_];
+            const auto magnitudes = std::span(donor.magnitudes).subspan(t * bins_, count * bins_);
+            applyFineStructure(ofBins(wanted), magnitudes, ofBins(envelope), ofBins(trust), amount);
+            maps_.refine(ofBins(wanted), levelsHere, refinements);
+            std::ranges::copy(ofBins(wanted), magnitudes.begin());
+        }
+    }
+
+    // Whether the donor gives the phase of each bin of the first frames.
+    [[nodiscard]] std::span<const std::uint8_t> known() const { return known_; }
+
+private:
+    // Smooth magnitudes for the levels, at another pitch if ratio says so.
+    void spread(std::span<float> levels, double ratio, std::vector<float>& magnitudes, std::size_t count) {
+        const auto here = std::span(magnitudes).first(count * bins_);
+        maps_.inverse(levels, here);
+        if (ratio == 1) return;
+        maps_.refine(here, levels, refinements);
+        std::ranges::copy(
+            Rendering::warpFrequency(here, static_cast<int>(count), static_cast<int>(bins_), ratio),
+            here.begin());
+        maps_.forward(here, levels);
+    }
+
+    void noteKnown(std::span<const float> trust, std::size_t count, std::size_t size) {
+        constexpr float enough = 0.5F;
+        known_.clear();
+        for (std::size_t i = 0; i < std::min(count * bins_, size); ++i)
+            known_.push_back(trust[i] > enough ? 1 : 0);
+    }
+
+    BandMaps& maps_;
+    STFT& stft_;
+    std::size_t frames_;
+    std::size_t bins_;
+    std::size_t bands_;
+    std::vector<std::uint8_t> known_;
+};
+
+}  // namespace
+
+DetailRenderer::DetailRenderer(const FeatureExtractor& extractor)
+    : extractor_(extractor), maps_(extractor.bank()), attack_(AttackFrames::forHop(extractor.config().hop)) {}
+
+std::vector<float> DetailRenderer::waveform(std::span<const float> image, const Aesthetics& aesthetics,
+                                            const Settings& settings, STFT& stft, SeededRNG& rng) {
+    const ModelConfig& config = extractor_.config();
+    const auto columns = static_cast<std::size_t>(config.frames);
+    std::vector<float> sharpened(image.begin(), image.end());
+    if (settings.sources) applyAttack(sharpened, columns, attack_, settings.sources->course, settings.amount);
+    if (settings.tail) settings.tail->apply(sharpened, columns, settings.amount);
+
+    const Rendering::ShapedImage shaped = Rendering::shape(sharpened, aesthetics, extractor_, rng);
+    const double ratio = Rendering::pitchRatio(aesthetics, rng);
+    const auto frames = static_cast<std::size_t>(shaped.frames);
+    const auto clipSamples = static_cast<std::size_t>(config.clipSamples());
+
+    std::vector<float> donor;
+    std::vector<float> share;
+    if (settings.sources) {
+        donor = settings.sources->donor;
+    } else {
+        SeededRNG noise(rng.s[0]);  // a stream of its own, so that the draws from rng stay in their places
+        donor = syntheticDonor(clipSamples, static_cast<int>(config.sampleRate), noise);
+        share = shareOfNoise(maps_.bins(),
+                             static_cast<double>(config.sampleRate) / static_cast<double>(config.nFFT));
+    }
+    // Parameters may lie far beyond the sliders, and a donor that is read very slowly is very long.
+    const double donorRatio = std::clamp(ratio, 1 / farthestRatio, farthestRatio);
+    if (donorRatio != 1) donor = readFaster(donor, donorRatio);
+    const std::vector<long long> centres =
+        donorCentres(shaped.frames, stft.hop(), static_cast<double>(clipSamples) / donorRatio);
+
+    std::vector<Phase> phases = drawPhases(frames * maps_.bins(), rng);
+    std::vector<float> levels = levelsOf(shaped, maps_.bands(), 1.0F / stft.magnitudeNormalization());
+    Variation variation(maps_, stft, frames);
+    DonorFrames found = variation.analyse(donor, centres);
+    variation.shape(found, levels, ratio, share, settings.amount);
+    const std::span<const float> magnitudes = found.magnitudes;
+    std::span<const std::uint8_t> known;
+    if (settings.sources) {
+        known = variation.known();
+        for (std::size_t i = 0; i < known.size(); ++i) {
+            if (known[i] != 0) phases[i] = found.phases[i];
+        }
+    }
+    PhaseIntegration::integrate(magnitudes, {shaped.frames, stft.nFFT(), stft.hop()}, known, phases);
+    std::vector<float> re(magnitudes.size());
+    std::vector<float> im(magnitudes.size());
+    PhaseIntegration::toSpectrum(magnitudes, phases, re, im);
+    return stft.inverse(re, im, shaped.frames, checkedMultiply(config.hop, shaped.frames));
+}
+
+}  // namespace quillmere::Detail

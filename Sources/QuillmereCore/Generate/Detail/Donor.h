@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "QuillmereCore/Util/RNG.h"
+
+// The donor: a waveform at the pitch and in the time of the variation from which this takes its fine
+// structure. Samples are mono; pure functions, any thread.
+namespace quillmere::Detail {
+
+// Frames at the beginning that the donor passes through at its own pace, so that no stretch smears its
+// attack.
+inline constexpr int attackPace = 4;
+
+// out += share * samples, as far as both go.
+void addScaled(std::span<const float> samples, float share, std::span<float> out);
+
+// What stands in for sources that cannot be had: a click 1 ms after the beginning, where an attack would be,
+// and noise from there on.
+[[nodiscard]] std::vector<float> syntheticDonor(std::size_t samples, int sampleRate, SeededRNG& rng);
+
+// Reads samples ratio times faster, with a cubic through four of them (Catmull and Rom); the length divided
+// by ratio, but at least one sample. ratio: positive, finite.
+[[nodiscard]] std::vector<float> readFaster(std::span<const float> samples, double ratio);
+
+// The sample on which the donor's frame for each of a variation's frames is centred. length: samples of the
+// donor that the variation is to last. A variation that is as long passes through it hop by hop.
+[[nodiscard]] std::vector<long long> donorCentres(int frames, int hop, double length);
+
+}  // namespace quillmere::Detail
