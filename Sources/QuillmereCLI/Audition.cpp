@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/DetailReport.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ParameterOptions.h"
@@ -59,7 +60,8 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFile(output);
     ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
-    SampleGenerator generator(std::move(bundle), compute.device().backend());
+    const ClipSounds sounds = ClipSounds::inFolder(bundle, corpus.summary);
+    SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
 
     WorkProgress work;
     work.phase = "generating";
@@ -68,7 +70,8 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     work.totalSteps = 1;
     progress.report(work);
     cancel.check();
-    const std::vector<float> samples = generator.audition(aesthetics, seed);
+    const auto [samples, origin] = generator.audition(
+        {.aesthetics = aesthetics, .seed = seed, .detail = options.parameters.detail()}, cancel.token());
     cancel.check();
     AudioIO::write(samples, output, generator.sampleRate(), format);
     progress.finish();
@@ -79,12 +82,16 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
                   (options.parameters.seedWasGiven()
                        ? "."
                        : "; use --seed " + std::to_string(seed) + " to get the same again."));
+    DetailReport detail(options.parameters.detail(), sounds);
+    detail.count(origin);
+    detail.print(console);
     JSON result = makeResult("audition");
     result["seed"] = seed;
     result["path"] = toJSON(output);
     result["durationSeconds"] = seconds;
     result["format"] = rawValue(format);
     result["aesthetics"] = toJSON(aesthetics);
+    detail.addTo(result);
     result["seconds"] = progress.timesJSON();
     console.emit(result);
 }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/DetailReport.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ParameterOptions.h"
@@ -115,6 +116,7 @@ JSON resultJSON(const GenerationRequest& request, const std::vector<GeneratedSam
         JSON item = JSON::object();
         item["path"] = toJSON(file.url);
         item["seconds"] = file.seconds;
+        if (request.detail > 0) item["detail"] = DetailReport::word(file.origin.detailBasis);
         list.push_back(std::move(item));
     }
     result["files"] = std::move(list);
@@ -143,6 +145,7 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     request.count = options.count;
     request.outputDirectory = Paths::plain(options.output);
     request.aesthetics = options.parameters.aesthetics(console);
+    request.detail = options.parameters.detail();
     request.seed = options.parameters.seed();
     request.format = options.parameters.format();
     if (!options.prefix.empty()) request.namePrefix = options.prefix;
@@ -151,11 +154,18 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFolder(request.outputDirectory);
     ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
-    SampleGenerator generator(std::move(bundle), compute.device().backend());
+    const ClipSounds sounds = ClipSounds::inFolder(bundle, corpus.summary);
+    SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
     const auto files = generateFiles(generator, request, console, progress, cancel);
     progress.finish();
+    DetailReport detail(request.detail, sounds);
+    for (const GeneratedSample& file : files)
+        detail.count(file.origin);
     printResult(request, files, options.parameters.seedWasGiven(), progress, console);
-    console.emit(resultJSON(request, files, progress));
+    detail.print(console);
+    JSON result = resultJSON(request, files, progress);
+    detail.addTo(result);
+    console.emit(result);
 }
 
 }  // namespace

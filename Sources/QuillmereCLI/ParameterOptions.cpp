@@ -104,6 +104,9 @@ void ParameterOptions::addTo(CLI::App& app) {
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 
+    addReal(app, "--detail", detail_, {0, 1},
+            "How much fine structure and attack to take from the samples themselves")
+        ->default_str("0");
     addSeed(app, seed_, "The same number gives the same result")->default_str("a fresh one");
     addChoice(app, "--format", format_, formatNames(), "Sample format")->default_str(format_);
 }

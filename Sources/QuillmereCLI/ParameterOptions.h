@@ -16,7 +16,7 @@
 namespace quillmere::cli {
 
 // How a generation or an audition sounds: --preset NAME or --aesthetics FILE.json as the start, then each
-// --set ID=VALUE in the order given; and --seed, --format.
+// --set ID=VALUE in the order given; and --detail, --seed, --format.
 class ParameterOptions {
 public:
     void addTo(CLI::App& app);
@@ -24,6 +24,9 @@ public:
     // The parameters to use. Each --set value is moved into its parameter's range, with a note when that
     // changes it; those of the file of --aesthetics may lie beyond. Throws Failure about that file.
     [[nodiscard]] Aesthetics aesthetics(Console& console) const;
+
+    // 0 ... 1; 0 if none is given.
+    [[nodiscard]] double detail() const { return detail_.value_or(0); }
 
     // The seed given, or a fresh one.
     [[nodiscard]] std::uint64_t seed() const;
@@ -41,6 +44,7 @@ private:
     const Preset* preset_ = nullptr;
     std::filesystem::path file_;
     std::vector<Assignment> assignments_;
+    std::optional<double> detail_;
     std::optional<std::uint64_t> seed_;
     std::string format_{rawValue(OutputFormat::wav24)};
 };

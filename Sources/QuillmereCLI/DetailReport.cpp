@@ -1,0 +1,41 @@
+#include "QuillmereCLI/DetailReport.h"
+
+#include <string>
+
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+
+void DetailReport::count(const SampleOrigin& origin) {
+    ++variations_;
+    if (origin.detailBasis == DetailBasis::noise) ++withNoise_;
+}
+
+void DetailReport::print(Console& console) const {
+    if (!(amount_ > 0)) return;
+    const std::string amount = "Detail " + Text::fixed(amount_, 2);
+    if (withNoise_ < variations_) console.print(amount + " from the learned samples.");
+    if (withNoise_ == 0) return;
+    console.note(origin_ == ClipSounds::Origin::none
+                     ? "Note: the folder no longer holds what was learned, so noise stands in for the detail "
+                       "of the samples."
+                     : "Note: for " + std::to_string(withNoise_) + " of " +
+                           counted(variations_, "variation", "variations") +
+                           " a learned sample could not be read; noise stands in for its detail.");
+}
+
+void DetailReport::addTo(JSON& result) const {
+    if (!(amount_ > 0)) return;
+    JSON detail = JSON::object();
+    detail["amount"] = amount_;
+    detail["sounds"] = rawValue(origin_);
+    detail["withNoise"] = withNoise_;
+    result["detail"] = std::move(detail);
+}
+
+std::string_view DetailReport::word(DetailBasis basis) {
+    return basis == DetailBasis::sources ? "sources" : "noise";
+}
+
+}  // namespace quillmere::cli

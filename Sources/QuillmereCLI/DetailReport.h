@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "QuillmereCLI/Console.h"
+#include "QuillmereCore/Generate/Generator.h"
+
+// What the commands that generate say of --detail.
+namespace quillmere::cli {
+
+// What the fine structure of a number of variations is from.
+class DetailReport {
+public:
+    // sounds: of the generator.
+    DetailReport(double amount, const ClipSounds& sounds) : amount_(amount), origin_(sounds.origin()) {}
+
+    void count(const SampleOrigin& origin);
+
+    // A line for people, and a note where noise had to stand in for sources. Nothing without detail.
+    void print(Console& console) const;
+    // The member "detail" of a result event. Nothing without detail.
+    void addTo(JSON& result) const;
+
+    // "sources" or "noise".
+    [[nodiscard]] static std::string_view word(DetailBasis basis);
+
+private:
+    double amount_;
+    ClipSounds::Origin origin_;
+    std::int64_t variations_ = 0;
+    std::int64_t withNoise_ = 0;
+};
+
+}  // namespace quillmere::cli
