@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <exception>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -67,8 +68,10 @@ private:
     std::size_t afterLast_;
 };
 
+}  // namespace
+
 // A request at work. Results come from several threads.
-class Job {
+class SampleGenerator::Job {
 public:
     Job(const GenerationRequest& request, const std::string& base, int sampleRate,
         const SampleGenerator::ProgressCallback& progress)
@@ -132,8 +135,6 @@ private:
     std::exception_ptr failure_ QUILLMERE_GUARDED_BY(mutex_);
 };
 
-}  // namespace
-
 SampleGenerator::SampleGenerator(ModelBundle bundle, network::Backend& backend, ClipSounds sounds)
     : bundle_(std::move(bundle)),
       inference_(bundle_.config, bundle_.weights, backend),
@@ -186,14 +187,33 @@ std::vector<float> SampleGenerator::render(std::span<const float> image, const A
 std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& request,
                                                        const ProgressCallback& progress,
                                                        const std::stop_token& stop) {
-    validate(request.aesthetics);
-    validateDetail(request.detail);
-    if (request.count <= 0) return {};
-    createFolder(request.outputDirectory);
-    if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
+    GenerationOutcome outcome = tryToGenerate(request, progress, stop);
+    if (outcome.failure) std::rethrow_exception(outcome.failure);
+    return std::move(outcome.written);
+}
 
-    const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
-    Job job(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
+GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& request,
+                                                 const ProgressCallback& progress,
+                                                 const std::stop_token& stop) {
+    GenerationOutcome outcome;
+    std::optional<Job> job;
+    try {
+        validate(request.aesthetics);
+        validateDetail(request.detail);
+        if (request.count <= 0) return outcome;
+        createFolder(request.outputDirectory);
+        if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
+        const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
+        job.emplace(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
+        run(*job, request, stop);
+    } catch (...) {
+        outcome.failure = std::current_exception();
+    }
+    if (job) outcome.written = job->takeWritten();
+    return outcome;
+}
+
+void SampleGenerator::run(Job& job, const GenerationRequest& request, const std::stop_token& stop) {
     WorkerTeam team;
     std::vector<Worker> workers;
     workers.reserve(static_cast<std::size_t>(team.threads()));
@@ -215,7 +235,6 @@ std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& 
         });
         job.endBatch();
     }
-    return job.takeWritten();
 }
 
 SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& request, std::int64_t start) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <mutex>
@@ -72,6 +73,12 @@ struct GeneratedSample {
     SampleOrigin origin{};
 };
 
+// What became of a request.
+struct GenerationOutcome {
+    std::vector<GeneratedSample> written;  // in the order in which they were finished
+    std::exception_ptr failure;            // why there are no more of them; null when all are there
+};
+
 // One variation that was not written.
 struct AuditionedSample {
     std::vector<float> samples;
@@ -133,6 +140,11 @@ public:
     [[nodiscard]] std::vector<GeneratedSample> generate(const GenerationRequest& request,
                                                         const ProgressCallback& progress,
                                                         const std::stop_token& stop);
+    // As generate, for who wants to know of the files that were written before it failed or was cancelled:
+    // what generate throws is in the outcome.
+    [[nodiscard]] GenerationOutcome tryToGenerate(const GenerationRequest& request,
+                                                  const ProgressCallback& progress,
+                                                  const std::stop_token& stop);
 
     // One variation, not written: the samples of variation 0 of a request with the same seed. Throws
     // InvalidParameterError as generate.
@@ -146,11 +158,14 @@ public:
     [[nodiscard]] static std::uint64_t variationSeed(std::uint64_t seed, std::uint64_t index);
 
 private:
+    class Job;
     struct Batch {
         std::vector<SeededRNG> states;           // of each variation, after its latent was drawn
         std::vector<SampleOrigin> origins;       // of each
         std::vector<std::vector<float>> images;  // [nMels][frames] each
     };
+    // Renders and writes all variations. Throws as generate.
+    void run(Job& job, const GenerationRequest& request, const std::stop_token& stop);
     // The variations from start on, at most a batch.
     [[nodiscard]] Batch decodeBatch(const GenerationRequest& request, std::int64_t start);
     // Draws the latent vector of a variation. rng: made from seed.

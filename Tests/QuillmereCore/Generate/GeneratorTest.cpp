@@ -235,6 +235,41 @@ TEST_F(Generating, CancelledWithinABatchKeepsWhatIsWritten) {
     EXPECT_EQ(testing::entriesIn(folder.path()), 3U);
 }
 
+TEST_F(Generating, WhoAsksLearnsWhatWasWrittenBeforeACancellation) {
+    const ThreadLimit limit(1);
+    std::stop_source stop;
+    const auto afterThree = [&](std::int64_t done, std::int64_t) {
+        if (done == 3) stop.request_stop();
+    };
+    const GenerationOutcome outcome = generator.tryToGenerate(request(10), afterThree, stop.get_token());
+    ASSERT_EQ(outcome.written.size(), 3U);
+    for (const GeneratedSample& sample : outcome.written)
+        EXPECT_TRUE(fs::is_regular_file(sample.url));
+    ASSERT_TRUE(outcome.failure);
+    EXPECT_THROW(std::rethrow_exception(outcome.failure), CancellationError);
+}
+
+TEST_F(Generating, WhoAsksLearnsWhatWasWrittenBeforeAFailure) {
+    const ThreadLimit limit(1);
+    GenerationRequest job = request(20);
+    job.outputDirectory = folder / "out";
+    const auto swapFolderForFile = [&](std::int64_t done, std::int64_t) {
+        if (done != 2) return;
+        fs::rename(folder / "out", folder / "moved");
+        testing::writeText(folder / "out", "");
+    };
+    const GenerationOutcome outcome = generator.tryToGenerate(job, swapFolderForFile, {});
+    EXPECT_EQ(outcome.written.size(), 2U);
+    ASSERT_TRUE(outcome.failure);
+    EXPECT_THROW(std::rethrow_exception(outcome.failure), FileError);
+}
+
+TEST_F(Generating, ASuccessHasNoFailure) {
+    const GenerationOutcome outcome = generator.tryToGenerate(request(3), {}, {});
+    EXPECT_EQ(outcome.written.size(), 3U);
+    EXPECT_FALSE(outcome.failure);
+}
+
 TEST_F(Generating, CancelledAtTheEndOfABatchStopsBeforeTheNext) {
     std::stop_source stop;
     const auto afterBatch = [&](std::int64_t done, std::int64_t) {
