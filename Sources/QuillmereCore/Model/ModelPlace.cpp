@@ -80,11 +80,12 @@ std::vector<fs::path> entriesOf(const fs::path& folder, std::error_code& error) 
     return entries;
 }
 
-// The first free one of NAME.damaged, NAME.damaged-2, ...: the folder has it now.
-fs::path setAside(const fs::path& folder) {
+// The first free one of NAME.damaged, NAME.damaged-2, ... for a suffix of ".damaged": the folder has it now.
+fs::path setAside(const fs::path& folder, std::string_view suffix) {
     for (int number = 1;; ++number) {
         fs::path aside = folder;
-        aside += number == 1 ? ".damaged" : ".damaged-" + std::to_string(number);
+        aside += suffix;
+        if (number > 1) aside += "-" + std::to_string(number);
         if (moveFolder(folder, aside)) return aside;
     }
 }
@@ -202,11 +203,11 @@ void HiddenFolder::write(std::string_view name, const std::string& content) cons
     }
 }
 
-void HiddenFolder::takePlace(bool keep) const {
+void HiddenFolder::takePlace(std::string_view aside) const {
     const fs::path& folder = place_.folder();
     if (const std::error_code error = syncFolder(path_)) throw FileError(folder, error);
-    if (keep) {
-        moveInAfter(setAside(folder), path_, folder);
+    if (!aside.empty()) {
+        moveInAfter(setAside(folder, aside), path_, folder);
     } else if (!ModelFolder::isThere(folder)) {
         moveIn(path_, folder);
     } else {

@@ -73,9 +73,10 @@ public:
 
     // Writes a file and forces it to the disk. Throws FileError naming that file of the model folder.
     void write(std::string_view name, const std::string& content) const;
-    // Lets the folder become the model folder. The one before gets the name of this one, or, if keep says so,
-    // a name with ".damaged" at which it stays. Throws FileError; everything is as before then.
-    void takePlace(bool keep) const;
+    // Lets the folder become the model folder. The one before gets the name of this one, or, unless aside is
+    // empty, its own with aside (and a number) added, at which it stays. Throws FileError; everything is as
+    // before then.
+    void takePlace(std::string_view aside) const;
 
 private:
     void exchange() const;

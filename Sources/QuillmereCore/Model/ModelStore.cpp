@@ -98,6 +98,10 @@ bool isShortage(const std::error_code& reason) {
            reason == std::errc::too_many_files_open_in_system;
 }
 
+// What is added to the name of a model that is kept.
+constexpr std::string_view damagedSuffix = ".damaged";
+constexpr std::string_view keptSuffix = ".kept";
+
 // Whether the folder holds a model with which nothing can be done.
 bool isUnusable(const fs::path& modelFolder) {
     try {
@@ -266,7 +270,7 @@ ModelBundle open(const fs::path& modelFolder) {
 }
 
 void replace(const ModelBundle& bundle, const fs::path& modelFolder, const std::stop_token& stop,
-             std::chrono::milliseconds patience) {
+             std::chrono::milliseconds patience, Former former) {
     requireFinite(bundle);
     const ModelPlace place(modelFolder);
     std::error_code error;
@@ -277,14 +281,19 @@ void replace(const ModelBundle& bundle, const fs::path& modelFolder, const std::
         place.bringBack();
         place.sweep();
     }
-    const bool keep = isUnusable(place.folder());
+    std::string_view aside;  // empty: the former model goes
+    if (isUnusable(place.folder())) {
+        aside = damagedSuffix;
+    } else if (former == Former::kept && ModelFolder::isThere(place.folder())) {
+        aside = keptSuffix;
+    }
     const HiddenFolder fresh(place);
     const std::string weights = weightsBlob(bundle.weights);
     const std::string manifest = ModelFiles::manifestText(bundle);
     fresh.write(ModelFiles::weightsName, weights);
     fresh.write(ModelFiles::manifestName, manifest);
     fresh.write(ModelFiles::digestsName, ModelFiles::digestsText(manifest, weights));
-    fresh.takePlace(keep);
+    fresh.takePlace(aside);
 }
 
 bool remove(const fs::path& modelFolder, const std::stop_token& stop, std::chrono::milliseconds patience) {

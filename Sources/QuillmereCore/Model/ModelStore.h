@@ -112,8 +112,14 @@ void requireRoom(const std::filesystem::path& modelFolder);
 
 inline constexpr std::chrono::milliseconds storingPatience = std::chrono::seconds(10);
 
+// What becomes of a model that can be used when another one takes its place.
+enum class Former {
+    replaced,
+    kept,  // under the name with ".kept" (".kept-2", ...)
+};
+
 // Stores the model in place of the one that is there, if any, in one step; its root is created if missing. A
-// model that cannot be used is not replaced but kept under the name with ".damaged" (".damaged-2", ...).
+// model that cannot be used is always kept, under the name with ".damaged" (".damaged-2", ...).
 // Files of others in the folder stay in it. What killed programs left of this model is deleted. Forces
 // everything to the disk.
 //
@@ -121,7 +127,8 @@ inline constexpr std::chrono::milliseconds storingPatience = std::chrono::second
 // CancellationError, FileError, or CorruptModelError when a number is not finite. After any failure what was
 // there before is there still.
 void replace(const ModelBundle& bundle, const std::filesystem::path& modelFolder,
-             const std::stop_token& stop = {}, std::chrono::milliseconds patience = storingPatience);
+             const std::stop_token& stop = {}, std::chrono::milliseconds patience = storingPatience,
+             Former former = Former::replaced);
 
 // Removes the model, usable or not, and what killed programs left of it. False: there is nothing of that
 // name. A symbolic link, or a folder with files of others, is not touched; the latter is a Failure. Throws as

@@ -258,6 +258,23 @@ TEST_F(ModelReplace, KeepsWhatCannotBeUsedUnderTheNextFreeName) {
     }
 }
 
+TEST_F(ModelReplace, KeepsAModelThatCanBeUsedWhenAskedTo) {
+    const auto storeAndKeep = [&](float number) {
+        ModelStore::replace(numbered(number), model, {}, ModelStore::storingPatience,
+                            ModelStore::Former::kept);
+    };
+    storeAndKeep(1);  // there is none yet
+    expectNothingBesides();
+    storeAndKeep(2);
+    storeAndKeep(3);
+    EXPECT_EQ(stored(), 3);
+    EXPECT_EQ(numberOf(ModelStore::open(root / (std::string(name) + ".kept"))), 1);
+    EXPECT_EQ(numberOf(ModelStore::open(root / (std::string(name) + ".kept-2"))), 2);
+    damageWeights();
+    storeAndKeep(4);
+    EXPECT_EQ(fs::file_size(root / (std::string(name) + ".damaged/weights.bin")), 100U);
+}
+
 TEST_F(ModelReplace, KeepsWhatCannotBeReadButNotWhatFailsForWantOfMemory) {
     store(1);
     fs::remove(model / "weights.bin");
