@@ -25,26 +25,23 @@ void EditHistory::remember(Character state) {
     future_.clear();
 }
 
-void EditHistory::closeEdit() {
-    if (open_ == 0) return;
-    open_ = 1;
-    end();
-}
-
 bool EditHistory::undo() {
-    closeEdit();
-    if (past_.empty()) return false;
-    future_.push_back(std::exchange(current_, past_.back()));
-    past_.pop_back();
-    return true;
+    return step(past_, future_);
 }
 
 bool EditHistory::redo() {
-    closeEdit();
-    if (future_.empty()) return false;
-    past_.push_back(std::exchange(current_, future_.back()));
-    future_.pop_back();
-    return true;
+    return step(future_, past_);
+}
+
+bool EditHistory::step(std::vector<Character>& from, std::vector<Character>& to) {
+    if (open_ > 0 && beforeEdit_ != current_) remember(beforeEdit_);
+    const bool moved = !from.empty();
+    if (moved) {
+        to.push_back(std::exchange(current_, from.back()));
+        from.pop_back();
+    }
+    beforeEdit_ = current_;  // of an edit that is open still
+    return moved;
 }
 
 }  // namespace quillmere

@@ -27,13 +27,13 @@ public:
     [[nodiscard]] bool canUndo() const { return !past_.empty() || (open_ > 0 && beforeEdit_ != current_); }
     [[nodiscard]] bool canRedo() const { return !future_.empty(); }
 
-    // All changes between begin and end are one step; pairs nest. An end without its begin (undo and redo
-    // close what is open) does nothing.
+    // All changes between begin and end are one step; pairs nest. An end without its begin does nothing.
     void begin();
     void end();
     // Nothing happens when next is the current state.
     void change(Character next);
-    // False when there is nothing to go to. An open edit is closed first.
+    // False when there is nothing to go to. What an open edit has changed so far is a step of its own, and so
+    // is what it changes from then on.
     bool undo();
     bool redo();
 
@@ -41,7 +41,7 @@ private:
     static constexpr std::size_t limit = 500;
 
     void remember(Character state);
-    void closeEdit();
+    bool step(std::vector<Character>& from, std::vector<Character>& to);
 
     std::vector<Character> past_;    // oldest first
     std::vector<Character> future_;  // the next redo last

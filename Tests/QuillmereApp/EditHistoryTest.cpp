@@ -33,14 +33,30 @@ private slots:
         QVERIFY(!history.canUndo());
     }
 
-    void undoClosesAnOpenEdit() {
+    void undoInTheMidstOfADragLeavesTheRestOneStep() {
+        EditHistory history(withPitch(0));
+        history.begin();
+        history.change(withPitch(1));
+        QVERIFY(history.undo());
+        QVERIFY(history.current() == withPitch(0));
+        for (const double pitch : {2, 3, 4})
+            history.change(withPitch(pitch));
+        history.end();
+        QVERIFY(history.undo());
+        QVERIFY(history.current() == withPitch(0));
+        QVERIFY(!history.canUndo());
+        QVERIFY(history.redo());
+        QVERIFY(history.current() == withPitch(4));
+    }
+
+    void undoTakesBackAnOpenEdit() {
         EditHistory history(withPitch(0));
         history.begin();
         history.change(withPitch(1));
         QVERIFY(history.canUndo());
         QVERIFY(history.undo());
         QVERIFY(history.current() == withPitch(0));
-        history.end();  // of the edit that undo closed
+        history.end();  // nothing has changed since
         history.change(withPitch(5));
         QVERIFY(history.undo());
         QVERIFY(history.current() == withPitch(0));
