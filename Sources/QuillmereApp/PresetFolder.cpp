@@ -34,7 +34,7 @@ Aesthetics clamped(const Aesthetics& read) {
 }
 
 OwnPreset read(const QFileInfo& info) {
-    OwnPreset preset{info.completeBaseName(), std::nullopt, {}};
+    OwnPreset preset{info.completeBaseName(), std::nullopt, {}, info.fileName()};
     QFile file(info.filePath());
     if (info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
         preset.problem = QStringLiteral("The preset's file cannot be read.");
@@ -73,8 +73,9 @@ bool PresetFolder::save(const QString& folder, const QString& name, const Aesthe
     return true;
 }
 
-void PresetFolder::remove(const QString& folder, const QString& name) {
-    const std::filesystem::path path = toPath(fileOf(folder, name));
+// Not by the name that save would give it: the file may have come from elsewhere, with another case.
+void PresetFolder::remove(const QString& folder, const OwnPreset& preset) {
+    const std::filesystem::path path = toPath(folder + QLatin1Char('/') + preset.fileName);
     std::error_code error;
     std::filesystem::remove(path, error);
     if (error) throw FileError(path, error);

@@ -17,8 +17,8 @@ namespace quillmere::PresetFolder {
 // Creates the folder and the file. False when a preset of that name exists. Throws FileError.
 [[nodiscard]] bool save(const QString& folder, const QString& name, const Aesthetics& aesthetics);
 
-// Throws FileError.
-void remove(const QString& folder, const QString& name);
+// Deletes the file of a preset as list gave it. Throws FileError.
+void remove(const QString& folder, const OwnPreset& preset);
 
 // Why no preset can have that name, or empty. Whether one has it already is not looked at, except for the
 // built-in ones.

@@ -15,6 +15,7 @@ struct OwnPreset {
     QString name;
     std::optional<Aesthetics> aesthetics;  // absent when the file cannot be used
     QString problem;                       // why, for the user
+    QString fileName{};                    // in the presets' folder
 
     bool operator==(const OwnPreset&) const = default;
 };

@@ -65,8 +65,20 @@ private slots:
         for (const OwnPreset& preset : PresetFolder::list(folder))
             names.append(preset.name);
         QCOMPARE(names, QStringList({"A", "b", "Größe 1"}));
-        PresetFolder::remove(folder, "A");
+        PresetFolder::remove(folder, PresetFolder::list(folder).first());
         QCOMPARE(PresetFolder::list(folder).size(), 2);
+    }
+
+    void whatIsListedCanBeDeletedWhateverItsCase() {
+        TestWorld world;
+        const QString folder = world.path("presets");
+        QVERIFY(PresetFolder::save(folder, "saved", Aesthetics()));
+        TestWorld::write(folder + "/brought.JSON", TestWorld::read(folder + "/saved.json"));
+        const QList<OwnPreset> presets = PresetFolder::list(folder);
+        QCOMPARE(presets.size(), 2);
+        for (const OwnPreset& preset : presets)
+            PresetFolder::remove(folder, preset);
+        QCOMPARE(PresetFolder::list(folder).size(), 0);
     }
 
     void theFolderReadsFilesOfAllVersions() {

@@ -128,12 +128,12 @@ void CharacterController::saveOwnPreset(const QString& name) {
 
 void CharacterController::deleteOwnPreset(const QString& name) {
     const QList<OwnPreset>& own = presets_.own();
-    if (std::none_of(own.begin(), own.end(), [&](const OwnPreset& preset) { return preset.name == name; }))
-        return;
+    const auto preset = std::ranges::find(own, name, &OwnPreset::name);
+    if (preset == own.end()) return;
     runInBackground(
         tasks_,
-        [folder = environment().presetsFolder, name] {
-            PresetFolder::remove(folder, name);
+        [folder = environment().presetsFolder, preset = *preset] {
+            PresetFolder::remove(folder, preset);
             return PresetFolder::list(folder);
         },
         [this](QList<OwnPreset> left) {
