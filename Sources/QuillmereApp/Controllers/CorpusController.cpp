@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QPointer>
 #include <optional>
 #include <utility>
 
@@ -17,6 +18,13 @@ namespace {
 
 const QString corpusKey = QStringLiteral("corpusPath");
 const QString recentKey = QStringLiteral("recentCorpora");
+
+QStringList withFirst(QStringList folders, const QString& path) {
+    folders.removeAll(path);
+    folders.removeAll(QString());
+    folders.prepend(path);
+    return folders.mid(0, CorpusController::recentLimit);
+}
 
 // Where a look fails there may be a model: loading it says what is wrong.
 bool mayBeStored(const std::filesystem::path& modelFolder) {
@@ -78,14 +86,20 @@ void CorpusController::openChooser() {
 }
 
 void CorpusController::remember(const QString& path) {
-    recent_.removeAll(path);
-    recent_.prepend(path);
-    recent_ = recent_.mid(0, recentLimit);
-    preferences_.setValue(recentKey, recent_);
+    recent_ = withFirst(recent_, path);
     emit recentChanged();
+    // What another window has opened meanwhile stays in the list.
+    preferences_.edit(
+        recentKey, [path](const QVariant& stored) { return withFirst(stored.toStringList(), path); },
+        [this, guard = QPointer(this), change = ++recentChange_](const QVariant& merged) {
+            if (!guard || change != recentChange_) return;
+            recent_ = merged.toStringList();
+            emit recentChanged();
+        });
 }
 
 void CorpusController::forgetRecent() {
+    ++recentChange_;
     recent_.clear();
     preferences_.setValue(recentKey, recent_);
     emit recentChanged();

@@ -111,6 +111,7 @@ private:
     QUrl url_;
     quint64 choice_ = 0;  // number of the newest choice: what was begun for an older one is dropped
     QStringList recent_;
+    quint64 recentChange_ = 0;  // number of the newest change to it
     bool isScanning_ = false;
     bool isCancelling_ = false;
     int scanDone_ = 0;

@@ -265,6 +265,28 @@ private slots:
         QCOMPARE(corpus.recent().size(), 0);
     }
 
+    void twoWindowsShareTheirRecentFolders() {
+        TestWorld world;
+        const auto paths = [](const CorpusController& corpus) {
+            QStringList names;
+            for (const QVariant& entry : corpus.recent())
+                names.append(entry.toMap().value("name").toString());
+            return names;
+        };
+        Opener one(world);
+        Opener other(world);
+        prepare(one.corpus, world.makeCorpus("kicks", 1, 0.01));
+        QTRY_VERIFY(TestWorld::read(world.environment.settingsFile).contains("kicks"));
+        prepare(other.corpus, world.makeCorpus("snares", 1, 0.01));
+        QTRY_COMPARE(paths(other.corpus), QStringList({"snares", "kicks"}));
+        prepare(one.corpus, world.makeCorpus("hats", 1, 0.01));
+        QTRY_COMPARE(paths(one.corpus), QStringList({"hats", "snares", "kicks"}));
+        one.corpus.forgetRecent();
+        QCOMPARE(paths(one.corpus), QStringList());
+        deliverEvents();
+        QCOMPARE(paths(one.corpus), QStringList());
+    }
+
     void aFolderThatCannotBeScannedIsNoRecentOne() {
         TestWorld world;
         Opener opener(world);
