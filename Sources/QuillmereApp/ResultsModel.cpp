@@ -45,6 +45,19 @@ ResultsModel::~ResultsModel() {
 }
 
 void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
+    if (holds_ > 0) {
+        next_ = std::move(samples);
+    } else {
+        replaceRows(std::move(samples));
+    }
+}
+
+void ResultsModel::release() {
+    if (--holds_ > 0 || !next_) return;
+    replaceRows(*std::exchange(next_, std::nullopt));
+}
+
+void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
     if (samples.empty() && rows_.empty()) return;
     staleRows_->cancel();
     staleRows_ = std::make_shared<CancelFlag>();

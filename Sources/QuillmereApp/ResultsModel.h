@@ -51,7 +51,10 @@ public:
 
     [[nodiscard]] int count() const { return static_cast<int>(rows_.size()); }
     [[nodiscard]] const std::vector<GeneratedSample>& samples() const { return samples_; }
+    // The rows change at once, or, while somebody holds them, as soon as nobody does.
     void setSamples(std::vector<GeneratedSample> samples);
+    void hold() { ++holds_; }
+    void release();
     void setPlaying(const QUrl& url);
 
     // The row's file; empty for a row that is not there.
@@ -83,6 +86,7 @@ private:
         QList<qreal> peaks;
     };
 
+    void replaceRows(std::vector<GeneratedSample> samples);
     void setExists(int row, bool exists);
     void requestPeaks(int row);
     void watchFolders();
@@ -91,6 +95,8 @@ private:
     std::vector<GeneratedSample> samples_;
     std::vector<Row> rows_;
     QHash<QUrl, int> rowByUrl_;
+    int holds_ = 0;
+    std::optional<std::vector<GeneratedSample>> next_;  // the rows to come when nobody holds the present ones
     QUrl playing_;
     QFileSystemWatcher watcher_;
     QTimer refreshSoon_;

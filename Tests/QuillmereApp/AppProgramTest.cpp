@@ -16,6 +16,7 @@
 #include <memory>
 
 #include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/XServer.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
@@ -77,29 +78,6 @@ public:
 };
 
 const QString snapshot = QStringLiteral("%world%/picture.png");
-
-// An X server without a screen.
-class Display {
-public:
-    Display() {
-        server_.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1400x1000x24", "-nolisten", "tcp"});
-        while (!server_.canReadLine() && server_.waitForReadyRead(20000)) {
-        }
-        number_ = QString::fromLatin1(server_.readLine().trimmed());
-    }
-    ~Display() {
-        server_.terminate();
-        server_.waitForFinished();
-    }
-    Display(const Display&) = delete;
-    Display& operator=(const Display&) = delete;
-
-    [[nodiscard]] QString name() const { return number_.isEmpty() ? QString() : ":" + number_; }
-
-private:
-    QProcess server_;
-    QString number_;
-};
 
 // The colours of one appearance.
 struct Look {
@@ -284,7 +262,7 @@ private slots:
     }
 
     void hooksWorkOnAWindowUnderX11() {
-        const Display display;
+        const XServer display;
         QVERIFY2(!display.name().isEmpty(), "Xvfb has not started");
         const QMap<QString, QString> variables{
             {"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", display.name()}, {"QUILLMERE_SNAPSHOT", snapshot}};

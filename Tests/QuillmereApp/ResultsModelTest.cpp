@@ -119,15 +119,45 @@ private slots:
 
     void lateAnswersForOldRowsAreDropped() {
         TestWorld world;
+        const std::vector<GeneratedSample> present = makeSamples(world, 5);
+        std::vector<GeneratedSample> gone = present;
+        for (GeneratedSample& sample : gone)
+            sample.url += ".gone";
         ResultsModel model;
-        model.setSamples(makeSamples(world, 50));
-        for (int row = 0; row < 50; ++row)
-            (void)peaksOf(model, row);
+        model.setSamples(gone);
         model.refresh();
-        model.setSamples({});
-        AppModelProbe::waitForWork(model);
+        AppModelProbe::waitForWork(model);  // the answer waits to be delivered: none of them exists
+        model.setSamples(present);
+        (void)peaksOf(model, 0);
+        AppModelProbe::waitForWork(model);  // and so do the peaks of a row
+        model.setSamples(std::vector(present.rbegin(), present.rend()));
+        QSignalSpy changed(&model, &ResultsModel::dataChanged);
         deliverEvents();
-        QCOMPARE(model.count(), 0);
+        QCOMPARE(changed.count(), 0);
+        for (int row = 0; row < model.count(); ++row)
+            QVERIFY(model.existsAt(row));
+    }
+
+    void heldRowsChangeWhenTheyAreReleased() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 3));
+        const QUrl held = model.urlAt(2);
+        QSignalSpy reset(&model, &ResultsModel::modelReset);
+        model.hold();
+        model.hold();
+        model.setSamples(makeSamples(world, 1));
+        model.setSamples(makeSamples(world, 2));
+        QCOMPARE(model.count(), 3);
+        QCOMPARE(model.urlAt(2), held);
+        model.release();
+        QCOMPARE(model.count(), 3);
+        model.release();
+        QCOMPARE(model.count(), 2);  // the last ones that came
+        QCOMPARE(reset.count(), 1);
+        model.hold();
+        model.release();
+        QCOMPARE(reset.count(), 1);
     }
 
     void takesThousandsOfFilesAtOnce() {

@@ -21,8 +21,9 @@ Rectangle {
 
     signal selectRequested
 
-    // The platform drags the file.
-    readonly property bool dragging: drag.active
+    // The pointer wants to take the file away, holding the tile at place; it does not any more.
+    signal dragRequested(point place)
+    signal dragEnded
 
     objectName: "tile-" + index
     width: 184
@@ -37,13 +38,6 @@ Rectangle {
     Accessible.selected: selected
     Accessible.onPressAction: app.playback.togglePlay(url)
 
-    Drag.dragType: Drag.Automatic
-    Drag.supportedActions: Qt.CopyAction
-    Drag.mimeData: ({
-            "text/uri-list": String(url) + "\r\n"
-        })
-    Drag.hotSpot: Qt.point(20, 20)
-
     HoverHandler {
         id: hover
     }
@@ -54,25 +48,15 @@ Rectangle {
             tile.app.playback.togglePlay(tile.url)
     }
     DragHandler {
-        id: drag
         target: null
         enabled: tile.exists
         onActiveChanged: {
-            // Not a binding: a drag ends by itself, and a binding would start it again.
             if (!active) {
-                tile.Drag.active = false;
+                tile.dragEnded();
                 return;
             }
             tile.selectRequested();
-            if (!tile.app.generation.results.lookAt(tile.index))
-                return;
-            tile.grabToImage(picture => {
-                    // The button may be up by now: a drag without it would hang on the pointer.
-                    if (!drag.active)
-                        return;
-                    tile.Drag.imageSource = picture.url;
-                    tile.Drag.active = true;
-                });
+            tile.dragRequested(centroid.pressPosition);
         }
     }
     Waveform {

@@ -53,6 +53,11 @@ Rectangle {
         text: "Show in Finder"
         onClicked: strip.app.showInFileManager()
     }
+    FileDrag {
+        id: fileDrag
+        objectName: "fileDrag"
+        results: strip.app.generation.results
+    }
     ListView {
         id: list
         objectName: "results"
@@ -76,7 +81,6 @@ Rectangle {
         Accessible.name: "Results"
 
         onCountChanged: currentIndex = Math.min(count - 1, Math.max(0, currentIndex))
-        Keys.onSpacePressed: strip.togglePlay()
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
         Keys.onPressed: event => {
@@ -103,6 +107,8 @@ Rectangle {
                 list.currentIndex = index;
                 list.forceActiveFocus(Qt.MouseFocusReason);
             }
+            onDragRequested: place => fileDrag.begin(index, this, place)
+            onDragEnded: fileDrag.giveUp()
         }
 
         HoverHandler {
