@@ -56,6 +56,7 @@ void AppModel::connectCorpusAndModel() {
     connect(&corpus_, &CorpusController::storedModelFound, &model_, &ModelController::load);
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::isLoadingChanged, this, &AppModel::modelChanged);
+    connect(&model_, &ModelController::problemChanged, this, &AppModel::modelChanged);
 }
 
 void AppModel::connectRuns() {
@@ -72,6 +73,7 @@ void AppModel::connectRuns() {
     connect(&playback_, &PlaybackController::playingURLChanged, this,
             [this] { generation_.results()->setPlaying(playback_.playingURL()); });
     connect(&playback_, &PlaybackController::fileFailed, generation_.results(), &ResultsModel::refresh);
+    connect(generation_.results(), &ResultsModel::modelReset, this, &AppModel::stopWhatIsNotShown);
 }
 
 GenerationController::Links AppModel::generationLinks() {
@@ -83,6 +85,7 @@ GenerationController::Links AppModel::generationLinks() {
                 return GenerationController::AuditionRequest{character_.aesthetics(), character_.drawSeed()};
             },
         .generator = [this] { return model_.preparedGenerator(); },
+        .openModelAgain = [this] { model_.openAgain(); },
         .whenModelIsLoaded = [this](auto returned) { model_.whenLoaded(std::move(returned)); },
         .train = [this](const auto& returned) { model_.train(returned); },
     };
@@ -107,6 +110,7 @@ void AppModel::modelChanged() {
     generation_.setSupplies({.corpusIsChosen = corpus_.isChosen(),
                              .hasSummary = corpus_.hasSummary(),
                              .modelIsLoading = model_.isLoading(),
+                             .modelIsUnopened = model_.isUnopened(),
                              .hasModel = model_.isReady()});
 }
 
@@ -126,8 +130,16 @@ void AppModel::activityOfControllersChanged() {
 
 void AppModel::cancel() {
     model_.cancelTraining();
+    model_.cancelLoading();
     generation_.cancel();
     corpus_.cancelScan();
+}
+
+// What sounds has a button that stops it.
+void AppModel::stopWhatIsNotShown() {
+    const QUrl playing = playback_.playingURL();
+    if (playing.isEmpty()) return;
+    if (playing != generation_.auditionURL() && generation_.results()->rowOf(playing) < 0) playback_.stop();
 }
 
 void AppModel::refresh() {

@@ -59,7 +59,7 @@ public:
 
     // ---- What concerns several subjects
 
-    // Stops whatever runs (training, generation, scan, audition).
+    // Stops whatever runs (training, generation, scan, audition), and the opening of a model.
     Q_INVOKABLE void cancel();
     // Looks again for the output folder, the results and the own presets, which other programs may have
     // changed: call it when the window becomes active.
@@ -140,6 +140,7 @@ private:
     void corpusChanged();
     void modelChanged();
     void activityOfControllersChanged();
+    void stopWhatIsNotShown();
     void setError(const QString& message);
 
     const Environment environment_;

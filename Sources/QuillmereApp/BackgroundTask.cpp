@@ -2,6 +2,8 @@
 
 #include <QThreadPool>
 
+#include "QuillmereCore/Model/ModelStore.h"
+
 namespace quillmere {
 
 BackgroundTasks::BackgroundTasks(int threads) {
@@ -42,16 +44,21 @@ void BackgroundTasks::runNext() {
 
 // An exception must not leave the task: the pool would lose its text.
 std::optional<TaskFailure> BackgroundTasks::attempt(const std::function<void()>& function) {
+    using Kind = TaskFailure::Kind;
     try {
         function();
     } catch (const CancellationError& error) {
-        return TaskFailure{.message = QString::fromUtf8(error.what()), .cancelled = true};
+        return TaskFailure{QString::fromUtf8(error.what()), Kind::cancelled};
     } catch (const network::DeviceError& error) {
-        return TaskFailure{.message = QString::fromUtf8(error.what()), .ofDevice = true};
+        return TaskFailure{QString::fromUtf8(error.what()), Kind::device};
+    } catch (const CorruptModelError& error) {
+        return TaskFailure{QString::fromUtf8(error.what()), Kind::damage};
+    } catch (const DecodingError& error) {
+        return TaskFailure{QString::fromUtf8(error.what()), Kind::damage};
     } catch (const std::bad_alloc&) {
-        return TaskFailure{.message = QStringLiteral("There is not enough memory for this.")};
+        return TaskFailure{QStringLiteral("There is not enough memory for this.")};
     } catch (const std::exception& error) {
-        return TaskFailure{.message = QString::fromUtf8(error.what())};
+        return TaskFailure{QString::fromUtf8(error.what())};
     }
     return std::nullopt;
 }

@@ -19,9 +19,14 @@ namespace quillmere {
 
 // Why work in the background gave no value.
 struct TaskFailure {
-    QString message;         // for the user
-    bool cancelled = false;  // the work was asked to stop: nothing went wrong
-    bool ofDevice = false;   // the compute device failed
+    enum class Kind {
+        other,
+        cancelled,  // the work was asked to stop: nothing went wrong
+        device,     // the compute device failed
+        damage,     // what was read is damaged: it will be another time
+    };
+    QString message;  // for the user
+    Kind kind = Kind::other;
 };
 
 // The work that an object of the user-interface thread has in the background. Its destructor waits for all of
@@ -61,13 +66,15 @@ public:
             priority);
     }
 
+    // Why function did not return; nothing when it did. Any thread.
+    static std::optional<TaskFailure> attempt(const std::function<void()>& function);
+
     // By any thread, in the middle of its work: calls function on the answers' thread.
     void post(std::function<void()> function) { calls_.add(std::move(function)); }
 
 private:
     void start(std::function<void()> job, int priority);
     void runNext();
-    static std::optional<TaskFailure> attempt(const std::function<void()>& function);
 
     QueuedCalls calls_;
     Mutex mutex_;

@@ -1,13 +1,16 @@
 #include "QuillmereApp/Environment.h"
 
+#include <unistd.h>
+
 #include <QClipboard>
 #include <QDir>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <random>
-#include <system_error>
 
 #include "QuillmereApp/FileManager.h"
+#include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/GraphicsDevice.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Network/Device/GPU.h"
@@ -20,11 +23,14 @@ std::uint64_t systemRandom() {
     return std::uint64_t{device()} << 32 | device();
 }
 
-// TMPDIR where it names a folder.
-std::filesystem::path temporaryFolder() {
-    std::error_code error;
-    const std::filesystem::path folder = std::filesystem::temp_directory_path(error);
-    return error ? std::filesystem::path("/tmp") : folder;
+// Of this session where there is one, else of the cache. Not the folder of temporary files that all users
+// share: there the name may be another one's.
+std::filesystem::path ownTemporaryFolder() {
+    const QFileInfo session(qEnvironmentVariable("XDG_RUNTIME_DIR"));
+    const bool isOurs = session.isAbsolute() && session.isDir() && session.ownerId() == ::geteuid();
+    const QString parent =
+        isOurs ? session.filePath() : QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    return toPath(parent) / "quillmere";
 }
 
 #ifdef QUILLMERE_VULKAN
@@ -42,7 +48,7 @@ Environment Environment::standard() {
         .settingsFile = config + QStringLiteral("/Quillmere.conf"),
         .presetsFolder = config + QStringLiteral("/presets"),
         .modelsRoot = ModelStore::rootDirectory(),
-        .temporaryFolder = quillmere::temporaryFolder(),
+        .temporaryFolder = ownTemporaryFolder(),
         .homeFolder = QDir::homePath(),
         .followDesktop = true,
         .adjustTraining = {},

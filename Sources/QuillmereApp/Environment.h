@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <stop_token>
 
 #include "QuillmereApp/Player.h"
 #include "QuillmereCore/Model/Trainer.h"
@@ -22,7 +23,7 @@ struct Environment {
     QString settingsFile;                   // INI file of the preferences
     QString presetsFolder;                  // of the user's own presets; made when the first one is saved
     std::filesystem::path modelsRoot;       // of the stored models
-    std::filesystem::path temporaryFolder;  // of the audition file
+    std::filesystem::path temporaryFolder;  // of the audition file; the user's own, made when it is needed
     QString homeFolder;                     // what "~" means
     bool followDesktop = true;              // ask the desktop for light or dark
 
@@ -35,8 +36,8 @@ struct Environment {
     std::function<std::unique_ptr<Player>()> makePlayer;
     std::function<void(const QString&)> copyText;  // to the clipboard
     // Shows folder in the platform's file manager, the files selected; false when there is none. Called in
-    // the background.
-    std::function<bool(const QUrl& folder, const QList<QUrl>& files)> showFiles;
+    // the background; ends with CancellationError when stop is requested while it waits.
+    std::function<bool(const QUrl& folder, const QList<QUrl>& files, const std::stop_token& stop)> showFiles;
 
     // Whether a graphics processor may be there, as far as can be told without loading a driver.
     bool mayHaveGraphicsCard = true;

@@ -2,9 +2,15 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QStringList>
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
+#include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
 namespace {
@@ -13,13 +19,18 @@ const QString service = QStringLiteral("org.freedesktop.FileManager1");
 constexpr int timeout = 5000;  // milliseconds; the file manager may have to start
 constexpr qsizetype mostSelected = 200;
 
-bool call(const QString& method, const QStringList& uris) {
+bool call(const QString& method, const QStringList& uris, const std::stop_token& stop) {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected()) return false;
     QDBusMessage message = QDBusMessage::createMethodCall(
         service, QStringLiteral("/org/freedesktop/FileManager1"), service, method);
     message << uris << QString();  // no startup identifier
-    return bus.call(message, QDBus::Block, timeout).type() == QDBusMessage::ReplyMessage;
+    const QDBusPendingCall reply = bus.asyncCall(message, timeout);
+    while (!reply.isFinished()) {
+        throwIfCancelled(stop);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return !reply.isError();
 }
 
 bool openByDesktop(const QUrl& folder) {
@@ -29,12 +40,12 @@ bool openByDesktop(const QUrl& folder) {
 
 }  // namespace
 
-bool FileManager::show(const QUrl& folder, const QList<QUrl>& files) {
+bool FileManager::show(const QUrl& folder, const QList<QUrl>& files, const std::stop_token& stop) {
     QStringList uris;
     for (const QUrl& file : files.first(std::min(files.size(), mostSelected)))
         uris.append(file.toString(QUrl::FullyEncoded));
-    if (!uris.isEmpty() && call(QStringLiteral("ShowItems"), uris)) return true;
-    if (call(QStringLiteral("ShowFolders"), {folder.toString(QUrl::FullyEncoded)})) return true;
+    if (!uris.isEmpty() && call(QStringLiteral("ShowItems"), uris, stop)) return true;
+    if (call(QStringLiteral("ShowFolders"), {folder.toString(QUrl::FullyEncoded)}, stop)) return true;
     return openByDesktop(folder);
 }
 

@@ -119,11 +119,20 @@ private slots:
         QCOMPARE(app.errorMessage(), QString());
     }
 
-    void aTemporaryFolderThatIsNoneGivesWayToTheUsualOne() {
-        const QByteArray before = qgetenv("TMPDIR");
-        qputenv("TMPDIR", "/no/such/folder");
-        QCOMPARE(Environment::standard().temporaryFolder, std::filesystem::path("/tmp"));
-        before.isNull() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", before);
+    void auditionsGoToAFolderOfTheUsersOwn() {
+        const TestWorld world;
+        const QByteArray runtime = qgetenv("XDG_RUNTIME_DIR");
+        const QByteArray cache = qgetenv("XDG_CACHE_HOME");
+        qputenv("XDG_CACHE_HOME", world.path("cache").toUtf8());
+        const auto folderFor = [&](const QString& session) {
+            qputenv("XDG_RUNTIME_DIR", session.toUtf8());
+            return Environment::standard().temporaryFolder;
+        };
+        QCOMPARE(folderFor(world.path("tmp")), toPath(world.path("tmp/quillmere")));
+        for (const QString& unusable : {QString(), world.path("none"), QStringLiteral("tmp")})
+            QCOMPARE(folderFor(unusable), toPath(world.path("cache/quillmere")));
+        runtime.isNull() ? qunsetenv("XDG_RUNTIME_DIR") : qputenv("XDG_RUNTIME_DIR", runtime);
+        cache.isNull() ? qunsetenv("XDG_CACHE_HOME") : qputenv("XDG_CACHE_HOME", cache);
     }
 
     void startsWithDamagedPreferences() {
@@ -608,6 +617,65 @@ private slots:
         QVERIFY(!app.isGenerating());
         QCOMPARE(notice.count(), 1);
         QVERIFY(waitUntilIdle(app));
+    }
+
+    void noTrainingStartsDuringAnAudition() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 1);
+        QSignalSpy notice(&app, &AppModel::notice);
+        app.audition();
+        app.train();
+        QVERIFY(!app.isTraining());
+        QCOMPARE(notice.count(), 1);
+        app.cancel();
+        QVERIFY(waitUntilIdle(app));
+        deliverEvents();
+        QVERIFY(app.playingURL().isEmpty());
+    }
+
+    void whatIsNoLongerShownFallsSilent() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 2);
+        app.setOutputText(world.path("out"));
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        app.togglePlay(app.results()->urlAt(0));
+        QTRY_COMPARE(app.playingURL(), app.results()->urlAt(0));
+        app.setCorpus(app.corpusURL());
+        QVERIFY(app.playingURL().isEmpty());
+        QVERIFY(!world.player->isPlaying());
+        QVERIFY(waitUntilIdle(app));
+        app.audition();
+        QTRY_VERIFY(app.playingURL() == app.generation()->auditionURL());
+        app.setCorpus(app.corpusURL());  // its Stop stays where it is
+        QVERIFY(app.playingURL() == app.generation()->auditionURL());
+    }
+
+    void generatingNeverReplacesAModelThatCouldNotBeLookedAt() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 2);
+        app.setOutputText(world.path("out"));
+        const QString folder = toQString(ModelStore::directory(*app.summary(), world.environment.modelsRoot));
+        const QString manifest = folder + "/model.json";
+        QVERIFY(QFile::rename(manifest, folder + "/away"));
+        QVERIFY(QFile::link(manifest, manifest));  // which leads nowhere but to itself
+        app.setCorpus(app.corpusURL());
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(!app.errorMessage().isEmpty());
+        QVERIFY(app.model()->isUnopened());
+        app.generate();
+        QVERIFY(!app.isTraining());
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(!app.isTraining() && !app.isGenerating());
+        QVERIFY(!app.errorMessage().isEmpty());
+        QVERIFY(QFile::remove(manifest) && QFile::rename(folder + "/away", manifest));
+        app.generate();  // finds it
+        QVERIFY(QTest::qWaitFor([&] { return app.results()->count() == 2; }, 30000));
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(!QFileInfo::exists(folder + ".kept") && !QFileInfo::exists(folder + ".damaged"));
     }
 
     void anAuditionWaitsForAModelThatIsBeingLoaded() {

@@ -55,16 +55,22 @@ private slots:
             tasks, [] { throw Failure("kick.wav contains no audio"); }, [] { QFAIL("no success expected"); },
             [&](const TaskFailure& told) { failure = told; });
         QTRY_COMPARE(failure.message, QStringLiteral("kick.wav contains no audio"));
-        QVERIFY(!failure.cancelled);
+        QVERIFY(failure.kind == TaskFailure::Kind::other);
     }
 
-    void aCancellationIsNoFailure() {
-        BackgroundTasks tasks;
-        bool cancelled = false;
-        runInBackground(
-            tasks, []() -> int { throw CancellationError(); }, [](int) {},
-            [&](const TaskFailure& told) { cancelled = told.cancelled; });
-        QTRY_VERIFY(cancelled);
+    void aFailureHasItsKind() {
+        using Kind = TaskFailure::Kind;
+        const auto kindOf = [](const auto& error) {
+            return BackgroundTasks::attempt([&] { throw error; })->kind;
+        };
+        QVERIFY(kindOf(CancellationError()) == Kind::cancelled);
+        QVERIFY(kindOf(network::DeviceError("lost")) == Kind::device);
+        QVERIFY(kindOf(CorruptModelError("cut")) == Kind::damage);
+        QVERIFY(kindOf(DecodingError("no JSON")) == Kind::damage);
+        QVERIFY(kindOf(FileError("a", std::make_error_code(std::errc::io_error))) == Kind::other);
+        QVERIFY(kindOf(ModelBusyError()) == Kind::other);
+        QVERIFY(kindOf(std::bad_alloc()) == Kind::other);
+        QVERIFY(!BackgroundTasks::attempt([] {}));
     }
 
     void lackOfMemoryIsSaidInWords() {
@@ -136,3 +142,4 @@ private slots:
 
 QUILLMERE_APP_TEST(quillmere::testing::BackgroundTaskTest)
 #include "BackgroundTaskTest.moc"
+#include "QuillmereCore/Model/ModelStore.h"

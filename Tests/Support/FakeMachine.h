@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -54,6 +55,7 @@ public:
     std::atomic<bool> fails{false};             // everything but the processor is lost, from its next work on
     std::atomic<bool> isFull{false};            // everything but the processor takes no network,
     std::string refusal = "The card is full.";  // and says this
+    std::function<void()> beforeCompiling;      // called by each thread that compiles; may be empty
     std::vector<std::string> compiled;          // device names, one per network in order
 
 private:
@@ -92,6 +94,7 @@ private:
             : machine_(machine), name_(device.name()), isCard_(device.type != Type::processor) {}
         [[nodiscard]] std::unique_ptr<network::Executor> compile(const network::Plan& plan,
                                                                  network::Purpose purpose) override {
+            if (machine_.beforeCompiling) machine_.beforeCompiling();
             if (isCard_ && machine_.isFull) throw network::DeviceError(machine_.refusal);
             const std::scoped_lock lock(machine_.mutex_);
             machine_.compiled.push_back(name_);

@@ -9,8 +9,8 @@ void Controller::setActivity(const Activity& activity) {
 }
 
 void Controller::report(const TaskFailure& failure) {
-    if (failure.ofDevice) emit deviceFailed(failure.message);
-    if (!failure.cancelled) emit errorRaised(failure.message);
+    if (failure.kind == TaskFailure::Kind::device) emit deviceFailed(failure.message);
+    if (failure.kind != TaskFailure::Kind::cancelled) emit errorRaised(failure.message);
 }
 
 void Controller::watched(Run run, std::int64_t done) const {

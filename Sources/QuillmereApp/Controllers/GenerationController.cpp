@@ -1,6 +1,7 @@
 #include "QuillmereApp/Controllers/GenerationController.h"
 
 #include <algorithm>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -19,9 +20,19 @@ std::vector<GeneratedSample> sortedByName(std::vector<GeneratedSample> samples) 
     return samples;
 }
 
+// Those whose files nobody has moved or deleted meanwhile.
+std::vector<GeneratedSample> existing(std::vector<GeneratedSample> samples) {
+    std::erase_if(samples, [](const GeneratedSample& sample) {
+        std::error_code unknown;  // then it cannot be played either
+        return !std::filesystem::is_regular_file(sample.url, unknown);
+    });
+    return samples;
+}
+
 void writeAudition(const std::vector<float>& samples, const std::filesystem::path& file, int sampleRate) {
-    // The folder is everybody's: a link of that name could lead anywhere.
-    std::error_code ignored;  // then it is no link
+    std::error_code ignored;  // what is wrong with the folder, the file has, too
+    std::filesystem::create_directories(file.parent_path(), ignored);
+    // A link of that name could lead anywhere.
     if (std::filesystem::is_symlink(file, ignored)) std::filesystem::remove(file);
     AudioIO::write(samples, file, sampleRate, OutputFormat::wav16, Durability::disposable);
 }
@@ -49,13 +60,16 @@ void GenerationController::generate() {
 }
 
 void GenerationController::generate(Returned returned) {
-    if (activity().isBusy()) {
+    emit commanded();
+    if (activity().isBusy() || isWaiting_) {
         emit notice(Activity::waitNotice());
         returned();
         return;
     }
+    // What was in the way may be gone. If it is not, nothing is learned in place of what nobody could see.
+    if (supplies_.modelIsUnopened) links_.openModelAgain();
     if (supplies_.modelIsLoading) {
-        links_.whenModelIsLoaded([this, returned] { supplies_.hasModel ? generate(returned) : returned(); });
+        waitForModel(returned);
         return;
     }
     const auto folder = links_.outputFolder();
@@ -73,8 +87,18 @@ void GenerationController::generate(Returned returned) {
         returned();
         return;
     }
+    assign(*this, isWaiting_, true, &GenerationController::isWaitingChanged);
     links_.train([this, folder = *folder, returned = std::move(returned)] {
+        assign(*this, isWaiting_, false, &GenerationController::isWaitingChanged);
         supplies_.hasModel ? start(folder, returned) : returned();
+    });
+}
+
+void GenerationController::waitForModel(const Returned& returned) {
+    assign(*this, isWaiting_, true, &GenerationController::isWaitingChanged);
+    links_.whenModelIsLoaded([this, returned] {
+        assign(*this, isWaiting_, false, &GenerationController::isWaitingChanged);
+        supplies_.hasModel ? generate(returned) : returned();
     });
 }
 
@@ -99,10 +123,14 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
     runInBackground(
         tasks_,
         [generator = links_.generator(), request, progress, cancel = generateCancel_->token()] {
-            return sortedByName(generator()->generate(request, progress, cancel));
+            GenerationOutcome outcome = generator()->tryToGenerate(request, progress, cancel);
+            return Ended{.written = sortedByName(existing(std::move(outcome.written))),
+                         .failure = BackgroundTasks::attempt([&] {
+                             if (outcome.failure) std::rethrow_exception(outcome.failure);
+                         })};
         },
-        [this, folder, returned](std::vector<GeneratedSample> samples) {
-            generated(std::move(samples), folder);
+        [this, folder, returned](Ended run) {
+            ended(std::move(run), folder);
             generationEnded(returned);
         },
         [this, returned](const TaskFailure& failure) {
@@ -111,10 +139,27 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
         });
 }
 
-void GenerationController::generated(std::vector<GeneratedSample> samples, const QUrl& folder) {
-    results_.setSamples(std::move(samples));
-    lastOutputFolder_ = folder;
-    emit generationFinished(results_.count());
+void GenerationController::ended(Ended run, const QUrl& folder) {
+    const auto files = static_cast<int>(run.written.size());
+    if (!run.failure || files > 0) {
+        results_.setSamples(std::move(run.written));
+        lastOutputFolder_ = folder;
+    }
+    if (run.failure) {
+        endedEarly(*std::move(run.failure), files);
+    } else {
+        emit generationFinished(files);
+    }
+}
+
+void GenerationController::endedEarly(TaskFailure failure, int files) {
+    const QString written = QStringLiteral("%1 of %2 variations written.").arg(files).arg(total_);
+    if (failure.kind == TaskFailure::Kind::cancelled) {
+        emit notice(QStringLiteral("Cancelled: ") + written);
+    } else if (files > 0) {
+        failure.message += QLatin1Char('\n') + written;
+    }
+    report(failure);
 }
 
 void GenerationController::generationEnded(const Returned& returned) {
@@ -127,6 +172,7 @@ void GenerationController::generationEnded(const Returned& returned) {
 // ---- Audition
 
 void GenerationController::audition() {
+    emit commanded();
     if (activity().isBusy()) return;
     if (supplies_.modelIsLoading) {
         links_.whenModelIsLoaded([this] {

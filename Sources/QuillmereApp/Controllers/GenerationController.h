@@ -32,6 +32,9 @@ class GenerationController : public Controller {
     Q_PROPERTY(int done READ done NOTIFY progressed)
     Q_PROPERTY(int total READ total NOTIFY progressed)
     Q_PROPERTY(QString timeLeft READ timeLeft NOTIFY progressed)  // "about 2 min left", or empty
+    // A generation follows as soon as there is a model: one is being opened or trained for it.
+    Q_PROPERTY(bool isWaiting READ isWaiting NOTIFY isWaitingChanged)
+    Q_PROPERTY(QUrl auditionURL READ auditionURL CONSTANT)  // of the file that auditions go to
     Q_PROPERTY(quillmere::ResultsModel* results READ results CONSTANT)
 
 public:
@@ -42,6 +45,7 @@ public:
         bool corpusIsChosen = false;
         bool hasSummary = false;
         bool modelIsLoading = false;
+        bool modelIsUnopened = false;  // there may be one, but it could not be opened
         bool hasModel = false;
     };
 
@@ -57,6 +61,7 @@ public:
         std::function<GenerationRequest(const QUrl& outputFolder)> generationRequest;
         std::function<AuditionRequest()> auditionRequest;
         std::function<PreparedGenerator()> generator;  // of the model, which is there
+        std::function<void()> openModelAgain;
         std::function<void(Returned)> whenModelIsLoaded;
         std::function<void(Returned)> train;
     };
@@ -66,8 +71,10 @@ public:
 
     void setSupplies(const Supplies& supplies);
 
-    // Writes the variations into the output folder, training first when there is no model. While another run
-    // is active, and without a summary to train on, nothing happens but notice().
+    // Writes the variations into the output folder, training first when there is no model. A stored model
+    // that could not be opened is tried again, and nothing is trained in its place. While another run is
+    // active, and without a summary to train on, nothing happens but notice(). Of a run that is cancelled or
+    // fails, results() shows what it has written, if anything.
     Q_INVOKABLE void generate();
     // As generate(); returned is called when everything it started has ended.
     void generate(Returned returned);
@@ -87,7 +94,8 @@ public:
     [[nodiscard]] QString timeLeft() const;
     [[nodiscard]] ResultsModel* results() { return &results_; }
     [[nodiscard]] QUrl lastOutputFolder() const { return lastOutputFolder_; }
-    [[nodiscard]] QUrl auditionURL() const;  // of the temporary file
+    [[nodiscard]] bool isWaiting() const { return isWaiting_; }
+    [[nodiscard]] QUrl auditionURL() const;
 
 signals:
     void isGeneratingChanged();
@@ -95,6 +103,9 @@ signals:
     void isCancellingChanged();
     void canGenerateChanged();
     void progressed();
+    void isWaitingChanged();
+    // The user wants a generation or an audition: time to take what is being typed.
+    void commanded();
     // A generation is about to start.
     void generationStarting();
     // A generation has ended well: something to announce.
@@ -105,8 +116,16 @@ signals:
 private:
     friend struct AppModelProbe;  // for tests
 
+    // A generation as far as it came.
+    struct Ended {
+        std::vector<GeneratedSample> written;  // and there still, by name
+        std::optional<TaskFailure> failure;
+    };
+
+    void waitForModel(const Returned& returned);
     void start(const QUrl& folder, const Returned& returned);
-    void generated(std::vector<GeneratedSample> samples, const QUrl& folder);
+    void ended(Ended run, const QUrl& folder);
+    void endedEarly(TaskFailure failure, int files);
     void generationEnded(const Returned& returned);
     void auditionEnded();
 
@@ -120,6 +139,7 @@ private:
     bool isAuditioning_ = false;
     bool auditionIsDropped_ = false;
     bool isCancelling_ = false;
+    bool isWaiting_ = false;
     ResultsModel results_;
     QUrl lastOutputFolder_;
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above

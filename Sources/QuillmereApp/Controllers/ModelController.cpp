@@ -8,7 +8,6 @@
 #include "QuillmereApp/Controllers/Labels.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
-#include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -43,7 +42,7 @@ void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
     generator_ = std::move(generator);
     generatorDevice_ = std::move(device);
     emit bundleChanged();
-    assign(*this, problem_, QString(), &ModelController::problemChanged);
+    setProblem({}, false);
     assign(*this, isLoading_, false, &ModelController::isLoadingChanged);
     for (const auto& waiting : std::exchange(whenLoaded_, {}))
         waiting();
@@ -53,7 +52,13 @@ void ModelController::forget() {
     setGenerator(nullptr);
 }
 
+void ModelController::setProblem(const QString& problem, bool isUnopened) {
+    isUnopened_ = isUnopened;
+    assign(*this, problem_, problem, &ModelController::problemChanged);
+}
+
 void ModelController::load(const std::filesystem::path& folder) {
+    folder_ = folder;
     assign(*this, isLoading_, true, &ModelController::isLoadingChanged);
     const quint64 load = ++load_;
     const auto device = deviceToCompileFor();
@@ -66,14 +71,42 @@ void ModelController::load(const std::filesystem::path& folder) {
             if (load == load_) setGenerator(std::move(generator), device);
         },
         [this, load](const TaskFailure& failure) {
-            if (load != load_) return;
-            setGenerator(nullptr);
-            report(failure);
-            assign(*this, problem_,
-                   QStringLiteral("The stored model cannot be used. Retrain to get a new one; the files of "
-                                  "the old one are kept."),
-                   &ModelController::problemChanged);
+            if (load == load_) loadFailed(failure);
         });
+}
+
+void ModelController::loadFailed(const TaskFailure& failure) {
+    const bool isDamaged = failure.kind == TaskFailure::Kind::damage;
+    const QString problem =
+        isDamaged ? QStringLiteral(
+                        "The stored model cannot be used. Retrain to get a new one; the files of "
+                        "the old one are kept.")
+                  : QStringLiteral(
+                        "The stored model could not be opened, which need not be its fault. Open it "
+                        "again, or retrain to get a new one; the files of the old one are kept.");
+    endLoading(problem, !isDamaged);
+    report(failure);
+}
+
+void ModelController::openAgain() {
+    if (isUnopened_) load(folder_);
+}
+
+void ModelController::cancelLoading() {
+    if (!isLoading_) return;
+    endLoading(
+        QStringLiteral("The stored model was not opened. Open it, or retrain to get a new one; the files "
+                       "of the old one are kept."),
+        true);
+}
+
+// Without a model. Whoever waited for one is told last, when everything else is known.
+void ModelController::endLoading(const QString& problem, bool isUnopened) {
+    const auto waiting = std::exchange(whenLoaded_, {});
+    setGenerator(nullptr);
+    setProblem(problem, isUnopened);
+    for (const auto& returned : waiting)
+        returned();
 }
 
 void ModelController::whenLoaded(Returned returned) {
@@ -123,8 +156,13 @@ TrainingOptions ModelController::trainingOptions() const {
     return environment().adjustTraining ? environment().adjustTraining(options) : options;
 }
 
+// One that nobody could look at is no worse than the new one.
+ModelStore::Former ModelController::former() const {
+    return isUnopened_ ? ModelStore::Former::kept : ModelStore::Former::replaced;
+}
+
 void ModelController::train() {
-    if (activity().isGenerating) {
+    if (activity().isGenerating || activity().isAuditioning) {
         emit notice(Activity::waitNotice());
         return;
     }
@@ -151,9 +189,10 @@ void ModelController::train(const Returned& returned) {
     runInBackground(
         tasks_,
         [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
-         root = environment().modelsRoot] {
+         root = environment().modelsRoot, former = former()] {
             ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
-            ModelStore::replace(bundle, ModelStore::directory(*summary, root), cancel);
+            ModelStore::replace(bundle, ModelStore::directory(*summary, root), cancel,
+                                ModelStore::storingPatience, former);
             return std::make_shared<SampleGenerator>(std::move(bundle), device->backend());
         },
         [this, returned, device](std::shared_ptr<SampleGenerator> generator) {

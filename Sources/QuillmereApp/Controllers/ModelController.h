@@ -14,6 +14,7 @@
 #include "QuillmereApp/Controllers/PreparedGenerator.h"
 #include "QuillmereApp/LossHistory.h"
 #include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/Trainer.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 
@@ -30,8 +31,10 @@ class ModelController : public Controller {
     Q_PROPERTY(QString analysisLabel READ analysisLabel NOTIFY bundleChanged)      // of its profile
     Q_PROPERTY(QString clipSecondsText READ clipSecondsText NOTIFY bundleChanged)  // "1.5"
     Q_PROPERTY(QDateTime learnedAt READ learnedAt NOTIFY bundleChanged)            // local time
-    // Why the stored model of this corpus cannot be used, with the advice to train again; empty otherwise.
+    // Why the stored model of this corpus is not in use, with advice; empty otherwise.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
+    // There is a problem, but none of the model itself: opening it again may do.
+    Q_PROPERTY(bool isUnopened READ isUnopened NOTIFY problemChanged)
     // ---- Pickers: the index counts in the lists of labels.
     Q_PROPERTY(QStringList qualityLabels READ qualityLabels CONSTANT)
     Q_PROPERTY(QStringList qualityHelps READ qualityHelps CONSTANT)
@@ -64,15 +67,19 @@ public:
     void setCorpus(bool isChosen, std::shared_ptr<const CorpusSummary> summary);
     // There is no model any more, and none is on its way.
     void forget();
-    // Loads a stored model. One that cannot be used ends as problem and as an error.
+    // Loads a stored model. One that cannot be used or opened ends as problem and as an error.
     void load(const std::filesystem::path& folder);
+    // Does nothing unless isUnopened.
+    Q_INVOKABLE void openAgain();
+    // What is being loaded stays unopened.
+    Q_INVOKABLE void cancelLoading();
     // Calls returned when the model has been loaded, or cannot be or need not be.
     void whenLoaded(Returned returned);
     // There must be a model. It is as it is now, whatever becomes of the present one.
     [[nodiscard]] PreparedGenerator preparedGenerator();
 
-    // Trains a model of the corpus and stores it; the files of a stored one that cannot be used are kept
-    // under another name. Does nothing without a summary and while something else than an audition runs.
+    // Trains a model of the corpus and stores it; the files of a stored one that cannot be used or opened are
+    // kept under another name. Does nothing without a summary and while something runs.
     Q_INVOKABLE void train();
     // As train, for a run that is about to generate.
     void train(const Returned& returned);
@@ -86,6 +93,7 @@ public:
     [[nodiscard]] QString clipSecondsText() const;
     [[nodiscard]] QDateTime learnedAt() const;
     [[nodiscard]] QString problem() const { return problem_; }
+    [[nodiscard]] bool isUnopened() const { return isUnopened_; }
 
     [[nodiscard]] QStringList qualityLabels() const;
     [[nodiscard]] QStringList qualityHelps() const;
@@ -129,6 +137,10 @@ private:
 
     void setGenerator(std::shared_ptr<SampleGenerator> generator,
                       std::shared_ptr<network::ChosenDevice> device = nullptr);
+    void setProblem(const QString& problem, bool isUnopened);
+    void loadFailed(const TaskFailure& failure);
+    void endLoading(const QString& problem, bool isUnopened);
+    [[nodiscard]] ModelStore::Former former() const;
     [[nodiscard]] std::shared_ptr<network::ChosenDevice> deviceToCompileFor();
     [[nodiscard]] std::shared_ptr<SampleGenerator> moved(
         const std::shared_ptr<SampleGenerator>& generator,
@@ -146,6 +158,8 @@ private:
     std::shared_ptr<SampleGenerator> generator_;              // and the bundle
     std::shared_ptr<network::ChosenDevice> generatorDevice_;  // generator_ was compiled for
     QString problem_;
+    bool isUnopened_ = false;
+    std::filesystem::path folder_;  // of the newest load
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
     bool isTraining_ = false;

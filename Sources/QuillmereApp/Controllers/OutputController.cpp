@@ -34,6 +34,10 @@ OutputController::OutputController(const Environment& environment, Preferences& 
     if (const auto count = preferences_.integer(countKey); count && *count > 0) count_ = *count;
 }
 
+OutputController::~OutputController() {
+    closing_.cancel();
+}
+
 void OutputController::openChooser() {
     const auto start = folder();
     emit chooserRequested(Folders::nearestExisting(start ? start->toLocalFile() : environment().homeFolder));
@@ -79,7 +83,10 @@ void OutputController::remember(const QUrl& folder) {
 
 void OutputController::show(const QUrl& folder, const QList<QUrl>& files) {
     runInBackground(
-        tasks_, [show = environment().showFiles, folder, files] { return show(folder, files); },
+        tasks_,
+        [show = environment().showFiles, folder, files, stop = closing_.token()] {
+            return show(folder, files, stop);
+        },
         [this, folder](bool shown) {
             if (!shown)
                 emit errorRaised(QStringLiteral("No file manager could be opened. The folder is %1")

@@ -5,6 +5,7 @@
 #include <QUrl>
 #include <optional>
 
+#include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/Controllers/Controller.h"
 #include "QuillmereApp/Preferences.h"
 #include "QuillmereCore/Audio/AudioIO.h"
@@ -34,6 +35,7 @@ public:
 
     // Restores folder and count from preferences, which must outlive it.
     OutputController(const Environment& environment, Preferences& preferences);
+    ~OutputController() override;
 
     // Asks the window for a folder chooser (chooserRequested), which answers with setFolder.
     Q_INVOKABLE void openChooser();
@@ -76,6 +78,7 @@ private:
     QTimer lookSoon_;
     int count_ = 10;
     OutputFormat format_ = OutputFormat::wav24;
+    CancelFlag closing_;     // ends the waiting for a file manager
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

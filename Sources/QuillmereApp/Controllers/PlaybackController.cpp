@@ -33,11 +33,13 @@ void PlaybackController::togglePlay(const QUrl& file) {
     }
 }
 
-void PlaybackController::stop() {
+bool PlaybackController::stop() {
+    const bool sounds = !openingURL_.isEmpty() || !playingURL_.isEmpty();
     player_->stop();
     playTimer_.stop();
     openingURL_.clear();
     setPlaying({});
+    return sounds;
 }
 
 void PlaybackController::setPlaying(const QUrl& file) {

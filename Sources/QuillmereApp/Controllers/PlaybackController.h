@@ -23,7 +23,8 @@ public:
     void play(const QUrl& file);
     // Plays file, or stops it if it is the one playing.
     Q_INVOKABLE void togglePlay(const QUrl& file);
-    void stop();
+    // Whether there was something to stop: a file that played or was about to.
+    Q_INVOKABLE bool stop();
 
     [[nodiscard]] QUrl playingURL() const { return playingURL_; }
 

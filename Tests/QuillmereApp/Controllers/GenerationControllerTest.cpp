@@ -8,6 +8,7 @@
 #include <optional>
 
 #include "QuillmereApp/Controllers/GenerationController.h"
+#include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Network/Backend.h"
@@ -62,7 +63,17 @@ struct Studio {
                 [this] {
                     return GenerationController::AuditionRequest{aesthetics, seed};
                 },
-            .generator = [this]() -> PreparedGenerator { return [ready = generator] { return ready; }; },
+            .generator = [this]() -> PreparedGenerator {
+                return [this, ready = generator] {
+                    holdGenerator.pass();
+                    return ready;
+                };
+            },
+            .openModelAgain =
+                [this] {
+                    ++opened;
+                    runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .modelIsLoading = true});
+                },
             .whenModelIsLoaded = [this](auto returned) { waiting = std::move(returned); },
             .train = [this](auto returned) { training = std::move(returned); },
         };
@@ -75,6 +86,8 @@ struct Studio {
     Aesthetics aesthetics;
     std::uint64_t seed = 42;
     OutputFormat format = OutputFormat::wav24;
+    Gate holdGenerator;              // a run waits there before it begins
+    int opened = 0;                  // how often the model was to be opened again
     std::function<void()> waiting;   // for the model to be loaded
     std::function<void()> training;  // what is to be called when it has ended
     int auditions = 0;
@@ -213,10 +226,15 @@ private slots:
         generateAndWait(studio);
         QVERIFY(full);
         full.reset();
-        QVERIFY2(!studio.told.error.isEmpty(), "a full disk must be reported");
-        QCOMPARE(studio.runs.results()->count(), 0);
-        // What was written before is there in full, and nothing else.
+        // What was written before is there in full, and nothing else; the results show it.
         verifyAllWhole(world.path("out"));
+        const QStringList written = QDir(world.path("out")).entryList(QDir::Files);
+        QVERIFY(written.size() >= 3);
+        QCOMPARE(fileNames(studio.runs), written);
+        QCOMPARE(studio.runs.lastOutputFolder(), world.url("out"));
+        QVERIFY2(
+            studio.told.error.endsWith(QStringLiteral("\n%1 of 60 variations written.").arg(written.size())),
+            qPrintable(studio.told.error));
         generateAndWait(studio);
         QCOMPARE(studio.told.error, QString());
         QCOMPARE(studio.runs.results()->count(), 60);
@@ -235,12 +253,13 @@ private slots:
         QCOMPARE(QDir(world.path("out")).entryList(QDir::Files | QDir::Hidden).size(), 0);
     }
 
-    void cancellingKeepsThePreviousResults() {
+    void aCancelledRunShowsWhatItHasWritten() {
         TestWorld world;
         Studio studio(world);
         studio.count = 2;
         generateAndWait(studio);
-        const QStringList before = fileNames(studio.runs);
+        QSignalSpy finished(&studio.runs, &GenerationController::generationFinished);
+        studio.folder = world.url("long");
         studio.count = 100000;
         studio.runs.generate();
         QVERIFY(QTest::qWaitFor([&] { return studio.runs.done() > 0; }, 30000));
@@ -249,7 +268,29 @@ private slots:
         QVERIFY(waitUntilEnded(studio.runs));
         QVERIFY(!studio.runs.isCancelling());
         QCOMPARE(studio.told.error, QString());
+        const QStringList written = QDir(world.path("long")).entryList(QDir::Files);
+        QVERIFY(!written.isEmpty());
+        QCOMPARE(fileNames(studio.runs), written);
+        QCOMPARE(studio.runs.lastOutputFolder(), world.url("long"));
+        QCOMPARE(finished.count(), 0);
+        QCOMPARE(
+            studio.told.notices,
+            QStringList(QStringLiteral("Cancelled: %1 of 100000 variations written.").arg(written.size())));
+    }
+
+    void aRunCancelledBeforeItsFirstFileKeepsThePreviousResults() {
+        TestWorld world;
+        Studio studio(world);
+        studio.count = 2;
+        generateAndWait(studio);
+        const QStringList before = fileNames(studio.runs);
+        studio.holdGenerator.close();
+        studio.runs.generate();
+        studio.runs.cancel();
+        studio.holdGenerator.open();
+        QVERIFY(waitUntilEnded(studio.runs));
         QCOMPARE(fileNames(studio.runs), before);
+        QCOMPARE(studio.told.notices, QStringList("Cancelled: 0 of 2 variations written."));
     }
 
     void needsAnOutputFolder() {
@@ -330,6 +371,54 @@ private slots:
         studio.waiting();
         QVERIFY(returned);
         QVERIFY(!studio.training);
+    }
+
+    void aModelThatCouldNotBeOpenedIsTriedAgainAndNeverTrained() {
+        TestWorld world;
+        Studio studio(world);
+        const GenerationController::Supplies unopened{
+            .corpusIsChosen = true, .hasSummary = true, .modelIsUnopened = true};
+        studio.runs.setSupplies(unopened);
+        bool returned = false;
+        studio.runs.generate([&] { returned = true; });
+        QCOMPARE(studio.opened, 1);
+        QVERIFY(studio.waiting && studio.runs.isWaiting());
+        studio.runs.setSupplies(unopened);
+        studio.waiting();
+        QVERIFY(returned && !studio.runs.isWaiting());
+        QVERIFY(!studio.training && !studio.runs.isGenerating());
+        studio.runs.generate();
+        QCOMPARE(studio.opened, 2);
+        studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .hasModel = true});
+        studio.waiting();
+        QVERIFY(studio.runs.isGenerating());
+        QVERIFY(waitUntilEnded(studio.runs));
+    }
+
+    void saysThatVariationsFollowTheTraining() {
+        TestWorld world;
+        Studio studio(world);
+        QSignalSpy waiting(&studio.runs, &GenerationController::isWaitingChanged);
+        studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true});
+        studio.runs.generate();
+        QVERIFY(studio.runs.isWaiting());
+        studio.runs.generate();  // once is enough
+        QCOMPARE(studio.told.notices, QStringList(Activity::waitNotice()));
+        studio.training();  // without success
+        QVERIFY(!studio.runs.isWaiting());
+        QCOMPARE(waiting.count(), 2);
+    }
+
+    void asksForWhatIsBeingTypedBeforeItLooks() {
+        TestWorld world;
+        Studio studio(world);
+        studio.count = 1;
+        connect(&studio.runs, &GenerationController::commanded, &studio.runs, [&] { studio.count = 4; });
+        generateAndWait(studio);
+        QCOMPARE(studio.runs.results()->count(), 4);
+        QSignalSpy commanded(&studio.runs, &GenerationController::commanded);
+        auditionAndWait(studio);
+        QCOMPARE(commanded.count(), 1);
     }
 
     void isRefusedPolitelyWhileAnotherRunIsActive() {
@@ -416,10 +505,20 @@ private slots:
         QVERIFY(TestWorld::read(file) != first);
     }
 
-    void reportsATemporaryFolderThatIsGone() {
+    void makesTheFolderOfTheAudition() {
         TestWorld world;
         Studio studio(world);
         QVERIFY(QDir(world.path("tmp")).removeRecursively());
+        auditionAndWait(studio);
+        QCOMPARE(studio.told.error, QString());
+        QVERIFY(QFileInfo::exists(world.path("tmp/Quillmere-audition.wav")));
+    }
+
+    void reportsATemporaryFolderThatIsNone() {
+        TestWorld world;
+        Studio studio(world);
+        QVERIFY(QDir(world.path("tmp")).removeRecursively());
+        TestWorld::write(world.path("tmp"), "a file");
         auditionAndWait(studio);
         QVERIFY2(studio.told.error.contains("Quillmere-audition.wav"), qPrintable(studio.told.error));
         QCOMPARE(studio.auditions, 0);

@@ -388,6 +388,66 @@ private slots:
         QVERIFY(!QFileInfo::exists(folder + ".damaged-3"));
     }
 
+    void aModelThatCouldNotBeOpenedIsNotCalledDamaged() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("corpus");
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(corpus);
+        const auto folder = ModelStore::directory(*learner.summary, learner.root);
+        const QByteArray weights = TestWorld::read(toQString(folder / "weights.bin"));
+
+        world.machine.beforeCompiling = [] { throw std::bad_alloc(); };
+        model.load(folder);
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.isReady() && model.isUnopened());
+        QCOMPARE(learner.told.error, QStringLiteral("There is not enough memory for this."));
+        QVERIFY2(model.problem().contains("could not be opened"), qPrintable(model.problem()));
+
+        world.machine.beforeCompiling = nullptr;
+        model.openAgain();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isReady() && !model.isUnopened());
+        QCOMPARE(model.problem(), QString());
+
+        // Who retrains all the same keeps what may be whole.
+        model.load(folder);
+        model.cancelLoading();
+        QVERIFY(model.isUnopened());
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isReady() && !model.isUnopened());
+        QVERIFY(TestWorld::read(toQString(folder) + ".kept/weights.bin") == weights);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!QFileInfo::exists(toQString(folder) + ".kept-2"));
+    }
+
+    void openingCanBeCancelled() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.openTrained(world.makeCorpus("corpus"));
+        model.forget();
+        model.load(ModelStore::directory(*learner.summary, learner.root));
+        bool returned = false;
+        model.whenLoaded([&] {
+            returned = true;
+            QVERIFY(model.isUnopened());  // known before anyone goes on
+        });
+        model.cancelLoading();
+        QVERIFY(returned && !model.isLoading() && !model.isReady());
+        QCOMPARE(learner.told.error, QString());
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
+        QVERIFY(!model.isReady() && model.isUnopened());
+        model.openAgain();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isReady());
+        model.openAgain();  // nothing to do
+        QVERIFY(!model.isLoading());
+    }
+
     void findsWhatWasLearnedAgain() {
         TestWorld world;
         const QUrl corpus = world.makeCorpus("corpus");
@@ -455,14 +515,17 @@ private slots:
         QCOMPARE(changed.count(), 1);
     }
 
-    void trainingIsRefusedWhileGenerating() {
+    void trainingIsRefusedWhileSomethingElseRuns() {
         TestWorld world;
         Learner learner(world);
         learner.open(world.makeCorpus("corpus"));
-        learner.model.setActivity({.isGenerating = true});
-        learner.model.train();
-        QVERIFY(!learner.model.isTraining());
-        QCOMPARE(learner.told.notices, QStringList(Activity::waitNotice()));
+        for (const Activity& activity : {Activity{.isGenerating = true}, Activity{.isAuditioning = true}}) {
+            learner.told.notices.clear();
+            learner.model.setActivity(activity);
+            learner.model.train();
+            QVERIFY(!learner.model.isTraining());
+            QCOMPARE(learner.told.notices, QStringList(Activity::waitNotice()));
+        }
     }
 
     void aGeneratorIsPreparedAsItWas() {

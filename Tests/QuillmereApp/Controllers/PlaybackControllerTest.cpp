@@ -93,6 +93,21 @@ private slots:
         QVERIFY(!world.player->isPlaying());
     }
 
+    void stoppingSaysWhetherAnythingSounded() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        QVERIFY(!playback.stop());
+        playback.play(makeSound(world, "a.wav", 2));
+        QVERIFY(playback.stop());  // it was about to
+        deliverEvents();
+        QVERIFY(!world.player->isPlaying());
+        playback.play(world.url("a.wav"));
+        QTRY_VERIFY(!playback.playingURL().isEmpty());
+        QVERIFY(playback.stop());
+        QVERIFY(playback.playingURL().isEmpty());
+        QVERIFY(!playback.stop());
+    }
+
     void withoutASoundCardNothingChanges() {
         TestWorld world;
         PlaybackController playback(world.environment);

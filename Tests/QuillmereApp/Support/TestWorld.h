@@ -86,7 +86,7 @@ public:
             return made;
         };
         environment.copyText = [this](const QString& text) { clipboard = text; };
-        environment.showFiles = [this](const QUrl& folder, const QList<QUrl>& files) {
+        environment.showFiles = [this](const QUrl& folder, const QList<QUrl>& files, const std::stop_token&) {
             shownFolder = folder;
             shownFiles = files;
             return hasFileManager;

@@ -1,0 +1,116 @@
+#include "QuillmereApp/FileManager.h"
+
+#include <QDBusConnection>
+#include <QDBusContext>
+#include <QElapsedTimer>
+#include <QObject>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QThread>
+#include <optional>
+#include <stop_token>
+#include <thread>
+
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere::testing {
+namespace {
+
+// A session bus of the test's own.
+class Bus {
+public:
+    Bus() {
+        process_.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
+        while (!process_.canReadLine() && process_.waitForReadyRead(20000)) {
+        }
+        address_ = QString::fromLatin1(process_.readLine().trimmed());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address_.toLatin1());
+    }
+    ~Bus() {
+        process_.terminate();
+        process_.waitForFinished();
+    }
+    Bus(const Bus&) = delete;
+    Bus& operator=(const Bus&) = delete;
+
+    [[nodiscard]] const QString& address() const { return address_; }
+
+private:
+    QProcess process_;
+    QString address_;
+};
+
+}  // namespace
+
+// A file manager as the desktop offers it. It may hang.
+class Manager : public QObject, protected QDBusContext {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
+
+public:
+    QStringList shown;
+    bool hangs = false;
+
+public slots:
+    void ShowItems(const QStringList& uris, const QString&) {
+        shown = uris;
+        if (hangs) setDelayedReply(true);
+    }
+};
+
+class FileManagerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        bus_.emplace();
+        QVERIFY(!bus_->address().isEmpty());
+        QDBusConnection connection = QDBusConnection::connectToBus(bus_->address(), "manager");
+        QVERIFY(connection.registerObject("/org/freedesktop/FileManager1", &manager_,
+                                          QDBusConnection::ExportAllSlots));
+        QVERIFY(connection.registerService("org.freedesktop.FileManager1"));
+    }
+    void cleanupTestCase() { QDBusConnection::disconnectFromBus("manager"); }
+
+    void showsTheFilesInTheirFolder() {
+        manager_.hangs = false;
+        bool shown = false;
+        std::jthread asking([&] { shown = FileManager::show(folder, {file}, {}); });
+        QTRY_COMPARE(manager_.shown, QStringList({file.toString()}));
+        asking.join();
+        QVERIFY(shown);
+    }
+
+    void aManagerThatHangsIsLeftBehind() {
+        manager_.hangs = true;
+        manager_.shown.clear();
+        bool cancelled = false;
+        QElapsedTimer sinceStop;
+        {
+            std::jthread asking([&](const std::stop_token& stop) {
+                try {
+                    (void)FileManager::show(folder, {file}, stop);
+                } catch (const CancellationError&) {
+                    cancelled = true;
+                }
+            });
+            QTRY_COMPARE(manager_.shown.size(), 1);
+            sinceStop.start();
+        }
+        QVERIFY(cancelled);
+        QVERIFY2(sinceStop.elapsed() < 2000, "it waited for the answer");
+    }
+
+private:
+    const QUrl folder = QUrl::fromLocalFile("/tmp/out");
+    const QUrl file = QUrl::fromLocalFile("/tmp/out/a.wav");
+    std::optional<Bus> bus_;
+    Manager manager_;
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::FileManagerTest)
+#include "FileManagerTest.moc"
