@@ -13,16 +13,42 @@ FocusScope {
     // Scroll bars stand beside the cards, so that these are as wide with one as without.
     readonly property real barWidth: 10
 
+    // Keys that mean the whole window do something.
+    property bool listening: true
+
     focus: true
 
+    Keys.enabled: listening
+    // First what is heard, then what runs: nobody who wants silence loses a training.
     Keys.onEscapePressed: {
-        if (app.isBusy)
+        if (app.playback.stop())
+            return;
+        if (app.isBusy || app.model.isLoading)
             app.cancel();
         else if (app.errorMessage.length > 0)
             app.dismissError();
     }
-    Keys.onSpacePressed: if (results.visible)
-        results.togglePlay()
+
+    function togglePlay() {
+        if (results.visible)
+            results.togglePlay();
+    }
+
+    // A field hands on what is typed when it loses the keyboard.
+    Connections {
+        target: content.app.generation
+
+        function onCommanded() {
+            const field = content.Window.activeFocusItem as TextInput;
+            if (!field)
+                return;
+            elsewhere.forceActiveFocus(Qt.OtherFocusReason);
+            field.forceActiveFocus(Qt.OtherFocusReason);
+        }
+    }
+    Item {
+        id: elsewhere
+    }
 
     Binding {
         target: Theme

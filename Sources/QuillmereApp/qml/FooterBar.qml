@@ -97,16 +97,30 @@ Rectangle {
         y: footer.height - height - (60 - height) / 2
         spacing: Theme.inner
 
-        ActionButton {
+        CommandButton {
+            id: audition
+
+            readonly property bool plays: String(footer.app.playback.playingURL) === String(footer.app.generation.auditionURL)
+
             objectName: "audition"
+            // As wide as its longer name, so that nothing moves while it plays.
+            width: Math.max(implicitWidth, Math.ceil(idle.advanceWidth) + 16 + Theme.inner + leftPadding + rightPadding)
             height: 36
-            text: "Audition"
-            iconName: "play.circle"
-            tip: "Render a single variation with the current settings and play it, without saving."
-            enabled: footer.app.generation.canAudition
-            onClicked: footer.app.generation.audition()
+            text: plays ? "Stop" : "Audition"
+            iconName: plays ? "stop.fill" : "play.circle"
+            tip: plays ? "Esc" : "Render a single variation with the current settings and play it, without saving."
+            enabled: plays || footer.app.generation.canAudition
+            phase: plays ? "stop" : enabled ? "audition" : ""
+            onCommanded: plays ? footer.app.playback.stop() : footer.app.generation.audition()
+
+            TextMetrics {
+                id: idle
+                font.family: Theme.family
+                font.pixelSize: Theme.textSize
+                text: "Audition"
+            }
         }
-        ActionButton {
+        CommandButton {
             objectName: "generate"
             // As wide as its longest name, so that nothing moves while the count is changed.
             width: Math.max(implicitWidth, Math.ceil(widest.advanceWidth) + leftPadding + rightPadding)
@@ -115,7 +129,8 @@ Rectangle {
             prominent: footer.app.generation.canGenerate
             enabled: footer.app.generation.canGenerate
             tip: "Ctrl+G"
-            onClicked: footer.app.generation.generate()
+            phase: enabled ? "generate" : ""
+            onCommanded: footer.app.generation.generate()
 
             TextMetrics {
                 id: widest

@@ -10,6 +10,9 @@ T.ApplicationWindow {
     // Shortcuts rest while a dialog asks something.
     readonly property bool listening: !choosers.active || !(choosers.item as FolderChoosers).open
 
+    // The user has agreed to lose what is being learned.
+    property bool leaving: false
+
     width: 1180
     height: 820
     minimumWidth: 480
@@ -46,37 +49,23 @@ T.ApplicationWindow {
         id: content
         anchors.fill: parent
         app: root.app
+        listening: root.listening
     }
 
-    Shortcut {
-        sequence: "Ctrl+O"
-        onActivated: root.app.corpus.openChooser()
-    }
-    Shortcut {
-        sequence: "Ctrl+T"
-        onActivated: root.app.model.train()
-    }
-    Shortcut {
-        sequence: "Ctrl+G"
-        onActivated: root.app.generation.generate()
-    }
-    Shortcut {
-        sequence: "Ctrl+P"
-        onActivated: root.app.generation.audition()
-    }
-    Shortcut {
-        sequences: ["Ctrl+Z"]
-        onActivated: root.app.character.undo()
-    }
-    Shortcut {
-        sequences: ["Ctrl+Shift+Z", "Ctrl+Y"]
-        onActivated: root.app.character.redo()
-    }
-    Shortcut {
-        sequences: ["Ctrl+Q", "Ctrl+W"]
-        onActivated: root.close()
+    onClosing: close => {
+        if (!app.model.isTraining || leaving)
+            return;
+        close.accepted = false;
+        leave.active = true;
+        (leave.item as LeaveDialog).open();
     }
 
+    Commands {
+        app: root.app
+        listening: root.listening
+        onPlayRequested: content.togglePlay()
+        onCloseRequested: root.close()
+    }
     Connections {
         target: root.app.corpus
 
@@ -99,6 +88,17 @@ T.ApplicationWindow {
         active: false
         sourceComponent: FolderChoosers {
             app: root.app
+        }
+    }
+    Loader {
+        id: leave
+        active: false
+        sourceComponent: LeaveDialog {
+            app: root.app
+            onLeaveRequested: {
+                root.leaving = true;
+                root.close();
+            }
         }
     }
 }

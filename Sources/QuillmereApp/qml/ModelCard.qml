@@ -30,18 +30,23 @@ Card {
     }
     Note {
         width: card.bodyWidth
-        visible: card.idle && card.app.model.problem.length > 0
+        visible: card.idle && card.app.model.problem.length > 0 && !card.app.model.isLoading
         iconName: "exclamationmark.triangle.fill"
         text: card.app.model.problem
         ink: Theme.warning
         textColor: Theme.text
     }
-    Label {
+    ActionButton {
+        objectName: "openAgain"
+        width: card.bodyWidth
+        visible: card.idle && card.app.model.isUnopened && !card.app.model.isLoading
+        text: "Open the Model"
+        onClicked: card.app.model.openAgain()
+    }
+    OpeningView {
         width: card.bodyWidth
         visible: card.app.model.isLoading
-        text: "Opening the model…"
-        color: Theme.secondary
-        font.pixelSize: Theme.smallSize
+        model: card.app.model
     }
 
     // Learned
@@ -69,6 +74,7 @@ Card {
 
     // Learning
     TrainingProgressView {
+        id: learning
         width: card.bodyWidth
         visible: card.app.model.isTraining
         model: card.app.model
@@ -122,14 +128,25 @@ Card {
         width: card.bodyWidth
         spacing: 6
 
-        // One button for both, so that the keyboard stays where it is.
-        ActionButton {
-            objectName: "train"
+        Item {
+            id: trainPlace
             width: parent.width
-            text: card.app.model.isTraining ? "Cancel" : card.app.model.isReady ? "Retrain" : "Train Model"
-            enabled: card.app.model.isTraining ? !card.app.model.isCancelling : card.app.model.canTrain
-            tip: card.app.model.isTraining ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
-            onClicked: card.app.model.isTraining ? card.app.model.cancelTraining() : card.app.model.train()
+            height: Theme.controlHeight
+            visible: command.parent === trainPlace
+
+            // One button for both, so that the keyboard stays where it is, but in two places, so that the
+            // pointer that has begun the learning is not on what ends it.
+            CommandButton {
+                id: command
+                objectName: "train"
+                parent: card.idle ? trainPlace : learning.cancelPlace
+                anchors.fill: parent
+                text: !card.idle ? "Cancel" : card.app.model.isReady || card.app.model.problem.length > 0 ? "Retrain" : "Train Model"
+                enabled: card.idle ? card.app.model.canTrain : !card.app.model.isCancelling
+                tip: !card.idle ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
+                phase: !card.idle ? "cancel" : enabled ? "train" : ""
+                onCommanded: card.idle ? card.app.model.train() : card.app.model.cancelTraining()
+            }
         }
         Label {
             width: parent.width

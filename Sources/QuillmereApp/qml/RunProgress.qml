@@ -1,19 +1,25 @@
 import QtQuick
 import QuillmereApp
 
-// How far the run has come that the footer has started, with the time left and Cancel.
+// How far the run has come that the footer has started, with the time left and Cancel. Where the model has to
+// be learned or opened first, that counts.
 Item {
     id: run
 
     required property AppModel app
     readonly property bool generating: app.generation.isGenerating
+    readonly property bool waiting: app.generation.isWaiting
+    readonly property bool learning: waiting && app.model.isTraining
+    readonly property bool cancelling: app.generation.isCancelling || (learning && app.model.isCancelling)
+    readonly property string following: app.output.count === 1 ? "1 variation follows." : app.output.count + " variations follow."
+    readonly property string timeLeft: learning ? app.model.timeLeft : generating ? app.generation.timeLeft : ""
     // Most auditions are over before anyone could read of them.
     property bool longAudition: false
     // Shown for a while in place of the time left
     property string news
 
     implicitHeight: Theme.controlHeight
-    visible: generating || longAudition
+    visible: generating || waiting || longAudition
 
     Connections {
         target: run.app.generation
@@ -43,8 +49,10 @@ Item {
             Label {
                 id: figure
                 text: {
-                    if (run.app.generation.isCancelling)
+                    if (run.cancelling)
                         return "Cancelling…";
+                    if (run.waiting)
+                        return run.learning ? "Learning first: " + run.following : "Opening the model: " + run.following;
                     return run.generating ? run.app.generation.done + " of " + run.app.generation.total : "Rendering…";
                 }
                 font.family: Theme.figures
@@ -65,8 +73,8 @@ Item {
             Label {
                 anchors.right: parent.right
                 width: Math.min(implicitWidth, parent.width - figure.width - Theme.inner)
-                visible: run.generating && !run.app.generation.isCancelling && run.news.length === 0
-                text: run.app.generation.timeLeft
+                visible: !run.cancelling && run.news.length === 0
+                text: run.timeLeft
                 color: Theme.secondary
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -75,19 +83,20 @@ Item {
         }
         ProgressBar {
             width: parent.width
-            label: run.generating ? "Generating" : "Rendering"
-            indeterminate: !run.generating
-            value: run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
+            label: run.learning ? "Learning" : run.waiting ? "Opening the model" : run.generating ? "Generating" : "Rendering"
+            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating
+            value: run.learning ? run.app.model.fraction : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
         }
     }
-    ActionButton {
+    CommandButton {
         id: cancel
         objectName: "cancelGeneration"
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
         text: "Cancel"
         tip: "Esc"
-        enabled: !run.app.generation.isCancelling
-        onClicked: run.app.cancel()
+        enabled: !run.cancelling
+        phase: run.visible ? "cancel" : ""
+        onCommanded: run.app.cancel()
     }
 }

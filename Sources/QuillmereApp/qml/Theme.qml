@@ -65,4 +65,5 @@ QtObject {
     readonly property int quick: reducedMotion ? 0 : 100
     property int tipDelay: 600
     property int patience: 500  // before something short shows its progress
+    property int calm: 400      // in which a command that has become another one takes no clicks
 }

@@ -6,13 +6,28 @@ Column {
     id: view
 
     required property ModelController model
+    // For the button that cancels: away from where the one was that began the learning.
+    readonly property alias cancelPlace: cancelPlace
 
     spacing: Theme.inner
 
-    Label {
+    Item {
         width: parent.width
-        text: view.model.isCancelling ? "Cancelling…" : view.model.message
-        font.weight: Font.DemiBold
+        height: Math.max(message.height, cancelPlace.height)
+
+        Label {
+            id: message
+            width: cancelPlace.x - Theme.inner
+            anchors.verticalCenter: parent.verticalCenter
+            text: view.model.isCancelling ? "Cancelling…" : view.model.message
+            font.weight: Font.DemiBold
+        }
+        Item {
+            id: cancelPlace
+            anchors.right: parent.right
+            width: 84
+            height: Theme.controlHeight
+        }
     }
     ProgressBar {
         width: parent.width

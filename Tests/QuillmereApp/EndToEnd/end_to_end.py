@@ -161,7 +161,7 @@ class Story:
 
     def audition(self):
         press("ctrl+p")
-        audition = self.desktop.path("tmp", "Quillmere-audition.wav")
+        audition = self.desktop.path("runtime", "quillmere", "Quillmere-audition.wav")
         wait_for("the audition's file", lambda: os.path.exists(audition))
         self.expect_played(audition)
         check(len(os.listdir(self.output)) == COUNT, "an audition saves nothing")
@@ -213,7 +213,10 @@ class Story:
         self.screen.wait("5 samples")
         press("ctrl+t")
         self.screen.wait("Step …")
-        self.close()
+        press("alt+F4")
+        self.button("Close Anyway").click()
+        wait_for("the program to end", lambda: self.process.poll() is not None, 20.0)
+        check(self.process.returncode == 0, f"the program ended with {self.process.returncode}")
         check(not glob.glob(self.desktop.path("data", "Quillmere", "Models", "drums-*", "*")),
               "no half model is stored")
 

@@ -94,12 +94,15 @@ Stage::Stage(QObject* parent) : QObject(parent) {
 
 Stage::~Stage() {
     letScansGo();
+    letModelsGo();
 }
 
 void Stage::restart() {
     letScansGo();
+    letModelsGo();
     app_.reset();
     world_ = std::make_unique<TestWorld>();
+    world_->machine.beforeCompiling = [this] { models_.pass(); };
     world_->environment.onProgress = [this](Run run, std::int64_t done) {
         if (run == Run::scan && done > 0) scans_.pass();
     };
@@ -164,6 +167,22 @@ void Stage::holdScans() {
 
 void Stage::letScansGo() {
     scans_.open();
+}
+
+void Stage::holdModels() {
+    models_.close();
+}
+
+void Stage::letModelsGo() {
+    models_.open();
+}
+
+int Stage::countShortcuts(QQuickItem* any) const {
+    int count = 0;
+    for (const QObject* object : any->window()->findChildren<QObject*>()) {
+        if (object->inherits("QQuickShortcut") && object->property("enabled").toBool()) ++count;
+    }
+    return count;
 }
 
 void Stage::damageModels() {

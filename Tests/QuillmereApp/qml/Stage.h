@@ -64,6 +64,11 @@ public:
     // Scans stop half way until they are let go.
     Q_INVOKABLE void holdScans();
     Q_INVOKABLE void letScansGo();
+    // The opening of a model stops half way until it is let go.
+    Q_INVOKABLE void holdModels();
+    Q_INVOKABLE void letModelsGo();
+    // How many of the window's keyboard shortcuts would act.
+    Q_INVOKABLE [[nodiscard]] int countShortcuts(QQuickItem* any) const;
     // Spoils every stored model.
     Q_INVOKABLE void damageModels();
 
@@ -118,6 +123,7 @@ signals:
 
 private:
     Gate scans_;
+    Gate models_;
     std::unique_ptr<TestWorld> world_;
     std::unique_ptr<AppModel> app_;
 };

@@ -9,6 +9,7 @@ WindowCase {
 
     function init() {
         failOnWarning(/.?/);
+        Theme.calm = 0;
         Stage.restart();
         open();
         Stage.switchAccessibilityOn();

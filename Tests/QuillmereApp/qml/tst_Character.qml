@@ -123,7 +123,7 @@ WindowCase {
         compare(value(row.tag), before);
         verify(app.character.canUndo);
         focusOn("lock-" + row.tag);
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Return);
         verify(!app.character.parameters.get(row.tag, "locked"));
     }
 
@@ -260,7 +260,7 @@ WindowCase {
     }
     function test_presetByKeyboard() {
         focusOn("preset-Wild");
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Enter);
         compare(app.character.presetName, "Wild");
         focusOn("preset-Ghostly");
         keyClick(Qt.Key_Return);

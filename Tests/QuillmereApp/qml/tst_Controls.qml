@@ -155,12 +155,12 @@ WindowCase {
         mouseClick(item(row.tag));
         verifyDone(row.tag);
     }
-    function test_space_data() {
+    function test_enter_data() {
         return rows();
     }
-    function test_space(row) {
+    function test_enter(row) {
         prepare(row.tag);
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Enter);
         verifyDone(row.tag);
     }
     function test_return_data() {
@@ -184,7 +184,7 @@ WindowCase {
     function test_appearanceMenuByKeys() {
         app.appearance.mode = Appearance.System;
         focusOn("appearance");
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Return);
         verifySeen("As the Desktop");
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);
@@ -210,7 +210,7 @@ WindowCase {
         app.corpus.choose(Stage.makeCorpus("Second"));
         idle();
         focusOn("recentCorpora");
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Return);
         verifySeen("Forget These Folders");
         keyClick(Qt.Key_Down);
         keyClick(Qt.Key_Down);

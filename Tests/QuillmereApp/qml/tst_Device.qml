@@ -93,9 +93,9 @@ WindowCase {
         compare(app.devices.chosenIndex, 4);
         tryVerify(() => focusName() === "device", limit);
     }
-    function test_spaceOpensAndEscapeCloses() {
+    function test_returnOpensAndEscapeCloses() {
         focusOn("device");
-        keyClick(Qt.Key_Space);
+        keyClick(Qt.Key_Return);
         tryVerify(() => menuIsOpen(), limit);
         closeMenu();
         compare(app.devices.chosenIndex, 0);

@@ -30,6 +30,102 @@ WindowCase {
         idle();
         tryVerify(() => isPlayingAudition(), limit);
     }
+    function test_auditionCanBeStopped() {
+        trained();
+        const place = item("generate").mapToItem(null, 0, 0);
+        mouseClick(item("audition"));
+        tryVerify(() => isPlayingAudition(), limit);
+        tryCompare(item("audition"), "text", "Stop", limit);
+        compare(item("audition").iconName, "stop.fill");
+        compare(item("generate").mapToItem(null, 0, 0), place);
+        verify(Stage.accessibleNames(window.contentItem).includes("Button Stop"));
+        mouseClick(item("audition"));
+        verify(!isPlayingAudition());
+        compare(item("audition").text, "Audition");
+        mouseClick(item("audition"));
+        tryVerify(() => isPlayingAudition(), limit);
+        Stage.finishPlaying();
+        tryCompare(item("audition"), "text", "Audition", limit);
+    }
+    function test_stopStaysWhenTheModelIsGone() {
+        trained();
+        mouseClick(item("audition"));
+        tryVerify(() => isPlayingAudition(), limit);
+        app.corpus.choose(Stage.makeFolder("Nothing"));
+        idle();
+        verify(item("audition").enabled);
+        mouseClick(item("audition"));
+        verify(!isPlayingAudition());
+        verify(!item("audition").enabled);
+    }
+
+    // ---- Clicks that were meant for what a button did before
+    SignalSpy {
+        id: runs
+        signalName: "isGeneratingChanged"
+    }
+    function test_doubleClickOnGenerateRunsOnce() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        app.output.count = 1;
+        runs.target = app.generation;
+        runs.clear();
+        Theme.calm = 400;
+        const button = item("generate");
+        mouseClick(button);
+        idle();  // a short run: it is over between the two
+        mouseClick(button);
+        idle();
+        compare(runs.count, 2);
+        compare(app.generation.results.count, 1);
+        Theme.calm = 50;
+        wait(500);
+        mouseClick(button);
+        idle();
+        compare(runs.count, 4);
+    }
+    function test_cancelTakesNoClickThatCameTooSoon() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        app.output.count = 9999;
+        Theme.calm = 400;
+        mouseClick(item("generate"));
+        mouseClick(item("cancelGeneration"));
+        verify(!app.generation.isCancelling);
+        wait(500);
+        mouseClick(item("cancelGeneration"));
+        verify(app.generation.isCancelling);
+        idle();
+    }
+    function test_saysThatVariationsFollowTheLearning() {
+        scanned(12);
+        app.output.folderText = Stage.path("out");
+        app.output.count = 4;
+        Stage.setTrainingSteps(100000);
+        mouseClick(item("generate"));
+        verifySeen("Learning first: 4 variations follow.");
+        app.output.count = 1;
+        verifySeen("Learning first: 1 variation follows.");
+        mouseClick(item("cancelGeneration"));
+        idle();
+        verify(!has("cancelGeneration"));
+        verify(!app.model.isReady);
+        compare(app.generation.results.count, 0);
+    }
+    function test_learningAloneSaysNothingOfVariations() {
+        startTraining();
+        verify(!has("cancelGeneration"));
+        app.cancel();
+        idle();
+    }
+    function test_cancelledRunSaysWhatItHasWritten() {
+        startGenerating();
+        mouseClick(item("cancelGeneration"));
+        idle();
+        const written = app.generation.results.count;
+        verify(written > 0);
+        verifySeen("Cancelled: " + written + " of 9999 variations written.");
+    }
     function test_auditionNeedsAModel() {
         scanned(3);
         verify(!item("audition").enabled);

@@ -69,13 +69,157 @@ WindowCase {
         compare(app.character.parameters.get("pitch", "value"), 0.5);
     }
     function test_shortcutsRestBehindADialog() {
+        trained();
+        app.output.folderText = Stage.path("out");
         app.character.parameters.setValue("pitch", 3);
         click("savePreset");
         tryVerify(() => focusName() === "presetName", limit);
-        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        focusOn("cancelPreset");  // a text field would take some of them for itself
+        chooser.clear();
+        for (const key of [Qt.Key_Z, Qt.Key_T, Qt.Key_G, Qt.Key_P, Qt.Key_O])
+            keyClick(key, Qt.ControlModifier);
         compare(app.character.parameters.get("pitch", "value"), 3);
+        verify(!app.isBusy);
+        compare(chooser.count, 0);
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("presetName"), limit);
+        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        compare(app.character.parameters.get("pitch", "value"), 0);
+    }
+    // Of a chooser that the desktop draws, the window sees only that it is open.
+    function test_shortcutsRestBehindTheFolderChooser() {
+        verify(Stage.countShortcuts(window.contentItem) > 5);
+        keyClick(Qt.Key_O, Qt.ControlModifier);
+        tryVerify(() => !window.listening, limit);
+        compare(Stage.countShortcuts(window.contentItem), 0);
+        keyClick(Qt.Key_Escape);
+        tryVerify(() => window.listening, limit);
+        verify(Stage.countShortcuts(window.contentItem) > 5);
+    }
+
+    // ---- What is typed and not yet taken
+    function test_generateTakesTheTypedCount() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        type("countInput", "3");
+        compare(app.output.count, 10);
+        keyClick(Qt.Key_G, Qt.ControlModifier);
+        compare(app.generation.total, 3);
+        compare(focusName(), "countInput");
+        idle();
+        compare(app.generation.results.count, 3);
+    }
+    function test_auditionTakesTheTypedValue() {
+        trained();
+        type("value-pitch", "12");
+        keyClick(Qt.Key_P, Qt.ControlModifier);
+        verify(app.generation.isAuditioning);
+        compare(app.character.parameters.get("pitch", "value"), 12);
+        compare(item("value-pitch").text, "12.0 st");
+        compare(focusName(), "value-pitch");
+        idle();
+    }
+    function test_assistiveTechnologyTakesTheTypedCount() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        type("countInput", "2");
+        Stage.doAccessibleAction(item("generate"), "Press");
+        compare(app.generation.total, 2);
+        idle();
+    }
+
+    // ---- Space plays
+    function playing(): int {
+        return app.generation.results.rowOf(app.playback.playingURL);
+    }
+    function test_spacePlaysWhereverTheKeyboardIs_data() {
+        return ["generate", "train", "chooseCorpus", "preset-Wild", "lock-pitch", "quality-0", "slider-drift", "appearance", "results"].map(name => ({
+                        "tag": name
+                    }));
+    }
+    function test_spacePlaysWhereverTheKeyboardIs(row) {
+        generated(2);
+        focusOn(row.tag);
+        keyClick(Qt.Key_Space);
+        tryVerify(() => playing() === 0, limit);
+        verify(!app.isBusy);
+        compare(app.character.presetName, "Balanced");
+        keyClick(Qt.Key_Space);
+        tryVerify(() => playing() === -1, limit);
+    }
+    function test_spaceAfterAClickOnGeneratePlays() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        app.output.count = 2;
+        mouseClick(item("generate"));
+        idle();
+        keyClick(Qt.Key_Space);
+        tryVerify(() => playing() === 0, limit);
+        verify(!app.isBusy);
+        compare(app.generation.results.count, 2);
+    }
+    function test_spaceIsTypedInATextField() {
+        generated(1);
+        type("outputPath", "a b");
+        compare(app.output.folderText, "a b");
+        compare(playing(), -1);
+    }
+    function test_spaceWithoutResultsPressesNothing() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        focusOn("generate");
+        keyClick(Qt.Key_Space);
+        verify(!app.isBusy);
+    }
+
+    // ---- Esc
+    function test_escapeStopsWhatSoundsFirst() {
+        generated(1);
+        app.playback.togglePlay(app.generation.results.urlAt(0));
+        tryVerify(() => playing() === 0, limit);
+        Stage.setTrainingSteps(100000);
+        app.model.train();
+        keyClick(Qt.Key_Escape);
+        compare(playing(), -1);
+        verify(app.model.isTraining && !app.model.isCancelling);
+        keyClick(Qt.Key_Escape);
+        idle();
+        verify(app.model.isReady);
+    }
+    function test_escapeStopsAnAudition() {
+        trained();
+        keyClick(Qt.Key_P, Qt.ControlModifier);
+        tryVerify(() => isPlayingAudition(), limit);
+        keyClick(Qt.Key_Escape);
+        verify(!isPlayingAudition());
+    }
+
+    // ---- Closing
+    function test_closingWhileLearningAsks() {
+        startTraining();
+        keyClick(Qt.Key_Q, Qt.ControlModifier);
+        tryVerify(() => has("keepLearning"), limit);
+        verify(window.visible && app.model.isTraining);
+        tryVerify(() => focusName() === "keepLearning", limit);
+        keyClick(Qt.Key_Return);
+        tryVerify(() => !has("keepLearning"), limit);
+        verify(window.visible && app.model.isTraining);
+        keyClick(Qt.Key_Q, Qt.ControlModifier);
+        mouseClick(item("leave"));
+        tryVerify(() => !window.visible, limit);
+        app.cancel();
+        idle();
+    }
+    function test_theQuestionGoesAwayWithTheLearning() {
+        startTraining();
+        window.close();
+        tryVerify(() => has("leave"), limit);
+        app.cancel();
+        tryVerify(() => !has("leave"), limit);
+        verify(window.visible);
+        idle();
+        window.close();
+        tryVerify(() => !window.visible, limit);
     }
 
     // Tab visits the controls in the order of the work, and comes back round.

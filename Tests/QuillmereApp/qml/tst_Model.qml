@@ -74,6 +74,83 @@ WindowCase {
         verify(!app.model.isReady);
         compare(focusName(), "train");
     }
+    function test_doubleClickOnTrainDoesNotCancel() {
+        scanned(12);
+        Stage.setTrainingSteps(100000);
+        Theme.calm = 400;
+        const button = item("train");
+        const place = button.mapToItem(window.contentItem, button.width / 2, button.height / 2);
+        mouseClick(window.contentItem, place.x, place.y);
+        verify(app.model.isTraining);
+        mouseClick(window.contentItem, place.x, place.y);
+        mouseClick(item("train"));
+        wait(20);
+        verify(app.model.isTraining && !app.model.isCancelling);
+        wait(500);
+        mouseClick(item("train"));
+        verify(app.model.isCancelling);
+        idle();
+    }
+    function test_cancelIsNowhereUnderThePointerThatPressedTrain_data() {
+        return [{
+                "tag": "wide",
+                "size": Qt.size(1180, 820)
+            }, {
+                "tag": "narrow",
+                "size": Qt.size(640, 480)
+            }, {
+                "tag": "tall",
+                "size": Qt.size(700, 1300)
+            }];
+    }
+    function test_cancelIsNowhereUnderThePointerThatPressedTrain(row) {
+        for (const files of [3, 12]) {
+            resize(row.size.width, row.size.height);
+            scanned(files);
+            Stage.setTrainingSteps(100000);
+            focusOn("train");
+            const before = item("train").mapToItem(null, 0, 0);
+            const height = item("train").height;
+            click("train");
+            compare(item("train").text, "Cancel");
+            settle();
+            const after = item("train").mapToItem(null, 0, 0);
+            verify(after.y + item("train").height <= before.y || after.y >= before.y + height, before + " and " + after);
+            app.cancel();
+            idle();
+            close();
+            Stage.restart();
+            open();
+        }
+    }
+    function test_openingTakesTimeAndCanBeCancelled() {
+        trained();
+        Theme.patience = 0;
+        Stage.holdModels();
+        app.corpus.choose(Stage.url("Drums"));
+        tryVerify(() => app.model.isLoading, limit);
+        verifySeen("Opening the model…");
+        mouseClick(item("cancelLoading"));
+        verify(!app.model.isLoading);
+        verifySeen(app.model.problem);
+        verifyNotSeen("Opening the model…");
+        compare(item("train").text, "Retrain");
+        Stage.letModelsGo();
+        mouseClick(item("openAgain"));
+        idle();
+        verify(app.model.isReady);
+        verify(!has("openAgain"));
+    }
+    function test_escapeCancelsTheOpening() {
+        trained();
+        Stage.holdModels();
+        app.corpus.choose(Stage.url("Drums"));
+        tryVerify(() => app.model.isLoading, limit);
+        keyClick(Qt.Key_Escape);
+        verify(!app.model.isLoading);
+        verify(app.model.isUnopened);
+        Stage.letModelsGo();
+    }
     function test_chartGrowsWithTheTraining() {
         startTraining();
         const chart = item("lossChart");
@@ -92,7 +169,8 @@ WindowCase {
         idle();
         verify(app.model.problem.length > 0);
         verifySeen(app.model.problem);
-        compare(item("train").text, "Train Model");
+        verify(!has("openAgain"));
+        compare(item("train").text, "Retrain");
         verify(item("train").enabled);
     }
 }

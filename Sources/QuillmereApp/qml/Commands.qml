@@ -1,0 +1,57 @@
+import QtQuick
+import QuillmereApp
+
+// The keyboard shortcuts that work everywhere in the window. An item, so that they rest behind an open popup.
+Item {
+    id: commands
+
+    required property AppModel app
+    // They rest also while a chooser of the desktop is open, of which nothing is seen here.
+    property bool listening: true
+
+    signal playRequested
+    signal closeRequested
+
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+O"
+        onActivated: commands.app.corpus.openChooser()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+T"
+        onActivated: commands.app.model.train()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+G"
+        onActivated: commands.app.generation.generate()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+P"
+        onActivated: commands.app.generation.audition()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequences: ["Ctrl+Z"]
+        onActivated: commands.app.character.undo()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequences: ["Ctrl+Shift+Z", "Ctrl+Y"]
+        onActivated: commands.app.character.redo()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequences: ["Ctrl+Q", "Ctrl+W"]
+        onActivated: commands.closeRequested()
+    }
+    // Whatever has the keyboard, unless it is a text field: these keep the space for themselves.
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Space"
+        autoRepeat: false
+        onActivated: commands.playRequested()
+    }
+}
