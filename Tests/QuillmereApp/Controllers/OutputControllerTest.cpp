@@ -1,10 +1,14 @@
 // Where the variations go, how many, and in which format.
 
 #include <QObject>
+#include <QThread>
+#include <atomic>
+#include <memory>
 
 #include "QuillmereApp/Controllers/OutputController.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
+#include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere::testing {
 
@@ -134,6 +138,23 @@ private slots:
         world.hasFileManager = false;
         output.show(world.url("out"), {});
         QTRY_VERIFY(told.error.contains(world.path("out")));
+    }
+
+    void closingDoesNotWaitForAFileManagerThatHangs() {
+        TestWorld world;
+        std::atomic<bool> isAsked = false;
+        world.environment.showFiles = [&](const QUrl&, const QList<QUrl>&, const std::stop_token& stop) {
+            isAsked = true;
+            while (!stop.stop_requested())
+                QThread::msleep(1);
+            throwIfCancelled(stop);
+            return true;
+        };
+        Preferences preferences(world.environment.settingsFile);
+        auto output = std::make_unique<OutputController>(world.environment, preferences);
+        output->show(world.url("out"), {});
+        QTRY_VERIFY(isAsked);
+        output.reset();  // comes back
     }
 };
 
