@@ -92,7 +92,11 @@ TEST(Durability, AFileSystemWithoutDiskIsNoFailure) {
 // ---- Samples
 
 GenerationRequest requestInto(const fs::path& folder) {
-    return {.count = 3, .outputDirectory = folder, .aesthetics = {.phaseIterations = 1}, .seed = 42};
+    return {.count = 3,
+            .outputDirectory = folder,
+            .aesthetics = {.phaseIterations = 1},
+            .seed = 42,
+            .namePrefix = "kick"};
 }
 
 TEST(Durability, ABatchOfSamplesEndsWithItsNamesOnTheDisk) {
