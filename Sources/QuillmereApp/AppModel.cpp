@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "QuillmereApp/Controllers/Assign.h"
-#include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 
 namespace quillmere {
@@ -19,7 +18,8 @@ AppModel::AppModel(Environment environment, QObject* parent)
       output_(environment_, preferences_),
       corpus_(environment_, preferences_),
       model_(environment_, devices_),
-      generation_(environment_, generationLinks()) {
+      generation_(environment_, generationLinks()),
+      session_(preferences_, model_, character_, output_) {
     connectAll();
     connectCorpusAndModel();
     connectRuns();
@@ -49,11 +49,13 @@ void AppModel::connectAll() {
 void AppModel::connectCorpusAndModel() {
     connect(&corpus_, &CorpusController::urlChanged, this, [this] {
         corpusChanged();
-        model_.forget();
+        output_.setCorpus(corpus_.url());
         generation_.results()->setSamples({});
     });
+    connect(&corpus_, &CorpusController::scanStarted, &model_, &ModelController::forget);
     connect(&corpus_, &CorpusController::summaryChanged, this, &AppModel::corpusChanged);
     connect(&corpus_, &CorpusController::storedModelFound, &model_, &ModelController::load);
+    connect(&model_, &ModelController::filesGone, this, &AppModel::filesGone);
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::isLoadingChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::problemChanged, this, &AppModel::modelChanged);
@@ -104,6 +106,13 @@ GenerationRequest AppModel::generationRequest(const QUrl& outputFolder) {
 void AppModel::corpusChanged() {
     model_.setCorpus(corpus_.isChosen(), corpus_.summary());
     modelChanged();
+}
+
+void AppModel::filesGone(int files) {
+    corpus_.scanAgain();
+    emit notice((files == 1 ? QStringLiteral("1 file is gone since the scan.")
+                            : QStringLiteral("%1 files are gone since the scan.").arg(files)) +
+                QStringLiteral(" The folder is scanned again; train once more then."));
 }
 
 void AppModel::modelChanged() {
@@ -164,10 +173,6 @@ void AppModel::chooseDevice(int index) {
     } else {
         emit notice(Activity::waitNotice());
     }
-}
-
-bool AppModel::isFolder(const QUrl& url) const {
-    return Folders::isFolder(url);
 }
 
 void AppModel::setError(const QString& message) {

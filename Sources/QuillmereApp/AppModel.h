@@ -19,6 +19,7 @@
 #include "QuillmereApp/Controllers/PlaybackController.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/Preferences.h"
+#include "QuillmereApp/Session.h"
 
 namespace quillmere {
 
@@ -70,8 +71,6 @@ public:
     // index: as in devices(). From the next run on; the present model is compiled for that device when it is
     // used next. While something computes, nothing happens but notice().
     Q_INVOKABLE void chooseDevice(int index);
-    // Whether a dropped URL is a folder of this computer.
-    Q_INVOKABLE [[nodiscard]] bool isFolder(const QUrl& url) const;
     Q_INVOKABLE void dismissError();
     Q_INVOKABLE void copyError();
 
@@ -138,6 +137,7 @@ private:
     void connectCorpusAndModel();
     void connectRuns();
     void corpusChanged();
+    void filesGone(int files);
     void modelChanged();
     void activityOfControllersChanged();
     void stopWhatIsNotShown();
@@ -157,6 +157,7 @@ private:
     CorpusController corpus_;
     ModelController model_;
     GenerationController generation_;
+    Session session_;
 };
 
 }  // namespace quillmere

@@ -50,6 +50,8 @@ public:
 private:
     void generate() {
         if (generates_) {
+            // Each unattended run has a fresh one, whatever the field holds.
+            model_.setSeedText({});
             model_.generate([this] { after(1s, [this] { light(); }); });
         } else {
             after(1s, [this] { light(); });

@@ -56,6 +56,7 @@ Environment Environment::standard() {
         .freshSeed = systemRandom,
         .makePlayer = Player::forSoundCard,
         .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
+        .looks = std::make_shared<FolderLooks>(),
         .showFiles = FileManager::show,
         .mayHaveGraphicsCard = usesGraphicsCards && hasGraphicsDevice(),
         .machine = &GPU::shared().machine(),

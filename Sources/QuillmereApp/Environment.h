@@ -9,6 +9,7 @@
 #include <memory>
 #include <stop_token>
 
+#include "QuillmereApp/FolderLooks.h"
 #include "QuillmereApp/Player.h"
 #include "QuillmereCore/Model/Trainer.h"
 #include "QuillmereCore/Network/Device/Machine.h"
@@ -35,6 +36,8 @@ struct Environment {
     std::function<std::uint64_t()> freshSeed;
     std::function<std::unique_ptr<Player>()> makePlayer;
     std::function<void(const QString&)> copyText;  // to the clipboard
+    // What is at a path, for work in the background.
+    std::shared_ptr<const FolderLooks> looks = std::make_shared<FolderLooks>();
     // Shows folder in the platform's file manager, the files selected; false when there is none. Called in
     // the background; ends with CancellationError when stop is requested while it waits.
     std::function<bool(const QUrl& folder, const QList<QUrl>& files, const std::stop_token& stop)> showFiles;

@@ -287,12 +287,111 @@ private slots:
         QVERIFY(!QFileInfo::exists(world.path("out")));
     }
 
-    void knowsAFolderOfThisComputer() {
+    // Trained on what is left, the model would belong to no folder.
+    void filesThatAreGoneAreToldOfAndCountedAgainBeforeATraining() {
         TestWorld world;
         AppModel app(world.environment);
-        QVERIFY(!app.isFolder(QUrl("https://example.org/samples")));
-        QVERIFY(!app.isFolder(world.url("missing")));
-        QVERIFY(app.isFolder(world.makeCorpus("corpus")));
+        prepare(app, world.makeCorpus("corpus", 5));
+        QSignalSpy notices(&app, &AppModel::notice);
+        QVERIFY(QFile::remove(world.path("corpus/hit1.wav")) && QFile::remove(world.path("corpus/hit4.wav")));
+        app.train();
+        QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
+        QCOMPARE(
+            notices.takeFirst().at(0).toString(),
+            QStringLiteral("2 files are gone since the scan. The folder is scanned again; train once more "
+                           "then."));
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.corpus()->fileCount(), 3);
+        QVERIFY(!app.model()->isReady());
+        app.train();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.model()->isReady());
+    }
+
+    void aScanThatFailedLeavesAReasonAndAWayOn() {
+        TestWorld world;
+        AppModel app(world.environment);
+        QSignalSpy notices(&app, &AppModel::notice);
+        app.setCorpus(world.url("late"));
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.model()->trainHint(), QStringLiteral("This folder has not been scanned."));
+        app.setOutputText(world.path("out"));
+        app.generate();
+        QCOMPARE(notices.takeFirst().at(0).toString(), QStringLiteral("This folder has not been scanned."));
+        world.makeCorpus("late");
+        app.corpus()->scanAgain();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.corpus()->fileCount(), 3);
+        QVERIFY(app.model()->canTrain());
+        QCOMPARE(app.model()->trainHint(), QString());
+    }
+
+    void anOutputFolderThatDoesNotAnswerEndsAsAnError() {
+        TestWorld world;
+        world.cutOff("dead");
+        AppModel app(world.environment);
+        prepareToGenerate(app, world);
+        app.setOutputText(world.path("dead/out"));
+        generateAndWait(app);
+        QCOMPARE(app.errorMessage(),
+                 world.path("dead/out") + " does not answer. Check the drive or the network that it is on.");
+    }
+
+    // ---- From one start to the next
+
+    void aRestartLeavesEverythingAsItWas() {
+        TestWorld world;
+        Aesthetics aesthetics = Preset::named("Wild")->aesthetics;
+        {
+            AppModel app(world.environment);
+            app.model()->setQualityIndex(0);
+            app.model()->setAnalysisIndex(2);
+            app.character()->applyPreset("Wild");
+            app.character()->parameters()->setValue("pitch", -7);
+            aesthetics = app.aesthetics();
+            app.setSeedText("18446744073709551615");
+            app.output()->setFormatIndex(0);
+            app.setOutputText("~/typed, not used");
+            app.setCount(33);
+        }
+        AppModel app(world.environment);
+        QCOMPARE(app.quality(), Quality::quick);
+        QCOMPARE(app.analysis(), AnalysisProfile::tonal);
+        QCOMPARE(app.presetName(), QStringLiteral("Wild"));
+        QVERIFY(app.character()->presetEdited());
+        QVERIFY(app.aesthetics() == aesthetics);
+        QVERIFY(!app.character()->canUndo());
+        QCOMPARE(app.seedText(), QStringLiteral("18446744073709551615"));
+        QCOMPARE(app.format(), OutputFormat::wav16);
+        QCOMPARE(app.outputText(), QStringLiteral("~/typed, not used"));
+        QCOMPARE(app.count(), 33);
+    }
+
+    void whatIsSetIsStoredAMomentLater() {
+        TestWorld world;
+        AppModel app(world.environment);
+        app.setSeedText("42");
+        QTRY_VERIFY(TestWorld::read(world.environment.settingsFile).contains("seed=42"));
+    }
+
+    void aSessionThatMakesNoSenseIsForgotten_data() {
+        QTest::addColumn<QByteArray>("lines");
+        QTest::newRow("names") << QByteArray("quality=best\nanalysis=x\nformat=mp3\n");
+        QTest::newRow("types") << QByteArray("quality=@Point(1 2)\nformat=a, b\nparameters=@Point(1 2)\n");
+        QTest::newRow("no object") << QByteArray("parameters=7\npreset=Wild\n");
+        QTest::newRow("no numbers") << QByteArray("parameters=\"{\\\"drift\\\": \\\"x\\\"}\"\npreset=Wild\n");
+    }
+    void aSessionThatMakesNoSenseIsForgotten() {
+        QFETCH(QByteArray, lines);
+        TestWorld world;
+        world.writePreferences(lines);
+        AppModel app(world.environment);
+        QCOMPARE(app.quality(), Quality::standard);
+        QCOMPARE(app.analysis(), AnalysisProfile::automatic);
+        QCOMPARE(app.format(), OutputFormat::wav24);
+        QVERIFY(app.aesthetics() == Aesthetics());
+        QCOMPARE(app.presetName(), QStringLiteral("Balanced"));
+        QCOMPARE(app.errorMessage(), QString());
     }
 
     // ---- What runs
@@ -472,9 +571,9 @@ private slots:
             prepareToGenerate(app, world, 2);
         }
         {
-            AppModel notYet(world.environment);
-            QCOMPARE(notYet.outputText(), QString());
-            QCOMPARE(notYet.count(), 10);
+            AppModel notYet(world.environment);  // as they were set, though nothing has been generated
+            QCOMPARE(notYet.outputText(), world.path("out"));
+            QCOMPARE(notYet.count(), 2);
         }
         {
             AppModel app(world.environment);

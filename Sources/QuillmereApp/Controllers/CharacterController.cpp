@@ -25,6 +25,11 @@ void CharacterController::show() {
     emit historyChanged();
 }
 
+void CharacterController::restore(Character character) {
+    history_ = EditHistory(std::move(character));
+    show();
+}
+
 void CharacterController::change(Character next) {
     history_.change(std::move(next));
     show();

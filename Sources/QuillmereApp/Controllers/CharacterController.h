@@ -31,6 +31,9 @@ class CharacterController : public Controller {
 public:
     explicit CharacterController(const Environment& environment);
 
+    // The values and the preset of another time, without a way back to what was here before.
+    void restore(Character character);
+
     // ---- Edits
 
     // All edits between the two are one undo step (a drag on a slider). Calls nest.

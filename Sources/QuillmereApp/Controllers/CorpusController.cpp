@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPointer>
+#include <QRegularExpression>
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -11,6 +13,7 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Progress.h"
 
 namespace quillmere {
@@ -35,10 +38,19 @@ bool mayBeStored(const std::filesystem::path& modelFolder) {
     }
 }
 
+// A name that a generation gives: NAME_var_0001.wav.
+bool isVariation(const CorpusFile& file) {
+    static const QRegularExpression form(QStringLiteral("_var_[0-9]{4,}\\.wav$"));
+    return form.match(QString::fromStdString(file.relativePath)).hasMatch();
+}
+
 }  // namespace
 
 struct CorpusController::Scan {
+    bool isGone = false;  // nothing is there, and nobody has asked for it to be there
     std::shared_ptr<const CorpusSummary> summary;
+    QString name;
+    int variations = 0;
     std::optional<std::filesystem::path> storedModel;
 };
 
@@ -58,7 +70,9 @@ CorpusController::~CorpusController() {
 
 void CorpusController::restore() {
     const auto path = preferences_.text(corpusKey);
-    if (path && QFileInfo::exists(*path)) choose(QUrl::fromLocalFile(*path));
+    if (!path || path->isEmpty()) return;
+    take(Folders::plain(*path));
+    scan(true);
 }
 
 void CorpusController::choose(const QUrl& folder) {
@@ -67,22 +81,59 @@ void CorpusController::choose(const QUrl& folder) {
         emit errorRaised(Folders::onlyLocal());
         return;
     }
-    ++choice_;
-    if (scanCancel_) scanCancel_->cancel();
     emit errorRaised({});
-    const QString path = QDir::cleanPath(QDir::current().absoluteFilePath(folder.toLocalFile()));
-    url_ = QUrl::fromLocalFile(path);
-    summary_.reset();
-    emit urlChanged();
-    emit summaryChanged();
+    const QString path = Folders::plain(folder.toLocalFile());
+    take(path);
     preferences_.setValue(corpusKey, path);
     scan();
 }
 
+void CorpusController::take(const QString& path) {
+    url_ = path.isEmpty() ? QUrl() : QUrl::fromLocalFile(path);
+    // As the text has it, until the scan has looked.
+    name_ = path.isEmpty() ? QString() : QDir(QDir::cleanPath(path)).dirName();
+    summary_.reset();
+    variations_ = 0;
+    emit urlChanged();
+    emit nameChanged();
+}
+
+void CorpusController::scanAgain() {
+    if (!isChosen() || !canChoose()) return;
+    emit errorRaised({});
+    summary_.reset();
+    variations_ = 0;
+    scan();
+}
+
+void CorpusController::drop(const QList<QUrl>& urls) {
+    const Folders::Dropped dropped = Folders::dropped(urls);
+    const QString refusal = canChoose() ? dropped.refusal : Activity::waitNotice();
+    if (!refusal.isEmpty()) {
+        emit notice(refusal);
+        return;
+    }
+    runInBackground(
+        tasks_, [looks = environment().looks, path = toPath(dropped.path)] { return looks->at(path).kind; },
+        [this, path = dropped.path](Place::Kind kind) {
+            const QString reason = Folders::refusal(kind, path);
+            reason.isEmpty() ? choose(QUrl::fromLocalFile(path)) : emit notice(reason);
+        },
+        [this](const TaskFailure& failure) { report(failure); });
+}
+
 void CorpusController::openChooser() {
     if (!canChoose()) return;
-    emit chooserRequested(Folders::nearestExisting(isChosen() ? QFileInfo(url_.toLocalFile()).path()
-                                                              : environment().homeFolder));
+    const QString start = isChosen() ? QFileInfo(url_.toLocalFile()).path() : environment().homeFolder;
+    runInBackground(
+        tasks_,
+        [looks = environment().looks, path = toPath(start), home = toPath(environment().homeFolder)] {
+            return looks->nearestFolder(path, home);
+        },
+        [this](const std::filesystem::path& nearest) {
+            if (canChoose()) emit chooserRequested(toUrl(nearest));
+        },
+        [this](const TaskFailure& failure) { report(failure); });
 }
 
 void CorpusController::remember(const QString& path) {
@@ -107,7 +158,11 @@ void CorpusController::forgetRecent() {
 
 // ---- The scan
 
-void CorpusController::scan() {
+void CorpusController::scan(bool mayBeGone) {
+    ++choice_;
+    if (scanCancel_) scanCancel_->cancel();
+    emit summaryChanged();
+    emit scanStarted();
     scanDone_ = 0;
     scanTotal_ = 0;
     emit scanProgressChanged();
@@ -124,9 +179,17 @@ void CorpusController::scan() {
     };
     runInBackground(
         tasks_,
-        [folder = toPath(url_), root = environment().modelsRoot, progress, cancel = scanCancel_->token()] {
+        [folder = toPath(url_), root = environment().modelsRoot, looks = environment().looks, mayBeGone,
+         progress, cancel = scanCancel_->token()] {
             Scan result;
+            const Place::Kind kind = looks->at(folder).kind;
+            if (kind == Place::Kind::noAnswer)
+                throw Failure(Folders::noAnswer(toQString(folder)).toStdString());
+            result.isGone = mayBeGone && kind == Place::Kind::nothing;
+            if (result.isGone) return result;
             result.summary = std::make_shared<const CorpusSummary>(Corpus::scan(folder, progress, cancel));
+            result.name = QString::fromStdString(ModelStore::corpusName(folder));
+            result.variations = static_cast<int>(std::ranges::count_if(result.summary->files, isVariation));
             const auto modelFolder = ModelStore::directory(*result.summary, root);
             if (mayBeStored(modelFolder)) result.storedModel = modelFolder;
             return result;
@@ -148,8 +211,15 @@ void CorpusController::scanProgressed(std::int64_t done, std::int64_t total) {
 }
 
 void CorpusController::scanned(Scan result) {
+    if (result.isGone) {
+        take({});
+        scanEnded();
+        return;
+    }
     summary_ = std::move(result.summary);
+    variations_ = result.variations;
     emit summaryChanged();
+    assign(*this, name_, result.name, &CorpusController::nameChanged);
     remember(url_.toLocalFile());
     scanEnded();
     if (result.storedModel) emit storedModelFound(*result.storedModel);
@@ -177,10 +247,6 @@ void CorpusController::cancelScan() {
 
 QString CorpusController::path() const {
     return Folders::displayed(url_.toLocalFile(), environment().homeFolder);
-}
-
-QString CorpusController::name() const {
-    return isChosen() ? QDir(url_.toLocalFile()).dirName() : QString();
 }
 
 QString CorpusController::chooserMessage() const {

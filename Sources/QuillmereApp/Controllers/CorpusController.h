@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QList>
 #include <QStringList>
 #include <QUrl>
 #include <QVariantList>
@@ -23,8 +24,8 @@ class CorpusController : public Controller {
     QML_UNCREATABLE("AppModel owns it")
     Q_PROPERTY(QUrl url READ url NOTIFY urlChanged)
     Q_PROPERTY(bool isChosen READ isChosen NOTIFY urlChanged)
-    Q_PROPERTY(QString path READ path NOTIFY urlChanged)  // for display, home as "~"
-    Q_PROPERTY(QString name READ name NOTIFY urlChanged)  // the folder's own name
+    Q_PROPERTY(QString path READ path NOTIFY urlChanged)   // for display, home as "~"
+    Q_PROPERTY(QString name READ name NOTIFY nameChanged)  // the folder's own name
     Q_PROPERTY(bool canChoose READ canChoose NOTIFY activityChanged)
     Q_PROPERTY(QString chooserMessage READ chooserMessage CONSTANT)
     Q_PROPERTY(bool isScanning READ isScanning NOTIFY isScanningChanged)
@@ -38,6 +39,9 @@ class CorpusController : public Controller {
     Q_PROPERTY(QStringList sampleRates READ sampleRates NOTIFY summaryChanged)  // "44.1 kHz", ascending
     Q_PROPERTY(int unreadable READ unreadable NOTIFY summaryChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY summaryChanged)  // scanned, and no audio files
+    // Files that are named as this program names what it writes, PREFIX_var_NNNN.wav, and most likely are its
+    // own.
+    Q_PROPERTY(int variations READ variations NOTIFY summaryChanged)
     // Scanned, with so few usable files (fewer than fewSamplesLimit) that variations stay close to them.
     Q_PROPERTY(bool hasFewSamples READ hasFewSamples NOTIFY summaryChanged)
     Q_PROPERTY(QVariantList recent READ recent NOTIFY recentChanged)  // {url, path, name}, the newest first
@@ -50,11 +54,16 @@ public:
     CorpusController(const Environment& environment, Preferences& preferences);
     ~CorpusController() override;
 
-    // Chooses the folder of the last time, if it is still there.
+    // Chooses the folder of the last time. If it turns out that nothing is there any more, none is chosen.
     void restore();
     // Chooses a folder, scans it and looks for its stored model; the newest choice wins. Refused while
     // training or generating.
     Q_INVOKABLE void choose(const QUrl& folder);
+    // Scans the folder again; everything but the results of the last generation begins anew. Does nothing
+    // without a folder and when choose is refused.
+    Q_INVOKABLE void scanAgain();
+    // Chooses what was dropped if it is one folder; a notice says why it is not taken otherwise.
+    Q_INVOKABLE void drop(const QList<QUrl>& urls);
     // Asks the window for a folder chooser (chooserRequested), which answers with choose. It starts beside
     // the corpus; before the first one at home.
     Q_INVOKABLE void openChooser();
@@ -64,7 +73,7 @@ public:
     [[nodiscard]] QUrl url() const { return url_; }
     [[nodiscard]] bool isChosen() const { return !url_.isEmpty(); }
     [[nodiscard]] QString path() const;
-    [[nodiscard]] QString name() const;
+    [[nodiscard]] QString name() const { return name_; }
     [[nodiscard]] bool canChoose() const { return !activity().isTraining && !activity().isGenerating; }
     [[nodiscard]] QString chooserMessage() const;
     [[nodiscard]] bool isScanning() const { return isScanning_; }
@@ -81,17 +90,21 @@ public:
     [[nodiscard]] QStringList sampleRates() const;
     [[nodiscard]] int unreadable() const;
     [[nodiscard]] bool isEmpty() const;
+    [[nodiscard]] int variations() const { return variations_; }
     [[nodiscard]] bool hasFewSamples() const;
     [[nodiscard]] QVariantList recent() const;
 
 signals:
     void urlChanged();
+    void nameChanged();
     void isScanningChanged();
     void scanProgressChanged();
     void summaryChanged();
     void recentChanged();
     // The window is to open a folder chooser that starts at startFolder.
     void chooserRequested(const QUrl& startFolder);
+    // A scan has begun: what belongs to an older one is out of date.
+    void scanStarted();
     // The scan has ended, and there is a stored model of what it found.
     void storedModelFound(const std::filesystem::path& modelFolder);
 
@@ -101,7 +114,8 @@ private:
     struct Scan;
 
     void remember(const QString& path);
-    void scan();
+    void take(const QString& path);
+    void scan(bool mayBeGone = false);
     void scanProgressed(std::int64_t done, std::int64_t total);
     void scanned(Scan result);
     void scanFailed(const TaskFailure& failure);
@@ -109,6 +123,7 @@ private:
 
     Preferences& preferences_;
     QUrl url_;
+    QString name_;
     quint64 choice_ = 0;  // number of the newest choice: what was begun for an older one is dropped
     QStringList recent_;
     quint64 recentChange_ = 0;  // number of the newest change to it
@@ -119,6 +134,7 @@ private:
     QElapsedTimer scanClock_;  // since the files were counted
     std::shared_ptr<CancelFlag> scanCancel_;
     std::shared_ptr<const CorpusSummary> summary_;
+    int variations_ = 0;
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

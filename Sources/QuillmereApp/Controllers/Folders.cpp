@@ -1,23 +1,63 @@
 #include "QuillmereApp/Controllers/Folders.h"
 
 #include <QDir>
-#include <QFileInfo>
+#include <QStringList>
+
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereCore/Util/Paths.h"
 
 namespace quillmere {
+namespace {
+
+bool isQuoted(const QString& text) {
+    if (text.size() < 2 || text.front() != text.back()) return false;
+    return text.front() == QLatin1Char('"') || text.front() == QLatin1Char('\'');
+}
+
+}  // namespace
 
 QString Folders::onlyLocal() {
     return QStringLiteral("Only folders on this computer can be used.");
 }
 
-bool Folders::isFolder(const QUrl& url) {
-    return url.isLocalFile() && QFileInfo(url.toLocalFile()).isDir();
+QString Folders::noAnswer(const QString& path) {
+    return QStringLiteral("%1 does not answer. Check the drive or the network that it is on.").arg(path);
 }
 
-QUrl Folders::nearestExisting(const QString& path) {
-    QDir folder(path);
-    while (!folder.exists() && !folder.isRoot())
-        folder.setPath(QFileInfo(folder.path()).path());
-    return QUrl::fromLocalFile(folder.path());
+QString Folders::plain(const QString& path) {
+    const QString absolute = QDir::current().absoluteFilePath(path);
+    if (absolute.split(QLatin1Char('/')).contains(QLatin1String(".."))) return absolute;
+    return toQString(Paths::plain(toPath(absolute)));
+}
+
+QString Folders::typed(const QString& text, const QString& home) {
+    QString path = text.trimmed();
+    if (isQuoted(path)) path = path.mid(1, path.size() - 2).trimmed();
+    if (path.startsWith(QLatin1String("file://"))) path = QUrl(path).toLocalFile();
+    if (path.isEmpty()) return {};
+    if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/"))) path.replace(0, 1, home);
+    return plain(path);
+}
+
+Folders::Dropped Folders::dropped(const QList<QUrl>& urls) {
+    if (urls.size() != 1)
+        return {.path = {}, .refusal = QStringLiteral("Drop one folder: the one that holds the samples.")};
+    if (!urls.front().isLocalFile()) return {.path = {}, .refusal = onlyLocal()};
+    return {.path = plain(urls.front().toLocalFile()), .refusal = {}};
+}
+
+QString Folders::refusal(Place::Kind kind, const QString& path) {
+    switch (kind) {
+        case Place::Kind::folder:
+            return {};
+        case Place::Kind::file:
+            return QStringLiteral("This is a file, not a folder. Drop the folder that holds it.");
+        case Place::Kind::nothing:
+            return QStringLiteral("There is no folder %1.").arg(path);
+        case Place::Kind::noAnswer:
+            return noAnswer(path);
+    }
+    return {};
 }
 
 QString Folders::displayed(const QString& path, const QString& home) {

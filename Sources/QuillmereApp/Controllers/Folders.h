@@ -1,7 +1,10 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QUrl>
+
+#include "QuillmereApp/FolderLooks.h"
 
 // Folders that the user chooses.
 namespace quillmere::Folders {
@@ -9,10 +12,25 @@ namespace quillmere::Folders {
 // What to say of a URL that is no local one.
 [[nodiscard]] QString onlyLocal();
 
-[[nodiscard]] bool isFolder(const QUrl& url);
+// What to say of one whose file system does not answer.
+[[nodiscard]] QString noAnswer(const QString& path);
 
-// The folder itself or the nearest one above it that exists: where a folder chooser can start.
-[[nodiscard]] QUrl nearestExisting(const QString& path);
+// The absolute path without doubled slashes and a slash at its end. ".." stays: behind a link it leads
+// elsewhere than the text says, and nothing here looks at the disk.
+[[nodiscard]] QString plain(const QString& path);
+
+// What somebody typed or pasted as a folder: blanks around it and quotation marks dropped, "~" as home, a
+// file: URL as its path. Empty for none.
+[[nodiscard]] QString typed(const QString& text, const QString& home);
+
+// What is dropped on the window: the one thing to look at, or a sentence that says why it is not taken.
+struct Dropped {
+    QString path;
+    QString refusal;
+};
+[[nodiscard]] Dropped dropped(const QList<QUrl>& urls);
+// Why what lies there is not taken; empty for a folder.
+[[nodiscard]] QString refusal(Place::Kind kind, const QString& path);
 
 // A path as people write it: home as "~".
 [[nodiscard]] QString displayed(const QString& path, const QString& home);

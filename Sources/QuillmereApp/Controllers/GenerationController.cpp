@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "QuillmereApp/Controllers/Assign.h"
+#include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereCore/Audio/AudioIO.h"
@@ -83,7 +84,8 @@ void GenerationController::generate(Returned returned) {
         return;
     }
     if (!supplies_.hasSummary) {
-        emit notice(QStringLiteral("Choose a corpus first."));
+        emit notice(supplies_.corpusIsChosen ? QStringLiteral("This folder has not been scanned.")
+                                             : QStringLiteral("Choose a corpus first."));
         returned();
         return;
     }
@@ -122,7 +124,10 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
     };
     runInBackground(
         tasks_,
-        [generator = links_.generator(), request, progress, cancel = generateCancel_->token()] {
+        [generator = links_.generator(), request, progress, cancel = generateCancel_->token(),
+         looks = environment().looks] {
+            if (looks->at(request.outputDirectory).kind == Place::Kind::noAnswer)
+                throw Failure(Folders::noAnswer(toQString(request.outputDirectory)).toStdString());
             GenerationOutcome outcome = generator()->tryToGenerate(request, progress, cancel);
             return Ended{.written = sortedByName(existing(std::move(outcome.written))),
                          .failure = BackgroundTasks::attempt([&] {

@@ -1,10 +1,13 @@
 #include "QuillmereApp/Controllers/ModelController.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include "QuillmereApp/Controllers/Assign.h"
+#include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/Labels.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
@@ -17,7 +20,25 @@ int clampedToInt(std::int64_t value) {
     return static_cast<int>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<int>::max()));
 }
 
+// Files that the scan could read and that are there no longer. One of them is enough to make another corpus
+// of the folder, and nobody would find a model under the fingerprint of this one. None where all are gone:
+// then there is nothing to learn, which the training says.
+int goneFiles(const CorpusSummary& summary) {
+    const auto isGone = [](const CorpusFile& file) {
+        std::error_code unknown;  // then it may be there
+        return std::filesystem::status(file.url, unknown).type() == std::filesystem::file_type::not_found;
+    };
+    const auto gone = std::ranges::count_if(summary.files, isGone);
+    return gone > summary.unreadable && gone < summary.fileCount() ? static_cast<int>(gone) : 0;
+}
+
 }  // namespace
+
+// One of the two.
+struct ModelController::Trained {
+    int gone = 0;
+    std::shared_ptr<SampleGenerator> generator;
+};
 
 ModelController::ModelController(const Environment& environment, ComputeDevices& devices)
     : Controller(environment), devices_(devices) {
@@ -189,16 +210,24 @@ void ModelController::train(const Returned& returned) {
     runInBackground(
         tasks_,
         [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
-         root = environment().modelsRoot, former = former()] {
+         root = environment().modelsRoot, looks = environment().looks, former = former()]() -> Trained {
+            if (looks->at(summary->directory).kind == Place::Kind::noAnswer)
+                throw Failure(Folders::noAnswer(toQString(summary->directory)).toStdString());
+            if (const int gone = goneFiles(*summary); gone > 0) return {.gone = gone, .generator = nullptr};
+            const auto folder = ModelStore::directory(*summary, root);
+            ModelStore::requireRoom(folder);
             ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
-            ModelStore::replace(bundle, ModelStore::directory(*summary, root), cancel,
-                                ModelStore::storingPatience, former);
-            return std::make_shared<SampleGenerator>(std::move(bundle), device->backend());
+            ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
+            return {.gone = 0,
+                    .generator = std::make_shared<SampleGenerator>(std::move(bundle), device->backend())};
         },
-        [this, returned, device](std::shared_ptr<SampleGenerator> generator) {
-            setGenerator(std::move(generator), device);
-            emit trainingFinished();
+        [this, returned, device](Trained trained) {
+            if (trained.generator) {
+                setGenerator(std::move(trained.generator), device);
+                emit trainingFinished();
+            }
             trainingEnded(returned);
+            if (trained.gone > 0) emit filesGone(trained.gone);
         },
         [this, returned](const TaskFailure& failure) {
             report(failure);
@@ -250,6 +279,14 @@ QDateTime ModelController::learnedAt() const {
     return QDateTime::fromSecsSinceEpoch(bundle()->metadata.trainedAt.time_since_epoch().count());
 }
 
+QString ModelController::trainedQuality() const {
+    if (!bundle()) return {};
+    const std::int64_t steps = bundle()->metadata.steps;
+    const auto* const quality = std::ranges::find(allQualities, steps, &QualityInfo::steps);
+    if (quality != allQualities.end()) return text(quality->label);
+    return steps == 1 ? QStringLiteral("1 step") : QStringLiteral("%1 steps").arg(steps);
+}
+
 QStringList ModelController::qualityLabels() const {
     QStringList labels;
     for (const QualityInfo& quality : allQualities)
@@ -296,6 +333,7 @@ bool ModelController::canTrain() const {
 QString ModelController::trainHint() const {
     if (!corpusIsChosen_) return QStringLiteral("Choose a corpus first.");
     if (summary_ && summary_->files.empty()) return QStringLiteral("No audio files found in this folder.");
+    if (!summary_ && !activity().isScanning) return QStringLiteral("This folder has not been scanned.");
     return {};
 }
 

@@ -31,6 +31,8 @@ class ModelController : public Controller {
     Q_PROPERTY(QString analysisLabel READ analysisLabel NOTIFY bundleChanged)      // of its profile
     Q_PROPERTY(QString clipSecondsText READ clipSecondsText NOTIFY bundleChanged)  // "1.5"
     Q_PROPERTY(QDateTime learnedAt READ learnedAt NOTIFY bundleChanged)            // local time
+    // How long it was trained: the label of a quality, or "250 steps".
+    Q_PROPERTY(QString trainedQuality READ trainedQuality NOTIFY bundleChanged)
     // Why the stored model of this corpus is not in use, with advice; empty otherwise.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
     // There is a problem, but none of the model itself: opening it again may do.
@@ -78,8 +80,9 @@ public:
     // There must be a model. It is as it is now, whatever becomes of the present one.
     [[nodiscard]] PreparedGenerator preparedGenerator();
 
-    // Trains a model of the corpus and stores it; the files of a stored one that cannot be used or opened are
-    // kept under another name. Does nothing without a summary and while something runs.
+    // Trains a model of the corpus and stores it, unless files of it are gone (filesGone); the files of a
+    // stored one that cannot be used or opened are kept under another name. Does nothing without a summary
+    // and while something runs.
     Q_INVOKABLE void train();
     // As train, for a run that is about to generate.
     void train(const Returned& returned);
@@ -92,6 +95,7 @@ public:
     [[nodiscard]] double clipSeconds() const;
     [[nodiscard]] QString clipSecondsText() const;
     [[nodiscard]] QDateTime learnedAt() const;
+    [[nodiscard]] QString trainedQuality() const;
     [[nodiscard]] QString problem() const { return problem_; }
     [[nodiscard]] bool isUnopened() const { return isUnopened_; }
 
@@ -131,9 +135,13 @@ signals:
     void progressed();
     // A training has ended well: something to announce.
     void trainingFinished();
+    // A training has not begun, because so many of the corpus's files are gone since they were counted.
+    void filesGone(int files);
 
 private:
     friend struct AppModelProbe;  // for tests
+
+    struct Trained;
 
     void setGenerator(std::shared_ptr<SampleGenerator> generator,
                       std::shared_ptr<network::ChosenDevice> device = nullptr);

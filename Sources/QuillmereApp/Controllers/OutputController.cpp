@@ -8,6 +8,7 @@
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/Labels.h"
+#include "QuillmereApp/FilePath.h"
 
 namespace quillmere {
 namespace {
@@ -17,13 +18,32 @@ using namespace std::chrono_literals;
 const QString folderKey = QStringLiteral("outputPath");
 const QString countKey = QStringLiteral("count");
 
-OutputController::Status statusOf(const QUrl& folder) {
-    const QFileInfo info(folder.toLocalFile());
-    if (info.isDir()) return OutputController::Exists;
-    return info.exists() ? OutputController::IsNoFolder : OutputController::WillBeCreated;
+OutputController::Status statusOf(Place::Kind kind) {
+    switch (kind) {
+        case Place::Kind::nothing:
+            return OutputController::WillBeCreated;
+        case Place::Kind::folder:
+            return OutputController::Exists;
+        case Place::Kind::file:
+            return OutputController::IsNoFolder;
+        case Place::Kind::noAnswer:
+            return OutputController::NoAnswer;
+    }
+    return OutputController::NoAnswer;
+}
+
+// Whether path is folder or something in it; both resolved.
+bool isWithin(const std::filesystem::path& path, const std::filesystem::path& folder) {
+    if (folder.empty()) return false;
+    return std::mismatch(folder.begin(), folder.end(), path.begin(), path.end()).first == folder.end();
 }
 
 }  // namespace
+
+struct OutputController::Seen {
+    Status status = NoFolder;
+    bool isInCorpus = false;
+};
 
 OutputController::OutputController(const Environment& environment, Preferences& preferences)
     : Controller(environment), preferences_(preferences) {
@@ -31,7 +51,8 @@ OutputController::OutputController(const Environment& environment, Preferences& 
     lookSoon_.setInterval(150ms);
     connect(&lookSoon_, &QTimer::timeout, this, &OutputController::look);
     if (const auto folder = preferences_.text(folderKey)) setFolderText(*folder);
-    if (const auto count = preferences_.integer(countKey); count && *count > 0) count_ = *count;
+    if (const auto count = preferences_.integer(countKey); count && *count > 0)
+        count_ = std::min(*count, countLimit);
 }
 
 OutputController::~OutputController() {
@@ -40,7 +61,14 @@ OutputController::~OutputController() {
 
 void OutputController::openChooser() {
     const auto start = folder();
-    emit chooserRequested(Folders::nearestExisting(start ? start->toLocalFile() : environment().homeFolder));
+    runInBackground(
+        tasks_,
+        [looks = environment().looks, home = toPath(environment().homeFolder),
+         path = toPath(start ? start->toLocalFile() : environment().homeFolder)] {
+            return looks->nearestFolder(path, home);
+        },
+        [this](const std::filesystem::path& nearest) { emit chooserRequested(toUrl(nearest)); },
+        [this](const TaskFailure& failure) { report(failure); });
 }
 
 void OutputController::setFolder(const QUrl& folder) {
@@ -48,8 +76,54 @@ void OutputController::setFolder(const QUrl& folder) {
         emit errorRaised(Folders::onlyLocal());
         return;
     }
-    setFolderText(QDir::cleanPath(folder.toLocalFile()));
+    setFolderText(Folders::plain(folder.toLocalFile()));
 }
+
+void OutputController::drop(const QList<QUrl>& urls) {
+    const Folders::Dropped dropped = Folders::dropped(urls);
+    if (!dropped.refusal.isEmpty()) {
+        emit notice(dropped.refusal);
+        return;
+    }
+    runInBackground(
+        tasks_, [looks = environment().looks, path = toPath(dropped.path)] { return looks->at(path).kind; },
+        [this, path = dropped.path](Place::Kind kind) {
+            const QString refusal = Folders::refusal(kind, path);
+            refusal.isEmpty() ? setFolderText(path) : emit notice(refusal);
+        },
+        [this](const TaskFailure& failure) { report(failure); });
+}
+
+// ---- The corpus
+
+void OutputController::setCorpus(const QUrl& corpus) {
+    if (corpus == corpus_) return;
+    corpus_ = corpus;
+    emit suggestionChanged();
+    if (folderText_.trimmed().isEmpty() || folderText_ == suggested_) {
+        useSuggestion();
+    } else if (Folders::typed(folderText_, environment().homeFolder) ==
+               Folders::typed(suggestion(), environment().homeFolder)) {
+        suggested_ = folderText_;  // of the last start: it goes with the corpus, too
+    }
+    look();
+}
+
+QString OutputController::suggestion() const {
+    if (corpus_.isEmpty()) return {};
+    const QFileInfo corpus(QDir::cleanPath(corpus_.toLocalFile()));
+    const QString beside =
+        corpus.path() + (corpus.path() == QLatin1String("/") ? QString() : QStringLiteral("/"));
+    return Folders::displayed(beside + corpus.fileName() + QStringLiteral(" variations"),
+                              environment().homeFolder);
+}
+
+void OutputController::useSuggestion() {
+    suggested_ = suggestion();
+    setFolderText(suggested_);
+}
+
+// ---- The folder
 
 void OutputController::setFolderText(const QString& text) {
     if (text == folderText_) return;
@@ -66,18 +140,32 @@ void OutputController::look() {
     const auto wanted = folder();
     if (!wanted) {
         assign(*this, status_, NoFolder, &OutputController::statusChanged);
+        assign(*this, isInCorpus_, false, &OutputController::isInCorpusChanged);
         return;
     }
     runInBackground(
-        tasks_, [folder = *wanted] { return statusOf(folder); },
-        [this, look](Status status) {
-            if (look == look_) assign(*this, status_, status, &OutputController::statusChanged);
+        tasks_,
+        [looks = environment().looks, folder = toPath(*wanted), corpus = corpus_] {
+            const Place place = looks->at(folder);
+            const bool isInCorpus =
+                !corpus.isEmpty() && isWithin(place.resolved, looks->at(toPath(corpus)).resolved);
+            return Seen{statusOf(place.kind), isInCorpus};
+        },
+        [this, look](const Seen& seen) {
+            if (look != look_) return;
+            assign(*this, status_, seen.status, &OutputController::statusChanged);
+            assign(*this, isInCorpus_, seen.isInCorpus, &OutputController::isInCorpusChanged);
         },
         [](const TaskFailure&) {});
 }
 
 void OutputController::remember(const QUrl& folder) {
     preferences_.setValue(folderKey, folder.toLocalFile());
+    preferences_.setValue(countKey, count_);
+}
+
+void OutputController::store() {
+    if (folderText_ != suggested_) preferences_.setValue(folderKey, folderText_);
     preferences_.setValue(countKey, count_);
 }
 
@@ -98,11 +186,8 @@ void OutputController::show(const QUrl& folder, const QList<QUrl>& files) {
 // ---- Values
 
 std::optional<QUrl> OutputController::folder() const {
-    QString path = folderText_.trimmed();
-    if (path.isEmpty()) return std::nullopt;
-    if (path == QLatin1String("~") || path.startsWith(QLatin1String("~/")))
-        path.replace(0, 1, environment().homeFolder);
-    return QUrl::fromLocalFile(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+    const QString path = Folders::typed(folderText_, environment().homeFolder);
+    return path.isEmpty() ? std::nullopt : std::optional(QUrl::fromLocalFile(path));
 }
 
 QString OutputController::chooserMessage() const {
@@ -110,7 +195,7 @@ QString OutputController::chooserMessage() const {
 }
 
 void OutputController::setCount(int count) {
-    assign(*this, count_, std::max(count, 1), &OutputController::countChanged);
+    assign(*this, count_, std::clamp(count, 1, countLimit), &OutputController::countChanged);
 }
 
 QStringList OutputController::formatLabels() const {

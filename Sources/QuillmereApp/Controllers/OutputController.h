@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QStringList>
 #include <QTimer>
 #include <QUrl>
@@ -20,7 +21,12 @@ class OutputController : public Controller {
     Q_PROPERTY(QString folderText READ folderText WRITE setFolderText NOTIFY folderTextChanged)
     Q_PROPERTY(Status status READ status NOTIFY statusChanged)
     Q_PROPERTY(QString chooserMessage READ chooserMessage CONSTANT)
-    Q_PROPERTY(int count READ count WRITE setCount NOTIFY countChanged)  // at least 1
+    // The folder is the corpus or in it: the next scan would find what is written there.
+    Q_PROPERTY(bool isInCorpus READ isInCorpus NOTIFY isInCorpusChanged)
+    // A folder beside the corpus, as people write it; empty without a corpus.
+    Q_PROPERTY(QString suggestion READ suggestion NOTIFY suggestionChanged)
+    Q_PROPERTY(int count READ count WRITE setCount NOTIFY countChanged)  // 1 ... mostVariations
+    Q_PROPERTY(int mostVariations READ mostVariations CONSTANT)
     Q_PROPERTY(QStringList formatLabels READ formatLabels CONSTANT)
     Q_PROPERTY(int formatIndex READ formatIndex WRITE setFormatIndex NOTIFY formatChanged)  // in formatLabels
 
@@ -30,8 +36,11 @@ public:
         WillBeCreated,  // nothing there yet
         Exists,         // a folder
         IsNoFolder,     // something else has that name
+        NoAnswer,       // nobody knows: the file system does not answer
     };
     Q_ENUM(Status)
+
+    static constexpr int countLimit = 1'000'000;
 
     // Restores folder and count from preferences, which must outlive it.
     OutputController(const Environment& environment, Preferences& preferences);
@@ -40,19 +49,31 @@ public:
     // Asks the window for a folder chooser (chooserRequested), which answers with setFolder.
     Q_INVOKABLE void openChooser();
     Q_INVOKABLE void setFolder(const QUrl& folder);
+    // Takes what was dropped if it is one folder; a notice says why it is not taken otherwise.
+    Q_INVOKABLE void drop(const QList<QUrl>& urls);
+    // Takes suggestion.
+    Q_INVOKABLE void useSuggestion();
+    // The folder that is learned; empty for none. While no folder has been set, the suggestion for it is.
+    void setCorpus(const QUrl& corpus);
     // Looks again for the folder, which other programs may have made or removed.
     void look();
     // folder and the count are those of the next start of the program.
     void remember(const QUrl& folder);
+    // The same of what is set now, as far as the user has set it.
+    void store();
     // Opens the platform's file manager at folder with these files selected.
     void show(const QUrl& folder, const QList<QUrl>& files);
 
     [[nodiscard]] QString folderText() const { return folderText_; }
     void setFolderText(const QString& text);
-    // The trimmed text with "~" expanded, as an absolute path; absent when blank.
+    // The trimmed text with "~" expanded, as an absolute path; absent when blank. A path between quotation
+    // marks and a file: URL are understood, too.
     [[nodiscard]] std::optional<QUrl> folder() const;
     [[nodiscard]] Status status() const { return status_; }
+    [[nodiscard]] bool isInCorpus() const { return isInCorpus_; }
+    [[nodiscard]] QString suggestion() const;
     [[nodiscard]] QString chooserMessage() const;
+    [[nodiscard]] int mostVariations() const { return countLimit; }
     [[nodiscard]] int count() const { return count_; }
     void setCount(int count);
     [[nodiscard]] QStringList formatLabels() const;
@@ -63,6 +84,8 @@ public:
 signals:
     void folderTextChanged();
     void statusChanged();
+    void isInCorpusChanged();
+    void suggestionChanged();
     void countChanged();
     void formatChanged();
     // The window is to open a folder chooser that starts at startFolder.
@@ -71,7 +94,12 @@ signals:
 private:
     friend struct AppModelProbe;  // for tests
 
+    struct Seen;
+
     Preferences& preferences_;
+    QUrl corpus_;
+    bool isInCorpus_ = false;
+    QString suggested_;  // what the program has put into the field
     QString folderText_;
     Status status_ = NoFolder;
     quint64 look_ = 0;  // number of the newest look

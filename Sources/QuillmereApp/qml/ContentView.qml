@@ -65,6 +65,17 @@ FocusScope {
         anchors.fill: parent
         color: Theme.window
     }
+    // A folder is taken wherever it is dropped. Below everything: what is above may have its own use for it.
+    DropArea {
+        id: anywhere
+        anchors.fill: parent
+        // What is dragged out of this window is no corpus.
+        onEntered: drag => drag.accepted = drag.hasUrls && drag.source === null
+        onDropped: drop => {
+            drop.acceptProposedAction();
+            content.app.corpus.drop(drop.urls);
+        }
+    }
     ErrorBanner {
         id: banner
         x: characterPane.x
@@ -108,6 +119,7 @@ FocusScope {
 
                 CorpusCard {
                     width: parent.width
+                    targeted: anywhere.containsDrag && content.app.corpus.canChoose
                     app: content.app
                 }
                 ModelCard {

@@ -6,8 +6,8 @@ Card {
     id: card
 
     required property AppModel app
-    // A folder is being dragged over the card.
-    readonly property bool targeted: drop.containsDrag && drop.welcome
+    // What would be dropped now would become the corpus.
+    property bool targeted: false
 
     objectName: "corpusCard"
     number: "1"
@@ -161,6 +161,21 @@ Card {
         ink: Theme.warning
         textColor: Theme.text
     }
+    Note {
+        width: card.bodyWidth
+        visible: card.app.corpus.variations > 0
+        iconName: "exclamationmark.triangle.fill"
+        text: card.app.corpus.variations === 1 ? "1 file is named like a variation made here. It is learned like the others." : card.app.corpus.variations + " files are named like variations made here. They are learned like the others."
+        ink: Theme.warning
+        textColor: Theme.text
+    }
+    ActionButton {
+        objectName: "scanAgain"
+        width: card.bodyWidth
+        visible: card.app.corpus.isChosen && !card.app.corpus.hasSummary && !card.app.corpus.isScanning
+        text: "Scan Again"
+        onClicked: card.app.corpus.scanAgain()
+    }
     Row {
         width: card.bodyWidth
         spacing: Theme.inner
@@ -207,26 +222,6 @@ Card {
             corpus: card.app.corpus
         }
     }
-    DropArea {
-        id: drop
-
-        // What is dragged is one folder of this computer.
-        property bool welcome: false
-
-        // The card's column lays out what it holds; this covers the card instead.
-        parent: card
-        anchors.fill: parent
-        enabled: card.app.corpus.canChoose
-        onEntered: drag => {
-            welcome = drag.hasUrls && drag.urls.length === 1 && card.app.isFolder(drag.urls[0]);
-            drag.accepted = welcome;
-        }
-        onDropped: drop => {
-            drop.acceptProposedAction();
-            card.app.corpus.choose(drop.urls[0]);
-        }
-    }
-
     component Dot: Label {
         text: "·"
         color: Theme.secondary

@@ -9,7 +9,8 @@ Card {
     // Of AppModel's OutputStatus
     readonly property bool willBeCreated: app.output.status === OutputController.WillBeCreated
     readonly property bool exists: app.output.status === OutputController.Exists
-    readonly property bool isNoFolder: app.output.status === OutputController.IsNoFolder
+    readonly property bool isUnusable: app.output.status === OutputController.IsNoFolder || app.output.status === OutputController.NoAnswer
+    readonly property string problem: app.output.status === OutputController.NoAnswer ? "This folder does not answer." : "This is a file, not a folder."
 
     number: "3"
     title: "Output"
@@ -33,27 +34,11 @@ Card {
                 objectName: "outputPath"
                 width: parent.width - chooser.width - parent.spacing
                 text: card.app.output.folderText
-                targeted: drop.containsDrag && drop.welcome
+                targeted: drop.containsDrag
                 tip: text
                 Accessible.name: "Output folder"
                 onTextEdited: card.app.output.folderText = text
                 onAccepted: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
-
-                DropArea {
-                    id: drop
-
-                    property bool welcome: false
-
-                    anchors.fill: parent
-                    onEntered: drag => {
-                        welcome = drag.hasUrls && drag.urls.length === 1 && card.app.isFolder(drag.urls[0]);
-                        drag.accepted = welcome;
-                    }
-                    onDropped: drop => {
-                        drop.acceptProposedAction();
-                        card.app.output.setFolder(drop.urls[0]);
-                    }
-                }
             }
             IconButton {
                 id: chooser
@@ -82,11 +67,27 @@ Card {
             Note {
                 y: longest.y
                 width: parent.width
-                iconName: card.isNoFolder ? "exclamationmark.triangle.fill" : card.willBeCreated ? "folder.badge.plus" : "folder"
-                text: card.willBeCreated ? "Folder will be created." : card.exists ? longest.text : card.isNoFolder ? "This is a file, not a folder." : "No folder chosen yet."
-                ink: card.isNoFolder ? Theme.warning : Theme.secondary
+                iconName: card.isUnusable ? "exclamationmark.triangle.fill" : card.willBeCreated ? "folder.badge.plus" : "folder"
+                text: card.willBeCreated ? "Folder will be created." : card.exists ? longest.text : card.isUnusable ? card.problem : "No folder chosen yet."
+                ink: card.isUnusable ? Theme.warning : Theme.secondary
             }
         }
+    }
+    Note {
+        width: card.bodyWidth
+        visible: card.app.output.isInCorpus
+        iconName: "exclamationmark.triangle.fill"
+        text: "This folder is in the corpus: the next scan finds what is written here, and the model no longer fits."
+        ink: Theme.warning
+        textColor: Theme.text
+    }
+    ActionButton {
+        objectName: "useSuggestion"
+        width: card.bodyWidth
+        visible: card.app.output.isInCorpus
+        text: "Use a Folder Beside It"
+        tip: card.app.output.suggestion
+        onClicked: card.app.output.useSuggestion()
     }
     Row {
         width: card.bodyWidth
@@ -104,6 +105,7 @@ Card {
             SpinBox {
                 objectName: "count"
                 label: "Variations"
+                to: card.app.output.mostVariations
                 value: card.app.output.count
                 onValueModified: card.app.output.count = value
             }
@@ -125,6 +127,18 @@ Card {
                 currentIndex: card.app.output.formatIndex
                 onActivated: index => card.app.output.formatIndex = index
             }
+        }
+    }
+    DropArea {
+        id: drop
+
+        // The card's column lays out what it holds; this covers the card instead.
+        parent: card
+        anchors.fill: parent
+        onEntered: drag => drag.accepted = drag.hasUrls && drag.source === null
+        onDropped: drop => {
+            drop.acceptProposedAction();
+            card.app.output.drop(drop.urls);
         }
     }
 }

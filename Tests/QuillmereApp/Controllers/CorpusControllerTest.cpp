@@ -238,9 +238,11 @@ private slots:
         CorpusController& corpus = opener.corpus;
         QSignalSpy chooser(&corpus, &CorpusController::chooserRequested);
         corpus.openChooser();
+        QTRY_COMPARE(chooser.count(), 1);
         QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
         prepare(corpus, world.makeCorpus("kits/corpus"));
         corpus.openChooser();
+        QTRY_COMPARE(chooser.count(), 1);
         QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("kits"));
         QCOMPARE(corpus.chooserMessage(), QStringLiteral("Choose the folder of audio samples to learn from"));
     }
@@ -358,9 +360,171 @@ private slots:
         world.writePreferences("corpusPath=" + world.path("gone").toUtf8() + "\n");
         Opener opener(world);
         opener.corpus.restore();
+        QVERIFY(waitUntilScanned(opener.corpus));
         QVERIFY(!opener.corpus.isChosen());
-        QVERIFY(!opener.corpus.isScanning());
+        QCOMPARE(opener.corpus.name(), QString());
         QCOMPARE(opener.told.error, QString());
+    }
+
+    void aFolderOfTheLastTimeThatIsAFileNowIsToldOf() {
+        TestWorld world;
+        TestWorld::write(world.path("file"), "x");
+        world.writePreferences("corpusPath=" + world.path("file").toUtf8() + "\n");
+        Opener opener(world);
+        opener.corpus.restore();
+        QVERIFY(waitUntilScanned(opener.corpus));
+        QCOMPARE(opener.told.error, world.path("file") + " is not a folder");
+    }
+
+    // ---- Folders that do not answer
+
+    void theStartDoesNotWaitForAFolderThatDoesNotAnswer() {
+        TestWorld world;
+        world.makeCorpus("dead");
+        world.cutOff("dead");
+        world.writePreferences("corpusPath=" + world.path("dead").toUtf8() + "\n");
+        Opener opener(world);
+        opener.corpus.restore();
+        QVERIFY(opener.corpus.isScanning());
+        QVERIFY(waitUntilScanned(opener.corpus));
+        QCOMPARE(opener.told.error,
+                 world.path("dead") + " does not answer. Check the drive or the network that it is on.");
+        QCOMPARE(opener.corpus.url(), world.url("dead"));
+    }
+
+    void noMoreThanOneLookWaitsForAFolderThatDoesNotAnswer() {
+        TestWorld world;
+        world.makeCorpus("dead");
+        world.cutOff("dead");
+        const QUrl alive = world.makeCorpus("alive");
+        Opener opener(world);
+        for (int i = 0; i < 50; ++i) {
+            opener.corpus.choose(world.url("dead"));
+            opener.corpus.drop({world.url("dead")});
+        }
+        opener.corpus.choose(alive);
+        QVERIFY(waitUntilScanned(opener.corpus));
+        QCOMPARE(opener.corpus.fileCount(), 3);
+        AppModelProbe::waitForWork(opener.corpus);
+        QCOMPARE(world.looksAtDead->load(), 1);
+    }
+
+    void theChooserStartsAtHomeWhereTheFolderDoesNotAnswer() {
+        TestWorld world;
+        world.makeCorpus("dead/corpus");
+        world.cutOff("dead");
+        Opener opener(world);
+        opener.corpus.choose(world.url("dead/corpus"));
+        QVERIFY(waitUntilScanned(opener.corpus));
+        QSignalSpy chooser(&opener.corpus, &CorpusController::chooserRequested);
+        opener.corpus.openChooser();
+        QTRY_COMPARE(chooser.count(), 1);
+        QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
+    }
+
+    // ---- Scanning again
+
+    void scansAgainAfterAScanThatWasCancelled() {
+        TestWorld world;
+        const QUrl folder = world.makeCorpus("corpus", 40, 0.01);
+        Gate gate;
+        gate.close();
+        world.environment.onProgress = [&gate](Run, std::int64_t) { gate.pass(); };
+        Opener opener(world);
+        CorpusController& corpus = opener.corpus;
+        QSignalSpy started(&corpus, &CorpusController::scanStarted);
+        corpus.scanAgain();
+        QVERIFY(!corpus.isScanning());
+        corpus.choose(folder);
+        corpus.cancelScan();
+        gate.open();
+        QVERIFY(waitUntilScanned(corpus));
+        QVERIFY(!corpus.hasSummary());
+        corpus.scanAgain();
+        QVERIFY(corpus.isScanning());
+        QVERIFY(waitUntilScanned(corpus));
+        QCOMPARE(corpus.fileCount(), 40);
+        QCOMPARE(started.count(), 2);
+        corpus.setActivity({.isTraining = true});
+        corpus.scanAgain();
+        QVERIFY(!corpus.isScanning());
+    }
+
+    // ---- Files of this program
+
+    void countsTheFilesThatAreNamedAsVariations() {
+        TestWorld world;
+        const QUrl folder = world.makeCorpus("corpus", 2);
+        for (const char* name : {"kick_var_0001.wav", "sub/kick_var_12345.wav", "kick_var_1.wav",
+                                 "kick_var_0002.flac", "kick_variation_0003.wav", "kick_var_0004.wav.wav"}) {
+            QDir().mkpath(world.path("corpus/sub"));
+            QVERIFY(QFile::copy(world.path("corpus/hit0.wav"), world.path(QStringLiteral("corpus/") + name)));
+        }
+        Opener opener(world);
+        prepare(opener.corpus, folder);
+        QCOMPARE(opener.corpus.variations(), 2);
+        prepare(opener.corpus, world.makeCorpus("other"));
+        QCOMPARE(opener.corpus.variations(), 0);
+    }
+
+    // ---- Links and drops
+
+    void theFolderAboveALinkIsThatOfWhatItLeadsTo() {
+        TestWorld world;
+        world.makeCorpus("far", 5);
+        QDir().mkpath(world.path("far/away"));
+        QVERIFY(QFile::link(world.path("far/away"), world.path("link")));
+        Opener opener(world);
+        opener.corpus.choose(QUrl::fromLocalFile(world.path("link") + "/.."));
+        QVERIFY(waitUntilScanned(opener.corpus));
+        QCOMPARE(opener.told.error, QString());
+        QCOMPARE(opener.corpus.fileCount(), 5);
+        QCOMPARE(opener.corpus.name(), QStringLiteral("far"));
+    }
+
+    void takesADroppedFolder() {
+        TestWorld world;
+        const QUrl folder = world.makeCorpus("dropped");
+        Opener opener(world);
+        opener.corpus.drop({folder});
+        QTRY_COMPARE(opener.corpus.url(), folder);
+        QVERIFY(waitUntilScanned(opener.corpus));
+        QVERIFY(opener.told.notices.isEmpty());
+    }
+
+    void saysWhyADropIsNotTaken_data() {
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("file") << QStringList{"corpus/hit0.wav"}
+                              << "This is a file, not a folder. Drop the folder that holds it.";
+        QTest::newRow("several") << QStringList{"corpus", "home"}
+                                 << "Drop one folder: the one that holds the samples.";
+        QTest::newRow("text") << QStringList{} << "Drop one folder: the one that holds the samples.";
+        QTest::newRow("nothing") << QStringList{"none"} << "There is no folder %1.";
+    }
+    void saysWhyADropIsNotTaken() {
+        QFETCH(QStringList, names);
+        QFETCH(QString, reason);
+        TestWorld world;
+        world.makeCorpus("corpus");
+        Opener opener(world);
+        QList<QUrl> urls;
+        for (const QString& name : names)
+            urls.append(world.url(name));
+        opener.corpus.drop(urls);
+        if (reason.contains("%1")) reason = reason.arg(world.path(names.first()));
+        QTRY_COMPARE(opener.told.notices, QStringList{reason});
+        QVERIFY(!opener.corpus.isChosen());
+        QCOMPARE(opener.told.error, QString());
+    }
+
+    void aDropWhileTrainingHasToWait() {
+        TestWorld world;
+        const QUrl folder = world.makeCorpus("corpus");
+        Opener opener(world);
+        opener.corpus.setActivity({.isTraining = true});
+        opener.corpus.drop({folder});
+        QCOMPARE(opener.told.notices, QStringList{Activity::waitNotice()});
     }
 };
 

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "QuillmereApp/Controllers/ModelController.h"
 #include "QuillmereApp/Support/AppModelProbe.h"
@@ -501,9 +502,13 @@ private slots:
         QSignalSpy changed(&model, &ModelController::canTrainChanged);
         QVERIFY(!model.canTrain());
         QCOMPARE(model.trainHint(), QStringLiteral("Choose a corpus first."));
-        model.setCorpus(true, nullptr);  // being scanned
+        model.setActivity({.isScanning = true});
+        model.setCorpus(true, nullptr);
         QVERIFY(!model.canTrain());
         QCOMPARE(model.trainHint(), QString());
+        model.setActivity({});
+        QVERIFY(!model.canTrain());
+        QCOMPARE(model.trainHint(), QStringLiteral("This folder has not been scanned."));
         model.setCorpus(true, std::make_shared<const CorpusSummary>());
         QVERIFY(!model.canTrain());
         QCOMPARE(model.trainHint(), QStringLiteral("No audio files found in this folder."));
@@ -513,6 +518,39 @@ private slots:
         model.setActivity({.isAuditioning = true});
         QVERIFY(!model.canTrain());
         QCOMPARE(changed.count(), 1);
+    }
+
+    void tellsHowLongTheModelWasTrained() {
+        TestWorld world;
+        world.steps = 1;
+        Learner learner(world);
+        const QUrl corpus = world.makeCorpus("corpus");
+        QCOMPARE(learner.model.trainedQuality(), QString());
+        learner.openTrained(corpus);
+        QCOMPARE(learner.model.trainedQuality(), QStringLiteral("1 step"));
+        ModelBundle bundle = *learner.model.bundle();
+        const auto folder = ModelStore::directory(*learner.summary, world.environment.modelsRoot);
+        for (const auto& [steps, label] : {std::pair(800, "Quick"), std::pair(2000, "Standard"),
+                                           std::pair(5000, "Thorough"), std::pair(801, "801 steps")}) {
+            bundle.metadata.steps = steps;
+            ModelStore::replace(bundle, folder);
+            learner.open(corpus);
+            QCOMPARE(learner.model.trainedQuality(), QString::fromLatin1(label));
+        }
+    }
+
+    // Minutes of training would be for nothing.
+    void aFolderWhoseNameLeavesNoRoomForAModelIsToldOfBeforeTheTraining() {
+        TestWorld world;
+        Learner learner(world);
+        learner.open(world.makeCorpus(QString(250, QLatin1Char('n'))));
+        bool hasBegun = false;
+        connect(&learner.model, &ModelController::progressed, &learner.model,
+                [&] { hasBegun = hasBegun || learner.model.message() != QStringLiteral("Starting…"); });
+        learner.model.train();
+        QVERIFY(waitUntilLearned(learner.model));
+        QVERIFY(learner.told.error.startsWith("The name of this folder is too long"));
+        QVERIFY(!hasBegun);
     }
 
     void trainingIsRefusedWhileSomethingElseRuns() {

@@ -1,5 +1,6 @@
 // Where the variations go, how many, and in which format.
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QThread>
 #include <atomic>
@@ -68,18 +69,159 @@ private slots:
         Preferences preferences(world.environment.settingsFile);
         OutputController output(world.environment, preferences);
         QSignalSpy chooser(&output, &OutputController::chooserRequested);
-        output.openChooser();
-        QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
+        const auto start = [&] {
+            output.openChooser();
+            return QTest::qWaitFor([&] { return chooser.count() > 0; }) ? chooser.takeFirst().at(0).toUrl()
+                                                                        : QUrl();
+        };
+        QCOMPARE(start(), world.url("home"));
         output.setFolderText(world.path("home"));
-        output.openChooser();
-        QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
+        QCOMPARE(start(), world.url("home"));
         output.setFolderText(world.path("home/not/there"));
-        output.openChooser();
-        QCOMPARE(chooser.takeFirst().at(0).toUrl(), world.url("home"));
+        QCOMPARE(start(), world.url("home"));
         output.setFolder(world.url("home/chosen"));
         QCOMPARE(output.folderText(), world.path("home/chosen"));
         QCOMPARE(output.chooserMessage(),
                  QStringLiteral("Choose a folder for the generated samples — use New Folder to create one"));
+    }
+
+    void understandsWhatPeoplePaste_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("path");
+        QTest::newRow("url") << "file:///a/b%20c"
+                             << "/a/b c";
+        QTest::newRow("url with blanks") << "file:///a/b c"
+                                         << "/a/b c";
+        QTest::newRow("quoted") << " \"/a/b c\" "
+                                << "/a/b c";
+        QTest::newRow("single") << "'/a/b'"
+                                << "/a/b";
+        QTest::newRow("apostrophe") << "/a/it's"
+                                    << "/a/it's";
+        QTest::newRow("half") << "\"/a" << QDir::current().absoluteFilePath("\"/a");
+        QTest::newRow("empty quotes") << "\"\""
+                                      << "";
+        QTest::newRow("slashes") << "/a//b/./c/"
+                                 << "/a/b/c";
+        QTest::newRow("dots") << "/a/link/../b"
+                              << "/a/link/../b";
+    }
+    void understandsWhatPeoplePaste() {
+        QFETCH(QString, text);
+        QFETCH(QString, path);
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        output.setFolderText(text);
+        QCOMPARE(output.folder().value_or(QUrl()).toLocalFile(), path);
+        QCOMPARE(output.folderText(), text);
+    }
+
+    // ---- The corpus
+
+    void suggestsAFolderBesideTheCorpusUntilOneIsSet() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        QCOMPARE(output.suggestion(), QString());
+        output.setCorpus(world.url("home/kits/Kicks"));
+        QCOMPARE(output.folderText(), QStringLiteral("~/kits/Kicks variations"));
+        QVERIFY(!QFileInfo::exists(world.path("home/kits")));
+        output.setCorpus(world.url("Snares"));
+        QCOMPARE(output.folderText(), world.path("Snares variations"));
+        output.setCorpus({});
+        QCOMPARE(output.folderText(), QString());
+        output.setFolderText("/my/own");
+        output.setCorpus(world.url("Kicks"));
+        QCOMPARE(output.folderText(), QStringLiteral("/my/own"));
+        output.useSuggestion();
+        QCOMPARE(output.folderText(), world.path("Kicks variations"));
+    }
+
+    void aSuggestionThatNobodyHasUsedIsNotStored() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        output.setCorpus(world.url("Kicks"));
+        output.store();
+        QVERIFY(!preferences.text("outputPath"));
+        output.setFolderText("~/typed");
+        output.store();
+        QCOMPARE(preferences.text("outputPath"), QStringLiteral("~/typed"));
+    }
+
+    void aSuggestionOfTheLastTimeGoesWithTheCorpus() {
+        TestWorld world;
+        world.writePreferences("outputPath=" + world.path("home/Kicks variations").toUtf8() + "\n");
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        output.setCorpus(world.url("home/Kicks"));
+        QCOMPARE(output.folderText(), world.path("home/Kicks variations"));
+        output.setCorpus(world.url("home/Snares"));
+        QCOMPARE(output.folderText(), QStringLiteral("~/Snares variations"));
+    }
+
+    void saysThatTheFolderIsTheCorpusOrInIt() {
+        TestWorld world;
+        world.makeCorpus("corpus");
+        QDir().mkpath(world.path("corpus/sub"));
+        QDir().mkpath(world.path("corpus too"));
+        QVERIFY(QFile::link(world.path("corpus/sub"), world.path("link")));
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        output.setCorpus(world.url("corpus"));
+        for (const char* name : {"corpus", "corpus/sub", "corpus/new/folder", "link", "link/new"}) {
+            output.setFolderText(world.path("corpus too"));
+            QTRY_VERIFY(!output.isInCorpus());
+            output.setFolderText(world.path(name));
+            QTRY_VERIFY2(output.isInCorpus(), name);
+        }
+        output.useSuggestion();
+        QTRY_VERIFY(!output.isInCorpus());
+    }
+
+    // ---- Folders that do not answer
+
+    void aFolderThatDoesNotAnswerIsToldOfAndLookedAtOnce() {
+        TestWorld world;
+        world.cutOff("dead");
+        QElapsedTimer clock;
+        {
+            Preferences preferences(world.environment.settingsFile);
+            OutputController output(world.environment, preferences);
+            output.setFolderText(world.path("dead"));
+            QTRY_COMPARE(output.status(), OutputController::NoAnswer);
+            for (int i = 0; i < 50; ++i)
+                output.look();
+            output.setFolderText(world.path("home"));
+            QTRY_COMPARE(output.status(), OutputController::Exists);
+            QCOMPARE(world.looksAtDead->load(), 1);
+            clock.start();
+        }
+        QVERIFY(clock.elapsed() < 10000);  // nothing waits for the dead
+    }
+
+    void takesADroppedFolderAndSaysWhyItTakesNothingElse() {
+        TestWorld world;
+        TestWorld::write(world.path("file"), "x");
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        const Told told(output);
+        output.drop({world.url("home")});
+        QTRY_COMPARE(output.folderText(), world.path("home"));
+        output.drop({world.url("file")});
+        QTRY_COMPARE(told.notices.size(), 1);
+        QCOMPARE(output.folderText(), world.path("home"));
+    }
+
+    void theCountHasALimit() {
+        TestWorld world;
+        world.writePreferences("count=2000000000\n");
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        QCOMPARE(output.count(), output.mostVariations());
+        output.setCount(20000);
+        QCOMPARE(output.count(), 20000);
     }
 
     void theCountIsAtLeastOne() {

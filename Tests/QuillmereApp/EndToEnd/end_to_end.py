@@ -132,6 +132,10 @@ class Story:
               "the model is stored")
 
     def generate(self):
+        self.screen.wait("Output folder", "text").click()
+        press("ctrl+a")
+        press("Delete")
+        self.screen.wait("No folder chosen yet.")
         press("ctrl+g")
         message = self.screen.wait("Message", "text")
         check(message.text() == "Choose an output folder first.", f"the banner says {message.text()}")

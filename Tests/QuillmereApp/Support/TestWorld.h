@@ -10,6 +10,7 @@
 #include <QTimer>
 #include <QUrl>
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -18,6 +19,8 @@
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/FolderLooks.h"
+#include "QuillmereApp/Support/Gate.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "Support/FakeMachine.h"
 #include "Support/Signals.h"
@@ -97,6 +100,25 @@ public:
         QDir(folder_.path()).mkpath("home");
     }
 
+    ~TestWorld() { dead_->open(); }
+    TestWorld(const TestWorld&) = delete;
+    TestWorld& operator=(const TestWorld&) = delete;
+
+    // From now on the folder and all in it do not answer, as on a mount whose server is gone. Models made
+    // later notice; they give up after that long.
+    void cutOff(const QString& name, std::chrono::milliseconds patience = std::chrono::milliseconds(50)) {
+        dead_->close();
+        const auto look = [dead = dead_, folder = toPath(path(name)),
+                           looks = looksAtDead](const std::filesystem::path& asked) {
+            if (asked.native().starts_with(folder.native())) {
+                ++*looks;
+                dead->pass();
+            }
+            return FolderLooks::onDisk(asked);
+        };
+        environment.looks = std::make_shared<FolderLooks>(look, patience);
+    }
+
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
     [[nodiscard]] QUrl url(const QString& name) const { return QUrl::fromLocalFile(path(name)); }
 
@@ -148,6 +170,8 @@ public:
     QUrl shownFolder;
     QList<QUrl> shownFiles;
     bool hasFileManager = true;
+    // How often somebody has looked at what cutOff has cut off.
+    std::shared_ptr<std::atomic<int>> looksAtDead = std::make_shared<std::atomic<int>>(0);
 
 private:
     [[nodiscard]] TrainingOptions tiny(TrainingOptions options) const {
@@ -158,6 +182,7 @@ private:
     }
 
     QTemporaryDir folder_;
+    std::shared_ptr<Gate> dead_ = std::make_shared<Gate>();  // outlives this for threads that are left behind
 };
 
 // Compiles a network for the device that the model has chosen, as work in the background does.

@@ -69,6 +69,8 @@ public:
     Q_INVOKABLE void letModelsGo();
     // How many of the window's keyboard shortcuts would act.
     Q_INVOKABLE [[nodiscard]] int countShortcuts(QQuickItem* any) const;
+    // For programs that start later the folder does not answer.
+    Q_INVOKABLE void cutOff(const QString& name) { world_->cutOff(name); }
     // Spoils every stored model.
     Q_INVOKABLE void damageModels();
 

@@ -154,6 +154,11 @@ TestCase {
         idle();
         compare(app.generation.results.count, count);
     }
+    // A generation that ends in the error banner.
+    function generateNowhere() {
+        app.output.folderText = "";
+        app.generation.generate();
+    }
     // A generation that goes on until it is cancelled.
     function startGenerating() {
         trained();

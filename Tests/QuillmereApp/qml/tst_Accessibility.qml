@@ -34,7 +34,7 @@ WindowCase {
     }
     function test_withAnErrorAndADialog() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         click("savePreset");
         tryVerify(() => has("presetName"), limit);
         verifyAllNamed();

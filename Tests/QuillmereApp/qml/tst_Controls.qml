@@ -119,7 +119,7 @@ WindowCase {
 
     function failed() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         tryVerify(() => has("errorBanner"), limit);
     }
     function rows(): var {

@@ -150,7 +150,7 @@ WindowCase {
     }
     function test_aNoticeLeavesAnErrorInView() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         verifySeen("Choose an output folder first.");
         Stage.refuseNetworks("The card is full.");
         verifySeen("The card is full. The processor is used instead.");

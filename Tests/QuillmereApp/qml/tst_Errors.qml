@@ -9,7 +9,7 @@ WindowCase {
     function test_bannerComesAndGoes() {
         verify(!has("errorBanner"));
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         verifySeen("Choose an output folder first.");
         mouseClick(item("dismissError"));
         tryVerify(() => !has("errorBanner"), limit);
@@ -17,20 +17,20 @@ WindowCase {
     }
     function test_copy() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         click("copyError");
         compare(Stage.clipboard(), "Choose an output folder first.");
     }
     function test_escapeDismisses() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         tryVerify(() => has("errorBanner"), limit);
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("errorBanner"), limit);
     }
     function test_messageCanBeSelected() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         focusOn("errorMessage");
         keyClick(Qt.Key_A, Qt.ControlModifier);
         compare(item("errorMessage").selectedText, "Choose an output folder first.");
@@ -52,7 +52,7 @@ WindowCase {
     }
     function test_bannerIsAnnounced() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         tryVerify(() => Stage.accessibleNames(window.contentItem).includes("AlertMessage Something went wrong"), limit);
         // The platform announces an alert with its description when it appears.
         compare(item("errorBanner").Accessible.description, "Choose an output folder first.");

@@ -80,7 +80,7 @@ WindowCase {
     }
     function test_error() {
         scanned(3);
-        app.generation.generate();
+        generateNowhere();
         verifyAllSizes();
     }
     function test_longNames() {
@@ -149,7 +149,7 @@ WindowCase {
         scanned(12);
         const name = "outputPath";
         const place = item(name).mapToItem(null, 0, 0);
-        app.generation.generate();
+        generateNowhere();
         tryVerify(() => has("errorBanner"), limit);
         settle();
         compare(item(name).mapToItem(null, 0, 0), place);

@@ -6,6 +6,10 @@ import QuillmereStage
 WindowCase {
     name: "Model"
 
+    function test_qualityOfTheModelStandsBesideItsDate() {
+        trained();
+        verify(seesMatch(/ s per sample · trained .* · 2 steps$/));
+    }
     function test_qualityByMouse_data() {
         return [0, 1, 2].map(index => ({
                         "tag": "quality-" + index,

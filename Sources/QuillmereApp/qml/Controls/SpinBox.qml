@@ -24,18 +24,22 @@ T.SpinBox {
     font.pixelSize: Theme.textSize
     inputMethodHints: Qt.ImhDigitsOnly
     textFromValue: value => String(value)
-    valueFromText: text => Number.parseInt(text, 10) || from
+    // What is no whole number changes nothing: "7.5" is neither 7 nor 75.
+    valueFromText: text => {
+        Qt.callLater(input.restore);
+        return /^\s*\+?[0-9]+\s*$/.test(text) ? Math.min(Number(text), to) : value;
+    }
 
     Accessible.role: Accessible.SpinBox
     Accessible.name: label
     Accessible.description: tip
 
-    validator: IntValidator {
-        bottom: control.from
-        top: control.to
-        locale: "C"
+    // A validator of numbers would drop single letters of other texts and leave other numbers.
+    validator: RegularExpressionValidator {
+        regularExpression: /.*/
     }
     contentItem: TextInput {
+        id: input
         objectName: control.objectName + "Input"
         text: control.displayText
         font: control.font
@@ -48,6 +52,10 @@ T.SpinBox {
         readOnly: !control.editable
         validator: control.validator
         inputMethodHints: control.inputMethodHints
+        // What is shown is what has been taken.
+        function restore() {
+            text = Qt.binding(() => control.displayText);
+        }
         onActiveFocusChanged: if (activeFocus)
             selectAll()
 
