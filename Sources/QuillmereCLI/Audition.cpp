@@ -60,7 +60,7 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFile(output);
     ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
-    const ClipSounds sounds = ClipSounds::inFolder(bundle, corpus.summary);
+    const ClipSounds sounds = soundsFor(options.parameters.detail(), bundle, corpus);
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
 
     WorkProgress work;

@@ -7,6 +7,10 @@
 
 namespace quillmere::cli {
 
+ClipSounds soundsFor(double detail, const ModelBundle& bundle, const KnownCorpus& corpus) {
+    return detail > 0 ? ClipSounds::find(bundle, corpus.summary, corpus.modelFolder) : ClipSounds();
+}
+
 void DetailReport::count(const SampleOrigin& origin) {
     ++variations_;
     if (origin.detailBasis == DetailBasis::noise) ++withNoise_;
@@ -15,7 +19,10 @@ void DetailReport::count(const SampleOrigin& origin) {
 void DetailReport::print(Console& console) const {
     if (!(amount_ > 0)) return;
     const std::string amount = "Detail " + Text::fixed(amount_, 2);
-    if (withNoise_ < variations_) console.print(amount + " from the learned samples.");
+    if (withNoise_ < variations_)
+        console.print(amount + (origin_ == ClipSounds::Origin::model
+                                    ? " from the samples that were kept with the model."
+                                    : " from the learned samples."));
     if (withNoise_ == 0) return;
     console.note(origin_ == ClipSounds::Origin::none
                      ? "Note: the folder no longer holds what was learned, so noise stands in for the detail "

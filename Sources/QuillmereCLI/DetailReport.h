@@ -4,10 +4,14 @@
 #include <span>
 
 #include "QuillmereCLI/Console.h"
+#include "QuillmereCLI/Learning.h"
 #include "QuillmereCore/Generate/Generator.h"
 
 // What the commands that generate say of --detail.
 namespace quillmere::cli {
+
+// The sounds of a corpus's model, if so much detail needs any. Throws FileError.
+[[nodiscard]] ClipSounds soundsFor(double detail, const ModelBundle& bundle, const KnownCorpus& corpus);
 
 // What the fine structure of a number of variations is from.
 class DetailReport {

@@ -154,7 +154,7 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFolder(request.outputDirectory);
     ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
-    const ClipSounds sounds = ClipSounds::inFolder(bundle, corpus.summary);
+    const ClipSounds sounds = soundsFor(request.detail, bundle, corpus);
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
     const auto files = generateFiles(generator, request, console, progress, cancel);
     progress.finish();

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Generate/Detail/ClipSounds.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -41,6 +42,20 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, net
     progress.report(work);
     ModelStore::replace(bundle, corpus.modelFolder, cancel.token());
     return bundle;
+}
+
+std::uint64_t keepSounds(const KnownCorpus& corpus, const ModelBundle& bundle, ProgressLine& progress,
+                         const CancelFlag& cancel) {
+    WorkProgress work;
+    work.phase = "saving";
+    work.message = "Saving the sounds…";
+    work.fraction = 1;
+    progress.report(work);
+    const ClipSounds sounds = ClipSounds::inFolder(bundle, corpus.summary);
+    const std::string content = sounds.toKeep(bundle, cancel.token());
+    ModelStore::replace(bundle, corpus.modelFolder, cancel.token(), ModelStore::storingPatience,
+                        ModelStore::Former::replaced, content);
+    return content.size();
 }
 
 ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {

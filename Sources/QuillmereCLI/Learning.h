@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -31,6 +32,11 @@ struct KnownCorpus {
 [[nodiscard]] ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options,
                                 network::ChosenDevice& device, ProgressLine& progress,
                                 const CancelFlag& cancel);
+
+// Stores the corpus's sounds with its model, which is there already. Gives the bytes that they take. Throws
+// as ClipSounds::read and ModelStore::replace; the model stays as it is then.
+[[nodiscard]] std::uint64_t keepSounds(const KnownCorpus& corpus, const ModelBundle& bundle,
+                                       ProgressLine& progress, const CancelFlag& cancel);
 
 // The stored model. A damaged one fails with a note on how to replace it.
 [[nodiscard]] ModelBundle loadModel(const KnownCorpus& corpus, Console& console);

@@ -1,4 +1,8 @@
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -7,6 +11,8 @@
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/StartOption.h"
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Model/KeptSounds.h"
+#include "QuillmereCore/Model/Training/ClipReading.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Text.h"
@@ -47,6 +53,7 @@ struct TrainOptions {
     std::optional<std::uint64_t> seed;
     StartOption start;
     bool retrain = false;
+    bool keepSounds = false;
     bool json = false;
 
     void addTo(CLI::App& app) {
@@ -72,6 +79,8 @@ struct TrainOptions {
         compute.addTo(app);
         models.addTo(app);
         app.add_flag("--retrain", retrain, "Train even if a model is stored, and replace it");
+        app.add_flag("--keep-sounds", keepSounds,
+                     "Keep the samples with the model, for --detail when the folder is gone or has changed");
         addJSON(app, json);
     }
 
@@ -114,16 +123,41 @@ JSON modelJSON(const KnownCorpus& corpus, const ModelBundle& bundle, bool traine
     return result;
 }
 
-void reportStored(const KnownCorpus& corpus, const ModelBundle& bundle, Console& console) {
+// At most what the sounds of a corpus can take: nobody knows yet which length each is cut to.
+std::uint64_t mostSoundBytes(const CorpusSummary& corpus, const TrainOptions& options) {
+    const int rate = corpus.dominantSampleRate();
+    const ModelTrainer::ClipNeeds needs = ModelTrainer::needsOf(options.training(), rate);
+    double samples = 0;
+    for (const double seconds : corpus.durations)
+        samples += std::min(std::ceil(seconds * rate), static_cast<double>(needs.keptSamples));
+    return KeptSounds::size(corpus.files.size(), static_cast<std::uint64_t>(samples));
+}
+
+void announceSounds(const CorpusSummary& corpus, const TrainOptions& options, ProgressLine& progress,
+                    Console& console) {
+    progress.finish();
+    console.print("The sounds will take up to " + byteSize(mostSoundBytes(corpus, options)) +
+                  " with the model.");
+}
+
+void reportKept(std::optional<std::uint64_t> bytes, Console& console) {
+    if (bytes) console.print("The sounds are kept with the model (" + byteSize(*bytes) + ").");
+}
+
+void reportStored(const KnownCorpus& corpus, const ModelBundle& bundle,
+                  std::optional<std::uint64_t> soundBytes, Console& console) {
     console.print("A model of this folder is stored already, trained " +
                   ModelStore::isoDate(bundle.metadata.trainedAt) + " with " +
                   counted(bundle.metadata.steps, "step", "steps") + ".");
     console.print("Use --retrain to replace it.");
-    console.emit(modelJSON(corpus, bundle, false));
+    reportKept(soundBytes, console);
+    JSON result = modelJSON(corpus, bundle, false);
+    if (soundBytes) result["soundBytes"] = *soundBytes;
+    console.emit(result);
 }
 
-void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const ProgressLine& progress,
-                   Console& console) {
+void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle,
+                   std::optional<std::uint64_t> soundBytes, const ProgressLine& progress, Console& console) {
     console.print(learnedText(bundle));
     if (const std::string leftOut = leftOutText(corpus, bundle); !leftOut.empty()) console.print(leftOut);
     console.print("Loss " + Text::fixed(static_cast<double>(bundle.metadata.finalLoss), 5) +
@@ -131,10 +165,12 @@ void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle, const P
                   Text::fixed(static_cast<double>(bundle.metadata.finalReconstructionError), 5) + " after " +
                   counted(bundle.metadata.steps, "step", "steps") + ".");
     console.print("Stored in " + shownPath(corpus.modelFolder) + ".");
+    reportKept(soundBytes, console);
     console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
     console.print("Next: quillmere-cli generate " + corpus.arguments + " --output FOLDER");
 
     JSON result = modelJSON(corpus, bundle, true);
+    if (soundBytes) result["soundBytes"] = *soundBytes;
     result["seconds"] = progress.timesJSON();
     console.emit(result);
 }
@@ -143,15 +179,19 @@ void train(const TrainOptions& options, Console& console, const CancelFlag& canc
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
-    if (corpus.hasModel() && !options.retrain) {
-        const ModelBundle bundle = loadModel(corpus, console);
-        progress.finish();
-        reportStored(corpus, bundle, console);
-        return;
-    }
-    const ModelBundle bundle = learn(corpus, options.training(), compute.device(), progress, cancel);
+    if (options.keepSounds) announceSounds(corpus.summary, options, progress, console);
+    const bool isStored = corpus.hasModel() && !options.retrain;
+    const ModelBundle bundle = isStored
+                                   ? loadModel(corpus, console)
+                                   : learn(corpus, options.training(), compute.device(), progress, cancel);
+    std::optional<std::uint64_t> soundBytes;
+    if (options.keepSounds) soundBytes = keepSounds(corpus, bundle, progress, cancel);
     progress.finish();
-    reportTrained(corpus, bundle, progress, console);
+    if (isStored) {
+        reportStored(corpus, bundle, soundBytes, console);
+    } else {
+        reportTrained(corpus, bundle, soundBytes, progress, console);
+    }
 }
 
 }  // namespace

@@ -86,6 +86,38 @@ TEST_F(DetailOption, NoiseStandsInForSamplesThatHaveChanged) {
     EXPECT_EQ(result["files"][0]["detail"], "noise");
 }
 
+TEST_F(DetailOption, KeptSoundsServeWhenTheFolderHasChanged) {
+    const Outcome trained = runCommand(trainArguments({"--keep-sounds", "--json"}));
+    ASSERT_EQ(trained.exitCode, 0) << trained.err;
+    const cli::JSON training = trained.event("result");
+    EXPECT_EQ(training["trained"], false);  // the stored model stays, with its sounds
+    EXPECT_EQ(training["soundBytes"], fs::file_size(modelFolder() / "sounds.bin"));
+    ASSERT_EQ(audition({"--detail", "1"}).exitCode, 0);
+    const std::string fromFolder = sound();
+
+    fs::rename(corpus / "two.wav", corpus / "zwei.wav");
+    adoptModel();
+    const Outcome outcome = audition({"--detail", "1"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("from the samples that were kept with the model"), std::string::npos)
+        << outcome.out;
+    const std::string fromModel = sound();
+    EXPECT_EQ(fromModel.size(), fromFolder.size());
+    EXPECT_EQ(audition({"--detail", "1", "--json"}).event("result")["detail"]["sounds"], "model");
+}
+
+TEST_F(DetailOption, TrainingSaysWhatTheSoundsWillTakeBeforeItKeepsThem) {
+    const Outcome outcome = runCommand(trainArguments({"--keep-sounds", "--retrain"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const std::size_t announced = outcome.out.find("The sounds will take up to ");
+    const std::size_t learned = outcome.out.find("Learned 3 samples");
+    ASSERT_NE(announced, std::string::npos) << outcome.out;
+    EXPECT_LT(announced, learned);
+    EXPECT_NE(outcome.out.find("The sounds are kept with the model ("), std::string::npos) << outcome.out;
+    EXPECT_EQ(runCommand(trainArguments({"--retrain"})).exitCode, 0);
+    EXPECT_FALSE(fs::exists(modelFolder() / "sounds.bin"));
+}
+
 TEST_F(DetailOption, OnlyAnAmountFromZeroToOneIsAccepted) {
     for (const char* amount : {"1.01", "-0.1", "nan", "much", ""}) {
         const Outcome outcome = audition({"--detail", amount});

@@ -159,11 +159,14 @@ std::string digestOf(std::string_view name, std::string_view text) {
     return {};
 }
 
+std::string readDigestsText(InputFile& file) {
+    if (file.size() > maxDigestsSize) throw CorruptModelError(message(file.path(), "too large for a model"));
+    return file.readAll();
+}
+
 std::optional<Digests> readDigests(std::optional<InputFile>& file) {
     if (!file) return std::nullopt;
-    if (file->size() > maxDigestsSize)
-        throw CorruptModelError(message(file->path(), "too large for a model"));
-    const std::string text = file->readAll();
+    const std::string text = readDigestsText(*file);
     Digests digests{digestOf(manifestName, text), digestOf(weightsName, text)};
     if (digests.manifest.empty() || digests.weights.empty())
         throw CorruptModelError(message(file->path(), "lacks the digest of a file"));
@@ -350,11 +353,12 @@ std::uint64_t manifestBound(std::span<const std::string> clipNames, std::int64_t
     return size;
 }
 
-std::string digestsText(std::string_view manifest, std::string_view weights) {
+std::string digestsText(std::string_view manifest, std::string_view weights, std::string_view sounds) {
     const auto line = [](std::string_view content, std::string_view name) {
         return sha256(std::as_bytes(std::span(content))) + "  " + std::string(name) + "\n";
     };
-    return line(manifest, manifestName) + line(weights, weightsName);
+    return line(manifest, manifestName) + line(weights, weightsName) +
+           (sounds.empty() ? std::string() : line(sounds, soundsName));
 }
 
 std::variant<ModelBundle, FileError> read(const fs::path& folder) {
@@ -372,6 +376,11 @@ ModelBundle readManifest(const fs::path& path) {
     std::optional<InputFile> file = folder.find(manifestName);
     if (!file) throw folder.missing(manifestName);
     return readManifest(*file, std::nullopt);
+}
+
+std::string digestOfSounds(const fs::path& path) {
+    std::optional<InputFile> file = OpenFolder(path).find(digestsName);
+    return file ? digestOf(soundsName, readDigestsText(*file)) : std::string();
 }
 
 }  // namespace quillmere::ModelFiles

@@ -16,8 +16,9 @@ namespace quillmere::ModelFiles {
 inline constexpr std::string_view manifestName = "model.json";
 inline constexpr std::string_view weightsName = "weights.bin";
 inline constexpr std::string_view digestsName = "SHA256SUMS";
+inline constexpr std::string_view soundsName = "sounds.bin";  // KeptSounds; only where they are wanted
 // In the order in which a model is taken apart: what makes it a model goes first.
-inline constexpr std::array<std::string_view, 3> names{manifestName, weightsName, digestsName};
+inline constexpr std::array<std::string_view, 4> names{manifestName, weightsName, digestsName, soundsName};
 
 // ---- Content
 
@@ -26,8 +27,9 @@ inline constexpr std::array<std::string_view, 3> names{manifestName, weightsName
 inline constexpr std::uint64_t maxManifestSize = 64 << 20;
 // Bytes that manifestText of a model of these clips takes at most.
 [[nodiscard]] std::uint64_t manifestBound(std::span<const std::string> clipNames, std::int64_t latentDim);
-// The digests of the other two files as sha256sum writes and checks them.
-[[nodiscard]] std::string digestsText(std::string_view manifest, std::string_view weights);
+// The digests of the other files as sha256sum writes and checks them; without sounds those of two.
+[[nodiscard]] std::string digestsText(std::string_view manifest, std::string_view weights,
+                                      std::string_view sounds = {});
 
 // ---- Reading
 
@@ -38,5 +40,9 @@ inline constexpr std::uint64_t maxManifestSize = 64 << 20;
 
 // The bundle without its weights; the digests are not looked at.
 [[nodiscard]] ModelBundle readManifest(const std::filesystem::path& folder);
+
+// What sounds.bin should have for its digest; empty if the folder's digests do not name it, or there are
+// none.
+[[nodiscard]] std::string digestOfSounds(const std::filesystem::path& folder);
 
 }  // namespace quillmere::ModelFiles

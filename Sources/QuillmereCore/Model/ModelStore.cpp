@@ -243,8 +243,10 @@ void save(const ModelBundle& bundle, const fs::path& modelFolder) {
     write(modelFolder / ModelFiles::weightsName, weightsBlob(bundle.weights));
     write(modelFolder / ModelFiles::manifestName, ModelFiles::manifestText(bundle));
     // Last, so that a pair that is not one never passes: until here the digests were those of the old one.
-    fs::remove(modelFolder / ModelFiles::digestsName, error);
-    if (error) throw FileError(modelFolder / ModelFiles::digestsName, error);
+    for (const std::string_view name : {ModelFiles::digestsName, ModelFiles::soundsName}) {
+        fs::remove(modelFolder / name, error);
+        if (error) throw FileError(modelFolder / name, error);
+    }
 }
 
 ModelBundle load(const fs::path& modelFolder) {
@@ -270,7 +272,7 @@ ModelBundle open(const fs::path& modelFolder) {
 }
 
 void replace(const ModelBundle& bundle, const fs::path& modelFolder, const std::stop_token& stop,
-             std::chrono::milliseconds patience, Former former) {
+             std::chrono::milliseconds patience, Former former, const std::string& sounds) {
     requireFinite(bundle);
     const ModelPlace place(modelFolder);
     std::error_code error;
@@ -292,7 +294,8 @@ void replace(const ModelBundle& bundle, const fs::path& modelFolder, const std::
     const std::string manifest = ModelFiles::manifestText(bundle);
     fresh.write(ModelFiles::weightsName, weights);
     fresh.write(ModelFiles::manifestName, manifest);
-    fresh.write(ModelFiles::digestsName, ModelFiles::digestsText(manifest, weights));
+    if (!sounds.empty()) fresh.write(ModelFiles::soundsName, sounds);
+    fresh.write(ModelFiles::digestsName, ModelFiles::digestsText(manifest, weights, sounds));
     fresh.takePlace(aside);
 }
 

@@ -123,12 +123,14 @@ enum class Former {
 // Files of others in the folder stay in it. What killed programs left of this model is deleted. Forces
 // everything to the disk.
 //
+// sounds: what KeptSounds::encode gives, to be kept with the model; empty for none, also of the model before.
+//
 // Waits for up to patience while another one stores; stop ends the wait. Throws ModelBusyError,
 // CancellationError, FileError, or CorruptModelError when a number is not finite. After any failure what was
 // there before is there still.
 void replace(const ModelBundle& bundle, const std::filesystem::path& modelFolder,
              const std::stop_token& stop = {}, std::chrono::milliseconds patience = storingPatience,
-             Former former = Former::replaced);
+             Former former = Former::replaced, const std::string& sounds = {});
 
 // Removes the model, usable or not, and what killed programs left of it. False: there is nothing of that
 // name. A symbolic link, or a folder with files of others, is not touched; the latter is a Failure. Throws as

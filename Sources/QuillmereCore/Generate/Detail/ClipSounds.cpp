@@ -1,11 +1,13 @@
 #include "QuillmereCore/Generate/Detail/ClipSounds.h"
 
+#include <cstdint>
 #include <map>
-#include <string>
 
 #include "QuillmereCore/Model/ClipPreparation.h"
 #include "QuillmereCore/Model/Training/ClipReading.h"
+#include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/JSONDocument.h"
+#include "QuillmereCore/Util/Parallel.h"
 
 namespace quillmere {
 namespace {
@@ -34,7 +36,22 @@ ClipSounds ClipSounds::inFolder(const ModelBundle& model, const CorpusSummary& c
     return sounds;
 }
 
+ClipSounds ClipSounds::keptWith(const ModelBundle& model, const std::filesystem::path& modelFolder) {
+    ClipSounds sounds;
+    sounds.kept_ = KeptSounds::open(model, modelFolder);
+    if (sounds.kept_) sounds.origin_ = Origin::model;
+    return sounds;
+}
+
+ClipSounds ClipSounds::find(const ModelBundle& model, const CorpusSummary& corpus,
+                            const std::filesystem::path& modelFolder) {
+    ClipSounds sounds = inFolder(model, corpus);
+    return sounds.origin() == Origin::none ? keptWith(model, modelFolder) : sounds;
+}
+
 std::optional<std::vector<float>> ClipSounds::read(std::size_t clip, const std::stop_token& stop) const {
+    throwIfCancelled(stop);
+    if (kept_) return kept_->read(clip);
     if (clip >= files_.size() || !files_[clip]) return std::nullopt;
     ModelTrainer::ClipNeeds needs;
     needs.sampleRate = static_cast<int>(config_.sampleRate);
@@ -46,8 +63,24 @@ std::optional<std::vector<float>> ClipSounds::read(std::size_t clip, const std::
     return ClipPreparation::cutAndFade(reading.clip.samples, config_.clipSamples(), config_.sampleRate);
 }
 
+std::string ClipSounds::toKeep(const ModelBundle& model, const std::stop_token& stop) const {
+    std::vector<std::vector<std::int16_t>> clips(model.latents.size());
+    parallelFor(clips.size(), [&](std::size_t clip) {
+        if (const auto samples = read(clip, stop)) clips[clip] = KeptSounds::quantise(*samples);
+    });
+    return KeptSounds::encode(model, clips);
+}
+
 std::string_view rawValue(ClipSounds::Origin origin) {
-    return origin == ClipSounds::Origin::folder ? "folder" : "none";
+    switch (origin) {
+        case ClipSounds::Origin::none:
+            return "none";
+        case ClipSounds::Origin::folder:
+            return "folder";
+        case ClipSounds::Origin::model:
+            return "model";
+    }
+    fatal("unknown origin of sounds");
 }
 
 }  // namespace quillmere
