@@ -164,51 +164,58 @@ DetailRenderer::DetailRenderer(const FeatureExtractor& extractor)
 
 std::vector<float> DetailRenderer::waveform(std::span<const float> image, const Aesthetics& aesthetics,
                                             const Settings& settings, STFT& stft, SeededRNG& rng) {
-    const ModelConfig& config = extractor_.config();
-    const auto columns = static_cast<std::size_t>(config.frames);
-    std::vector<float> sharpened(image.begin(), image.end());
-    if (settings.sources) applyAttack(sharpened, columns, attack_, settings.sources->course, settings.amount);
-    if (settings.tail) settings.tail->apply(sharpened, columns, settings.amount);
-
-    const Rendering::ShapedImage shaped = Rendering::shape(sharpened, aesthetics, extractor_, rng);
+    const Rendering::ShapedImage shaped =
+        Rendering::shape(sharpened(image, settings), aesthetics, extractor_, rng);
     const double ratio = Rendering::pitchRatio(aesthetics, rng);
+    SeededRNG noise(rng.s[0]);  // a stream of its own, so that the draws from rng stay in their places
     const auto frames = static_cast<std::size_t>(shaped.frames);
-    const auto clipSamples = static_cast<std::size_t>(config.clipSamples());
-
-    std::vector<float> donor;
-    std::vector<float> share;
-    if (settings.sources) {
-        donor = settings.sources->donor;
-    } else {
-        SeededRNG noise(rng.s[0]);  // a stream of its own, so that the draws from rng stay in their places
-        donor = syntheticDonor(clipSamples, static_cast<int>(config.sampleRate), noise);
-        share = shareOfNoise(maps_.bins(),
-                             static_cast<double>(config.sampleRate) / static_cast<double>(config.nFFT));
-    }
-    // Parameters may lie far beyond the sliders, and a donor that is read very slowly is very long.
-    const double donorRatio = std::clamp(ratio, 1 / farthestRatio, farthestRatio);
-    if (donorRatio != 1) donor = readFaster(donor, donorRatio);
-    const std::vector<long long> centres =
-        donorCentres(shaped.frames, stft.hop(), static_cast<double>(clipSamples) / donorRatio);
-
     std::vector<Phase> phases = drawPhases(frames * maps_.bins(), rng);
     std::vector<float> levels = levelsOf(shaped, maps_.bands(), 1.0F / stft.magnitudeNormalization());
+
+    // Parameters may lie far beyond the sliders, and a donor that is read very slowly is very long.
+    const double donorRatio = std::clamp(ratio, 1 / farthestRatio, farthestRatio);
+    const double length = static_cast<double>(extractor_.config().clipSamples()) / donorRatio;
     Variation variation(maps_, stft, frames);
-    DonorFrames found = variation.analyse(donor, centres);
-    variation.shape(found, levels, ratio, share, settings.amount);
-    const std::span<const float> magnitudes = found.magnitudes;
-    std::span<const std::uint8_t> known;
-    if (settings.sources) {
-        known = variation.known();
-        for (std::size_t i = 0; i < known.size(); ++i) {
-            if (known[i] != 0) phases[i] = found.phases[i];
-        }
+    DonorFrames donor = variation.analyse(donorAt(donorRatio, settings, noise),
+                                          donorCentres(shaped.frames, stft.hop(), length));
+    variation.shape(donor, levels, ratio, shareOf(settings), settings.amount);
+
+    const std::span<const std::uint8_t> known =
+        settings.sources ? variation.known() : std::span<const std::uint8_t>();
+    for (std::size_t i = 0; i < known.size(); ++i) {
+        if (known[i] != 0) phases[i] = donor.phases[i];
     }
-    PhaseIntegration::integrate(magnitudes, {shaped.frames, stft.nFFT(), stft.hop()}, known, phases);
-    std::vector<float> re(magnitudes.size());
-    std::vector<float> im(magnitudes.size());
-    PhaseIntegration::toSpectrum(magnitudes, phases, re, im);
-    return stft.inverse(re, im, shaped.frames, checkedMultiply(config.hop, shaped.frames));
+    PhaseIntegration::integrate(donor.magnitudes, {shaped.frames, stft.nFFT(), stft.hop()}, known, phases);
+    std::vector<float> re(donor.magnitudes.size());
+    std::vector<float> im(donor.magnitudes.size());
+    PhaseIntegration::toSpectrum(donor.magnitudes, phases, re, im);
+    return stft.inverse(re, im, shaped.frames, checkedMultiply(stft.hop(), shaped.frames));
+}
+
+// The image with the attack and the tails of its sources.
+std::vector<float> DetailRenderer::sharpened(std::span<const float> image, const Settings& settings) const {
+    const auto columns = static_cast<std::size_t>(extractor_.config().frames);
+    std::vector<float> result(image.begin(), image.end());
+    if (settings.sources) applyAttack(result, columns, attack_, settings.sources->course, settings.amount);
+    if (settings.tail) settings.tail->apply(result, columns, settings.amount);
+    return result;
+}
+
+std::vector<float> DetailRenderer::donorAt(double ratio, const Settings& settings, SeededRNG& noise) const {
+    const ModelConfig& config = extractor_.config();
+    std::vector<float> donor = settings.sources
+                                   ? settings.sources->donor
+                                   : syntheticDonor(static_cast<std::size_t>(config.clipSamples()),
+                                                    static_cast<int>(config.sampleRate), noise);
+    return ratio == 1 ? donor : readFaster(donor, ratio);
+}
+
+// How much of the donor's fine structure counts at each bin; empty for all of it everywhere.
+std::vector<float> DetailRenderer::shareOf(const Settings& settings) const {
+    if (settings.sources) return {};
+    const ModelConfig& config = extractor_.config();
+    return shareOfNoise(maps_.bins(),
+                        static_cast<double>(config.sampleRate) / static_cast<double>(config.nFFT));
 }
 
 }  // namespace quillmere::Detail

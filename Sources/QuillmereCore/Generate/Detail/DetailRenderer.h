@@ -42,6 +42,10 @@ public:
                                               const Settings& settings, STFT& stft, SeededRNG& rng);
 
 private:
+    [[nodiscard]] std::vector<float> sharpened(std::span<const float> image, const Settings& settings) const;
+    [[nodiscard]] std::vector<float> donorAt(double ratio, const Settings& settings, SeededRNG& noise) const;
+    [[nodiscard]] std::vector<float> shareOf(const Settings& settings) const;
+
     const FeatureExtractor& extractor_;
     BandMaps maps_;
     AttackFrames attack_;
