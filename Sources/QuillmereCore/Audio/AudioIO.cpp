@@ -30,19 +30,6 @@ constexpr std::size_t mostFrames = std::numeric_limits<std::uint32_t>::max();
 constexpr int longestHours = 6;
 constexpr double greatestStreamRatio = 100;
 
-std::vector<std::byte> encode(std::span<const float> samples, const fs::path& file, int sampleRate,
-                              OutputFormat format) {
-    if (!WAVWriter::fits(samples.size(), format)) {
-        throw FileError(file, std::make_error_code(std::errc::file_too_large),
-                        Text::utf8(file) + ": too long for a WAV file, which ends at 4 GiB");
-    }
-    try {
-        return WAVWriter::encode(samples, sampleRate, format);
-    } catch (const std::bad_alloc&) {
-        throw AudioIOError::unreadable(file, outOfMemory);
-    }
-}
-
 // Room for the converted signal and for what the filter adds to its ends; nothing when the rates or the
 // length make no sense.
 std::optional<std::size_t> resampledCapacity(std::size_t count, double from, double to) {
@@ -287,6 +274,23 @@ std::vector<float> AudioIO::resample(std::vector<float> samples, double from, do
         return samples;
     }
     return converted;
+}
+
+std::vector<std::byte> AudioIO::encode(std::span<const float> samples, const fs::path& file, int sampleRate,
+                                       OutputFormat format) {
+    if (!WAVWriter::fits(samples.size(), format)) {
+        throw FileError(file, std::make_error_code(std::errc::file_too_large),
+                        Text::utf8(file) + ": too long for a WAV file, which ends at 4 GiB");
+    }
+    try {
+        return WAVWriter::encode(samples, sampleRate, format);
+    } catch (const std::bad_alloc&) {
+        throw AudioIOError::unreadable(file, outOfMemory);
+    }
+}
+
+std::vector<float> AudioIO::asWritten(std::span<const float> samples, OutputFormat format) {
+    return WAVWriter::stored(samples, format);
 }
 
 void AudioIO::write(std::span<const float> samples, const fs::path& file, int sampleRate, OutputFormat format,

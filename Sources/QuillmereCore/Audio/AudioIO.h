@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -130,6 +131,12 @@ StreamedAudio stream(const std::filesystem::path& file, double rate, const Sampl
 // Throws FileError, also for more than 4 GiB, and AudioIOError when memory is short.
 void write(std::span<const float> samples, const std::filesystem::path& file, int sampleRate,
            OutputFormat format, Durability durability = Durability::onDisk);
+
+// The bytes of such a file. file: what a failure names. Throws as write.
+[[nodiscard]] std::vector<std::byte> encode(std::span<const float> samples, const std::filesystem::path& file,
+                                            int sampleRate, OutputFormat format);
+// What readMono reads from such a file.
+[[nodiscard]] std::vector<float> asWritten(std::span<const float> samples, OutputFormat format);
 
 // As write, but never replaces: false, with nothing written, when the name is already taken. The name is on
 // the disk with syncFolder.

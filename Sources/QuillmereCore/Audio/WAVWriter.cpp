@@ -80,13 +80,17 @@ std::int32_t quantise(float sample, float fullScale) {
     return static_cast<std::int32_t>(std::lrint(value));
 }
 
+float fullScaleOf(const Layout& layout) {
+    return std::ldexp(1.0F, static_cast<int>(8 * layout.sample) - 1);
+}
+
 void appendSamples(Bytes& out, std::span<const float> samples, const Layout& layout) {
     if (layout.isFloat) {
         for (const float sample : samples)
             out.number(std::bit_cast<std::uint32_t>(sample), 4);
         return;
     }
-    const float fullScale = std::ldexp(1.0F, static_cast<int>(8 * layout.sample) - 1);
+    const float fullScale = fullScaleOf(layout);
     for (const float sample : samples)
         out.number(static_cast<std::uint32_t>(quantise(sample, fullScale)), layout.sample);
 }
@@ -108,6 +112,16 @@ std::vector<std::byte> encode(std::span<const float> samples, int sampleRate, Ou
     appendSamples(out, samples, layout);
     out.number(0, layout.padding());
     return std::move(out).take();
+}
+
+std::vector<float> stored(std::span<const float> samples, OutputFormat format) {
+    std::vector<float> result(samples.begin(), samples.end());
+    const Layout layout(samples.size(), format);
+    if (layout.isFloat) return result;
+    const float fullScale = fullScaleOf(layout);
+    for (float& sample : result)
+        sample = static_cast<float>(quantise(sample, fullScale)) / fullScale;  // exact: a power of two
+    return result;
 }
 
 }  // namespace quillmere::WAVWriter

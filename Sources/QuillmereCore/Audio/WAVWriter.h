@@ -17,4 +17,7 @@ namespace quillmere::WAVWriter {
 [[nodiscard]] std::vector<std::byte> encode(std::span<const float> samples, int sampleRate,
                                             OutputFormat format);
 
+// The samples that such a file holds: each as it is after rounding and saturation, in units of full scale.
+[[nodiscard]] std::vector<float> stored(std::span<const float> samples, OutputFormat format);
+
 }  // namespace quillmere::WAVWriter
