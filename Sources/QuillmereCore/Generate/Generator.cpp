@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "QuillmereCore/Audio/RIFFChunk.h"
 #include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Generate/Rendering.h"
 #include "QuillmereCore/Model/ModelIdentity.h"
@@ -40,30 +41,59 @@ void createFolder(const fs::path& folder) {
     removeAbandonedFiles(folder);
 }
 
+// A random generator that goes on from there.
+SeededRNG resumed(const std::array<std::uint64_t, 4>& state) {
+    SeededRNG rng(0);
+    rng.s = state;
+    return rng;
+}
+
+std::int64_t firstIndex(const GenerationRequest& request) {
+    return request.first.value_or(0);
+}
+
 // The numbered names of one request.
 class OutputNames {
 public:
-    OutputNames(fs::path folder, std::string base, std::int64_t count)
-        : folder_(std::move(folder)),
+    OutputNames(const GenerationRequest& request, std::string base)
+        : folder_(request.outputDirectory),
           base_(std::move(base)),
-          first_(Finishing::firstFreeIndex(folder_, base_)),
-          afterLast_(first_ + static_cast<std::size_t>(count)) {}
+          isNumberedByIndex_(request.first.has_value()),
+          first_(isNumberedByIndex_ ? static_cast<std::size_t>(firstIndex(request)) + 1
+                                    : Finishing::firstFreeIndex(folder_, base_)),
+          afterLast_(first_ + static_cast<std::size_t>(request.count)) {
+        if (isNumberedByIndex_) requireFree();
+    }
 
-    [[nodiscard]] std::size_t number(std::int64_t index) const {
-        return first_ + static_cast<std::size_t>(index);
+    // position: within the request.
+    [[nodiscard]] std::size_t number(std::int64_t position) const {
+        return first_ + static_cast<std::size_t>(position);
     }
     [[nodiscard]] fs::path file(std::size_t number) const {
         const std::string name = Finishing::fileName(base_, number);
         return folder_ / std::u8string(name.begin(), name.end());
     }
     // A number to try after a taken one: higher, not meant for another variation, and free at this moment.
+    // Throws FileError where the number is the variation's own.
     [[nodiscard]] std::size_t next(std::size_t taken) const {
+        if (isNumberedByIndex_) throwTaken(file(taken));
         return std::max({taken + 1, afterLast_, Finishing::firstFreeIndex(folder_, base_)});
     }
 
 private:
+    [[noreturn]] static void throwTaken(const fs::path& file) {
+        throw FileError(file, std::make_error_code(std::errc::file_exists));
+    }
+    void requireFree() const {
+        std::error_code ignored;  // the attempt to write tells of any other trouble
+        for (std::size_t number = first_; number < afterLast_; ++number) {
+            if (fs::exists(fs::symlink_status(file(number), ignored))) throwTaken(file(number));
+        }
+    }
+
     fs::path folder_;
     std::string base_;
+    bool isNumberedByIndex_;
     std::size_t first_;
     std::size_t afterLast_;
 };
@@ -74,21 +104,25 @@ private:
 class SampleGenerator::Job {
 public:
     Job(const GenerationRequest& request, const std::string& base, int sampleRate,
-        const SampleGenerator::ProgressCallback& progress)
+        const GenerationHooks& hooks, const SampleGenerator::ProgressCallback& progress)
         : request_(request),
-          names_(request.outputDirectory, base, request.count),
+          names_(request, base),
           sampleRate_(sampleRate),
+          hooks_(hooks),
           progress_(progress) {}
 
-    // Writes the samples of a variation under a name nobody else has.
-    void write(std::span<const float> samples, SampleOrigin origin) {
-        std::size_t number = names_.number(origin.index);
-        while (!AudioIO::writeNew(samples, names_.file(number), sampleRate_, request_.format))
+    // Writes the samples of a variation under a name nobody else has. position: within the request.
+    void write(std::span<const float> samples, std::int64_t position, SampleOrigin origin) {
+        std::size_t number = names_.number(position);
+        const std::vector<std::byte> bytes = encode(samples, names_.file(number), origin);
+        while (!writeNewFile(names_.file(number), bytes))
             number = names_.next(number);
         const double seconds = static_cast<double>(samples.size()) / sampleRate_;
+        GeneratedSample sample{names_.file(number), seconds, std::move(origin)};
+        if (hooks_.written) hooks_.written({sample, samples, sampleRate_, bytes});
 
         const MutexLock lock(mutex_);
-        written_.push_back({names_.file(number), seconds, std::move(origin)});
+        written_.push_back(std::move(sample));
         if (progress_) progress_(std::ssize(written_), request_.count);
     }
 
@@ -123,10 +157,21 @@ public:
     }
 
 private:
+    [[nodiscard]] std::vector<std::byte> encode(std::span<const float> samples, const fs::path& file,
+                                                const SampleOrigin& origin) const {
+        std::vector<std::byte> bytes = AudioIO::encode(samples, file, sampleRate_, request_.format);
+        if (!hooks_.chunk) return bytes;
+        const GenerationHooks::Chunk chunk = hooks_.chunk(origin);
+        if (!RIFFChunk::append(bytes, chunk.id, chunk.content))
+            throw FileError(file, std::make_error_code(std::errc::file_too_large));
+        return bytes;
+    }
+
     // Constant while the job runs.
     const GenerationRequest& request_;
     const OutputNames names_;
     const int sampleRate_;
+    const GenerationHooks& hooks_;
     const SampleGenerator::ProgressCallback& progress_;
 
     Mutex mutex_;  // held during the progress callback
@@ -166,9 +211,18 @@ SampleGenerator::Worker SampleGenerator::makeWorker(double detail) const {
     return worker;
 }
 
+std::vector<SampleGenerator::Worker> SampleGenerator::makeWorkers(int count, double detail) const {
+    std::vector<Worker> workers;
+    workers.reserve(static_cast<std::size_t>(count));
+    for (int worker = 0; worker < count; ++worker)
+        workers.push_back(makeWorker(detail));
+    return workers;
+}
+
 std::vector<float> SampleGenerator::render(std::span<const float> image, const Aesthetics& aesthetics,
-                                           SampleOrigin& origin, SeededRNG& rng, Worker& worker,
+                                           SampleOrigin& origin, Worker& worker,
                                            const std::stop_token& stop) {
+    SeededRNG rng = resumed(origin.state);
     if (!(origin.detail > 0)) return render(image, aesthetics, rng, worker.stft);
     const FlushDenormals flush;
     std::vector<LatentDraw::Source> sources;
@@ -187,12 +241,26 @@ std::vector<float> SampleGenerator::render(std::span<const float> image, const A
 std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& request,
                                                        const ProgressCallback& progress,
                                                        const std::stop_token& stop) {
-    GenerationOutcome outcome = tryToGenerate(request, progress, stop);
+    return generate(request, {}, progress, stop);
+}
+
+std::vector<GeneratedSample> SampleGenerator::generate(const GenerationRequest& request,
+                                                       const GenerationHooks& hooks,
+                                                       const ProgressCallback& progress,
+                                                       const std::stop_token& stop) {
+    GenerationOutcome outcome = tryToGenerate(request, hooks, progress, stop);
     if (outcome.failure) std::rethrow_exception(outcome.failure);
     return std::move(outcome.written);
 }
 
 GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& request,
+                                                 const ProgressCallback& progress,
+                                                 const std::stop_token& stop) {
+    return tryToGenerate(request, {}, progress, stop);
+}
+
+GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& request,
+                                                 const GenerationHooks& hooks,
                                                  const ProgressCallback& progress,
                                                  const std::stop_token& stop) {
     GenerationOutcome outcome;
@@ -204,8 +272,8 @@ GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& reques
         createFolder(request.outputDirectory);
         if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
         const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
-        job.emplace(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), progress);
-        run(*job, request, stop);
+        job.emplace(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), hooks, progress);
+        run(*job, request, hooks, stop);
     } catch (...) {
         outcome.failure = std::current_exception();
     }
@@ -213,38 +281,71 @@ GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& reques
     return outcome;
 }
 
-void SampleGenerator::run(Job& job, const GenerationRequest& request, const std::stop_token& stop) {
+void SampleGenerator::run(Job& job, const GenerationRequest& request, const GenerationHooks& hooks,
+                          const std::stop_token& stop) {
     WorkerTeam team;
-    std::vector<Worker> workers;
-    workers.reserve(static_cast<std::size_t>(team.threads()));
-    for (int worker = 0; worker < team.threads(); ++worker)
-        workers.push_back(makeWorker(request.detail));
+    std::vector<Worker> workers = makeWorkers(team.threads(), request.detail);
 
     for (std::int64_t start = 0; start < request.count; start += batch) {
         throwIfCancelled(stop);
-        Batch variations = decodeBatch(request, start);
+        Batch variations = decodeBatch(request, hooks, start, std::min(start + batch, request.count));
         team.run(variations.images.size(), [&](std::size_t i, int worker) {
             job.attempt([&] {
                 if (stop.stop_requested()) return job.skip();
-                const std::vector<float> samples =
-                    render(variations.images[i], request.aesthetics, variations.origins[i],
-                           variations.states[i], workers[static_cast<std::size_t>(worker)], stop);
+                SampleOrigin& origin = variations.origins[i];
+                const std::vector<float> samples = render(variations.images[i], request.aesthetics, origin,
+                                                          workers[static_cast<std::size_t>(worker)], stop);
                 requireFinite(samples);
-                job.write(samples, std::move(variations.origins[i]));
+                job.write(samples, start + static_cast<std::int64_t>(i), std::move(origin));
             });
         });
         job.endBatch();
     }
 }
 
-SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& request, std::int64_t start) {
-    const std::int64_t end = std::min(start + batch, request.count);
+std::vector<AuditionedSample> SampleGenerator::remake(std::span<const VariationPlan> plans,
+                                                      const std::stop_token& stop) {
+    double detail = 0;  // the most of any
+    std::vector<AuditionedSample> samples(plans.size());
+    for (std::size_t i = 0; i < plans.size(); ++i) {
+        samples[i].origin = plans[i].origin;
+        validate(plans[i].aesthetics);
+        validateDetail(plans[i].origin.detail);
+        detail = std::max(detail, plans[i].origin.detail);
+        require(std::ssize(plans[i].origin.latent) == bundle_.config.latentDim,
+                "remake: a latent vector of another size");
+    }
+    if (detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
+    WorkerTeam team;
+    std::vector<Worker> workers = makeWorkers(team.threads(), detail);
+    for (std::size_t start = 0; start < plans.size(); start += batch) {
+        throwIfCancelled(stop);
+        const auto part =
+            std::span(samples).subspan(start, std::min<std::size_t>(batch, plans.size() - start));
+        std::vector<std::vector<float>> latents;
+        for (const AuditionedSample& sample : part)
+            latents.push_back(sample.origin.latent);
+        const std::vector<std::vector<float>> images = inference_.decode(latents);
+        team.run(part.size(), [&](std::size_t i, int worker) {
+            throwIfCancelled(stop);
+            part[i].samples = render(images[i], plans[start + i].aesthetics, part[i].origin,
+                                     workers[static_cast<std::size_t>(worker)], stop);
+            requireFinite(part[i].samples);
+        });
+    }
+    return samples;
+}
+
+SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& request,
+                                                    const GenerationHooks& hooks, std::int64_t start,
+                                                    std::int64_t end) {
     Batch variations;
     std::vector<std::vector<float>> latents;
-    for (std::int64_t index = start; index < end; ++index) {
+    for (std::int64_t index = firstIndex(request) + start; index < firstIndex(request) + end; ++index) {
         const std::uint64_t seed = variationSeed(request.seed, static_cast<std::uint64_t>(index));
-        SeededRNG& state = variations.states.emplace_back(seed);
-        variations.origins.push_back(drawOrigin(state, request.aesthetics, index, seed));
+        SeededRNG rng(seed);
+        variations.origins.push_back(hooks.origin ? hooks.origin(index)
+                                                  : drawOrigin(rng, request.aesthetics, index, seed));
         variations.origins.back().detail = request.detail;
         latents.push_back(variations.origins.back().latent);
     }
@@ -255,8 +356,12 @@ SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& req
 SampleOrigin SampleGenerator::drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
                                          std::uint64_t seed) const {
     LatentDraw draw = sampler_.draw(rng, aesthetics);
-    SampleOrigin origin{
-        .index = index, .seed = seed, .latent = std::move(draw.latent), .sources = {}, .model = identity()};
+    SampleOrigin origin{.index = index,
+                        .seed = seed,
+                        .latent = std::move(draw.latent),
+                        .sources = {},
+                        .model = identity(),
+                        .state = rng.s};
     const std::vector<std::string>& names = bundle_.metadata.clipNames;
     for (const auto& [clip, weight] : draw.sources)
         origin.sources.push_back({clip, clip < names.size() ? names[clip] : std::string(), weight});
@@ -280,7 +385,7 @@ AuditionedSample SampleGenerator::audition(const AuditionRequest& request, const
     origin.detail = request.detail;
     const std::vector<std::vector<float>> images = inference_.decode(std::span(&origin.latent, 1));
     Worker worker = makeWorker(request.detail);
-    std::vector<float> samples = render(images.front(), request.aesthetics, origin, rng, worker, stop);
+    std::vector<float> samples = render(images.front(), request.aesthetics, origin, worker, stop);
     requireFinite(samples);
     return {std::move(samples), std::move(origin)};
 }

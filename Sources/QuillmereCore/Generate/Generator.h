@@ -1,8 +1,11 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -33,6 +36,9 @@ struct GenerationRequest {
     OutputFormat format = OutputFormat::wav24;
     std::optional<std::string> namePrefix;  // UTF-8; absent: the corpus's name
     double detail = 0;                      // 0 ... 1, how much of the sources' fine structure; 0: none
+    // Index of the first variation, for a job that is a part of a larger one. If it is given, a file has the
+    // number that it has when one job writes all of them into an empty folder: index + 1.
+    std::optional<std::int64_t> first{};
 };
 
 // One variation that is not to be written.
@@ -56,6 +62,8 @@ struct SampleOrigin {
         std::size_t clip = 0;  // position in the model's latents and clip names
         std::string name;      // of the clip, relative to the corpus; empty if the model does not say
         float weight = 0;      // share of the blend; the shares sum to 1
+
+        friend bool operator==(const Source&, const Source&) = default;
     };
     std::int64_t index = 0;       // which variation of its request
     std::uint64_t seed = 0;       // its own: an audition with it gives the same samples
@@ -64,6 +72,15 @@ struct SampleOrigin {
     std::string model;            // modelIdentity
     double detail = 0;            // of the request
     DetailBasis detailBasis = DetailBasis::none;
+    std::array<std::uint64_t, 4> state{};  // of the random generator, after the latent vector was drawn
+
+    friend bool operator==(const SampleOrigin&, const SampleOrigin&) = default;
+};
+
+// What renders one variation, apart from the model.
+struct VariationPlan {
+    SampleOrigin origin;
+    Aesthetics aesthetics;
 };
 
 // One written file.
@@ -83,6 +100,28 @@ struct GenerationOutcome {
 struct AuditionedSample {
     std::vector<float> samples;
     SampleOrigin origin{};
+};
+
+// What the caller of a job has to do with each of its files. Any of them may be empty.
+struct GenerationHooks {
+    // A chunk to stand behind the sound (RIFFChunk).
+    struct Chunk {
+        std::string id;
+        std::string content;
+    };
+    struct WrittenFile {
+        const GeneratedSample& sample;
+        std::span<const float> samples;    // before they took the format of the file
+        int sampleRate;                    // Hz
+        std::span<const std::byte> bytes;  // all of the file
+    };
+
+    // Where a variation comes from, in place of a draw by the request's seed: its latent vector and the state
+    // to render it with. In order of the indices, on the calling thread.
+    std::function<SampleOrigin(std::int64_t index)> origin{};
+    // Both from worker threads, several at once. What they throw ends the job as a failed file does.
+    std::function<Chunk(const SampleOrigin&)> chunk{};
+    std::function<void(const WrittenFile&)> written{};  // the file is there, and about to be counted
 };
 
 // Turns a trained model into new samples.
@@ -134,17 +173,34 @@ public:
     // says what it has its fine structure from.
     //
     // Throws InvalidParameterError before anything is done if validate does or detail is out of range, or
-    // when the parameters lead to samples that are not finite; FileError for the folder or a file;
+    // when the parameters lead to samples that are not finite; FileError for the folder or a file, before
+    // anything is done where a name that request.first asks for is taken;
     // AudioIOError where the system's trouble hides a source; CancellationError. A batch that has begun ends
     // first (a cancelled one skips the variations that have not started), and files already written stay.
     [[nodiscard]] std::vector<GeneratedSample> generate(const GenerationRequest& request,
                                                         const ProgressCallback& progress,
                                                         const std::stop_token& stop);
+    [[nodiscard]] std::vector<GeneratedSample> generate(const GenerationRequest& request,
+                                                        const GenerationHooks& hooks,
+                                                        const ProgressCallback& progress,
+                                                        const std::stop_token& stop);
+
     // As generate, for who wants to know of the files that were written before it failed or was cancelled:
     // what generate throws is in the outcome.
     [[nodiscard]] GenerationOutcome tryToGenerate(const GenerationRequest& request,
                                                   const ProgressCallback& progress,
                                                   const std::stop_token& stop);
+    [[nodiscard]] GenerationOutcome tryToGenerate(const GenerationRequest& request,
+                                                  const GenerationHooks& hooks,
+                                                  const ProgressCallback& progress,
+                                                  const std::stop_token& stop);
+
+    // These variations, in order: the samples are those that generate has written for the same origin and
+    // parameters, where the sounds for their detail are there as they were then; the origins say whether they
+    // are. A latent vector of another size than the model's is a programming error. Throws
+    // InvalidParameterError and AudioIOError as generate, and CancellationError.
+    [[nodiscard]] std::vector<AuditionedSample> remake(std::span<const VariationPlan> plans,
+                                                       const std::stop_token& stop = {});
 
     // One variation, not written: the samples of variation 0 of a request with the same seed. Throws
     // InvalidParameterError as generate.
@@ -160,14 +216,15 @@ public:
 private:
     class Job;
     struct Batch {
-        std::vector<SeededRNG> states;           // of each variation, after its latent was drawn
-        std::vector<SampleOrigin> origins;       // of each
+        std::vector<SampleOrigin> origins;       // of each variation
         std::vector<std::vector<float>> images;  // [nMels][frames] each
     };
     // Renders and writes all variations. Throws as generate.
-    void run(Job& job, const GenerationRequest& request, const std::stop_token& stop);
-    // The variations from start on, at most a batch.
-    [[nodiscard]] Batch decodeBatch(const GenerationRequest& request, std::int64_t start);
+    void run(Job& job, const GenerationRequest& request, const GenerationHooks& hooks,
+             const std::stop_token& stop);
+    // The variations from start to end, at most a batch.
+    [[nodiscard]] Batch decodeBatch(const GenerationRequest& request, const GenerationHooks& hooks,
+                                    std::int64_t start, std::int64_t end);
     // Draws the latent vector of a variation. rng: made from seed.
     [[nodiscard]] SampleOrigin drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
                                           std::uint64_t seed) const;
@@ -178,9 +235,10 @@ private:
         std::unique_ptr<Detail::DetailRenderer> detail;  // null without detail
     };
     [[nodiscard]] Worker makeWorker(double detail) const;
+    [[nodiscard]] std::vector<Worker> makeWorkers(int count, double detail) const;
     // Renders as origin says, and notes in it what the fine structure is from. Throws as generate.
     [[nodiscard]] std::vector<float> render(std::span<const float> image, const Aesthetics& aesthetics,
-                                            SampleOrigin& origin, SeededRNG& rng, Worker& worker,
+                                            SampleOrigin& origin, Worker& worker,
                                             const std::stop_token& stop);
 
     ModelBundle bundle_;

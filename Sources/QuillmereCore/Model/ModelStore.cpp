@@ -155,7 +155,7 @@ bool isTooLong(const fs::path& path) {
 
 // ---- The per-user data directory
 
-fs::path homeDirectory() {
+std::optional<fs::path> homeDirectory() {
     const char* const home = std::getenv("HOME");
     if (home != nullptr && fs::path(home).is_absolute()) return home;
     std::array<char, 16384> buffer{};
@@ -164,19 +164,23 @@ fs::path homeDirectory() {
     if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
         *found->pw_dir != '\0')
         return found->pw_dir;
-    fatal("the user has no home directory");
-}
-
-fs::path dataDirectory() {
-    const char* const data = std::getenv("XDG_DATA_HOME");
-    if (data != nullptr && fs::path(data).is_absolute()) return data;
-    return homeDirectory() / ".local" / "share";
+    return std::nullopt;
 }
 
 }  // namespace
 
+std::optional<fs::path> dataDirectory() {
+    const char* const data = std::getenv("XDG_DATA_HOME");
+    if (data != nullptr && fs::path(data).is_absolute()) return fs::path(data) / "Quillmere";
+    const std::optional<fs::path> home = homeDirectory();
+    if (!home) return std::nullopt;
+    return *home / ".local" / "share" / "Quillmere";
+}
+
 fs::path rootDirectory() {
-    return dataDirectory() / "Quillmere" / "Models";
+    const std::optional<fs::path> data = dataDirectory();
+    require(data.has_value(), "the user has no home directory");
+    return *data / "Models";
 }
 
 fs::path directory(const CorpusSummary& corpus) {
