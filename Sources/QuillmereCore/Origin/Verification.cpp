@@ -1,0 +1,169 @@
+#include "QuillmereCore/Origin/Verification.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+#include "QuillmereCore/Audio/RIFFChunk.h"
+#include "QuillmereCore/Util/Digest.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The digest of the file that the recipe gives.
+std::string remadeDigest(const KnownFile& known, std::span<const float> samples, int sampleRate) {
+    const OutputFormat format = known.recipes.front().format;
+    std::vector<std::byte> bytes = AudioIO::encode(samples, known.file, sampleRate, format);
+    if (!known.chunk.empty() && !RIFFChunk::append(bytes, recipeChunk, known.chunk)) return {};
+    return sha256(bytes);
+}
+
+void compareSound(Verification& result, std::span<const float> expected, int sampleRate) {
+    const AudioIO::MonoAudio audio = AudioIO::readMono(result.file);
+    if (audio.sampleRate != sampleRate) {
+        result.verdict = Verdict::different;
+        result.reason = "it has another sample rate";
+        return;
+    }
+    const auto [here, there] = std::ranges::mismatch(audio.samples, expected);
+    if (here == audio.samples.end() && there == expected.end()) {
+        result.verdict = Verdict::sameSamples;
+        return;
+    }
+    result.verdict = Verdict::different;
+    result.firstDifference = static_cast<std::size_t>(here - audio.samples.begin());
+    const bool isShorter = here == audio.samples.end();
+    const bool isLonger = there == expected.end();
+    const std::string where = std::to_string(*result.firstDifference);
+    result.reason = isShorter  ? "it ends after " + where + " samples of " + std::to_string(expected.size())
+                    : isLonger ? "it goes on after its " + where + " samples"
+                               : "the first sample that differs is " + where;
+    if (result.recipe->device != deviceProcessor)
+        result.reason += "; it was made on another device (" + result.recipe->device + ")";
+}
+
+void compare(Verification& result, const KnownFile& known, std::span<const float> samples, int sampleRate) {
+    if (remadeDigest(known, samples, sampleRate) == known.digests.bytes) {
+        result.verdict = Verdict::sameBytes;
+        return;
+    }
+    compareSound(result, AudioIO::asWritten(samples, result.recipe->format), sampleRate);
+}
+
+void refuse(Verification& result, const Failure& failure) {
+    result.verdict = Verdict::unusable;
+    result.reason = failure.what();
+}
+
+// The samples of each plan, or why there are none.
+void remakeEach(SampleGenerator& generator, std::span<const std::size_t> part,
+                std::span<const KnownFile> known, std::vector<Verification>& results,
+                const std::stop_token& stop) {
+    std::vector<VariationPlan> plans;
+    for (const std::size_t i : part)
+        plans.push_back(known[i].recipes.front().plan());
+    std::vector<std::vector<float>> samples;
+    try {
+        samples = generator.remake(plans, stop);
+    } catch (const InvalidParameterError& error) {
+        if (part.size() == 1) return refuse(results[part[0]], error);
+        // One of them spoils the lot.
+        for (std::size_t k = 0; k < part.size(); ++k)
+            remakeEach(generator, part.subspan(k, 1), known, results, stop);
+        return;
+    }
+    for (std::size_t k = 0; k < part.size(); ++k) {
+        try {
+            compare(results[part[k]], known[part[k]], samples[k], generator.sampleRate());
+        } catch (const Failure& failure) {
+            refuse(results[part[k]], failure);
+        }
+    }
+}
+
+// Files of one model.
+void verifyGroup(std::span<const std::size_t> group, std::span<const KnownFile> known,
+                 std::vector<Verification>& results, const fs::path& root, network::Backend& backend,
+                 const std::function<void(std::size_t)>& done, const std::stop_token& stop) {
+    const Recipe& recipe = known[group.front()].recipes.front();
+    FoundModel found = findModel(recipe, root, stop);
+    if (!found.bundle) {
+        for (const std::size_t i : group) {
+            results[i].verdict = found.hasChanged ? Verdict::modelChanged : Verdict::modelMissing;
+            results[i].reason = missingModelText(recipe, found, root);
+        }
+        return done(group.size());
+    }
+    const std::int64_t size = found.bundle->config.latentDim;
+    std::vector<std::size_t> fitting;
+    for (const std::size_t i : group) {
+        if (std::ssize(known[i].recipes.front().latent) == size) {
+            fitting.push_back(i);
+            continue;
+        }
+        refuse(results[i], RecipeError(RecipeError::Kind::unusable,
+                                       "the recipe is damaged: its latent vector does not fit the model"));
+    }
+    done(group.size() - fitting.size());
+    SampleGenerator generator(std::move(*found.bundle), backend);
+    constexpr auto batch = static_cast<std::size_t>(SampleGenerator::batch);
+    for (std::span<const std::size_t> rest = fitting; !rest.empty();) {
+        const auto part = rest.first(std::min(batch, rest.size()));
+        remakeEach(generator, part, known, results, stop);
+        done(part.size());
+        rest = rest.subspan(part.size());
+    }
+}
+
+}  // namespace
+
+std::string_view rawValue(Verdict verdict) {
+    switch (verdict) {
+        case Verdict::sameBytes:
+            return "sameBytes";
+        case Verdict::sameSamples:
+            return "sameSamples";
+        case Verdict::different:
+            return "different";
+        case Verdict::modelMissing:
+            return "modelMissing";
+        case Verdict::modelChanged:
+            return "modelChanged";
+        case Verdict::unknown:
+            return "unknown";
+        case Verdict::unusable:
+            break;
+    }
+    return "unusable";
+}
+
+std::vector<Verification> verify(std::span<const KnownFile> known, const fs::path& root,
+                                 network::Backend& backend, const VerificationProgress& progress,
+                                 const std::stop_token& stop) {
+    std::vector<Verification> results(known.size());
+    std::map<std::string, std::vector<std::size_t>> groups;  // by model
+    std::size_t ended = 0;
+    const auto done = [&](std::size_t count) {
+        ended += count;
+        if (count > 0 && progress) progress(ended, known.size());
+    };
+    for (std::size_t i = 0; i < known.size(); ++i) {
+        results[i].file = known[i].file;
+        if (!known[i].problem.empty()) {
+            results[i].verdict = known[i].isUnknown ? Verdict::unknown : Verdict::unusable;
+            results[i].reason = known[i].problem;
+            done(1);
+            continue;
+        }
+        results[i].recipe = known[i].recipes.front();
+        groups[known[i].recipes.front().model].push_back(i);
+    }
+    for (const auto& [model, group] : groups)
+        verifyGroup(group, known, results, root, backend, done, stop);
+    return results;
+}
+
+}  // namespace quillmere
