@@ -40,6 +40,9 @@ void addCommands(CLI::App& app, Invocation& invocation) {
     addTrain(app, invocation);
     addGenerate(app, invocation);
     addAudition(app, invocation);
+    addRecipe(app, invocation);
+    addVerify(app, invocation);
+    addRelatives(app, invocation);
     addPresets(app, invocation);
     addParameters(app, invocation);
     addDevices(app, invocation);

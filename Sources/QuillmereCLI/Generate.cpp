@@ -1,13 +1,14 @@
-#include <algorithm>
-#include <chrono>
 #include <memory>
 #include <utility>
 
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/DetailReport.h"
+#include "QuillmereCLI/Generating.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ParameterOptions.h"
+#include "QuillmereCLI/RecipeOptions.h"
+#include "QuillmereCLI/Remaking.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Network/Device/GPU.h"
@@ -19,20 +20,35 @@ namespace {
 
 struct GenerateOptions {
     CorpusOption corpus;
+    std::vector<std::filesystem::path> recipeFiles;
     std::filesystem::path output;
     std::int64_t count = 10;
+    std::int64_t first = 0;  // 0: none is given
     ParameterOptions parameters;
     std::string prefix;
+    RecipeOptions recipes;
     ComputeOptions compute;
     ModelsOption models;
     bool json = false;
 
     void addTo(CLI::App& app) {
-        corpus.addTo(app);
+        CLI::Option* const folder = corpus.addTo(app)->required(false);
         addPath(app, "--output", output, "Folder for the new files")->type_name("DIR")->required();
-        addWholeNumber(app, "--count", count, {1, 1'000'000}, "How many variations")
-            ->default_str(std::to_string(count));
+        CLI::Option* const howMany =
+            addWholeNumber(app, "--count", count, {1, 1'000'000}, "How many variations")
+                ->default_str(std::to_string(count));
+        constexpr std::int64_t mostVariations = 1'000'000'000'000;
+        CLI::Option* const start =
+            addWholeNumber(app, "--first", first, {1, mostVariations},
+                           "Number of the first variation, for a part of a larger job");
         parameters.addTo(app);
+        CLI::Option* const seed = app.get_option("--seed");
+        start->needs(seed);
+        CLI::Option* const recipe =
+            addFiles(app, "--recipe", recipeFiles,
+                     "Make these files again, or those of these recipes; --set changes them");
+        for (CLI::Option* const other : {folder, howMany, start, seed})
+            recipe->excludes(other);
         const auto storePrefix = [this](const std::string& text) {
             if (text.empty()) throwUsageError("--prefix", "must not be empty");
             prefix = text;
@@ -40,106 +56,41 @@ struct GenerateOptions {
         app.add_option_function<std::string>("--prefix", storePrefix, "How the names of the files begin")
             ->type_name("NAME")
             ->default_str("the folder's name");
+        recipes.addTo(app);
         compute.addTo(app);
         models.addTo(app);
         addJSON(app, json);
     }
-};
 
-// Shorter names first, so that ..._9999.wav precedes ..._10000.wav.
-bool nameOrder(const GeneratedSample& a, const GeneratedSample& b) {
-    const std::string nameA = a.url.filename().string();
-    const std::string nameB = b.url.filename().string();
-    return nameA.size() != nameB.size() ? nameA.size() < nameB.size() : nameA < nameB;
-}
-
-class GeneratingReport {
-public:
-    GeneratingReport(ProgressLine& progress, std::int64_t count) : progress_(progress), count_(count) {}
-
-    void report(std::int64_t done) {
-        WorkProgress work;
-        work.phase = "generating";
-        work.message = "Generating…";
-        work.unit = "variation";
-        work.step = done;
-        work.totalSteps = count_;
-        work.fraction = static_cast<double>(done) / static_cast<double>(count_);
-        if (done > 0) {
-            const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start_;
-            work.secondsRemaining =
-                elapsed.count() * static_cast<double>(count_ - done) / static_cast<double>(done);
-        }
-        progress_.report(work);
-        done_ = done;
+    void check() const {
+        if (recipeFiles.empty() && !corpus.isGiven()) throw CLI::RequiredError("FOLDER");
     }
-    [[nodiscard]] std::int64_t done() const { return done_; }
-
-private:
-    ProgressLine& progress_;
-    std::int64_t count_;
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    std::int64_t done_ = 0;
 };
-
-std::vector<GeneratedSample> generateFiles(SampleGenerator& generator, const GenerationRequest& request,
-                                           Console& console, ProgressLine& progress,
-                                           const CancelFlag& cancel) {
-    GeneratingReport report(progress, request.count);
-    report.report(0);
-    try {
-        std::vector<GeneratedSample> files = generator.generate(
-            request, [&](std::int64_t done, std::int64_t) { report.report(done); }, cancel.token());
-        // A cancelled last batch returns what it had written.
-        if (static_cast<std::int64_t>(files.size()) < request.count) cancel.check();
-        std::sort(files.begin(), files.end(), nameOrder);
-        return files;
-    } catch (const std::exception&) {
-        progress.finish();
-        if (report.done() > 0) {
-            console.note(counted(report.done(), "file was", "files were") + " written to " +
-                         shownPath(request.outputDirectory) + " before that.");
-        }
-        throw;
-    }
-}
 
 JSON resultJSON(const GenerationRequest& request, const std::vector<GeneratedSample>& files,
                 const ProgressLine& progress) {
     JSON result = makeResult("generate");
     result["seed"] = request.seed;
+    if (request.first) result["first"] = *request.first + 1;
     result["output"] = toJSON(request.outputDirectory);
     result["format"] = rawValue(request.format);
     result["aesthetics"] = toJSON(request.aesthetics);
-    JSON list = JSON::array();
-    for (const GeneratedSample& file : files) {
-        JSON item = JSON::object();
-        item["path"] = toJSON(file.url);
-        item["seconds"] = file.seconds;
-        if (request.detail > 0) item["detail"] = DetailReport::word(file.origin.detailBasis);
-        list.push_back(std::move(item));
-    }
-    result["files"] = std::move(list);
+    result["files"] = filesJSON(files);
     result["seconds"] = progress.timesJSON();
     return result;
 }
 
 void printResult(const GenerationRequest& request, const std::vector<GeneratedSample>& files,
                  bool seedWasGiven, const ProgressLine& progress, Console& console) {
-    std::vector<std::vector<std::string>> rows;
-    rows.reserve(files.size());
-    for (const GeneratedSample& file : files)
-        rows.push_back({"  " + shownPath(file.url.filename()), duration(file.seconds)});
     console.print("Wrote " + counted(request.count, "variation", "variations") + " to " +
                   shownPath(request.outputDirectory) + ":");
-    for (const std::string& line : table(rows))
-        console.print(line);
+    printFiles(files, console);
     const std::string seed = std::to_string(request.seed);
     console.print("Seed " + seed + (seedWasGiven ? "." : "; use --seed " + seed + " to get the same again."));
     console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
 }
 
-void generate(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
+void generateFromCorpus(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     GenerationRequest request;
     request.count = options.count;
@@ -149,15 +100,23 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     request.seed = options.parameters.seed();
     request.format = options.parameters.format();
     if (!options.prefix.empty()) request.namePrefix = options.prefix;
+    if (options.first > 0) request.first = options.first - 1;
 
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFolder(request.outputDirectory);
     ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
     const ClipSounds sounds = soundsFor(request.detail, bundle, corpus);
+    RecipeBase base = recipeBase(compute.device(), bundle.metadata);
+    base.aesthetics = request.aesthetics;
+    base.format = request.format;
+    RecipeKeeper keeper(options.recipes.carriers(), std::move(base));
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
-    const auto files = generateFiles(generator, request, console, progress, cancel);
+    GeneratingReport report(progress, request.count);
+    report.report(0);
+    const auto files = generateFiles(generator, request, keeper.hooks(), report, progress, console, cancel);
     progress.finish();
+    noteJournalProblem(keeper, console);
     DetailReport detail(request.detail, sounds);
     for (const GeneratedSample& file : files)
         detail.count(file.origin);
@@ -168,6 +127,16 @@ void generate(const GenerateOptions& options, Console& console, const CancelFlag
     console.emit(result);
 }
 
+void generateFromRecipes(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
+    auto compute = options.compute.begin(GPU::shared().machine(), console);
+    RemakingOrder order;
+    order.files = options.recipeFiles;
+    order.output = std::filesystem::absolute(options.output).lexically_normal();
+    order.models = options.models.root();
+    if (!options.prefix.empty()) order.prefix = options.prefix;
+    remake(order, options.parameters, options.recipes, compute.device(), console, cancel);
+}
+
 }  // namespace
 
 void addGenerate(CLI::App& app, Invocation& invocation) {
@@ -176,9 +145,14 @@ void addGenerate(CLI::App& app, Invocation& invocation) {
         app.add_subcommand("generate", "Write new samples; learns the folder first if need be");
     options->addTo(*command);
     command->callback([options, &invocation] {
+        options->check();
         invocation.json = options->json;
         invocation.action = [options](Console& console, const CancelFlag& cancel) {
-            generate(*options, console, cancel);
+            if (options->recipeFiles.empty()) {
+                generateFromCorpus(*options, console, cancel);
+            } else {
+                generateFromRecipes(*options, console, cancel);
+            }
         };
     });
 }

@@ -108,8 +108,8 @@ std::filesystem::path ModelsOption::root() const {
     return directory_.empty() ? ModelStore::rootDirectory() : ModelStore::corpusPath(directory_);
 }
 
-void CorpusOption::addTo(CLI::App& app) {
-    addPath(app, "FOLDER", folder_, "Folder of audio samples")->type_name("")->required();
+CLI::Option* CorpusOption::addTo(CLI::App& app) {
+    return addPath(app, "FOLDER", folder_, "Folder of audio samples")->type_name("")->required();
 }
 
 std::filesystem::path CorpusOption::folder() const {
@@ -125,7 +125,7 @@ void ComputeOptions::addTo(CLI::App& app) {
     app.add_option_function<std::string>("--device", storeDevice,
                                          "Where to compute; 'devices' lists numbers and names")
         ->type_name("auto|cpu|gpu|INDEX|NAME")
-        ->default_str("auto");
+        ->default_str(device_);
 }
 
 ComputeOptions::Scope::Scope(const ComputeOptions& options, network::Machine& machine, Console& console)

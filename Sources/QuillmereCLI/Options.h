@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -60,7 +61,9 @@ private:
 // FOLDER, the corpus.
 class CorpusOption {
 public:
-    void addTo(CLI::App& app);
+    // The option is required unless its caller takes that back.
+    CLI::Option* addTo(CLI::App& app);
+    [[nodiscard]] bool isGiven() const { return !folder_.empty(); }
     // Absolute and without "." and "..", because the folder's name becomes part of names.
     [[nodiscard]] std::filesystem::path folder() const;
 
@@ -85,6 +88,9 @@ public:
         network::ChosenDevice device_;
     };
 
+    // byDefault: the device without --device.
+    explicit ComputeOptions(std::string byDefault = "auto") : device_(std::move(byDefault)) {}
+
     void addTo(CLI::App& app);
     // Limits the threads and chooses one of machine's devices; tells console when the processor has to stand
     // in for it. Throws network::DeviceError if there is no such device or it does not open; what is chosen
@@ -95,7 +101,7 @@ public:
 
 private:
     std::int64_t threads_ = 0;  // 0: one per processor
-    std::string device_ = "auto";
+    std::string device_;
 };
 
 }  // namespace quillmere::cli

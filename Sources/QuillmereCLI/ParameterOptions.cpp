@@ -108,7 +108,7 @@ void ParameterOptions::addTo(CLI::App& app) {
             "How much fine structure and attack to take from the samples themselves")
         ->default_str("0");
     addSeed(app, seed_, "The same number gives the same result")->default_str("a fresh one");
-    addChoice(app, "--format", format_, formatNames(), "Sample format")->default_str(format_);
+    formatOption_ = addChoice(app, "--format", format_, formatNames(), "Sample format")->default_str(format_);
 }
 
 ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string& text) {
@@ -128,12 +128,23 @@ ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string
 }
 
 Aesthetics ParameterOptions::aesthetics(Console& console) const {
-    Aesthetics result;
+    return changed({}, console);
+}
+
+Aesthetics ParameterOptions::changed(const Aesthetics& start, Console& console) const {
+    Aesthetics result = start;
     if (preset_ != nullptr) result = preset_->aesthetics;
     if (!file_.empty()) result = readAesthetics(file_);
     for (const Assignment& assignment : assignments_)
         setNoted(result, *assignment.spec, assignment.value, console);
     return result;
+}
+
+std::vector<const ParameterSpec*> ParameterOptions::assigned() const {
+    std::vector<const ParameterSpec*> specs;
+    for (const Assignment& assignment : assignments_)
+        specs.push_back(assignment.spec);
+    return specs;
 }
 
 std::uint64_t ParameterOptions::seed() const {

@@ -25,14 +25,21 @@ public:
     // changes it; those of the file of --aesthetics may lie beyond. Throws Failure about that file.
     [[nodiscard]] Aesthetics aesthetics(Console& console) const;
 
+    // The same with other parameters to start from, where neither --preset nor --aesthetics is given.
+    [[nodiscard]] Aesthetics changed(const Aesthetics& start, Console& console) const;
+    // The parameters of --set.
+    [[nodiscard]] std::vector<const ParameterSpec*> assigned() const;
+
     // 0 ... 1; 0 if none is given.
     [[nodiscard]] double detail() const { return detail_.value_or(0); }
+    [[nodiscard]] bool detailWasGiven() const { return detail_.has_value(); }
 
     // The seed given, or a fresh one.
     [[nodiscard]] std::uint64_t seed() const;
     [[nodiscard]] bool seedWasGiven() const { return seed_.has_value(); }
 
     [[nodiscard]] OutputFormat format() const { return *outputFormat(format_); }
+    [[nodiscard]] bool formatWasGiven() const { return formatOption_ != nullptr && !formatOption_->empty(); }
 
 private:
     struct Assignment {
@@ -47,6 +54,7 @@ private:
     std::optional<double> detail_;
     std::optional<std::uint64_t> seed_;
     std::string format_{rawValue(OutputFormat::wav24)};
+    const CLI::Option* formatOption_ = nullptr;
 };
 
 }  // namespace quillmere::cli

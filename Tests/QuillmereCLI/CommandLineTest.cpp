@@ -9,8 +9,8 @@ namespace quillmere::testing {
 namespace {
 
 const std::vector<std::vector<std::string>> allCommands{
-    {},          {"scan"},       {"train"},  {"generate"},        {"audition"},
-    {"presets"}, {"parameters"}, {"models"}, {"models", "remove"}};
+    {},         {"scan"},      {"train"},   {"generate"},   {"audition"}, {"recipe"},
+    {"verify"}, {"relatives"}, {"presets"}, {"parameters"}, {"models"},   {"models", "remove"}};
 
 std::vector<std::string> with(std::vector<std::string> arguments, const std::string& last) {
     arguments.push_back(last);
@@ -49,7 +49,8 @@ TEST(CommandLine, HelpOfTrainNamesEveryOption) {
 TEST(CommandLine, HelpOfGenerateNamesEveryOption) {
     const std::string help = runCommand({"generate", "--help"}).out;
     for (const char* option : {"FOLDER", "--output", "--count", "--preset", "--set", "--aesthetics", "--seed",
-                               "--format", "--prefix", "--threads", "--models", "--device", "--json"})
+                               "--format", "--prefix", "--threads", "--models", "--device", "--json",
+                               "--first", "--recipe", "--no-journal", "--embed-recipe", "--recipes"})
         EXPECT_NE(help.find(option), std::string::npos) << option;
 }
 
@@ -78,6 +79,14 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{"UnknownOption", {"scan", "x", "--loud"}, "--loud"},
         Misuse{"MissingFolder", {"scan"}, "FOLDER"}, Misuse{"EmptyFolder", {"scan", ""}, "FOLDER"},
         Misuse{"TwoFolders", {"scan", "a", "b"}, "b"}, Misuse{"MissingOutput", {"generate", "x"}, "--output"},
+        Misuse{"MissingSource", {"generate", "--output", "o"}, "FOLDER is required"},
+        Misuse{"TwoSources", {"generate", "x", "--output", "o", "--recipe", "a.wav"}, "--recipe"},
+        Misuse{
+            "CountOfRecipes", {"generate", "--output", "o", "--count", "2", "--recipe", "a.wav"}, "--count"},
+        Misuse{"PartOfAnUnknownSeed", {"generate", "x", "--output", "o", "--first", "2"}, "--seed"},
+        Misuse{
+            "PartFromNothing", {"generate", "x", "--output", "o", "--first", "0", "--seed", "1"}, "--first"},
+        Misuse{"RecipeOfNothing", {"recipe"}, "FILE"},
         Misuse{"StepsZero", {"train", "x", "--steps", "0"}, "--steps"},
         Misuse{"StepsNegative", {"train", "x", "--steps=-3"}, "-3"},
         Misuse{"StepsFraction", {"train", "x", "--steps", "2.5"}, "2.5"},

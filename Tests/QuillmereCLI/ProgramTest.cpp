@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "Support/Environment.h"
 #include "Support/Program.h"
 #include "Support/SmallCorpus.h"
 #include "Support/TempFolder.h"
@@ -49,6 +50,10 @@ protected:
     const std::filesystem::path corpus = folder / "corpus";
     const std::filesystem::path models = folder / "models";
     const std::filesystem::path output = folder / "output";
+
+private:
+    // Nothing here may touch the user's own journal.
+    const EnvironmentVariable data_{"XDG_DATA_HOME", (folder / "data").string()};
 };
 
 double secondsSince(std::chrono::steady_clock::time_point start) {

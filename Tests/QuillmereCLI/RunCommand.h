@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "QuillmereCLI/CommandLine.h"
+#include "Support/Environment.h"
 #include "Support/SmallCorpus.h"
 #include "Support/TempFolder.h"
 
@@ -84,7 +85,8 @@ inline Outcome runCommandCancelledAt(const std::string& trigger, const std::vect
     return outcome;
 }
 
-// A small corpus, an empty models root and an output folder that does not exist yet.
+// A small corpus, an empty models root and an output folder that does not exist yet. The user's data, where
+// the journal is, are in a folder of the test's own.
 class CommandTest : public ::testing::Test {
 protected:
     CommandTest() { writeSmallCorpus(corpus); }
@@ -117,6 +119,10 @@ protected:
     const std::filesystem::path corpus = folder / "Struck Bars";
     const std::filesystem::path models = folder / "models";
     const std::filesystem::path output = folder / "output";
+    const std::filesystem::path journal = folder / "data" / "Quillmere" / "journal.jsonl";
+
+private:
+    const EnvironmentVariable data_{"XDG_DATA_HOME", (folder / "data").string()};
 };
 
 }  // namespace quillmere::testing

@@ -122,6 +122,10 @@ Lineage decodeLineage(const Reader& object) {
     return lineage;
 }
 
+const char* basisText(DetailBasis basis) {
+    return basis == DetailBasis::sources ? "sources" : "noise";
+}
+
 std::uint64_t unsignedMember(const Reader& object, const std::string& key) {
     const Reader& value = json::member(object, key);
     if (!value.is_number_unsigned())
@@ -137,11 +141,15 @@ Aesthetics decodeChecked(const Reader& object) {
     return aesthetics;
 }
 
-double decodeDetail(const Reader& document) {
-    if (!document.contains("detail")) return 0;
-    const double detail = json::numberMember(document, "detail");
-    if (!(detail >= 0 && detail <= 1)) throw DecodingError("\"detail\" must be a number from 0 to 1");
-    return detail;
+void decodeDetail(const Reader& document, Recipe& recipe) {
+    if (!document.contains("detail")) return;
+    recipe.detail = json::numberMember(document, "detail");
+    if (!(recipe.detail > 0 && recipe.detail <= 1))
+        throw DecodingError("\"detail\" must be a number above 0 and up to 1");
+    const std::string& basis = json::stringMember(document, "detailBasis");
+    if (basis != basisText(DetailBasis::sources) && basis != basisText(DetailBasis::noise))
+        throw DecodingError("\"detailBasis\" is unknown");
+    recipe.detailBasis = basis == basisText(DetailBasis::sources) ? DetailBasis::sources : DetailBasis::noise;
 }
 
 OutputFormat decodeFormat(const std::string& text) {
@@ -164,7 +172,7 @@ Recipe decodeDocument(const Reader& document) {
     recipe.seed = unsignedMember(document, "seed");
     recipe.index = json::integerMember(document, "index");
     recipe.aesthetics = decodeChecked(json::objectMember(document, "aesthetics"));
-    recipe.detail = decodeDetail(document);
+    decodeDetail(document, recipe);
     recipe.format = decodeFormat(json::stringMember(document, "format"));
     recipe.latent = decodeLatent(json::stringMember(document, "latent"));
     recipe.state = decodeState(json::stringMember(document, "state"));
@@ -196,6 +204,8 @@ SampleOrigin Recipe::origin() const {
             .latent = latent,
             .sources = sources,
             .model = model,
+            .detail = detail,
+            .detailBasis = detailBasis,
             .state = state};
 }
 
@@ -211,6 +221,8 @@ Recipe makeRecipe(const SampleOrigin& origin, const RecipeBase& base) {
             .seed = origin.seed - distance,
             .index = origin.index,
             .aesthetics = base.aesthetics,
+            .detail = origin.detail,
+            .detailBasis = origin.detailBasis,
             .format = base.format,
             .latent = origin.latent,
             .state = origin.state,
@@ -237,7 +249,10 @@ std::string encodeJSON(const Recipe& recipe) {
     document["seed"] = recipe.seed;
     document["index"] = recipe.index;
     document["aesthetics"] = Writer::parse(encodeJSON(recipe.aesthetics));
-    if (recipe.detail != 0) document["detail"] = recipe.detail;
+    if (recipe.detail > 0) {
+        document["detail"] = recipe.detail;
+        document["detailBasis"] = basisText(recipe.detailBasis);
+    }
     document["format"] = rawValue(recipe.format);
     document["latent"] = encodeLatent(recipe.latent);
     document["state"] = digits<std::uint64_t>(recipe.state);

@@ -37,7 +37,8 @@ struct Recipe {
     std::uint64_t seed = 0;   // of the request
     std::int64_t index = 0;   // of the variation, from 0
     Aesthetics aesthetics;
-    double detail = 0;  // 0 to 1: how much of the fine structure of its sources it has; 0 is none
+    double detail = 0;  // 0 to 1, of the request
+    DetailBasis detailBasis = DetailBasis::none;
     OutputFormat format = OutputFormat::wav24;
     std::vector<float> latent;                  // [latentDim]
     std::array<std::uint64_t, 4> state{};       // of the random generator after the latent vector was drawn
@@ -45,7 +46,7 @@ struct Recipe {
     std::optional<Lineage> lineage;
 
     // What SampleGenerator needs to make it again.
-    [[nodiscard]] VariationPlan plan() const { return {latent, state, aesthetics}; }
+    [[nodiscard]] VariationPlan plan() const { return {origin(), aesthetics}; }
     [[nodiscard]] SampleOrigin origin() const;
 
     friend bool operator==(const Recipe&, const Recipe&) = default;

@@ -226,6 +226,12 @@ FoundModel findModel(const Recipe& recipe, const fs::path& root, const std::stop
     return found;
 }
 
+ClipSounds learnedSounds(const ModelBundle& bundle, const std::stop_token& stop) {
+    std::error_code ignored;  // a folder that is gone has no sounds
+    if (!fs::is_directory(bundle.metadata.corpusPath, ignored)) return {};
+    return ClipSounds::inFolder(bundle, Corpus::scan(bundle.metadata.corpusPath, {}, stop));
+}
+
 std::string missingModelText(const Recipe& recipe, const FoundModel& found, const fs::path& root) {
     const std::string name = ModelStore::folderName(recipe.corpusName, recipe.fingerprint);
     if (found.hasChanged)

@@ -53,6 +53,13 @@ void compare(Verification& result, const KnownFile& known, std::span<const float
     compareSound(result, AudioIO::asWritten(samples, result.recipe->format), sampleRate);
 }
 
+// With detail, other sounds to take it from make another file.
+void noteOtherBasis(Verification& result, DetailBasis basis) {
+    if (result.isSame() || result.recipe->detailBasis == basis) return;
+    result.reason += basis == DetailBasis::noise ? "; the samples that its detail is from are not there"
+                                                 : "; its detail was made of noise";
+}
+
 void refuse(Verification& result, const Failure& failure) {
     result.verdict = Verdict::unusable;
     result.reason = failure.what();
@@ -65,7 +72,7 @@ void remakeEach(SampleGenerator& generator, std::span<const std::size_t> part,
     std::vector<VariationPlan> plans;
     for (const std::size_t i : part)
         plans.push_back(known[i].recipes.front().plan());
-    std::vector<std::vector<float>> samples;
+    std::vector<AuditionedSample> samples;
     try {
         samples = generator.remake(plans, stop);
     } catch (const InvalidParameterError& error) {
@@ -77,7 +84,8 @@ void remakeEach(SampleGenerator& generator, std::span<const std::size_t> part,
     }
     for (std::size_t k = 0; k < part.size(); ++k) {
         try {
-            compare(results[part[k]], known[part[k]], samples[k], generator.sampleRate());
+            compare(results[part[k]], known[part[k]], samples[k].samples, generator.sampleRate());
+            noteOtherBasis(results[part[k]], samples[k].origin.detailBasis);
         } catch (const Failure& failure) {
             refuse(results[part[k]], failure);
         }
@@ -108,7 +116,10 @@ void verifyGroup(std::span<const std::size_t> group, std::span<const KnownFile> 
                                        "the recipe is damaged: its latent vector does not fit the model"));
     }
     done(group.size() - fitting.size());
-    SampleGenerator generator(std::move(*found.bundle), backend);
+    const bool needsSounds =
+        std::ranges::any_of(fitting, [&](std::size_t i) { return known[i].recipes.front().detail > 0; });
+    ClipSounds sounds = needsSounds ? learnedSounds(*found.bundle, stop) : ClipSounds();
+    SampleGenerator generator(std::move(*found.bundle), backend, std::move(sounds));
     constexpr auto batch = static_cast<std::size_t>(SampleGenerator::batch);
     for (std::span<const std::size_t> rest = fitting; !rest.empty();) {
         const auto part = rest.first(std::min(batch, rest.size()));

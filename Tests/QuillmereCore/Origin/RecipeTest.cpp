@@ -76,10 +76,18 @@ TEST(Recipe, LineageComesBack) {
 TEST(Recipe, DetailComesBackAndIsNoneWhereNothingIsSaid) {
     Recipe recipe = sampleRecipe();
     EXPECT_EQ(encodeJSON(recipe).find("detail"), std::string::npos);
-    recipe.detail = 0.25;
-    EXPECT_EQ(decodeRecipe(encodeJSON(recipe)).detail, 0.25);
-    EXPECT_EQ(failureOf(changed([](JSON& document) { document["detail"] = 2; })).first,
-              RecipeError::Kind::damaged);
+    for (const DetailBasis basis : {DetailBasis::sources, DetailBasis::noise}) {
+        recipe.detail = 0.25;
+        recipe.detailBasis = basis;
+        EXPECT_EQ(decodeRecipe(encodeJSON(recipe)), recipe);
+    }
+    const std::string withDetail = encodeJSON(recipe);
+    for (const auto& [key, value] :
+         {std::pair("detail", JSON(2)), {"detail", JSON(0)}, {"detailBasis", JSON("hope")}}) {
+        JSON document = JSON::parse(withDetail);
+        document[key] = value;
+        EXPECT_EQ(failureOf(document.dump()).first, RecipeError::Kind::damaged) << key;
+    }
 }
 
 TEST(Recipe, IsOneLineInAnyLocale) {
@@ -172,6 +180,8 @@ TEST(Recipe, IsMadeFromAnOriginWithTheSeedOfTheRequest) {
                               .latent = {1, 2},
                               .sources = {{1, "x", 1}},
                               .model = "m",
+                              .detail = 0.5,
+                              .detailBasis = DetailBasis::noise,
                               .state = {1, 2, 3, 4}};
     const Recipe recipe = makeRecipe(origin, {.device = "cpu",
                                               .corpusName = "Kicks",

@@ -1,0 +1,197 @@
+#include "QuillmereCLI/Remaking.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <span>
+#include <utility>
+
+#include "QuillmereCLI/Generating.h"
+#include "QuillmereCLI/Learning.h"
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+// One file to make again.
+struct Order {
+    std::filesystem::path source;  // where its recipe comes from
+    Recipe recipe;                 // with what is to be different
+};
+
+// The parameters that only decide which latent vector is drawn.
+bool choosesPlace(const ParameterSpec& spec) {
+    return spec.group == ParameterSpec::Group::latent;
+}
+
+void noteWithoutEffect(const ParameterOptions& parameters, Console& console) {
+    for (const ParameterSpec* const spec : parameters.assigned()) {
+        if (choosesPlace(*spec)) {
+            console.note("Note: " + std::string(spec->id) +
+                         " changes nothing here: a recipe keeps the place in the model that was drawn.");
+        }
+    }
+}
+
+void noteOtherDevice(const Recipe& recipe, const std::string& device, const std::filesystem::path& source,
+                     Console& console) {
+    if (recipe.device == device) return;
+    console.note("Note: " + shownPath(source) + " was made on another device (" + printable(recipe.device) +
+                 "); the last bits may differ.");
+}
+
+// What is made of a recipe with these parameters.
+Recipe changedRecipe(const KnownFile& known, const Recipe& recipe, const ParameterOptions& parameters,
+                     Console& console) {
+    Recipe result = recipe;
+    result.aesthetics = parameters.changed(recipe.aesthetics, console);
+    if (parameters.formatWasGiven()) result.format = parameters.format();
+    if (result.aesthetics == recipe.aesthetics) return result;
+    std::vector<std::string> parents;
+    if (!known.digests.bytes.empty()) parents.push_back(known.digests.bytes);
+    result.lineage = Lineage{.way = "recipe", .parents = std::move(parents), .values = {}};
+    return result;
+}
+
+std::vector<Order> ordersFor(const RemakingOrder& order, const ParameterOptions& parameters, Console& console,
+                             const CancelFlag& cancel) {
+    std::vector<Order> orders;
+    for (const KnownFile& known : lookUp(order.files, cancel)) {
+        if (!known.problem.empty()) throw Failure(known.problem);
+        for (const Recipe& recipe : known.recipes)
+            orders.push_back({known.file, changedRecipe(known, recipe, parameters, console)});
+    }
+    return orders;
+}
+
+// The models that the orders need.
+class Models {
+public:
+    Models(std::filesystem::path root, network::ChosenDevice& device)
+        : root_(std::move(root)), device_(device) {}
+
+    SampleGenerator& of(const Order& order, const CancelFlag& cancel) {
+        std::unique_ptr<SampleGenerator>& generator = generators_[order.recipe.model];
+        if (!generator) generator = open(order, cancel);
+        const std::int64_t size = generator->bundle().config.latentDim;
+        if (std::ssize(order.recipe.latent) != size) {
+            throw RecipeError(RecipeError::Kind::unusable,
+                              "the recipe is damaged: its latent vector does not fit the model")
+                .in(order.source);
+        }
+        return *generator;
+    }
+
+private:
+    std::unique_ptr<SampleGenerator> open(const Order& order, const CancelFlag& cancel) {
+        FoundModel found = findModel(order.recipe, root_, cancel.token());
+        if (!found.bundle)
+            throw Failure(Text::utf8(order.source) + ": " + missingModelText(order.recipe, found, root_));
+        ClipSounds sounds = learnedSounds(*found.bundle, cancel.token());
+        return std::make_unique<SampleGenerator>(std::move(*found.bundle), device_.backend(),
+                                                 std::move(sounds));
+    }
+
+    std::filesystem::path root_;
+    network::ChosenDevice& device_;
+    std::map<std::string, std::unique_ptr<SampleGenerator>> generators_;
+};
+
+// Whether one job can make both.
+bool belongTogether(const Recipe& a, const Recipe& b) {
+    return a.model == b.model && a.corpusName == b.corpusName && a.aesthetics == b.aesthetics &&
+           a.format == b.format && a.lineage == b.lineage;
+}
+
+JSON resultJSON(const RemakingOrder& order, std::span<const Order> orders,
+                const std::vector<GeneratedSample>& files, const ProgressLine& progress) {
+    JSON result = makeResult("generate");
+    result["output"] = toJSON(order.output);
+    JSON list = filesJSON(files);
+    for (std::size_t i = 0; i < orders.size(); ++i) {
+        list[i]["source"] = toJSON(orders[i].source);
+        list[i]["format"] = rawValue(orders[i].recipe.format);
+        list[i]["aesthetics"] = toJSON(orders[i].recipe.aesthetics);
+    }
+    result["files"] = std::move(list);
+    result["seconds"] = progress.timesJSON();
+    return result;
+}
+
+// Length of the run of orders at the beginning that one job can make.
+std::size_t runLength(std::span<const Order> orders) {
+    const auto other = std::ranges::find_if_not(
+        orders, [&](const Order& one) { return belongTogether(orders.front().recipe, one.recipe); });
+    return static_cast<std::size_t>(other - orders.begin());
+}
+
+// Everything that the jobs of one command share.
+struct Workplace {
+    const RemakingOrder& order;
+    const RecipeOptions& recipes;
+    network::ChosenDevice& device;
+    ProgressLine& progress;
+    GeneratingReport& report;
+    Console& console;
+    const CancelFlag& cancel;
+};
+
+std::vector<GeneratedSample> makeTogether(std::span<const Order> orders, SampleGenerator& generator,
+                                          const Workplace& place) {
+    const Recipe& head = orders.front().recipe;
+    GenerationRequest request;
+    request.count = std::ssize(orders);
+    request.outputDirectory = place.order.output;
+    request.aesthetics = head.aesthetics;
+    request.format = head.format;
+    request.namePrefix = place.order.prefix.value_or(head.corpusName);
+    RecipeBase base = recipeBase(place.device, generator.bundle().metadata);
+    base.aesthetics = head.aesthetics;
+    base.format = head.format;
+    base.lineage = head.lineage;
+    RecipeKeeper keeper(place.recipes.carriers(), std::move(base));
+    GenerationHooks hooks = keeper.hooks();
+    hooks.origin = [&](std::int64_t index) {
+        return orders[static_cast<std::size_t>(index)].recipe.origin();
+    };
+    std::vector<GeneratedSample> files =
+        generateFiles(generator, request, hooks, place.report, place.progress, place.console, place.cancel);
+    noteJournalProblem(keeper, place.console);
+    return files;
+}
+
+}  // namespace
+
+void remake(const RemakingOrder& order, const ParameterOptions& parameters, const RecipeOptions& recipes,
+            network::ChosenDevice& device, Console& console, const CancelFlag& cancel) {
+    noteWithoutEffect(parameters, console);
+    const std::vector<Order> orders = ordersFor(order, parameters, console, cancel);
+    Models models(order.models, device);
+    const std::string here = recipeBase(device, {}).device;
+    for (const Order& one : orders) {
+        (void)models.of(one, cancel);
+        noteOtherDevice(one.recipe, here, one.source, console);
+    }
+    requireWritableFolder(order.output);
+
+    ProgressLine progress(console);
+    GeneratingReport report(progress, std::ssize(orders));
+    report.report(0);
+    const Workplace place{order, recipes, device, progress, report, console, cancel};
+    std::vector<GeneratedSample> files;
+    for (std::span<const Order> rest = orders; !rest.empty();) {
+        const std::span<const Order> together = rest.first(runLength(rest));
+        std::ranges::move(makeTogether(together, models.of(together.front(), cancel), place),
+                          std::back_inserter(files));
+        rest = rest.subspan(together.size());
+    }
+    progress.finish();
+    console.print("Made " + counted(std::ssize(files), "file", "files") + " again in " +
+                  shownPath(order.output) + ":");
+    printFiles(files, console);
+    console.emit(resultJSON(order, orders, files, progress));
+}
+
+}  // namespace quillmere::cli
