@@ -10,6 +10,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Generate/Finishing.h"
@@ -105,6 +106,59 @@ TEST_F(Generating, BytesDoNotDependOnTheNumberOfThreads) {
     const auto serial = bytesWith(1);
     EXPECT_EQ(serial.size(), 18U);
     EXPECT_EQ(bytesWith(4), serial);
+}
+
+TEST_F(Generating, PartsHaveTheNamesAndBytesOfTheWhole) {
+    GenerationRequest job = request(20);
+    (void)generate(job);
+    const auto whole = contentsOf(folder.path());
+    job.outputDirectory = folder / "parts";
+    for (const auto& [first, count] : {std::pair(17, 3), std::pair(0, 1), std::pair(1, 16)}) {
+        job.first = first;
+        job.count = count;
+        for (const GeneratedSample& sample : generate(job))
+            EXPECT_EQ(sample.origin.seed,
+                      SampleGenerator::variationSeed(42, static_cast<std::uint64_t>(sample.origin.index)));
+    }
+    EXPECT_EQ(contentsOf(job.outputDirectory), whole);
+}
+
+TEST_F(Generating, APartWhoseNumberIsTakenWritesNothing) {
+    GenerationRequest job = request(3);
+    job.first = 4;
+    testing::writeText(folder / "kick_var_0007.wav", "somebody's");
+    EXPECT_THROW((void)generate(job), FileError);
+    EXPECT_EQ(namesIn(folder.path()), std::set<std::string>{"kick_var_0007.wav"});
+}
+
+TEST_F(Generating, HooksBringOriginsAndSeeEveryFile) {
+    std::vector<SampleOrigin> origins;
+    for (std::uint64_t seed = 0; seed < 18; ++seed)
+        origins.push_back(generator.auditionWithOrigin(quick, 100 + seed).origin);
+    std::atomic<int> seen{0};
+    GenerationHooks hooks;
+    hooks.origin = [&](std::int64_t index) { return origins.at(static_cast<std::size_t>(index)); };
+    hooks.chunk = [](const SampleOrigin& origin) {
+        return GenerationHooks::Chunk{"test", std::to_string(origin.seed)};
+    };
+    hooks.written = [&](const GenerationHooks::WrittenFile& file) {
+        const std::string bytes(reinterpret_cast<const char*>(file.bytes.data()), file.bytes.size());
+        EXPECT_EQ(readText(file.sample.url), bytes);
+        EXPECT_NE(bytes.find("test"), std::string::npos);
+        EXPECT_EQ(generator.sampleRate(), file.sampleRate);
+        ++seen;
+    };
+    for (const GeneratedSample& sample : generator.generate(request(18), hooks, {}, {})) {
+        EXPECT_EQ(AudioIO::readMono(sample.url).samples, generator.audition(quick, sample.origin.seed));
+        EXPECT_EQ(sample.origin, origins.at(static_cast<std::size_t>(sample.origin.seed - 100)));
+    }
+    EXPECT_EQ(seen, 18);
+}
+
+TEST_F(Generating, WhatAHookThrowsEndsTheJob) {
+    GenerationHooks hooks;
+    hooks.written = [](const GenerationHooks::WrittenFile&) { throw Failure("no more"); };
+    EXPECT_THROW((void)generator.generate(request(2), hooks, {}, {}), Failure);
 }
 
 TEST_F(Generating, SamplesDoNotDependOnTheCallersTreatmentOfDenormals) {
