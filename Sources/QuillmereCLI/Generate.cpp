@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "QuillmereCLI/Commands.h"
@@ -18,9 +19,15 @@
 namespace quillmere::cli {
 namespace {
 
+constexpr double defaultCloseness = 0.7;
+
 struct GenerateOptions {
     CorpusOption corpus;
     std::vector<std::filesystem::path> recipeFiles;
+    std::vector<std::filesystem::path> likedFiles;
+    std::optional<double> closeness;
+    std::filesystem::path body;
+    std::filesystem::path skin;
     std::filesystem::path output;
     std::int64_t count = 10;
     std::int64_t first = 0;  // 0: none is given
@@ -47,8 +54,26 @@ struct GenerateOptions {
         CLI::Option* const recipe =
             addFiles(app, "--recipe", recipeFiles,
                      "Make these files again, or those of these recipes; --set changes them");
+        CLI::Option* const like =
+            addFiles(app, "--like", likedFiles, "Make new variations around these files");
+        addReal(app, "--closeness", closeness, {0, 1}, "How close to them: 1 between them, 0 far and wide")
+            ->default_str("0.7")
+            ->needs(like);
+        CLI::Option* const sameBody =
+            addPath(app, "--body", body, "Make variations at the place of this file, all else drawn anew")
+                ->type_name("FILE");
+        CLI::Option* const sameSkin =
+            addPath(app, "--skin", skin, "The reverse: other places, all else drawn as for this file")
+                ->type_name("FILE");
         for (CLI::Option* const other : {folder, howMany, start, seed})
             recipe->excludes(other);
+        const std::vector<CLI::Option*> sources{folder, recipe, like, sameBody, sameSkin};
+        for (CLI::Option* const source : sources) {
+            if (source != folder) source->excludes(start);
+            for (CLI::Option* const other : sources) {
+                if (other != source) source->excludes(other);
+            }
+        }
         const auto storePrefix = [this](const std::string& text) {
             if (text.empty()) throwUsageError("--prefix", "must not be empty");
             prefix = text;
@@ -63,7 +88,12 @@ struct GenerateOptions {
     }
 
     void check() const {
-        if (recipeFiles.empty() && !corpus.isGiven()) throw CLI::RequiredError("FOLDER");
+        if (!isFromFiles() && !corpus.isGiven()) throw CLI::RequiredError("FOLDER");
+    }
+
+    // Whether known files are to be worked from, and not a corpus.
+    [[nodiscard]] bool isFromFiles() const {
+        return !recipeFiles.empty() || !likedFiles.empty() || !body.empty() || !skin.empty();
     }
 };
 
@@ -127,10 +157,30 @@ void generateFromCorpus(const GenerateOptions& options, Console& console, const 
     console.emit(result);
 }
 
-void generateFromRecipes(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
-    auto compute = options.compute.begin(GPU::shared().machine(), console);
+// What is to be made, and of which files.
+RemakingOrder orderOf(const GenerateOptions& options) {
+    using Way = RemakingOrder::Way;
     RemakingOrder order;
-    order.files = options.recipeFiles;
+    order.count = options.count;
+    order.closeness = options.closeness.value_or(defaultCloseness);
+    if (!options.likedFiles.empty()) {
+        order.way = Way::like;
+        order.files = options.likedFiles;
+    } else if (!options.body.empty()) {
+        order.way = Way::body;
+        order.files = {options.body};
+    } else if (!options.skin.empty()) {
+        order.way = Way::skin;
+        order.files = {options.skin};
+    } else {
+        order.files = options.recipeFiles;
+    }
+    return order;
+}
+
+void generateFromFiles(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
+    auto compute = options.compute.begin(GPU::shared().machine(), console);
+    RemakingOrder order = orderOf(options);
     order.output = std::filesystem::absolute(options.output).lexically_normal();
     order.models = options.models.root();
     if (!options.prefix.empty()) order.prefix = options.prefix;
@@ -148,10 +198,10 @@ void addGenerate(CLI::App& app, Invocation& invocation) {
         options->check();
         invocation.json = options->json;
         invocation.action = [options](Console& console, const CancelFlag& cancel) {
-            if (options->recipeFiles.empty()) {
-                generateFromCorpus(*options, console, cancel);
+            if (options->isFromFiles()) {
+                generateFromFiles(*options, console, cancel);
             } else {
-                generateFromRecipes(*options, console, cancel);
+                generateFromCorpus(*options, console, cancel);
             }
         };
     });

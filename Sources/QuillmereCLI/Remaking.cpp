@@ -10,6 +10,7 @@
 #include "QuillmereCLI/Generating.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Origin/Likeness.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -26,11 +27,15 @@ bool choosesPlace(const ParameterSpec& spec) {
     return spec.group == ParameterSpec::Group::latent;
 }
 
-void noteWithoutEffect(const ParameterOptions& parameters, Console& console) {
+void noteWithoutEffect(const RemakingOrder& order, const ParameterOptions& parameters, Console& console) {
+    if (order.way == RemakingOrder::Way::skin) return;
+    const char* const reason =
+        order.way == RemakingOrder::Way::like
+            ? " changes nothing here: --closeness says how far the new ones go."
+            : " changes nothing here: a recipe keeps the place in the model that was drawn.";
     for (const ParameterSpec* const spec : parameters.assigned()) {
         if (choosesPlace(*spec)) {
-            console.note("Note: " + std::string(spec->id) +
-                         " changes nothing here: a recipe keeps the place in the model that was drawn.");
+            console.note("Note: " + std::string(spec->id) + reason);
         }
     }
 }
@@ -42,24 +47,42 @@ void noteOtherDevice(const Recipe& recipe, const std::string& device, const std:
                  "); the last bits may differ.");
 }
 
+double detailOf(const Recipe& recipe, const ParameterOptions& parameters) {
+    return parameters.detailWasGiven() ? parameters.detail() : recipe.detail;
+}
+
+bool needDetail(const std::vector<KnownFile>& files, const ParameterOptions& parameters) {
+    const auto needsIt = [&](const Recipe& recipe) { return detailOf(recipe, parameters) > 0; };
+    return std::ranges::any_of(
+        files, [&](const KnownFile& known) { return std::ranges::any_of(known.recipes, needsIt); });
+}
+
 // What is made of a recipe with these parameters.
 Recipe changedRecipe(const KnownFile& known, const Recipe& recipe, const ParameterOptions& parameters,
                      Console& console) {
     Recipe result = recipe;
     result.aesthetics = parameters.changed(recipe.aesthetics, console);
     if (parameters.formatWasGiven()) result.format = parameters.format();
-    if (result.aesthetics == recipe.aesthetics) return result;
+    result.detail = detailOf(recipe, parameters);
+    if (result.aesthetics == recipe.aesthetics && result.detail == recipe.detail) return result;
     std::vector<std::string> parents;
     if (!known.digests.bytes.empty()) parents.push_back(known.digests.bytes);
     result.lineage = Lineage{.way = "recipe", .parents = std::move(parents), .values = {}};
     return result;
 }
 
-std::vector<Order> ordersFor(const RemakingOrder& order, const ParameterOptions& parameters, Console& console,
-                             const CancelFlag& cancel) {
-    std::vector<Order> orders;
-    for (const KnownFile& known : lookUp(order.files, cancel)) {
+std::vector<KnownFile> lookUpAll(const std::vector<std::filesystem::path>& files, const CancelFlag& cancel) {
+    std::vector<KnownFile> all = lookUp(files, cancel);
+    for (const KnownFile& known : all) {
         if (!known.problem.empty()) throw Failure(known.problem);
+    }
+    return all;
+}
+
+std::vector<Order> ordersAgain(const std::vector<KnownFile>& files, const ParameterOptions& parameters,
+                               Console& console) {
+    std::vector<Order> orders;
+    for (const KnownFile& known : files) {
         for (const Recipe& recipe : known.recipes)
             orders.push_back({known.file, changedRecipe(known, recipe, parameters, console)});
     }
@@ -69,8 +92,9 @@ std::vector<Order> ordersFor(const RemakingOrder& order, const ParameterOptions&
 // The models that the orders need.
 class Models {
 public:
-    Models(std::filesystem::path root, network::ChosenDevice& device)
-        : root_(std::move(root)), device_(device) {}
+    // needsSounds: with the sounds that they have learned, for detail.
+    Models(std::filesystem::path root, network::ChosenDevice& device, bool needsSounds)
+        : root_(std::move(root)), device_(device), needsSounds_(needsSounds) {}
 
     SampleGenerator& of(const Order& order, const CancelFlag& cancel) {
         std::unique_ptr<SampleGenerator>& generator = generators_[order.recipe.model];
@@ -89,25 +113,80 @@ private:
         FoundModel found = findModel(order.recipe, root_, cancel.token());
         if (!found.bundle)
             throw Failure(Text::utf8(order.source) + ": " + missingModelText(order.recipe, found, root_));
-        ClipSounds sounds = learnedSounds(*found.bundle, cancel.token());
+        ClipSounds sounds = needsSounds_ ? learnedSounds(*found.bundle, cancel.token()) : ClipSounds();
         return std::make_unique<SampleGenerator>(std::move(*found.bundle), device_.backend(),
                                                  std::move(sounds));
     }
 
     std::filesystem::path root_;
     network::ChosenDevice& device_;
+    bool needsSounds_;
     std::map<std::string, std::unique_ptr<SampleGenerator>> generators_;
 };
+
+std::string_view rawValue(RemakingOrder::Way way) {
+    switch (way) {
+        case RemakingOrder::Way::like:
+            return "like";
+        case RemakingOrder::Way::body:
+            return "body";
+        case RemakingOrder::Way::skin:
+            return "skin";
+        case RemakingOrder::Way::again:
+            break;
+    }
+    return "recipe";
+}
+
+// Orders for new variations out of the files.
+std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<KnownFile>& files,
+                                const ParameterOptions& parameters, std::uint64_t seed, Models& models,
+                                Console& console, const CancelFlag& cancel) {
+    Lineage lineage{.way = std::string(rawValue(order.way)), .parents = {}, .values = {}};
+    if (order.way == RemakingOrder::Way::like) lineage.values["closeness"] = order.closeness;
+    std::vector<Recipe> known;
+    for (const KnownFile& file : files) {
+        if (!file.digests.bytes.empty()) lineage.parents.push_back(file.digests.bytes);
+        for (const Recipe& recipe : file.recipes) {
+            (void)models.of({file.file, recipe}, cancel);  // each has to fit its model
+            known.push_back(recipe);
+            if (recipe.model != known.front().model)
+                throw Failure(Text::utf8(file.file) + " was made with another model than " +
+                              Text::utf8(files.front().file));
+        }
+    }
+    const Recipe& first = known.front();
+    const SampleGenerator& generator = models.of({files.front().file, first}, cancel);
+    const ModelMetadata& model = generator.bundle().metadata;
+    const RecipeBase base{.corpusName = model.corpusName,
+                          .fingerprint = model.fingerprint,
+                          .aesthetics = parameters.changed(first.aesthetics, console),
+                          .format = parameters.formatWasGiven() ? parameters.format() : first.format,
+                          .lineage = lineage};
+    const auto originOf = [&](std::int64_t index) {
+        if (order.way == RemakingOrder::Way::like)
+            return Likeness::around(generator, known, order.closeness, seed, index);
+        if (order.way == RemakingOrder::Way::body) return Likeness::sameBody(first, seed, index);
+        return Likeness::sameSkin(generator, first, base.aesthetics, seed, index);
+    };
+    std::vector<Order> orders;
+    for (std::int64_t index = 0; index < order.count; ++index) {
+        Order& one = orders.emplace_back(files.front().file, makeRecipe(originOf(index), base));
+        one.recipe.detail = detailOf(first, parameters);
+    }
+    return orders;
+}
 
 // Whether one job can make both.
 bool belongTogether(const Recipe& a, const Recipe& b) {
     return a.model == b.model && a.corpusName == b.corpusName && a.aesthetics == b.aesthetics &&
-           a.format == b.format && a.lineage == b.lineage;
+           a.detail == b.detail && a.format == b.format && a.lineage == b.lineage;
 }
 
-JSON resultJSON(const RemakingOrder& order, std::span<const Order> orders,
+JSON resultJSON(const RemakingOrder& order, std::span<const Order> orders, std::uint64_t seed,
                 const std::vector<GeneratedSample>& files, const ProgressLine& progress) {
     JSON result = makeResult("generate");
+    if (order.way != RemakingOrder::Way::again) result["seed"] = seed;
     result["output"] = toJSON(order.output);
     JSON list = filesJSON(files);
     for (std::size_t i = 0; i < orders.size(); ++i) {
@@ -145,6 +224,7 @@ std::vector<GeneratedSample> makeTogether(std::span<const Order> orders, SampleG
     request.count = std::ssize(orders);
     request.outputDirectory = place.order.output;
     request.aesthetics = head.aesthetics;
+    request.detail = head.detail;
     request.format = head.format;
     request.namePrefix = place.order.prefix.value_or(head.corpusName);
     RecipeBase base = recipeBase(place.device, generator.bundle().metadata);
@@ -166,13 +246,18 @@ std::vector<GeneratedSample> makeTogether(std::span<const Order> orders, SampleG
 
 void remake(const RemakingOrder& order, const ParameterOptions& parameters, const RecipeOptions& recipes,
             network::ChosenDevice& device, Console& console, const CancelFlag& cancel) {
-    noteWithoutEffect(parameters, console);
-    const std::vector<Order> orders = ordersFor(order, parameters, console, cancel);
-    Models models(order.models, device);
+    noteWithoutEffect(order, parameters, console);
+    const bool isNew = order.way != RemakingOrder::Way::again;
+    const std::uint64_t seed = parameters.seed();
+    const std::vector<KnownFile> known = lookUpAll(order.files, cancel);
+    Models models(order.models, device, needDetail(known, parameters));
+    const std::vector<Order> orders =
+        isNew ? ordersForNew(order, known, parameters, seed, models, console, cancel)
+              : ordersAgain(known, parameters, console);
     const std::string here = recipeBase(device, {}).device;
     for (const Order& one : orders) {
         (void)models.of(one, cancel);
-        noteOtherDevice(one.recipe, here, one.source, console);
+        if (!isNew) noteOtherDevice(one.recipe, here, one.source, console);
     }
     requireWritableFolder(order.output);
 
@@ -188,10 +273,13 @@ void remake(const RemakingOrder& order, const ParameterOptions& parameters, cons
         rest = rest.subspan(together.size());
     }
     progress.finish();
-    console.print("Made " + counted(std::ssize(files), "file", "files") + " again in " +
-                  shownPath(order.output) + ":");
+    console.print(isNew ? "Wrote " + counted(std::ssize(files), "variation", "variations") + " to " +
+                              shownPath(order.output) + ":"
+                        : "Made " + counted(std::ssize(files), "file", "files") + " again in " +
+                              shownPath(order.output) + ":");
     printFiles(files, console);
-    console.emit(resultJSON(order, orders, files, progress));
+    if (isNew) console.print("Seed " + std::to_string(seed) + ".");
+    console.emit(resultJSON(order, orders, seed, files, progress));
 }
 
 }  // namespace quillmere::cli

@@ -48,9 +48,11 @@ TEST(CommandLine, HelpOfTrainNamesEveryOption) {
 
 TEST(CommandLine, HelpOfGenerateNamesEveryOption) {
     const std::string help = runCommand({"generate", "--help"}).out;
-    for (const char* option : {"FOLDER", "--output", "--count", "--preset", "--set", "--aesthetics", "--seed",
-                               "--format", "--prefix", "--threads", "--models", "--device", "--json",
-                               "--first", "--recipe", "--no-journal", "--embed-recipe", "--recipes"})
+    for (const char* option :
+         {"FOLDER", "--output",     "--count",        "--preset",  "--set",       "--aesthetics",
+          "--seed", "--format",     "--prefix",       "--threads", "--models",    "--device",
+          "--json", "--first",      "--recipe",       "--like",    "--closeness", "--body",
+          "--skin", "--no-journal", "--embed-recipe", "--recipes"})
         EXPECT_NE(help.find(option), std::string::npos) << option;
 }
 
@@ -86,6 +88,11 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{"PartOfAnUnknownSeed", {"generate", "x", "--output", "o", "--first", "2"}, "--seed"},
         Misuse{
             "PartFromNothing", {"generate", "x", "--output", "o", "--first", "0", "--seed", "1"}, "--first"},
+        Misuse{"ClosenessToNothing", {"generate", "x", "--output", "o", "--closeness", "1"}, "--like"},
+        Misuse{"TooClose",
+               {"generate", "--output", "o", "--like", "a.wav", "--closeness", "1.1"},
+               "--closeness"},
+        Misuse{"BodyAndSkin", {"generate", "--output", "o", "--body", "a.wav", "--skin", "b.wav"}, "--skin"},
         Misuse{"RecipeOfNothing", {"recipe"}, "FILE"},
         Misuse{"StepsZero", {"train", "x", "--steps", "0"}, "--steps"},
         Misuse{"StepsNegative", {"train", "x", "--steps=-3"}, "-3"},

@@ -239,6 +239,85 @@ TEST_F(RecipeCommand, CanBeCancelled) {
     EXPECT_LE(entriesIn(again), 16U);
 }
 
+// ---- New ones out of known ones
+
+class Likeness : public RecipeCommand {
+protected:
+    Likeness() { EXPECT_EQ(generate({"--preset", "Wild"}).exitCode, 0); }
+
+    // Makes two new variations in the folder "again" and returns their recipes.
+    [[nodiscard]] std::vector<Recipe> make(const std::vector<std::string>& how) const {
+        fs::remove_all(again);
+        std::vector<std::string> arguments{"generate", "--output", again.string(), "--count", "2", "--json"};
+        arguments.insert(arguments.end(), how.begin(), how.end());
+        const Outcome outcome = runCommand(withModels(arguments));
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        std::vector<Recipe> recipes;
+        for (const cli::JSON& made : outcome.event("result")["files"])
+            recipes.push_back(recipeOf(made["path"].get<std::string>()));
+        return recipes;
+    }
+    [[nodiscard]] static Recipe recipeOf(const std::string& path) {
+        const Outcome outcome = runCommand({"recipe", path, "--json"});
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        return decodeRecipe(outcome.event("result")["files"][0]["recipes"][0].dump());
+    }
+};
+
+TEST_F(Likeness, NewOnesLieAroundTheLikedOnesAndSayFromWhichTheyCome) {
+    const auto recipes = make({"--like", file(1), file(2), "--closeness", "0.9", "--seed", "8"});
+    ASSERT_EQ(recipes.size(), 2U);
+    EXPECT_NE(recipes[0].latent, recipes[1].latent);
+    for (const Recipe& recipe : recipes) {
+        EXPECT_EQ(recipe.seed, 8U);
+        ASSERT_TRUE(recipe.lineage.has_value());
+        EXPECT_EQ(recipe.lineage->way, "like");
+        EXPECT_EQ(recipe.lineage->parents.size(), 2U);
+        EXPECT_EQ(recipe.lineage->values.at("closeness"), 0.9);
+        EXPECT_EQ(recipe.aesthetics, recipeOf(file(1)).aesthetics) << "the character of the first";
+    }
+    EXPECT_THAT(runCommand({"recipe", (again / "Struck_Bars_var_0001.wav").string()}).out,
+                HasSubstr("like closeness 0.90, from 2 files"));
+    EXPECT_EQ(runCommand(withModels({"verify", again.string()})).exitCode, 0);
+}
+
+TEST_F(Likeness, TheSameSeedGivesTheSameAgain) {
+    EXPECT_EQ(make({"--like", file(1), "--seed", "8"}), make({"--like", file(1), "--seed", "8"}));
+    EXPECT_NE(make({"--like", file(1)})[0].latent, make({"--like", file(1)})[0].latent) << "a fresh seed";
+    EXPECT_EQ(make({"--like", file(1), "--closeness", "1"})[1].latent, recipeOf(file(1)).latent);
+}
+
+TEST_F(Likeness, ABodyKeepsThePlaceAndASkinAllElse) {
+    const Recipe known = recipeOf(file(2));
+    for (const Recipe& recipe : make({"--body", file(2)})) {
+        EXPECT_EQ(recipe.latent, known.latent);
+        EXPECT_NE(recipe.state, known.state);
+        EXPECT_EQ(recipe.lineage->way, "body");
+    }
+    for (const Recipe& recipe : make({"--skin", file(2), "--set", "drift=2"})) {
+        EXPECT_NE(recipe.latent, known.latent);
+        EXPECT_EQ(recipe.state, known.state);
+        EXPECT_EQ(recipe.aesthetics.drift, 2);
+        EXPECT_EQ(recipe.lineage->way, "skin");
+    }
+}
+
+TEST_F(Likeness, FilesOfDifferentModelsHaveNothingInBetween) {
+    ASSERT_EQ(runCommand(trainArguments({"--retrain", "--seed", "77"})).exitCode, 0);
+    ASSERT_EQ(generate().exitCode, 0);
+    const auto like = [&](const std::string& first, const std::string& second) {
+        return runCommand(withModels({"generate", "--output", again.string(), "--like", first, second}));
+    };
+    EXPECT_THAT(like(file(1), file(4)).err, HasSubstr("var_0001.wav: the model"));
+    const fs::path other = models / "Other";
+    fs::rename(modelFolder(), other);
+    ASSERT_EQ(runCommand(trainArguments()).exitCode, 0);
+    const Outcome outcome = like(file(1), file(4));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("var_0004.wav was made with another model than"));
+    EXPECT_FALSE(fs::exists(again));
+}
+
 // ---- Parts of a larger job
 
 TEST_F(RecipeCommand, PartsHaveTheNumbersAndBytesOfOneRun) {

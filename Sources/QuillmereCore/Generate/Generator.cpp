@@ -343,9 +343,8 @@ SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& req
     std::vector<std::vector<float>> latents;
     for (std::int64_t index = firstIndex(request) + start; index < firstIndex(request) + end; ++index) {
         const std::uint64_t seed = variationSeed(request.seed, static_cast<std::uint64_t>(index));
-        SeededRNG rng(seed);
         variations.origins.push_back(hooks.origin ? hooks.origin(index)
-                                                  : drawOrigin(rng, request.aesthetics, index, seed));
+                                                  : draw(request.aesthetics, index, seed));
         variations.origins.back().detail = request.detail;
         latents.push_back(variations.origins.back().latent);
     }
@@ -353,17 +352,18 @@ SampleGenerator::Batch SampleGenerator::decodeBatch(const GenerationRequest& req
     return variations;
 }
 
-SampleOrigin SampleGenerator::drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
-                                         std::uint64_t seed) const {
-    LatentDraw draw = sampler_.draw(rng, aesthetics);
+SampleOrigin SampleGenerator::draw(const Aesthetics& aesthetics, std::int64_t index,
+                                   std::uint64_t seed) const {
+    SeededRNG rng(seed);
+    LatentDraw drawn = sampler_.draw(rng, aesthetics);
     SampleOrigin origin{.index = index,
                         .seed = seed,
-                        .latent = std::move(draw.latent),
+                        .latent = std::move(drawn.latent),
                         .sources = {},
                         .model = identity(),
                         .state = rng.s};
     const std::vector<std::string>& names = bundle_.metadata.clipNames;
-    for (const auto& [clip, weight] : draw.sources)
+    for (const auto& [clip, weight] : drawn.sources)
         origin.sources.push_back({clip, clip < names.size() ? names[clip] : std::string(), weight});
     return origin;
 }
@@ -380,8 +380,7 @@ AuditionedSample SampleGenerator::audition(const AuditionRequest& request, const
     validate(request.aesthetics);
     validateDetail(request.detail);
     if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
-    SeededRNG rng(request.seed);
-    SampleOrigin origin = drawOrigin(rng, request.aesthetics, 0, request.seed);
+    SampleOrigin origin = draw(request.aesthetics, 0, request.seed);
     origin.detail = request.detail;
     const std::vector<std::vector<float>> images = inference_.decode(std::span(&origin.latent, 1));
     Worker worker = makeWorker(request.detail);

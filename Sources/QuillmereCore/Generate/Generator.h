@@ -154,7 +154,12 @@ public:
     // What identifies the model. Computed at the first call. Threads: any.
     [[nodiscard]] const std::string& identity() const;
 
-    // One latent vector by the four "departure" parameters.
+    [[nodiscard]] const LatentSampler& sampler() const noexcept { return sampler_; }
+
+    // What a variation comes from by the four "departure" parameters. seed: its own.
+    [[nodiscard]] SampleOrigin draw(const Aesthetics& aesthetics, std::int64_t index,
+                                    std::uint64_t seed) const;
+    // One latent vector by the same.
     [[nodiscard]] std::vector<float> sampleLatent(SeededRNG& rng, const Aesthetics& aesthetics) const;
 
     // One decoded image [nMels][frames] to finished samples. stft: made for the model's configuration.
@@ -225,9 +230,6 @@ private:
     // The variations from start to end, at most a batch.
     [[nodiscard]] Batch decodeBatch(const GenerationRequest& request, const GenerationHooks& hooks,
                                     std::int64_t start, std::int64_t end);
-    // Draws the latent vector of a variation. rng: made from seed.
-    [[nodiscard]] SampleOrigin drawOrigin(SeededRNG& rng, const Aesthetics& aesthetics, std::int64_t index,
-                                          std::uint64_t seed) const;
 
     // What one thread renders with.
     struct Worker {

@@ -95,6 +95,21 @@ LatentDraw LatentSampler::draw(SeededRNG& rng, const Aesthetics& aesthetics) con
     return draw;
 }
 
+LatentSampler::Surroundings LatentSampler::around(std::span<const std::vector<float>> others, double drift,
+                                                  SeededRNG& rng) const {
+    require(!others.empty(), "LatentSampler: nothing to sample around");
+    std::vector<LatentDraw::Source> sources(others.size());
+    drawWeights(sources, rng);
+    Surroundings place{std::vector<float>(centroid_.size()), {}};
+    for (std::size_t i = 0; i < others.size(); ++i) {
+        require(others[i].size() == centroid_.size(), "LatentSampler: a latent vector of another size");
+        addScaled(place.latent, others[i], sources[i].weight);
+        place.weights.push_back(sources[i].weight);
+    }
+    addDrift(place.latent, drift, rng);
+    return place;
+}
+
 std::size_t LatentSampler::sourceCount(double sources) const {
     constexpr long long most = 8;
     const long long available = std::min(std::ssize(latents_), static_cast<std::ptrdiff_t>(most));

@@ -44,6 +44,16 @@ public:
     // The same vector, by the same random numbers, with its sources.
     [[nodiscard]] LatentDraw draw(SeededRNG& rng, const Aesthetics& aesthetics) const;
 
+    // A place around others.
+    struct Surroundings {
+        std::vector<float> latent;   // [dim]
+        std::vector<float> weights;  // of each of the others in the blend; they sum to 1
+    };
+    // A random blend of the given latent vectors, with weights drawn as in draw, and from there a walk with
+    // that drift. others: at least one, [dim] each.
+    [[nodiscard]] Surroundings around(std::span<const std::vector<float>> others, double drift,
+                                      SeededRNG& rng) const;
+
 private:
     [[nodiscard]] std::size_t sourceCount(double sources) const;
     [[nodiscard]] std::vector<LatentDraw::Source> pickSources(std::size_t count, SeededRNG& rng) const;
