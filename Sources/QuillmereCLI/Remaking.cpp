@@ -99,11 +99,10 @@ public:
     SampleGenerator& of(const Order& order, const CancelFlag& cancel) {
         std::unique_ptr<SampleGenerator>& generator = generators_[order.recipe.model];
         if (!generator) generator = open(order, cancel);
-        const std::int64_t size = generator->bundle().config.latentDim;
-        if (std::ssize(order.recipe.latent) != size) {
-            throw RecipeError(RecipeError::Kind::unusable,
-                              "the recipe is damaged: its latent vector does not fit the model")
-                .in(order.source);
+        try {
+            requireFit(order.recipe, generator->bundle());
+        } catch (const RecipeError& error) {
+            throw error.in(order.source);
         }
         return *generator;
     }
@@ -171,8 +170,8 @@ std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<Kn
     };
     std::vector<Order> orders;
     for (std::int64_t index = 0; index < order.count; ++index) {
-        Order& one = orders.emplace_back(files.front().file, makeRecipe(originOf(index), base));
-        one.recipe.detail = detailOf(first, parameters);
+        orders.push_back({files.front().file, makeRecipe(originOf(index), base)});
+        orders.back().recipe.detail = detailOf(first, parameters);
     }
     return orders;
 }

@@ -17,8 +17,9 @@ std::vector<SampleOrigin::Source> sharedSources(std::span<const Recipe> liked,
     std::map<std::size_t, SampleOrigin::Source> byClip;
     for (std::size_t i = 0; i < liked.size(); ++i) {
         for (const SampleOrigin::Source& source : liked[i].sources) {
-            SampleOrigin::Source& sum =
-                byClip.try_emplace(source.clip, source.clip, source.name, 0.0F).first->second;
+            SampleOrigin::Source& sum = byClip[source.clip];
+            sum.clip = source.clip;
+            sum.name = source.name;
             sum.weight += weights[i] * source.weight;
         }
     }
@@ -30,6 +31,7 @@ std::vector<SampleOrigin::Source> sharedSources(std::span<const Recipe> liked,
     float sum = 0;
     for (const SampleOrigin::Source& source : sources)
         sum += source.weight;
+    if (!(sum > 0)) return sources;
     for (SampleOrigin::Source& source : sources)
         source.weight /= sum;
     return sources;

@@ -95,8 +95,10 @@ std::vector<SampleOrigin::Source> decodeSources(const Reader& list) {
         if (!item.is_object()) throw DecodingError("\"sources\" must be a list of objects");
         const std::int64_t clip = json::integerMember(item, "clip");
         if (clip < 0) throw DecodingError("\"clip\" must not be negative");
-        sources.push_back({static_cast<std::size_t>(clip), json::stringMember(item, "name"),
-                           static_cast<float>(json::numberMember(item, "weight"))});
+        const double weight = json::numberMember(item, "weight");
+        if (!(weight >= 0 && weight <= 1)) throw DecodingError("\"weight\" must be a number from 0 to 1");
+        sources.push_back(
+            {static_cast<std::size_t>(clip), json::stringMember(item, "name"), static_cast<float>(weight)});
     }
     return sources;
 }

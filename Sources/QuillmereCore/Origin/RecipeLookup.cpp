@@ -1,5 +1,6 @@
 #include "QuillmereCore/Origin/RecipeLookup.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -224,6 +225,18 @@ FoundModel findModel(const Recipe& recipe, const fs::path& root, const std::stop
     }
     found.hasChanged = !found.bundle && isThere;
     return found;
+}
+
+void requireFit(const Recipe& recipe, const ModelBundle& model) {
+    const auto refuse = [](const char* part) {
+        throw RecipeError(RecipeError::Kind::unusable,
+                          std::string("the recipe is damaged: its ") + part + " not fit the model");
+    };
+    if (std::ssize(recipe.latent) != model.config.latentDim) refuse("latent vector does");
+    const auto isClip = [&](const SampleOrigin::Source& source) {
+        return source.clip < model.latents.size();
+    };
+    if (!std::ranges::all_of(recipe.sources, isClip)) refuse("sources do");
 }
 
 ClipSounds learnedSounds(const ModelBundle& bundle, const std::stop_token& stop) {

@@ -55,6 +55,9 @@ struct FoundModel {
 // opened are passed over. Throws FileError when root cannot be read, and CancellationError.
 [[nodiscard]] FoundModel findModel(const Recipe& recipe, const std::filesystem::path& root,
                                    const std::stop_token& stop = {});
+// Throws RecipeError (unusable) unless the recipe's latent vector has the model's size and its sources are
+// clips of the model.
+void requireFit(const Recipe& recipe, const ModelBundle& model);
 // The sounds of its clips, for detail, where the folder is still what was learned; else none. Throws
 // CancellationError, and FileError and AudioIOError for the system's trouble.
 [[nodiscard]] ClipSounds learnedSounds(const ModelBundle& bundle, const std::stop_token& stop = {});

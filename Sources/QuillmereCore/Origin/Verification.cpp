@@ -105,15 +105,14 @@ void verifyGroup(std::span<const std::size_t> group, std::span<const KnownFile> 
         }
         return done(group.size());
     }
-    const std::int64_t size = found.bundle->config.latentDim;
     std::vector<std::size_t> fitting;
     for (const std::size_t i : group) {
-        if (std::ssize(known[i].recipes.front().latent) == size) {
+        try {
+            requireFit(known[i].recipes.front(), *found.bundle);
             fitting.push_back(i);
-            continue;
+        } catch (const RecipeError& error) {
+            refuse(results[i], error);
         }
-        refuse(results[i], RecipeError(RecipeError::Kind::unusable,
-                                       "the recipe is damaged: its latent vector does not fit the model"));
     }
     done(group.size() - fitting.size());
     const bool needsSounds =

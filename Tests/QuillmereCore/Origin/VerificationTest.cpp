@@ -169,6 +169,8 @@ TEST_F(LyingJournal, ARecipeThatCannotBeFollowedIsUnusableAndSpoilsNoOther) {
         verdicts.push_back(result.verdict);
     EXPECT_THAT(verdicts, ElementsAre(Verdict::unusable, Verdict::sameBytes, Verdict::sameBytes));
     EXPECT_EQ(checkWith([](JournalEntry& other) { other.recipe.latent = {1}; }).verdict, Verdict::unusable);
+    EXPECT_EQ(checkWith([](JournalEntry& other) { other.recipe.sources.at(0).clip = 6; }).verdict,
+              Verdict::unusable);
 }
 
 TEST_F(Verifying, CountsEveryFileAndCanBeCancelled) {
