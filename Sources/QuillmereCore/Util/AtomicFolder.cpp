@@ -54,7 +54,8 @@ bool exchangeFolders(const fs::path& folder, const fs::path& other) {
 
 std::error_code syncFolder(const fs::path& folder) {
     const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!descriptor.isOpen()) return lastError();
+    // A folder that may be written to but not read has no handle to ask with.
+    if (!descriptor.isOpen()) return errno == EACCES ? std::error_code() : lastError();
     if (::fsync(descriptor.get()) == 0) return {};
     // Some file systems have nothing that could be forced to a disk.
     return errno == EINVAL || errno == ENOTSUP ? std::error_code() : lastError();

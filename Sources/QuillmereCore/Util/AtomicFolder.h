@@ -14,7 +14,7 @@ namespace quillmere {
 [[nodiscard]] bool exchangeFolders(const std::filesystem::path& folder, const std::filesystem::path& other);
 
 // Returns when the names in folder are on the disk (the content of its files is another matter), or why they
-// may not be.
+// may not be. Nothing is forced, and nothing told, where folder may not be read.
 [[nodiscard]] std::error_code syncFolder(const std::filesystem::path& folder);
 
 }  // namespace quillmere
