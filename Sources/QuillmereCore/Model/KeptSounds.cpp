@@ -48,7 +48,7 @@ std::uint32_t countAt(std::string_view bytes, std::size_t at) {
 }  // namespace
 
 struct KeptSounds::File {
-    // Of sounds.bin in a folder; not open if there is none.
+    // Of sounds.bin in a folder; not open if there is no such file.
     explicit File(const fs::path& folder)
         : path(folder / ModelFiles::soundsName),
           descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {
@@ -58,7 +58,8 @@ struct KeptSounds::File {
         }
         struct stat status {};
         if (::fstat(descriptor.get(), &status) != 0) throw FileError(path, lastError());
-        size = S_ISREG(status.st_mode) ? static_cast<std::uint64_t>(status.st_size) : 0;
+        size = static_cast<std::uint64_t>(status.st_size);
+        if (!S_ISREG(status.st_mode)) descriptor.reset();
     }
 
     // So many bytes from position at on; fewer if the file ends before.
