@@ -18,6 +18,11 @@ Card {
         return groups.rowHeightFor(height - around);
     }
 
+    // The reverse.
+    function heightFor(rowHeight: real): real {
+        return groups.y + groups.parent.y + padding + groups.heightFor(rowHeight);
+    }
+
     title: "Character"
     padding: 24
     trailing: [

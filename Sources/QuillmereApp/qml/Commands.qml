@@ -10,6 +10,7 @@ Item {
     property bool listening: true
 
     signal playRequested
+    signal resultsRequested
     signal closeRequested
 
     Shortcut {
@@ -31,6 +32,11 @@ Item {
         enabled: commands.listening
         sequence: "Ctrl+P"
         onActivated: commands.app.generation.audition()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+R"
+        onActivated: commands.resultsRequested()
     }
     Shortcut {
         enabled: commands.listening

@@ -2,14 +2,19 @@ import QtQuick
 import QuillmereApp
 
 // Everything in the window. Wide windows have the cards at the left, the character panel at the right and the
-// results below; narrow ones stack the same pieces in one column that scrolls.
+// results below; broad ones have the results in a column of their own; narrow ones stack the same pieces in one
+// column that scrolls.
 FocusScope {
     id: content
 
     required property AppModel app
     readonly property bool wide: width >= 900
+    readonly property bool broad: width >= 1700
     readonly property real cardsWidth: wide ? Math.round(Math.max(312, Math.min(400, width * 0.285))) : width - 2 * Theme.outer
-    readonly property real characterWidth: wide ? width - cardsWidth - 2 * Theme.outer - Theme.between : cardsWidth
+    readonly property real besideCards: width - cardsWidth - 2 * Theme.outer - Theme.between
+    // Longer sliders would be no better ones: what is beyond is for the results.
+    readonly property real characterWidth: broad ? Math.round(Math.min(1080, besideCards * 0.58)) : wide ? besideCards : cardsWidth
+    readonly property real tallestRow: 46
     // Scroll bars stand beside the cards, so that these are as wide with one as without.
     readonly property real barWidth: 10
 
@@ -29,6 +34,10 @@ FocusScope {
             app.dismissError();
     }
 
+    function goToResults() {
+        if (app.generation.results.count > 0)
+            results.takeKeyboard();
+    }
     function togglePlay() {
         if (results.visible)
             results.togglePlay();
@@ -94,7 +103,10 @@ FocusScope {
         readonly property real start: content.wide || !banner.visible ? 0 : banner.y + banner.height
         readonly property real stackedHeight: results.y + (results.visible ? results.height : -Theme.between) + Theme.outer
         readonly property real paneHeight: height - 2 * Theme.outer
-        readonly property real characterHeight: paneHeight - bannerHeight - (results.visible ? results.height + Theme.between : 0)
+        readonly property bool hasResultsBelow: results.visible && !content.broad
+        readonly property real characterHeight: paneHeight - bannerHeight - (hasResultsBelow ? results.height + Theme.between : 0)
+        // What the rows of the character panel cannot use.
+        readonly property real spareHeight: paneHeight - bannerHeight - Theme.between - character.heightFor(content.tallestRow)
 
         y: start
         width: content.width
@@ -150,16 +162,30 @@ FocusScope {
                 // Without a corpus nothing here is the next thing to do.
                 emphasised: content.app.corpus.isChosen
                 // A taller window gives the rows more air, up to a point.
-                rowHeight: content.wide ? Math.max(23, Math.min(46, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
+                rowHeight: content.wide ? Math.max(23, Math.min(content.tallestRow, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
             }
         }
         ResultsStrip {
             id: results
-            x: characterPane.x
-            y: content.wide ? stack.height - height - Theme.outer : characterPane.y + characterPane.height + Theme.between
-            width: content.characterWidth
-            visible: content.app.generation.results.count > 0
+            x: content.broad ? characterPane.x + content.characterWidth + Theme.between : characterPane.x
+            y: {
+                if (content.broad)
+                    return Theme.outer;
+                return content.wide ? stack.height - height - Theme.outer : characterPane.y + characterPane.height + Theme.between;
+            }
+            width: content.broad ? content.besideCards - content.characterWidth - Theme.between : content.characterWidth
+            height: content.broad ? stack.paneHeight : content.wide ? Math.max(implicitHeight, stack.spareHeight) : implicitHeight
+            visible: content.broad || content.app.generation.results.count > 0
             app: content.app
+        }
+        // New results in a narrow window may be far below.
+        Connections {
+            target: content.app.generation.results
+
+            function onCountChanged() {
+                if (!content.wide && content.app.generation.results.count > 0)
+                    Qt.callLater(stack.reveal, results);
+            }
         }
     }
     FooterBar {

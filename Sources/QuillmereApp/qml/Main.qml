@@ -64,6 +64,7 @@ T.ApplicationWindow {
         app: root.app
         listening: root.listening
         onPlayRequested: content.togglePlay()
+        onResultsRequested: content.goToResults()
         onCloseRequested: root.close()
     }
     Connections {

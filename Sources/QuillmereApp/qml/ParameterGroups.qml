@@ -18,6 +18,9 @@ Item {
     readonly property real columnGap: 32
     readonly property real columnWidth: twoColumns ? (width - columnGap) / 2 : width
 
+    // The row that the keyboard was in last
+    property int current: 0
+
     // As wide as the widest row needs
     property real titleWidth: 0
     property real valueWidth: 0
@@ -37,6 +40,10 @@ Item {
             fits = Math.min(fits, rest / bare.rows[column]);
         }
         return fits;
+    }
+    function heightFor(rowHeight: real): real {
+        const bottoms = placesAt(rowHeight).bottoms;
+        return Math.max(bottoms[0], bottoms[twoColumns ? 1 : 0] + belowGroups);
     }
     function placesAt(rowHeight: real): var {
         const result = {
@@ -88,6 +95,7 @@ Item {
         }
     }
     Repeater {
+        id: parameterRows
         model: groups.character.parameters
         onItemAdded: (index, item) => {
             const row = item as ParameterRow;
@@ -109,6 +117,13 @@ Item {
             titleWidth: groups.titleWidth
             valueWidth: groups.valueWidth
             emphasised: groups.emphasised
+            isStop: index === groups.current
+            onReached: groups.current = index
+            onMoveRequested: rows => {
+                const next = parameterRows.itemAt(index + rows) as ParameterRow;
+                if (next)
+                    next.takeKeyboard();
+            }
         }
     }
     ChanceSection {

@@ -3,6 +3,9 @@ import QuillmereApp
 
 // One parameter: title, slider, value, and what can be done to it. Places for everything are reserved, so that
 // nothing moves when a value changes or a button appears.
+//
+// All rows are one stop of the keyboard: Up and Down go from slider to slider, Return to the value and back, L
+// locks, Delete resets.
 Item {
     id: row
 
@@ -27,6 +30,13 @@ Item {
     required property real valueWidth
     // Whether the slider's fill is in the accent colour
     property bool emphasised: true
+    // Where Tab enters the rows
+    property bool isStop: false
+
+    // The keyboard has come to the slider.
+    signal reached
+    // The keyboard wants to go so many rows down (or, negative, up).
+    signal moveRequested(int rows)
 
     readonly property real lockWidth: 24
     readonly property real naturalTitleWidth: Math.ceil(titleText.implicitWidth) + 2
@@ -40,6 +50,13 @@ Item {
     readonly property bool active: hover.hovered || slider.activeFocus || field.activeFocus || lockButton.activeFocus || resetButton.activeFocus
 
     implicitHeight: 28
+
+    function takeKeyboard() {
+        slider.forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    Keys.onUpPressed: moveRequested(-1)
+    Keys.onDownPressed: moveRequested(1)
 
     Accessible.role: Accessible.Grouping
     Accessible.name: title
@@ -87,6 +104,18 @@ Item {
         defaultPosition: row.defaultPosition
         emphasised: row.emphasised
         tip: row.help
+        inList: true
+        activeFocusOnTab: row.isStop
+        onActiveFocusChanged: if (activeFocus)
+            row.reached()
+        Keys.onReturnPressed: field.forceActiveFocus(Qt.TabFocusReason)
+        Keys.onEnterPressed: field.forceActiveFocus(Qt.TabFocusReason)
+        Keys.onPressed: event => {
+            if (event.key === Qt.Key_L && event.modifiers === Qt.NoModifier) {
+                row.character.parameters.setLocked(row.parameterId, !row.locked);
+                event.accepted = true;
+            }
+        }
         onDragStarted: row.character.beginEdit()
         onDragEnded: row.character.endEdit()
         onMoved: place => row.character.parameters.setPosition(row.parameterId, place)
@@ -118,8 +147,11 @@ Item {
         horizontalAlignment: TextInput.AlignRight
         font.family: Theme.figures
         Accessible.name: row.title + " value"
+        activeFocusOnTab: false
         onActiveFocusChanged: activeFocus ? selectAll() : deselect()
         onEditingFinished: commit()
+        // Back to where Return came from, after it has been taken for the value.
+        onAccepted: Qt.callLater(row.takeKeyboard)
         Keys.onEscapePressed: event => {
             event.accepted = text !== row.text;
             restore();
@@ -148,6 +180,8 @@ Item {
         iconSize: 14
         iconName: "arrow.counterclockwise"
         text: "Reset to default"
+        focusPolicy: Qt.ClickFocus
+        activeFocusOnTab: false
         Accessible.name: "Reset to default: " + row.title
         visible: !row.isDefault
         onClicked: {
@@ -164,6 +198,8 @@ Item {
         width: 22
         height: 22
         iconSize: 13
+        focusPolicy: Qt.ClickFocus
+        activeFocusOnTab: false
         checkable: true
         checked: row.locked
         iconName: row.locked ? "lock.fill" : "lock.open"

@@ -8,6 +8,8 @@ T.RadioButton {
 
     required property CharacterController character
     property bool emphasised: true
+    // Where Tab enters the presets
+    property bool isStop: false
     // The roles of PresetModel
     required property string name
     required property string blurb
@@ -24,7 +26,8 @@ T.RadioButton {
     leftPadding: 10
     rightPadding: isOwn ? 26 : 10
     enabled: isUsable || isOwn
-    focusPolicy: Qt.StrongFocus
+    focusPolicy: Qt.ClickFocus
+    activeFocusOnTab: isStop
     hoverEnabled: true
     text: name
 
@@ -84,6 +87,8 @@ T.RadioButton {
         height: 20
         iconSize: 10
         visible: chip.isOwn
+        focusPolicy: Qt.NoFocus
+        activeFocusOnTab: false
         iconName: "xmark"
         text: "Delete preset " + chip.name
         onClicked: chip.character.deleteOwnPreset(chip.name)

@@ -3,7 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QuillmereApp
 
-// The presets, built-in and the user's own, and a button to save another.
+// The presets, built-in and the user's own, and a button to save another. The presets are one stop of the
+// keyboard: Left and Right go from one to the next, Return applies it, Delete deletes an own one.
 Flow {
     id: chips
 
@@ -11,7 +12,16 @@ Flow {
     // Whether the chosen one is in the accent colour
     property bool emphasised: true
 
+    // The preset that the keyboard was in last
+    property int current: 0
+
     signal saveRequested
+
+    function goTo(index: int) {
+        const chip = presets.itemAt(index) as PresetChip;
+        if (chip)
+            chip.forceActiveFocus(Qt.TabFocusReason);
+    }
 
     spacing: Theme.tight
 
@@ -19,11 +29,20 @@ Flow {
     Accessible.name: "Presets"
 
     Repeater {
+        id: presets
         model: chips.character.presets
+        onItemRemoved: chips.current = Math.max(0, Math.min(chips.current, count - 1))
 
         PresetChip {
+            required property int index
+
             character: chips.character
             emphasised: chips.emphasised
+            isStop: index === chips.current
+            onActiveFocusChanged: if (activeFocus)
+                chips.current = index
+            Keys.onLeftPressed: chips.goTo(index - 1)
+            Keys.onRightPressed: chips.goTo(index + 1)
         }
     }
     IconButton {

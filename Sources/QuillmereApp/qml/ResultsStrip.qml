@@ -3,13 +3,16 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QuillmereApp
 
-// The files of the last generation, side by side. Arrow keys move along, Space plays or stops.
+// The files of the last generation, side by side in a strip, or in rows where there is room for more than one.
+// Arrow keys move along, Space plays or stops, Ctrl+R comes here.
 Rectangle {
     id: strip
 
     required property AppModel app
 
-    implicitHeight: list.y + list.height + Theme.between
+    readonly property real tileHeight: 84
+    // As high as one row, unless its place is higher.
+    implicitHeight: list.y + tileHeight + Theme.between
     radius: Theme.cardRadius
     color: Theme.card
     border.color: Theme.line
@@ -17,6 +20,9 @@ Rectangle {
     Accessible.role: Accessible.Grouping
     Accessible.name: "Results"
 
+    function takeKeyboard() {
+        list.forceActiveFocus(Qt.ShortcutFocusReason);
+    }
     function togglePlay() {
         if (list.currentIndex < 0)
             list.currentIndex = 0;
@@ -36,6 +42,7 @@ Rectangle {
         anchors.left: heading.right
         anchors.leftMargin: Theme.inner
         anchors.baseline: heading.baseline
+        visible: list.count > 0
         text: strip.app.generation.results.count === 1 ? "1 file" : strip.app.generation.results.count + " files"
         color: Theme.secondary
         font.family: Theme.figures
@@ -58,17 +65,33 @@ Rectangle {
         objectName: "fileDrag"
         results: strip.app.generation.results
     }
-    ListView {
+    Label {
+        objectName: "noResults"
+        x: Theme.outer
+        width: parent.width - 2 * Theme.outer
+        anchors.verticalCenter: parent.verticalCenter
+        visible: list.count === 0
+        text: "The variations of the last run appear here."
+        color: Theme.secondary
+        horizontalAlignment: Text.AlignHCenter
+    }
+    GridView {
         id: list
         objectName: "results"
 
+        readonly property bool inRows: height >= 2 * strip.tileHeight + Theme.inner
+        readonly property int columns: Math.max(1, Math.floor(width / (184 + Theme.inner)))
+
         x: Theme.outer
         y: heading.y + heading.height + Theme.inner + 2
-        width: strip.width - 2 * Theme.outer
-        height: 84
-        orientation: ListView.Horizontal
-        spacing: Theme.inner
+        // With the gap after the last tile.
+        width: strip.width - 2 * Theme.outer + Theme.inner
+        height: strip.height - y - Theme.between
+        cellWidth: inRows ? Math.floor(width / columns) : 184 + Theme.inner
+        cellHeight: inRows ? strip.tileHeight + Theme.inner : height
+        flow: inRows ? GridView.FlowLeftToRight : GridView.FlowTopToBottom
         clip: true
+        visible: count > 0
         boundsBehavior: Flickable.StopAtBounds
         highlightMoveDuration: Theme.quick
         keyNavigationEnabled: true
@@ -84,7 +107,7 @@ Rectangle {
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
         Keys.onPressed: event => {
-            const page = Math.max(1, Math.floor(width / 192));
+            const page = inRows ? columns * Math.max(1, Math.floor(height / cellHeight)) : columns;
             event.accepted = true;
             if (event.key === Qt.Key_Home)
                 currentIndex = 0;
@@ -99,9 +122,10 @@ Rectangle {
         }
 
         delegate: ResultTile {
-            height: list.height - (bar.visible ? 12 : 0)
+            width: list.cellWidth - Theme.inner
+            height: list.inRows ? strip.tileHeight : list.height - (bar.visible ? 12 : 0)
             app: strip.app
-            selected: ListView.isCurrentItem
+            selected: GridView.isCurrentItem
             focused: list.activeFocus && selected
             onSelectRequested: {
                 list.currentIndex = index;
@@ -118,17 +142,23 @@ Rectangle {
         WheelHandler {
             acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
             orientation: Qt.Vertical | Qt.Horizontal
-            enabled: list.contentWidth > list.width
+            enabled: list.contentWidth > list.width || list.contentHeight > list.height
             onWheel: event => {
                 const pixels = Math.abs(event.pixelDelta.x) > Math.abs(event.pixelDelta.y) ? event.pixelDelta.x : event.pixelDelta.y;
                 const angle = event.angleDelta.x !== 0 ? event.angleDelta.x : event.angleDelta.y;
                 const way = pixels !== 0 ? pixels : angle / 120 * 90;
-                list.contentX = Math.max(list.originX, Math.min(list.originX + list.contentWidth - list.width, list.contentX - way));
+                if (list.inRows)
+                    list.contentY = Math.max(list.originY, Math.min(list.originY + list.contentHeight - list.height, list.contentY - way));
+                else
+                    list.contentX = Math.max(list.originX, Math.min(list.originX + list.contentWidth - list.width, list.contentX - way));
             }
         }
         ThinScrollBar.horizontal: ThinScrollBar {
             id: bar
-            visible: list.contentWidth > list.width
+            visible: !list.inRows && list.contentWidth > list.width
+        }
+        ThinScrollBar.vertical: ThinScrollBar {
+            visible: list.inRows && list.contentHeight > list.height
         }
     }
 }

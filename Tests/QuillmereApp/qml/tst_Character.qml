@@ -50,11 +50,11 @@ WindowCase {
         fuzzyCompare(value(row.tag), lower, 1e-9);
         keyClick(Qt.Key_Right);
         fuzzyCompare(value(row.tag), lower + step, 1e-9);
-        keyClick(Qt.Key_Up);
+        keyClick(Qt.Key_Right);
         fuzzyCompare(value(row.tag), lower + 2 * step, 1e-9);
         keyClick(Qt.Key_Left);
-        keyClick(Qt.Key_Down);
-        keyClick(Qt.Key_Down);
+        keyClick(Qt.Key_Left);
+        keyClick(Qt.Key_Left);
         fuzzyCompare(value(row.tag), lower, 1e-9);
         keyClick(Qt.Key_PageUp);
         fuzzyCompare(value(row.tag), Math.min(upper, lower + 10 * step), 1e-9);
@@ -62,6 +62,58 @@ WindowCase {
         fuzzyCompare(value(row.tag), lower, 1e-9);
         keyClick(Qt.Key_End);
         fuzzyCompare(value(row.tag), upper, 1e-9);
+    }
+    // All rows are one stop of Tab; the other keys do the rest.
+    function test_arrowsGoFromRowToRow() {
+        focusOn("slider-" + parameterIds[0]);
+        keyClick(Qt.Key_Up);
+        compare(focusName(), "slider-" + parameterIds[0]);
+        for (const id of parameterIds.slice(1)) {
+            keyClick(Qt.Key_Down);
+            compare(focusName(), "slider-" + id);
+        }
+        keyClick(Qt.Key_Down);
+        compare(focusName(), "slider-" + parameterIds[parameterIds.length - 1]);
+        keyClick(Qt.Key_Up);
+        compare(focusName(), "slider-" + parameterIds[parameterIds.length - 2]);
+        verify(!app.character.canUndo);
+    }
+    function test_tabComesBackToTheRowItLeft() {
+        focusOn("slider-drive");
+        keyClick(Qt.Key_Tab);
+        compare(focusName(), "randomise");
+        keyClick(Qt.Key_Tab, Qt.ShiftModifier);
+        compare(focusName(), "slider-drive");
+    }
+    function test_returnGoesToTheValueAndBack() {
+        focusOn("slider-pitch");
+        keyClick(Qt.Key_Return);
+        compare(focusName(), "value-pitch");
+        keyClick("3");
+        keyClick(Qt.Key_Return);
+        tryVerify(() => focusName() === "slider-pitch", limit);
+        compare(value("pitch"), 3);
+    }
+    function test_keysLockAndReset() {
+        focusOn("slider-pitch");
+        keyClick(Qt.Key_L);
+        verify(app.character.parameters.get("pitch", "locked"));
+        keyClick(Qt.Key_L);
+        verify(!app.character.parameters.get("pitch", "locked"));
+        keyClick(Qt.Key_Right);
+        keyClick(Qt.Key_Delete);
+        verify(app.character.parameters.get("pitch", "isDefault"));
+    }
+    function test_arrowsGoFromPresetToPreset() {
+        focusOn("preset-Faithful");
+        keyClick(Qt.Key_Right);
+        compare(focusName(), "preset-Balanced");
+        keyClick(Qt.Key_Left);
+        keyClick(Qt.Key_Left);
+        compare(focusName(), "preset-Faithful");
+        compare(app.character.presetName, "Balanced");
+        keyClick(Qt.Key_Return);
+        compare(app.character.presetName, "Faithful");
     }
     function test_doubleClickResets_data() {
         return parameterRows();

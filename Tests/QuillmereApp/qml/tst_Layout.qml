@@ -7,7 +7,7 @@ import QuillmereStage
 WindowCase {
     name: "Layout"
 
-    readonly property var sizes: [Qt.size(480, 360), Qt.size(640, 480), Qt.size(899, 600), Qt.size(900, 600), Qt.size(1180, 760), Qt.size(1180, 820), Qt.size(1920, 1080)]
+    readonly property var sizes: [Qt.size(480, 360), Qt.size(640, 480), Qt.size(899, 600), Qt.size(900, 600), Qt.size(1180, 760), Qt.size(1180, 820), Qt.size(1280, 1600), Qt.size(1699, 1000), Qt.size(1700, 900), Qt.size(1920, 1080), Qt.size(2560, 1440)]
 
     function verifyAllSizes() {
         for (const size of sizes) {
@@ -153,6 +153,60 @@ WindowCase {
         tryVerify(() => has("errorBanner"), limit);
         settle();
         compare(item(name).mapToItem(null, 0, 0), place);
+    }
+    function test_largeWindowsGiveTheResultsTheRoom_data() {
+        return [{
+                "tag": "broad",
+                "size": Qt.size(2560, 1440),
+                "shown": 60
+            }, {
+                "tag": "broader",
+                "size": Qt.size(3840, 2160),
+                "shown": 100
+            }, {
+                "tag": "full",
+                "size": Qt.size(1920, 1080),
+                "shown": 24
+            }, {
+                "tag": "high",
+                "size": Qt.size(1280, 1800),
+                "shown": 16
+            }];
+    }
+    function test_largeWindowsGiveTheResultsTheRoom(row) {
+        resize(row.size.width, row.size.height);
+        Stage.setResults(200);
+        settle();
+        verify(item("slider-pitch").width <= 400, "slider " + item("slider-pitch").width);
+        const list = item("results");
+        const across = Math.floor(list.width / list.cellWidth);
+        const down = Math.floor(list.height / list.cellHeight);
+        verify(across * down >= row.shown, across + " by " + down);
+    }
+    function test_broadWindowsKeepAPlaceForTheResults() {
+        resize(1920, 1080);
+        verifySeen("The variations of the last run appear here.");
+        const place = item("slider-pitch").mapToItem(null, 0, 0);
+        generated(3);
+        verifyNotSeen("The variations of the last run appear here.");
+        compare(item("slider-pitch").mapToItem(null, 0, 0), place);
+    }
+    function test_smallWindowsScrollToWhatIsNew_data() {
+        return [Qt.size(800, 600), Qt.size(640, 480), Qt.size(480, 360)].map(size => ({
+                    "tag": size.width + "x" + size.height,
+                    "size": size
+                }));
+    }
+    function test_smallWindowsScrollToWhatIsNew(row) {
+        resize(row.size.width, row.size.height);
+        generated(3);
+        settle();
+        const tile = item("tile-0");
+        const footer = item("generate").mapToItem(null, 0, 0).y;
+        tryVerify(() => {
+                const top = tile.mapToItem(null, 0, 0).y;
+                return top >= 0 && top + tile.height <= footer;
+            }, limit);
     }
     function test_footerStaysInView() {
         for (const size of sizes) {

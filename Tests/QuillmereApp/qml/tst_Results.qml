@@ -52,6 +52,40 @@ WindowCase {
         keyClick(Qt.Key_Home);
         compare(item("results").currentIndex, 0);
     }
+    function test_shortcutComesToTheResults() {
+        generated(3);
+        focusOn("seed");
+        keyClick(Qt.Key_R, Qt.ControlModifier);
+        verify(item("results").activeFocus);
+        keyClick(Qt.Key_Right);
+        compare(item("results").currentIndex, 1);
+    }
+    function test_keysMoveInRows() {
+        resize(1920, 1080);
+        Stage.setResults(30);
+        focusOn("results");
+        const list = item("results");
+        verify(list.columns > 1);
+        keyClick(Qt.Key_Down);
+        compare(list.currentIndex, list.columns);
+        keyClick(Qt.Key_Right);
+        compare(list.currentIndex, list.columns + 1);
+        keyClick(Qt.Key_Up);
+        compare(list.currentIndex, 1);
+        keyClick(Qt.Key_End);
+        compare(list.currentIndex, 29);
+    }
+    function test_wheelScrollsRows() {
+        resize(1920, 1080);
+        Stage.setResults(500);
+        settle();
+        const list = item("results");
+        mouseWheel(list, 50, 20, 0, -240);
+        tryVerify(() => list.contentY > 0, limit);
+        compare(list.contentX, list.originX);
+        mouseWheel(list, 50, 20, 0, 2400);
+        tryVerify(() => list.contentY === list.originY, limit);
+    }
     function test_spacePlaysFromASlider() {
         generated(2);
         focusOn("slider-pitch");

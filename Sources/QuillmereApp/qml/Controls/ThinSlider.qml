@@ -20,6 +20,8 @@ Item {
     property real defaultPosition: 0  // where the fill starts and the mark stands
     property bool marked: true        // whether there is a mark at the default
     property bool emphasised: true    // the fill in the accent colour
+    // Up and Down go from slider to slider, by whoever holds them, and are no steps.
+    property bool inList: false
     readonly property bool pressed: area.pressed
     readonly property bool hovered: area.containsMouse
     // Whether the keyboard goes to it and came by a key
@@ -74,8 +76,16 @@ Item {
 
     Keys.onLeftPressed: stepped(-1)
     Keys.onRightPressed: stepped(1)
-    Keys.onDownPressed: stepped(-1)
-    Keys.onUpPressed: stepped(1)
+    Keys.onDownPressed: event => {
+        event.accepted = !inList;
+        if (!inList)
+            stepped(-1);
+    }
+    Keys.onUpPressed: event => {
+        event.accepted = !inList;
+        if (!inList)
+            stepped(1);
+    }
     Keys.onPressed: event => {
         event.accepted = true;
         if (event.key === Qt.Key_PageUp)
