@@ -13,6 +13,7 @@ AppModel::AppModel(Environment environment, QObject* parent)
       preferences_(environment_.settingsFile),
       appearance_(preferences_, environment_.followDesktop),
       devices_(environment_, preferences_),
+      browser_(environment_.looks, environment_.homeFolder),
       playback_(environment_),
       character_(environment_),
       output_(environment_, preferences_),

@@ -18,6 +18,7 @@
 #include "QuillmereApp/Controllers/OutputController.h"
 #include "QuillmereApp/Controllers/PlaybackController.h"
 #include "QuillmereApp/Environment.h"
+#include "QuillmereApp/FolderBrowser.h"
 #include "QuillmereApp/Preferences.h"
 #include "QuillmereApp/Session.h"
 
@@ -40,6 +41,7 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::GenerationController* generation READ generation CONSTANT)
     Q_PROPERTY(quillmere::PlaybackController* playback READ playback CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
+    Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
     Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
     Q_PROPERTY(quillmere::Appearance* appearance READ appearance CONSTANT)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isBusyChanged)
@@ -57,6 +59,7 @@ public:
     [[nodiscard]] PlaybackController* playback() { return &playback_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
+    [[nodiscard]] FolderBrowser* browser() { return &browser_; }
 
     // ---- What concerns several subjects
 
@@ -147,6 +150,7 @@ private:
     Preferences preferences_;
     Appearance appearance_;
     ComputeDevices devices_;
+    FolderBrowser browser_;
     QString errorMessage_;
     Activity activity_;
 

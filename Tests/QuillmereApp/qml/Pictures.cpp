@@ -12,6 +12,7 @@
 #include <QFontDatabase>
 #include <QGuiApplication>
 #include <QImage>
+#include <QKeyEvent>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
@@ -80,6 +81,8 @@ public:
         trained();
         generating();
         results();
+        outputInCorpus();
+        chooser();
         error();
         devices();
     }
@@ -202,7 +205,22 @@ private:
         QTest::qWait(800);
         takeBoth(QStringLiteral("results"));
         take(QStringLiteral("results-1080p"), {1920, 1080});
+        take(QStringLiteral("results-1440p"), {2560, 1440});
         take(QStringLiteral("results-narrow"), {640, 1600});
+        app_->generate();
+        waitUntilIdle();
+        take(QStringLiteral("results-small"), {800, 600});
+    }
+    void outputInCorpus() {
+        app_->setOutputText(app_->corpusURL().toLocalFile());
+        take(QStringLiteral("output-in-corpus"), {1280, 800});
+        app_->output()->useSuggestion();
+    }
+    void chooser() {
+        app_->chooseCorpus();
+        take(QStringLiteral("chooser"), {1280, 800});
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QCoreApplication::sendEvent(window_, &escape);
     }
     void error() {
         app_->setOutputText(QString());
