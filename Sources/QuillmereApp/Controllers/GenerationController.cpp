@@ -62,6 +62,10 @@ void GenerationController::generate() {
 
 void GenerationController::generate(Returned returned) {
     emit commanded();
+    begin(std::move(returned));
+}
+
+void GenerationController::begin(Returned returned) {
     if (activity().isBusy() || isWaiting_) {
         emit notice(Activity::waitNotice());
         returned();
@@ -100,7 +104,7 @@ void GenerationController::waitForModel(const Returned& returned) {
     assign(*this, isWaiting_, true, &GenerationController::isWaitingChanged);
     links_.whenModelIsLoaded([this, returned] {
         assign(*this, isWaiting_, false, &GenerationController::isWaitingChanged);
-        supplies_.hasModel ? generate(returned) : returned();
+        supplies_.hasModel ? begin(returned) : returned();
     });
 }
 
@@ -178,10 +182,14 @@ void GenerationController::generationEnded(const Returned& returned) {
 
 void GenerationController::audition() {
     emit commanded();
+    beginAudition();
+}
+
+void GenerationController::beginAudition() {
     if (activity().isBusy()) return;
     if (supplies_.modelIsLoading) {
         links_.whenModelIsLoaded([this] {
-            if (supplies_.hasModel) audition();
+            if (supplies_.hasModel) beginAudition();
         });
         return;
     }

@@ -122,6 +122,8 @@ private:
         std::optional<TaskFailure> failure;
     };
 
+    void begin(Returned returned);
+    void beginAudition();
     void waitForModel(const Returned& returned);
     void start(const QUrl& folder, const Returned& returned);
     void ended(Ended run, const QUrl& folder);

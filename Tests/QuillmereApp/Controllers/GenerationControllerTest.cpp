@@ -353,11 +353,13 @@ private slots:
         TestWorld world;
         Studio studio(world);
         studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .modelIsLoading = true});
+        QSignalSpy commanded(&studio.runs, &GenerationController::commanded);
         studio.runs.generate();
         QVERIFY(studio.waiting && !studio.runs.isGenerating());
         studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .hasModel = true});
         studio.waiting();
         QVERIFY(studio.runs.isGenerating());
+        QCOMPARE(commanded.count(), 1);  // by then the user may be typing something else
         QVERIFY(waitUntilEnded(studio.runs));
     }
 
