@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFileInfo>
+#include <QLocale>
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -29,7 +30,7 @@ bool isAudio(const QString& fileName) {
 }
 
 void sortAsPeopleDo(QStringList& names) {
-    QCollator collator;
+    QCollator collator{QLocale(QLocale::English)};  // that of the C locale knows no numbers
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
     std::sort(names.begin(), names.end(), collator);

@@ -107,7 +107,7 @@ private slots:
         const FolderLooks looks = mount.looks(1ms);
         for (std::size_t i = 0; i < 3 * FolderLooks::mostLooks; ++i)
             QVERIFY(!looks.isFolder("/dead/" + std::to_string(i)));
-        // The last thread may have been made but not have begun.
+        // The last threads may still be on their way.
         QTRY_COMPARE(static_cast<std::size_t>(mount.asked->load()), FolderLooks::mostLooks);
     }
 
