@@ -32,10 +32,12 @@ Rectangle {
         Accessible.role: Accessible.List
         Accessible.name: "Folders"
 
-        Keys.onReturnPressed: if (currentItem)
-            frame.browser.enter((currentItem as Entry).modelData)
-        Keys.onEnterPressed: if (currentItem)
-            frame.browser.enter((currentItem as Entry).modelData)
+        function enterCurrent() {
+            if (currentIndex >= 0)
+                frame.browser.enter(frame.browser.names[currentIndex]);
+        }
+        Keys.onReturnPressed: enterCurrent()
+        Keys.onEnterPressed: enterCurrent()
         Keys.onPressed: event => {
             if (event.key === Qt.Key_Backspace) {
                 frame.browser.goUp();
