@@ -122,12 +122,16 @@ TEST_F(Printing, TheLoudestIsTheTopAndTheEndIsHeard) {
 }
 
 TEST_F(Printing, LevelStartAndFormatCountForLittle) {
-    const SoundPrint print = printOf(tone, 44100);
-    std::vector<float> quiet(9000, 0.0F);
-    for (const float sample : tone)
-        quiet.push_back(0.1F * sample);
-    EXPECT_LT(distance(printOf(quiet, 44100), print), copyBelowDB);
-    EXPECT_LT(distance(printOf(tone, 44100, OutputFormat::wav24), print), 0.5);
+    const auto behindSilence = [&](std::size_t silence, float gain) {
+        std::vector<float> samples(silence);
+        for (const float sample : tone)
+            samples.push_back(gain * sample);
+        return samples;
+    };
+    const std::vector<float> loud = behindSilence(100, 1);
+    const SoundPrint print = printOf(loud, 44100);
+    EXPECT_LT(distance(printOf(behindSilence(9000, 0.1F), 44100), print), 0.5);
+    EXPECT_LT(distance(printOf(loud, 44100, OutputFormat::wav24), print), 0.5);
 }
 
 TEST_F(Printing, OtherSoundsAreFartherThanTheSameAtAnotherRate) {
