@@ -105,7 +105,7 @@ Item {
         emphasised: row.emphasised
         tip: row.help
         inList: true
-        activeFocusOnTab: row.isStop
+        activeFocusOnTab: row.isStop || activeFocus
         onActiveFocusChanged: if (activeFocus)
             row.reached()
         Keys.onReturnPressed: field.forceActiveFocus(Qt.TabFocusReason)

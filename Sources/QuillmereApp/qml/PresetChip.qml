@@ -27,7 +27,7 @@ T.RadioButton {
     rightPadding: isOwn ? 26 : 10
     enabled: isUsable || isOwn
     focusPolicy: Qt.ClickFocus
-    activeFocusOnTab: isStop
+    activeFocusOnTab: isStop || activeFocus
     hoverEnabled: true
     text: name
 
