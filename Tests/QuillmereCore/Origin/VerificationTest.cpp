@@ -73,7 +73,9 @@ TEST_F(Verifying, EveryFileThatIsAsMadeIsTheSame) {
     std::vector<fs::path> files;
     for (int i = 1; i <= 20; ++i)
         files.push_back(file(i));
-    fs::rename(files[7], files[7] = data / "moved.wav");
+    const fs::path moved = data / "moved.wav";
+    fs::rename(files[7], moved);
+    files[7] = moved;
     const auto results = check(files);
     ASSERT_EQ(results.size(), 20U);
     for (std::size_t i = 0; i < results.size(); ++i) {
