@@ -253,7 +253,8 @@ protected:
         const Outcome outcome = runCommand(withModels(arguments));
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
         std::vector<Recipe> recipes;
-        for (const cli::JSON& made : outcome.event("result")["files"])
+        const cli::JSON result = outcome.event("result");
+        for (const cli::JSON& made : result["files"])
             recipes.push_back(recipeOf(made["path"].get<std::string>()));
         return recipes;
     }
