@@ -79,6 +79,12 @@ class Story:
     def button(self, name):
         return self.screen.wait(name, "push button")
 
+    def command(self, name):
+        """A button that has just become another one takes no click for 400 ms."""
+        button = self.button(name)
+        time.sleep(0.5)
+        button.click()
+
     # ---- What is seen
 
     def value(self, parameter):
@@ -122,7 +128,7 @@ class Story:
         self.screen.wait("Quick", "radio button").click()
         self.button("Train Model").click()
         self.screen.wait("Step …")
-        self.button("Cancel").click()
+        self.command("Cancel")
         self.button("Train Model")
         self.screen.wait("No model for this folder yet. …")
         check(not glob.glob(self.desktop.path("data", "Quillmere", "Models", "*", "*")), "nothing is stored")
@@ -151,7 +157,7 @@ class Story:
         press("Tab")
         self.screen.wait("Format", "combo box").click()
         self.screen.wait("WAV 16-bit").click()
-        self.button(f"Generate {COUNT} Variations").click()
+        self.command(f"Generate {COUNT} Variations")
         self.screen.wait(f"{COUNT} variations written.")
         files = sorted(os.listdir(self.output))
         check(files == [f"kicks_var_000{n}.wav" for n in range(1, COUNT + 1)], f"written: {files}")
@@ -192,7 +198,7 @@ class Story:
         self.screen.wait("Trained and ready")
         self.screen.wait("Existing folder — new files are added, nothing is overwritten.")
         check(self.field("Output folder") == self.output, "the output folder is restored")
-        self.button(f"Generate {COUNT} Variations").click()
+        self.command(f"Generate {COUNT} Variations")
         self.screen.wait(f"{COUNT} variations written.")
         check(len(os.listdir(self.output)) == 2 * COUNT, "nothing was overwritten")
 
@@ -203,7 +209,7 @@ class Story:
         press("ctrl+a")
         write("9999")
         press("Tab")
-        self.button("Generate 9999 Variations").click()
+        self.command("Generate 9999 Variations")
         wait_for("the first of many variations", lambda: len(os.listdir(self.output)) > before + 2)
         self.close()
         files = os.listdir(self.output)
