@@ -138,6 +138,7 @@ void print(const std::string& title, const std::vector<Relative>& relatives, Con
     if (relatives.empty()) return;
     console.print(title);
     std::vector<std::vector<std::string>> rows;
+    rows.reserve(relatives.size());
     for (const Relative& relative : relatives)
         rows.push_back({"  " + Text::fixed(relative.distance, 1) + " dB", printable(relative.name)});
     for (const std::string& line : table(rows))

@@ -228,8 +228,9 @@ void Journal::scan(const std::function<void(std::string_view line)>& take,
         known.push_back(identity);
         found.push_back(std::move(descriptor));
     }
-    for (auto descriptor = found.rbegin(); descriptor != found.rend(); ++descriptor)
-        LineReader(take).read(*descriptor, file_, stop);
+    std::ranges::reverse(found);
+    for (const Descriptor& descriptor : found)
+        LineReader(take).read(descriptor, file_, stop);
 }
 
 std::vector<std::optional<JournalEntry>> Journal::find(std::span<const FileDigests> wanted,
@@ -260,6 +261,7 @@ std::vector<std::optional<JournalEntry>> Journal::find(std::span<const FileDiges
         },
         stop);
     std::vector<std::optional<JournalEntry>> entries;
+    entries.reserve(matches.size());
     for (Match& match : matches)
         entries.push_back(match.byBytes ? std::move(match.byBytes) : std::move(match.bySound));
     return entries;

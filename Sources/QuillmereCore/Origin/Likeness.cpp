@@ -24,6 +24,7 @@ std::vector<SampleOrigin::Source> sharedSources(std::span<const Recipe> liked,
         }
     }
     std::vector<SampleOrigin::Source> sources;
+    sources.reserve(byClip.size());
     for (const auto& [clip, source] : byClip)
         sources.push_back(source);
     std::ranges::stable_sort(sources, std::ranges::greater(), &SampleOrigin::Source::weight);
