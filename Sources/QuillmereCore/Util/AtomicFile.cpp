@@ -61,14 +61,18 @@ bool hasName(int descriptor) {
     return ::fstat(descriptor, &status) == 0 && status.st_nlink > 0;
 }
 
+fs::path folderOf(const fs::path& file) {
+    return file.has_parent_path() ? file.parent_path() : fs::path(".");
+}
+
 // A new file next to the destination. It is removed on destruction unless its name was given away. Its lock
 // tells that its writer lives.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const fs::path& destination) : destination_(destination) { create(); }
     ~TemporaryFile() {
-        if (owned_)
-            ::unlink(path_.c_str());  // while it is locked: afterwards the name may be another thread's
+        if (owned_)  // while it is locked: afterwards the name may be another thread's
+            ::unlinkat(folder_.get(), path_.filename().c_str(), 0);
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -94,12 +98,14 @@ private:
     // Another thread, another machine on the same share or an earlier crash may own a name: try the next.
     void create() {
         constexpr int attempts = 10000;
+        folder_.reset(::open(folderOf(destination_).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        if (!folder_.isOpen()) throw FileError(destination_, lastError());
         for (int attempt = 0; attempt < attempts; ++attempt) {
             path_ =
                 destination_.parent_path() / (std::string(temporaryPrefix) + std::to_string(::getpid()) +
                                               "-" + std::to_string(attempt) + std::string(temporarySuffix));
-            descriptor_.reset(
-                ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
+            descriptor_.reset(::openat(folder_.get(), path_.filename().c_str(),
+                                       O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
             if (!descriptor_.isOpen() && errno != EEXIST) break;
             // Who looks for abandoned files may have been quicker than the lock.
             if (descriptor_.isOpen() && lock(descriptor_.get()) && hasName(descriptor_.get())) {
@@ -112,6 +118,7 @@ private:
 
     fs::path destination_;
     fs::path path_;
+    Descriptor folder_;  // the file's own: somebody may rename it meanwhile
     Descriptor descriptor_;
     bool owned_ = false;
 };
@@ -127,10 +134,6 @@ fs::path replaceableFile(const fs::path& file) {
     if (!fs::is_symlink(fs::symlink_status(file, ignored))) return file;
     fs::path target = fs::canonical(file, ignored);
     return target.empty() ? file : target;
-}
-
-fs::path folderOf(const fs::path& file) {
-    return file.has_parent_path() ? file.parent_path() : fs::path(".");
 }
 
 bool nameIsTaken(const fs::path& file) {

@@ -8,6 +8,7 @@
 #include <array>
 #include <csignal>
 #include <memory>
+#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -151,6 +152,28 @@ TEST(AtomicFile, AWriteThatFailsHalfWayLeavesTheOldFileAndNoTemporaryBehind) {
     EXPECT_TRUE(child.succeeded());
     EXPECT_EQ(readText(folder / "old"), "old");
     EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+TEST(AtomicFile, AFolderThatMovesMeanwhileKeepsNoTemporary) {
+    const TempFolder folder;
+    fs::create_directory(folder / "here");
+    std::jthread mover([&](const std::stop_token& stop) {
+        while (!stop.stop_requested()) {
+            fs::rename(folder / "here", folder / "there");
+            fs::rename(folder / "there", folder / "here");
+        }
+    });
+    constexpr int writes = 2000;
+    int failed = 0;
+    for (int i = 0; i < writes; ++i) {
+        if (failureOf(
+                [&] { writeFileAtomically(folder / "here/file", bytesOf("x"), Durability::disposable); }))
+            ++failed;
+    }
+    mover.request_stop();
+    mover.join();
+    EXPECT_THAT(failed, ::testing::AllOf(::testing::Gt(0), ::testing::Lt(writes)));
+    EXPECT_EQ(entriesIn(folder / "here"), 1U);
 }
 
 TEST(AtomicFile, ANewFileNeverReplacesAnything) {
