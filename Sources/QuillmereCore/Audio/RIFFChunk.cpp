@@ -1,5 +1,6 @@
 #include "QuillmereCore/Audio/RIFFChunk.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 #include <span>
@@ -15,9 +16,8 @@ constexpr std::size_t headerBytes = 8;    // of a chunk: its kind and its length
 constexpr std::size_t prefaceBytes = 12;  // "RIFF", length, "WAVE"
 constexpr int mostChunks = 1024;          // beyond it a file is not made of chunks
 
-void appendText(std::vector<std::byte>& bytes, std::string_view text) {
-    const auto view = std::as_bytes(std::span(text));
-    bytes.insert(bytes.end(), view.begin(), view.end());
+void copyTo(std::span<std::byte> place, std::string_view text) {
+    std::ranges::copy(std::as_bytes(std::span(text)), place.begin());
 }
 
 // Four bytes, little-endian.
@@ -67,12 +67,12 @@ bool append(std::vector<std::byte>& wav, std::string_view id, std::string_view c
             "a chunk needs a kind of four characters and a whole file to stand in");
     const std::uint64_t size = wav.size() + headerBytes + content.size() + content.size() % 2;
     if (size - headerBytes > std::numeric_limits<std::uint32_t>::max()) return false;
-    wav.reserve(size);
-    appendText(wav, id);
-    wav.resize(wav.size() + 4);
-    store(std::span(wav).last(4), content.size());
-    appendText(wav, content);
+    const std::size_t start = wav.size();
     wav.resize(size);
+    const std::span<std::byte> chunk = std::span(wav).subspan(start);
+    copyTo(chunk, id);
+    store(chunk.subspan(4, 4), content.size());
+    copyTo(chunk.subspan(headerBytes), content);
     store(std::span(wav).subspan(4, 4), size - headerBytes);
     return true;
 }

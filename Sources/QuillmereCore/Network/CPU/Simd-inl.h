@@ -18,8 +18,9 @@ namespace hn = hwy::HWY_NAMESPACE;
 using FullTag = hn::ScalableTag<float>;
 using EightTag = hn::CappedTag<float, 8>;
 
+// By the register and not by hn::MaxLanes, which GCC 14 does not evaluate in a variable template.
 template <class D>
-inline constexpr int lanesOf = static_cast<int>(hn::MaxLanes(D()));
+inline constexpr int lanesOf = static_cast<int>(sizeof(hn::Vec<D>) / sizeof(hn::TFromD<D>));
 
 // Calls body with the widest tag whose lanes divide the number of channels.
 template <class Body>
