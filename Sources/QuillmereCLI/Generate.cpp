@@ -181,7 +181,7 @@ RemakingOrder orderOf(const GenerateOptions& options) {
 void generateFromFiles(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     RemakingOrder order = orderOf(options);
-    order.output = std::filesystem::absolute(options.output).lexically_normal();
+    order.output = Paths::plain(options.output);
     order.models = options.models.root();
     if (!options.prefix.empty()) order.prefix = options.prefix;
     remake(order, options.parameters, options.recipes, compute.device(), console, cancel);

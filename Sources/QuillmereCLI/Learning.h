@@ -52,7 +52,7 @@ void requireWritableFolder(const std::filesystem::path& folder);
 // "the model of Kicks"
 [[nodiscard]] std::string startText(const ModelStart& start);
 
-// "Learned 72 samples (percussive analysis, 0.8 s each), onto the model of Kicks."
+// "Learned 72 samples (percussive analysis, 0.8 s per sample), onto the model of Kicks."
 [[nodiscard]] std::string learnedText(const ModelBundle& bundle);
 
 // A line about corpus files that the model does not use; empty when it uses all.

@@ -2,6 +2,7 @@
 
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -17,7 +18,7 @@ RecipeCarriers RecipeOptions::carriers() const {
     RecipeCarriers carriers;
     if (!noJournal_) carriers.journal = Journal::place();
     carriers.embedded = embedded_;
-    if (!document_.empty()) carriers.document = std::filesystem::absolute(document_).lexically_normal();
+    if (!document_.empty()) carriers.document = Paths::plain(document_);
     return carriers;
 }
 

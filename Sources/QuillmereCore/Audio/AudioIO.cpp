@@ -298,9 +298,4 @@ void AudioIO::write(std::span<const float> samples, const fs::path& file, int sa
     writeFileAtomically(file, encode(samples, file, sampleRate, format), durability);
 }
 
-bool AudioIO::writeNew(std::span<const float> samples, const fs::path& file, int sampleRate,
-                       OutputFormat format) {
-    return writeNewFile(file, encode(samples, file, sampleRate, format));
-}
-
 }  // namespace quillmere

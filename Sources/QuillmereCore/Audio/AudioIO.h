@@ -138,10 +138,5 @@ void write(std::span<const float> samples, const std::filesystem::path& file, in
 // What readMono reads from such a file.
 [[nodiscard]] std::vector<float> asWritten(std::span<const float> samples, OutputFormat format);
 
-// As write, but never replaces: false, with nothing written, when the name is already taken. The name is on
-// the disk with syncFolder.
-[[nodiscard]] bool writeNew(std::span<const float> samples, const std::filesystem::path& file, int sampleRate,
-                            OutputFormat format);
-
 }  // namespace AudioIO
 }  // namespace quillmere

@@ -461,4 +461,12 @@ void validate(const Aesthetics& aesthetics) {
             "Time stretch (stretch) and stretch jitter (stretchJitter) are too large");
 }
 
+Aesthetics inRange(const Aesthetics& aesthetics) {
+    validate(aesthetics);
+    Aesthetics inside;
+    for (const ParameterSpec& spec : parameterTable)
+        inside.set(spec, spec.value(aesthetics));
+    return inside;
+}
+
 }  // namespace quillmere

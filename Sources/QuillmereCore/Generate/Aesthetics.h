@@ -18,7 +18,7 @@ struct Aesthetics {
     double sources = 2.0;        // corpus latents blended per variation
     double drift = 0.4;          // walk along the corpus's own directions of variation
     double mutation = 0.0;       // noise in directions no corpus sample uses
-    double extrapolation = 0.0;  // push away from (or, negative, toward) the corpus average
+    double extrapolation = 0.0;  // push away from (or, negative, towards) the corpus average
     double pitch = 0.0;          // semitones
     double pitchJitter = 0.0;    // +- semitones per variation
     double stretch = 1.0;        // duration multiplier
@@ -114,5 +114,8 @@ public:
 // Everything else passes, however far out of its range. For parameters of foreign origin; what
 // Aesthetics::set stored passes unless it is NaN.
 void validate(const Aesthetics& aesthetics);
+
+// Every value brought into the range of its parameter. Throws as validate.
+[[nodiscard]] Aesthetics inRange(const Aesthetics& aesthetics);
 
 }  // namespace quillmere

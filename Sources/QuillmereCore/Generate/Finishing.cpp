@@ -71,6 +71,8 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
+constexpr std::size_t fewestDigits = 4;  // of the number in a name
+
 // 0 for a name without a number.
 std::size_t numberOf(std::string_view name, std::string_view start) {
     if (!name.starts_with(start)) return 0;
@@ -195,8 +197,18 @@ std::string sanitisedPrefix(std::string_view prefix) {
 
 std::string fileName(std::string_view prefix, std::size_t number) {
     const std::string digits = std::to_string(number);
-    const std::string zeros(digits.size() < 4 ? 4 - digits.size() : 0, '0');
+    const std::string zeros(digits.size() < fewestDigits ? fewestDigits - digits.size() : 0, '0');
     return std::string(prefix) + "_" + zeros + digits + ".wav";
+}
+
+bool isVariationName(std::string_view name) {
+    constexpr std::string_view suffix = ".wav";
+    if (!name.ends_with(suffix)) return false;
+    name.remove_suffix(suffix.size());
+    const auto digits = std::ranges::find_if_not(name.rbegin(), name.rend(), isDigit) - name.rbegin();
+    name.remove_suffix(static_cast<std::size_t>(digits));
+    return static_cast<std::size_t>(digits) >= fewestDigits &&
+           name.ends_with(std::string(variationMark) + "_");
 }
 
 std::size_t firstFreeIndex(std::span<const std::string> names, std::string_view prefix) {

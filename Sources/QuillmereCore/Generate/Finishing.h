@@ -52,8 +52,13 @@ void finish(std::vector<float>& x, const Aesthetics& aesthetics, double sampleRa
 
 // Replaces / \ : * ? " < > |, blanks and null characters by "_"; other characters stay.
 [[nodiscard]] std::string sanitisedPrefix(std::string_view prefix);
+// What the names of variations have between the prefix and the number.
+inline constexpr std::string_view variationMark = "_var";
 // prefix, "_", a number of at least four digits, ".wav".
 [[nodiscard]] std::string fileName(std::string_view prefix, std::size_t number);
+
+// Whether a file, by its name or path, is named as a generation names what it writes: PREFIX_var_0001.wav.
+[[nodiscard]] bool isVariationName(std::string_view name);
 
 // One more than the largest number of a name that starts with prefix and "_": the digits that follow, if
 // any; digits that fit no 64-bit integer do not count. 1 when there is none, or the folder cannot be listed.

@@ -272,7 +272,8 @@ GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& reques
         createFolder(request.outputDirectory);
         if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
         const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
-        job.emplace(request, Finishing::sanitisedPrefix(prefix) + "_var", sampleRate(), hooks, progress);
+        job.emplace(request, Finishing::sanitisedPrefix(prefix) + std::string(Finishing::variationMark),
+                    sampleRate(), hooks, progress);
         run(*job, request, hooks, stop);
     } catch (...) {
         outcome.failure = std::current_exception();

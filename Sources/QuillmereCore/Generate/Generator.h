@@ -128,9 +128,8 @@ struct GenerationHooks {
 //
 // Variation i of a request has a seed of its own, so its samples depend only on the model, the parameters,
 // the request's seed and i: not on the batch, the number of threads or the order of completion.
-// Threads: immutable after construction apart from the decoder's scratch memory and the
-// sources that were read. generate and audition: one
-// call at a time, either of them; everything const: any thread.
+// Threads: immutable after construction apart from the decoder's scratch memory and the sources that were
+// read. generate and audition: one call at a time, either of them; everything const: any thread.
 class SampleGenerator {
 public:
     using ProgressCallback = CountProgress;

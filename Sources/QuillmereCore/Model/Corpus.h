@@ -17,7 +17,7 @@ struct CorpusFile {
     std::filesystem::path url;
     std::string relativePath;   // below the corpus folder, no leading "/"; the bytes of the names
     std::int64_t size = 0;      // bytes; 0 when not reported
-    std::int64_t modified = 0;  // whole seconds since 1970, truncated toward zero
+    std::int64_t modified = 0;  // whole seconds since 1970, truncated towards zero
 };
 
 // A folder that a scan could not look into.

@@ -80,12 +80,19 @@ std::vector<fs::path> entriesOf(const fs::path& folder, std::error_code& error) 
     return entries;
 }
 
+// The folder's name with that ending. Of a name that leaves it no room as much as does.
+fs::path withEnding(const fs::path& folder, const std::string& ending) {
+    constexpr std::size_t longestName = 255;  // bytes, of the usual file systems
+    std::string name = folder.filename().string();
+    name.resize(std::min(name.size(), longestName - ending.size()));
+    return folder.parent_path() / (name + ending);
+}
+
 // The first free one of NAME.damaged, NAME.damaged-2, ... for a suffix of ".damaged": the folder has it now.
-fs::path setAside(const fs::path& folder, std::string_view suffix) {
+fs::path setAside(const fs::path& folder, const std::string& suffix) {
     for (int number = 1;; ++number) {
-        fs::path aside = folder;
-        aside += suffix;
-        if (number > 1) aside += "-" + std::to_string(number);
+        const fs::path aside =
+            withEnding(folder, number == 1 ? suffix : suffix + "-" + std::to_string(number));
         if (moveFolder(folder, aside)) return aside;
     }
 }
@@ -207,7 +214,7 @@ void HiddenFolder::takePlace(std::string_view aside) const {
     const fs::path& folder = place_.folder();
     if (const std::error_code error = syncFolder(path_)) throw FileError(folder, error);
     if (!aside.empty()) {
-        moveInAfter(setAside(folder, aside), path_, folder);
+        moveInAfter(setAside(folder, std::string(aside)), path_, folder);
     } else if (!ModelFolder::isThere(folder)) {
         moveIn(path_, folder);
     } else {

@@ -8,6 +8,7 @@
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Digest.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -47,11 +48,10 @@ std::optional<std::string> RecipeKeeper::journalProblem() const {
 
 void RecipeKeeper::keep(const GenerationHooks::WrittenFile& file) {
     const std::vector<float> heard = AudioIO::asWritten(file.samples, base_.format);
-    const JournalEntry entry{
-        .digests = {sha256(file.bytes), soundDigest(heard, file.sampleRate)},
-        .file = Text::utf8(std::filesystem::absolute(file.sample.url).lexically_normal()),
-        .written = now(),
-        .recipe = makeRecipe(file.sample.origin, base_)};
+    const JournalEntry entry{.digests = {sha256(file.bytes), soundDigest(heard, file.sampleRate)},
+                             .file = Text::utf8(Paths::plain(file.sample.url)),
+                             .written = now(),
+                             .recipe = makeRecipe(file.sample.origin, base_)};
     if (document_) document_->append(entry);
     if (journal_) keepInJournal(entry);
 }

@@ -18,8 +18,8 @@ namespace quillmere {
 //   1. Mono at 44,100 Hz; silence before the onset is cut as in ClipPreparation::trimAndNormalise.
 //   2. Magnitudes of 2048 samples every 512, in 64 mel bands, in decibels (FeatureExtractor); the first 352
 //      frames, about 4 s.
-//   3. The loudest value becomes 0 dB, and what is 80 dB below it or more the floor; rounded to half
-//   decibels.
+//   3. The loudest value becomes 0 dB, and what is 80 dB below it or more the floor; all are rounded to half
+//      decibels.
 //   4. Frames at the end that lie wholly on the floor are cut: what is left are the active frames.
 struct SoundPrint {
     static constexpr int sampleRate = 44100;

@@ -328,14 +328,6 @@ TEST(Write, AMissingFolderIsAFileError) {
     }
 }
 
-TEST(WriteNew, NeverReplacesAFile) {
-    const TempFolder folder;
-    EXPECT_TRUE(AudioIO::writeNew(noise(13, 100), folder / "x.wav", 44100, OutputFormat::wav32float));
-    EXPECT_FALSE(AudioIO::writeNew(noise(14, 100), folder / "x.wav", 44100, OutputFormat::wav32float));
-    expectSameBits(AudioIO::readMono(folder / "x.wav").samples, noise(13, 100));
-    EXPECT_EQ(entriesIn(folder.path()), 1U);
-}
-
 TEST(WriteDeathTest, ASampleRateOfZeroIsAProgrammingError) {
     const TempFolder folder;
     EXPECT_DEATH(AudioIO::write({}, folder / "x.wav", 0, OutputFormat::wav16), "positive sample rate");

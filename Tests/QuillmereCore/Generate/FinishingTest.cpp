@@ -364,6 +364,15 @@ TEST(FileName, PadsTheNumberToFourDigits) {
     EXPECT_EQ(Finishing::fileName("kick_var", 9999), "kick_var_9999.wav");
 }
 
+TEST(VariationName, IsWhatAGenerationGives) {
+    EXPECT_TRUE(Finishing::isVariationName(Finishing::fileName("Kick_var", 1)));
+    EXPECT_TRUE(Finishing::isVariationName("below/Kick_var_123456.wav"));
+    EXPECT_TRUE(Finishing::isVariationName("_var_0000.wav"));
+    for (const char* name : {"", ".wav", "_var_.wav", "Kick_var_001.wav", "Kick_var_0001.WAV",
+                             "Kick_var_0001.wav.wav", "Kick_var0001.wav", "Kick_0001.wav", "0001.wav"})
+        EXPECT_FALSE(Finishing::isVariationName(name)) << name;
+}
+
 TEST(FileName, WritesNumbersAbove9999WithAllDigits) {
     EXPECT_EQ(Finishing::fileName("kick_var", 12345), "kick_var_12345.wav");
 }

@@ -258,6 +258,15 @@ TEST_F(ModelReplace, KeepsWhatCannotBeUsedUnderTheNextFreeName) {
     }
 }
 
+TEST_F(ModelReplace, KeepsWhatCannotBeUsedOfTheLongestNameUnderAShorterOne) {
+    const std::string longest(255, 'n');
+    ModelStore::replace(numbered(1), root / longest);
+    fs::resize_file(root / longest / "weights.bin", 100);
+    ModelStore::replace(numbered(2), root / longest);
+    EXPECT_EQ(numberOf(ModelStore::open(root / longest)), 2);
+    expectNothingBesides({longest, std::string(247, 'n') + ".damaged"});
+}
+
 TEST_F(ModelReplace, KeepsAModelThatCanBeUsedWhenAskedTo) {
     const auto storeAndKeep = [&](float number) {
         ModelStore::replace(numbered(number), model, {}, ModelStore::storingPatience,

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -25,6 +24,7 @@
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 #include "Support/Processor.h"
 #include "Support/Signals.h"
 #include "Support/TempFolder.h"
@@ -496,13 +496,15 @@ TEST_F(TrainerRun, NeverCallsProgressFromTwoThreadsAtOnce) {
     const ThreadLimit limit(threads);
     std::atomic<int> inside = 0;
     std::atomic<bool> met = false;
-    std::mutex mutex;
-    std::set<std::thread::id> callers;
+    struct {
+        Mutex mutex;
+        std::set<std::thread::id> callers QUILLMERE_GUARDED_BY(mutex);
+    } seen;
     const auto progress = [&](const TrainingProgress& record) {
         if (++inside > 1) met = true;
         {
-            const std::lock_guard guard(mutex);
-            callers.insert(std::this_thread::get_id());
+            const MutexLock lock(seen.mutex);
+            seen.callers.insert(std::this_thread::get_id());
         }
         // Time for the others to read a file, and to call if nothing keeps them from it.
         if (record.phase == Phase::analysing) std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -510,7 +512,8 @@ TEST_F(TrainerRun, NeverCallsProgressFromTwoThreadsAtOnce) {
     };
     (void)ModelTrainer::train(corpus.scan(), quickOptions(1), progress, {}, processor());
     EXPECT_FALSE(met);
-    EXPECT_GT(callers.size(), 1U) << "only one thread has read files: this proves nothing";
+    const MutexLock lock(seen.mutex);
+    EXPECT_GT(seen.callers.size(), 1U) << "only one thread has read files: this proves nothing";
 }
 
 }  // namespace

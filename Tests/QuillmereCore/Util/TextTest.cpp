@@ -4,29 +4,12 @@
 
 #include <cmath>
 #include <limits>
-#include <locale>
 #include <string>
+
+#include "Support/CommaLocale.h"
 
 namespace quillmere {
 namespace {
-
-// Numbers with a decimal comma and grouped digits, as in many locales.
-class CommaNumbers : public std::numpunct<char> {
-    [[nodiscard]] char do_decimal_point() const override { return ','; }
-    [[nodiscard]] char do_thousands_sep() const override { return '.'; }
-    [[nodiscard]] std::string do_grouping() const override { return "\3"; }
-};
-
-class GlobalLocale {
-public:
-    explicit GlobalLocale(const std::locale& locale) : previous_(std::locale::global(locale)) {}
-    ~GlobalLocale() { std::locale::global(previous_); }
-    GlobalLocale(const GlobalLocale&) = delete;
-    GlobalLocale& operator=(const GlobalLocale&) = delete;
-
-private:
-    std::locale previous_;
-};
 
 TEST(Text, FixedWritesTheGivenNumberOfDecimals) {
     EXPECT_EQ(Text::fixed(3.14159, 2), "3.14");
@@ -52,7 +35,7 @@ TEST(Text, FixedHoldsTheLargestNumbers) {
 }
 
 TEST(Text, NumbersIgnoreTheGlobalLocale) {
-    const GlobalLocale locale(std::locale(std::locale::classic(), new CommaNumbers));
+    const testing::CommaLocale locale;
     EXPECT_EQ(Text::fixed(1234.5, 1), "1234.5");
     EXPECT_EQ(Text::parseDouble("1234.5"), 1234.5);
     EXPECT_EQ(Text::parseDouble("1234,5"), std::nullopt);

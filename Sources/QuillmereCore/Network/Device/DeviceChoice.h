@@ -27,9 +27,8 @@ public:
     //   cpu    the processor
     //   gpu    as auto, but never the processor
     //   INDEX  a device's number in the list, from 0
-    //   NAME   a DeviceIdentity's text, or any part of a device's name, case ignored; a usable device before
-    //   an
-    //          unusable one
+    //   NAME   a DeviceIdentity's text, or any part of a device's name, case ignored; a usable device comes
+    //          before an unusable one
     [[nodiscard]] static DeviceChoice fromOption(std::string_view text);
 
     // A choice to be remembered as text: automatic or one device by its identity.
