@@ -27,7 +27,7 @@ FileDrag::~FileDrag() {
 }
 
 void FileDrag::begin(int row, QQuickItem* tile, QPointF grip) {
-    if (isHeld_ || !results_ || tile == nullptr || !results_->lookAt(row)) return;
+    if (isHeld_ || !results_ || tile == nullptr || !results_->existsAt(row)) return;
     results_->hold();
     isHeld_ = true;
     isWanted_ = true;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QImage>
 #include <QObject>
 #include <QPointF>
 #include <QPointer>
@@ -15,6 +14,8 @@ namespace quillmere {
 // Drags one of the results into another program as a file. What is dragged, its picture included, is kept
 // here and not by the tile that shows the row: the platform has an event loop of its own until the button is
 // up, and meanwhile a run may end and want other rows. They wait (ResultsModel::hold) until it is over.
+//
+// Threads: the user-interface thread.
 class FileDrag : public QObject {
     Q_OBJECT
     QML_ELEMENT

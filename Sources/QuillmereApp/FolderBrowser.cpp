@@ -36,6 +36,15 @@ void sortAsPeopleDo(QStringList& names) {
     std::sort(names.begin(), names.end(), collator);
 }
 
+void create(const FolderLooks& looks, const QString& path) {
+    const std::filesystem::path folder = toPath(path);
+    if (looks.at(folder).kind == Place::Kind::noAnswer) throw Failure(Folders::noAnswer(path).toStdString());
+    std::error_code error;
+    if (!std::filesystem::create_directory(folder, error) && !error)
+        error = std::make_error_code(std::errc::file_exists);
+    if (error) throw FileError(folder, error);
+}
+
 }  // namespace
 
 FolderBrowser::FolderBrowser(std::shared_ptr<const FolderLooks> looks, QString home)
@@ -72,13 +81,9 @@ void FolderBrowser::makeFolder(const QString& name) {
 
 void FolderBrowser::read(const QString& path, bool isMade) {
     const quint64 wish = ++wish_;
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [looks = looks_, path, isMade] {
-            std::error_code error;
-            if (isMade && !std::filesystem::create_directory(toPath(path), error) && !error)
-                error = std::make_error_code(std::errc::file_exists);
-            if (error) throw FileError(toPath(path), error);
+            if (isMade) create(*looks, path);
             const Place::Kind kind = looks->at(toPath(path)).kind;
             if (kind == Place::Kind::file) throw Failure("This is a file, not a folder.");
             if (kind != Place::Kind::folder) throw Failure(Folders::refusal(kind, path).toStdString());

@@ -14,11 +14,17 @@ namespace quillmere {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
+namespace {
+
+const Place unknown{.kind = Place::Kind::noAnswer, .resolved = {}};
+
+}  // namespace
+
 struct FolderLooks::Shared {
     // One that has not ended.
     struct Running {
         Clock::time_point deadline;
-        std::optional<Place> place;
+        std::optional<Place> place;  // written and read under the mutex
     };
 
     explicit Shared(Look how) : look(std::move(how)) {}
@@ -32,8 +38,17 @@ struct FolderLooks::Shared {
 FolderLooks::FolderLooks(Look look, std::chrono::milliseconds patience)
     : shared_(std::make_shared<Shared>(std::move(look))), patience_(patience) {}
 
+// From the top down, so that a mount that hangs costs one look and not one for each path in it.
 Place FolderLooks::at(const fs::path& path) const {
-    const Place unknown{.kind = Place::Kind::noAnswer, .resolved = {}};
+    fs::path above;
+    for (const fs::path& name : path.parent_path()) {
+        above /= name;
+        if (lookAt(above).kind == Place::Kind::noAnswer) return unknown;
+    }
+    return lookAt(path);
+}
+
+Place FolderLooks::lookAt(const fs::path& path) const {
     Shared& shared = *shared_;
     const MutexLock lock(shared.mutex);
     std::shared_ptr<Shared::Running> look;
@@ -54,10 +69,6 @@ Place FolderLooks::at(const fs::path& path) const {
     }
     shared.ended.wait_until(shared.mutex, look->deadline, [&] { return look->place.has_value(); });
     return look->place.value_or(unknown);
-}
-
-bool FolderLooks::isFolder(const fs::path& path) const {
-    return at(path).kind == Place::Kind::folder;
 }
 
 fs::path FolderLooks::nearestFolder(const fs::path& path, const fs::path& otherwise) const {

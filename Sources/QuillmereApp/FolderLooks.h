@@ -16,8 +16,9 @@ struct Place {
 };
 
 // Looks at folders that may never answer, as those of a network mount whose server is gone. Each look has a
-// thread of its own, which is left behind when it hangs; there is never more than one for a path. Whoever
-// asks gets noAnswer after a while, and at once where a look hangs already.
+// thread of its own, which is left behind when it hangs; there is never more than one for a path, and none
+// below a folder that hangs. Whoever asks gets noAnswer after a while, and at once where a look hangs
+// already.
 //
 // Threads: any, but not the user-interface thread, because who asks waits.
 class FolderLooks {
@@ -31,7 +32,6 @@ public:
     explicit FolderLooks(Look look = onDisk, std::chrono::milliseconds patience = usualPatience);
 
     [[nodiscard]] Place at(const std::filesystem::path& path) const;
-    [[nodiscard]] bool isFolder(const std::filesystem::path& path) const;
     // The folder itself or the nearest one above it that exists, where a folder chooser can start; otherwise
     // where one of them does not answer.
     [[nodiscard]] std::filesystem::path nearestFolder(const std::filesystem::path& path,
@@ -42,6 +42,9 @@ public:
 
 private:
     struct Shared;
+
+    // Looks at this path alone.
+    [[nodiscard]] Place lookAt(const std::filesystem::path& path) const;
 
     std::shared_ptr<Shared> shared_;  // outlives this for threads that are left behind
     std::chrono::milliseconds patience_;

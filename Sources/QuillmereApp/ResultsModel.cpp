@@ -1,13 +1,17 @@
 #include "QuillmereApp/ResultsModel.h"
 
+#include <QStringList>
 #include <chrono>
+#include <map>
 #include <set>
 #include <system_error>
 #include <utility>
 
+#include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereApp/Waveform.h"
+#include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
 namespace {
@@ -19,20 +23,56 @@ bool isFile(const std::filesystem::path& path) {
     return std::filesystem::is_regular_file(path, unknown);
 }
 
-std::vector<bool> existing(const std::vector<std::filesystem::path>& files, const CancelFlag& stale) {
+// Folders that have answered, or not, to one piece of work.
+class Answers {
+public:
+    explicit Answers(const FolderLooks& looks) : looks_(looks) {}
+
+    [[nodiscard]] bool of(const std::filesystem::path& folder) {
+        const auto [known, isNew] = known_.try_emplace(folder, false);
+        if (isNew) known->second = looks_.at(folder).kind != Place::Kind::noAnswer;
+        return known->second;
+    }
+
+private:
+    const FolderLooks& looks_;
+    std::map<std::filesystem::path, bool> known_;
+};
+
+std::vector<bool> existing(const std::vector<std::filesystem::path>& files, const FolderLooks& looks,
+                           const CancelFlag& stale) {
+    Answers answers(looks);
     std::vector<bool> exist;
     exist.reserve(files.size());
     for (const auto& file : files) {
         if (stale.isCancelled()) break;
-        exist.push_back(isFile(file));
+        exist.push_back(answers.of(file.parent_path()) && isFile(file));
     }
     return exist;
 }
 
+QList<qreal> peaksOf(const std::filesystem::path& file, const FolderLooks& looks) {
+    if (!Answers(looks).of(file.parent_path()))
+        throw Failure(Folders::noAnswer(toQString(file)).toStdString());
+    return Waveform::peaks(file, ResultsModel::peakCount);
+}
+
+QStringList answering(const std::set<std::filesystem::path>& folders, const FolderLooks& looks) {
+    Answers answers(looks);
+    QStringList found;
+    for (const auto& folder : folders) {
+        if (answers.of(folder)) found.append(toQString(folder));
+    }
+    return found;
+}
+
 }  // namespace
 
-ResultsModel::ResultsModel(QObject* parent)
-    : QAbstractListModel(parent), staleRows_(std::make_shared<CancelFlag>()), tasks_(2) {
+ResultsModel::ResultsModel(std::shared_ptr<const FolderLooks> looks, QObject* parent)
+    : QAbstractListModel(parent),
+      looks_(std::move(looks)),
+      staleRows_(std::make_shared<CancelFlag>()),
+      tasks_(2) {
     // A program that deletes a thousand files tells of each.
     refreshSoon_.setSingleShot(true);
     refreshSoon_.setInterval(200ms);
@@ -81,8 +121,15 @@ void ResultsModel::watchFolders() {
     std::set<std::filesystem::path> folders;
     for (const GeneratedSample& sample : samples_)
         folders.insert(sample.url.parent_path());
-    for (const auto& folder : folders)
-        watcher_.addPath(toQString(folder));
+    if (folders.empty()) return;
+    tasks_.run([folders = std::move(folders), looks = looks_] { return answering(folders, *looks); },
+               [this, stale = staleRows_](const QStringList& found) {
+                   if (stale->isCancelled()) return;
+                   for (const QString& folder : found)
+                       watcher_.addPath(folder);
+                   refresh();  // what has changed before
+               },
+               [](const TaskFailure&) {});
 }
 
 void ResultsModel::setPlaying(const QUrl& url) {
@@ -113,12 +160,6 @@ QList<QUrl> ResultsModel::existingFiles() const {
     return files;
 }
 
-bool ResultsModel::lookAt(int row) {
-    if (row < 0 || row >= count()) return false;
-    setExists(row, isFile(samples_[static_cast<std::size_t>(row)].url));
-    return existsAt(row);
-}
-
 void ResultsModel::setExists(int row, bool exists) {
     if (std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
         announce(row, ExistsRole);
@@ -130,7 +171,8 @@ void ResultsModel::refresh() {
     files.reserve(samples_.size());
     for (const GeneratedSample& sample : samples_)
         files.push_back(sample.url);
-    tasks_.run([files = std::move(files), stale = staleRows_] { return existing(files, *stale); },
+    tasks_.run([files = std::move(files), looks = looks_,
+                stale = staleRows_] { return existing(files, *looks, *stale); },
                [this, stale = staleRows_](const std::vector<bool>& exist) {
                    if (stale->isCancelled()) return;
                    for (int row = 0; row < count(); ++row)
@@ -141,20 +183,18 @@ void ResultsModel::refresh() {
 
 void ResultsModel::requestPeaks(int row) {
     rows_[static_cast<std::size_t>(row)].peaksRequested = true;
-    tasks_.run(
-        [file = samples_[static_cast<std::size_t>(row)].url, stale = staleRows_] {
-            return stale->isCancelled() ? QList<qreal>() : Waveform::peaks(file, peakCount);
-        },
-        [this, row, stale = staleRows_](QList<qreal> peaks) {
-            if (stale->isCancelled()) return;
-            rows_[static_cast<std::size_t>(row)].peaks = std::move(peaks);
-            announce(row, PeaksRole);
-        },
-        [this, stale = staleRows_](const TaskFailure&) {
-            // No thumbnail: most likely the file is gone, which the row then shows.
-            if (!stale->isCancelled()) refreshSoon_.start();
-        },
-        nextPriority_++);
+    tasks_.run([file = samples_[static_cast<std::size_t>(row)].url, looks = looks_,
+                stale = staleRows_] { return stale->isCancelled() ? QList<qreal>() : peaksOf(file, *looks); },
+               [this, row, stale = staleRows_](QList<qreal> peaks) {
+                   if (stale->isCancelled()) return;
+                   rows_[static_cast<std::size_t>(row)].peaks = std::move(peaks);
+                   announce(row, PeaksRole);
+               },
+               [this, stale = staleRows_](const TaskFailure&) {
+                   // No thumbnail: most likely the file is gone, which the row then shows.
+                   if (!stale->isCancelled()) refreshSoon_.start();
+               },
+               nextPriority_++);
 }
 
 void ResultsModel::announce(int row, int role) {

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "QuillmereApp/BackgroundTask.h"
+#include "QuillmereApp/FolderLooks.h"
 #include "QuillmereCore/Generate/Generator.h"
 
 namespace quillmere {
@@ -25,7 +26,7 @@ namespace quillmere {
 //   peaks        list of numbers 0 ... 1, the largest |sample| of equal stretches of the file; empty until
 //                the thumbnail is computed, which reading the role starts
 // Thousands of rows cost nothing: files are looked at in the background, thumbnails only of the rows that
-// are read, newest request first.
+// are read, newest request first. Files in a folder that does not answer count as gone until it does.
 class ResultsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -46,7 +47,8 @@ public:
     // Stretches per thumbnail; fewer when the file has fewer samples.
     static constexpr int peakCount = 128;
 
-    explicit ResultsModel(QObject* parent = nullptr);
+    explicit ResultsModel(std::shared_ptr<const FolderLooks> looks = std::make_shared<FolderLooks>(),
+                          QObject* parent = nullptr);
     ~ResultsModel() override;
 
     [[nodiscard]] int count() const { return static_cast<int>(rows_.size()); }
@@ -63,8 +65,6 @@ public:
     Q_INVOKABLE [[nodiscard]] bool existsAt(int row) const;
     // Of all rows that existsAt.
     [[nodiscard]] QList<QUrl> existingFiles() const;
-    // existsAt as it is at this moment: looks at the one file at once.
-    Q_INVOKABLE bool lookAt(int row);
     // Looks at all files again in the background: call it when the window becomes active.
     Q_INVOKABLE void refresh();
 
@@ -92,6 +92,7 @@ private:
     void watchFolders();
     void announce(int row, int role);
 
+    const std::shared_ptr<const FolderLooks> looks_;
     std::vector<GeneratedSample> samples_;
     std::vector<Row> rows_;
     QHash<QUrl, int> rowByUrl_;

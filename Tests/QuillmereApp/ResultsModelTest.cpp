@@ -87,15 +87,25 @@ private slots:
         QVERIFY(!model.existsAt(-1) && !model.existsAt(3));
     }
 
-    void looksAtOneFileAtOnce() {
+    // Neither a look nor the closing waits for a mount whose server is gone.
+    void filesThatDoNotAnswerAreGoneUntilTheyDo() {
         TestWorld world;
-        ResultsModel model;
-        model.setSamples(makeSamples(world, 2));
-        QVERIFY(QFile::remove(model.urlAt(1).toLocalFile()));
-        QVERIFY(!model.lookAt(1));
-        QVERIFY(!model.existsAt(1));
-        QVERIFY(model.lookAt(0));
-        QVERIFY(!model.lookAt(2) && !model.lookAt(-1));
+        const std::vector<GeneratedSample> samples = makeSamples(world, 3);
+        world.cutOff("out");
+        auto model = std::make_unique<ResultsModel>(world.environment.looks);
+        model->setSamples(samples);
+        for (int i = 0; i < 50; ++i)
+            model->refresh();
+        QTRY_VERIFY(!model->existsAt(0));
+        QCOMPARE(peaksOf(*model, 0), QList<qreal>());
+        AppModelProbe::waitForWork(*model);
+        QCOMPARE(world.looksAtDead->load(), 1);
+        world.reconnect();
+        model->refresh();
+        QTRY_VERIFY(model->existsAt(0) && model->existsAt(2));
+        world.cutOff("out");
+        model->refresh();
+        model.reset();  // comes back
     }
 
     void noticesAFolderThatIsDeleted() {

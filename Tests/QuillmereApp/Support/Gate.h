@@ -1,7 +1,8 @@
 #pragma once
 
 #include <condition_variable>
-#include <mutex>
+
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::testing {
 
@@ -9,23 +10,23 @@ namespace quillmere::testing {
 class Gate {
 public:
     void close() {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         isOpen_ = false;
     }
     void open() {
-        const std::lock_guard guard(mutex_);
+        const MutexLock lock(mutex_);
         isOpen_ = true;
         opened_.notify_all();
     }
     void pass() {
-        std::unique_lock lock(mutex_);
-        opened_.wait(lock, [this] { return isOpen_; });
+        const MutexLock lock(mutex_);
+        opened_.wait(mutex_, [this]() QUILLMERE_REQUIRES(mutex_) { return isOpen_; });
     }
 
 private:
-    std::mutex mutex_;
-    std::condition_variable opened_;
-    bool isOpen_ = true;
+    Mutex mutex_;
+    std::condition_variable_any opened_;
+    bool isOpen_ QUILLMERE_GUARDED_BY(mutex_) = true;
 };
 
 }  // namespace quillmere::testing

@@ -119,6 +119,9 @@ public:
         environment.looks = std::make_shared<FolderLooks>(look, patience);
     }
 
+    // It answers again.
+    void reconnect() const { dead_->open(); }
+
     [[nodiscard]] QString path(const QString& name) const { return folder_.filePath(name); }
     [[nodiscard]] QUrl url(const QString& name) const { return QUrl::fromLocalFile(path(name)); }
 
@@ -157,6 +160,12 @@ public:
                                      Run run, std::int64_t now) {
             if (run == wanted && now >= reached && !done->exchange(true)) act();
         };
+    }
+
+    // Runs of models made later stop at every report while the gate, which must outlive them, is closed.
+    void holdRuns(Gate& gate) {
+        gate.close();
+        environment.onProgress = [&gate](Run, std::int64_t) { gate.pass(); };
     }
 
     // Steps of a test training; more make it last.
