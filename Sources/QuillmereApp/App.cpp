@@ -75,9 +75,9 @@ bool isSoftwareRenderer(const QByteArray& name) {
     return name.contains("llvmpipe") || name.contains("softpipe") || name.contains("Software Rasterizer");
 }
 
-// Whether OpenGL works and is done by a GPU; a rasterizer for OpenGL is slower than Qt's own.
+// Whether OpenGL works and is done by a GPU; a rasteriser for OpenGL is slower than Qt's own.
 bool hasGPU() {
-    // OpenGL would be a rasterizer, which takes a tenth of a second and 50 MB to load.
+    // OpenGL would be a rasteriser, which takes a tenth of a second and 50 MB to load.
     if (!hasGraphicsDevice()) return false;
     QOpenGLContext context;
     if (!context.create()) return false;

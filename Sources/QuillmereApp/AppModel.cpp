@@ -84,8 +84,10 @@ GenerationController::Links AppModel::generationLinks() {
         .outputFolder = [this] { return output_.folder(); },
         .generationRequest = [this](const QUrl& outputFolder) { return generationRequest(outputFolder); },
         .auditionRequest =
-            [this] {
-                return GenerationController::AuditionRequest{character_.aesthetics(), character_.drawSeed()};
+            [this](std::optional<std::uint64_t> seed) {
+                return AuditionRequest{.aesthetics = character_.aesthetics(),
+                                       .seed = seed ? *seed : character_.drawSeed(),
+                                       .detail = output_.detail()};
             },
         .generator = [this] { return model_.preparedGenerator(); },
         .openModelAgain = [this] { model_.openAgain(); },
@@ -101,7 +103,8 @@ GenerationRequest AppModel::generationRequest(const QUrl& outputFolder) {
             .aesthetics = character_.aesthetics(),
             .seed = character_.drawSeed(),
             .format = output_.format(),
-            .namePrefix = std::nullopt};
+            .namePrefix = std::nullopt,
+            .detail = output_.detail()};
 }
 
 void AppModel::corpusChanged() {
@@ -113,7 +116,7 @@ void AppModel::filesGone(int files) {
     corpus_.scanAgain();
     emit notice((files == 1 ? QStringLiteral("1 file is gone since the scan.")
                             : QStringLiteral("%1 files are gone since the scan.").arg(files)) +
-                QStringLiteral(" The folder is scanned again; train once more then."));
+                QStringLiteral(" The folder is scanned again; start once more then."));
 }
 
 void AppModel::modelChanged() {
@@ -174,6 +177,15 @@ void AppModel::chooseDevice(int index) {
     } else {
         emit notice(Activity::waitNotice());
     }
+}
+
+void AppModel::compareDetail() {
+    if (isBusy()) {
+        emit notice(Activity::waitNotice());
+        return;
+    }
+    output_.switchDetail();
+    if (generation_.canAudition()) generation_.auditionAgain();
 }
 
 void AppModel::setError(const QString& message) {

@@ -74,6 +74,9 @@ public:
     // index: as in devices(). From the next run on; the present model is compiled for that device when it is
     // used next. While something computes, nothing happens but notice().
     Q_INVOKABLE void chooseDevice(int index);
+    // The last audition once more, with detail if it had none, else without; what follows is made the same
+    // way. While something runs, nothing happens but notice().
+    Q_INVOKABLE void compareDetail();
     Q_INVOKABLE void dismissError();
     Q_INVOKABLE void copyError();
 

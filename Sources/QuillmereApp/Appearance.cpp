@@ -56,12 +56,11 @@ struct DesktopWish {
 
 Appearance::Appearance(Preferences& preferences, bool followDesktop, QObject* parent)
     : QObject(parent), preferences_(preferences), tasks_(1) {
-    bool isNumber = false;
-    const int stored = preferences.value(modeKey).toInt(&isNumber);
-    if (isNumber && stored >= System && stored <= Dark) mode_ = static_cast<Mode>(stored);
+    const int stored = preferences.integer(modeKey).value_or(mode_);
+    if (stored >= System && stored <= Dark) mode_ = static_cast<Mode>(stored);
     if (!followDesktop) return;
     // Until the desktop answers: what it answered last time, so that the window does not flash.
-    desktopIsDark_ = paletteIsDark() || preferences.value(wasDarkKey).toString() == QLatin1String("true");
+    desktopIsDark_ = paletteIsDark() || preferences.text(wasDarkKey) == QStringLiteral("true");
     qGuiApp->installEventFilter(this);
     askDesktop();
 }

@@ -83,10 +83,4 @@ private:
     QThreadPool pool_;
 };
 
-// work in the background on behalf of an object; see BackgroundTasks::run.
-template <typename Work, typename Done, typename Failed>
-void runInBackground(BackgroundTasks& tasks, Work work, Done done, Failed failed) {
-    tasks.run(std::move(work), std::move(done), std::move(failed));
-}
-
 }  // namespace quillmere

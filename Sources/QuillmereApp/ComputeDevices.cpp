@@ -59,10 +59,9 @@ ComputeDevices::ComputeDevices(const Environment& environment, Preferences& pref
 // ---- The choice
 
 void ComputeDevices::restoreChoice() {
-    const QVariant stored = preferences_.value(choiceKey);
-    const bool isText = stored.typeId() == QMetaType::QString && !stored.toString().isEmpty();
-    choose(isText ? DeviceChoice::fromPreference(stored.toString().toStdString()) : DeviceChoice());
-    if (isText || !stored.isValid()) return;
+    const std::string stored = preferences_.text(choiceKey).value_or(QString()).toStdString();
+    choose(stored.empty() ? DeviceChoice() : DeviceChoice::fromPreference(stored));
+    if (!stored.empty() || !preferences_.value(choiceKey).isValid()) return;
     // Nobody listens to an object that is being made.
     tasks_.post([this] {
         emit notice(

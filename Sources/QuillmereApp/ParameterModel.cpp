@@ -129,10 +129,6 @@ void ParameterModel::reset(const QString& parameterId) {
     if (const ParameterSpec* spec = find(parameterId)) edit(*spec, defaultValue(*spec));
 }
 
-void ParameterModel::resetAll() {
-    if (!allDefault()) edited_(Aesthetics());
-}
-
 void ParameterModel::setLocked(const QString& parameterId, bool locked) {
     const ParameterSpec* spec = find(parameterId);
     if (spec == nullptr || isLocked(parameterId) == locked) return;

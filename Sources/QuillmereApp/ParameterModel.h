@@ -82,7 +82,6 @@ public:
     // when it is none.
     Q_INVOKABLE bool setText(const QString& parameterId, const QString& text);
     Q_INVOKABLE void reset(const QString& parameterId);
-    Q_INVOKABLE void resetAll();
 
     Q_INVOKABLE void setLocked(const QString& parameterId, bool locked);
     [[nodiscard]] bool isLocked(const QString& parameterId) const;

@@ -14,6 +14,8 @@ namespace quillmere {
 // of the calls, because a write waits for the disk. The destructor waits for what is still to be written.
 // Several programs may have the file open: each writes only what was set in it, and the last one to set a key
 // is the one that counts.
+//
+// Threads: one, which made it.
 class Preferences {
 public:
     explicit Preferences(QString file);

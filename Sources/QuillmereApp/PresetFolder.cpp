@@ -24,15 +24,6 @@ QString fileOf(const QString& folder, const QString& name) {
     return folder + QLatin1Char('/') + name + suffix;
 }
 
-// Values from a file, brought into the ranges of the sliders.
-Aesthetics clamped(const Aesthetics& read) {
-    validate(read);
-    Aesthetics inRange;
-    for (const ParameterSpec& spec : Aesthetics::specs())
-        inRange.set(spec, spec.value(read));
-    return inRange;
-}
-
 OwnPreset read(const QFileInfo& info) {
     OwnPreset preset{info.completeBaseName(), std::nullopt, {}, info.fileName()};
     QFile file(info.filePath());
@@ -41,7 +32,7 @@ OwnPreset read(const QFileInfo& info) {
         return preset;
     }
     try {
-        preset.aesthetics = clamped(decodePreset(file.readAll().toStdString()));
+        preset.aesthetics = inRange(decodePreset(file.readAll().toStdString()));
     } catch (const Failure& failure) {
         preset.problem = QString::fromUtf8(failure.what());
     }

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <string>
+#include <utility>
 
 #include "QuillmereApp/Controllers/Labels.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -14,6 +15,7 @@ using namespace std::chrono_literals;
 const QString qualityKey = QStringLiteral("quality");
 const QString analysisKey = QStringLiteral("analysis");
 const QString formatKey = QStringLiteral("format");
+const QString detailKey = QStringLiteral("detail");
 const QString parametersKey = QStringLiteral("parameters");
 const QString presetKey = QStringLiteral("preset");
 const QString seedKey = QStringLiteral("seed");
@@ -27,18 +29,40 @@ Session::Session(Preferences& preferences, ModelController& model, CharacterCont
     storeSoon_.setSingleShot(true);
     storeSoon_.setInterval(500ms);
     connect(&storeSoon_, &QTimer::timeout, this, &Session::store);
-    const auto soon = [this] { storeSoon_.start(); };
-    connect(&model_, &ModelController::qualityChanged, this, soon);
-    connect(&model_, &ModelController::analysisChanged, this, soon);
-    connect(&character_, &CharacterController::presetChanged, this, soon);
-    connect(&character_, &CharacterController::seedTextChanged, this, soon);
-    connect(&output_, &OutputController::formatChanged, this, soon);
-    connect(&output_, &OutputController::countChanged, this, soon);
-    connect(&output_, &OutputController::folderTextChanged, this, soon);
+    watchAll();
 }
 
 Session::~Session() {
-    if (storeSoon_.isActive()) store();
+    store();
+}
+
+template <typename Sender>
+void Session::watch(const Sender& sender, void (Sender::*changed)(), const QString& key, Store store) {
+    connect(&sender, changed, this, [this, key, store = std::move(store)] {
+        changed_.insert_or_assign(key, store);
+        storeSoon_.start();
+    });
+}
+
+void Session::watchAll() {
+    watch(model_, &ModelController::qualityChanged, qualityKey,
+          [this] { preferences_.setValue(qualityKey, text(info(model_.quality()).name)); });
+    watch(model_, &ModelController::analysisChanged, analysisKey,
+          [this] { preferences_.setValue(analysisKey, text(rawValue(model_.analysis()))); });
+    watch(character_, &CharacterController::presetChanged, presetKey, [this] {
+        preferences_.setValue(parametersKey, QString::fromStdString(encodePreset(character_.aesthetics())));
+        preferences_.setValue(presetKey, character_.presetName());
+    });
+    watch(character_, &CharacterController::seedTextChanged, seedKey,
+          [this] { preferences_.setValue(seedKey, character_.seedText()); });
+    watch(output_, &OutputController::formatChanged, formatKey,
+          [this] { preferences_.setValue(formatKey, text(rawValue(output_.format()))); });
+    watch(output_, &OutputController::detailChanged, detailKey,
+          [this] { preferences_.setValue(detailKey, QString::number(output_.detail())); });
+    watch(output_, &OutputController::countChanged, OutputController::countKey,
+          [this] { output_.storeCount(); });
+    watch(output_, &OutputController::folderTextChanged, OutputController::folderKey,
+          [this] { output_.storeFolder(); });
 }
 
 void Session::restore() {
@@ -51,6 +75,7 @@ void Session::restore() {
         model_.setAnalysisIndex(indexIn(allAnalysisProfiles, *profile));
     if (const auto format = outputFormat(stored(formatKey)))
         output_.setFormatIndex(indexIn(allOutputFormats, *format));
+    if (const auto detail = preferences_.text(detailKey)) output_.setDetail(detail->toDouble());
     character_.setSeedText(preferences_.text(seedKey).value_or(QString()));
     restoreCharacter();
 }
@@ -59,25 +84,16 @@ void Session::restoreCharacter() {
     const auto stored = preferences_.text(parametersKey);
     if (!stored) return;
     try {
-        const Aesthetics read = decodePreset(stored->toStdString());
-        validate(read);
-        Aesthetics inRange;
-        for (const ParameterSpec& spec : Aesthetics::specs())
-            inRange.set(spec, spec.value(read));
-        character_.restore({inRange, preferences_.text(presetKey).value_or(QString())});
+        character_.restore(
+            {inRange(decodePreset(stored->toStdString())), preferences_.text(presetKey).value_or(QString())});
     } catch (const Failure&) {
         return;  // edited by hand, or of a program to come: the defaults do
     }
 }
 
 void Session::store() {
-    preferences_.setValue(qualityKey, text(info(model_.quality()).name));
-    preferences_.setValue(analysisKey, text(rawValue(model_.analysis())));
-    preferences_.setValue(formatKey, text(rawValue(output_.format())));
-    preferences_.setValue(seedKey, character_.seedText());
-    preferences_.setValue(parametersKey, QString::fromStdString(encodePreset(character_.aesthetics())));
-    preferences_.setValue(presetKey, character_.presetName());
-    output_.store();
+    for (const auto& [key, storeValue] : std::exchange(changed_, {}))
+        storeValue();
 }
 
 }  // namespace quillmere

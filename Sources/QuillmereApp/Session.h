@@ -1,7 +1,10 @@
 #pragma once
 
 #include <QObject>
+#include <QString>
 #include <QTimer>
+#include <functional>
+#include <map>
 
 #include "QuillmereApp/Controllers/CharacterController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
@@ -11,21 +14,27 @@
 namespace quillmere {
 
 // What the user has set, from one start of the program to the next: quality and analysis of the next
-// training, the parameters with their preset, the seed field, the output folder, count and format. What the
-// preferences hold that makes no sense is as if it were not there.
+// training, the parameters with their preset, the seed field, the output folder, count, format and detail.
+// What the preferences hold that makes no sense is as if it were not there.
 //
 // Threads: as for Controller.
 class Session : public QObject {
 public:
     // Sets what was stored, and stores what changes from now on, a moment after the last change and at the
-    // end. All must outlive it.
+    // end. What does not change is not written: another window may have chosen it. All must outlive it.
     Session(Preferences& preferences, ModelController& model, CharacterController& character,
             OutputController& output);
     ~Session() override;
 
 private:
+    using Store = std::function<void()>;
+
     void restore();
     void restoreCharacter();
+    void watchAll();
+    // store is to be called some time after changed.
+    template <typename Sender>
+    void watch(const Sender& sender, void (Sender::*changed)(), const QString& key, Store store);
     void store();
 
     Preferences& preferences_;
@@ -33,6 +42,7 @@ private:
     CharacterController& character_;
     OutputController& output_;
     QTimer storeSoon_;
+    std::map<QString, Store> changed_;  // what is to be stored, by its key
 };
 
 }  // namespace quillmere

@@ -104,7 +104,9 @@ private slots:
         QTest::newRow("no integer") << QByteArray("count=10.5\n");
         QTest::newRow("word") << QByteArray("count=many\n");
         QTest::newRow("too large") << QByteArray("count=99999999999\n");
-        QTest::newRow("appearance") << QByteArray("appearance=7\ndesktopWasDark=@Point(1 2)\n");
+        QTest::newRow("appearance") << QByteArray("appearance=@Point(1 2)\n");
+        QTest::newRow("appearance too large") << QByteArray("appearance=4294967297\n");
+        QTest::newRow("no appearance") << QByteArray("appearance=7\n");
         QTest::newRow("recent") << QByteArray("recentCorpora=@Point(1 2)\n");
     }
     void ignoresPreferencesOfWrongTypes() {
@@ -115,6 +117,7 @@ private slots:
         QVERIFY(!app.corpus()->isChosen());
         QCOMPARE(app.outputText(), QString());
         QCOMPARE(app.count(), 10);
+        QCOMPARE(app.appearance()->mode(), Appearance::System);
         QCOMPARE(app.corpus()->recent().size(), 0);
         QCOMPARE(app.errorMessage(), QString());
     }
@@ -291,17 +294,21 @@ private slots:
     void filesThatAreGoneAreToldOfAndCountedAgainBeforeATraining() {
         TestWorld world;
         AppModel app(world.environment);
-        prepare(app, world.makeCorpus("corpus", 5));
+        const QUrl corpus = world.makeCorpus("corpus", 5);
+        for (const char* name : {"corpus/a.wav", "corpus/b.wav", "corpus/c.wav"})
+            TestWorld::write(world.path(name), "no sound");
+        prepare(app, corpus);
+        QCOMPARE(app.corpus()->unreadable(), 3);
         QSignalSpy notices(&app, &AppModel::notice);
         QVERIFY(QFile::remove(world.path("corpus/hit1.wav")) && QFile::remove(world.path("corpus/hit4.wav")));
         app.train();
         QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
         QCOMPARE(
             notices.takeFirst().at(0).toString(),
-            QStringLiteral("2 files are gone since the scan. The folder is scanned again; train once more "
+            QStringLiteral("2 files are gone since the scan. The folder is scanned again; start once more "
                            "then."));
         QVERIFY(waitUntilIdle(app));
-        QCOMPARE(app.corpus()->fileCount(), 3);
+        QCOMPARE(app.corpus()->fileCount(), 6);
         QVERIFY(!app.model()->isReady());
         app.train();
         QVERIFY(waitUntilIdle(app));
@@ -351,6 +358,7 @@ private slots:
             aesthetics = app.aesthetics();
             app.setSeedText("18446744073709551615");
             app.output()->setFormatIndex(0);
+            app.output()->setDetail(0.35);
             app.setOutputText("~/typed, not used");
             app.setCount(33);
         }
@@ -363,8 +371,30 @@ private slots:
         QVERIFY(!app.character()->canUndo());
         QCOMPARE(app.seedText(), QStringLiteral("18446744073709551615"));
         QCOMPARE(app.format(), OutputFormat::wav16);
+        QCOMPARE(app.output()->detail(), 0.35);
         QCOMPARE(app.outputText(), QStringLiteral("~/typed, not used"));
         QCOMPARE(app.count(), 33);
+    }
+
+    void twoWindowsStoreWhatWasSetInEachOfThem() {
+        TestWorld world;
+        const QUrl corpus = world.makeCorpus("Drums");
+        {
+            AppModel one(world.environment);
+            AppModel other(world.environment);
+            one.model()->setQualityIndex(0);
+            one.output()->setFormatIndex(0);
+            one.setCount(44);
+            QTRY_VERIFY(TestWorld::read(world.environment.settingsFile).contains("count=44"));
+            other.setSeedText("42");
+            other.setCorpus(corpus);  // which suggests an output folder
+            QVERIFY(waitUntilIdle(other));
+        }
+        AppModel app(world.environment);
+        QCOMPARE(app.quality(), Quality::quick);
+        QCOMPARE(app.format(), OutputFormat::wav16);
+        QCOMPARE(app.count(), 44);
+        QCOMPARE(app.seedText(), QStringLiteral("42"));
     }
 
     void whatIsSetIsStoredAMomentLater() {
@@ -377,7 +407,8 @@ private slots:
     void aSessionThatMakesNoSenseIsForgotten_data() {
         QTest::addColumn<QByteArray>("lines");
         QTest::newRow("names") << QByteArray("quality=best\nanalysis=x\nformat=mp3\n");
-        QTest::newRow("types") << QByteArray("quality=@Point(1 2)\nformat=a, b\nparameters=@Point(1 2)\n");
+        QTest::newRow("types") << QByteArray(
+            "quality=@Point(1 2)\nformat=a, b\ndetail=much\nparameters=@Point(1 2)\n");
         QTest::newRow("no object") << QByteArray("parameters=7\npreset=Wild\n");
         QTest::newRow("no numbers") << QByteArray("parameters=\"{\\\"drift\\\": \\\"x\\\"}\"\npreset=Wild\n");
     }
@@ -389,9 +420,83 @@ private slots:
         QCOMPARE(app.quality(), Quality::standard);
         QCOMPARE(app.analysis(), AnalysisProfile::automatic);
         QCOMPARE(app.format(), OutputFormat::wav24);
+        QCOMPARE(app.output()->detail(), 0.0);
         QVERIFY(app.aesthetics() == Aesthetics());
         QCOMPARE(app.presetName(), QStringLiteral("Balanced"));
         QCOMPARE(app.errorMessage(), QString());
+    }
+
+    // ---- Detail
+
+    void aRunAndAnAuditionHaveTheDetailThatIsSet() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        app.setOutputText(world.path("out"));
+        app.setCount(2);
+        app.output()->setDetail(0.5);
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.results()->rowCount(), 2);
+        for (const GeneratedSample& sample : app.results()->samples()) {
+            QCOMPARE(sample.origin.detail, 0.5);
+            QCOMPARE(sample.origin.detailBasis, DetailBasis::sources);
+        }
+    }
+
+    void noiseInPlaceOfTheSamplesIsToldOf() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        QVERIFY(QDir(world.path("Drums")).removeRecursively());
+        const QSignalSpy notices(&app, &AppModel::notice);
+        const QString all = "The learned samples could not be read: noise stands in for their detail.";
+        app.setOutputText(world.path("out"));
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(notices.isEmpty());
+        app.output()->setDetail(1);
+        app.generate();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(notices.size(), 1);
+        QCOMPARE(notices.at(0).at(0).toString(), all);
+        app.audition();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(notices.size(), 2);
+        QCOMPARE(notices.at(1).at(0).toString(), all);
+    }
+
+    void comparesTheLastAuditionWithAndWithoutDetail() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        const auto heard = [&] {
+            if (!waitUntilIdle(app)) qFatal("the audition does not end");
+            return TestWorld::read(app.generation()->auditionURL().toLocalFile());
+        };
+        app.output()->setDetail(0.8);
+        app.output()->setDetail(0);
+        app.audition();
+        const QByteArray without = heard();
+        app.compareDetail();
+        QCOMPARE(app.output()->detail(), 0.8);
+        const QByteArray with = heard();
+        QVERIFY(!with.isEmpty() && with != without);
+        app.compareDetail();
+        QCOMPARE(app.output()->detail(), 0.0);
+        QCOMPARE(heard(), without);
+    }
+
+    void comparingWaitsForWhatRuns() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        app.audition();
+        const QSignalSpy notices(&app, &AppModel::notice);
+        app.compareDetail();
+        QCOMPARE(app.output()->detail(), 0.0);
+        QCOMPARE(notices.size(), 1);
+        QVERIFY(waitUntilIdle(app));
     }
 
     // ---- What runs
@@ -414,8 +519,7 @@ private slots:
     void cancelStopsAScan() {
         TestWorld world;
         Gate gate;
-        gate.close();
-        world.environment.onProgress = [&gate](Run, std::int64_t) { gate.pass(); };
+        world.holdRuns(gate);
         AppModel app(world.environment);
         app.setCorpus(world.makeCorpus("corpus", 40, 0.01));
         app.cancel();

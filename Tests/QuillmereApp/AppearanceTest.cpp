@@ -7,7 +7,6 @@
 #include <QDBusMessage>
 #include <QObject>
 #include <QPalette>
-#include <QProcess>
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
@@ -15,37 +14,13 @@
 #include <memory>
 
 #include "QuillmereApp/Preferences.h"
+#include "QuillmereApp/Support/SessionBus.h"
 #include "QuillmereApp/Support/TestWorld.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
 namespace quillmere::testing {
 namespace {
-
-// A session bus that nobody else is on.
-class Bus {
-public:
-    Bus() {
-        daemon_.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
-        while (!daemon_.canReadLine() && daemon_.waitForReadyRead(20000)) {
-        }
-        address_ = QString::fromLatin1(daemon_.readLine().trimmed());
-        if (address_.isEmpty()) qFatal("dbus-daemon has not started");
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address_.toLatin1());
-    }
-    ~Bus() {
-        daemon_.terminate();
-        daemon_.waitForFinished();
-    }
-    Bus(const Bus&) = delete;
-    Bus& operator=(const Bus&) = delete;
-
-    [[nodiscard]] QString address() const { return address_; }
-
-private:
-    QProcess daemon_;
-    QString address_;
-};
 
 enum ColourScheme : uint { noPreference, preferDark, preferLight };
 
@@ -253,7 +228,7 @@ private slots:
     }
 
 private:
-    const Bus bus_;
+    const SessionBus bus_;
 };
 
 }  // namespace quillmere::testing

@@ -22,8 +22,7 @@ private slots:
         QThread* worked = nullptr;
         QThread* answered = nullptr;
         int value = 0;
-        runInBackground(
-            tasks,
+        tasks.run(
             [&] {
                 worked = QThread::currentThread();
                 return 42;
@@ -41,9 +40,8 @@ private slots:
     void handsOverValuesThatCannotBeCopied() {
         BackgroundTasks tasks;
         std::unique_ptr<int> got;
-        runInBackground(
-            tasks, [] { return std::make_unique<int>(7); },
-            [&](std::unique_ptr<int> value) { got = std::move(value); }, [](const TaskFailure&) {});
+        tasks.run([] { return std::make_unique<int>(7); },
+                  [&](std::unique_ptr<int> value) { got = std::move(value); }, [](const TaskFailure&) {});
         QTRY_VERIFY(got != nullptr);
         QCOMPARE(*got, 7);
     }
@@ -51,9 +49,8 @@ private slots:
     void aFailureKeepsItsText() {
         BackgroundTasks tasks;
         TaskFailure failure;
-        runInBackground(
-            tasks, [] { throw Failure("kick.wav contains no audio"); }, [] { QFAIL("no success expected"); },
-            [&](const TaskFailure& told) { failure = told; });
+        tasks.run([] { throw Failure("kick.wav contains no audio"); }, [] { QFAIL("no success expected"); },
+                  [&](const TaskFailure& told) { failure = told; });
         QTRY_COMPARE(failure.message, QStringLiteral("kick.wav contains no audio"));
         QVERIFY(failure.kind == TaskFailure::Kind::other);
     }
@@ -76,9 +73,8 @@ private slots:
     void lackOfMemoryIsSaidInWords() {
         BackgroundTasks tasks;
         QString message;
-        runInBackground(
-            tasks, [] { throw std::bad_alloc(); }, [] {},
-            [&](const TaskFailure& told) { message = told.message; });
+        tasks.run([] { throw std::bad_alloc(); }, [] {},
+                  [&](const TaskFailure& told) { message = told.message; });
         QTRY_COMPARE(message, QStringLiteral("There is not enough memory for this."));
     }
 
@@ -100,8 +96,7 @@ private slots:
         bool answered = false;
         {
             BackgroundTasks tasks;
-            runInBackground(
-                tasks,
+            tasks.run(
                 [&] {
                     QThread::msleep(100);
                     worked = true;
@@ -117,9 +112,8 @@ private slots:
         BackgroundTasks tasks(1);
         std::vector<int> order;
         for (int i = 0; i < 20; ++i)
-            runInBackground(
-                tasks, [i] { return i; }, [&](int value) { order.push_back(value); },
-                [](const TaskFailure&) {});
+            tasks.run([i] { return i; }, [&](int value) { order.push_back(value); },
+                      [](const TaskFailure&) {});
         QTRY_COMPARE(order.size(), 20U);
         QVERIFY(std::is_sorted(order.begin(), order.end()));
     }

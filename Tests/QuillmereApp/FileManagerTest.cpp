@@ -4,7 +4,6 @@
 #include <QDBusContext>
 #include <QElapsedTimer>
 #include <QObject>
-#include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
 #include <QThread>
@@ -12,38 +11,11 @@
 #include <stop_token>
 #include <thread>
 
+#include "QuillmereApp/Support/SessionBus.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere::testing {
-namespace {
-
-// A session bus of the test's own.
-class Bus {
-public:
-    Bus() {
-        process_.start("dbus-daemon", {"--session", "--nofork", "--print-address=1"});
-        while (!process_.canReadLine() && process_.waitForReadyRead(20000)) {
-        }
-        address_ = QString::fromLatin1(process_.readLine().trimmed());
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address_.toLatin1());
-    }
-    ~Bus() {
-        process_.terminate();
-        process_.waitForFinished();
-    }
-    Bus(const Bus&) = delete;
-    Bus& operator=(const Bus&) = delete;
-
-    [[nodiscard]] const QString& address() const { return address_; }
-
-private:
-    QProcess process_;
-    QString address_;
-};
-
-}  // namespace
-
 // A file manager as the desktop offers it. It may hang.
 class Manager : public QObject, protected QDBusContext {
     Q_OBJECT
@@ -106,7 +78,7 @@ private slots:
 private:
     const QUrl folder = QUrl::fromLocalFile("/tmp/out");
     const QUrl file = QUrl::fromLocalFile("/tmp/out/a.wav");
-    std::optional<Bus> bus_;
+    std::optional<SessionBus> bus_;
     Manager manager_;
 };
 

@@ -210,7 +210,7 @@ private slots:
         parameters.model.reset("stretch");
         QCOMPARE(parameters.value("stretch"), 1.0);
         QCOMPARE(parameters.value("grit"), 0.5);
-        parameters.model.resetAll();
+        parameters.model.reset("grit");
         QVERIFY(parameters.model.allDefault());
     }
 

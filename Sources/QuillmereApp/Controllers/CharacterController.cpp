@@ -90,13 +90,12 @@ bool CharacterController::presetEdited() const {
 }
 
 void CharacterController::reloadPresets() {
-    runInBackground(
-        tasks_, [folder = environment().presetsFolder] { return PresetFolder::list(folder); },
-        [this](QList<OwnPreset> own) {
-            presets_.setOwn(std::move(own));
-            show();
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+    tasks_.run([folder = environment().presetsFolder] { return PresetFolder::list(folder); },
+               [this](QList<OwnPreset> own) {
+                   presets_.setOwn(std::move(own));
+                   show();
+               },
+               [this](const TaskFailure& failure) { report(failure); });
 }
 
 QString CharacterController::presetNameProblem(const QString& name) const {
@@ -113,8 +112,7 @@ void CharacterController::saveOwnPreset(const QString& name) {
     }
     const QString trimmed = name.trimmed();
     const Aesthetics values = aesthetics();
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [folder = environment().presetsFolder, trimmed, values] {
             if (!PresetFolder::save(folder, trimmed, values))
                 throw Failure("A preset of that name exists already.");
@@ -135,8 +133,7 @@ void CharacterController::deleteOwnPreset(const QString& name) {
     const QList<OwnPreset>& own = presets_.own();
     const auto preset = std::ranges::find(own, name, &OwnPreset::name);
     if (preset == own.end()) return;
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [folder = environment().presetsFolder, preset = *preset] {
             PresetFolder::remove(folder, preset);
             return PresetFolder::list(folder);

@@ -41,7 +41,7 @@ public:
     Q_INVOKABLE void endEdit();
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
-    // Moves every parameter that is not locked toward a random place on its slider: 0 not at all, 1 all the
+    // Moves every parameter that is not locked towards a random place on its slider: 0 not at all, 1 all the
     // way.
     Q_INVOKABLE void randomise(double amount);
 

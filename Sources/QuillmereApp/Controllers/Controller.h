@@ -46,6 +46,14 @@ protected:
     [[nodiscard]] const Environment& environment() const { return environment_; }
     // Tells of the failure of work in the background, unless it was asked to stop.
     void report(const TaskFailure& failure);
+    // Looks at what is dropped on the window in the background, and hands the path of a folder to taken. A
+    // notice says why it is not taken otherwise.
+    void takeDropped(BackgroundTasks& tasks, const QList<QUrl>& urls,
+                     std::function<void(const QString& path)> taken);
+    // Finds in the background where a chooser of path can start: there, or as near above as there is a
+    // folder.
+    void findNearestFolder(BackgroundTasks& tasks, const QString& path,
+                           std::function<void(const QUrl& folder)> found);
     // A run has come that far. From any thread.
     void watched(Run run, std::int64_t done) const;
 

@@ -3,7 +3,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPointer>
-#include <QRegularExpression>
 #include <algorithm>
 #include <optional>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
+#include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Progress.h"
@@ -36,12 +36,6 @@ bool mayBeStored(const std::filesystem::path& modelFolder) {
     } catch (const FileError&) {
         return true;
     }
-}
-
-// A name that a generation gives: NAME_var_0001.wav.
-bool isVariation(const CorpusFile& file) {
-    static const QRegularExpression form(QStringLiteral("_var_[0-9]{4,}\\.wav$"));
-    return form.match(QString::fromStdString(file.relativePath)).hasMatch();
 }
 
 }  // namespace
@@ -107,33 +101,19 @@ void CorpusController::scanAgain() {
 }
 
 void CorpusController::drop(const QList<QUrl>& urls) {
-    const Folders::Dropped dropped = Folders::dropped(urls);
-    const QString refusal = canChoose() ? dropped.refusal : Activity::waitNotice();
-    if (!refusal.isEmpty()) {
-        emit notice(refusal);
-        return;
+    if (canChoose()) {
+        takeDropped(tasks_, urls, [this](const QString& path) { choose(QUrl::fromLocalFile(path)); });
+    } else {
+        emit notice(Activity::waitNotice());
     }
-    runInBackground(
-        tasks_, [looks = environment().looks, path = toPath(dropped.path)] { return looks->at(path).kind; },
-        [this, path = dropped.path](Place::Kind kind) {
-            const QString reason = Folders::refusal(kind, path);
-            reason.isEmpty() ? choose(QUrl::fromLocalFile(path)) : emit notice(reason);
-        },
-        [this](const TaskFailure& failure) { report(failure); });
 }
 
 void CorpusController::openChooser() {
     if (!canChoose()) return;
     const QString start = isChosen() ? QFileInfo(url_.toLocalFile()).path() : environment().homeFolder;
-    runInBackground(
-        tasks_,
-        [looks = environment().looks, path = toPath(start), home = toPath(environment().homeFolder)] {
-            return looks->nearestFolder(path, home);
-        },
-        [this](const std::filesystem::path& nearest) {
-            if (canChoose()) emit chooserRequested(toUrl(nearest));
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+    findNearestFolder(tasks_, start, [this](const QUrl& nearest) {
+        if (canChoose()) emit chooserRequested(nearest);
+    });
 }
 
 void CorpusController::remember(const QString& path) {
@@ -177,8 +157,7 @@ void CorpusController::scan(bool mayBeGone) {
         }
         watched(Run::scan, done);
     };
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [folder = toPath(url_), root = environment().modelsRoot, looks = environment().looks, mayBeGone,
          progress, cancel = scanCancel_->token()] {
             Scan result;
@@ -189,7 +168,8 @@ void CorpusController::scan(bool mayBeGone) {
             if (result.isGone) return result;
             result.summary = std::make_shared<const CorpusSummary>(Corpus::scan(folder, progress, cancel));
             result.name = QString::fromStdString(ModelStore::corpusName(folder));
-            result.variations = static_cast<int>(std::ranges::count_if(result.summary->files, isVariation));
+            result.variations = static_cast<int>(std::ranges::count_if(
+                result.summary->files, Finishing::isVariationName, &CorpusFile::relativePath));
             const auto modelFolder = ModelStore::directory(*result.summary, root);
             if (mayBeStored(modelFolder)) result.storedModel = modelFolder;
             return result;
@@ -232,15 +212,12 @@ void CorpusController::scanFailed(const TaskFailure& failure) {
 
 void CorpusController::scanEnded() {
     scanCancel_.reset();
-    isCancelling_ = false;
     assign(*this, isScanning_, false, &CorpusController::isScanningChanged);
     emit scanProgressChanged();
 }
 
 void CorpusController::cancelScan() {
-    if (!scanCancel_) return;
-    scanCancel_->cancel();
-    isCancelling_ = true;
+    if (scanCancel_) scanCancel_->cancel();
 }
 
 // ---- Values
@@ -259,10 +236,6 @@ QString CorpusController::scanTimeLeft() const {
 
 int CorpusController::fileCount() const {
     return summary_ ? summary_->fileCount() : 0;
-}
-
-double CorpusController::totalSeconds() const {
-    return summary_ ? summary_->totalSeconds : 0;
 }
 
 QString CorpusController::totalDuration() const {

@@ -77,7 +77,6 @@ public:
     [[nodiscard]] bool canChoose() const { return !activity().isTraining && !activity().isGenerating; }
     [[nodiscard]] QString chooserMessage() const;
     [[nodiscard]] bool isScanning() const { return isScanning_; }
-    [[nodiscard]] bool isCancelling() const { return isCancelling_; }  // asked to stop, still scanning
     [[nodiscard]] int scanDone() const { return scanDone_; }
     [[nodiscard]] int scanTotal() const { return scanTotal_; }
     [[nodiscard]] QString scanTimeLeft() const;
@@ -85,7 +84,6 @@ public:
     // Null when absent.
     [[nodiscard]] const std::shared_ptr<const CorpusSummary>& summary() const { return summary_; }
     [[nodiscard]] int fileCount() const;
-    [[nodiscard]] double totalSeconds() const;
     [[nodiscard]] QString totalDuration() const;
     [[nodiscard]] QStringList sampleRates() const;
     [[nodiscard]] int unreadable() const;
@@ -128,7 +126,6 @@ private:
     QStringList recent_;
     quint64 recentChange_ = 0;  // number of the newest change to it
     bool isScanning_ = false;
-    bool isCancelling_ = false;
     int scanDone_ = 0;
     int scanTotal_ = 0;
     QElapsedTimer scanClock_;  // since the files were counted

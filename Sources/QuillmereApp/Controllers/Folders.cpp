@@ -1,6 +1,7 @@
 #include "QuillmereApp/Controllers/Folders.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStringList>
 
 #include "QuillmereApp/FilePath.h"
@@ -58,6 +59,13 @@ QString Folders::refusal(Place::Kind kind, const QString& path) {
             return noAnswer(path);
     }
     return {};
+}
+
+QString Folders::beside(const QString& folder, const QString& name) {
+    const QFileInfo info(folder);
+    if (info.fileName().isEmpty()) return QLatin1Char('/') + name;
+    if (info.fileName() == QLatin1String("..")) return folder + QStringLiteral("/../") + name;
+    return folder + QLatin1Char(' ') + name;
 }
 
 QString Folders::displayed(const QString& path, const QString& home) {

@@ -32,6 +32,10 @@ struct Dropped {
 // Why what lies there is not taken; empty for a folder.
 [[nodiscard]] QString refusal(Place::Kind kind, const QString& path);
 
+// A folder of that name beside a folder: "/Sounds/Drums" and "variations" give "/Sounds/Drums variations".
+// One that ends with "..", whose name only the disk knows, gives "/Sounds/Drums/../../variations".
+[[nodiscard]] QString beside(const QString& folder, const QString& name);
+
 // A path as people write it: home as "~".
 [[nodiscard]] QString displayed(const QString& path, const QString& home);
 

@@ -34,14 +34,32 @@ void writeAudition(const std::vector<float>& samples, const std::filesystem::pat
     std::error_code ignored;  // what is wrong with the folder, the file has, too
     std::filesystem::create_directories(file.parent_path(), ignored);
     // A link of that name could lead anywhere.
-    if (std::filesystem::is_symlink(file, ignored)) std::filesystem::remove(file);
+    if (std::error_code error;
+        std::filesystem::is_symlink(file, ignored) && !std::filesystem::remove(file, error) && error)
+        throw FileError(file, error);
     AudioIO::write(samples, file, sampleRate, OutputFormat::wav16, Durability::disposable);
+}
+
+// That so many of the variations did not get the detail that was asked for.
+QString noiseText(int withNoise, int variations) {
+    if (withNoise == variations)
+        return QStringLiteral("The learned samples could not be read: noise stands in for their detail.");
+    return QStringLiteral(
+               "For %1 of %2 variations a learned sample could not be read: noise stands in for its detail.")
+        .arg(withNoise)
+        .arg(variations);
+}
+
+int countWithNoise(const std::vector<GeneratedSample>& samples) {
+    return static_cast<int>(
+        std::ranges::count(samples, DetailBasis::noise,
+                           [](const GeneratedSample& sample) { return sample.origin.detailBasis; }));
 }
 
 }  // namespace
 
 GenerationController::GenerationController(const Environment& environment, Links links)
-    : Controller(environment), links_(std::move(links)) {
+    : Controller(environment), links_(std::move(links)), results_(environment.looks) {
     connect(this, &Controller::activityChanged, this, &GenerationController::canGenerateChanged);
 }
 
@@ -126,14 +144,15 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
         });
         watched(Run::generation, done);
     };
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [generator = links_.generator(), request, progress, cancel = generateCancel_->token(),
          looks = environment().looks] {
             if (looks->at(request.outputDirectory).kind == Place::Kind::noAnswer)
                 throw Failure(Folders::noAnswer(toQString(request.outputDirectory)).toStdString());
             GenerationOutcome outcome = generator()->tryToGenerate(request, progress, cancel);
+            const int withNoise = countWithNoise(outcome.written);
             return Ended{.written = sortedByName(existing(std::move(outcome.written))),
+                         .withNoise = withNoise,
                          .failure = BackgroundTasks::attempt([&] {
                              if (outcome.failure) std::rethrow_exception(outcome.failure);
                          })};
@@ -158,6 +177,7 @@ void GenerationController::ended(Ended run, const QUrl& folder) {
         endedEarly(*std::move(run.failure), files);
     } else {
         emit generationFinished(files);
+        if (run.withNoise > 0) emit notice(noiseText(run.withNoise, files));
     }
 }
 
@@ -182,33 +202,44 @@ void GenerationController::generationEnded(const Returned& returned) {
 
 void GenerationController::audition() {
     emit commanded();
-    beginAudition();
+    beginAudition(std::nullopt);
 }
 
-void GenerationController::beginAudition() {
+void GenerationController::auditionAgain() {
+    emit commanded();
+    beginAudition(auditionedSeed_);
+}
+
+void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
     if (activity().isBusy()) return;
+    if (supplies_.modelIsUnopened) links_.openModelAgain();
     if (supplies_.modelIsLoading) {
-        links_.whenModelIsLoaded([this] {
-            if (supplies_.hasModel) beginAudition();
+        links_.whenModelIsLoaded([this, seed] {
+            if (supplies_.hasModel) beginAudition(seed);
         });
         return;
     }
     if (!supplies_.hasModel) {
-        emit errorRaised(
-            QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
+        emit notice(QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
         return;
     }
     emit errorRaised({});
     auditionIsDropped_ = false;
     assign(*this, isAuditioning_, true, &GenerationController::isAuditioningChanged);
-    runInBackground(
-        tasks_,
-        [generator = links_.generator(), request = links_.auditionRequest(), file = toPath(auditionURL())] {
+    const AuditionRequest request = links_.auditionRequest(seed);
+    auditionedSeed_ = request.seed;
+    tasks_.run(
+        [generator = links_.generator(), request, file = toPath(auditionURL())] {
             const auto ready = generator();
-            writeAudition(ready->audition(request.aesthetics, request.seed), file, ready->sampleRate());
+            const AuditionedSample made = ready->audition(request);
+            writeAudition(made.samples, file, ready->sampleRate());
+            return made.origin.detailBasis;
         },
-        [this] {
-            if (!auditionIsDropped_) emit auditionFinished(auditionURL());
+        [this](DetailBasis basis) {
+            if (!auditionIsDropped_) {
+                emit auditionFinished(auditionURL());
+                if (basis == DetailBasis::noise) emit notice(noiseText(1, 1));
+            }
             auditionEnded();
         },
         [this](const TaskFailure& failure) {

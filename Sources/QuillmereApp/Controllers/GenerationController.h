@@ -49,17 +49,12 @@ public:
         bool hasModel = false;
     };
 
-    struct AuditionRequest {
-        Aesthetics aesthetics;
-        std::uint64_t seed = 0;
-    };
-
     // What a run asks of others. The functions that give a request are called once for each run, when it
-    // starts.
+    // starts. An audition has the seed that it is given, else that of a run that starts.
     struct Links {
         std::function<std::optional<QUrl>()> outputFolder;
         std::function<GenerationRequest(const QUrl& outputFolder)> generationRequest;
-        std::function<AuditionRequest()> auditionRequest;
+        std::function<AuditionRequest(std::optional<std::uint64_t> seed)> auditionRequest;
         std::function<PreparedGenerator()> generator;  // of the model, which is there
         std::function<void()> openModelAgain;
         std::function<void(Returned)> whenModelIsLoaded;
@@ -80,6 +75,8 @@ public:
     void generate(Returned returned);
     // Renders one variation into a temporary file, which auditionFinished hands on. Does nothing while busy.
     Q_INVOKABLE void audition();
+    // The same with the seed of the last audition, if there was one.
+    void auditionAgain();
     // Stops whichever of the two runs. An audition is one unit of work: it is rendered to its end and not
     // played.
     void cancel();
@@ -119,11 +116,12 @@ private:
     // A generation as far as it came.
     struct Ended {
         std::vector<GeneratedSample> written;  // and there still, by name
+        int withNoise = 0;                     // of those that were written, in place of detail
         std::optional<TaskFailure> failure;
     };
 
     void begin(Returned returned);
-    void beginAudition();
+    void beginAudition(std::optional<std::uint64_t> seed);
     void waitForModel(const Returned& returned);
     void start(const QUrl& folder, const Returned& returned);
     void ended(Ended run, const QUrl& folder);
@@ -140,6 +138,7 @@ private:
     std::shared_ptr<CancelFlag> generateCancel_;
     bool isAuditioning_ = false;
     bool auditionIsDropped_ = false;
+    std::optional<std::uint64_t> auditionedSeed_;  // of the last audition
     bool isCancelling_ = false;
     bool isWaiting_ = false;
     ResultsModel results_;

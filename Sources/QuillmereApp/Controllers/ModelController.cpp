@@ -20,7 +20,7 @@ int clampedToInt(std::int64_t value) {
     return static_cast<int>(std::clamp<std::int64_t>(value, 0, std::numeric_limits<int>::max()));
 }
 
-// Files that the scan could read and that are there no longer. One of them is enough to make another corpus
+// Files that the scan has found and that are there no longer. One of them is enough to make another corpus
 // of the folder, and nobody would find a model under the fingerprint of this one. None where all are gone:
 // then there is nothing to learn, which the training says.
 int goneFiles(const CorpusSummary& summary) {
@@ -29,7 +29,14 @@ int goneFiles(const CorpusSummary& summary) {
         return std::filesystem::status(file.url, unknown).type() == std::filesystem::file_type::not_found;
     };
     const auto gone = std::ranges::count_if(summary.files, isGone);
-    return gone > summary.unreadable && gone < summary.fileCount() ? static_cast<int>(gone) : 0;
+    return gone < summary.fileCount() ? static_cast<int>(gone) : 0;
+}
+
+// To be called in the background. With the sounds of the corpus, if that is what the model has learned.
+std::shared_ptr<SampleGenerator> makeGenerator(ModelBundle bundle, const CorpusSummary* corpus,
+                                               network::ChosenDevice& device) {
+    ClipSounds sounds = corpus ? ClipSounds::inFolder(bundle, *corpus) : ClipSounds();
+    return std::make_shared<SampleGenerator>(std::move(bundle), device.backend(), std::move(sounds));
 }
 
 }  // namespace
@@ -83,17 +90,14 @@ void ModelController::load(const std::filesystem::path& folder) {
     assign(*this, isLoading_, true, &ModelController::isLoadingChanged);
     const quint64 load = ++load_;
     const auto device = deviceToCompileFor();
-    runInBackground(
-        tasks_,
-        [folder, device] {
-            return std::make_shared<SampleGenerator>(ModelStore::open(folder), device->backend());
-        },
-        [this, load, device](std::shared_ptr<SampleGenerator> generator) {
-            if (load == load_) setGenerator(std::move(generator), device);
-        },
-        [this, load](const TaskFailure& failure) {
-            if (load == load_) loadFailed(failure);
-        });
+    tasks_.run([folder, device,
+                corpus = summary_] { return makeGenerator(ModelStore::open(folder), corpus.get(), *device); },
+               [this, load, device](std::shared_ptr<SampleGenerator> generator) {
+                   if (load == load_) setGenerator(std::move(generator), device);
+               },
+               [this, load](const TaskFailure& failure) {
+                   if (load == load_) loadFailed(failure);
+               });
 }
 
 void ModelController::loadFailed(const TaskFailure& failure) {
@@ -146,14 +150,17 @@ std::shared_ptr<network::ChosenDevice> ModelController::deviceToCompileFor() {
 PreparedGenerator ModelController::preparedGenerator() {
     // Nothing when the generator is where it should be.
     const auto device = generatorDevice_ == devices_.chosen() ? nullptr : deviceToCompileFor();
-    return [this, generator = generator_, device] { return moved(generator, device); };
+    return [this, generator = generator_, device, corpus = summary_] {
+        return moved(generator, device, corpus.get());
+    };
 }
 
 // Called in the background: the generator compiled anew for device, which may be null to leave it as it is.
-std::shared_ptr<SampleGenerator> ModelController::moved(
-    const std::shared_ptr<SampleGenerator>& generator, const std::shared_ptr<network::ChosenDevice>& device) {
+std::shared_ptr<SampleGenerator> ModelController::moved(const std::shared_ptr<SampleGenerator>& generator,
+                                                        const std::shared_ptr<network::ChosenDevice>& device,
+                                                        const CorpusSummary* corpus) {
     if (!device) return generator;
-    auto compiled = std::make_shared<SampleGenerator>(generator->bundle(), device->backend());
+    auto compiled = makeGenerator(generator->bundle(), corpus, *device);
     tasks_.post([this, generator, compiled, device] {
         if (generator_ != generator) return;  // another model has been chosen
         generator_ = compiled;
@@ -207,8 +214,7 @@ void ModelController::train(const Returned& returned) {
         watched(Run::training, record.step);
     };
     const auto device = deviceToCompileFor();
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
          root = environment().modelsRoot, looks = environment().looks, former = former()]() -> Trained {
             if (looks->at(summary->directory).kind == Place::Kind::noAnswer)
@@ -218,8 +224,7 @@ void ModelController::train(const Returned& returned) {
             ModelStore::requireRoom(folder);
             ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
             ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
-            return {.gone = 0,
-                    .generator = std::make_shared<SampleGenerator>(std::move(bundle), device->backend())};
+            return {.gone = 0, .generator = makeGenerator(std::move(bundle), summary.get(), *device)};
         },
         [this, returned, device](Trained trained) {
             if (trained.generator) {

@@ -150,9 +150,9 @@ private:
     void endLoading(const QString& problem, bool isUnopened);
     [[nodiscard]] ModelStore::Former former() const;
     [[nodiscard]] std::shared_ptr<network::ChosenDevice> deviceToCompileFor();
-    [[nodiscard]] std::shared_ptr<SampleGenerator> moved(
-        const std::shared_ptr<SampleGenerator>& generator,
-        const std::shared_ptr<network::ChosenDevice>& device);
+    [[nodiscard]] std::shared_ptr<SampleGenerator> moved(const std::shared_ptr<SampleGenerator>& generator,
+                                                         const std::shared_ptr<network::ChosenDevice>& device,
+                                                         const CorpusSummary* corpus);
     [[nodiscard]] TrainingOptions trainingOptions() const;
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);

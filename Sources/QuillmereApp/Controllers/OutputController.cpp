@@ -4,6 +4,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
@@ -14,9 +15,6 @@ namespace quillmere {
 namespace {
 
 using namespace std::chrono_literals;
-
-const QString folderKey = QStringLiteral("outputPath");
-const QString countKey = QStringLiteral("count");
 
 OutputController::Status statusOf(Place::Kind kind) {
     switch (kind) {
@@ -45,6 +43,9 @@ struct OutputController::Seen {
     bool isInCorpus = false;
 };
 
+const QString OutputController::folderKey = QStringLiteral("outputPath");
+const QString OutputController::countKey = QStringLiteral("count");
+
 OutputController::OutputController(const Environment& environment, Preferences& preferences)
     : Controller(environment), preferences_(preferences) {
     lookSoon_.setSingleShot(true);
@@ -61,14 +62,8 @@ OutputController::~OutputController() {
 
 void OutputController::openChooser() {
     const auto start = folder();
-    runInBackground(
-        tasks_,
-        [looks = environment().looks, home = toPath(environment().homeFolder),
-         path = toPath(start ? start->toLocalFile() : environment().homeFolder)] {
-            return looks->nearestFolder(path, home);
-        },
-        [this](const std::filesystem::path& nearest) { emit chooserRequested(toUrl(nearest)); },
-        [this](const TaskFailure& failure) { report(failure); });
+    findNearestFolder(tasks_, start ? start->toLocalFile() : environment().homeFolder,
+                      [this](const QUrl& nearest) { emit chooserRequested(nearest); });
 }
 
 void OutputController::setFolder(const QUrl& folder) {
@@ -80,18 +75,7 @@ void OutputController::setFolder(const QUrl& folder) {
 }
 
 void OutputController::drop(const QList<QUrl>& urls) {
-    const Folders::Dropped dropped = Folders::dropped(urls);
-    if (!dropped.refusal.isEmpty()) {
-        emit notice(dropped.refusal);
-        return;
-    }
-    runInBackground(
-        tasks_, [looks = environment().looks, path = toPath(dropped.path)] { return looks->at(path).kind; },
-        [this, path = dropped.path](Place::Kind kind) {
-            const QString refusal = Folders::refusal(kind, path);
-            refusal.isEmpty() ? setFolderText(path) : emit notice(refusal);
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+    takeDropped(tasks_, urls, [this](const QString& path) { setFolderText(path); });
 }
 
 // ---- The corpus
@@ -111,10 +95,7 @@ void OutputController::setCorpus(const QUrl& corpus) {
 
 QString OutputController::suggestion() const {
     if (corpus_.isEmpty()) return {};
-    const QFileInfo corpus(QDir::cleanPath(corpus_.toLocalFile()));
-    const QString beside =
-        corpus.path() + (corpus.path() == QLatin1String("/") ? QString() : QStringLiteral("/"));
-    return Folders::displayed(beside + corpus.fileName() + QStringLiteral(" variations"),
+    return Folders::displayed(Folders::beside(corpus_.toLocalFile(), QStringLiteral("variations")),
                               environment().homeFolder);
 }
 
@@ -143,8 +124,7 @@ void OutputController::look() {
         assign(*this, isInCorpus_, false, &OutputController::isInCorpusChanged);
         return;
     }
-    runInBackground(
-        tasks_,
+    tasks_.run(
         [looks = environment().looks, folder = toPath(*wanted), corpus = corpus_] {
             const Place place = looks->at(folder);
             const bool isInCorpus =
@@ -164,23 +144,23 @@ void OutputController::remember(const QUrl& folder) {
     preferences_.setValue(countKey, count_);
 }
 
-void OutputController::store() {
+void OutputController::storeFolder() {
     if (folderText_ != suggested_) preferences_.setValue(folderKey, folderText_);
+}
+
+void OutputController::storeCount() {
     preferences_.setValue(countKey, count_);
 }
 
 void OutputController::show(const QUrl& folder, const QList<QUrl>& files) {
-    runInBackground(
-        tasks_,
-        [show = environment().showFiles, folder, files, stop = closing_.token()] {
-            return show(folder, files, stop);
-        },
-        [this, folder](bool shown) {
-            if (!shown)
-                emit errorRaised(QStringLiteral("No file manager could be opened. The folder is %1")
-                                     .arg(folder.toLocalFile()));
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+    tasks_.run([show = environment().showFiles, folder, files,
+                stop = closing_.token()] { return show(folder, files, stop); },
+               [this, folder](bool shown) {
+                   if (!shown)
+                       emit errorRaised(QStringLiteral("No file manager could be opened. The folder is %1")
+                                            .arg(folder.toLocalFile()));
+               },
+               [this](const TaskFailure& failure) { report(failure); });
 }
 
 // ---- Values
@@ -210,6 +190,17 @@ void OutputController::setFormatIndex(int index) {
     if (index < 0 || index >= static_cast<int>(allOutputFormats.size())) return;
     assign(*this, format_, allOutputFormats[static_cast<std::size_t>(index)],
            &OutputController::formatChanged);
+}
+
+void OutputController::setDetail(double detail) {
+    if (!std::isfinite(detail)) return;
+    const double rounded = std::round(std::clamp(detail, 0.0, 1.0) * detailSteps) / detailSteps;
+    if (rounded > 0) otherDetail_ = rounded;
+    assign(*this, detail_, rounded, &OutputController::detailChanged);
+}
+
+void OutputController::switchDetail() {
+    setDetail(detail_ > 0 ? 0 : otherDetail_);
 }
 
 }  // namespace quillmere

@@ -13,7 +13,7 @@
 
 namespace quillmere {
 
-// Where the variations go, how many of them, and in which format.
+// Where the variations go, how many of them, in which format, and with how much detail.
 class OutputController : public Controller {
     Q_OBJECT
     QML_ELEMENT
@@ -29,6 +29,9 @@ class OutputController : public Controller {
     Q_PROPERTY(int mostVariations READ mostVariations CONSTANT)
     Q_PROPERTY(QStringList formatLabels READ formatLabels CONSTANT)
     Q_PROPERTY(int formatIndex READ formatIndex WRITE setFormatIndex NOTIFY formatChanged)  // in formatLabels
+    // How much of the samples' fine structure the variations get, in steps of detailStep: 0 none ... 1 all.
+    Q_PROPERTY(double detail READ detail WRITE setDetail NOTIFY detailChanged)
+    Q_PROPERTY(double detailStep READ detailStep CONSTANT)
 
 public:
     enum Status {
@@ -41,6 +44,9 @@ public:
     Q_ENUM(Status)
 
     static constexpr int countLimit = 1'000'000;
+    static const QString folderKey;  // in the preferences
+    static const QString countKey;
+    static constexpr int detailSteps = 100;
 
     // Restores folder and count from preferences, which must outlive it.
     OutputController(const Environment& environment, Preferences& preferences);
@@ -59,8 +65,9 @@ public:
     void look();
     // folder and the count are those of the next start of the program.
     void remember(const QUrl& folder);
-    // The same of what is set now, as far as the user has set it.
-    void store();
+    // The same of what is set now, of the folder only as far as the user has set it.
+    void storeFolder();
+    void storeCount();
     // Opens the platform's file manager at folder with these files selected.
     void show(const QUrl& folder, const QList<QUrl>& files);
 
@@ -80,6 +87,11 @@ public:
     [[nodiscard]] OutputFormat format() const { return format_; }
     [[nodiscard]] int formatIndex() const;
     void setFormatIndex(int index);
+    [[nodiscard]] double detail() const { return detail_; }
+    void setDetail(double detail);
+    [[nodiscard]] double detailStep() const { return 1.0 / detailSteps; }
+    // No detail, or, where there is none, as much as there was last, else all.
+    void switchDetail();
 
 signals:
     void folderTextChanged();
@@ -88,6 +100,7 @@ signals:
     void suggestionChanged();
     void countChanged();
     void formatChanged();
+    void detailChanged();
     // The window is to open a folder chooser that starts at startFolder.
     void chooserRequested(const QUrl& startFolder);
 
@@ -106,8 +119,10 @@ private:
     QTimer lookSoon_;
     int count_ = 10;
     OutputFormat format_ = OutputFormat::wav24;
-    CancelFlag closing_;     // ends the waiting for a file manager
-    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+    double detail_ = 0;
+    double otherDetail_ = 1;  // what switchDetail goes back to
+    CancelFlag closing_;      // ends the waiting for a file manager
+    BackgroundTasks tasks_;   // last: its destructor waits for work that knows the members above
 };
 
 }  // namespace quillmere

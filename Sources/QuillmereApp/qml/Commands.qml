@@ -35,6 +35,11 @@ Item {
     }
     Shortcut {
         enabled: commands.listening
+        sequence: "Ctrl+D"
+        onActivated: commands.app.compareDetail()
+    }
+    Shortcut {
+        enabled: commands.listening
         sequence: "Ctrl+R"
         onActivated: commands.resultsRequested()
     }

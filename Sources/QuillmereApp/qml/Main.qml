@@ -7,7 +7,7 @@ T.ApplicationWindow {
     id: root
 
     required property AppModel app
-    // Shortcuts rest while a dialog asks something.
+    // Shortcuts rest while a folder chooser is open.
     readonly property bool listening: !choosers.active || !(choosers.item as FolderChoosers).open
 
     // The user has agreed to lose what is being learned.

@@ -66,7 +66,7 @@ Card {
         }
         Label {
             width: parent.width
-            text: card.app.model.analysisLabel + " · " + card.app.model.clipSecondsText + " s per sample · trained " + trainedAt + " · " + card.app.model.trainedQuality
+            text: card.app.model.analysisLabel + " · " + card.app.model.clipSecondsText + " s per sample · trained " + card.trainedAt + " · " + card.app.model.trainedQuality
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
         }

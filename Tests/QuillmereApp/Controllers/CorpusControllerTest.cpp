@@ -60,7 +60,6 @@ private slots:
         QCOMPARE(corpus.name(), QStringLiteral("kicks"));
         QCOMPARE(corpus.fileCount(), 14);
         QCOMPARE(corpus.unreadable(), 1);
-        QCOMPARE(corpus.totalSeconds(), 12 * 0.25 + 1);
         QCOMPARE(corpus.totalDuration(), QStringLiteral("4.00 s"));
         QCOMPARE(corpus.sampleRates(), QStringList({"8 kHz", "44.1 kHz"}));
         QVERIFY(!corpus.isEmpty());
@@ -202,16 +201,13 @@ private slots:
         TestWorld world;
         const QUrl folder = world.makeCorpus("corpus", 40, 0.01);
         Gate gate;
-        gate.close();
-        world.environment.onProgress = [&gate](Run, std::int64_t) { gate.pass(); };
+        world.holdRuns(gate);
         Opener opener(world);
         CorpusController& corpus = opener.corpus;
         corpus.choose(folder);
         corpus.cancelScan();
         gate.open();
-        QVERIFY(corpus.isCancelling());
         QVERIFY(waitUntilScanned(corpus));
-        QVERIFY(!corpus.isCancelling());
         QVERIFY(!corpus.hasSummary());
         QCOMPARE(opener.told.error, QString());
         corpus.choose(folder);
@@ -428,8 +424,7 @@ private slots:
         TestWorld world;
         const QUrl folder = world.makeCorpus("corpus", 40, 0.01);
         Gate gate;
-        gate.close();
-        world.environment.onProgress = [&gate](Run, std::int64_t) { gate.pass(); };
+        world.holdRuns(gate);
         Opener opener(world);
         CorpusController& corpus = opener.corpus;
         QSignalSpy started(&corpus, &CorpusController::scanStarted);

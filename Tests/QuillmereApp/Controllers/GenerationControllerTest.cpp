@@ -60,8 +60,8 @@ struct Studio {
                                              .namePrefix = std::nullopt};
                 },
             .auditionRequest =
-                [this] {
-                    return GenerationController::AuditionRequest{aesthetics, seed};
+                [this](std::optional<std::uint64_t> again) {
+                    return AuditionRequest{.aesthetics = aesthetics, .seed = again.value_or(seed)};
                 },
             .generator = [this]() -> PreparedGenerator {
                 return [this, ready = generator] {
@@ -476,8 +476,22 @@ private slots:
         studio.runs.audition();
         QVERIFY(!studio.runs.isAuditioning());
         QVERIFY(!studio.training);
-        QCOMPARE(studio.told.error,
-                 QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
+        QCOMPARE(studio.told.error, QString());
+        QCOMPARE(studio.told.notices,
+                 QStringList("There is no model to audition yet. Train one first, or press Generate."));
+    }
+    void anAuditionOpensAModelThatCouldNotBeOpened() {
+        TestWorld world;
+        Studio studio(world);
+        studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .modelIsUnopened = true});
+        studio.runs.audition();
+        QCOMPARE(studio.opened, 1);
+        QVERIFY(studio.waiting);
+        studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .hasModel = true});
+        studio.waiting();
+        QVERIFY(studio.runs.isAuditioning());
+        QVERIFY(waitUntilEnded(studio.runs));
+        QCOMPARE(studio.auditions, 1);
     }
 
     void aCancelledAuditionIsNotHandedOn() {
@@ -507,6 +521,20 @@ private slots:
         QVERIFY(TestWorld::read(file) != first);
     }
 
+    void repeatsTheSeedOfTheLastAudition() {
+        const TestWorld world;
+        Studio studio(world);
+        const auto heard = [&] { return TestWorld::read(world.path("tmp/Quillmere-audition.wav")); };
+        studio.seed = 7;
+        auditionAndWait(studio);
+        const QByteArray seven = heard();
+        studio.seed = 8;
+        studio.runs.auditionAgain();
+        QVERIFY(waitUntilEnded(studio.runs));
+        QCOMPARE(heard(), seven);
+        auditionAndWait(studio);
+        QVERIFY(heard() != seven);
+    }
     void makesTheFolderOfTheAudition() {
         TestWorld world;
         Studio studio(world);

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QThread>
 #include <atomic>
+#include <limits>
 #include <memory>
 
 #include "QuillmereApp/Controllers/OutputController.h"
@@ -143,10 +144,10 @@ private slots:
         Preferences preferences(world.environment.settingsFile);
         OutputController output(world.environment, preferences);
         output.setCorpus(world.url("Kicks"));
-        output.store();
+        output.storeFolder();
         QVERIFY(!preferences.text("outputPath"));
         output.setFolderText("~/typed");
-        output.store();
+        output.storeFolder();
         QCOMPARE(preferences.text("outputPath"), QStringLiteral("~/typed"));
     }
 
@@ -256,6 +257,35 @@ private slots:
             Preferences preferences(world.environment.settingsFile);
             QCOMPARE(OutputController(world.environment, preferences).count(), 10);
         }
+    }
+
+    void detailIsAShareInHundredths() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        QCOMPARE(output.detail(), 0.0);
+        output.setDetail(0.3333);
+        QCOMPARE(output.detail(), 0.33);
+        output.setDetail(7);
+        QCOMPARE(output.detail(), 1.0);
+        output.setDetail(-1);
+        QCOMPARE(output.detail(), 0.0);
+        output.setDetail(0.5);
+        output.setDetail(std::numeric_limits<double>::quiet_NaN());
+        QCOMPARE(output.detail(), 0.5);
+    }
+
+    void detailIsSwitchedToWhatItWas() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        OutputController output(world.environment, preferences);
+        output.switchDetail();
+        QCOMPARE(output.detail(), 1.0);
+        output.setDetail(0.4);
+        output.switchDetail();
+        QCOMPARE(output.detail(), 0.0);
+        output.switchDetail();
+        QCOMPARE(output.detail(), 0.4);
     }
 
     void refusesWhatIsNotOnThisComputer() {

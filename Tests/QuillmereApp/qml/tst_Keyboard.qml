@@ -41,6 +41,17 @@ WindowCase {
         idle();
         tryVerify(() => isPlayingAudition(), limit);
     }
+    function test_ctrlDComparesDetail() {
+        trained();
+        keyClick(Qt.Key_D, Qt.ControlModifier);
+        compare(app.output.detail, 1);
+        verify(app.generation.isAuditioning);
+        idle();
+        tryVerify(() => isPlayingAudition(), limit);
+        keyClick(Qt.Key_D, Qt.ControlModifier);
+        compare(app.output.detail, 0);
+        idle();
+    }
     function test_escapeCancelsTraining() {
         startTraining();
         keyClick(Qt.Key_Escape);

@@ -75,6 +75,21 @@ WindowCase {
         app.output.folderText = Stage.path("dead/folder");
         verifySeen("This folder does not answer.");
     }
+    function test_detail() {
+        compare(app.output.detail, 0);
+        verifySeen("0 %");
+        focusOn("detail");
+        keyClick(Qt.Key_Right);
+        compare(app.output.detail, 0.01);
+        keyClick(Qt.Key_End);
+        compare(app.output.detail, 1);
+        verifySeen("100 %");
+        keyClick(Qt.Key_Delete);
+        compare(app.output.detail, 0);
+        const slider = item("detail");
+        mouseClick(slider, slider.width / 2, slider.height / 2);
+        fuzzyCompare(app.output.detail, 0.5, 0.011);
+    }
     function test_fileIsNoOutputFolder() {
         Stage.makeFile("file");
         Stage.drop(item("outputPath"), [Stage.url("file")]);
