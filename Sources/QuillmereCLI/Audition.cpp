@@ -6,6 +6,7 @@
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ParameterOptions.h"
+#include "QuillmereCLI/StartOption.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Network/Device/GPU.h"
@@ -19,6 +20,7 @@ struct AuditionOptions {
     CorpusOption corpus;
     std::filesystem::path output;
     ParameterOptions parameters;
+    StartOption start;
     ComputeOptions compute;
     ModelsOption models;
     bool json = false;
@@ -29,6 +31,7 @@ struct AuditionOptions {
             ->type_name("FILE.wav")
             ->required();
         parameters.addTo(app);
+        start.addTo(app);
         compute.addTo(app);
         models.addTo(app);
         addJSON(app, json);
@@ -49,6 +52,18 @@ void requireWritableFile(const std::filesystem::path& file) {
     requireWritableFolder(file.parent_path());
 }
 
+// The stored model; without one what --start asks for, before it has learned anything; else one that is
+// learned now.
+ModelBundle modelFor(const AuditionOptions& options, const KnownCorpus& corpus, network::ChosenDevice& device,
+                     Console& console, ProgressLine& progress, const CancelFlag& cancel) {
+    if (!corpus.hasModel()) {
+        TrainingOptions training;
+        training.start = options.start.open(options.models, console);
+        if (training.start) return beforeLearning(corpus, training, device, progress, cancel);
+    }
+    return loadOrLearn(corpus, device, console, progress, cancel);
+}
+
 void audition(const AuditionOptions& options, Console& console, const CancelFlag& cancel) {
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     const std::filesystem::path output = Paths::plain(options.output);
@@ -59,7 +74,8 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFile(output);
-    ModelBundle bundle = loadOrLearn(corpus, compute.device(), console, progress, cancel);
+    ModelBundle bundle = modelFor(options, corpus, compute.device(), console, progress, cancel);
+    const std::optional<ModelStart> heard = bundle.metadata.steps == 0 ? bundle.metadata.start : std::nullopt;
     const ClipSounds sounds = soundsFor(options.parameters.detail(), bundle, corpus);
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
 
@@ -78,6 +94,7 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
 
     const double seconds = static_cast<double>(samples.size()) / generator.sampleRate();
     console.print("Wrote " + shownPath(output) + " (" + duration(seconds) + ").");
+    if (heard) console.print("Before learning: what " + startText(*heard) + " makes of the folder.");
     console.print("Seed " + std::to_string(seed) +
                   (options.parameters.seedWasGiven()
                        ? "."
@@ -92,6 +109,7 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     result["format"] = rawValue(format);
     result["aesthetics"] = toJSON(aesthetics);
     detail.addTo(result);
+    if (heard) result["beforeLearning"] = true;
     result["seconds"] = progress.timesJSON();
     console.emit(result);
 }

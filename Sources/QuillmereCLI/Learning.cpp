@@ -58,6 +58,14 @@ std::uint64_t keepSounds(const KnownCorpus& corpus, const ModelBundle& bundle, P
     return content.size();
 }
 
+ModelBundle beforeLearning(const KnownCorpus& corpus, const TrainingOptions& options,
+                           network::ChosenDevice& device, ProgressLine& progress, const CancelFlag& cancel) {
+    return ModelTrainer::beforeLearning(
+        corpus.summary, options,
+        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.token(),
+        device.backend());
+}
+
 ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
     const auto noteDamage = [&] {
         console.note("The stored model cannot be used. To learn the folder again: quillmere-cli train " +

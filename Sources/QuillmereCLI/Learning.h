@@ -38,6 +38,12 @@ struct KnownCorpus {
 [[nodiscard]] std::uint64_t keepSounds(const KnownCorpus& corpus, const ModelBundle& bundle,
                                        ProgressLine& progress, const CancelFlag& cancel);
 
+// The start of the options with the corpus's latents; nothing is stored. Throws as
+// ModelTrainer::beforeLearning.
+[[nodiscard]] ModelBundle beforeLearning(const KnownCorpus& corpus, const TrainingOptions& options,
+                                         network::ChosenDevice& device, ProgressLine& progress,
+                                         const CancelFlag& cancel);
+
 // The stored model. A damaged one fails with a note on how to replace it.
 [[nodiscard]] ModelBundle loadModel(const KnownCorpus& corpus, Console& console);
 

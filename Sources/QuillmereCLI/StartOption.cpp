@@ -1,9 +1,11 @@
 #include "QuillmereCLI/StartOption.h"
 
 #include <array>
-#include <filesystem>
+#include <cstdlib>
+#include <system_error>
 
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Model/HeadStart.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
@@ -13,12 +15,25 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* fresh = "fresh";
+constexpr const char* headStart = "head-start";
+
 fs::path modelFolder(const std::string& name, const fs::path& root) {
     for (const fs::path& folder : std::array<fs::path, 2>{root / name, ModelStore::corpusPath(name)}) {
         if (ModelStore::isStored(folder)) return folder;
     }
     throw Failure("There is no model named " + name + " in " + Text::utf8(root) +
                   ". 'quillmere-cli models' lists them.");
+}
+
+std::shared_ptr<const TrainingStart> openHeadStart(const fs::path& folder, Console& console) {
+    try {
+        return std::make_shared<const TrainingStart>(HeadStart::load(folder));
+    } catch (const Failure& failure) {
+        console.note("The head start cannot be used: " + printable(failure.what()));
+        console.note("Learning begins from random weights instead.");
+        return nullptr;
+    }
 }
 
 }  // namespace
@@ -29,14 +44,26 @@ void StartOption::addTo(CLI::App& app) {
         start_ = text;
     };
     app.add_option_function<std::string>("--start", store,
-                                         "Begin from random weights, or build on what a model of the same "
-                                         "analysis has learned; 'models' lists them")
-        ->type_name("fresh|MODEL")
+                                         "Begin from random weights, from a network that knows many "
+                                         "sounds, or from a model of the same analysis ('models' lists them)")
+        ->type_name("fresh|head-start|MODEL")
         ->default_str(fresh);
+    addPath(app, "--head-start", headStartFolder_, "Folder of the head start")
+        ->type_name("DIR")
+        ->default_str("the program's own");
 }
 
-std::shared_ptr<const TrainingStart> StartOption::open(const ModelsOption& models) const {
-    if (isFresh()) return nullptr;
+fs::path StartOption::headStartFolder() const {
+    if (!headStartFolder_.empty()) return headStartFolder_;
+    const char* const environment = std::getenv("QUILLMERE_HEAD_START");
+    if (environment != nullptr && *environment != '\0') return environment;
+    std::error_code ignored;
+    return HeadStart::folderFor(fs::read_symlink("/proc/self/exe", ignored));
+}
+
+std::shared_ptr<const TrainingStart> StartOption::open(const ModelsOption& models, Console& console) const {
+    if (start_ == fresh) return nullptr;
+    if (start_ == headStart) return openHeadStart(headStartFolder(), console);
     return std::make_shared<const TrainingStart>(ModelStore::open(modelFolder(start_, models.root())));
 }
 

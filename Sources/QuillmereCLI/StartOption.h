@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -8,21 +10,22 @@
 
 namespace quillmere::cli {
 
-// --start fresh|MODEL: what a training begins from.
+// --start fresh|head-start|MODEL: what a training begins from; --head-start DIR: where the head start is.
 class StartOption {
 public:
     void addTo(CLI::App& app);
 
-    [[nodiscard]] bool isFresh() const { return start_ == fresh; }
-
-    // Null for random weights. A model is one of those that 'models' lists, or a folder that holds one.
-    // Throws Failure if there is none, or as ModelStore::open.
-    [[nodiscard]] std::shared_ptr<const TrainingStart> open(const ModelsOption& models) const;
+    // Null for random weights: where nothing else was asked for, and, with a note that says why, where the
+    // head start is missing or damaged. A model is one of those that 'models' lists, or a folder that holds
+    // one; throws Failure if there is none, or as ModelStore::open.
+    [[nodiscard]] std::shared_ptr<const TrainingStart> open(const ModelsOption& models,
+                                                            Console& console) const;
 
 private:
-    static constexpr const char* fresh = "fresh";
+    [[nodiscard]] std::filesystem::path headStartFolder() const;
 
-    std::string start_ = fresh;
+    std::string start_ = "fresh";
+    std::filesystem::path headStartFolder_;  // empty: by the environment, or the program's own
 };
 
 }  // namespace quillmere::cli

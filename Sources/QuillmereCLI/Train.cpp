@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCLI/Commands.h"
@@ -29,11 +30,11 @@ std::vector<std::string> qualityNames() {
 }
 
 // "800, 2000 or 5000"
-std::string qualitySteps() {
+std::string qualitySteps(std::int64_t QualityInfo::*steps) {
     std::string text;
     for (std::size_t i = 0; i < allQualities.size(); ++i) {
         if (i > 0) text += i + 1 == allQualities.size() ? " or " : ", ";
-        text += std::to_string(allQualities[i].steps);
+        text += std::to_string(allQualities[i].*steps);
     }
     return text;
 }
@@ -59,7 +60,8 @@ struct TrainOptions {
     void addTo(CLI::App& app) {
         corpus.addTo(app);
         addChoice(app, "--quality", quality, qualityNames(),
-                  "How long to train: " + qualitySteps() + " steps")
+                  "How long to train: " + qualitySteps(&QualityInfo::steps) + " steps, from a start " +
+                      qualitySteps(&QualityInfo::stepsFromStart))
             ->default_str(quality);
         addWholeNumber(app, "--steps", steps, {1, 10'000'000}, "Training steps, instead of the quality's");
         addChoice(app, "--analysis", analysis, {"auto", "percussive", "tonal"},
@@ -71,7 +73,8 @@ struct TrainOptions {
             ->default_str(std::to_string(latentDim));
         addWholeNumber(app, "--batch-size", batchSize, {1, 1024}, "Samples per step")
             ->default_str(std::to_string(batchSize));
-        addReal(app, "--learning-rate", learningRate, {1e-6, 1}, "Peak step size")->default_str("0.001");
+        addReal(app, "--learning-rate", learningRate, {1e-6, 1}, "Peak step size")
+            ->default_str("0.001, from a start " + Text::fixed(static_cast<double>(startLearningRate), 4));
         addReal(app, "--kl-weight", klWeight, {0, 1000}, "Pull towards an even latent space")
             ->default_str("0.002");
         addSeed(app, seed, "The same number trains the same model")->default_str("1");
@@ -84,9 +87,10 @@ struct TrainOptions {
         addJSON(app, json);
     }
 
-    [[nodiscard]] TrainingOptions training() const {
-        TrainingOptions options;
-        options.steps = steps > 0 ? steps : info(*qualityNamed(quality)).steps;
+    // from: what the training begins from; null for random weights.
+    [[nodiscard]] TrainingOptions training(std::shared_ptr<const TrainingStart> from) const {
+        TrainingOptions options = info(*qualityNamed(quality)).training(std::move(from));
+        if (steps > 0) options.steps = steps;
         options.batchSize = batchSize;
         options.latentDim = latentDim;
         options.clipSeconds = clipSeconds;
@@ -94,7 +98,6 @@ struct TrainOptions {
         if (learningRate) options.learningRate = static_cast<float>(*learningRate);
         if (klWeight) options.klWeight = static_cast<float>(*klWeight);
         if (seed) options.seed = *seed;
-        options.start = start.open(models);
         return options;
     }
 };
@@ -126,7 +129,7 @@ JSON modelJSON(const KnownCorpus& corpus, const ModelBundle& bundle, bool traine
 // At most what the sounds of a corpus can take: nobody knows yet which length each is cut to.
 std::uint64_t mostSoundBytes(const CorpusSummary& corpus, const TrainOptions& options) {
     const int rate = corpus.dominantSampleRate();
-    const ModelTrainer::ClipNeeds needs = ModelTrainer::needsOf(options.training(), rate);
+    const ModelTrainer::ClipNeeds needs = ModelTrainer::needsOf(options.training(nullptr), rate);
     double samples = 0;
     for (const double seconds : corpus.durations)
         samples += std::min(std::ceil(seconds * rate), static_cast<double>(needs.keptSamples));
@@ -181,9 +184,11 @@ void train(const TrainOptions& options, Console& console, const CancelFlag& canc
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     if (options.keepSounds) announceSounds(corpus.summary, options, progress, console);
     const bool isStored = corpus.hasModel() && !options.retrain;
-    const ModelBundle bundle = isStored
-                                   ? loadModel(corpus, console)
-                                   : learn(corpus, options.training(), compute.device(), progress, cancel);
+    const auto trainNow = [&] {
+        const TrainingOptions training = options.training(options.start.open(options.models, console));
+        return learn(corpus, training, compute.device(), progress, cancel);
+    };
+    const ModelBundle bundle = isStored ? loadModel(corpus, console) : trainNow();
     std::optional<std::uint64_t> soundBytes;
     if (options.keepSounds) soundBytes = keepSounds(corpus, bundle, progress, cancel);
     progress.finish();

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "QuillmereCLI/HeadStartFiles.h"
 #include "QuillmereCLI/RunCommand.h"
 
 namespace quillmere::testing {
@@ -82,6 +83,50 @@ TEST_F(Audition, WritesNothingWhenCancelled) {
         withModels({"audition", corpus.string(), "--output", (folder / "a.wav").string()}), cancel);
     EXPECT_EQ(outcome.exitCode, 130);
     EXPECT_FALSE(std::filesystem::exists(folder / "a.wav"));
+}
+
+// ---- Before learning
+
+class AuditionBeforeLearning : public CommandTest {
+protected:
+    AuditionBeforeLearning() { writeHeadStart(headStart); }
+    [[nodiscard]] Outcome audition(const std::string& start,
+                                   const std::vector<std::string>& more = {}) const {
+        std::vector<std::string> arguments{"audition",     corpus.string(),
+                                           "--output",     (folder / "a.wav").string(),
+                                           "--start",      start,
+                                           "--head-start", headStart.string(),
+                                           "--seed",       "5"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runCommand(withModels(arguments));
+    }
+
+    const std::filesystem::path headStart = folder / "head start";
+};
+
+TEST_F(AuditionBeforeLearning, HearsTheHeadStartAndStoresNothing) {
+    const Outcome outcome = audition("head-start");
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("Before learning: what head start test makes of the folder.\n"),
+              std::string::npos)
+        << outcome.out;
+    EXPECT_TRUE(readText(folder / "a.wav").starts_with("RIFF"));
+    EXPECT_FALSE(std::filesystem::exists(models) && entriesIn(models) > 0);
+    EXPECT_EQ(audition("head-start", {"--json"}).event("result")["beforeLearning"], true);
+}
+
+TEST_F(AuditionBeforeLearning, GivesTheSameBytesForTheSameSeed) {
+    ASSERT_EQ(audition("head-start", {"--threads", "1"}).exitCode, 0);
+    const std::string once = readText(folder / "a.wav");
+    ASSERT_EQ(audition("head-start", {"--threads", "2"}).exitCode, 0);
+    EXPECT_EQ(readText(folder / "a.wav"), once);
+}
+
+TEST_F(AuditionBeforeLearning, HearsTheModelWhereThereIsOne) {
+    trainModel();
+    const Outcome outcome = audition("head-start", {"--json"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_FALSE(outcome.event("result").contains("beforeLearning"));
 }
 
 }  // namespace

@@ -4,9 +4,12 @@
 #include <chrono>
 #include <csignal>
 
+#include "QuillmereCLI/HeadStartFiles.h"
 #include "QuillmereCLI/RunCommand.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Util/FileLock.h"
+#include "Support/Environment.h"
 
 namespace quillmere::testing {
 namespace {
@@ -190,6 +193,77 @@ TEST_F(TrainFromAModel, RefusesOneThatIsNotThere) {
               std::string::npos)
         << outcome.err;
     EXPECT_EQ(runCommand(arguments("")).exitCode, 2);
+}
+
+// ---- From the head start
+
+class TrainFromTheHeadStart : public CommandTest {
+protected:
+    TrainFromTheHeadStart() { writeHeadStart(headStart); }
+    [[nodiscard]] std::vector<std::string> arguments(std::vector<std::string> more = {}) const {
+        std::vector<std::string> result{
+            "train", corpus.string(), "--clip-seconds", "0.1",          "--batch-size",
+            "1",     "--start",       "head-start",     "--head-start", headStart.string()};
+        result.insert(result.end(), more.begin(), more.end());
+        return withModels(result);
+    }
+
+    const std::filesystem::path headStart = folder / "head start";
+};
+
+TEST_F(TrainFromTheHeadStart, SaysSoAndKeepsItWithTheModel) {
+    const Outcome outcome = runCommand(arguments({"--steps", "1"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("onto head start test.\n"), std::string::npos) << outcome.out;
+    const auto start = ModelStore::load(modelFolder()).metadata.start;
+    ASSERT_TRUE(start);
+    EXPECT_EQ(start->kind, ModelStart::Kind::headStart);
+    EXPECT_EQ(start->name, "test");
+}
+
+TEST_F(TrainFromTheHeadStart, TakesFewerStepsForEachQuality) {
+    for (const QualityInfo& quality : allQualities) {
+        const Outcome outcome = runCommandCancelledAt(
+            "\"training\"", arguments({"--quality", std::string(quality.name), "--json"}));
+        EXPECT_EQ(outcome.exitCode, 130);
+        bool seen = false;
+        for (const cli::JSON& event : outcome.events()) {
+            if (event["event"] != "progress" || event["phase"] != "training") continue;
+            EXPECT_EQ(event["totalSteps"], quality.stepsFromStart);
+            seen = true;
+        }
+        EXPECT_TRUE(seen) << outcome.out;
+        EXPECT_LT(quality.stepsFromStart, quality.steps);
+    }
+}
+
+TEST_F(TrainFromTheHeadStart, IsFoundByTheEnvironmentToo) {
+    const EnvironmentVariable variable("QUILLMERE_HEAD_START", headStart.string());
+    const Outcome outcome = runCommand(
+        withModels({"train", corpus.string(), "--steps", "1", "--batch-size", "1", "--start", "head-start"}));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NE(outcome.out.find("onto head start test.\n"), std::string::npos) << outcome.out;
+}
+
+TEST_F(TrainFromTheHeadStart, BeginsAfreshWithANoticeWhereItIsMissingOrDamaged) {
+    const auto file = headStart / "tonal.base";
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) - 1);
+    for (int i = 0; i < 2; ++i) {
+        const Outcome outcome = runCommand(arguments({"--steps", "1", "--retrain"}));
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+        EXPECT_NE(outcome.err.find("The head start cannot be used: " + file.string()), std::string::npos)
+            << outcome.err;
+        EXPECT_NE(outcome.err.find("Learning begins from random weights instead.\n"), std::string::npos);
+        EXPECT_EQ(ModelStore::load(modelFolder()).metadata.start, std::nullopt);
+        std::filesystem::remove(file);
+    }
+}
+
+TEST_F(TrainFromTheHeadStart, RefusesLatentVectorsOfAnotherSize) {
+    const Outcome outcome = runCommand(arguments({"--latent-dim", "8"}));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_NE(outcome.err.find("has latent vectors of 64 numbers, not of 8."), std::string::npos)
+        << outcome.err;
 }
 
 // ---- Trouble
