@@ -60,6 +60,7 @@ void AppModel::connectCorpusAndModel() {
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::isLoadingChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::problemChanged, this, &AppModel::modelChanged);
+    connect(&model_, &ModelController::startChanged, this, &AppModel::modelChanged);
 }
 
 void AppModel::connectRuns() {
@@ -90,6 +91,8 @@ GenerationController::Links AppModel::generationLinks() {
                                        .detail = output_.detail()};
             },
         .generator = [this] { return model_.preparedGenerator(); },
+        .preview = [this] { return model_.preview(); },
+        .cancelPreview = [this] { model_.cancelPreview(); },
         .openModelAgain = [this] { model_.openAgain(); },
         .whenModelIsLoaded = [this](auto returned) { model_.whenLoaded(std::move(returned)); },
         .train = [this](const auto& returned) { model_.train(returned); },
@@ -124,7 +127,8 @@ void AppModel::modelChanged() {
                              .hasSummary = corpus_.hasSummary(),
                              .modelIsLoading = model_.isLoading(),
                              .modelIsUnopened = model_.isUnopened(),
-                             .hasModel = model_.isReady()});
+                             .hasModel = model_.isReady(),
+                             .canPreview = model_.canPreview()});
 }
 
 void AppModel::activityOfControllersChanged() {
@@ -180,7 +184,7 @@ void AppModel::chooseDevice(int index) {
 }
 
 void AppModel::compareDetail() {
-    if (isBusy()) {
+    if (isBusy() && !generation_.canAudition()) {
         emit notice(Activity::waitNotice());
         return;
     }

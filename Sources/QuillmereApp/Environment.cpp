@@ -12,6 +12,7 @@
 #include "QuillmereApp/FileManager.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/GraphicsDevice.h"
+#include "QuillmereCore/Model/HeadStart.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 
@@ -48,6 +49,7 @@ Environment Environment::standard() {
         .settingsFile = config + QStringLiteral("/Quillmere.conf"),
         .presetsFolder = config + QStringLiteral("/presets"),
         .modelsRoot = ModelStore::rootDirectory(),
+        .headStartFolder = HeadStart::ownFolder(),
         .temporaryFolder = ownTemporaryFolder(),
         .homeFolder = QDir::homePath(),
         .followDesktop = true,

@@ -24,6 +24,7 @@ struct Environment {
     QString settingsFile;                   // INI file of the preferences
     QString presetsFolder;                  // of the user's own presets; made when the first one is saved
     std::filesystem::path modelsRoot;       // of the stored models
+    std::filesystem::path headStartFolder;  // of the networks that a training may begin with
     std::filesystem::path temporaryFolder;  // of the audition file; the user's own, made when it is needed
     QString homeFolder;                     // what "~" means
     bool followDesktop = true;              // ask the desktop for light or dark

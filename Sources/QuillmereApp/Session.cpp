@@ -1,5 +1,6 @@
 #include "QuillmereApp/Session.h"
 
+#include <QStringList>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -14,11 +15,15 @@ using namespace std::chrono_literals;
 
 const QString qualityKey = QStringLiteral("quality");
 const QString analysisKey = QStringLiteral("analysis");
+const QString startKey = QStringLiteral("start");
 const QString formatKey = QStringLiteral("format");
 const QString detailKey = QStringLiteral("detail");
 const QString parametersKey = QStringLiteral("parameters");
 const QString presetKey = QStringLiteral("preset");
 const QString seedKey = QStringLiteral("seed");
+
+// In the order of ModelController::Start; as on a command line.
+const QStringList startNames{QStringLiteral("fresh"), QStringLiteral("head-start")};
 
 }  // namespace
 
@@ -49,6 +54,8 @@ void Session::watchAll() {
           [this] { preferences_.setValue(qualityKey, text(info(model_.quality()).name)); });
     watch(model_, &ModelController::analysisChanged, analysisKey,
           [this] { preferences_.setValue(analysisKey, text(rawValue(model_.analysis()))); });
+    watch(model_, &ModelController::startChanged, startKey,
+          [this] { preferences_.setValue(startKey, startNames.at(model_.startIndex())); });
     watch(character_, &CharacterController::presetChanged, presetKey, [this] {
         preferences_.setValue(parametersKey, QString::fromStdString(encodePreset(character_.aesthetics())));
         preferences_.setValue(presetKey, character_.presetName());
@@ -73,6 +80,8 @@ void Session::restore() {
         model_.setQualityIndex(static_cast<int>(*quality));
     if (const auto profile = analysisProfile(stored(analysisKey)))
         model_.setAnalysisIndex(indexIn(allAnalysisProfiles, *profile));
+    model_.setStartIndex(
+        static_cast<int>(startNames.indexOf(preferences_.text(startKey).value_or(QString()))));
     if (const auto format = outputFormat(stored(formatKey)))
         output_.setFormatIndex(indexIn(allOutputFormats, *format));
     if (const auto detail = preferences_.text(detailKey)) output_.setDetail(detail->toDouble());

@@ -13,9 +13,9 @@
 
 namespace quillmere {
 
-// What the user has set, from one start of the program to the next: quality and analysis of the next
-// training, the parameters with their preset, the seed field, the output folder, count, format and detail.
-// What the preferences hold that makes no sense is as if it were not there.
+// What the user has set, from one start of the program to the next: quality, analysis and start of
+// the next training, the parameters with their preset, the seed field, the output folder, count, format and
+// detail. What the preferences hold that makes no sense is as if it were not there.
 //
 // Threads: as for Controller.
 class Session : public QObject {

@@ -1,8 +1,6 @@
 #include "QuillmereCLI/StartOption.h"
 
 #include <array>
-#include <cstdlib>
-#include <system_error>
 
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/HeadStart.h"
@@ -54,11 +52,7 @@ void StartOption::addTo(CLI::App& app) {
 }
 
 fs::path StartOption::headStartFolder() const {
-    if (!headStartFolder_.empty()) return headStartFolder_;
-    const char* const environment = std::getenv("QUILLMERE_HEAD_START");
-    if (environment != nullptr && *environment != '\0') return environment;
-    std::error_code ignored;
-    return HeadStart::folderFor(fs::read_symlink("/proc/self/exe", ignored));
+    return headStartFolder_.empty() ? HeadStart::ownFolder() : headStartFolder_;
 }
 
 std::shared_ptr<const TrainingStart> StartOption::open(const ModelsOption& models, Console& console) const {

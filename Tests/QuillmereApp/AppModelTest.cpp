@@ -10,6 +10,7 @@
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "Support/HeadStartFiles.h"
 
 namespace quillmere::testing {
 namespace {
@@ -353,6 +354,7 @@ private slots:
             AppModel app(world.environment);
             app.model()->setQualityIndex(0);
             app.model()->setAnalysisIndex(2);
+            app.model()->setStartIndex(1);
             app.character()->applyPreset("Wild");
             app.character()->parameters()->setValue("pitch", -7);
             aesthetics = app.aesthetics();
@@ -365,6 +367,7 @@ private slots:
         AppModel app(world.environment);
         QCOMPARE(app.quality(), Quality::quick);
         QCOMPARE(app.analysis(), AnalysisProfile::tonal);
+        QVERIFY(app.model()->start() == ModelController::Start::headStart);
         QCOMPARE(app.presetName(), QStringLiteral("Wild"));
         QVERIFY(app.character()->presetEdited());
         QVERIFY(app.aesthetics() == aesthetics);
@@ -408,7 +411,7 @@ private slots:
         QTest::addColumn<QByteArray>("lines");
         QTest::newRow("names") << QByteArray("quality=best\nanalysis=x\nformat=mp3\n");
         QTest::newRow("types") << QByteArray(
-            "quality=@Point(1 2)\nformat=a, b\ndetail=much\nparameters=@Point(1 2)\n");
+            "quality=@Point(1 2)\nformat=a, b\nstart=@Point(1 2)\ndetail=much\nparameters=@Point(1 2)\n");
         QTest::newRow("no object") << QByteArray("parameters=7\npreset=Wild\n");
         QTest::newRow("no numbers") << QByteArray("parameters=\"{\\\"drift\\\": \\\"x\\\"}\"\npreset=Wild\n");
     }
@@ -420,10 +423,45 @@ private slots:
         QCOMPARE(app.quality(), Quality::standard);
         QCOMPARE(app.analysis(), AnalysisProfile::automatic);
         QCOMPARE(app.format(), OutputFormat::wav24);
+        QVERIFY(app.model()->start() == ModelController::Start::scratch);
         QCOMPARE(app.output()->detail(), 0.0);
         QVERIFY(app.aesthetics() == Aesthetics());
         QCOMPARE(app.presetName(), QStringLiteral("Balanced"));
         QCOMPARE(app.errorMessage(), QString());
+    }
+
+    // ---- The head start
+
+    void aFolderIsHeardBeforeItIsLearned() {
+        TestWorld world;
+        writeHeadStart(world.environment.headStartFolder);
+        AppModel app(world.environment);
+        app.model()->setStartIndex(1);
+        prepare(app, world.makeCorpus("Drums"));
+        app.setSeedText("5");
+        QVERIFY(app.generation()->canAudition());
+        app.audition();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.errorMessage(), QString());
+        QTRY_COMPARE(app.playingURL(), app.generation()->auditionURL());
+        QVERIFY(!app.model()->isReady());
+        const QByteArray before = TestWorld::read(app.generation()->auditionURL().toLocalFile());
+        app.train();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.model()->isReady());
+        app.audition();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(TestWorld::read(app.generation()->auditionURL().toLocalFile()) != before);
+    }
+
+    void aHeadStartThatIsMissingIsTheAuditionsError() {
+        TestWorld world;
+        AppModel app(world.environment);
+        app.model()->setStartIndex(1);
+        prepare(app, world.makeCorpus("Drums"));
+        app.audition();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY2(app.errorMessage().contains("percussive.base"), qPrintable(app.errorMessage()));
     }
 
     // ---- Detail

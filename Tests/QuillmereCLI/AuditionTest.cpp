@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "QuillmereCLI/HeadStartFiles.h"
 #include "QuillmereCLI/RunCommand.h"
+#include "Support/HeadStartFiles.h"
 
 namespace quillmere::testing {
 namespace {

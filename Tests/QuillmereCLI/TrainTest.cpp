@@ -4,12 +4,12 @@
 #include <chrono>
 #include <csignal>
 
-#include "QuillmereCLI/HeadStartFiles.h"
 #include "QuillmereCLI/RunCommand.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Util/FileLock.h"
 #include "Support/Environment.h"
+#include "Support/HeadStartFiles.h"
 
 namespace quillmere::testing {
 namespace {

@@ -211,7 +211,7 @@ void GenerationController::auditionAgain() {
 }
 
 void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
-    if (activity().isBusy()) return;
+    if (activity().isBusy() && !canAudition()) return;
     if (supplies_.modelIsUnopened) links_.openModelAgain();
     if (supplies_.modelIsLoading) {
         links_.whenModelIsLoaded([this, seed] {
@@ -219,7 +219,7 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
         });
         return;
     }
-    if (!supplies_.hasModel) {
+    if (!canAudition()) {
         emit notice(QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
         return;
     }
@@ -229,16 +229,18 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
     const AuditionRequest request = links_.auditionRequest(seed);
     auditionedSeed_ = request.seed;
     tasks_.run(
-        [generator = links_.generator(), request, file = toPath(auditionURL())] {
+        [generator = links_.preview(), request, file = toPath(auditionURL())] {
             const auto ready = generator();
             const AuditionedSample made = ready->audition(request);
             writeAudition(made.samples, file, ready->sampleRate());
-            return made.origin.detailBasis;
+            return std::pair(made.origin.detailBasis, ready->bundle().metadata.steps == 0);
         },
-        [this](DetailBasis basis) {
+        [this](const std::pair<DetailBasis, bool>& heard) {
+            const auto [basis, isBeforeLearning] = heard;
             if (!auditionIsDropped_) {
                 emit auditionFinished(auditionURL());
                 if (basis == DetailBasis::noise) emit notice(noiseText(1, 1));
+                if (isBeforeLearning) emit notice(QStringLiteral("Before learning: this is the head start."));
             }
             auditionEnded();
         },
@@ -256,11 +258,19 @@ void GenerationController::auditionEnded() {
 void GenerationController::cancel() {
     if (generateCancel_) generateCancel_->cancel();
     auditionIsDropped_ = isAuditioning_;
+    if (isAuditioning_) links_.cancelPreview();
     if (isGenerating_ || isAuditioning_)
         assign(*this, isCancelling_, true, &GenerationController::isCancellingChanged);
 }
 
 // ---- Values
+
+bool GenerationController::canAudition() const {
+    if (supplies_.hasModel) return !activity().isBusy();
+    Activity otherwise = activity();
+    otherwise.isTraining = false;
+    return supplies_.canPreview && !otherwise.isBusy();
+}
 
 QString GenerationController::timeLeft() const {
     return isGenerating_ ? TimeText::left(clock_, done_, total_) : QString();

@@ -27,7 +27,7 @@ class GenerationController : public Controller {
         bool isCancelling READ isCancelling NOTIFY isCancellingChanged)  // asked to stop, still running
     // Nothing runs, and a corpus is chosen.
     Q_PROPERTY(bool canGenerate READ canGenerate NOTIFY canGenerateChanged)
-    // Nothing runs, and there is a model.
+    // Nothing runs, and there is a model; or nothing but a training, and the folder can be heard before it.
     Q_PROPERTY(bool canAudition READ canAudition NOTIFY canGenerateChanged)
     Q_PROPERTY(int done READ done NOTIFY progressed)
     Q_PROPERTY(int total READ total NOTIFY progressed)
@@ -47,6 +47,8 @@ public:
         bool modelIsLoading = false;
         bool modelIsUnopened = false;  // there may be one, but it could not be opened
         bool hasModel = false;
+        bool canPreview =
+            false;  // without a model: something of the folder can be heard before it is learned
     };
 
     // What a run asks of others. The functions that give a request are called once for each run, when it
@@ -56,6 +58,8 @@ public:
         std::function<GenerationRequest(const QUrl& outputFolder)> generationRequest;
         std::function<AuditionRequest(std::optional<std::uint64_t> seed)> auditionRequest;
         std::function<PreparedGenerator()> generator;  // of the model, which is there
+        std::function<PreparedGenerator()> preview;    // of the model, or of what there is before it
+        std::function<void()> cancelPreview;
         std::function<void()> openModelAgain;
         std::function<void(Returned)> whenModelIsLoaded;
         std::function<void(Returned)> train;
@@ -85,7 +89,7 @@ public:
     [[nodiscard]] bool isAuditioning() const { return isAuditioning_; }
     [[nodiscard]] bool isCancelling() const { return isCancelling_; }
     [[nodiscard]] bool canGenerate() const { return supplies_.corpusIsChosen && !activity().isBusy(); }
-    [[nodiscard]] bool canAudition() const { return supplies_.hasModel && !activity().isBusy(); }
+    [[nodiscard]] bool canAudition() const;
     [[nodiscard]] int done() const { return done_; }
     [[nodiscard]] int total() const { return total_; }
     [[nodiscard]] QString timeLeft() const;

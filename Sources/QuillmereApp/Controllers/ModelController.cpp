@@ -11,6 +11,8 @@
 #include "QuillmereApp/Controllers/Labels.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
+#include "QuillmereCore/Model/HeadStart.h"
+#include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -34,12 +36,31 @@ int goneFiles(const CorpusSummary& summary) {
 
 // To be called in the background. With the sounds of the corpus, if that is what the model has learned.
 std::shared_ptr<SampleGenerator> makeGenerator(ModelBundle bundle, const CorpusSummary* corpus,
-                                               network::ChosenDevice& device) {
+                                               network::Backend& backend) {
     ClipSounds sounds = corpus ? ClipSounds::inFolder(bundle, *corpus) : ClipSounds();
-    return std::make_shared<SampleGenerator>(std::move(bundle), device.backend(), std::move(sounds));
+    return std::make_shared<SampleGenerator>(std::move(bundle), backend, std::move(sounds));
 }
 
 }  // namespace
+
+// What work in the background needs to know of the training that is wanted.
+struct ModelController::TrainingOrder {
+    Quality quality;
+    AnalysisProfile profile;
+    std::optional<std::filesystem::path> headStart;  // its folder; absent: random weights
+    std::function<TrainingOptions(TrainingOptions)> adjust;
+
+    // Throws as HeadStart::load.
+    [[nodiscard]] TrainingOptions options() const {
+        return withStart(headStart ? std::make_shared<const TrainingStart>(HeadStart::load(*headStart))
+                                   : nullptr);
+    }
+    [[nodiscard]] TrainingOptions withStart(std::shared_ptr<const TrainingStart> start) const {
+        TrainingOptions options = info(quality).training(std::move(start));
+        options.profile = profile;
+        return adjust ? adjust(options) : options;
+    }
+};
 
 // One of the two.
 struct ModelController::Trained {
@@ -48,16 +69,18 @@ struct ModelController::Trained {
 };
 
 ModelController::ModelController(const Environment& environment, ComputeDevices& devices)
-    : Controller(environment), devices_(devices) {
+    : Controller(environment), devices_(devices), processor_(network::makeCPUBackend()) {
     connect(this, &Controller::activityChanged, this, &ModelController::canTrainChanged);
 }
 
 ModelController::~ModelController() {
     cancelTraining();
+    cancelPreview();
 }
 
 void ModelController::setCorpus(bool isChosen, std::shared_ptr<const CorpusSummary> summary) {
     corpusIsChosen_ = isChosen;
+    if (summary != summary_) cancelPreview();
     summary_ = std::move(summary);
     emit canTrainChanged();
 }
@@ -69,6 +92,7 @@ void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
     ++load_;  // what is still being loaded is out of date
     generator_ = std::move(generator);
     generatorDevice_ = std::move(device);
+    if (generator_) cancelPreview();
     emit bundleChanged();
     setProblem({}, false);
     assign(*this, isLoading_, false, &ModelController::isLoadingChanged);
@@ -90,14 +114,16 @@ void ModelController::load(const std::filesystem::path& folder) {
     assign(*this, isLoading_, true, &ModelController::isLoadingChanged);
     const quint64 load = ++load_;
     const auto device = deviceToCompileFor();
-    tasks_.run([folder, device,
-                corpus = summary_] { return makeGenerator(ModelStore::open(folder), corpus.get(), *device); },
-               [this, load, device](std::shared_ptr<SampleGenerator> generator) {
-                   if (load == load_) setGenerator(std::move(generator), device);
-               },
-               [this, load](const TaskFailure& failure) {
-                   if (load == load_) loadFailed(failure);
-               });
+    tasks_.run(
+        [folder, device, corpus = summary_] {
+            return makeGenerator(ModelStore::open(folder), corpus.get(), device->backend());
+        },
+        [this, load, device](std::shared_ptr<SampleGenerator> generator) {
+            if (load == load_) setGenerator(std::move(generator), device);
+        },
+        [this, load](const TaskFailure& failure) {
+            if (load == load_) loadFailed(failure);
+        });
 }
 
 void ModelController::loadFailed(const TaskFailure& failure) {
@@ -160,7 +186,7 @@ std::shared_ptr<SampleGenerator> ModelController::moved(const std::shared_ptr<Sa
                                                         const std::shared_ptr<network::ChosenDevice>& device,
                                                         const CorpusSummary* corpus) {
     if (!device) return generator;
-    auto compiled = makeGenerator(generator->bundle(), corpus, *device);
+    auto compiled = makeGenerator(generator->bundle(), corpus, device->backend());
     tasks_.post([this, generator, compiled, device] {
         if (generator_ != generator) return;  // another model has been chosen
         generator_ = compiled;
@@ -169,19 +195,41 @@ std::shared_ptr<SampleGenerator> ModelController::moved(const std::shared_ptr<Sa
     return compiled;
 }
 
+// ---- Before learning
+
+bool ModelController::canPreview() const {
+    return start_ == Start::headStart && summary_ && !summary_->files.empty() && !isReady();
+}
+
+PreparedGenerator ModelController::preview() {
+    if (isReady()) return preparedGenerator();
+    if (preview_) return [ready = preview_] { return ready; };
+    // On the processor, also where something else learns meanwhile.
+    return [this, order = trainingOrder(), summary = summary_, cancel = previewCancel_] {
+        ModelBundle bundle =
+            ModelTrainer::beforeLearning(*summary, order.options(), {}, cancel->token(), *processor_);
+        auto made = makeGenerator(std::move(bundle), summary.get(), *processor_);
+        tasks_.post([this, made, cancel] {
+            if (cancel == previewCancel_) preview_ = made;
+        });
+        return made;
+    };
+}
+
+void ModelController::cancelPreview() {
+    previewCancel_->cancel();
+    previewCancel_ = std::make_shared<CancelFlag>();
+    preview_.reset();
+}
+
 // ---- The training
 
-TrainingOptions ModelController::trainingOptions() const {
-    TrainingOptions options;
-    options.steps = info(quality_).steps;
-    options.batchSize = 16;
-    options.learningRate = 0.001F;
-    options.klWeight = 0.002F;
-    options.latentDim = 64;
-    options.clipSeconds = std::nullopt;
-    options.profile = analysis_;
-    options.seed = 1;
-    return environment().adjustTraining ? environment().adjustTraining(options) : options;
+ModelController::TrainingOrder ModelController::trainingOrder() {
+    return {
+        .quality = quality_,
+        .profile = analysis_,
+        .headStart = start_ == Start::headStart ? std::optional(environment().headStartFolder) : std::nullopt,
+        .adjust = environment().adjustTraining};
 }
 
 // One that nobody could look at is no worse than the new one.
@@ -215,16 +263,24 @@ void ModelController::train(const Returned& returned) {
     };
     const auto device = deviceToCompileFor();
     tasks_.run(
-        [summary = summary_, options = trainingOptions(), progress, cancel = trainCancel_->token(), device,
+        [this, summary = summary_, order = trainingOrder(), progress, cancel = trainCancel_->token(), device,
          root = environment().modelsRoot, looks = environment().looks, former = former()]() -> Trained {
             if (looks->at(summary->directory).kind == Place::Kind::noAnswer)
                 throw Failure(Folders::noAnswer(toQString(summary->directory)).toStdString());
             if (const int gone = goneFiles(*summary); gone > 0) return {.gone = gone, .generator = nullptr};
             const auto folder = ModelStore::directory(*summary, root);
             ModelStore::requireRoom(folder);
+            TrainingOptions options;
+            try {
+                options = order.options();
+            } catch (const Failure& failure) {
+                tellOfStart(QString::fromUtf8(failure.what()));
+                options = order.withStart(nullptr);
+            }
             ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
             ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
-            return {.gone = 0, .generator = makeGenerator(std::move(bundle), summary.get(), *device)};
+            return {.gone = 0,
+                    .generator = makeGenerator(std::move(bundle), summary.get(), device->backend())};
         },
         [this, returned, device](Trained trained) {
             if (trained.generator) {
@@ -238,6 +294,14 @@ void ModelController::train(const Returned& returned) {
             report(failure);
             trainingEnded(returned);
         });
+}
+
+// From work in the background.
+void ModelController::tellOfStart(const QString& problem) {
+    tasks_.post([this, problem] {
+        emit notice(QStringLiteral("The head start cannot be used, so learning begins from scratch. ") +
+                    problem);
+    });
 }
 
 void ModelController::trainingEnded(const Returned& returned) {
@@ -287,9 +351,16 @@ QDateTime ModelController::learnedAt() const {
 QString ModelController::trainedQuality() const {
     if (!bundle()) return {};
     const std::int64_t steps = bundle()->metadata.steps;
-    const auto* const quality = std::ranges::find(allQualities, steps, &QualityInfo::steps);
-    if (quality != allQualities.end()) return text(quality->label);
-    return steps == 1 ? QStringLiteral("1 step") : QStringLiteral("%1 steps").arg(steps);
+    const auto& start = bundle()->metadata.start;
+    const auto* const quality =
+        std::ranges::find(allQualities, steps, start ? &QualityInfo::stepsFromStart : &QualityInfo::steps);
+    const QString effort = quality != allQualities.end() ? text(quality->label)
+                           : steps == 1                  ? QStringLiteral("1 step")
+                                                         : QStringLiteral("%1 steps").arg(steps);
+    if (!start) return effort;
+    return effort + (start->kind == ModelStart::Kind::headStart
+                         ? QStringLiteral(" from a head start")
+                         : QStringLiteral(" onto %1").arg(QString::fromStdString(start->name)));
 }
 
 QStringList ModelController::qualityLabels() const {
@@ -329,6 +400,24 @@ void ModelController::setAnalysisIndex(int index) {
     if (index < 0 || index >= static_cast<int>(allAnalysisProfiles.size())) return;
     assign(*this, analysis_, allAnalysisProfiles[static_cast<std::size_t>(index)],
            &ModelController::analysisChanged);
+}
+
+QStringList ModelController::startLabels() const {
+    return {QStringLiteral("From scratch"), QStringLiteral("Head start")};
+}
+
+QString ModelController::startHelp() const {
+    return QStringLiteral(
+        "A head start begins with a network that has learned thousands of sounds made by rule: learning "
+        "takes "
+        "seconds, and Audition works before it.");
+}
+
+void ModelController::setStartIndex(int index) {
+    if (index < 0 || index >= startLabels().size() || index == startIndex()) return;
+    start_ = static_cast<Start>(index);
+    cancelPreview();
+    emit startChanged();
 }
 
 bool ModelController::canTrain() const {

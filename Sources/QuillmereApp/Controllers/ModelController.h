@@ -17,6 +17,7 @@
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/Trainer.h"
 #include "QuillmereCore/Model/Training/Quality.h"
+#include "QuillmereCore/Network/Backend.h"
 
 namespace quillmere {
 
@@ -44,6 +45,10 @@ class ModelController : public Controller {
     Q_PROPERTY(QStringList analysisLabels READ analysisLabels CONSTANT)
     Q_PROPERTY(QString analysisHelp READ analysisHelp CONSTANT)
     Q_PROPERTY(int analysisIndex READ analysisIndex WRITE setAnalysisIndex NOTIFY analysisChanged)
+    // What a training begins from.
+    Q_PROPERTY(QStringList startLabels READ startLabels CONSTANT)
+    Q_PROPERTY(QString startHelp READ startHelp CONSTANT)
+    Q_PROPERTY(int startIndex READ startIndex WRITE setStartIndex NOTIFY startChanged)
     // ---- The training
     Q_PROPERTY(bool isTraining READ isTraining NOTIFY isTrainingChanged)
     Q_PROPERTY(
@@ -60,6 +65,11 @@ class ModelController : public Controller {
 
 public:
     using Returned = std::function<void()>;  // called when an operation has ended, however it ended
+
+    enum class Start {
+        scratch,    // random weights
+        headStart,  // a network that knows many sounds
+    };
 
     // devices must outlive it.
     ModelController(const Environment& environment, ComputeDevices& devices);
@@ -79,6 +89,13 @@ public:
     void whenLoaded(Returned returned);
     // There must be a model. It is as it is now, whatever becomes of the present one.
     [[nodiscard]] PreparedGenerator preparedGenerator();
+    // While there is no model: whether the folder can be heard before it is learned.
+    [[nodiscard]] bool canPreview() const;
+    // canPreview, or there is a model: that is what it gives then. What it makes in the background is made
+    // once for a corpus. Throws as ModelTrainer::beforeLearning and HeadStart::load.
+    [[nodiscard]] PreparedGenerator preview();
+    // What is being made for a preview is not needed any more.
+    void cancelPreview();
 
     // Trains a model of the corpus and stores it, unless files of it are gone (filesGone); the files of a
     // stored one that cannot be used or opened are kept under another name. Does nothing without a summary
@@ -109,6 +126,11 @@ public:
     [[nodiscard]] AnalysisProfile analysis() const { return analysis_; }
     [[nodiscard]] int analysisIndex() const;
     void setAnalysisIndex(int index);
+    [[nodiscard]] QStringList startLabels() const;
+    [[nodiscard]] QString startHelp() const;
+    [[nodiscard]] Start start() const { return start_; }
+    [[nodiscard]] int startIndex() const { return static_cast<int>(start_); }
+    void setStartIndex(int index);
 
     [[nodiscard]] bool isTraining() const { return isTraining_; }
     [[nodiscard]] bool isCancelling() const { return isCancelling_; }
@@ -129,6 +151,7 @@ signals:
     void problemChanged();
     void qualityChanged();
     void analysisChanged();
+    void startChanged();
     void isTrainingChanged();
     void isCancellingChanged();
     void canTrainChanged();
@@ -153,7 +176,9 @@ private:
     [[nodiscard]] std::shared_ptr<SampleGenerator> moved(const std::shared_ptr<SampleGenerator>& generator,
                                                          const std::shared_ptr<network::ChosenDevice>& device,
                                                          const CorpusSummary* corpus);
-    [[nodiscard]] TrainingOptions trainingOptions() const;
+    struct TrainingOrder;
+    [[nodiscard]] TrainingOrder trainingOrder();
+    void tellOfStart(const QString& problem);
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);
 
@@ -170,6 +195,10 @@ private:
     std::filesystem::path folder_;  // of the newest load
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
+    Start start_ = Start::scratch;
+    const std::unique_ptr<network::Backend> processor_;  // for previews
+    std::shared_ptr<SampleGenerator> preview_;           // of summary_, before it is learned
+    std::shared_ptr<CancelFlag> previewCancel_ = std::make_shared<CancelFlag>();
     bool isTraining_ = false;
     bool isCancelling_ = false;
     std::optional<TrainingProgress> training_;

@@ -102,27 +102,25 @@ Card {
             font.pixelSize: Theme.smallSize
         }
     }
-    Item {
+    Picker {
+        name: "analysis"
         width: card.bodyWidth
-        height: analysis.height
         visible: card.idle
-
-        Label {
-            id: analysisLabel
-            anchors.verticalCenter: parent.verticalCenter
-            text: "Analysis"
-        }
-        ComboBox {
-            id: analysis
-            objectName: "analysis"
-            anchors.right: parent.right
-            width: Math.min(implicitWidth, parent.width - analysisLabel.width - Theme.between)
-            label: "Analysis"
-            model: card.app.model.analysisLabels
-            tip: card.app.model.analysisHelp
-            currentIndex: card.app.model.analysisIndex
-            onActivated: index => card.app.model.analysisIndex = index
-        }
+        label: "Analysis"
+        labels: card.app.model.analysisLabels
+        tip: card.app.model.analysisHelp
+        currentIndex: card.app.model.analysisIndex
+        onChosen: index => card.app.model.analysisIndex = index
+    }
+    Picker {
+        name: "start"
+        width: card.bodyWidth
+        visible: card.idle
+        label: "Start"
+        labels: card.app.model.startLabels
+        tip: card.app.model.startHelp
+        currentIndex: card.app.model.startIndex
+        onChosen: index => card.app.model.startIndex = index
     }
     Column {
         width: card.bodyWidth

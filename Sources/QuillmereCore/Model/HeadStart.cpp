@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <system_error>
@@ -111,6 +112,13 @@ fs::path file(const fs::path& folder, AnalysisProfile profile) {
 
 fs::path folderFor(const fs::path& program) {
     return program.parent_path().parent_path() / "share" / "quillmere" / "head-start";
+}
+
+fs::path ownFolder() {
+    const char* const environment = std::getenv("QUILLMERE_HEAD_START");
+    if (environment != nullptr && *environment != '\0') return environment;
+    std::error_code ignored;  // then it will not be found
+    return folderFor(fs::read_symlink("/proc/self/exe", ignored));
 }
 
 TrainingStart load(const fs::path& folder) {

@@ -27,6 +27,10 @@ inline constexpr std::int64_t latentDim = 64;
 // which is the path of its executable.
 [[nodiscard]] std::filesystem::path folderFor(const std::filesystem::path& program);
 
+// Where a program that runs finds its folder: what the environment variable QUILLMERE_HEAD_START says, else
+// folderFor the program itself.
+[[nodiscard]] std::filesystem::path ownFolder();
+
 // Both networks. Throws FileError; DecodingError or CorruptModelError naming the file that is damaged, or
 // made for another version of the program.
 [[nodiscard]] TrainingStart load(const std::filesystem::path& folder);

@@ -69,6 +69,8 @@ struct Studio {
                     return ready;
                 };
             },
+            .preview = [this]() -> PreparedGenerator { return [ready = generator] { return ready; }; },
+            .cancelPreview = [this] { ++previewsCancelled; },
             .openModelAgain =
                 [this] {
                     ++opened;
@@ -91,6 +93,7 @@ struct Studio {
     std::function<void()> waiting;   // for the model to be loaded
     std::function<void()> training;  // what is to be called when it has ended
     int auditions = 0;
+    int previewsCancelled = 0;
     GenerationController runs;
     Told told;
 };
@@ -479,6 +482,24 @@ private slots:
         QCOMPARE(studio.told.error, QString());
         QCOMPARE(studio.told.notices,
                  QStringList("There is no model to audition yet. Train one first, or press Generate."));
+    }
+    void whatIsNotLearnedYetIsHeardWhileItIsBeingLearned() {
+        TestWorld world;
+        Studio studio(world);
+        studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .canPreview = true});
+        QVERIFY(studio.runs.canAudition());
+        for (const Activity& other : {Activity{.isGenerating = true}, Activity{.isScanning = true}}) {
+            studio.runs.setActivity(other);
+            QVERIFY(!studio.runs.canAudition());
+        }
+        studio.runs.setActivity({.isTraining = true});
+        QVERIFY(studio.runs.canAudition());
+        auditionAndWait(studio);
+        QCOMPARE(studio.auditions, 1);
+        QCOMPARE(studio.told.notices, QStringList("Before learning: this is the head start."));
+        // A model that is being replaced is not heard meanwhile.
+        studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .hasModel = true});
+        QVERIFY(!studio.runs.canAudition());
     }
     void anAuditionOpensAModelThatCouldNotBeOpened() {
         TestWorld world;

@@ -10,6 +10,7 @@
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "Support/HeadStartFiles.h"
 
 namespace quillmere::testing {
 namespace {
@@ -151,6 +152,83 @@ private slots:
         }
         model.setQualityIndex(3);
         QCOMPARE(model.quality(), Quality::thorough);
+    }
+
+    // ---- The head start
+
+    void learnsFromTheHeadStart() {
+        TestWorld world;
+        writeHeadStart(world.environment.headStartFolder);
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        for (const Quality quality : {Quality::quick, Quality::thorough}) {
+            model.setQualityIndex(static_cast<int>(quality));
+            model.setStartIndex(1);
+            model.train();
+            QVERIFY(waitUntilLearned(model));
+            QVERIFY2(model.isReady(), qPrintable(learner.told.error));
+            QCOMPARE(world.requestedTraining.steps, info(quality).stepsFromStart);
+            QVERIFY(world.requestedTraining.start);
+            QVERIFY(model.bundle()->metadata.start->kind == ModelStart::Kind::headStart);
+        }
+        QCOMPARE(model.trainedQuality(), QStringLiteral("2 steps from a head start"));
+        model.setStartIndex(0);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.bundle()->metadata.start);
+        QCOMPARE(model.trainedQuality(), QStringLiteral("2 steps"));
+    }
+
+    void withoutTheHeadStartLearningBeginsFromScratchAndSaysSo() {
+        TestWorld world;
+        Learner learner(world);
+        learner.open(world.makeCorpus("corpus"));
+        learner.model.setStartIndex(1);
+        learner.model.train();
+        QVERIFY(waitUntilLearned(learner.model));
+        QVERIFY(learner.model.isReady());
+        QCOMPARE(learner.told.notices.size(), 1);
+        QVERIFY2(learner.told.notices.first().contains("learning begins from scratch") &&
+                     learner.told.notices.first().contains("percussive.base"),
+                 qPrintable(learner.told.notices.first()));
+        QVERIFY(!learner.model.bundle()->metadata.start);
+    }
+
+    void canBeHeardBeforeItIsLearnedOnlyFromTheHeadStart() {
+        TestWorld world;
+        writeHeadStart(world.environment.headStartFolder);
+        Learner learner(world);
+        ModelController& model = learner.model;
+        model.setStartIndex(1);
+        QVERIFY(!model.canPreview());  // of what?
+        learner.open(world.makeCorpus("corpus"));
+        QVERIFY(model.canPreview());
+        model.setStartIndex(0);
+        QVERIFY(!model.canPreview());
+        model.setStartIndex(2);
+        QVERIFY(!model.canPreview());
+        model.setStartIndex(1);
+        const auto preview = model.preview()();
+        QCOMPARE(preview->bundle().metadata.steps, std::int64_t{0});
+        QCOMPARE(preview->bundle().latents.size(), 3U);
+        deliverEvents();
+        QVERIFY(model.preview()() == preview);  // made once
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.canPreview());
+        QVERIFY(model.preview()()->bundle().metadata.steps > 0);
+    }
+
+    void aPreviewThatIsNotNeededEnds() {
+        TestWorld world;
+        writeHeadStart(world.environment.headStartFolder);
+        Learner learner(world);
+        learner.model.setStartIndex(1);
+        learner.open(world.makeCorpus("corpus"));
+        const PreparedGenerator preview = learner.model.preview();
+        learner.model.cancelPreview();
+        QVERIFY_THROWS_EXCEPTION(CancellationError, (void)preview());
     }
 
     void theOtherOptionsAreFixed() {

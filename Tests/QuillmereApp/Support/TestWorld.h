@@ -75,6 +75,7 @@ public:
         environment.settingsFile = path("config/Quillmere/Quillmere.conf");
         environment.presetsFolder = path("config/Quillmere/presets");
         environment.modelsRoot = toPath(path("data/Quillmere/Models"));
+        environment.headStartFolder = toPath(path("head-start"));
         environment.temporaryFolder = toPath(path("tmp"));
         environment.homeFolder = path("home");
         environment.followDesktop = false;
@@ -186,7 +187,7 @@ private:
     [[nodiscard]] TrainingOptions tiny(TrainingOptions options) const {
         options.steps = steps;
         options.batchSize = 2;
-        options.latentDim = 4;
+        if (!options.start) options.latentDim = 4;
         return options;
     }
 

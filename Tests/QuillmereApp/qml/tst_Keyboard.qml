@@ -255,7 +255,7 @@ WindowCase {
         app.generation.generate();
         idle();
         const names = tabOrder();
-        const landmarks = ["chooseCorpus", "recentCorpora", "device", "quality-1", "analysis", "train", "outputPath", "chooseOutput", "countInput", "format", "preset-Faithful", "savePreset", "slider-sources", "randomise", "randomiseAmount", "seed", "showInFinder", "tile-0", "appearance", "audition", "generate"];
+        const landmarks = ["chooseCorpus", "recentCorpora", "device", "quality-1", "analysis", "start", "train", "outputPath", "chooseOutput", "countInput", "format", "detail", "preset-Faithful", "savePreset", "slider-sources", "randomise", "randomiseAmount", "seed", "showInFinder", "tile-0", "appearance", "audition", "generate"];
         let last = -1;
         for (const name of landmarks) {
             const place = names.indexOf(name);
@@ -263,7 +263,7 @@ WindowCase {
             last = place;
         }
         const results = names.indexOf("tile-0");
-        verify(results - names.indexOf("format") <= 10, "a long way to the results: " + names.join(" "));
+        verify(results - names.indexOf("detail") <= 10, "a long way to the results: " + names.join(" "));
     }
     function test_tabReachesWhatIsOutOfView() {
         resize(640, 480);

@@ -46,6 +46,18 @@ WindowCase {
         keyClick(Qt.Key_Up);
         compare(app.model.analysisIndex, 0);
     }
+    function test_start() {
+        compare(app.model.startIndex, 0);
+        focusOn("start");
+        keyClick(Qt.Key_Down);
+        compare(app.model.startIndex, 1);
+        verifySeen("Head start");
+        scanned(3);
+        verify(item("audition").enabled);
+        focusOn("start");
+        keyClick(Qt.Key_Up);
+        verify(!item("audition").enabled);
+    }
     function test_trainAndRetrain() {
         scanned(3);
         click("train");
