@@ -1,11 +1,13 @@
 import QtQuick
 import QuillmereApp
 
-// How the variations depart from the corpus: presets, the twenty parameters in their groups, and the seed.
+// How the variations depart from the corpus: detail, presets, the twenty parameters in their groups, and the
+// seed.
 Card {
     id: panel
 
     required property CharacterController character
+    required property OutputController output
     // Height of a parameter row: more where there is room for it.
     property real rowHeight: 28
     // Without a corpus nothing here is the next thing to do.
@@ -28,13 +30,21 @@ Card {
     trailing: [
         Label {
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, buttons.x - Theme.inner)
+            width: Math.min(implicitWidth, detail.x - Theme.inner)
             visible: panel.character.presetEdited
             text: panel.character.presetName + ", edited"
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
             elide: Text.ElideMiddle
+        },
+        DetailControl {
+            id: detail
+            anchors.right: buttons.left
+            anchors.rightMargin: Theme.between
+            anchors.verticalCenter: parent.verticalCenter
+            output: panel.output
+            emphasised: panel.emphasised
         },
         Row {
             id: buttons

@@ -159,6 +159,7 @@ FocusScope {
                 width: content.characterWidth
                 height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
                 character: content.app.character
+                output: content.app.output
                 // Without a corpus nothing here is the next thing to do.
                 emphasised: content.app.corpus.isChosen
                 // A taller window gives the rows more air, up to a point.

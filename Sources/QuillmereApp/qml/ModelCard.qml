@@ -102,48 +102,65 @@ Card {
             font.pixelSize: Theme.smallSize
         }
     }
-    Picker {
-        name: "analysis"
+    Item {
         width: card.bodyWidth
+        height: analysis.height
         visible: card.idle
-        label: "Analysis"
-        labels: card.app.model.analysisLabels
-        tip: card.app.model.analysisHelp
-        currentIndex: card.app.model.analysisIndex
-        onChosen: index => card.app.model.analysisIndex = index
-    }
-    Picker {
-        name: "start"
-        width: card.bodyWidth
-        visible: card.idle
-        label: "Start"
-        labels: card.app.model.startLabels
-        tip: card.app.model.startHelp
-        currentIndex: card.app.model.startIndex
-        onChosen: index => card.app.model.startIndex = index
+
+        Label {
+            id: analysisLabel
+            anchors.verticalCenter: parent.verticalCenter
+            text: "Analysis"
+        }
+        ComboBox {
+            id: analysis
+            objectName: "analysis"
+            anchors.right: parent.right
+            width: Math.min(implicitWidth, parent.width - analysisLabel.width - Theme.between)
+            label: "Analysis"
+            model: card.app.model.analysisLabels
+            tip: card.app.model.analysisHelp
+            currentIndex: card.app.model.analysisIndex
+            onActivated: index => card.app.model.analysisIndex = index
+        }
     }
     Column {
         width: card.bodyWidth
         spacing: 6
 
         Item {
-            id: trainPlace
             width: parent.width
             height: Theme.controlHeight
-            visible: command.parent === trainPlace
+            visible: card.idle
 
-            // One button for both, so that the keyboard stays where it is, but in two places, so that the
-            // pointer that has begun the learning is not on what ends it.
-            CommandButton {
-                id: command
-                objectName: "train"
-                parent: card.idle ? trainPlace : learning.cancelPlace
-                anchors.fill: parent
-                text: !card.idle ? "Cancel" : card.app.model.isReady || card.app.model.problem.length > 0 ? "Retrain" : "Train Model"
-                enabled: card.idle ? card.app.model.canTrain : !card.app.model.isCancelling
-                tip: !card.idle ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
-                phase: !card.idle ? "cancel" : enabled ? "train" : ""
-                onCommanded: card.idle ? card.app.model.train() : card.app.model.cancelTraining()
+            ComboBox {
+                id: start
+                objectName: "start"
+                label: "Start"
+                model: card.app.model.startLabels
+                tip: card.app.model.startHelp
+                currentIndex: card.app.model.startIndex
+                onActivated: index => card.app.model.startIndex = index
+            }
+            Item {
+                id: trainPlace
+                x: start.width + Theme.inner
+                width: parent.width - x
+                height: parent.height
+
+                // One button for both, so that the keyboard stays where it is, but in two places, so that the
+                // pointer that has begun the learning is not on what ends it.
+                CommandButton {
+                    id: command
+                    objectName: "train"
+                    parent: card.idle ? trainPlace : learning.cancelPlace
+                    anchors.fill: parent
+                    text: !card.idle ? "Cancel" : card.app.model.isReady || card.app.model.problem.length > 0 ? "Retrain" : "Train Model"
+                    enabled: card.idle ? card.app.model.canTrain : !card.app.model.isCancelling
+                    tip: !card.idle ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
+                    phase: !card.idle ? "cancel" : enabled ? "train" : ""
+                    onCommanded: card.idle ? card.app.model.train() : card.app.model.cancelTraining()
+                }
             }
         }
         Label {

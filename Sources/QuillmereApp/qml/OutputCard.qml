@@ -1,7 +1,7 @@
 import QtQuick
 import QuillmereApp
 
-// Where the variations go, how many, as which files, and with how much detail.
+// Where the variations go, how many, and as which files.
 Card {
     id: card
 
@@ -126,64 +126,6 @@ Card {
                 model: card.app.output.formatLabels
                 currentIndex: card.app.output.formatIndex
                 onActivated: index => card.app.output.formatIndex = index
-            }
-        }
-    }
-    Item {
-        width: card.bodyWidth
-        height: Theme.controlHeight
-
-        Label {
-            id: detailLabel
-            anchors.verticalCenter: parent.verticalCenter
-            text: "Detail"
-            wrapMode: Text.NoWrap
-
-            HoverHandler {
-                id: detailHover
-            }
-            ToolTip {
-                text: detail.tip
-                shown: detailHover.hovered
-            }
-        }
-        ThinSlider {
-            id: detail
-
-            readonly property real step: card.app.output.detailStep
-
-            objectName: "detail"
-            anchors.left: detailLabel.right
-            anchors.leftMargin: Theme.inner
-            anchors.right: share.left
-            anchors.rightMargin: Theme.tight
-            anchors.verticalCenter: parent.verticalCenter
-            label: "Detail"
-            valueText: share.text
-            tip: "How much of the samples' own attacks, fine structure and tails the variations get. Ctrl+D plays the last audition with and without."
-            modelValue: card.app.output.detail
-            stepSize: step
-            position: modelValue
-            emphasised: card.app.corpus.isChosen
-            onMoved: place => card.app.output.detail = place
-            onStepped: steps => card.app.output.detail += steps * step
-            onValueRequested: wanted => card.app.output.detail = wanted
-            onResetRequested: card.app.output.detail = 0
-        }
-        Label {
-            id: share
-            anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
-            width: Math.ceil(widest.advanceWidth)
-            text: Math.round(card.app.output.detail * 100) + " %"
-            horizontalAlignment: Text.AlignRight
-            font.family: Theme.figures
-            wrapMode: Text.NoWrap
-
-            TextMetrics {
-                id: widest
-                font: share.font
-                text: "100 %"
             }
         }
     }
