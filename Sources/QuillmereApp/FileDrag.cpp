@@ -35,7 +35,14 @@ void FileDrag::begin(int row, QQuickItem* tile, QPointF grip) {
     window_ = tile->window();
     place_ = tile->mapRectToScene(QRectF(0, 0, tile->width(), tile->height()));
     grip_ = grip;
-    // Not from here: the caller is an event handler of the tile.
+    results_->look(row, [drag = QPointer(this)](bool exists) {
+        if (drag) drag->found(exists);
+    });
+}
+
+void FileDrag::found(bool exists) {
+    isWanted_ = isWanted_ && exists;
+    // Not from here: other answers wait behind this one.
     QMetaObject::invokeMethod(this, &FileDrag::carry, Qt::QueuedConnection);
 }
 

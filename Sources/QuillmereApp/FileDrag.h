@@ -27,8 +27,8 @@ public:
     using QObject::QObject;
     ~FileDrag() override;
 
-    // Begins to drag the file of a row, when control returns to the event loop. The picture is what the
-    // window shows of tile, held at grip, a place of tile. Nothing happens when the file is gone.
+    // Begins to drag the file of a row, when a look has found it and the button is still down. The picture is
+    // what the window shows of tile, held at grip, a place of tile. Nothing happens when the file is gone.
     Q_INVOKABLE void begin(int row, QQuickItem* tile, QPointF grip);
     // The button is up: what has not begun to move does not.
     Q_INVOKABLE void giveUp();
@@ -39,6 +39,7 @@ signals:
     void isActiveChanged();
 
 private:
+    void found(bool exists);
     void carry();
     void release();
 

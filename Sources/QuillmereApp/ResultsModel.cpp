@@ -160,6 +160,17 @@ QList<QUrl> ResultsModel::existingFiles() const {
     return files;
 }
 
+void ResultsModel::look(int row, std::function<void(bool exists)> answer) {
+    tasks_.run([file = samples_.at(static_cast<std::size_t>(row)).url, looks = looks_,
+                stale = staleRows_] { return existing({file}, *looks, *stale); },
+               [this, row, answer = std::move(answer), stale = staleRows_](const std::vector<bool>& exist) {
+                   if (stale->isCancelled()) return;
+                   setExists(row, exist.front());
+                   answer(exist.front());
+               },
+               [](const TaskFailure&) {}, nextPriority_++);
+}
+
 void ResultsModel::setExists(int row, bool exists) {
     if (std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
         announce(row, ExistsRole);

@@ -7,6 +7,7 @@
 #include <QQmlEngine>
 #include <QTimer>
 #include <QUrl>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -65,6 +66,9 @@ public:
     Q_INVOKABLE [[nodiscard]] bool existsAt(int row) const;
     // Of all rows that existsAt.
     [[nodiscard]] QList<QUrl> existingFiles() const;
+    // existsAt as it is at this moment, for answer, after a look in the background. No answer comes when the
+    // rows change meanwhile.
+    void look(int row, std::function<void(bool exists)> answer);
     // Looks at all files again in the background: call it when the window becomes active.
     Q_INVOKABLE void refresh();
 
