@@ -84,23 +84,29 @@ int runAction(const Invocation& invocation, Console& console, const CancelFlag& 
 
 }  // namespace
 
+std::unique_ptr<CLI::App> commandTree(Invocation& invocation) {
+    auto app = std::make_unique<CLI::App>(
+        "Learns the character of a folder of short audio samples and generates new ones.");
+    addCommands(*app, invocation);
+    addVersionEverywhere(*app);
+    return app;
+}
+
 int run(const std::vector<std::string>& arguments, const Console::Streams& streams,
         const CancelFlag& cancel) {
-    CLI::App app("Learns the character of a folder of short audio samples and generates new ones.");
     Invocation invocation;
-    addCommands(app, invocation);
-    addVersionEverywhere(app);
+    const std::unique_ptr<CLI::App> app = commandTree(invocation);
 
     Console console(streams);
     int exitCode = success;
     try {
         std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());  // as CLI11 takes them
-        app.parse(std::move(reversed));
+        app->parse(std::move(reversed));
         if (!invocation.action) throw CLI::RequiredError("A command");
         if (invocation.json) console.useJSON();
         exitCode = runAction(invocation, console, cancel);
     } catch (const CLI::ParseError& error) {
-        exitCode = answerParseError(app, error, streams, console);
+        exitCode = answerParseError(*app, error, streams, console);
     }
     if (!console.flush() && exitCode == success) {
         console.note("quillmere-cli: Not everything could be written to standard output.");

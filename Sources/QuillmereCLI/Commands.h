@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 
 #include <CLI/CLI.hpp>
 
@@ -28,5 +29,8 @@ void addRecipe(CLI::App& app, Invocation& invocation);
 void addVerify(CLI::App& app, Invocation& invocation);
 void addRelatives(CLI::App& app, Invocation& invocation);
 void addModels(CLI::App& app, Invocation& invocation);
+
+// All of them with their options and help. invocation must outlive the tree.
+[[nodiscard]] std::unique_ptr<CLI::App> commandTree(Invocation& invocation);
 
 }  // namespace quillmere::cli
