@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that Quillmere needs and that are missing. May be run again at any time.
 #
-#   scripts/setup.sh [GROUP...]     (build, if nothing is named)
+#   scripts/setup.sh [GROUP...]          (build, if nothing is named)
+#   scripts/setup.sh --list GROUP...     names the packages, a line each, and installs nothing
 #
-# The groups: build app run test demo lint coverage releases pictures peers, or all.
+# The groups: build app run test demo lint coverage releases package pictures peers, or all.
 #
 # For Debian 12 and 13. Needs root, or a user with sudo.
 set -euo pipefail
@@ -28,6 +29,7 @@ demo=(sonic-pi-samples)
 lint=(clang clang-format clang-tidy git python3)
 coverage=(gcovr python3)
 releases=(ccache debootstrap util-linux)
+package=(dpkg-dev file git gzip lintian)
 pictures=(python3 python3-numpy python3-matplotlib flac sonic-pi-samples imagemagick fonts-roboto-unhinted)
 peers=(python3 python3-numpy python3-torch ffmpeg util-linux findutils)
 
@@ -36,7 +38,12 @@ die() {
     exit 1
 }
 
-groups=(build app run test demo lint coverage releases pictures peers)
+groups=(build app app_run run test demo lint coverage releases package pictures peers)
+only_list=
+if [[ ${1:-} == --list ]]; then
+    shift
+    only_list=yes
+fi
 chosen=("${@:-build}")
 [[ " $* " != *" all "* ]] || chosen=("${groups[@]}")
 packages=()
@@ -45,6 +52,11 @@ for group in "${chosen[@]}"; do
     declare -n names=$group
     packages+=("${names[@]}")
 done
+
+if [[ $only_list ]]; then
+    printf '%s\n' "${packages[@]}"
+    exit 0
+fi
 
 command -v dpkg-query > /dev/null || die "this is no Debian system; install the equivalents of: ${packages[*]}"
 
