@@ -9,21 +9,12 @@ import argparse
 import json
 import subprocess
 import tempfile
-import wave
 from pathlib import Path
 
-import matplotlib
-
-matplotlib.use("Agg")
-import matplotlib.pyplot as plt
-import numpy as np
+from spectrograms import draw, plt
 
 WORD = (1 << 64) - 1
 GOLDEN_GAMMA = 0x9E3779B97F4A7C15
-WINDOW = 1024
-HOP = 128
-RANGE_DB = 70
-LOWEST_HZ = 50
 
 
 def split_mix(z: int) -> int:
@@ -42,41 +33,6 @@ def first_random_number(seed: int) -> int:
 
 def seed_that_chooses(clip: int, clips: int) -> int:
     return next(seed for seed in range(1_000_000) if first_random_number(seed) % clips == clip)
-
-
-def read_wav(path: Path) -> tuple[np.ndarray, int]:
-    with wave.open(str(path)) as file:
-        raw = np.frombuffer(file.readframes(file.getnframes()), dtype=np.uint8)
-        width, channels, rate = file.getsampwidth(), file.getnchannels(), file.getframerate()
-    # The bytes of each sample go to the upper end of a 32-bit integer.
-    padded = np.zeros((raw.size // width, 4), dtype=np.uint8)
-    padded[:, 4 - width :] = raw.reshape(-1, width)
-    samples = padded.view("<i4").astype(np.float64)[:, 0] / 2**31
-    return samples.reshape(-1, channels).mean(axis=1), rate
-
-
-def level_db(samples: np.ndarray) -> np.ndarray:
-    """Spectrogram in dB below its loudest point, [bins, frames]."""
-    padded = np.pad(samples, (WINDOW // 2, WINDOW))
-    frames = np.lib.stride_tricks.sliding_window_view(padded, WINDOW)[::HOP]
-    magnitude = np.abs(np.fft.rfft(frames * np.hanning(WINDOW))).T
-    return 20 * np.log10(np.maximum(magnitude / magnitude.max(), 1e-9))
-
-
-def draw(axes, path: Path, title: str, seconds: float) -> None:
-    samples, rate = read_wav(path)
-    level = level_db(samples)[:, : int(seconds * rate / HOP) + 1]
-    times = np.arange(level.shape[1]) * HOP / rate
-    frequencies = np.maximum(np.arange(level.shape[0]) * rate / WINDOW, 1)
-    axes.set_facecolor(plt.get_cmap("magma")(0.0))
-    axes.pcolormesh(times, frequencies, level, vmin=-RANGE_DB, vmax=0, cmap="magma", shading="nearest", rasterized=True)
-    axes.set_yscale("log")
-    axes.set_ylim(LOWEST_HZ, rate / 2)
-    axes.set_xlim(0, seconds)
-    axes.set_yticks([100, 1000, 10000], ["100", "1k", "10k"])
-    axes.minorticks_off()
-    axes.tick_params(labelsize=7, length=2)
-    axes.set_title(title, fontsize=8)
 
 
 def as_wav(sample: Path, folder: Path) -> Path:
