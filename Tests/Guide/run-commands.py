@@ -17,8 +17,8 @@ from pathlib import Path
 
 RATE = 22050
 FOLDERS = {"Kicks": 60, "Snares": 180, "Hats": 7000, "Drums": 120, "Found": 300}
-# Short clips and a small network; a --clip-seconds of the guide's own is too long for a test.
-TINY = "--steps 2 --batch-size 2 --latent-dim 4 --clip-seconds 0.1"
+# Short clips and small batches; a --clip-seconds of the guide's own is too long for a test.
+TINY = "--steps 2 --batch-size 2 --clip-seconds 0.1"
 
 
 def write_sound(path, hertz, noise, seconds=0.15):
