@@ -41,8 +41,4 @@ void DetailReport::addTo(JSON& result) const {
     result["detail"] = std::move(detail);
 }
 
-std::string_view DetailReport::word(DetailBasis basis) {
-    return basis == DetailBasis::sources ? "sources" : "noise";
-}
-
 }  // namespace quillmere::cli

@@ -26,9 +26,6 @@ public:
     // The member "detail" of a result event. Nothing without detail.
     void addTo(JSON& result) const;
 
-    // "sources" or "noise".
-    [[nodiscard]] static std::string_view word(DetailBasis basis);
-
 private:
     double amount_;
     ClipSounds::Origin origin_;

@@ -4,7 +4,6 @@
 #include <exception>
 #include <utility>
 
-#include "QuillmereCLI/DetailReport.h"
 #include "QuillmereCLI/Wording.h"
 
 namespace quillmere::cli {
@@ -42,7 +41,7 @@ JSON filesJSON(const std::vector<GeneratedSample>& files) {
         JSON item = JSON::object();
         item["path"] = toJSON(file.url);
         item["seconds"] = file.seconds;
-        if (file.origin.detail > 0) item["detail"] = DetailReport::word(file.origin.detailBasis);
+        if (file.origin.detail > 0) item["detail"] = rawValue(file.origin.detailBasis);
         list.push_back(std::move(item));
     }
     return list;

@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <span>
+#include <tuple>
 #include <utility>
 
 #include "QuillmereCLI/Generating.h"
@@ -51,12 +52,6 @@ double detailOf(const Recipe& recipe, const ParameterOptions& parameters) {
     return parameters.detailWasGiven() ? parameters.detail() : recipe.detail;
 }
 
-bool needDetail(const std::vector<KnownFile>& files, const ParameterOptions& parameters) {
-    const auto needsIt = [&](const Recipe& recipe) { return detailOf(recipe, parameters) > 0; };
-    return std::ranges::any_of(
-        files, [&](const KnownFile& known) { return std::ranges::any_of(known.recipes, needsIt); });
-}
-
 // What is made of a recipe with these parameters.
 Recipe changedRecipe(const KnownFile& known, const Recipe& recipe, const ParameterOptions& parameters,
                      Console& console) {
@@ -64,6 +59,8 @@ Recipe changedRecipe(const KnownFile& known, const Recipe& recipe, const Paramet
     result.aesthetics = parameters.changed(recipe.aesthetics, console);
     if (parameters.formatWasGiven()) result.format = parameters.format();
     result.detail = detailOf(recipe, parameters);
+    // Another amount is of what is there now.
+    if (result.detail != recipe.detail) result.detailBasis = DetailBasis::none;
     if (result.aesthetics == recipe.aesthetics && result.detail == recipe.detail) return result;
     std::vector<std::string> parents;
     if (!known.digests.bytes.empty()) parents.push_back(known.digests.bytes);
@@ -92,12 +89,15 @@ std::vector<Order> ordersAgain(const std::vector<KnownFile>& files, const Parame
 // The models that the orders need.
 class Models {
 public:
-    // needsSounds: with the sounds that they have learned, for detail.
-    Models(std::filesystem::path root, network::ChosenDevice& device, bool needsSounds)
-        : root_(std::move(root)), device_(device), needsSounds_(needsSounds) {}
+    Models(std::filesystem::path root, network::ChosenDevice& device)
+        : root_(std::move(root)), device_(device) {}
 
+    // With the sounds that the order needs for detail.
     SampleGenerator& of(const Order& order, const CancelFlag& cancel) {
-        std::unique_ptr<SampleGenerator>& generator = generators_[order.recipe.model];
+        const Recipe& recipe = order.recipe;
+        const bool hasDetail = recipe.detail > 0;
+        std::unique_ptr<SampleGenerator>& generator =
+            generators_[{recipe.model, hasDetail, hasDetail ? recipe.detailBasis : DetailBasis::none}];
         if (!generator) generator = open(order, cancel);
         try {
             requireFit(order.recipe, generator->bundle());
@@ -112,15 +112,16 @@ private:
         FoundModel found = findModel(order.recipe, root_, cancel.token());
         if (!found.bundle)
             throw Failure(Text::utf8(order.source) + ": " + missingModelText(order.recipe, found, root_));
-        ClipSounds sounds = needsSounds_ ? learnedSounds(*found.bundle, cancel.token()) : ClipSounds();
+        ClipSounds sounds = order.recipe.detail > 0
+                                ? learnedSounds(found, order.recipe.detailBasis, cancel.token())
+                                : ClipSounds();
         return std::make_unique<SampleGenerator>(std::move(*found.bundle), device_.backend(),
                                                  std::move(sounds));
     }
 
     std::filesystem::path root_;
     network::ChosenDevice& device_;
-    bool needsSounds_;
-    std::map<std::string, std::unique_ptr<SampleGenerator>> generators_;
+    std::map<std::tuple<std::string, bool, DetailBasis>, std::unique_ptr<SampleGenerator>> generators_;
 };
 
 std::string_view rawValue(RemakingOrder::Way way) {
@@ -147,8 +148,10 @@ std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<Kn
     for (const KnownFile& file : files) {
         if (!file.digests.bytes.empty()) lineage.parents.push_back(file.digests.bytes);
         for (const Recipe& recipe : file.recipes) {
-            (void)models.of({file.file, recipe}, cancel);  // each has to fit its model
             known.push_back(recipe);
+            known.back().detail = detailOf(recipe, parameters);
+            known.back().detailBasis = DetailBasis::none;        // a new one takes what is there now
+            (void)models.of({file.file, known.back()}, cancel);  // each has to fit its model
             if (recipe.model != known.front().model)
                 throw Failure(Text::utf8(file.file) + " was made with another model than " +
                               Text::utf8(files.front().file));
@@ -171,7 +174,7 @@ std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<Kn
     std::vector<Order> orders;
     for (std::int64_t index = 0; index < order.count; ++index) {
         orders.push_back({files.front().file, makeRecipe(originOf(index), base)});
-        orders.back().recipe.detail = detailOf(first, parameters);
+        orders.back().recipe.detail = first.detail;
     }
     return orders;
 }
@@ -179,7 +182,8 @@ std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<Kn
 // Whether one job can make both.
 bool belongTogether(const Recipe& a, const Recipe& b) {
     return a.model == b.model && a.corpusName == b.corpusName && a.aesthetics == b.aesthetics &&
-           a.detail == b.detail && a.format == b.format && a.lineage == b.lineage;
+           a.detail == b.detail && a.detailBasis == b.detailBasis && a.format == b.format &&
+           a.lineage == b.lineage;
 }
 
 JSON resultJSON(const RemakingOrder& order, std::span<const Order> orders, std::uint64_t seed,
@@ -249,7 +253,7 @@ void remake(const RemakingOrder& order, const ParameterOptions& parameters, cons
     const bool isNew = order.way != RemakingOrder::Way::again;
     const std::uint64_t seed = parameters.seed();
     const std::vector<KnownFile> known = lookUpAll(order.files, cancel);
-    Models models(order.models, device, needDetail(known, parameters));
+    Models models(order.models, device);
     const std::vector<Order> orders =
         isNew ? ordersForNew(order, known, parameters, seed, models, console, cancel)
               : ordersAgain(known, parameters, console);

@@ -104,6 +104,17 @@ TEST_F(DetailOption, KeptSoundsServeWhenTheFolderHasChanged) {
     const std::string fromModel = sound();
     EXPECT_EQ(fromModel.size(), fromFolder.size());
     EXPECT_EQ(audition({"--detail", "1", "--json"}).event("result")["detail"]["sounds"], "model");
+
+    // The file is made again of the kept sounds, though the folder's are there once more.
+    const fs::path made =
+        generate({"--detail", "1", "--json"}).event("result")["files"][0]["path"].get<std::string>();
+    fs::rename(corpus / "zwei.wav", corpus / "two.wav");
+    const Outcome again = runCommand(withModels(
+        {"generate", "--recipe", made.string(), "--output", (folder / "again").string(), "--json"}));
+    ASSERT_EQ(again.exitCode, 0) << again.err;
+    const cli::JSON file = again.event("result")["files"][0];
+    EXPECT_EQ(file["detail"], "kept");
+    EXPECT_EQ(readText(fs::path(file["path"].get<std::string>())), readText(made));
 }
 
 TEST_F(DetailOption, TrainingSaysWhatTheSoundsWillTakeBeforeItKeepsThem) {

@@ -48,6 +48,11 @@ SeededRNG resumed(const std::array<std::uint64_t, 4>& state) {
     return rng;
 }
 
+// What is taken from these sounds.
+DetailBasis basisOf(const ClipSounds& sounds) {
+    return sounds.origin() == ClipSounds::Origin::model ? DetailBasis::kept : DetailBasis::sources;
+}
+
 std::int64_t firstIndex(const GenerationRequest& request) {
     return request.first.value_or(0);
 }
@@ -99,6 +104,20 @@ private:
 };
 
 }  // namespace
+
+std::string_view rawValue(DetailBasis basis) {
+    switch (basis) {
+        case DetailBasis::sources:
+            return "sources";
+        case DetailBasis::kept:
+            return "kept";
+        case DetailBasis::noise:
+            return "noise";
+        case DetailBasis::none:
+            break;
+    }
+    return "none";
+}
 
 // A request at work. Results come from several threads.
 class SampleGenerator::Job {
@@ -185,6 +204,7 @@ SampleGenerator::SampleGenerator(ModelBundle bundle, network::Backend& backend, 
       inference_(bundle_.config, bundle_.weights, backend),
       extractor_(bundle_.config),
       sampler_(bundle_.latents, bundle_.config.latentDim),
+      basis_(basisOf(sounds)),
       supply_(bundle_, std::move(sounds)) {}
 
 const std::string& SampleGenerator::identity() const {
@@ -229,7 +249,7 @@ std::vector<float> SampleGenerator::render(std::span<const float> image, const A
     for (const SampleOrigin::Source& source : origin.sources)
         sources.push_back({source.clip, source.weight});
     const auto material = supply_.material(sources, worker.stft, stop);
-    origin.detailBasis = material ? DetailBasis::sources : DetailBasis::noise;
+    origin.detailBasis = material ? basis_ : DetailBasis::noise;
     std::vector<float> samples = worker.detail->waveform(
         image, aesthetics,
         {static_cast<float>(origin.detail), material ? &*material : nullptr, supply_.tail()}, worker.stft,

@@ -12,6 +12,7 @@
 #include <span>
 #include <stop_token>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "QuillmereCore/Audio/AudioIO.h"
@@ -51,9 +52,12 @@ struct AuditionRequest {
 // Where a sample has its fine structure from.
 enum class DetailBasis {
     none,     // it was rendered without detail
-    sources,  // the clips that it was blended from
+    sources,  // the clips that it was blended from, out of their folder
+    kept,     // the same, as they were kept with the model: not quite the same samples
     noise,    // noise in their place: they could not be had
 };
+
+[[nodiscard]] std::string_view rawValue(DetailBasis basis);  // "none", "sources", "kept", "noise"
 
 // Where a sample comes from: enough to tell its relatives, and, with the parameters and the model, to make it
 // again.
@@ -246,6 +250,7 @@ private:
     VAEInference inference_;
     FeatureExtractor extractor_;
     LatentSampler sampler_;
+    DetailBasis basis_;  // of the sounds
     Detail::SourceSupply supply_;
     mutable std::once_flag identified_;
     mutable std::string identity_;  // written under the flag above

@@ -124,8 +124,11 @@ Lineage decodeLineage(const Reader& object) {
     return lineage;
 }
 
-const char* basisText(DetailBasis basis) {
-    return basis == DetailBasis::sources ? "sources" : "noise";
+DetailBasis decodeBasis(std::string_view text) {
+    for (const DetailBasis basis : {DetailBasis::sources, DetailBasis::kept, DetailBasis::noise}) {
+        if (text == rawValue(basis)) return basis;
+    }
+    throw DecodingError("\"detailBasis\" is unknown");
 }
 
 std::uint64_t unsignedMember(const Reader& object, const std::string& key) {
@@ -148,10 +151,7 @@ void decodeDetail(const Reader& document, Recipe& recipe) {
     recipe.detail = json::numberMember(document, "detail");
     if (!(recipe.detail > 0 && recipe.detail <= 1))
         throw DecodingError("\"detail\" must be a number above 0 and up to 1");
-    const std::string& basis = json::stringMember(document, "detailBasis");
-    if (basis != basisText(DetailBasis::sources) && basis != basisText(DetailBasis::noise))
-        throw DecodingError("\"detailBasis\" is unknown");
-    recipe.detailBasis = basis == basisText(DetailBasis::sources) ? DetailBasis::sources : DetailBasis::noise;
+    recipe.detailBasis = decodeBasis(json::stringMember(document, "detailBasis"));
 }
 
 OutputFormat decodeFormat(const std::string& text) {
@@ -253,7 +253,7 @@ std::string encodeJSON(const Recipe& recipe) {
     document["aesthetics"] = Writer::parse(encodeJSON(recipe.aesthetics));
     if (recipe.detail > 0) {
         document["detail"] = recipe.detail;
-        document["detailBasis"] = basisText(recipe.detailBasis);
+        document["detailBasis"] = rawValue(recipe.detailBasis);
     }
     document["format"] = rawValue(recipe.format);
     document["latent"] = encodeLatent(recipe.latent);

@@ -239,10 +239,16 @@ void requireFit(const Recipe& recipe, const ModelBundle& model) {
     if (!std::ranges::all_of(recipe.sources, isClip)) refuse("sources do");
 }
 
-ClipSounds learnedSounds(const ModelBundle& bundle, const std::stop_token& stop) {
+ClipSounds learnedSounds(const FoundModel& found, DetailBasis basis, const std::stop_token& stop) {
+    if (basis == DetailBasis::noise) return {};
+    if (basis == DetailBasis::kept) {
+        ClipSounds kept = ClipSounds::keptWith(*found.bundle, found.folder);
+        if (kept.origin() != ClipSounds::Origin::none) return kept;
+    }
+    const fs::path folder = found.bundle->metadata.corpusPath;
     std::error_code ignored;  // a folder that is gone has no sounds
-    if (!fs::is_directory(bundle.metadata.corpusPath, ignored)) return {};
-    return ClipSounds::inFolder(bundle, Corpus::scan(bundle.metadata.corpusPath, {}, stop));
+    if (!fs::is_directory(folder, ignored)) return ClipSounds::keptWith(*found.bundle, found.folder);
+    return ClipSounds::find(*found.bundle, Corpus::scan(folder, {}, stop), found.folder);
 }
 
 std::string missingModelText(const Recipe& recipe, const FoundModel& found, const fs::path& root) {

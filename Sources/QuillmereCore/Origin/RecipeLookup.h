@@ -58,9 +58,12 @@ struct FoundModel {
 // Throws RecipeError (unusable) unless the recipe's latent vector has the model's size and its sources are
 // clips of the model.
 void requireFit(const Recipe& recipe, const ModelBundle& model);
-// The sounds of its clips, for detail, where the folder is still what was learned; else none. Throws
-// CancellationError, and FileError and AudioIOError for the system's trouble.
-[[nodiscard]] ClipSounds learnedSounds(const ModelBundle& bundle, const std::stop_token& stop = {});
+// The sounds of a model's clips, for detail: those that a file with this basis was made of. Where these are
+// gone, or nothing is known of any, what is there of the folder's and those that were kept with the model, in
+// this order. None for noise. found: with a bundle. Throws CancellationError, and FileError and AudioIOError
+// for the system's trouble.
+[[nodiscard]] ClipSounds learnedSounds(const FoundModel& found, DetailBasis basis,
+                                       const std::stop_token& stop = {});
 // Why there is none, a sentence without the file's name.
 [[nodiscard]] std::string missingModelText(const Recipe& recipe, const FoundModel& found,
                                            const std::filesystem::path& root);

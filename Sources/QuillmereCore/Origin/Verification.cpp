@@ -1,6 +1,7 @@
 #include "QuillmereCore/Origin/Verification.h"
 
 #include <algorithm>
+#include <compare>
 #include <map>
 #include <utility>
 
@@ -56,8 +57,9 @@ void compare(Verification& result, const KnownFile& known, std::span<const float
 // With detail, other sounds to take it from make another file.
 void noteOtherBasis(Verification& result, DetailBasis basis) {
     if (result.isSame() || result.recipe->detailBasis == basis) return;
-    result.reason += basis == DetailBasis::noise ? "; the samples that its detail is from are not there"
-                                                 : "; its detail was made of noise";
+    const bool wasKept = result.recipe->detailBasis == DetailBasis::kept;
+    result.reason += wasKept ? "; the samples that its detail is from are no longer kept with the model"
+                             : "; the samples that its detail is from are no longer there as they were";
 }
 
 void refuse(Verification& result, const Failure& failure) {
@@ -92,7 +94,18 @@ void remakeEach(SampleGenerator& generator, std::span<const std::size_t> part,
     }
 }
 
-// Files of one model.
+// What files are made again with: a model, and sounds for detail.
+struct Means {
+    std::string model;
+    DetailBasis basis = DetailBasis::none;
+
+    auto operator<=>(const Means&) const = default;
+};
+Means meansOf(const Recipe& recipe) {
+    return {recipe.model, recipe.detail > 0 ? recipe.detailBasis : DetailBasis::none};
+}
+
+// Files of the same means.
 void verifyGroup(std::span<const std::size_t> group, std::span<const KnownFile> known,
                  std::vector<Verification>& results, const fs::path& root, network::Backend& backend,
                  const std::function<void(std::size_t)>& done, const std::stop_token& stop) {
@@ -115,9 +128,7 @@ void verifyGroup(std::span<const std::size_t> group, std::span<const KnownFile> 
         }
     }
     done(group.size() - fitting.size());
-    const bool needsSounds =
-        std::ranges::any_of(fitting, [&](std::size_t i) { return known[i].recipes.front().detail > 0; });
-    ClipSounds sounds = needsSounds ? learnedSounds(*found.bundle, stop) : ClipSounds();
+    ClipSounds sounds = recipe.detail > 0 ? learnedSounds(found, recipe.detailBasis, stop) : ClipSounds();
     SampleGenerator generator(std::move(*found.bundle), backend, std::move(sounds));
     constexpr auto batch = static_cast<std::size_t>(SampleGenerator::batch);
     for (std::span<const std::size_t> rest = fitting; !rest.empty();) {
@@ -154,7 +165,7 @@ std::vector<Verification> verify(std::span<const KnownFile> known, const fs::pat
                                  network::Backend& backend, const VerificationProgress& progress,
                                  const std::stop_token& stop) {
     std::vector<Verification> results(known.size());
-    std::map<std::string, std::vector<std::size_t>> groups;  // by model
+    std::map<Means, std::vector<std::size_t>> groups;
     std::size_t ended = 0;
     const auto done = [&](std::size_t count) {
         ended += count;
@@ -169,9 +180,9 @@ std::vector<Verification> verify(std::span<const KnownFile> known, const fs::pat
             continue;
         }
         results[i].recipe = known[i].recipes.front();
-        groups[known[i].recipes.front().model].push_back(i);
+        groups[meansOf(known[i].recipes.front())].push_back(i);
     }
-    for (const auto& [model, group] : groups)
+    for (const auto& [means, group] : groups)
         verifyGroup(group, known, results, root, backend, done, stop);
     return results;
 }

@@ -76,7 +76,7 @@ TEST(Recipe, LineageComesBack) {
 TEST(Recipe, DetailComesBackAndIsNoneWhereNothingIsSaid) {
     Recipe recipe = sampleRecipe();
     EXPECT_EQ(encodeJSON(recipe).find("detail"), std::string::npos);
-    for (const DetailBasis basis : {DetailBasis::sources, DetailBasis::noise}) {
+    for (const DetailBasis basis : {DetailBasis::sources, DetailBasis::kept, DetailBasis::noise}) {
         recipe.detail = 0.25;
         recipe.detailBasis = basis;
         EXPECT_EQ(decodeRecipe(encodeJSON(recipe)), recipe);

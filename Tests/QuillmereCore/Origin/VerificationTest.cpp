@@ -9,6 +9,7 @@
 #include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Origin/RecipeKeeper.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "Support/LearnedClips.h"
 #include "Support/Processor.h"
 #include "Support/SmallModel.h"
 #include "Support/TempFolder.h"
@@ -192,6 +193,74 @@ TEST_F(Verifying, CountsEveryFileAndCanBeCancelled) {
     stop.request_stop();
     EXPECT_THROW((void)verify(known, models.path(), testing::processor(), {}, stop.get_token()),
                  CancellationError);
+}
+
+// A model whose learned clips are in their folder and kept beside it.
+class VerifyingDetail : public ::testing::Test {
+protected:
+    VerifyingDetail() {
+        clips.model.metadata.corpusName = "Kicks";
+        clips.model.metadata.corpusPath = clips.folder.path().string();
+        const ClipSounds sounds = ClipSounds::inFolder(clips.model, clips.scan());
+        ModelStore::replace(clips.model, models / "Kicks-ab", {}, ModelStore::storingPatience,
+                            ModelStore::Former::replaced, sounds.toKeep(clips.model, {}));
+        write("folder", sounds);
+        write("kept", ClipSounds::keptWith(clips.model, models / "Kicks-ab"));
+        write("noise", {});
+    }
+    void write(const std::string& prefix, const ClipSounds& sounds) {
+        SampleGenerator generator(clips.model, testing::processor(), sounds);
+        const GenerationRequest request{.count = 2,
+                                        .outputDirectory = folder.path(),
+                                        .aesthetics = {},
+                                        .seed = 42,
+                                        .namePrefix = prefix,
+                                        .detail = 1};
+        RecipeKeeper keeper({.journal = journal.file()}, {.corpusName = "Kicks", .fingerprint = "ab"});
+        (void)generator.generate(request, keeper.hooks(), {}, {});
+    }
+    [[nodiscard]] Verification check(const std::string& prefix) const {
+        const std::vector<fs::path> files{file(prefix)};
+        return verify(lookUp(files, &journal), models.path(), testing::processor()).at(0);
+    }
+    [[nodiscard]] fs::path file(const std::string& prefix) const {
+        return folder / Finishing::fileName(prefix + "_var", 2);
+    }
+
+    testing::LearnedClips clips;
+    const TempFolder folder;
+    const TempFolder models;
+    const TempFolder data;
+    const Journal journal{data / "journal.jsonl"};
+};
+
+TEST_F(VerifyingDetail, EachFileIsMadeAgainOfWhatItWasMadeOf) {
+    EXPECT_NE(readText(file("folder")), readText(file("kept")));
+    const std::vector<fs::path> files{file("folder"), file("kept"), file("noise")};
+    const auto results = verify(lookUp(files, &journal), models.path(), testing::processor());
+    std::vector<std::string_view> bases;
+    for (const Verification& result : results) {
+        EXPECT_EQ(result.verdict, Verdict::sameBytes) << result.file << ": " << result.reason;
+        bases.push_back(rawValue(result.recipe->detailBasis));
+    }
+    EXPECT_THAT(bases, ElementsAre("sources", "kept", "noise"));
+}
+
+TEST_F(VerifyingDetail, SaysWhenTheSamplesOfTheFolderAreGone) {
+    fs::remove(clips.folder / "clip 0.wav");
+    const Verification ofFolder = check("folder");
+    EXPECT_EQ(ofFolder.verdict, Verdict::different) << "the kept ones are not quite the same";
+    EXPECT_THAT(ofFolder.reason, HasSubstr("no longer there as they were"));
+    EXPECT_EQ(check("kept").verdict, Verdict::sameBytes);
+    EXPECT_EQ(check("noise").verdict, Verdict::sameBytes);
+}
+
+TEST_F(VerifyingDetail, SaysWhenTheSamplesOfTheModelAreGone) {
+    ModelStore::replace(clips.model, models / "Kicks-ab");
+    const Verification ofModel = check("kept");
+    EXPECT_EQ(ofModel.verdict, Verdict::different);
+    EXPECT_THAT(ofModel.reason, HasSubstr("no longer kept with the model"));
+    EXPECT_EQ(check("folder").verdict, Verdict::sameBytes);
 }
 
 }  // namespace
