@@ -1,5 +1,8 @@
 find_package(GTest REQUIRED)
 include(GoogleTest)
+# What reads the files that the product writes.
+pkg_check_modules(LIBXML REQUIRED IMPORTED_TARGET libxml-2.0)
+pkg_check_modules(LIBPNG REQUIRED IMPORTED_TARGET libpng)
 
 # The environment of tests that need a graphics processor: Mesa's software driver, whatever the machine has, with
 # compiled shaders kept in the build folder.

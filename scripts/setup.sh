@@ -11,7 +11,7 @@ set -euo pipefail
 
 # The one list of packages, by what they are needed for. A # stands for the version that a release puts into the name.
 build=(g++ cmake ninja-build ccache pkg-config
-       libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev libssl-dev
+       libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev libssl-dev libcairo2-dev
        nlohmann-json3-dev libcli11-dev libvulkan-dev glslc)
 # The desktop application: what it needs besides to be built, and what it loads when it starts.
 app_run=(libqt6core# libqt6dbus6 libqt6gui6 libqt6qml6 libqt6quick6 libqt6quickcontrols2-6
@@ -20,8 +20,8 @@ app_run=(libqt6core# libqt6dbus6 libqt6gui6 libqt6qml6 libqt6quick6 libqt6quickc
          qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
          libsdl2-2.0-0 fonts-dejavu-core)
 app=(qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libsdl2-dev "${app_run[@]}")
-run=(libavformat# libavcodec# libavutil# libsoxr0 libicu# libhwy# libtbb# libssl# libvulkan1 "${app_run[@]}")
-test=(libgtest-dev libgmock-dev libbenchmark-dev python3 sonic-pi-samples hydrogen-drumkits
+run=(libavformat# libavcodec# libavutil# libsoxr0 libicu# libhwy# libtbb# libssl# libcairo2 libvulkan1 "${app_run[@]}")
+test=(libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libpng-dev python3 sonic-pi-samples hydrogen-drumkits
       mesa-vulkan-drivers vulkan-validationlayers
       appstream desktop-file-utils mandoc man-db zsh fish
       qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
