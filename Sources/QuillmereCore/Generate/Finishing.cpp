@@ -186,6 +186,19 @@ void finish(std::vector<float>& x, const Aesthetics& aesthetics, double sampleRa
     normalize(x, amplitude(aesthetics.normalize));
 }
 
+void fit(std::vector<float>& x, std::size_t length, float gain, double sampleRate) {
+    constexpr double fadeSeconds = 0.005;
+    const bool isCut = x.size() > length;
+    x.resize(length);
+    for (float& sample : x)
+        sample *= gain;
+    if (!isCut) return;
+    const auto wanted = static_cast<std::size_t>(fadeSeconds * sampleRate);
+    const std::size_t count = std::min(wanted, length / 4);
+    for (std::size_t i = 0; i < count; ++i)
+        x[length - 1 - i] *= static_cast<float>(i) / static_cast<float>(count);
+}
+
 std::string sanitisedPrefix(std::string_view prefix) {
     // All ASCII, so no byte of a longer UTF-8 character is ever taken for one of them.
     constexpr std::string_view refused("/\\:*?\"<>| \0", 11);

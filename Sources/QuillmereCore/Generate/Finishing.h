@@ -50,6 +50,10 @@ void applyFades(std::span<float> x, double sampleRate);
 // fades, final peak. Takes exactly one uniform draw.
 void finish(std::vector<float>& x, const Aesthetics& aesthetics, double sampleRate, SeededRNG& rng);
 
+// Brings finished samples to a length and multiplies them by gain. A longer sound is cut, and its last 5 ms,
+// a quarter of it at most, fade out linearly; a shorter one ends in silence.
+void fit(std::vector<float>& x, std::size_t length, float gain, double sampleRate);
+
 // Replaces / \ : * ? " < > |, blanks and null characters by "_"; other characters stay.
 [[nodiscard]] std::string sanitisedPrefix(std::string_view prefix);
 // What the names of variations have between the prefix and the number.

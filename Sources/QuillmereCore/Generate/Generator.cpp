@@ -8,9 +8,9 @@
 #include <system_error>
 #include <utility>
 
-#include "QuillmereCore/Audio/RIFFChunk.h"
 #include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Generate/Rendering.h"
+#include "QuillmereCore/Generate/SoundFile.h"
 #include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/AtomicFolder.h"
@@ -133,7 +133,8 @@ public:
     // Writes the samples of a variation under a name nobody else has. position: within the request.
     void write(std::span<const float> samples, std::int64_t position, SampleOrigin origin) {
         std::size_t number = names_.number(position);
-        const std::vector<std::byte> bytes = encode(samples, names_.file(number), origin);
+        const SoundFile::FinishedSound sound{samples, sampleRate_, request_.format, origin};
+        const std::vector<std::byte> bytes = SoundFile::encode(sound, names_.file(number), hooks_);
         while (!writeNewFile(names_.file(number), bytes))
             number = names_.next(number);
         const double seconds = static_cast<double>(samples.size()) / sampleRate_;
@@ -176,16 +177,6 @@ public:
     }
 
 private:
-    [[nodiscard]] std::vector<std::byte> encode(std::span<const float> samples, const fs::path& file,
-                                                const SampleOrigin& origin) const {
-        std::vector<std::byte> bytes = AudioIO::encode(samples, file, sampleRate_, request_.format);
-        if (!hooks_.chunk) return bytes;
-        const GenerationHooks::Chunk chunk = hooks_.chunk(origin);
-        if (!RIFFChunk::append(bytes, chunk.id, chunk.content))
-            throw FileError(file, std::make_error_code(std::errc::file_too_large));
-        return bytes;
-    }
-
     // Constant while the job runs.
     const GenerationRequest& request_;
     const OutputNames names_;
@@ -243,7 +234,16 @@ std::vector<float> SampleGenerator::render(std::span<const float> image, const A
                                            SampleOrigin& origin, Worker& worker,
                                            const std::stop_token& stop) {
     SeededRNG rng = resumed(origin.state);
-    if (!(origin.detail > 0)) return render(image, aesthetics, rng, worker.stft);
+    std::vector<float> samples = origin.detail > 0
+                                     ? renderDetailed(image, aesthetics, origin, rng, worker, stop)
+                                     : render(image, aesthetics, rng, worker.stft);
+    if (origin.fit) Finishing::fit(samples, origin.fit->samples, origin.fit->gain, sampleRate());
+    return samples;
+}
+
+std::vector<float> SampleGenerator::renderDetailed(std::span<const float> image, const Aesthetics& aesthetics,
+                                                   SampleOrigin& origin, SeededRNG& rng, Worker& worker,
+                                                   const std::stop_token& stop) {
     const FlushDenormals flush;
     std::vector<LatentDraw::Source> sources;
     for (const SampleOrigin::Source& source : origin.sources)

@@ -59,6 +59,14 @@ enum class DetailBasis {
 
 [[nodiscard]] std::string_view rawValue(DetailBasis basis);  // "none", "sources", "kept", "noise"
 
+// What brings a rendered variation to the length and the level of others (Finishing::fit).
+struct SoundFit {
+    std::size_t samples = 0;
+    float gain = 1;
+
+    friend bool operator==(const SoundFit&, const SoundFit&) = default;
+};
+
 // Where a sample comes from: enough to tell its relatives, and, with the parameters and the model, to make it
 // again.
 struct SampleOrigin {
@@ -77,6 +85,7 @@ struct SampleOrigin {
     double detail = 0;            // of the request
     DetailBasis detailBasis = DetailBasis::none;
     std::array<std::uint64_t, 4> state{};  // of the random generator, after the latent vector was drawn
+    std::optional<SoundFit> fit{};         // what follows the rendering
 
     friend bool operator==(const SampleOrigin&, const SampleOrigin&) = default;
 };
@@ -245,6 +254,11 @@ private:
     [[nodiscard]] std::vector<float> render(std::span<const float> image, const Aesthetics& aesthetics,
                                             SampleOrigin& origin, Worker& worker,
                                             const std::stop_token& stop);
+
+    [[nodiscard]] std::vector<float> renderDetailed(std::span<const float> image,
+                                                    const Aesthetics& aesthetics, SampleOrigin& origin,
+                                                    SeededRNG& rng, Worker& worker,
+                                                    const std::stop_token& stop);
 
     ModelBundle bundle_;
     VAEInference inference_;

@@ -131,6 +131,15 @@ DetailBasis decodeBasis(std::string_view text) {
     throw DecodingError("\"detailBasis\" is unknown");
 }
 
+SoundFit decodeFit(const Reader& object) {
+    constexpr std::int64_t longest = std::int64_t{1} << 30;  // samples: hours
+    const std::int64_t samples = json::integerMember(object, "samples");
+    if (samples < 1 || samples > longest) throw DecodingError("\"samples\" must be a possible length");
+    const auto gain = static_cast<float>(json::numberMember(object, "gain"));
+    if (!(std::isfinite(gain) && gain > 0)) throw DecodingError("\"gain\" must be above 0");
+    return {static_cast<std::size_t>(samples), gain};
+}
+
 std::uint64_t unsignedMember(const Reader& object, const std::string& key) {
     const Reader& value = json::member(object, key);
     if (!value.is_number_unsigned())
@@ -179,6 +188,7 @@ Recipe decodeDocument(const Reader& document) {
     recipe.latent = decodeLatent(json::stringMember(document, "latent"));
     recipe.state = decodeState(json::stringMember(document, "state"));
     recipe.sources = decodeSources(json::arrayMember(document, "sources"));
+    if (document.contains("fit")) recipe.fit = decodeFit(json::objectMember(document, "fit"));
     if (document.contains("lineage")) recipe.lineage = decodeLineage(json::objectMember(document, "lineage"));
     return recipe;
 }
@@ -208,7 +218,8 @@ SampleOrigin Recipe::origin() const {
             .model = model,
             .detail = detail,
             .detailBasis = detailBasis,
-            .state = state};
+            .state = state,
+            .fit = fit};
 }
 
 Recipe makeRecipe(const SampleOrigin& origin, const RecipeBase& base) {
@@ -229,7 +240,8 @@ Recipe makeRecipe(const SampleOrigin& origin, const RecipeBase& base) {
             .latent = origin.latent,
             .state = origin.state,
             .sources = origin.sources,
-            .lineage = base.lineage};
+            .lineage = base.lineage,
+            .fit = origin.fit};
 }
 
 std::string programVersion() {
@@ -243,7 +255,7 @@ RecipeError RecipeError::in(const std::filesystem::path& file) const {
 std::string encodeJSON(const Recipe& recipe) {
     Writer document;
     document["quillmere"] = kindText;
-    document["version"] = Recipe::version;
+    document["version"] = recipe.fit ? Recipe::version : 1;
     document["program"] = recipe.program;
     document["device"] = recipe.device;
     document["model"] = {
@@ -259,6 +271,8 @@ std::string encodeJSON(const Recipe& recipe) {
     document["latent"] = encodeLatent(recipe.latent);
     document["state"] = digits<std::uint64_t>(recipe.state);
     document["sources"] = sourcesJSON(recipe.sources);
+    if (recipe.fit)
+        document["fit"] = {{"samples", recipe.fit->samples}, {"gain", shortest(recipe.fit->gain)}};
     if (recipe.lineage) document["lineage"] = lineageJSON(*recipe.lineage);
     constexpr int onOneLine = -1;
     return document.dump(onOneLine, ' ', false, Writer::error_handler_t::replace);

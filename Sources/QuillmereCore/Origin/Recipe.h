@@ -27,7 +27,9 @@ struct Lineage {
 
 // All it takes, besides the model, to write a file again to the last bit, and to say what is in it.
 struct Recipe {
-    static constexpr std::int64_t version = 1;  // of the form in which it is stored
+    // The newest version of the form in which it is stored. A recipe says the oldest one that suffices: 2
+    // where it has a fit.
+    static constexpr std::int64_t version = 2;
 
     std::string program;      // version of the program that wrote the file
     std::string device;       // what ran the network: "cpu", or the name of a graphics processor
@@ -44,6 +46,7 @@ struct Recipe {
     std::array<std::uint64_t, 4> state{};       // of the random generator after the latent vector was drawn
     std::vector<SampleOrigin::Source> sources;  // the blend before drift, mutation and extrapolation
     std::optional<Lineage> lineage;
+    std::optional<SoundFit> fit{};  // what follows the rendering
 
     // What SampleGenerator needs to make it again.
     [[nodiscard]] VariationPlan plan() const { return {origin(), aesthetics}; }

@@ -395,6 +395,23 @@ TEST(FirstFreeIndex, TakesTheLeadingDigitsOfAnyEnding) {
     EXPECT_EQ(firstFree({"a_var_12abc.wav", "a_var_7", "a_var_0013.txt"}, "a_var"), 14U);
 }
 
+TEST(Fit, CutsLongerSoundsWithAFadeAndFillsShorterOnes) {
+    std::vector<float> longer(4000, 0.5F);
+    Finishing::fit(longer, 1000, 2, 8000);
+    ASSERT_EQ(longer.size(), 1000U);
+    EXPECT_EQ(longer[0], 1);
+    EXPECT_EQ(longer[959], 1) << "5 ms are 40 samples";
+    EXPECT_EQ(longer[979], 0.5F);
+    EXPECT_EQ(longer[999], 0);
+    std::vector<float> shorter(10, 0.5F);
+    Finishing::fit(shorter, 20, 0.5F, 8000);
+    EXPECT_EQ(shorter[9], 0.25F) << "no fade";
+    EXPECT_EQ(shorter[10], 0);
+    std::vector<float> same{0.25F, 0.5F};
+    Finishing::fit(same, 2, 1, 8000);
+    EXPECT_EQ(same, (std::vector{0.25F, 0.5F}));
+}
+
 TEST(FirstFreeIndex, IsOneForAnEmptyFolder) {
     EXPECT_EQ(firstFree({}, "kick_var"), 1U);
     const TempFolder folder;

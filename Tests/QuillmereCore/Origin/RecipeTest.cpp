@@ -90,6 +90,21 @@ TEST(Recipe, DetailComesBackAndIsNoneWhereNothingIsSaid) {
     }
 }
 
+TEST(Recipe, AFitComesBackAndNeedsTheSecondVersion) {
+    Recipe recipe = sampleRecipe();
+    EXPECT_EQ(JSON::parse(encodeJSON(recipe))["version"], 1);
+    recipe.fit = SoundFit{12345, 0.7F};
+    const JSON document = JSON::parse(encodeJSON(recipe));
+    EXPECT_EQ(document["version"], 2);
+    EXPECT_EQ(decodeRecipe(document.dump()), recipe);
+    for (const auto& [key, value] :
+         {std::pair("samples", JSON(0)), {"samples", JSON(-1)}, {"gain", JSON(0)}, {"gain", JSON("loud")}}) {
+        JSON damaged = document;
+        damaged["fit"][key] = value;
+        EXPECT_EQ(failureOf(damaged.dump()).first, RecipeError::Kind::damaged) << key;
+    }
+}
+
 TEST(Recipe, IsOneLineInAnyLocale) {
     const std::string text = encodeJSON(sampleRecipe());
     EXPECT_EQ(text.find('\n'), std::string::npos);
@@ -118,11 +133,11 @@ TEST(Recipe, TellsForeignTextFromDamage) {
 
 TEST(Recipe, SaysThatANewerOneIsNewer) {
     const auto [kind, phrase] = failureOf(changed([](JSON& document) {
-        document["version"] = 2;
+        document["version"] = 3;
         document.erase("latent");  // a later version may do so
     }));
     EXPECT_EQ(kind, RecipeError::Kind::newer);
-    EXPECT_THAT(phrase, HasSubstr("version 2"));
+    EXPECT_THAT(phrase, HasSubstr("version 3"));
 }
 
 TEST(Recipe, EveryMissingPartIsDamageThatIsNamed) {

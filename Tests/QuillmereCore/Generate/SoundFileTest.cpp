@@ -1,0 +1,54 @@
+#include "QuillmereCore/Generate/SoundFile.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "QuillmereCore/Audio/RIFFChunk.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "Support/Signals.h"
+#include "Support/TempFolder.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::TempFolder;
+
+TEST(SoundFile, IsWrittenWithItsChunkAndTheHooksHearOfIt) {
+    const TempFolder folder;
+    const std::vector<float> samples = testing::noise(1, 800, 0.5F);
+    std::vector<fs::path> told;
+    GenerationHooks hooks;
+    hooks.chunk = [](const SampleOrigin& origin) {
+        return GenerationHooks::Chunk{"test", std::to_string(origin.index)};
+    };
+    hooks.written = [&](const GenerationHooks::WrittenFile& file) {
+        EXPECT_EQ(file.samples.size(), 800U);
+        EXPECT_EQ(file.bytes.size(), fs::file_size(file.sample.url));
+        told.push_back(file.sample.url);
+    };
+    SoundFile::FinishedSound sound{samples, 8000, OutputFormat::wav16, {}};
+    sound.origin.index = 7;
+    const GeneratedSample sample = SoundFile::writeNew(sound, folder / "a.wav", hooks);
+    EXPECT_EQ(sample.url, folder / "a.wav");
+    EXPECT_EQ(sample.seconds, 0.1);
+    EXPECT_EQ(told, std::vector<fs::path>{folder / "a.wav"});
+    EXPECT_EQ(RIFFChunk::find(folder / "a.wav", "test"), "7");
+    EXPECT_EQ(AudioIO::readMono(folder / "a.wav").samples, AudioIO::asWritten(samples, OutputFormat::wav16));
+}
+
+TEST(SoundFile, NeverTakesANameThatIsTaken) {
+    const TempFolder folder;
+    testing::writeText(folder / "b.wav", "mine");
+    const std::vector<float> samples(10);
+    EXPECT_THROW((void)SoundFile::writeNew({samples, 8000, OutputFormat::wav16, {}}, folder / "b.wav", {}),
+                 FileError);
+    EXPECT_EQ(testing::readText(folder / "b.wav"), "mine");
+    const std::array<fs::path, 2> names{folder / "a.wav", folder / "b.wav"};
+    EXPECT_THROW(SoundFile::requireFree(names), FileError);
+    EXPECT_NO_THROW(SoundFile::requireFree(std::span(names).first(1)));
+}
+
+}  // namespace
+}  // namespace quillmere
