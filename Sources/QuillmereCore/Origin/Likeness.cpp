@@ -38,16 +38,20 @@ std::vector<SampleOrigin::Source> sharedSources(std::span<const Recipe> liked,
     return sources;
 }
 
+SampleOrigin newOrigin(const SampleGenerator& generator, std::uint64_t seed, std::int64_t index) {
+    return {.index = index,
+            .seed = SampleGenerator::variationSeed(seed, static_cast<std::uint64_t>(index)),
+            .latent = {},
+            .sources = {},
+            .model = generator.identity()};
+}
+
 }  // namespace
 
 SampleOrigin around(const SampleGenerator& generator, std::span<const Recipe> liked, double closeness,
                     std::uint64_t seed, std::int64_t index) {
     require(!liked.empty(), "around: nothing is liked");
-    SampleOrigin origin{.index = index,
-                        .seed = SampleGenerator::variationSeed(seed, static_cast<std::uint64_t>(index)),
-                        .latent = {},
-                        .sources = {},
-                        .model = generator.identity()};
+    SampleOrigin origin = newOrigin(generator, seed, index);
     SeededRNG rng(origin.seed);
     std::vector<std::vector<float>> latents;
     for (const Recipe& recipe : liked)
@@ -59,11 +63,29 @@ SampleOrigin around(const SampleGenerator& generator, std::span<const Recipe> li
     return origin;
 }
 
+SampleOrigin atPlace(const SampleGenerator& generator, const LatentMap& map, MapPlace place, double closeness,
+                     std::uint64_t seed, std::int64_t index) {
+    SampleOrigin origin = newOrigin(generator, seed, index);
+    const ModelBundle& bundle = generator.bundle();
+    std::vector<float> blend(static_cast<std::size_t>(bundle.config.latentDim));
+    for (const auto& [clip, weight] : map.blendAt(place)) {
+        for (std::size_t i = 0; i < blend.size(); ++i)
+            blend[i] += weight * bundle.latents[clip][i];
+        const std::vector<std::string>& names = bundle.metadata.clipNames;
+        origin.sources.push_back({clip, clip < names.size() ? names[clip] : std::string(), weight});
+    }
+    SeededRNG rng(origin.seed);
+    origin.latent = generator.sampler().around(std::span(&blend, 1), 1 - closeness, rng).latent;
+    origin.state = rng.s;
+    return origin;
+}
+
 SampleOrigin sameBody(const Recipe& recipe, std::uint64_t seed, std::int64_t index) {
     SampleOrigin origin = recipe.origin();
     origin.index = index;
     origin.seed = SampleGenerator::variationSeed(seed, static_cast<std::uint64_t>(index));
     origin.state = SeededRNG(origin.seed).s;
+    origin.fit.reset();  // it was of that file
     return origin;
 }
 

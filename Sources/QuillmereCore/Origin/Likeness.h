@@ -4,6 +4,7 @@
 #include <span>
 
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Origin/LatentMap.h"
 #include "QuillmereCore/Origin/Recipe.h"
 
 // New variations out of known ones. What is drawn depends on the seed and the index alone, as in a request.
@@ -17,6 +18,11 @@ namespace quillmere::Likeness {
 // sources are those of the liked ones, their shares multiplied: the eight greatest.
 [[nodiscard]] SampleOrigin around(const SampleGenerator& generator, std::span<const Recipe> liked,
                                   double closeness, std::uint64_t seed, std::int64_t index);
+
+// A place on the map of the generator's model: its blend of clips (LatentMap::blendAt), and from there a walk
+// as above. With a closeness of 1 every variation is at the place itself.
+[[nodiscard]] SampleOrigin atPlace(const SampleGenerator& generator, const LatentMap& map, MapPlace place,
+                                   double closeness, std::uint64_t seed, std::int64_t index);
 
 // The place of the recipe; everything that is drawn after it is new.
 [[nodiscard]] SampleOrigin sameBody(const Recipe& recipe, std::uint64_t seed, std::int64_t index);

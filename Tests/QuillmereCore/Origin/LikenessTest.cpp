@@ -95,5 +95,26 @@ TEST_F(Liking, ABodyKeepsThePlaceAndASkinWhatComesAfter) {
     EXPECT_NE(skin.latent, recipe.latent);
 }
 
+TEST_F(Liking, APlaceIsTheBlendOfTheNearestClips) {
+    const ModelBundle& bundle = generator.bundle();
+    const LatentMap map(bundle.latents, 4);
+    const MapPlace place{0.2, -0.3};
+    const SampleOrigin origin = Likeness::atPlace(generator, map, place, 1, 5, 2);
+    std::vector<float> blend(4);
+    float sum = 0;
+    for (const auto& [clip, weight] : map.blendAt(place)) {
+        for (std::size_t i = 0; i < blend.size(); ++i)
+            blend[i] += weight * bundle.latents[clip][i];
+        sum += weight;
+    }
+    EXPECT_EQ(origin.latent, blend);
+    EXPECT_NEAR(sum, 1, 1e-6);
+    EXPECT_EQ(origin.sources.size(), 4U);
+    EXPECT_EQ(Likeness::atPlace(generator, map, place, 1, 5, 3).latent, origin.latent);
+    EXPECT_NE(Likeness::atPlace(generator, map, place, 1, 5, 3).state, origin.state);
+    EXPECT_NE(Likeness::atPlace(generator, map, place, 0.5, 5, 2).latent, origin.latent);
+    EXPECT_EQ(makeRecipe(origin, {}).seed, 5U);
+}
+
 }  // namespace
 }  // namespace quillmere
