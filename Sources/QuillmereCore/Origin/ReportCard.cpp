@@ -1,0 +1,384 @@
+#include "QuillmereCore/Origin/ReportCard.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <span>
+#include <utility>
+
+#include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Model/Training/ClipReading.h"
+#include "QuillmereCore/Model/Training/TrainingLoop.h"
+#include "QuillmereCore/Model/VAE.h"
+#include "QuillmereCore/Origin/SoundPrint.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Parallel.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere {
+namespace {
+
+using Images = std::vector<std::vector<float>>;
+using Report = std::function<void(const ReportProgress&)>;
+
+constexpr double poorFromDB = 8;
+constexpr double goodBelowDB = 4;
+constexpr std::size_t fewClips = 12;
+
+// Squared difference of two images per value, in network units.
+double squaredError(std::span<const float> a, std::span<const float> b) {
+    double sum = 0;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const double difference = static_cast<double>(a[i]) - static_cast<double>(b[i]);
+        sum += difference * difference;
+    }
+    return sum / static_cast<double>(a.size());
+}
+
+double decibels(double squared) {
+    const auto perUnit = static_cast<double>(Level::toDB(1) - Level::toDB(0));
+    return perUnit * std::sqrt(squared);
+}
+
+// Root mean square of errors in decibels.
+double together(std::span<const double> errors) {
+    double sum = 0;
+    for (const double error : errors)
+        sum += error * error;
+    return errors.empty() ? 0 : std::sqrt(sum / static_cast<double>(errors.size()));
+}
+
+// The errors of what the network makes of its latent vectors, in decibels.
+std::vector<double> errorsOf(VAEInference& inference, std::span<const std::vector<float>> latents,
+                             std::span<const std::vector<float>> images, const std::stop_token& stop) {
+    std::vector<double> errors;
+    for (std::size_t first = 0; first < images.size(); first += VAEInference::batch) {
+        throwIfCancelled(stop);
+        const std::size_t count = std::min<std::size_t>(VAEInference::batch, images.size() - first);
+        const Images decoded = inference.decode(latents.subspan(first, count));
+        for (std::size_t i = 0; i < count; ++i)
+            errors.push_back(decibels(squaredError(decoded[i], images[first + i])));
+    }
+    return errors;
+}
+
+// The files of a model's folder as it learned them.
+class LearnedFolder {
+public:
+    LearnedFolder(const ModelBundle& model, const CorpusSummary& corpus, const Report& progress,
+                  const std::stop_token& stop)
+        : model_(model), extractor_(model.config) {
+        ModelTrainer::ClipNeeds needs;
+        needs.sampleRate = static_cast<int>(model.config.sampleRate);
+        needs.keptSamples = static_cast<std::size_t>(model.config.clipSamples()) + 1;
+        needs.flatness = false;
+        const auto tell = [&](std::int64_t done, std::int64_t total) {
+            if (progress) progress({ReportProgress::Part::reading, done, total});
+        };
+        readings_ = ModelTrainer::readClips(corpus.files, needs, tell, stop);
+        for (std::size_t i = 0; i < readings_.size(); ++i) {
+            if (readings_[i].isUsable()) usable_.push_back(i);
+        }
+        if (usable_.size() != model.latents.size())
+            throw Failure(Text::utf8(corpus.directory) + " no longer holds what the model has learned.");
+    }
+
+    [[nodiscard]] std::span<const std::size_t> usable() const { return usable_; }
+    [[nodiscard]] const std::vector<ModelTrainer::ClipReading>& readings() const { return readings_; }
+    [[nodiscard]] const DecodedClip& clip(std::size_t position) const {
+        return readings_[usable_[position]].clip;
+    }
+    [[nodiscard]] std::vector<float> image(std::size_t position, STFT& stft) const {
+        return ClipPreparation::prepare(clip(position), model_.config, extractor_, stft).image;
+    }
+    [[nodiscard]] Images images(const std::stop_token& stop) const {
+        Images images(usable_.size());
+        parallelFor(images.size(), [&](std::size_t i) {
+            throwIfCancelled(stop);
+            STFT stft = extractor_.makeSTFT();
+            images[i] = image(i, stft);
+        });
+        return images;
+    }
+    [[nodiscard]] const FeatureExtractor& extractor() const { return extractor_; }
+
+private:
+    const ModelBundle& model_;
+    FeatureExtractor extractor_;
+    std::vector<ModelTrainer::ClipReading> readings_;
+    std::vector<std::size_t> usable_;  // positions among the readings
+};
+
+std::string damageText(const AudioIO::Damage& damage) {
+    if (damage.isTruncated) return "it ends before it should";
+    return Text::fixed(damage.silentSeconds, 2) + " s in it are lost";
+}
+
+void addBlemishes(ReportCard& card, const LearnedFolder& folder, const CorpusSummary& corpus,
+                  std::int64_t clipSamples) {
+    using Kind = ReportCard::Blemish::Kind;
+    using Outcome = ModelTrainer::ClipReading::Outcome;
+    for (std::size_t i = 0; i < corpus.files.size(); ++i) {
+        const ModelTrainer::ClipReading& reading = folder.readings()[i];
+        const auto add = [&](Kind kind, std::string reason) {
+            card.blemishes.push_back({corpus.files[i].relativePath, kind, std::move(reason)});
+        };
+        if (reading.outcome == Outcome::unreadable) add(Kind::unreadable, reading.reason);
+        if (reading.outcome == Outcome::silent) add(Kind::silent, {});
+        if (!reading.isUsable()) continue;
+        if (std::ssize(reading.clip.samples) > clipSamples) add(Kind::cut, {});
+        if (reading.damage.any()) add(Kind::damaged, damageText(reading.damage));
+    }
+}
+
+std::vector<SoundPrint> printsOf(const LearnedFolder& folder, const CorpusSummary& corpus,
+                                 const Report& progress, const std::stop_token& stop) {
+    const auto total = std::ssize(folder.usable());
+    if (progress) progress({ReportProgress::Part::comparing, 0, total});
+    const SoundPrinter printer;
+    const SoundPrint nothing{std::vector<std::uint8_t>(SoundPrint::bands)};
+    std::vector<SoundPrint> prints(folder.usable().size());
+    parallelFor(prints.size(), [&](std::size_t i) {
+        throwIfCancelled(stop);
+        prints[i] = printer.print(corpus.files[folder.usable()[i]]).value_or(nothing);
+    });
+    return prints;
+}
+
+// The most similar other clip of each.
+void addNeighbours(ReportCard& card, std::span<const SoundPrint> prints, const Report& progress,
+                   const std::stop_token& stop) {
+    const SoundIndex index(prints);
+    for (std::size_t i = 0; i < prints.size(); ++i) {
+        throwIfCancelled(stop);
+        card.clips[i].nearest = i;
+        for (const auto& [position, distance] : index.nearest(prints[i], 2)) {
+            if (position == i) continue;
+            card.clips[i].nearest = position;
+            card.clips[i].nearestDB = distance;
+            break;
+        }
+        if (progress)
+            progress({ReportProgress::Part::comparing, static_cast<std::int64_t>(i + 1), std::ssize(prints)});
+    }
+}
+
+void sortOut(ReportCard& card) {
+    for (std::size_t i = 0; i < card.clips.size(); ++i) {
+        const ReportCard::Clip& clip = card.clips[i];
+        if (clip.nearest == i) continue;
+        if (clip.nearestDB >= farFromDB) card.outliers.push_back(i);
+        if (clip.nearestDB >= copyBelowDB) continue;
+        // A pair that has found each other is told once.
+        const bool isKnown = clip.nearest < i && card.clips[clip.nearest].nearest == i;
+        if (!isKnown)
+            card.nearDuplicates.push_back(
+                {std::min(i, clip.nearest), std::max(i, clip.nearest), clip.nearestDB});
+    }
+    std::ranges::stable_sort(card.nearDuplicates, {}, &ReportCard::Pair::distanceDB);
+    std::ranges::stable_sort(card.outliers, std::ranges::greater(),
+                             [&](std::size_t i) { return card.clips[i].nearestDB; });
+}
+
+std::vector<std::size_t> byError(const ReportCard& card, std::size_t most) {
+    std::vector<std::size_t> order(card.clips.size());
+    std::iota(order.begin(), order.end(), std::size_t{0});
+    std::ranges::stable_sort(order, std::ranges::greater(),
+                             [&](std::size_t i) { return card.clips[i].errorDB; });
+    order.resize(std::min(order.size(), most));
+    return order;
+}
+
+// ---- Clips held back
+
+// Every tenth clip from the sixth on; of a few, every third from the second on.
+bool isHeldBack(std::size_t clip, std::size_t clips) {
+    return clips >= 20 ? clip % 10 == 5 : clip % 3 == 1;
+}
+
+ReportCard::HeldBack holdBack(const ModelBundle& model, const Images& images, network::Backend& backend,
+                              const Report& progress, const std::stop_token& stop) {
+    Images learned;
+    Images others;
+    for (std::size_t i = 0; i < images.size(); ++i)
+        (isHeldBack(i, images.size()) ? others : learned).push_back(images[i]);
+    TrainingOptions options;
+    options.steps = std::max<std::int64_t>(model.metadata.steps, 1);
+    options.latentDim = model.config.latentDim;
+    const auto tell = [&](const TrainingProgress& training) {
+        if (progress) progress({ReportProgress::Part::training, training.step, training.totalSteps});
+    };
+    const ModelTrainer::TrainedNetwork network =
+        ModelTrainer::trainOnImages(model.config, learned, options, tell, stop, backend);
+    VAEInference inference(model.config, network.weights, backend);
+    return {.clips = others.size(),
+            .learnedDB = together(errorsOf(inference, network.latents, learned, stop)),
+            .heldBackDB = together(errorsOf(inference, inference.encode(others), others, stop))};
+}
+
+// ---- In words
+
+std::string counted(std::size_t count, const char* one, const char* several) {
+    return count == 1 ? std::string("One ") + one : std::to_string(count) + " " + several;
+}
+
+std::string dB(double value) {
+    return Text::fixed(value, 1) + " dB";
+}
+
+void adviseOnFiles(const ReportCard& card, std::vector<std::string>& advice) {
+    using Kind = ReportCard::Blemish::Kind;
+    if (const std::size_t cut = card.count(Kind::cut); cut > 0)
+        advice.push_back(counted(cut, "sample is", "samples are") + " longer than the " +
+                         Text::fixed(card.clipSeconds, 1) +
+                         " s that are learned of each; learn more of each (--clip-seconds) if their ends "
+                         "matter.");
+    if (const std::size_t pairs = card.nearDuplicates.size(); pairs > 0)
+        advice.push_back(counted(pairs, "pair of samples is", "pairs of samples are") +
+                         " nearly the same; remove one of each, or the model gives it twice the weight.");
+    if (const std::size_t far = card.outliers.size(); far > 0)
+        advice.push_back(counted(far, "sample is", "samples are") +
+                         " unlike all others; add more of the kind, or move what does not belong here.");
+    const std::size_t lost = card.count(Kind::silent) + card.count(Kind::unreadable);
+    if (lost > 0)
+        advice.push_back(counted(lost, "file was", "files were") +
+                         " left out as silent or unreadable; replace or remove them.");
+    if (const std::size_t damaged = card.count(Kind::damaged); damaged > 0)
+        advice.push_back(counted(damaged, "file is", "files are") +
+                         " damaged and only learned in part; get a whole copy.");
+}
+
+}  // namespace
+
+std::size_t ReportCard::count(Blemish::Kind kind) const {
+    return static_cast<std::size_t>(std::ranges::count(blemishes, kind, &Blemish::kind));
+}
+
+ReportCard::Grade ReportCard::grade() const {
+    if (errorDB < goodBelowDB) return Grade::good;
+    return errorDB < poorFromDB ? Grade::fair : Grade::poor;
+}
+
+std::string ReportCard::verdict() const {
+    const std::string error = " (" + dB(errorDB) + " off on average).";
+    switch (grade()) {
+        case Grade::good:
+            return "The model has learned its samples well" + error;
+        case Grade::fair:
+            return "The model has learned its samples in outline" + error;
+        case Grade::poor:
+            break;
+    }
+    return "The model has not learned its samples yet" + error;
+}
+
+std::vector<std::string> ReportCard::advice() const {
+    std::vector<std::string> advice;
+    if (grade() != Grade::good)
+        advice.emplace_back(
+            "Learn longer (train --retrain with more --steps); if that changes little, the samples are many "
+            "or "
+            "very different, and a greater --latent-dim or a folder for each kind may help.");
+    if (heldBack && heldBack->heldBackDB > 2 * heldBack->learnedDB)
+        advice.push_back("Samples that it has not learned come out worse (" + dB(heldBack->heldBackDB) +
+                         " instead of " + dB(heldBack->learnedDB) +
+                         "): it knows these samples rather than their kind. More samples help.");
+    if (clips.size() < fewClips)
+        advice.push_back("There are " + std::to_string(clips.size()) +
+                         " samples; a few dozen give it more to blend.");
+    adviseOnFiles(*this, advice);
+    return advice;
+}
+
+std::string_view rawValue(ReportCard::Grade grade) {
+    switch (grade) {
+        case ReportCard::Grade::good:
+            return "good";
+        case ReportCard::Grade::fair:
+            return "fair";
+        case ReportCard::Grade::poor:
+            break;
+    }
+    return "poor";
+}
+
+std::string_view rawValue(ReportCard::Blemish::Kind kind) {
+    switch (kind) {
+        case ReportCard::Blemish::Kind::cut:
+            return "cut";
+        case ReportCard::Blemish::Kind::silent:
+            return "silent";
+        case ReportCard::Blemish::Kind::unreadable:
+            return "unreadable";
+        case ReportCard::Blemish::Kind::damaged:
+            break;
+    }
+    return "damaged";
+}
+
+ReportCard makeReport(const ModelBundle& model, const CorpusSummary& corpus, network::Backend& backend,
+                      const ReportOptions& options, const Report& progress, const std::stop_token& stop) {
+    constexpr std::size_t worstClips = 3;
+    const LearnedFolder folder(model, corpus, progress, stop);
+    ReportCard card{.corpusName = model.metadata.corpusName,
+                    .steps = model.metadata.steps,
+                    .finalLoss = model.metadata.finalLoss,
+                    .finalReconstructionError = model.metadata.finalReconstructionError,
+                    .clipSeconds = model.config.clipSeconds(),
+                    .clips = {},
+                    .worst = {},
+                    .nearDuplicates = {},
+                    .outliers = {},
+                    .blemishes = {},
+                    .heldBack = {}};
+    const Images images = folder.images(stop);
+    VAEInference inference(model.config, model.weights, backend);
+    const std::vector<double> errors = errorsOf(inference, model.latents, images, stop);
+    for (std::size_t i = 0; i < errors.size(); ++i)
+        card.clips.push_back({.name = folder.clip(i).name, .errorDB = errors[i]});
+    card.errorDB = together(errors);
+    card.worst = byError(card, worstClips);
+    addNeighbours(card, printsOf(folder, corpus, progress, stop), progress, stop);
+    sortOut(card);
+    addBlemishes(card, folder, corpus, model.config.clipSamples());
+    if (options.holdsBack && images.size() > 1)
+        card.heldBack = holdBack(model, images, backend, progress, stop);
+    return card;
+}
+
+std::vector<ReportExample> reportExamples(const ReportCard& card, const ModelBundle& model,
+                                          const CorpusSummary& corpus, network::Backend& backend,
+                                          std::size_t most, const std::stop_token& stop) {
+    const LearnedFolder folder(model, corpus, {}, stop);
+    const std::vector<std::size_t> order = byError(card, most);
+    SampleGenerator generator(model, backend);
+    VAEInference inference(model.config, model.weights, backend);
+    std::vector<VariationPlan> plans;
+    Images latents;
+    for (const std::size_t clip : order) {
+        VariationPlan plan;
+        plan.origin.latent = model.latents[clip];
+        plan.origin.latent.resize(static_cast<std::size_t>(model.config.latentDim));
+        plan.origin.state = SeededRNG(clip).s;
+        latents.push_back(plan.origin.latent);
+        plans.push_back(std::move(plan));
+    }
+    std::vector<AuditionedSample> learned = generator.remake(plans, stop);
+    Images images = inference.decode(latents);
+    STFT stft = folder.extractor().makeSTFT();
+    std::vector<ReportExample> examples;
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        const std::size_t clip = order[i];
+        examples.push_back(
+            {.name = card.clips[clip].name,
+             .errorDB = card.clips[clip].errorDB,
+             .original = ClipPreparation::cutAndFade(folder.clip(clip).samples, model.config.clipSamples(),
+                                                     model.config.sampleRate),
+             .learned = std::move(learned[i].samples),
+             .originalImage = folder.image(clip, stft),
+             .learnedImage = std::move(images[i])});
+    }
+    return examples;
+}
+
+}  // namespace quillmere
