@@ -43,6 +43,10 @@ void addCommands(CLI::App& app, Invocation& invocation) {
     addRecipe(app, invocation);
     addVerify(app, invocation);
     addRelatives(app, invocation);
+    addSweep(app, invocation);
+    addKit(app, invocation);
+    addReport(app, invocation);
+    addMap(app, invocation);
     addPresets(app, invocation);
     addParameters(app, invocation);
     addDevices(app, invocation);

@@ -28,6 +28,10 @@ void addDevices(CLI::App& app, Invocation& invocation);
 void addRecipe(CLI::App& app, Invocation& invocation);
 void addVerify(CLI::App& app, Invocation& invocation);
 void addRelatives(CLI::App& app, Invocation& invocation);
+void addKit(CLI::App& app, Invocation& invocation);
+void addSweep(CLI::App& app, Invocation& invocation);
+void addReport(CLI::App& app, Invocation& invocation);
+void addMap(CLI::App& app, Invocation& invocation);
 void addModels(CLI::App& app, Invocation& invocation);
 
 // All of them with their options and help. invocation must outlive the tree.

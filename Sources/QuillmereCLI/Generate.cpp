@@ -13,13 +13,15 @@
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Network/Device/GPU.h"
+#include "QuillmereCore/Origin/Likeness.h"
 #include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
 namespace {
 
-constexpr double defaultCloseness = 0.7;
+constexpr double closenessToFiles = 0.7;  // unless another one is given
+constexpr double closenessToPlace = 1;
 
 struct GenerateOptions {
     CorpusOption corpus;
@@ -28,6 +30,7 @@ struct GenerateOptions {
     std::optional<double> closeness;
     std::filesystem::path body;
     std::filesystem::path skin;
+    std::optional<MapPlace> place;
     std::filesystem::path output;
     std::int64_t count = 10;
     std::int64_t first = 0;  // 0: none is given
@@ -56,9 +59,11 @@ struct GenerateOptions {
                      "Make these files again, or those of these recipes; --set changes them");
         CLI::Option* const like =
             addFiles(app, "--like", likedFiles, "Make new variations around these files");
-        addReal(app, "--closeness", closeness, {0, 1}, "How close to them: 1 between them, 0 far and wide")
-            ->default_str("0.7")
-            ->needs(like);
+        CLI::Option* const at = addPlace(
+            app, "--at", place, "Make variations of this place on the map of the samples; see 'map'");
+        addReal(app, "--closeness", closeness, {0, 1},
+                "How close to the files of --like or to the place: 1 between or at them, 0 far and wide")
+            ->default_str("0.7; 1 with --at");
         CLI::Option* const sameBody =
             addPath(app, "--body", body, "Make variations at the place of this file, all else drawn anew")
                 ->type_name("FILE");
@@ -74,13 +79,9 @@ struct GenerateOptions {
                 if (other != source) source->excludes(other);
             }
         }
-        const auto storePrefix = [this](const std::string& text) {
-            if (text.empty()) throwUsageError("--prefix", "must not be empty");
-            prefix = text;
-        };
-        app.add_option_function<std::string>("--prefix", storePrefix, "How the names of the files begin")
-            ->type_name("NAME")
-            ->default_str("the folder's name");
+        for (CLI::Option* const file : {recipe, like, sameBody, sameSkin})
+            at->excludes(file);
+        addPrefix(app, prefix);
         recipes.addTo(app);
         compute.addTo(app);
         models.addTo(app);
@@ -89,6 +90,8 @@ struct GenerateOptions {
 
     void check() const {
         if (!isFromFiles() && !corpus.isGiven()) throw CLI::RequiredError("FOLDER");
+        if (closeness && likedFiles.empty() && !place)
+            throwUsageError("--closeness", "says something only with --like or --at");
     }
 
     // Whether known files are to be worked from, and not a corpus.
@@ -120,6 +123,41 @@ void printResult(const GenerationRequest& request, const std::vector<GeneratedSa
     console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
 }
 
+// Draws from around the place, if one is given, and notes it in what the files have in common.
+class PlaceDrawing {
+public:
+    PlaceDrawing(const GenerateOptions& options, Console& console)
+        : place_(options.place), closeness_(options.closeness.value_or(closenessToPlace)) {
+        if (place_) options.parameters.notePlaceless("--at gives the place in the model.", console);
+    }
+    void noteIn(RecipeBase& base) const {
+        if (!place_) return;
+        base.lineage = Lineage{.way = "place",
+                               .parents = {},
+                               .values = {{"x", place_->x}, {"y", place_->y}, {"closeness", closeness_}}};
+    }
+    void addTo(JSON& result) const {
+        if (!place_) return;
+        result["at"] = {{"x", place_->x}, {"y", place_->y}};
+        result["closeness"] = closeness_;
+    }
+    // generator must outlive the hook.
+    void hook(GenerationHooks& hooks, const SampleGenerator& generator, std::uint64_t seed,
+              const CancelFlag& cancel) const {
+        if (!place_) return;
+        const ModelBundle& bundle = generator.bundle();
+        const auto map = std::make_shared<const LatentMap>(
+            bundle.latents, static_cast<std::size_t>(bundle.config.latentDim), cancel.token());
+        hooks.origin = [&generator, map, seed, place = *place_, closeness = closeness_](std::int64_t index) {
+            return Likeness::atPlace(generator, *map, place, closeness, seed, index);
+        };
+    }
+
+private:
+    std::optional<MapPlace> place_;
+    double closeness_;
+};
+
 void generateFromCorpus(const GenerateOptions& options, Console& console, const CancelFlag& cancel) {
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     GenerationRequest request;
@@ -132,6 +170,7 @@ void generateFromCorpus(const GenerateOptions& options, Console& console, const 
     if (!options.prefix.empty()) request.namePrefix = options.prefix;
     if (options.first > 0) request.first = options.first - 1;
 
+    const PlaceDrawing place(options, console);
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     requireWritableFolder(request.outputDirectory);
@@ -140,11 +179,14 @@ void generateFromCorpus(const GenerateOptions& options, Console& console, const 
     RecipeBase base = recipeBase(compute.device(), bundle.metadata);
     base.aesthetics = request.aesthetics;
     base.format = request.format;
+    place.noteIn(base);
     RecipeKeeper keeper(options.recipes.carriers(), std::move(base));
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
     GeneratingReport report(progress, request.count);
     report.report(0);
-    const auto files = generateFiles(generator, request, keeper.hooks(), report, progress, console, cancel);
+    GenerationHooks hooks = keeper.hooks();
+    place.hook(hooks, generator, request.seed, cancel);
+    const auto files = generateFiles(generator, request, hooks, report, progress, console, cancel);
     progress.finish();
     noteJournalProblem(keeper, console);
     DetailReport detail(request.detail, sounds);
@@ -153,6 +195,7 @@ void generateFromCorpus(const GenerateOptions& options, Console& console, const 
     printResult(request, files, options.parameters.seedWasGiven(), progress, console);
     detail.print(console);
     JSON result = resultJSON(request, files, progress);
+    place.addTo(result);
     detail.addTo(result);
     console.emit(result);
 }
@@ -162,7 +205,7 @@ RemakingOrder orderOf(const GenerateOptions& options) {
     using Way = RemakingOrder::Way;
     RemakingOrder order;
     order.count = options.count;
-    order.closeness = options.closeness.value_or(defaultCloseness);
+    order.closeness = options.closeness.value_or(closenessToFiles);
     if (!options.likedFiles.empty()) {
         order.way = Way::like;
         order.files = options.likedFiles;

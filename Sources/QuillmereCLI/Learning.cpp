@@ -82,6 +82,14 @@ ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
     }
 }
 
+ModelBundle storedModel(const KnownCorpus& corpus, Console& console) {
+    if (!corpus.hasModel())
+        throw Failure(Text::utf8(corpus.summary.directory) +
+                      " has not been learned as it is now. To learn it: quillmere-cli train " +
+                      corpus.arguments);
+    return loadModel(corpus, console);
+}
+
 ModelBundle loadOrLearn(const KnownCorpus& corpus, network::ChosenDevice& device, Console& console,
                         ProgressLine& progress, const CancelFlag& cancel) {
     if (corpus.hasModel()) return loadModel(corpus, console);

@@ -47,6 +47,9 @@ struct KnownCorpus {
 // The stored model. A damaged one fails with a note on how to replace it.
 [[nodiscard]] ModelBundle loadModel(const KnownCorpus& corpus, Console& console);
 
+// The same; a Failure that says what to do where there is none.
+[[nodiscard]] ModelBundle storedModel(const KnownCorpus& corpus, Console& console);
+
 // The stored model, or one learned now at standard quality, with a line that says so.
 [[nodiscard]] ModelBundle loadOrLearn(const KnownCorpus& corpus, network::ChosenDevice& device,
                                       Console& console, ProgressLine& progress, const CancelFlag& cancel);

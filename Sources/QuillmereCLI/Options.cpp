@@ -1,6 +1,7 @@
 #include "QuillmereCLI/Options.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/ModelStore.h"
@@ -79,6 +80,29 @@ CLI::Option* addReal(CLI::App& app, const std::string& name, std::optional<doubl
         target = *value;
     };
     return app.add_option_function<std::string>(name, store, help)->type_name("F");
+}
+
+CLI::Option* addPlace(CLI::App& app, const std::string& name, std::optional<MapPlace>& target,
+                      const std::string& help) {
+    const auto store = [name, &target](const std::string& text) {
+        const std::size_t comma = std::min(text.find(','), text.size());
+        const auto x = Text::parseDouble(text.substr(0, comma));
+        const auto y = comma < text.size() ? Text::parseDouble(text.substr(comma + 1)) : std::nullopt;
+        if (!x || !y || !std::isfinite(*x) || !std::isfinite(*y))
+            throwUsageError(name, "must be two numbers like 1.5,-0.25, not " + quoted(text));
+        target = MapPlace{*x, *y};
+    };
+    return app.add_option_function<std::string>(name, store, help)->type_name("X,Y");
+}
+
+CLI::Option* addPrefix(CLI::App& app, std::string& target) {
+    const auto store = [&target](const std::string& text) {
+        if (text.empty()) throwUsageError("--prefix", "must not be empty");
+        target = text;
+    };
+    return app.add_option_function<std::string>("--prefix", store, "How the names of the files begin")
+        ->type_name("NAME")
+        ->default_str("the folder's name");
 }
 
 CLI::Option* addChoice(CLI::App& app, const std::string& name, std::string& target,

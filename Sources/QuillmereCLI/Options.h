@@ -13,6 +13,7 @@
 
 #include "QuillmereCLI/Console.h"
 #include "QuillmereCore/Network/Device/ChosenDevice.h"
+#include "QuillmereCore/Origin/LatentMap.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 // Options that several commands share, and options with checked values. A value that does not fit is a usage
@@ -36,6 +37,13 @@ struct RealRange {
 };
 CLI::Option* addReal(CLI::App& app, const std::string& name, std::optional<double>& target, RealRange range,
                      const std::string& help);
+
+// X,Y: a place on the map of a corpus.
+CLI::Option* addPlace(CLI::App& app, const std::string& name, std::optional<MapPlace>& target,
+                      const std::string& help);
+
+// --prefix NAME: how the names of files begin.
+CLI::Option* addPrefix(CLI::App& app, std::string& target);
 
 // One of choices, matched exactly.
 CLI::Option* addChoice(CLI::App& app, const std::string& name, std::string& target,

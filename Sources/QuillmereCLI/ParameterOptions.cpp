@@ -1,7 +1,9 @@
 #include "QuillmereCLI/ParameterOptions.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <limits>
 #include <random>
 
 #include "QuillmereCLI/Options.h"
@@ -76,7 +78,7 @@ void setNoted(Aesthetics& aesthetics, const ParameterSpec& spec, double value, C
 
 }  // namespace
 
-void ParameterOptions::addTo(CLI::App& app) {
+void ParameterOptions::addTo(CLI::App& app, Ranges ranges) {
     const auto storePreset = [this](const std::string& name) {
         preset_ = Preset::named(name);
         if (preset_ == nullptr) {
@@ -93,14 +95,25 @@ void ParameterOptions::addTo(CLI::App& app) {
             ->type_name("FILE.json");
     file->excludes(preset);
 
-    const auto storeAssignments = [this](const std::vector<std::string>& texts) {
+    const bool takesRanges = ranges == Ranges::taken;
+    const auto storeAssignments = [this, takesRanges](const std::vector<std::string>& texts) {
         assignments_.clear();
-        for (const std::string& text : texts)
-            assignments_.push_back(parseAssignment(text));
+        ranges_.clear();
+        for (const std::string& text : texts) {
+            const std::optional<Sweep::Axis> range = takesRanges ? parseRange(text) : std::nullopt;
+            if (range) {
+                ranges_.push_back(*range);
+            } else {
+                assignments_.push_back(parseAssignment(text));
+            }
+        }
     };
     app.add_option_function<std::vector<std::string>>(
-           "--set", storeAssignments, "Change one parameter; may be repeated; see 'parameters'")
-        ->type_name("ID=VALUE")
+           "--set", storeAssignments,
+           takesRanges ? "Range of a parameter, as pitch=-12:12:7, or one value; may be repeated; see "
+                         "'parameters'"
+                       : "Change one parameter; may be repeated; see 'parameters'")
+        ->type_name(takesRanges ? "ID=FROM:TO:COUNT" : "ID=VALUE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 
@@ -109,6 +122,26 @@ void ParameterOptions::addTo(CLI::App& app) {
         ->default_str("0");
     addSeed(app, seed_, "The same number gives the same result")->default_str("a fresh one");
     formatOption_ = addChoice(app, "--format", format_, formatNames(), "Sample format")->default_str(format_);
+}
+
+std::optional<Sweep::Axis> ParameterOptions::parseRange(const std::string& text) {
+    constexpr std::int64_t fewest = 2;
+    const std::size_t first = text.find(':');
+    if (first == std::string::npos) return std::nullopt;
+    const std::size_t second = std::min(text.find(':', first + 1), text.size());
+    const Assignment from = parseAssignment(text.substr(0, first));
+    const auto to = ParameterSpec::parse(text.substr(first + 1, second - first - 1));
+    const auto count =
+        second < text.size() ? Text::parseInteger(text.substr(second + 1)) : std::optional<std::int64_t>();
+    if (!to || !count || *count < fewest || *count > std::numeric_limits<int>::max())
+        throwUsageError("--set", "must look like pitch=-12:12:7, not \"" + printable(text) + "\"");
+    const ParameterSpec& spec = *from.spec;
+    for (const double value : {from.value, *to}) {
+        if (value < spec.lower || value > spec.upper)
+            throwUsageError("--set", std::string(spec.id) + " goes from " + spec.format(spec.lower) + " to " +
+                                         spec.format(spec.upper) + ", not to " + spec.format(value));
+    }
+    return Sweep::Axis{from.spec, from.value, *to, *count};
 }
 
 ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string& text) {
@@ -140,11 +173,11 @@ Aesthetics ParameterOptions::changed(const Aesthetics& start, Console& console) 
     return result;
 }
 
-std::vector<const ParameterSpec*> ParameterOptions::assigned() const {
-    std::vector<const ParameterSpec*> specs;
-    for (const Assignment& assignment : assignments_)
-        specs.push_back(assignment.spec);
-    return specs;
+void ParameterOptions::notePlaceless(const std::string& reason, Console& console) const {
+    for (const Assignment& assignment : assignments_) {
+        if (assignment.spec->group != ParameterSpec::Group::latent) continue;
+        console.note("Note: " + std::string(assignment.spec->id) + " changes nothing here: " + reason);
+    }
 }
 
 std::uint64_t ParameterOptions::seed() const {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,6 +13,7 @@
 #include "QuillmereCLI/Console.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Generate/Aesthetics.h"
+#include "QuillmereCore/Generate/Sweep.h"
 
 namespace quillmere::cli {
 
@@ -19,7 +21,9 @@ namespace quillmere::cli {
 // --set ID=VALUE in the order given; and --detail, --seed, --format.
 class ParameterOptions {
 public:
-    void addTo(CLI::App& app);
+    // Whether --set takes ID=FROM:TO:COUNT as well.
+    enum class Ranges { refused, taken };
+    void addTo(CLI::App& app, Ranges ranges = Ranges::refused);
 
     // The parameters to use. Each --set value is moved into its parameter's range, with a note when that
     // changes it; those of the file of --aesthetics may lie beyond. Throws Failure about that file.
@@ -27,8 +31,11 @@ public:
 
     // The same with other parameters to start from, where neither --preset nor --aesthetics is given.
     [[nodiscard]] Aesthetics changed(const Aesthetics& start, Console& console) const;
-    // The parameters of --set.
-    [[nodiscard]] std::vector<const ParameterSpec*> assigned() const;
+    // Those of --set, in the order given; their parameters are left out elsewhere.
+    [[nodiscard]] std::span<const Sweep::Axis> ranges() const { return ranges_; }
+    // Notes each --set of a parameter that only decides which latent vector is drawn: where that is decided
+    // already, it changes nothing. reason: the rest of the sentence.
+    void notePlaceless(const std::string& reason, Console& console) const;
 
     // 0 ... 1; 0 if none is given.
     [[nodiscard]] double detail() const { return detail_.value_or(0); }
@@ -47,10 +54,13 @@ private:
         double value;
     };
     static Assignment parseAssignment(const std::string& text);
+    // Nothing for text that has no colon.
+    static std::optional<Sweep::Axis> parseRange(const std::string& text);
 
     const Preset* preset_ = nullptr;
     std::filesystem::path file_;
     std::vector<Assignment> assignments_;
+    std::vector<Sweep::Axis> ranges_;
     std::optional<double> detail_;
     std::optional<std::uint64_t> seed_;
     std::string format_{rawValue(OutputFormat::wav24)};

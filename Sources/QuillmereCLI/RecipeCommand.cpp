@@ -1,3 +1,4 @@
+#include <cmath>
 #include <memory>
 #include <utility>
 
@@ -48,6 +49,12 @@ std::string lineageText(const Lineage& lineage) {
     return text;
 }
 
+std::string fitText(const SoundFit& fit) {
+    const double gain = 20 * std::log10(static_cast<double>(fit.gain));
+    return "to " + counted(static_cast<std::int64_t>(fit.samples), "sample", "samples") + " and by " +
+           Text::fixed(gain, 1) + " dB";
+}
+
 std::string_view rawValue(KnownFile::Carrier carrier) {
     switch (carrier) {
         case KnownFile::Carrier::chunk:
@@ -83,6 +90,7 @@ void print(const KnownFile& known, const Recipe& recipe, Console& console) {
     line("character", characterText(recipe.aesthetics));
     line("blend", blendText(recipe));
     if (recipe.lineage) line("way", lineageText(*recipe.lineage));
+    if (recipe.fit) line("fitted", fitText(*recipe.fit));
     line("format", std::string(label(recipe.format)));
 }
 

@@ -2,13 +2,11 @@
 
 #include <algorithm>
 #include <iterator>
-#include <map>
-#include <memory>
 #include <span>
-#include <tuple>
 #include <utility>
 
 #include "QuillmereCLI/Generating.h"
+#include "QuillmereCLI/KnownModels.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Origin/Likeness.h"
@@ -17,28 +15,12 @@
 namespace quillmere::cli {
 namespace {
 
-// One file to make again.
-struct Order {
-    std::filesystem::path source;  // where its recipe comes from
-    Recipe recipe;                 // with what is to be different
-};
-
-// The parameters that only decide which latent vector is drawn.
-bool choosesPlace(const ParameterSpec& spec) {
-    return spec.group == ParameterSpec::Group::latent;
-}
-
 void noteWithoutEffect(const RemakingOrder& order, const ParameterOptions& parameters, Console& console) {
     if (order.way == RemakingOrder::Way::skin) return;
-    const char* const reason =
-        order.way == RemakingOrder::Way::like
-            ? " changes nothing here: --closeness says how far the new ones go."
-            : " changes nothing here: a recipe keeps the place in the model that was drawn.";
-    for (const ParameterSpec* const spec : parameters.assigned()) {
-        if (choosesPlace(*spec)) {
-            console.note("Note: " + std::string(spec->id) + reason);
-        }
-    }
+    parameters.notePlaceless(order.way == RemakingOrder::Way::like
+                                 ? "--closeness says how far the new ones go."
+                                 : "a recipe keeps the place in the model that was drawn.",
+                             console);
 }
 
 void noteOtherDevice(const Recipe& recipe, const std::string& device, const std::filesystem::path& source,
@@ -68,61 +50,15 @@ Recipe changedRecipe(const KnownFile& known, const Recipe& recipe, const Paramet
     return result;
 }
 
-std::vector<KnownFile> lookUpAll(const std::vector<std::filesystem::path>& files, const CancelFlag& cancel) {
-    std::vector<KnownFile> all = lookUp(files, cancel);
-    for (const KnownFile& known : all) {
-        if (!known.problem.empty()) throw Failure(known.problem);
-    }
-    return all;
-}
-
-std::vector<Order> ordersAgain(const std::vector<KnownFile>& files, const ParameterOptions& parameters,
-                               Console& console) {
-    std::vector<Order> orders;
+std::vector<RecipeOrder> ordersAgain(const std::vector<KnownFile>& files, const ParameterOptions& parameters,
+                                     Console& console) {
+    std::vector<RecipeOrder> orders;
     for (const KnownFile& known : files) {
         for (const Recipe& recipe : known.recipes)
             orders.push_back({known.file, changedRecipe(known, recipe, parameters, console)});
     }
     return orders;
 }
-
-// The models that the orders need.
-class Models {
-public:
-    Models(std::filesystem::path root, network::ChosenDevice& device)
-        : root_(std::move(root)), device_(device) {}
-
-    // With the sounds that the order needs for detail.
-    SampleGenerator& of(const Order& order, const CancelFlag& cancel) {
-        const Recipe& recipe = order.recipe;
-        const bool hasDetail = recipe.detail > 0;
-        std::unique_ptr<SampleGenerator>& generator =
-            generators_[{recipe.model, hasDetail, hasDetail ? recipe.detailBasis : DetailBasis::none}];
-        if (!generator) generator = open(order, cancel);
-        try {
-            requireFit(order.recipe, generator->bundle());
-        } catch (const RecipeError& error) {
-            throw error.in(order.source);
-        }
-        return *generator;
-    }
-
-private:
-    std::unique_ptr<SampleGenerator> open(const Order& order, const CancelFlag& cancel) {
-        FoundModel found = findModel(order.recipe, root_, cancel.token());
-        if (!found.bundle)
-            throw Failure(Text::utf8(order.source) + ": " + missingModelText(order.recipe, found, root_));
-        ClipSounds sounds = order.recipe.detail > 0
-                                ? learnedSounds(found, order.recipe.detailBasis, cancel.token())
-                                : ClipSounds();
-        return std::make_unique<SampleGenerator>(std::move(*found.bundle), device_.backend(),
-                                                 std::move(sounds));
-    }
-
-    std::filesystem::path root_;
-    network::ChosenDevice& device_;
-    std::map<std::tuple<std::string, bool, DetailBasis>, std::unique_ptr<SampleGenerator>> generators_;
-};
 
 std::string_view rawValue(RemakingOrder::Way way) {
     switch (way) {
@@ -139,9 +75,9 @@ std::string_view rawValue(RemakingOrder::Way way) {
 }
 
 // Orders for new variations out of the files.
-std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<KnownFile>& files,
-                                const ParameterOptions& parameters, std::uint64_t seed, Models& models,
-                                Console& console, const CancelFlag& cancel) {
+std::vector<RecipeOrder> ordersForNew(const RemakingOrder& order, const std::vector<KnownFile>& files,
+                                      const ParameterOptions& parameters, std::uint64_t seed,
+                                      KnownModels& models, Console& console, const CancelFlag& cancel) {
     Lineage lineage{.way = std::string(rawValue(order.way)), .parents = {}, .values = {}};
     if (order.way == RemakingOrder::Way::like) lineage.values["closeness"] = order.closeness;
     std::vector<Recipe> known;
@@ -171,7 +107,7 @@ std::vector<Order> ordersForNew(const RemakingOrder& order, const std::vector<Kn
         if (order.way == RemakingOrder::Way::body) return Likeness::sameBody(first, seed, index);
         return Likeness::sameSkin(generator, first, base.aesthetics, seed, index);
     };
-    std::vector<Order> orders;
+    std::vector<RecipeOrder> orders;
     for (std::int64_t index = 0; index < order.count; ++index) {
         orders.push_back({files.front().file, makeRecipe(originOf(index), base)});
         orders.back().recipe.detail = first.detail;
@@ -186,7 +122,7 @@ bool belongTogether(const Recipe& a, const Recipe& b) {
            a.lineage == b.lineage;
 }
 
-JSON resultJSON(const RemakingOrder& order, std::span<const Order> orders, std::uint64_t seed,
+JSON resultJSON(const RemakingOrder& order, std::span<const RecipeOrder> orders, std::uint64_t seed,
                 const std::vector<GeneratedSample>& files, const ProgressLine& progress) {
     JSON result = makeResult("generate");
     if (order.way != RemakingOrder::Way::again) result["seed"] = seed;
@@ -203,9 +139,9 @@ JSON resultJSON(const RemakingOrder& order, std::span<const Order> orders, std::
 }
 
 // Length of the run of orders at the beginning that one job can make.
-std::size_t runLength(std::span<const Order> orders) {
+std::size_t runLength(std::span<const RecipeOrder> orders) {
     const auto other = std::ranges::find_if_not(
-        orders, [&](const Order& one) { return belongTogether(orders.front().recipe, one.recipe); });
+        orders, [&](const RecipeOrder& one) { return belongTogether(orders.front().recipe, one.recipe); });
     return static_cast<std::size_t>(other - orders.begin());
 }
 
@@ -220,7 +156,7 @@ struct Workplace {
     const CancelFlag& cancel;
 };
 
-std::vector<GeneratedSample> makeTogether(std::span<const Order> orders, SampleGenerator& generator,
+std::vector<GeneratedSample> makeTogether(std::span<const RecipeOrder> orders, SampleGenerator& generator,
                                           const Workplace& place) {
     const Recipe& head = orders.front().recipe;
     GenerationRequest request;
@@ -253,12 +189,12 @@ void remake(const RemakingOrder& order, const ParameterOptions& parameters, cons
     const bool isNew = order.way != RemakingOrder::Way::again;
     const std::uint64_t seed = parameters.seed();
     const std::vector<KnownFile> known = lookUpAll(order.files, cancel);
-    Models models(order.models, device);
-    const std::vector<Order> orders =
+    KnownModels models(order.models, device);
+    const std::vector<RecipeOrder> orders =
         isNew ? ordersForNew(order, known, parameters, seed, models, console, cancel)
               : ordersAgain(known, parameters, console);
     const std::string here = recipeBase(device, {}).device;
-    for (const Order& one : orders) {
+    for (const RecipeOrder& one : orders) {
         (void)models.of(one, cancel);
         if (!isNew) noteOtherDevice(one.recipe, here, one.source, console);
     }
@@ -269,8 +205,8 @@ void remake(const RemakingOrder& order, const ParameterOptions& parameters, cons
     report.report(0);
     const Workplace place{order, recipes, device, progress, report, console, cancel};
     std::vector<GeneratedSample> files;
-    for (std::span<const Order> rest = orders; !rest.empty();) {
-        const std::span<const Order> together = rest.first(runLength(rest));
+    for (std::span<const RecipeOrder> rest = orders; !rest.empty();) {
+        const std::span<const RecipeOrder> together = rest.first(runLength(rest));
         std::ranges::move(makeTogether(together, models.of(together.front(), cancel), place),
                           std::back_inserter(files));
         rest = rest.subspan(together.size());

@@ -9,8 +9,9 @@ namespace quillmere::testing {
 namespace {
 
 const std::vector<std::vector<std::string>> allCommands{
-    {},         {"scan"},      {"train"},   {"generate"},   {"audition"}, {"recipe"},
-    {"verify"}, {"relatives"}, {"presets"}, {"parameters"}, {"models"},   {"models", "remove"}};
+    {},          {"scan"},       {"train"},  {"generate"},        {"audition"}, {"recipe"},
+    {"verify"},  {"relatives"},  {"map"},    {"sweep"},           {"kit"},      {"report"},
+    {"presets"}, {"parameters"}, {"models"}, {"models", "remove"}};
 
 std::vector<std::string> with(std::vector<std::string> arguments, const std::string& last) {
     arguments.push_back(last);
@@ -52,7 +53,7 @@ TEST(CommandLine, HelpOfGenerateNamesEveryOption) {
          {"FOLDER", "--output",     "--count",        "--preset",  "--set",       "--aesthetics",
           "--seed", "--format",     "--prefix",       "--threads", "--models",    "--device",
           "--json", "--first",      "--recipe",       "--like",    "--closeness", "--body",
-          "--skin", "--no-journal", "--embed-recipe", "--recipes"})
+          "--skin", "--no-journal", "--embed-recipe", "--recipes", "--at"})
         EXPECT_NE(help.find(option), std::string::npos) << option;
 }
 
@@ -89,6 +90,33 @@ INSTANTIATE_TEST_SUITE_P(
         Misuse{
             "PartFromNothing", {"generate", "x", "--output", "o", "--first", "0", "--seed", "1"}, "--first"},
         Misuse{"ClosenessToNothing", {"generate", "x", "--output", "o", "--closeness", "1"}, "--like"},
+        Misuse{"PlaceOfOneNumber", {"generate", "x", "--output", "o", "--at", "1.5"}, "1.5,-0.25"},
+        Misuse{"PlaceBeyondNumbers", {"generate", "x", "--output", "o", "--at", "nan,0"}, "--at"},
+        Misuse{"PlaceOfAFile", {"generate", "--output", "o", "--at", "0,0", "--like", "a.wav"}, "--at"},
+        Misuse{"PictureOfAnotherKind", {"map", "x", "--picture", "map.jpg"}, ".png or .svg"},
+        Misuse{"SweepOfNothing", {"sweep", "x", "--output", "o"}, "pitch=-12:12:7"},
+        Misuse{"SweepOfOneStep", {"sweep", "x", "--output", "o", "--set", "pitch=0:1:1"}, "pitch=-12:12:7"},
+        Misuse{"SweepBeyondTheRange",
+               {"sweep", "x", "--output", "o", "--set", "pitch=0:99:3"},
+               "pitch goes from"},
+        Misuse{"SweepOfThree",
+               {"sweep", "x", "--output", "o", "--set", "pitch=0:1:2", "--set", "tilt=0:1:2", "--set",
+                "drive=0:1:2"},
+               "two ranges at most"},
+        Misuse{"SweepOfOneTwice",
+               {"sweep", "x", "--output", "o", "--set", "pitch=0:1:2", "--set", "pitch=1:2:2"},
+               "two ranges of one"},
+        Misuse{"SweepTooFine",
+               {"sweep", "x", "--output", "o", "--set", "pitch=0:1:40", "--set", "tilt=0:1:40"},
+               "1600 sounds"},
+        Misuse{"RangeOutsideASweep",
+               {"generate", "x", "--output", "o", "--set", "pitch=0:1:2"},
+               "pitch must be a number"},
+        Misuse{"KitOfNothing", {"kit", "--output", "o"}, "FILE"},
+        Misuse{"KitWithTooManySounds",
+               {"kit", "a.wav", "--output", "o", "--count", "6", "--layers", "3"},
+               "16 at most"},
+        Misuse{"KitWithoutAName", {"kit", "a.wav", "--output", "o", "--name", "/"}, "--name"},
         Misuse{"TooClose",
                {"generate", "--output", "o", "--like", "a.wav", "--closeness", "1.1"},
                "--closeness"},
