@@ -40,7 +40,8 @@ struct SoundPrint {
 // says how many frames count. 0 for the same sound at any level; symmetric; at most 80.
 [[nodiscard]] double distance(const SoundPrint& a, const SoundPrint& b);
 
-// What a distance means.
+// What a distance means. The limits lie where recordings of drums part; docs/relatives.md has the
+// measurement.
 enum class Kinship {
     copy,   // the same recording: what another file format or a little processing leaves of it
     close,  // a variant of the same sound
