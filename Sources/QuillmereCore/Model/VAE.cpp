@@ -51,7 +51,7 @@ network::DenseLayer denseLayer(const ParameterLookup& param, const std::string& 
 void concatenate(std::span<const std::vector<float>> arrays, std::size_t size, std::span<float> buffer) {
     for (std::size_t i = 0; i < arrays.size(); ++i) {
         require(arrays[i].size() == size, "an image or latent vector has the wrong size");
-        std::copy(arrays[i].begin(), arrays[i].end(), buffer.subspan(i * size, size).begin());
+        std::ranges::copy(arrays[i], buffer.subspan(i * size).begin());
     }
 }
 

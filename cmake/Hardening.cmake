@@ -1,0 +1,48 @@
+# What makes a mistake in the programs end them instead of letting somebody in: checks of buffers whose size the
+# compiler knows, of indices into containers, and of the stack; code at addresses that nobody can guess; tables of
+# functions that are read-only before the first of ours runs. Results stay the same bit for bit.
+# Tests/Reliability/HardeningTest.cpp reads what the programs have got of it.
+#
+# Not in debug builds, where the first of these lacks the optimiser, and not under the sanitizers, which see more.
+# -fcf-protection is not among them: it takes effect only where everything that is linked was compiled with it, and
+# Debian's start-up files are not.
+
+include(CheckCXXCompilerFlag)
+
+option(QUILLMERE_HARDENING "Check optimised programs for mistakes that let attackers in, while they run" ON)
+set(QUILLMERE_IS_HARDENED OFF)
+if(QUILLMERE_HARDENING AND QUILLMERE_SANITIZE STREQUAL "" AND CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$")
+    set(QUILLMERE_IS_HARDENED ON)
+endif()
+check_cxx_compiler_flag(-fstack-clash-protection QUILLMERE_HAS_STACK_CLASH_PROTECTION)
+
+# quillmere_harden(target): a program, or a library that becomes a part of one.
+function(quillmere_harden target)
+    if(NOT QUILLMERE_IS_HARDENED)
+        return()
+    endif()
+    # Some distributions define a level of their own; a second definition would be a warning.
+    target_compile_options(${target} PRIVATE
+        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS -fPIE -fstack-protector-strong)
+    if(QUILLMERE_HAS_STACK_CLASH_PROTECTION)
+        target_compile_options(${target} PRIVATE -fstack-clash-protection)
+    endif()
+    get_target_property(type ${target} TYPE)
+    if(type STREQUAL "EXECUTABLE")
+        target_link_options(${target} PRIVATE -pie LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+    endif()
+endfunction()
+
+# quillmere_unharden(variable) appends to a list of options what takes the checks away again. For vector code, which
+# sees no byte that came from outside before others have checked it: there a check stands before every tile of a
+# product, and decoding a single image took a quarter longer with them.
+function(quillmere_unharden variable)
+    if(NOT QUILLMERE_IS_HARDENED)
+        return()
+    endif()
+    list(APPEND ${variable} -U_FORTIFY_SOURCE -U_GLIBCXX_ASSERTIONS -fno-stack-protector)
+    if(QUILLMERE_HAS_STACK_CLASH_PROTECTION)
+        list(APPEND ${variable} -fno-stack-clash-protection)
+    endif()
+    set(${variable} ${${variable}} PARENT_SCOPE)
+endfunction()
