@@ -56,9 +56,10 @@ bool lock(int descriptor) {
     return ::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }
 
-bool hasName(int descriptor) {
+// False, too, where nobody can tell.
+bool hasLostItsName(int descriptor) {
     struct stat status {};
-    return ::fstat(descriptor, &status) == 0 && status.st_nlink > 0;
+    return ::fstat(descriptor, &status) == 0 && status.st_nlink == 0;
 }
 
 fs::path folderOf(const fs::path& file) {
@@ -108,7 +109,7 @@ private:
                                        O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, filePermissions));
             if (!descriptor_.isOpen() && errno != EEXIST) break;
             // Who looks for abandoned files may have been quicker than the lock.
-            if (descriptor_.isOpen() && lock(descriptor_.get()) && hasName(descriptor_.get())) {
+            if (descriptor_.isOpen() && lock(descriptor_.get()) && !hasLostItsName(descriptor_.get())) {
                 owned_ = true;
                 return;
             }

@@ -66,15 +66,12 @@ std::optional<FileLock> FileLock::acquire(const fs::path& file, std::chrono::mil
             throw FileError(file, lastError());
         }
         const int error = tryLock(descriptor, LOCK_EX);
-        if (error == 0) {
-            if (isStillNamed(file, descriptor)) return FileLock(file, std::move(descriptor));
-            continue;
-        }
+        if (error == 0 && isStillNamed(file, descriptor)) return FileLock(file, std::move(descriptor));
         if (knowsNoLocks(error)) {
             ::unlink(file.c_str());
             return FileLock(file, Descriptor());
         }
-        if (error != EWOULDBLOCK) throw FileError(file, {error, std::generic_category()});
+        if (error != 0 && error != EWOULDBLOCK) throw FileError(file, {error, std::generic_category()});
         if (stop.stop_requested()) throw CancellationError();
         if (Clock::now() >= end) return std::nullopt;
         std::this_thread::sleep_for(pause);
