@@ -72,6 +72,19 @@ bool found(const fs::path& path, int result) {
     throw FileError(path, lastError());
 }
 
+// The type of file that has that name, links not followed; 0 for none. Throws FileError when that cannot be
+// found out.
+mode_t typeOf(const fs::path& path) {
+    struct stat status {};
+    return found(path, ::lstat(path.c_str(), &status)) ? status.st_mode & S_IFMT : 0;
+}
+
+// Whether a name is known to be free.
+bool isFree(const fs::path& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) != 0 && errno == ENOENT;
+}
+
 // The entries of a folder as far as they can be read.
 std::vector<fs::path> entriesOf(const fs::path& folder, std::error_code& error) {
     std::vector<fs::path> entries;
@@ -144,6 +157,11 @@ FileLock ModelPlace::lock(std::chrono::milliseconds patience, const std::stop_to
     std::optional<FileLock> lock = FileLock::acquire(hidden("lock"), patience, stop);
     if (!lock) throw ModelBusyError();
     return *std::move(lock);
+}
+
+void ModelPlace::removeAbandonedLock() const {
+    const fs::path file = hidden("lock");
+    if (ModelFolder::isThere(file)) (void)FileLock::acquire(file, {});  // gone when it is given up
 }
 
 // ---- Remains
@@ -246,9 +264,13 @@ bool ModelFolder::leadsSomewhere(const fs::path& path) {
     return found(path, ::stat(path.c_str(), &status));
 }
 
+bool ModelFolder::isLink(const fs::path& path) {
+    return typeOf(path) == S_IFLNK;
+}
+
 bool ModelFolder::holdsPart(const fs::path& folder) {
-    if (!isFolder(folder)) return false;
-    const auto isPart = [&](std::string_view name) { return isWrittenByStore(folder / name); };
+    if (typeOf(folder) != S_IFDIR) return false;
+    const auto isPart = [&](std::string_view name) { return typeOf(folder / name) == S_IFREG; };
     return isPart(ModelFiles::manifestName) || isPart(ModelFiles::weightsName);
 }
 
@@ -275,7 +297,7 @@ void ModelFolder::discard(const fs::path& folder, const fs::path& heir) {
     for (const fs::path& entry : entriesOf(folder, ignored)) {
         if (isWrittenByStore(entry)) {
             ::unlink(entry.c_str());
-        } else if (isFolder(heir) && !fs::exists(fs::symlink_status(heir / entry.filename(), ignored))) {
+        } else if (isFolder(heir) && isFree(heir / entry.filename())) {
             ::rename(entry.c_str(), (heir / entry.filename()).c_str());
         }
     }

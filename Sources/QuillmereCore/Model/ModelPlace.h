@@ -33,6 +33,8 @@ public:
     // The lock, which is without effect where none can be made. Throws as ModelStore::replace.
     [[nodiscard]] FileLock lock(std::chrono::milliseconds patience, const std::stop_token& stop) const;
     [[nodiscard]] bool isLocked() const { return FileLock::isHeld(hidden("lock")); }
+    // Removes the file of a lock that a killed program held, where nothing else would: no model is there.
+    void removeAbandonedLock() const;
 
     // Gives .NAME.old its name back if there is no NAME. Only who holds the lock may ask. Throws FileError.
     void bringBack() const;
@@ -91,7 +93,9 @@ namespace ModelFolder {
 [[nodiscard]] bool isThere(const std::filesystem::path& path);
 // The same for what a link leads to.
 [[nodiscard]] bool leadsSomewhere(const std::filesystem::path& path);
-// Whether folder, itself no symbolic link, holds at least a part of a model.
+// Whether path is a symbolic link. Throws as isThere.
+[[nodiscard]] bool isLink(const std::filesystem::path& path);
+// Whether folder, itself no symbolic link, holds at least a part of a model. Throws as isThere.
 [[nodiscard]] bool holdsPart(const std::filesystem::path& folder);
 // Whether it holds only what the store writes, unfinished files of a crash included. Throws FileError.
 [[nodiscard]] bool holdsNothingElse(const std::filesystem::path& folder);

@@ -129,6 +129,15 @@ std::vector<fs::path> foldersIn(const fs::path& root) {
     return folders;
 }
 
+// What cannot be looked into is not known to hold anything.
+bool isKnownToHoldPart(const fs::path& folder) {
+    try {
+        return ModelFolder::holdsPart(folder);
+    } catch (const FileError&) {
+        return false;
+    }
+}
+
 // What look finds in the model folder, or in the hidden one that stands for it while it changes its name on a
 // file system that cannot exchange two.
 template <typename Look>
@@ -304,12 +313,13 @@ void replace(const ModelBundle& bundle, const fs::path& modelFolder, const std::
 }
 
 bool remove(const fs::path& modelFolder, const std::stop_token& stop, std::chrono::milliseconds patience) {
-    std::error_code ignored;  // then it is no link
-    if (fs::is_symlink(modelFolder, ignored)) return false;
+    if (ModelFolder::isLink(modelFolder)) return false;
     const ModelPlace place(modelFolder);
     if (!ModelFolder::holdsPart(place.folder()) && !ModelFolder::holdsPart(place.former()) &&
-        place.remains().empty())
+        place.remains().empty()) {
+        place.removeAbandonedLock();
         return false;
+    }
     const FileLock lock = place.lock(patience, stop);
     place.bringBack();
     place.sweep();
@@ -320,6 +330,7 @@ bool remove(const fs::path& modelFolder, const std::stop_token& stop, std::chron
     const fs::path hidden = place.freeHiddenName();
     if (!moveFolder(place.folder(), hidden))
         throw FileError(place.folder(), std::make_error_code(std::errc::file_exists));
+    (void)syncFolder(place.root());  // or a power cut might bring its name back and not its files
     ModelFolder::discard(hidden, {});
     return true;
 }
@@ -333,9 +344,9 @@ std::vector<StoredFolder> list(const fs::path& root) {
     std::vector<StoredFolder> models;
     const auto add = [&](const ModelPlace& place) {
         if (!stems.insert(place.stem()).second) return;
-        const bool isThere = ModelFolder::holdsPart(place.folder());
+        const bool isThere = isKnownToHoldPart(place.folder());
         const fs::path present = isThere ? place.folder() : place.former();
-        StoredFolder model{place.folder(), ModelFolder::holdsPart(present), ModelFolder::size(present), 0};
+        StoredFolder model{place.folder(), isKnownToHoldPart(present), ModelFolder::size(present), 0};
         if (!place.isLocked()) {
             for (const fs::path& remains : place.remains())
                 model.remains += ModelFolder::size(remains);
@@ -344,7 +355,7 @@ std::vector<StoredFolder> list(const fs::path& root) {
     };
     const std::vector<fs::path> folders = foldersIn(root);
     for (const fs::path& folder : folders) {
-        if (!ModelPlace::stem(folder.filename().string()) && ModelFolder::holdsPart(folder))
+        if (!ModelPlace::stem(folder.filename().string()) && isKnownToHoldPart(folder))
             add(ModelPlace(folder));
     }
     for (const fs::path& folder : folders) {
