@@ -10,6 +10,7 @@
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Network/Device/GPU.h"
+#include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -50,6 +51,7 @@ void requireWritableFile(const std::filesystem::path& file) {
     if (std::filesystem::is_directory(file, error))
         throw FileError(file, std::make_error_code(std::errc::is_a_directory));
     requireWritableFolder(file.parent_path());
+    removeAbandonedFiles(file.parent_path());
 }
 
 // The stored model; without one what --start asks for, before it has learned anything; else one that is

@@ -37,6 +37,7 @@ void writeAudition(const std::vector<float>& samples, const std::filesystem::pat
     if (std::error_code error;
         std::filesystem::is_symlink(file, ignored) && !std::filesystem::remove(file, error) && error)
         throw FileError(file, error);
+    removeAbandonedFiles(file.parent_path());
     AudioIO::write(samples, file, sampleRate, OutputFormat::wav16, Durability::disposable);
 }
 
