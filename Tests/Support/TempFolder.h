@@ -18,9 +18,8 @@ namespace quillmere::testing {
 // A new empty folder for one test, removed with everything in it afterwards.
 class TempFolder {
 public:
-    TempFolder() {
-        std::string pattern =
-            (std::filesystem::path(::testing::TempDir()) / "quillmere-test-XXXXXX").string();
+    explicit TempFolder(const std::filesystem::path& parent = ::testing::TempDir()) {
+        std::string pattern = (parent / "quillmere-test-XXXXXX").string();
         if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot create " + pattern);
         path_ = pattern;
     }
