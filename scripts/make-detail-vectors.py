@@ -209,10 +209,28 @@ def donor(sources, length, ratio):
     return b + 0.5 * f * (c - a + f * (2 * a - 5 * b + 4 * c - d + f * (3 * (b - c) + d - a)))
 
 
-def centres(frames, hop, length):
+def centres(frames, hop, length, seed):
     lock = min(4, frames - 1)
-    step = max(0, (length - lock * hop) / max(1, frames - lock))
-    return [int(np.floor((t * hop if t <= lock else lock * hop + (t - lock) * step) + 0.5)) for t in range(frames)]
+    start = lock * hop
+    step = max(0, (length - start) / max(1, frames - lock))
+    rng = Generator(seed)
+    slower = 0 < step < 0.999 * hop
+
+    def leash():
+        return (0.5 + rng.uniform()) * min(8, hop / step - 1) * hop
+
+    found = [t * hop for t in range(lock + 1)][:frames]
+    position, direction, reach = start, 1, leash() if slower else 0
+    for t in range(lock + 1, frames):
+        place = start + (t - lock) * step
+        if slower:
+            position += direction * hop
+            if direction * (position - place) > reach or position <= start:
+                direction, reach = -direction, leash()
+            position = max(position, start)
+            place = position
+        found.append(place)
+    return [int(np.floor(place + 0.5)) for place in found]
 
 
 def fine_structure(magnitudes, samples, at, bank, n, amount):
@@ -336,8 +354,8 @@ def donor_cases():
     for name, frames, hop, length in (("as it is", 32, 64, 2048.0), ("stretched by eight", 256, 64, 2048.0),
                                       ("shortened", 8, 64, 2048.0), ("wider hop", 40, 1024, 81920.0),
                                       ("two octaves up", 32, 64, 512.0), ("shorter than the attack", 8, 256, 300.0)):
-        case("centres, " + name, "donorCentres", {"frames": frames, "hop": hop, "length": length},
-             {"centres": centres(frames, hop, length)}, 0, 0)
+        case("centres, " + name, "donorCentres", {"frames": frames, "hop": hop, "length": length, "seed": 7},
+             {"centres": centres(frames, hop, length, 7)}, 0, 0)
 
 
 BANKS = {"percussive": (8000, 256, 32, 64), "wide": (44100, 1024, 96, 256)}

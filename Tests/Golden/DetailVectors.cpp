@@ -76,10 +76,11 @@ Outputs donor(const Case& vector) {
 }
 
 Outputs donorCentres(const Case& vector) {
+    SeededRNG rng(vector.input.at("seed").get<std::uint64_t>());
     Outputs out;
     out.value("centres",
               Detail::donorCentres(vector.input.at("frames").get<int>(), vector.input.at("hop").get<int>(),
-                                   vector.input.at("length").get<double>()));
+                                   vector.input.at("length").get<double>(), rng));
     return out;
 }
 

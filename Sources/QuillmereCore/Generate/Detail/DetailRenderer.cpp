@@ -176,8 +176,8 @@ std::vector<float> DetailRenderer::waveform(std::span<const float> image, const 
     const double donorRatio = std::clamp(ratio, 1 / farthestRatio, farthestRatio);
     const double length = static_cast<double>(extractor_.config().clipSamples()) / donorRatio;
     Variation variation(maps_, stft, frames);
-    DonorFrames donor = variation.analyse(donorAt(donorRatio, settings, noise),
-                                          donorCentres(shaped.frames, stft.hop(), length));
+    const std::vector<float> sound = donorAt(donorRatio, settings, noise);
+    DonorFrames donor = variation.analyse(sound, donorCentres(shaped.frames, stft.hop(), length, noise));
     variation.shape(donor, levels, ratio, shareOf(settings), settings.amount);
 
     const std::span<const std::uint8_t> known =

@@ -6,6 +6,50 @@
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
+namespace {
+
+// The way through a donor behind its attack.
+class Stroll {
+public:
+    // step: of the place where it should be, for each frame. Keeps a reference to rng.
+    Stroll(double start, double hop, double step, SeededRNG& rng)
+        : start_(start), hop_(hop), step_(step), position_(start), rng_(rng) {
+        if (isLonger()) leash_ = drawLeash();
+    }
+
+    // The position for one frame after the other, beginning with the first.
+    [[nodiscard]] double at(int frame) {
+        const double place = start_ + static_cast<double>(frame) * step_;
+        if (!isLonger()) return place;
+        position_ += direction_ * hop_;
+        if (direction_ * (position_ - place) > leash_ || position_ <= start_) {
+            direction_ = -direction_;
+            leash_ = drawLeash();
+        }
+        position_ = std::max(position_, start_);
+        return position_;
+    }
+
+private:
+    // The last digits of a step that should be a hop do not make a variation longer.
+    [[nodiscard]] bool isLonger() const { return step_ > 0 && step_ < 0.999 * hop_; }
+
+    // How far it may go from its place: the slower that moves, the farther, up to eight hops on average. That
+    // is what it takes to hear noise as such; a glide is no longer followed at once.
+    [[nodiscard]] double drawLeash() const {
+        constexpr double farthest = 8;
+        const double hops = std::min(farthest, hop_ / step_ - 1);
+        return (0.5 + static_cast<double>(rng_.uniform())) * hops * hop_;
+    }
+
+    double start_, hop_, step_;
+    double position_;
+    double direction_ = 1;
+    double leash_ = 0;
+    SeededRNG& rng_;
+};
+
+}  // namespace
 
 void Detail::addScaled(std::span<const float> samples, float share, std::span<float> out) {
     const std::size_t count = std::min(samples.size(), out.size());
@@ -46,14 +90,14 @@ std::vector<float> Detail::readFaster(std::span<const float> samples, double rat
     return out;
 }
 
-std::vector<long long> Detail::donorCentres(int frames, int hop, double length) {
+std::vector<long long> Detail::donorCentres(int frames, int hop, double length, SeededRNG& rng) {
     const int locked = std::min(attackPace, frames - 1);
     const double start = static_cast<double>(locked) * hop;
     const double step = std::max(0.0, (length - start) / std::max(1, frames - locked));
+    Stroll stroll(start, hop, step, rng);
     std::vector<long long> centres;
     for (int t = 0; t < frames; ++t) {
-        const double position =
-            t <= locked ? static_cast<double>(t) * hop : start + static_cast<double>(t - locked) * step;
+        const double position = t <= locked ? static_cast<double>(t) * hop : stroll.at(t - locked);
         centres.push_back(std::llround(position));
     }
     return centres;

@@ -27,7 +27,10 @@ void addScaled(std::span<const float> samples, float share, std::span<float> out
 [[nodiscard]] std::vector<float> readFaster(std::span<const float> samples, double ratio);
 
 // The sample on which the donor's frame for each of a variation's frames is centred. length: samples of the
-// donor that the variation is to last. A variation that is as long passes through it hop by hop.
-[[nodiscard]] std::vector<long long> donorCentres(int frames, int hop, double length);
+// donor that the variation is to last. A variation that is as long passes through it hop by hop, a shorter
+// one in longer steps. A longer one goes on hop by hop, too, but to and fro around the place where it should
+// be: in shorter steps noise would stand still, and sound like many partials. Where it turns is drawn from
+// rng: in a fixed rhythm the turns could be heard. It never turns back into the attack.
+[[nodiscard]] std::vector<long long> donorCentres(int frames, int hop, double length, SeededRNG& rng);
 
 }  // namespace quillmere::Detail

@@ -44,22 +44,55 @@ TEST(Donor, HasAtLeastOneSample) {
 }
 
 TEST(Donor, WithoutStretchIsPassedHopByHop) {
-    const std::vector<long long> centres = donorCentres(40, 64, 40 * 64);
+    SeededRNG rng(3);
+    const std::vector<long long> centres = donorCentres(40, 64, 40 * 64, rng);
     for (std::size_t t = 0; t < centres.size(); ++t)
         EXPECT_EQ(centres[t], static_cast<long long>(t) * 64) << t;
 }
 
 TEST(Donor, StretchedItsAttackKeepsItsPace) {
-    const std::vector<long long> centres = donorCentres(320, 64, 40 * 64);
+    SeededRNG rng(3);
+    const std::vector<long long> centres = donorCentres(320, 64, 40 * 64, rng);
     EXPECT_THAT(std::vector(centres.begin(), centres.begin() + 5), ElementsAre(0, 64, 128, 192, 256));
-    EXPECT_TRUE(std::is_sorted(centres.begin(), centres.end()));
-    EXPECT_LT(centres.back(), 40 * 64);
-    EXPECT_GT(centres.back(), 39 * 64);
+    EXPECT_GE(*std::min_element(centres.begin() + 4, centres.end()), 256);
+}
+
+TEST(Donor, StretchedItGoesToAndFroAroundItsPlace) {
+    SeededRNG rng(3);
+    const std::vector<long long> centres = donorCentres(320, 64, 40 * 64, rng);
+    long long forwards = 0;
+    long long farthest = 0;
+    for (std::size_t t = 5; t < centres.size(); ++t) {
+        const long long step = centres[t] - centres[t - 1];
+        EXPECT_LE(std::abs(step), 64);
+        forwards += step == 64 ? 1 : 0;
+        const long long place = 256 + (static_cast<long long>(t) - 4) * 36 * 64 / 316;
+        farthest = std::max(farthest, std::abs(centres[t] - place));
+    }
+    // At its own pace nearly always, as often forwards as its place needs.
+    EXPECT_NEAR(static_cast<double>(forwards) / 315, 0.56, 0.08);
+    EXPECT_GT(farthest, 4 * 64);
+    EXPECT_LE(farthest, 13 * 64);
+}
+
+TEST(Donor, AnotherStretchTurnsElsewhere) {
+    SeededRNG one(3);
+    SeededRNG same(3);
+    SeededRNG other(4);
+    const auto centres = donorCentres(320, 64, 40 * 64, one);
+    EXPECT_EQ(centres, donorCentres(320, 64, 40 * 64, same));
+    EXPECT_NE(centres, donorCentres(320, 64, 40 * 64, other));
+}
+
+TEST(Donor, ShortenedItIsPassedInLongerSteps) {
+    SeededRNG rng(3);
+    EXPECT_THAT(donorCentres(8, 64, 2048, rng), ElementsAre(0, 64, 128, 192, 256, 704, 1152, 1600));
 }
 
 TEST(Donor, ShorterThanItsAttackItEndsThere) {
-    EXPECT_THAT(donorCentres(8, 64, 100), ElementsAre(0, 64, 128, 192, 256, 256, 256, 256));
-    EXPECT_THAT(donorCentres(1, 64, 100), ElementsAre(0));
+    SeededRNG rng(3);
+    EXPECT_THAT(donorCentres(8, 64, 100, rng), ElementsAre(0, 64, 128, 192, 256, 256, 256, 256));
+    EXPECT_THAT(donorCentres(1, 64, 100, rng), ElementsAre(0));
 }
 
 TEST(Donor, NoiseStandsInAfterAClick) {
