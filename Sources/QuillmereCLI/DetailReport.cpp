@@ -14,6 +14,7 @@ ClipSounds soundsFor(double detail, const ModelBundle& bundle, const KnownCorpus
 void DetailReport::count(const SampleOrigin& origin) {
     ++variations_;
     if (origin.detailBasis == DetailBasis::noise) ++withNoise_;
+    if (origin.sameness >= nearCopy) ++nearCopies_;
 }
 
 void DetailReport::print(Console& console) const {
@@ -23,6 +24,10 @@ void DetailReport::print(Console& console) const {
         console.print(amount + (origin_ == ClipSounds::Origin::model
                                     ? " from the samples that were kept with the model."
                                     : " from the learned samples."));
+    if (nearCopies_ > 0)
+        console.note("Note: " + std::to_string(nearCopies_) + " of " +
+                     counted(variations_, "variation", "variations") + (nearCopies_ == 1 ? " is" : " are") +
+                     " nearly a copy of a learned sample; more sources, drift or samples keep them apart.");
     if (withNoise_ == 0) return;
     console.note(origin_ == ClipSounds::Origin::none
                      ? "Note: the folder no longer holds what was learned, so noise stands in for the detail "
@@ -38,6 +43,7 @@ void DetailReport::addTo(JSON& result) const {
     detail["amount"] = amount_;
     detail["sounds"] = rawValue(origin_);
     detail["withNoise"] = withNoise_;
+    detail["nearCopies"] = nearCopies_;
     result["detail"] = std::move(detail);
 }
 

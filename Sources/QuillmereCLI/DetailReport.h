@@ -21,7 +21,8 @@ public:
 
     void count(const SampleOrigin& origin);
 
-    // A line for people, and a note where noise had to stand in for sources. Nothing without detail.
+    // A line for people, and notes where noise had to stand in for sources or samples came out as good as
+    // copies of learned ones. Nothing without detail.
     void print(Console& console) const;
     // The member "detail" of a result event. Nothing without detail.
     void addTo(JSON& result) const;
@@ -31,6 +32,7 @@ private:
     ClipSounds::Origin origin_;
     std::int64_t variations_ = 0;
     std::int64_t withNoise_ = 0;
+    std::int64_t nearCopies_ = 0;
 };
 
 }  // namespace quillmere::cli

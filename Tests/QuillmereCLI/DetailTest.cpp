@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <sstream>
+
+#include "QuillmereCLI/DetailReport.h"
 #include "QuillmereCLI/RunCommand.h"
 
 namespace quillmere::testing {
@@ -59,7 +63,8 @@ TEST_F(DetailOption, GenerationsAndAuditionsAgree) {
 
 TEST_F(DetailOption, EventsNameTheAmountAndTheSounds) {
     const cli::JSON result = generate({"--detail", "1", "--json"}).event("result");
-    EXPECT_EQ(result["detail"], cli::JSON::parse(R"({"amount": 1.0, "sounds": "folder", "withNoise": 0})"));
+    EXPECT_EQ(result["detail"],
+              cli::JSON::parse(R"({"amount": 1.0, "sounds": "folder", "withNoise": 0, "nearCopies": 0})"));
     for (const cli::JSON& file : result["files"])
         EXPECT_EQ(file["detail"], "sources");
     EXPECT_EQ(audition({"--detail", "0.25", "--json"}).event("result")["detail"]["amount"], 0.25);
@@ -84,6 +89,26 @@ TEST_F(DetailOption, NoiseStandsInForSamplesThatHaveChanged) {
     EXPECT_EQ(result["detail"]["sounds"], "none");
     EXPECT_EQ(result["detail"]["withNoise"], 3);
     EXPECT_EQ(result["files"][0]["detail"], "noise");
+}
+
+TEST(DetailReport, TellsOfNearCopies) {
+    std::ostringstream out;
+    std::ostringstream err;
+    cli::Console console({out, err, [] { return std::nullopt; }});
+    cli::DetailReport report(1, ClipSounds());
+    for (const float sameness : {0.4F, nearCopy, 0.94F}) {
+        SampleOrigin origin;
+        origin.sameness = sameness;
+        report.count(origin);
+    }
+    report.print(console);
+    EXPECT_EQ(
+        err.str(),
+        "Note: 1 of 3 variations is nearly a copy of a learned sample; more sources, drift or samples keep "
+        "them apart.\n");
+    cli::JSON result;
+    report.addTo(result);
+    EXPECT_EQ(result["detail"]["nearCopies"], 1);
 }
 
 TEST_F(DetailOption, KeptSoundsServeWhenTheFolderHasChanged) {

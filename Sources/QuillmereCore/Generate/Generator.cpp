@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "QuillmereCore/Generate/Detail/Sameness.h"
 #include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Generate/Rendering.h"
 #include "QuillmereCore/Generate/SoundFile.h"
@@ -51,6 +52,13 @@ SeededRNG resumed(const std::array<std::uint64_t, 4>& state) {
 // What is taken from these sounds.
 DetailBasis basisOf(const ClipSounds& sounds) {
     return sounds.origin() == ClipSounds::Origin::model ? DetailBasis::kept : DetailBasis::sources;
+}
+
+float largestSameness(std::span<const float> samples, const Detail::SourceMaterial& material) {
+    float largest = 0;
+    for (const std::vector<float>& beginning : material.beginnings)
+        largest = std::max(largest, Detail::sameness(samples, beginning));
+    return largest;
 }
 
 std::int64_t firstIndex(const GenerationRequest& request) {
@@ -254,6 +262,7 @@ std::vector<float> SampleGenerator::renderDetailed(std::span<const float> image,
         image, aesthetics,
         {static_cast<float>(origin.detail), material ? &*material : nullptr, supply_.tail()}, worker.stft,
         rng);
+    origin.sameness = material ? largestSameness(samples, *material) : 0;
     Finishing::finish(samples, aesthetics, sampleRate(), rng);
     return samples;
 }

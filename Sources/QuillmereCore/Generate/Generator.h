@@ -67,6 +67,10 @@ struct SoundFit {
     friend bool operator==(const SoundFit&, const SoundFit&) = default;
 };
 
+// From this sameness on a sample is as good as a copy of one that was learned. Different samples of a folder
+// rarely have half of it among themselves.
+inline constexpr float nearCopy = 0.95F;
+
 // Where a sample comes from: enough to tell its relatives, and, with the parameters and the model, to make it
 // again.
 struct SampleOrigin {
@@ -84,6 +88,9 @@ struct SampleOrigin {
     std::string model;            // modelIdentity
     double detail = 0;            // of the request
     DetailBasis detailBasis = DetailBasis::none;
+    // With detail from its sources, how much of their waveform it has before it is finished: the largest of
+    // their normalised cross correlations (Detail::sameness). See nearCopy.
+    float sameness = 0;
     std::array<std::uint64_t, 4> state{};  // of the random generator, after the latent vector was drawn
     std::optional<SoundFit> fit{};         // what follows the rendering
 

@@ -15,8 +15,9 @@ namespace quillmere::Detail {
 
 // What a variation takes from the clips that it was blended from.
 struct SourceMaterial {
-    std::vector<float> donor;   // their mix as learned, [clipSamples]
-    std::vector<float> course;  // of their attacks, [nMels][AttackFrames::count()]
+    std::vector<float> donor;                    // their mix as learned, [clipSamples]
+    std::vector<float> course;                   // of their attacks, [nMels][AttackFrames::count()]
+    std::vector<std::vector<float>> beginnings;  // of each, at most samplesCompared samples (Sameness.h)
 };
 
 // The other way from a decoded image to samples (Rendering::waveform is the usual one): levels come from the

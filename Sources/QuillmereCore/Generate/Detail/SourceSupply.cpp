@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "QuillmereCore/Generate/Detail/Donor.h"
+#include "QuillmereCore/Generate/Detail/Sameness.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 
@@ -34,6 +35,9 @@ std::optional<SourceMaterial> SourceSupply::material(std::span<const LatentDraw:
         if (!found) return std::nullopt;
         addScaled(found->samples, source.weight, material.donor);
         addCourse(found->image, attack_.count(), attack_, source.weight, material.course);
+        const auto beginning =
+            std::span(found->samples).first(std::min(found->samples.size(), samplesCompared));
+        material.beginnings.emplace_back(beginning.begin(), beginning.end());
     }
     return material;
 }

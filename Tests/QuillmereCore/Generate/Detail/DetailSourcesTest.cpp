@@ -107,6 +107,8 @@ TEST_F(Supply, MixesTheSourcesByTheirShares) {
     Detail::addCourse(extractor.features(a, stft), 32, frames, 0.75F, course);
     Detail::addCourse(extractor.features(b, stft), 32, frames, 0.25F, course);
     EXPECT_EQ(material->course, course);
+    // Copies are looked for among the sources, not in their mix.
+    EXPECT_EQ(material->beginnings, (std::vector<Samples>{a, b}));
 }
 
 TEST_F(Supply, OneSourceIsItself) {
