@@ -17,3 +17,15 @@ collect_drum_hits() {
     dpkg-query --listfiles sonic-pi-samples | grep -E '/(drum|bd|sn|perc|elec)_[^/]*\.flac$' |
         xargs -d '\n' cp --preserve=timestamps --target-directory="$1"
 }
+
+# Copies every fourth one-shot of Debian's hydrogen-drumkits to the folder $1, each under a number of its own.
+collect_kits() {
+    local file number=0
+    mkdir -p "$1"
+    while IFS= read -r file; do
+        if ((number % 4 == 0)); then
+            cp --preserve=timestamps --no-clobber "$file" "$1/$(printf %03d "$number")-${file##*/}"
+        fi
+        number=$((number + 1))
+    done < <(dpkg-query --listfiles hydrogen-drumkits | grep -E '\.(wav|flac)$' | sort)
+}
