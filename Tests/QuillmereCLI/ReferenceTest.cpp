@@ -130,6 +130,17 @@ TEST(CommandReference, KnowsWhatValuesAre) {
     EXPECT_TRUE(optionNamed(generate, "--like").takesMany);
 }
 
+TEST(CommandReference, TellsFilesAndParametersByHowTheirNamesBegin) {
+    CLI::App app("Test", "test");
+    std::string value;
+    app.formatter(std::make_shared<CLI::Formatter>());
+    app.add_option("--picture", value, "")->type_name("FILE.png|svg");
+    app.add_option("--range", value, "")->type_name("ID=FROM:TO");
+    const cli::CommandReference root = cli::referenceOf(app);
+    EXPECT_EQ(optionNamed(root, "--picture").kind, cli::ValueKind::file);
+    EXPECT_EQ(optionNamed(root, "--range").kind, cli::ValueKind::parameter);
+}
+
 TEST(ManualPage, HasEveryOptionWithItsHelp) {
     const cli::CommandReference root = reference();
     for (const cli::CommandReference* command : cli::allCommands(root)) {

@@ -52,19 +52,19 @@ void describeValue(OptionReference& option, std::string_view command) {
     if (name == "--preset") {
         option.kind = ValueKind::choice;
         option.words = presetNames();
-    } else if (value == "ID=VALUE") {
+    } else if (value.starts_with("ID=")) {
         option.kind = ValueKind::parameter;
         option.words = parameterIDs();
+    } else if (value == "PATH" || value.starts_with("FILE")) {
+        option.kind = ValueKind::file;
+    } else if (value == "DIR" || value == "FOLDER") {
+        option.kind = ValueKind::folder;
     } else if (value.ends_with("|MODEL") || (command == "remove" && name == "NAME")) {
         option.kind = ValueKind::model;
         option.words = literalWords(option.value);
     } else if (value.find('|') != std::string_view::npos) {
         option.kind = ValueKind::choice;
         option.words = literalWords(value);
-    } else if (value == "DIR" || value == "FOLDER") {
-        option.kind = ValueKind::folder;
-    } else if (value == "PATH" || value.starts_with("FILE")) {
-        option.kind = ValueKind::file;
     } else {
         option.kind = ValueKind::free;
     }

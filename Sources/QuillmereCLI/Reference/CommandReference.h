@@ -18,7 +18,7 @@ enum class ValueKind {
     choice,  // one of words
     file,
     folder,
-    parameter,  // ID=VALUE; words has the identifiers
+    parameter,  // ID=VALUE, or ID= and more; words has the identifiers
     model,      // the name of a stored model, or one of words
 };
 
