@@ -34,8 +34,8 @@ function(quillmere_harden target)
 endfunction()
 
 # quillmere_unharden(variable) appends to a list of options what takes the checks away again. For vector code, which
-# sees no byte that came from outside before others have checked it: there a check stands before every tile of a
-# product, and decoding a single image took a quarter longer with them.
+# sees no byte that came from outside before others have checked it, but would check its stack before every tile of a
+# product: with that, the fastest of eight decodings of a single image took 1.97 ms instead of 1.68 ms.
 function(quillmere_unharden variable)
     if(NOT QUILLMERE_IS_HARDENED)
         return()
