@@ -18,6 +18,9 @@ check_cxx_compiler_flag(-fstack-clash-protection QUILLMERE_HAS_STACK_CLASH_PROTE
 
 # quillmere_harden(target): a program, or a library that becomes a part of one.
 function(quillmere_harden target)
+    # Libraries are the system's. Qt's project setup would have installed programs look beside themselves, too, and
+    # those in the build folder wherever they are started.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "")
     if(NOT QUILLMERE_IS_HARDENED)
         return()
     endif()
