@@ -4,7 +4,7 @@
 #   scripts/setup.sh [GROUP...]          (build, if nothing is named)
 #   scripts/setup.sh --list GROUP...     names the packages, a line each, and installs nothing
 #
-# The groups: build app run test demo lint coverage releases package guide pictures sound peers, or all.
+# The groups: build app run test demo lint coverage releases package guide pictures sound peers scale, or all.
 #
 # For Debian 12 and 13. Needs root, or a user with sudo.
 set -euo pipefail
@@ -34,13 +34,14 @@ guide=(pandoc weasyprint fonts-dejavu-core python3)
 pictures=(python3 python3-numpy python3-matplotlib python3-pil flac sonic-pi-samples imagemagick fonts-roboto-unhinted)
 sound=(python3 python3-numpy python3-scipy sonic-pi-samples hydrogen-drumkits)
 peers=(python3 python3-numpy python3-torch ffmpeg util-linux findutils)
+scale=(slurm-wlm munge parallel)
 
 die() {
     echo "setup.sh: $*" >&2
     exit 1
 }
 
-groups=(build app app_run run test demo lint coverage releases package guide pictures sound peers)
+groups=(build app app_run run test demo lint coverage releases package guide pictures sound peers scale)
 only_list=
 if [[ ${1:-} == --list ]]; then
     shift
