@@ -13,6 +13,9 @@ collect_drum_hits "$corpus"
 
 "$cli" train "$corpus" --quality standard --models "$models"
 # The system's Python, whose packages setup.sh installs.
-/usr/bin/python3 scripts/draw-spectrograms.py --cli "$cli" --corpus "$corpus" --models "$models" \
-    --clips bd_haus.flac sn_dub.flac drum_cymbal_closed.flac perc_bell.flac \
-    --output docs/pictures/spectrograms.png
+draw() {
+    /usr/bin/python3 scripts/draw-spectrograms.py --cli "$cli" --corpus "$corpus" --models "$models" \
+        --clips bd_haus.flac sn_dub.flac drum_cymbal_closed.flac perc_bell.flac "$@"
+}
+draw --output docs/pictures/spectrograms.png
+draw --detail 0 1 --output docs/pictures/detail.png

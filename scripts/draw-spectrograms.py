@@ -49,6 +49,7 @@ def main() -> None:
     parser.add_argument("--corpus", required=True, type=Path, help="a folder with a stored model")
     parser.add_argument("--models", required=True, help="the folder of stored models")
     parser.add_argument("--clips", required=True, nargs="+", help="names of the samples to show")
+    parser.add_argument("--detail", type=float, nargs="+", default=[0], help="amounts, one group of columns for each")
     parser.add_argument("--seconds", type=float, default=0.8, help="length of each spectrogram")
     parser.add_argument("--output", required=True, type=Path, help="the picture to write")
     options = parser.parse_args()
@@ -62,28 +63,39 @@ def main() -> None:
     clip_names = json.loads((model / "model.json").read_text())["metadata"]["clipNames"]
 
     columns = len(options.clips)
-    figure, grid = plt.subplots(4, columns, figsize=(2.6 * columns, 7.2), layout="constrained", sharey=True)
+    width = 2.6 if len(options.detail) == 1 else 1.7
+    figure = plt.figure(figsize=(width * columns * len(options.detail), 7.2), layout="constrained")
+    groups = figure.subfigures(1, len(options.detail), wspace=0.02, squeeze=False)[0]
+    for group, detail in zip(groups, options.detail):
+        if len(options.detail) > 1:
+            group.suptitle(f"with detail {detail:g}" if detail else "without detail", fontsize=10)
+        draw_group(group.subplots(4, columns, sharey=True), quillmere, options, clip_names, detail)
+    options.output.parent.mkdir(parents=True, exist_ok=True)
+    figure.savefig(options.output, dpi=110)
+    print(f"Wrote {options.output}")
+
+
+def draw_group(grid, quillmere, options, clip_names, detail) -> None:
+    """Four rows: samples, their reconstructions, and two presets."""
+    columns = len(options.clips)
     with tempfile.TemporaryDirectory() as temporary:
         folder = Path(temporary)
         for column, name in enumerate(options.clips):
             seed = seed_that_chooses(clip_names.index(name), len(clip_names))
             reconstruction = folder / f"reconstruction{column}.wav"
             quillmere("audition", str(options.corpus), "--output", str(reconstruction), "--seed", str(seed),
-                      "--set", "sources=1", "--set", "drift=0")
+                      "--set", "sources=1", "--set", "drift=0", "--detail", str(detail))
             draw(grid[0, column], as_wav(options.corpus / name, folder), Path(name).stem, options.seconds)
-            draw(grid[1, column], reconstruction, f"{Path(name).stem}, reconstructed", options.seconds)
+            draw(grid[1, column], reconstruction, f"{Path(name).stem},\nreconstructed", options.seconds)
         for row, preset in ((2, "Balanced"), (3, "Wild")):
             result = quillmere("generate", str(options.corpus), "--output", str(folder / preset), "--count",
-                               str(columns), "--preset", preset, "--seed", "1")
+                               str(columns), "--preset", preset, "--seed", "1", "--detail", str(detail))
             for column, file in enumerate(result["files"]):
                 draw(grid[row, column], Path(file["path"]), f"{preset} {column + 1}", options.seconds)
     for axes in grid[:, 0]:
         axes.set_ylabel("Hz", fontsize=7)
     for axes in grid[3, :]:
         axes.set_xlabel("seconds", fontsize=7)
-    options.output.parent.mkdir(parents=True, exist_ok=True)
-    figure.savefig(options.output, dpi=110)
-    print(f"Wrote {options.output}")
 
 
 if __name__ == "__main__":
