@@ -26,7 +26,7 @@ QString Folders::noAnswer(const QString& path) {
 }
 
 QString Folders::plain(const QString& path) {
-    const QString absolute = QDir::current().absoluteFilePath(path);
+    QString absolute = QDir::current().absoluteFilePath(path);
     if (absolute.split(QLatin1Char('/')).contains(QLatin1String(".."))) return absolute;
     return toQString(Paths::plain(toPath(absolute)));
 }

@@ -354,9 +354,9 @@ QString ModelController::trainedQuality() const {
     const auto& start = bundle()->metadata.start;
     const auto* const quality =
         std::ranges::find(allQualities, steps, start ? &QualityInfo::stepsFromStart : &QualityInfo::steps);
-    const QString effort = quality != allQualities.end() ? text(quality->label)
-                           : steps == 1                  ? QStringLiteral("1 step")
-                                                         : QStringLiteral("%1 steps").arg(steps);
+    QString effort = quality != allQualities.end() ? text(quality->label)
+                     : steps == 1                  ? QStringLiteral("1 step")
+                                                   : QStringLiteral("%1 steps").arg(steps);
     if (!start) return effort;
     return effort + (start->kind == ModelStart::Kind::headStart
                          ? QStringLiteral(" from a head start")

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <compare>
 #include <functional>
+#include <tuple>
 #include <utility>
 
 #include "QuillmereCore/Util/Failure.h"
@@ -182,7 +182,9 @@ std::vector<LatentDraw::Source> LatentMap::blendAt(MapPlace place) const {
         double distance;
         std::size_t clip;
 
-        auto operator<=>(const Near&) const = default;
+        bool operator<(const Near& other) const {
+            return std::tie(distance, clip) < std::tie(other.distance, other.clip);
+        }
     };
     std::vector<Near> near;
     for (std::size_t clip = 0; clip < places_.size(); ++clip) {
@@ -191,7 +193,7 @@ std::vector<LatentDraw::Source> LatentMap::blendAt(MapPlace place) const {
         near.push_back({std::sqrt(x * x + y * y), clip});
     }
     const std::size_t kept = std::min(most + 1, near.size());
-    std::ranges::partial_sort(near, near.begin() + static_cast<std::ptrdiff_t>(kept));
+    std::partial_sort(near.begin(), near.begin() + static_cast<std::ptrdiff_t>(kept), near.end());
     near.resize(kept);
     const double reach = kept > most ? 1 / near[most].distance : 0;  // infinite where five are at one place
     near.resize(std::min(most, kept));

@@ -62,7 +62,10 @@ void addScales(Drawing& drawing, const View& view) {
                                   Drawing::Anchor::middle});
     }
     // The same distance upwards, because the units are the same.
-    for (double mark = std::ceil(view.bottom() / distance) * distance; mark <= view.top(); mark += distance) {
+    const auto lowest = static_cast<int>(std::ceil(view.bottom() / distance));
+    const auto highest = static_cast<int>(std::floor(view.top() / distance));
+    for (int i = lowest; i <= highest; ++i) {
+        const double mark = i * distance;
         const double y = view.pointOf({0, mark}).y;
         addAxis(drawing, {field.x, y}, {field.x + field.width, y});
         drawing.add(Drawing::Text{

@@ -52,8 +52,9 @@ Drawing ContactSheet::draw() const {
                             Drawing::Anchor::end});
     const SoundPictures::MelPainter painter(sampleRate, seconds, static_cast<std::size_t>(cellWidth));
     for (std::size_t i = 0; i < cells.size(); ++i) {
-        const auto column = static_cast<double>(i % columns);
-        const auto row = static_cast<double>(i / columns);
+        const std::size_t line = i / columns;
+        const auto row = static_cast<double>(line);
+        const auto column = static_cast<double>(i - line * columns);
         sheet.addDrawing(cellDrawing(cells[i], painter, sampleRate, seconds),
                          {margin + column * (cellWidth + gap), headHeight + row * (cellHeight + gap)});
     }
