@@ -70,7 +70,8 @@ private slots:
         const DeadMount mount;
         const FolderLooks looks = mount.looks(20ms);
         QVERIFY(looks.at("/dead/folder").kind == Place::Kind::noAnswer);
-        QVERIFY(looks.at("/alive").kind == Place::Kind::folder);
+        // On a busy machine a healthy look may outlast such a short patience, too.
+        QVERIFY(QTest::qWaitFor([&] { return isFolder(looks, "/alive"); }));
     }
 
     void looksOnceAtAPathAndDoesNotWaitForItAgain() {
@@ -82,7 +83,7 @@ private slots:
         for (int i = 0; i < 1000; ++i)
             QVERIFY(looks.at("/dead").kind == Place::Kind::noAnswer);
         QVERIFY(clock.elapsed() < 300 * 100);
-        QCOMPARE(mount.hanging->load(), 1);
+        QTRY_COMPARE(mount.hanging->load(), 1);
     }
 
     void sharesALookAmongThoseWhoWait() {
@@ -111,10 +112,16 @@ private slots:
     void leavesOnlySoManyThreadsBehind() {
         const DeadMount mount;
         const FolderLooks looks = mount.looks(1ms);
-        for (std::size_t i = 0; i < 3 * FolderLooks::mostLooks; ++i)
-            QVERIFY(!isFolder(looks, "/dead" + std::to_string(i)));
-        // The last threads may still be on their way.
-        QTRY_COMPARE(static_cast<std::size_t>(mount.hanging->load()), FolderLooks::mostLooks);
+        int asked = 0;
+        const auto askAnother = [&] { return isFolder(looks, "/dead" + std::to_string(asked++)); };
+        const auto all = [&] {
+            return static_cast<std::size_t>(mount.hanging->load()) == FolderLooks::mostLooks;
+        };
+        QVERIFY(QTest::qWaitFor([&] { return askAnother() || all(); }, 60'000));
+        for (std::size_t i = 0; i < 2 * FolderLooks::mostLooks; ++i)
+            QVERIFY(!askAnother());
+        QTest::qWait(50);  // for a thread too many to arrive
+        QVERIFY(all());
     }
 
     void aFolderThatHangsAnswersForAllInIt() {
@@ -122,8 +129,9 @@ private slots:
         const FolderLooks looks = mount.looks(20ms);
         for (std::size_t i = 0; i < 3 * FolderLooks::mostLooks; ++i)
             QVERIFY(!isFolder(looks, "/dead/" + std::to_string(i) + "/below"));
-        QCOMPARE(mount.hanging->load(), 1);
-        QVERIFY(isFolder(looks, "/alive/well"));
+        QVERIFY(QTest::qWaitFor([&] { return isFolder(looks, "/alive/well"); }));
+        QVERIFY(!isFolder(looks, "/dead/again"));
+        QTRY_COMPARE(mount.hanging->load(), 1);
     }
 
     void findsTheNearestFolderAbove() {
