@@ -352,6 +352,7 @@ WindowCase {
     }
     function test_takenNameIsToldWhileTyping() {
         app.character.saveOwnPreset("Taken");
+        tryVerify(() => has("preset-Taken"), limit);
         click("savePreset");
         tryVerify(() => focusName() === "presetName", limit);
         for (const letter of "Taken")
