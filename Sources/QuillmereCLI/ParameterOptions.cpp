@@ -7,26 +7,13 @@
 #include <random>
 
 #include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/ParameterNames.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
 namespace {
-
-std::vector<std::string> presetNames() {
-    std::vector<std::string> names;
-    for (const Preset& preset : Preset::all())
-        names.emplace_back(preset.name);
-    return names;
-}
-
-std::vector<std::string> parameterIDs() {
-    std::vector<std::string> ids;
-    for (const ParameterSpec& spec : Aesthetics::specs())
-        ids.emplace_back(spec.id);
-    return ids;
-}
 
 std::vector<std::string> formatNames() {
     std::vector<std::string> names;

@@ -1,13 +1,13 @@
 #include "QuillmereCLI/Wording.h"
 
 #include <unicode/uchar.h>
-#include <unicode/utf8.h>
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 
 #include "QuillmereCore/Util/Text.h"
+#include "QuillmereCore/Util/Unicode.h"
 
 namespace quillmere::cli {
 namespace {
@@ -34,16 +34,6 @@ std::string escaped(UChar32 character) {
     const auto value = static_cast<std::uint32_t>(character);
     if (value < 0x80U) return hexadecimal("\\x", value, 2);
     return value < 0x10000U ? hexadecimal("\\u", value, 4) : hexadecimal("\\U", value, 8);
-}
-
-// The character that begins at next, negative for bytes that are none; next moves behind it.
-UChar32 takeCharacter(std::string_view text, std::size_t& next) {
-    UChar32 character = 0;
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"  // inside the macro
-    U8_NEXT(text.data(), next, text.size(), character);
-#pragma GCC diagnostic pop
-    return character;
 }
 
 bool isHarmless(UChar32 character) {

@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "QuillmereCore/Generate/Aesthetics.h"
+#include "QuillmereCLI/ParameterNames.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere::cli {
@@ -16,20 +16,6 @@ const CLI::Formatter& formatterOf(const CLI::App& app) {
     const auto* const formatter = dynamic_cast<const CLI::Formatter*>(app.get_formatter().get());
     require(formatter != nullptr, "the help has a formatter of its own kind");
     return *formatter;
-}
-
-std::vector<std::string> presetNames() {
-    std::vector<std::string> names;
-    for (const Preset& preset : Preset::all())
-        names.emplace_back(preset.name);
-    return names;
-}
-
-std::vector<std::string> parameterIDs() {
-    std::vector<std::string> ids;
-    for (const ParameterSpec& spec : Aesthetics::specs())
-        ids.emplace_back(spec.id);
-    return ids;
 }
 
 // "auto|cpu|gpu|INDEX|NAME": auto, cpu and gpu. Capitals stand for something else.

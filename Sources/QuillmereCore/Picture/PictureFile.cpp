@@ -2,7 +2,7 @@
 
 #include <cairo.h>
 #include <openssl/evp.h>
-#include <unicode/utf8.h>
+#include <unicode/utypes.h>
 
 #include <algorithm>
 #include <array>
@@ -18,6 +18,7 @@
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
+#include "QuillmereCore/Util/Unicode.h"
 
 namespace quillmere::PictureFile {
 namespace {
@@ -30,16 +31,6 @@ constexpr const char* fontFamily = "sans-serif";
 bool isPossible(UChar32 character) {
     if (character < 0x20) return character == '\t' || character == '\n' || character == '\r';
     return character != 0xFFFE && character != 0xFFFF;
-}
-
-// The character that begins at next, negative for bytes that are none; next moves behind it.
-UChar32 takeCharacter(std::string_view text, std::size_t& next) {
-    UChar32 character = 0;
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wconversion"  // inside the macro
-    U8_NEXT(text.data(), next, text.size(), character);
-#pragma GCC diagnostic pop
-    return character;
 }
 
 // text with replacement characters for what is no UTF-8 or no character of XML.
