@@ -21,6 +21,9 @@ FOLDER = Path(sys.argv[1] if len(sys.argv) > 1 else Path(__file__).parent.parent
 RAMP_FRAMES = 1003
 RAMP_RATE = 22050
 
+# Three packets of ALAC, the last of which is shorter.
+PACKETS_FRAMES = 2 * 4096 + 100
+
 # A swept sine with a soft beginning and end, for codecs that keep what is heard and not the samples.
 SWEEP_FRAMES = 8011
 SWEEP_RATE = 44100
@@ -121,6 +124,7 @@ def lossless():
     for frames in (1, 10):
         for extension, codec in (("wav", "pcm_s16le"), ("aif", "pcm_s16be"), ("flac", "flac")):
             encode(f"frames{frames}-mono.{extension}", ramps(1, 16, frames), RAMP_RATE, 1, f"-c:a {codec}")
+    encode("packets-mono.m4a", ramps(1, 16, PACKETS_FRAMES), RAMP_RATE, 1, "-c:a alac -sample_fmt s16p")
     encode_stream("unknown-length-mono.wav", ramps(1, 16), RAMP_RATE, "-c:a pcm_s16le -f wav")
     encode_stream("unknown-length-mono.flac", ramps(1, 16), RAMP_RATE, "-c:a flac -f flac")
 

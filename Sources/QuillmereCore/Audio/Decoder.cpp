@@ -590,6 +590,12 @@ private:
         if (length == 0) nextPosition_.reset();
     }
 
+    // Each packet of ALAC is decoded by itself and has its length in the container; damage can look like its
+    // end.
+    [[nodiscard]] bool comesShort(const AVPacket& packet, std::int64_t frames) const {
+        return input_.codec().id == AV_CODEC_ID_ALAC && frames < input_.durationOf(packet);
+    }
+
     // A packet that cannot be decoded is left out, as players do, and silence stands in for it.
     void send(const AVPacket* packet) {
         const std::int64_t before = decoded_;
@@ -600,6 +606,8 @@ private:
             av_frame_unref(frame_.get());
         }
         if (code == AVERROR(EAGAIN) || code == AVERROR_EOF || ended_) code = 0;
+        if (code == 0 && packet != nullptr && comesShort(*packet, decoded_ - before))
+            code = AVERROR_INVALIDDATA;
         if (sendCode >= 0 && code >= 0) return;
         note(sendCode < 0 ? sendCode : code);
         if (packet != nullptr && decoded_ == before) pendingSilence_ += packetFrames();

@@ -95,6 +95,16 @@ TEST(DamagedAudio, ALosslessFileWithAHoleIsUnreadable) {
     EXPECT_EQ(failureOf("x.flac", whole.substr(0, 700) + whole.substr(1300)), reason) << "bytes taken out";
 }
 
+TEST(DamagedAudio, AnALACFileWithADamagedPacketIsUnreadable) {
+    // The second of three packets
+    constexpr std::size_t begin = 7724;
+    constexpr std::size_t end = 15564;
+    for (const char value : {'\0', '\x55', '\xFF'})
+        EXPECT_EQ(failureOf("x.m4a", overwritten("packets-mono.m4a", begin, end, value)),
+                  "Could not read x.m4a: it is damaged in the middle");
+    EXPECT_EQ(AudioIO::readMono(audioFixture("packets-mono.m4a")).samples.size(), 8292U);
+}
+
 TEST(DamagedAudio, ALosslessFileWithoutItsEndIsReadAndSaidToBeTruncated) {
     const std::vector<float> whole = AudioIO::readMono(audioFixture("flac16-mono.flac")).samples;
     const std::string bytes = readText(audioFixture("flac16-mono.flac"));
