@@ -47,7 +47,8 @@ JSON toJSON(const ComputeDevice& device, std::size_t index, bool isAutomatic) {
 
 void listDevices(Console& console) {
     const std::vector<ComputeDevice> devices = GPU::shared().machine().list();
-    const ComputeDevice& automatic = network::DeviceChoice().in(devices);
+    const network::DeviceChoice choice;
+    const ComputeDevice& automatic = choice.in(devices);
     JSON list = JSON::array();
     for (std::size_t index = 0; index < devices.size(); ++index) {
         const ComputeDevice& device = devices[index];

@@ -85,7 +85,7 @@ TEST_F(Map, APlaceIsAValueThatOneCanType) {
     const cli::JSON result = made.event("result");
     EXPECT_NEAR(result["at"]["x"].get<double>(), clip["x"].get<double>(), 1e-6);
     const Recipe first = recipeOf(result["files"][0]);
-    EXPECT_EQ(first.sources.at(0).name, clip["name"]);
+    EXPECT_EQ(first.sources.at(0).name, clip["name"].get<std::string>());
     EXPECT_GT(first.sources.at(0).weight, 0.999);
     EXPECT_EQ(first.lineage->way, "place");
     EXPECT_EQ(first.lineage->values.at("closeness"), 1);

@@ -30,11 +30,11 @@ cli::CommandReference reference() {
     return cli::referenceOf(*cli::commandTree(invocation));
 }
 
-const cli::CommandReference& commandNamed(const cli::CommandReference& root, const std::string& page) {
+const cli::CommandReference& commandNamed(const cli::CommandReference& root, std::string_view page) {
     for (const cli::CommandReference* command : cli::allCommands(root)) {
         if (command->pageName() == page) return *command;
     }
-    throw std::runtime_error("no command " + page);
+    throw std::runtime_error("no command " + std::string(page));
 }
 
 const cli::OptionReference& optionNamed(const cli::CommandReference& command, const std::string& name) {

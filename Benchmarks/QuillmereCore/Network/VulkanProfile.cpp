@@ -124,7 +124,8 @@ void run(int argc, char** argv) {
     app.add_flag("--tiles", tiles, "Time the step for many tiles instead");
     app.parse(argc, argv);
     const auto devices = GPU::shared().machine().list();
-    const auto& device = network::DeviceChoice::fromOption(work.device).in(devices);
+    const auto choice = network::DeviceChoice::fromOption(work.device);
+    const network::ComputeDevice& device = choice.in(devices);
     if (device.type == network::ComputeDevice::Type::processor)
         throw network::DeviceError("This is for graphics processors.");
     tiles ? sweep(work, device) : profile(work, device);
