@@ -30,6 +30,7 @@
 #include <string>
 
 #include "QuillmereApp/AppModel.h"
+#include "QuillmereApp/ClosingLimit.h"
 #include "QuillmereApp/DebugHooks.h"
 #include "QuillmereApp/GraphicsDevice.h"
 
@@ -173,6 +174,7 @@ int run(int argc, char** argv) {
     QQuickStyle::setStyle(QStringLiteral("Basic"));
 
     const QuitSignals quitSignals;
+    ClosingLimit closing;  // outlives the model, whose end waits for its work
     AppModel model;
     if (!arguments->folder.empty())
         model.setCorpus(
@@ -186,7 +188,9 @@ int run(int argc, char** argv) {
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
     if (engine.rootObjects().isEmpty()) refuse("The window could not be loaded.");
     DebugHooks::install(model);
-    return QGuiApplication::exec();
+    status = QGuiApplication::exec();
+    closing.begin(status);
+    return status;
 }
 
 }  // namespace

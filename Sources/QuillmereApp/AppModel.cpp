@@ -29,7 +29,7 @@ AppModel::AppModel(Environment environment, QObject* parent)
 }
 
 AppModel::~AppModel() {
-    cancel();  // all runs at once, before the first of them is waited for
+    cancelAll();  // at once, before the first of them is waited for
 }
 
 // ---- Connections
@@ -146,6 +146,15 @@ void AppModel::activityOfControllersChanged() {
 // ---- What concerns several subjects
 
 void AppModel::cancel() {
+    // An audition while the model is learned was begun last: the learning goes on without it.
+    if (generation_.isAuditioning() && model_.isTraining()) {
+        generation_.cancel();
+    } else {
+        cancelAll();
+    }
+}
+
+void AppModel::cancelAll() {
     model_.cancelTraining();
     model_.cancelLoading();
     generation_.cancel();

@@ -146,6 +146,7 @@ private:
     void filesGone(int files);
     void modelChanged();
     void activityOfControllersChanged();
+    void cancelAll();
     void stopWhatIsNotShown();
     void setError(const QString& message);
 

@@ -31,6 +31,7 @@ Session::Session(Preferences& preferences, ModelController& model, CharacterCont
                  OutputController& output)
     : preferences_(preferences), model_(model), character_(character), output_(output) {
     restore();
+    storedCharacter_ = currentCharacter();
     storeSoon_.setSingleShot(true);
     storeSoon_.setInterval(500ms);
     connect(&storeSoon_, &QTimer::timeout, this, &Session::store);
@@ -56,10 +57,7 @@ void Session::watchAll() {
           [this] { preferences_.setValue(analysisKey, text(rawValue(model_.analysis()))); });
     watch(model_, &ModelController::startChanged, startKey,
           [this] { preferences_.setValue(startKey, startNames.at(model_.startIndex())); });
-    watch(character_, &CharacterController::presetChanged, presetKey, [this] {
-        preferences_.setValue(parametersKey, QString::fromStdString(encodePreset(character_.aesthetics())));
-        preferences_.setValue(presetKey, character_.presetName());
-    });
+    watch(character_, &CharacterController::presetChanged, presetKey, [this] { storeCharacter(); });
     watch(character_, &CharacterController::seedTextChanged, seedKey,
           [this] { preferences_.setValue(seedKey, character_.seedText()); });
     watch(output_, &OutputController::formatChanged, formatKey,
@@ -98,6 +96,19 @@ void Session::restoreCharacter() {
     } catch (const Failure&) {
         return;  // edited by hand, or of a program to come: the defaults do
     }
+}
+
+Session::Character Session::currentCharacter() const {
+    return {QString::fromStdString(encodePreset(character_.aesthetics())), character_.presetName()};
+}
+
+// The presets also change when those in the folder have been read, and then nobody has set anything.
+void Session::storeCharacter() {
+    const Character now = currentCharacter();
+    if (now == storedCharacter_) return;
+    preferences_.setValue(parametersKey, now.first);
+    preferences_.setValue(presetKey, now.second);
+    storedCharacter_ = now;
 }
 
 void Session::store() {

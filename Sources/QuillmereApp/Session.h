@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <functional>
 #include <map>
+#include <utility>
 
 #include "QuillmereApp/Controllers/CharacterController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
@@ -28,9 +29,12 @@ public:
 
 private:
     using Store = std::function<void()>;
+    using Character = std::pair<QString, QString>;  // parameters and name of the preset, as they are stored
 
     void restore();
     void restoreCharacter();
+    void storeCharacter();
+    [[nodiscard]] Character currentCharacter() const;
     void watchAll();
     // store is to be called some time after changed.
     template <typename Sender>
@@ -43,6 +47,7 @@ private:
     OutputController& output_;
     QTimer storeSoon_;
     std::map<QString, Store> changed_;  // what is to be stored, by its key
+    Character storedCharacter_;         // as restored or last stored
 };
 
 }  // namespace quillmere

@@ -275,11 +275,10 @@ private slots:
 
     void aCorpusWithoutAReadableFileIsToldOfWhenItIsLearned() {
         TestWorld world;
-        const QUrl corpus = world.makeCorpus("corpus", 20, 0.01);
-        world.inTheMidst(Run::scan, 0, [&] { QDir(world.path("corpus")).removeRecursively(); });
+        for (int i = 0; i < 20; ++i)
+            TestWorld::write(world.path(QStringLiteral("corpus/%1.wav").arg(i)), "no sound");
         AppModel app(world.environment);
-        prepare(app, corpus);
-        QVERIFY(!QFileInfo::exists(world.path("corpus")));
+        prepare(app, world.url("corpus"));
         QCOMPARE(app.corpus()->unreadable(), 20);
         QVERIFY(!app.model()->isReady());
         QCOMPARE(app.errorMessage(), QString());
@@ -301,19 +300,36 @@ private slots:
         prepare(app, corpus);
         QCOMPARE(app.corpus()->unreadable(), 3);
         QSignalSpy notices(&app, &AppModel::notice);
-        QVERIFY(QFile::remove(world.path("corpus/hit1.wav")) && QFile::remove(world.path("corpus/hit4.wav")));
-        app.train();
-        QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
-        QCOMPARE(
-            notices.takeFirst().at(0).toString(),
-            QStringLiteral("2 files are gone since the scan. The folder is scanned again; start once more "
-                           "then."));
-        QVERIFY(waitUntilIdle(app));
-        QCOMPARE(app.corpus()->fileCount(), 6);
+        for (const QStringList& gone :
+             {QStringList{"corpus/hit1.wav"}, {"corpus/hit2.wav", "corpus/hit4.wav"}}) {
+            for (const QString& name : gone)
+                QVERIFY(QFile::remove(world.path(name)));
+            app.train();
+            QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
+            QCOMPARE(notices.takeFirst().at(0).toString(),
+                     (gone.size() == 1 ? QStringLiteral("1 file is") : QStringLiteral("2 files are")) +
+                         " gone since the scan. The folder is scanned again; start once more then.");
+            QVERIFY(waitUntilIdle(app));
+        }
+        QCOMPARE(app.corpus()->fileCount(), 5);
         QVERIFY(!app.model()->isReady());
         app.train();
         QVERIFY(waitUntilIdle(app));
         QVERIFY(app.model()->isReady());
+    }
+
+    void aCorpusThatIsGoneAltogetherIsToldOfAndLookedForAgain() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepare(app, world.makeCorpus("corpus", 3));
+        QSignalSpy notices(&app, &AppModel::notice);
+        QVERIFY(QDir(world.path("corpus")).removeRecursively());
+        app.train();
+        QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
+        QVERIFY(notices.takeFirst().at(0).toString().startsWith("3 files are gone since the scan."));
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(!app.corpus()->hasSummary());
+        QCOMPARE(app.errorMessage(), world.path("corpus") + " is not a folder");
     }
 
     void aScanThatFailedLeavesAReasonAndAWayOn() {
@@ -407,6 +423,22 @@ private slots:
         QTRY_VERIFY(TestWorld::read(world.environment.settingsFile).contains("seed=42"));
     }
 
+    void presetsThatAreReadLaterAreNothingThatWasSet() {
+        TestWorld world;
+        {
+            AppModel app(world.environment);
+            app.character()->saveOwnPreset("Mine");
+            QTRY_COMPARE(app.character()->presets()->count(), 9);
+        }
+        world.writePreferences("count=7\n");
+        const QByteArray before = TestWorld::read(world.environment.settingsFile);
+        {
+            AppModel app(world.environment);
+            QTRY_COMPARE(app.character()->presets()->count(), 9);
+        }
+        QCOMPARE(TestWorld::read(world.environment.settingsFile), before);
+    }
+
     void aSessionThatMakesNoSenseIsForgotten_data() {
         QTest::addColumn<QByteArray>("lines");
         QTest::newRow("names") << QByteArray("quality=best\nanalysis=x\nformat=mp3\n");
@@ -452,6 +484,31 @@ private slots:
         app.audition();
         QVERIFY(waitUntilIdle(app));
         QVERIFY(TestWorld::read(app.generation()->auditionURL().toLocalFile()) != before);
+    }
+
+    // Who wants silence does not lose what is being learned.
+    void cancellingAnAuditionLeavesTheLearningAlone() {
+        TestWorld world;
+        writeHeadStart(world.environment.headStartFolder);
+        Gate learning;
+        world.inTheMidst(Run::training, 1, [&] { learning.pass(); });
+        AppModel app(world.environment);
+        app.model()->setStartIndex(1);
+        prepare(app, world.makeCorpus("Drums"));
+        learning.close();
+        app.train();
+        QVERIFY(QTest::qWaitFor([&] { return app.generation()->canAudition(); }, 30000));
+        app.audition();
+        app.cancel();
+        QVERIFY(app.generation()->isCancelling());
+        QVERIFY(QTest::qWaitFor([&] { return !app.generation()->isAuditioning(); }, 30000));
+        QVERIFY(app.playingURL().isEmpty());
+        QVERIFY(app.isTraining() && !app.model()->isCancelling());
+        app.cancel();
+        QVERIFY(app.model()->isCancelling());
+        learning.open();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(!app.model()->isReady());
     }
 
     void aHeadStartThatIsMissingIsTheAuditionsError() {

@@ -99,6 +99,7 @@ void GenerationController::begin(Returned returned) {
     const auto folder = links_.outputFolder();
     if (!folder) {
         emit errorRaised(QStringLiteral("Choose an output folder first."));
+        emit outputFolderMissing();
         returned();
         return;
     }
@@ -183,7 +184,10 @@ void GenerationController::ended(Ended run, const QUrl& folder) {
 }
 
 void GenerationController::endedEarly(TaskFailure failure, int files) {
-    const QString written = QStringLiteral("%1 of %2 variations written.").arg(files).arg(total_);
+    const QString written = (total_ == 1 ? QStringLiteral("%1 of %2 variation written.")
+                                         : QStringLiteral("%1 of %2 variations written."))
+                                .arg(files)
+                                .arg(total_);
     if (failure.kind == TaskFailure::Kind::cancelled) {
         emit notice(QStringLiteral("Cancelled: ") + written);
     } else if (files > 0) {

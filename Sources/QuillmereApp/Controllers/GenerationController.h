@@ -107,6 +107,8 @@ signals:
     void isWaitingChanged();
     // The user wants a generation or an audition: time to take what is being typed.
     void commanded();
+    // A generation needs a folder to write to: time to lead the user to where it is set.
+    void outputFolderMissing();
     // A generation is about to start.
     void generationStarting();
     // A generation has ended well: something to announce.

@@ -23,15 +23,13 @@ int clampedToInt(std::int64_t value) {
 }
 
 // Files that the scan has found and that are there no longer. One of them is enough to make another corpus
-// of the folder, and nobody would find a model under the fingerprint of this one. None where all are gone:
-// then there is nothing to learn, which the training says.
+// of the folder, and nobody would find a model under the fingerprint of this one.
 int goneFiles(const CorpusSummary& summary) {
     const auto isGone = [](const CorpusFile& file) {
         std::error_code unknown;  // then it may be there
         return std::filesystem::status(file.url, unknown).type() == std::filesystem::file_type::not_found;
     };
-    const auto gone = std::ranges::count_if(summary.files, isGone);
-    return gone < summary.fileCount() ? static_cast<int>(gone) : 0;
+    return static_cast<int>(std::ranges::count_if(summary.files, isGone));
 }
 
 // To be called in the background. With the sounds of the corpus, if that is what the model has learned.

@@ -44,15 +44,18 @@ FocusScope {
     }
 
     // A field hands on what is typed when it loses the keyboard.
+    function takeWhatIsTyped() {
+        const field = content.Window.activeFocusItem as TextInput;
+        if (!field)
+            return;
+        elsewhere.forceActiveFocus(Qt.OtherFocusReason);
+        field.forceActiveFocus(Qt.OtherFocusReason);
+    }
     Connections {
         target: content.app.generation
 
         function onCommanded() {
-            const field = content.Window.activeFocusItem as TextInput;
-            if (!field)
-                return;
-            elsewhere.forceActiveFocus(Qt.OtherFocusReason);
-            field.forceActiveFocus(Qt.OtherFocusReason);
+            content.takeWhatIsTyped();
         }
     }
     Item {

@@ -36,7 +36,12 @@ Dialog {
             width: parent.width - up.width - Theme.inner
             text: chooser.browser.path
             Accessible.name: "Folder"
+            // The first Return goes there, the next one uses it.
             onAccepted: {
+                if (text === chooser.browser.path) {
+                    chooser.use();
+                    return;
+                }
                 chooser.browser.goTo(text);
                 text = Qt.binding(() => chooser.browser.path);
             }

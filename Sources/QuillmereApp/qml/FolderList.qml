@@ -3,7 +3,8 @@ pragma ComponentBehavior: Bound
 import QtQuick
 import QuillmereApp
 
-// The folders in a folder. A click goes into one; arrow keys and Return do, too, and Backspace goes up.
+// The folders in a folder. A click goes into one; arrow keys and Return do, too, and Backspace goes up. Letters lead to
+// the first folder that begins with them, as in a file manager.
 Rectangle {
     id: frame
 
@@ -32,6 +33,20 @@ Rectangle {
         Accessible.role: Accessible.List
         Accessible.name: "Folders"
 
+        property string typed  // within a second
+
+        function find(text: string) {
+            typed += text.toLocaleLowerCase();
+            forgetting.restart();
+            const found = frame.browser.names.findIndex(name => name.toLocaleLowerCase().startsWith(typed));
+            if (found >= 0)
+                currentIndex = found;
+        }
+        Timer {
+            id: forgetting
+            interval: 1000
+            onTriggered: list.typed = ""
+        }
         function enterCurrent() {
             if (currentIndex >= 0)
                 frame.browser.enter(frame.browser.names[currentIndex]);
@@ -41,6 +56,9 @@ Rectangle {
         Keys.onPressed: event => {
             if (event.key === Qt.Key_Backspace) {
                 frame.browser.goUp();
+                event.accepted = true;
+            } else if (event.text >= " " && !(event.modifiers & (Qt.ControlModifier | Qt.AltModifier))) {
+                find(event.text);
                 event.accepted = true;
             }
         }
@@ -62,7 +80,7 @@ Rectangle {
         width: list.width
         height: 28
         radius: Theme.controlRadius - 3
-        color: pointer.containsMouse || (list.activeFocus && ListView.isCurrentItem) ? Theme.controlHover : "transparent"
+        color: list.activeFocus && ListView.isCurrentItem ? Theme.accentSoft : pointer.containsMouse ? Theme.controlHover : "transparent"
 
         Accessible.role: Accessible.ListItem
         Accessible.name: modelData

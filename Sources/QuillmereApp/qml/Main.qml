@@ -53,6 +53,7 @@ T.ApplicationWindow {
     }
 
     onClosing: close => {
+        content.takeWhatIsTyped();
         if (!app.model.isTraining || leaving)
             return;
         close.accepted = false;

@@ -15,6 +15,14 @@ Card {
     number: "3"
     title: "Output"
 
+    Connections {
+        target: card.app.generation
+
+        function onOutputFolderMissing() {
+            path.forceActiveFocus(Qt.TabFocusReason);
+        }
+    }
+
     Column {
         width: card.bodyWidth
         spacing: Theme.tight

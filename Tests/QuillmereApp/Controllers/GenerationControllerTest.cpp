@@ -287,25 +287,31 @@ private slots:
         studio.count = 2;
         generateAndWait(studio);
         const QStringList before = fileNames(studio.runs);
-        studio.holdGenerator.close();
-        studio.runs.generate();
-        studio.runs.cancel();
-        studio.holdGenerator.open();
-        QVERIFY(waitUntilEnded(studio.runs));
-        QCOMPARE(fileNames(studio.runs), before);
-        QCOMPARE(studio.told.notices, QStringList("Cancelled: 0 of 2 variations written."));
+        for (const int count : {2, 1}) {
+            studio.count = count;
+            studio.holdGenerator.close();
+            studio.runs.generate();
+            studio.runs.cancel();
+            studio.holdGenerator.open();
+            QVERIFY(waitUntilEnded(studio.runs));
+            QCOMPARE(fileNames(studio.runs), before);
+        }
+        QCOMPARE(studio.told.notices, QStringList({"Cancelled: 0 of 2 variations written.",
+                                                   "Cancelled: 0 of 1 variation written."}));
     }
 
     void needsAnOutputFolder() {
         TestWorld world;
         Studio studio(world);
         studio.folder.reset();
+        QSignalSpy missing(&studio.runs, &GenerationController::outputFolderMissing);
         for (const bool hasModel : {true, false}) {
             studio.runs.setSupplies({.corpusIsChosen = true, .hasSummary = true, .hasModel = hasModel});
             bool returned = false;
             studio.runs.generate([&] { returned = true; });
             QVERIFY(returned);
             QCOMPARE(studio.told.error, QStringLiteral("Choose an output folder first."));
+            QCOMPARE(missing.count(), hasModel ? 1 : 2);
             QVERIFY(!studio.runs.isGenerating());
             QVERIFY(!studio.training);
         }

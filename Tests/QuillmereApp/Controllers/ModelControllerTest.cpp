@@ -331,16 +331,18 @@ private slots:
         QVERIFY2(clock.elapsed() < 5000, "waits for a step, not for the whole run");
     }
 
-    void saysThatADeletedCorpusCannotBeLearned() {
+    void saysThatTheFilesOfADeletedCorpusAreGone() {
         TestWorld world;
         const QUrl corpus = world.makeCorpus("corpus");
         Learner learner(world);
         ModelController& model = learner.model;
         learner.open(corpus);
         QVERIFY(QDir(corpus.toLocalFile()).removeRecursively());
+        QSignalSpy gone(&model, &ModelController::filesGone);
         model.train();
         QVERIFY(waitUntilLearned(model));
-        QCOMPARE(learner.told.error, QStringLiteral("No usable audio files were found in that folder."));
+        QCOMPARE(gone.count(), 1);
+        QCOMPARE(gone.first().at(0).toInt(), 3);
         QVERIFY(!model.isTraining());
     }
 

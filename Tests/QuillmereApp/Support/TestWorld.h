@@ -79,7 +79,7 @@ public:
         environment.temporaryFolder = toPath(path("tmp"));
         environment.homeFolder = path("home");
         environment.followDesktop = false;
-        environment.adjustTraining = [this](TrainingOptions options) {
+        environment.adjustTraining = [this](const TrainingOptions& options) {
             requestedTraining = options;
             return tiny(options);
         };

@@ -214,6 +214,9 @@ private:
                 return;
             case Step::dragging:
                 if (program_.app->isGenerating()) return;
+                // The run has ended, and the row that is dragged is still what it was.
+                if (program_.app->results()->urlAt(done_ % Program::files).toLocalFile() != wanted_)
+                    failure_ = QStringLiteral("the row of drag %1 has changed").arg(done_);
                 move(targetMiddle);
                 next(Step::overTarget);
                 return;

@@ -39,6 +39,51 @@ WindowCase {
         tryVerify(() => !has("chooserPath"), limit);
         verify(!app.corpus.isChosen);
     }
+    function test_showsWhereTheKeyboardIs() {
+        app.appearance.mode = Appearance.Light;
+        openForTheCorpus();
+        const folders = item("chooserFolders");
+        tryCompare(folders, "activeFocus", true, limit);
+        tryVerify(() => Stage.countPixels(folders, Theme.accentSoft) > 500, limit);
+        for (const name of ["chooserPath", "chooserUp", "newFolderName", "cancelChooser", "chooserFolders"]) {
+            const place = item(name);
+            const frame = name === "chooserFolders" || name.endsWith("Path") || name.endsWith("Name") ? place.parent : place;
+            focusOn(name);
+            const shown = Stage.countPixels(frame, Theme.accent);
+            focusOn(name === "cancelChooser" ? "chooserUp" : "cancelChooser");
+            verify(shown >= Stage.countPixels(frame, Theme.accent) + 20, name);
+        }
+    }
+    function test_lettersLeadToAFolder() {
+        Stage.makeCorpus("home/loops", 1);
+        Stage.makeCorpus("home/kits", 1);
+        Stage.makeCorpus("home/Kicks", 1);
+        app.corpus.openChooser();
+        tryVerify(() => has("folder-loops"), limit);
+        const folders = item("chooserFolders");
+        tryCompare(folders, "activeFocus", true, limit);
+        const letters = { "l": "loops", "k": "Kicks" };
+        for (const letter in letters) {
+            folders.typed = "";
+            keyClick(letter);
+            compare(app.browser.names[folders.currentIndex], letters[letter]);
+        }
+        keyClick("i");
+        keyClick("t");
+        compare(app.browser.names[folders.currentIndex], "kits");
+        keyClick(Qt.Key_Return);
+        tryCompare(item("chooserPath"), "text", "~/kits", limit);
+    }
+    function test_secondReturnUsesTheTypedFolder() {
+        openForTheCorpus();
+        type("chooserPath", "~/kits/Kicks");
+        keyClick(Qt.Key_Return);
+        verifySeen("12 audio files in this folder.");
+        verify(!app.corpus.isChosen);
+        keyClick(Qt.Key_Return);
+        tryCompare(app.corpus, "name", "Kicks", limit);
+        idle();
+    }
     function test_typedPath() {
         openForTheCorpus();
         type("chooserPath", "~/kits/Kicks");

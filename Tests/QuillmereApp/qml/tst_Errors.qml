@@ -15,6 +15,12 @@ WindowCase {
         tryVerify(() => !has("errorBanner"), limit);
         compare(app.errorMessage, "");
     }
+    function test_missingFolderTakesTheKeyboardToItsField() {
+        scanned(3);
+        focusOn("generate");
+        generateNowhere();
+        tryVerify(() => focusName() === "outputPath", limit);
+    }
     function test_copy() {
         scanned(3);
         generateNowhere();

@@ -144,7 +144,7 @@ WindowCase {
         return app.generation.results.rowOf(app.playback.playingURL);
     }
     function test_spacePlaysWhereverTheKeyboardIs_data() {
-        return ["generate", "train", "chooseCorpus", "preset-Wild", "lock-pitch", "quality-0", "slider-drift", "appearance", "results"].map(name => ({
+        return ["generate", "train", "chooseCorpus", "preset-Wild", "lock-pitch", "quality-0", "slider-drift", "appearance", "analysis", "start", "format", "device", "detail", "results"].map(name => ({
                         "tag": name
                     }));
     }
@@ -220,6 +220,12 @@ WindowCase {
         tryVerify(() => !window.visible, limit);
         app.cancel();
         idle();
+    }
+    function test_closingTakesTheTypedCount() {
+        type("countInput", "7");
+        keyClick(Qt.Key_Q, Qt.ControlModifier);
+        tryVerify(() => !window.visible, limit);
+        compare(app.output.count, 7);
     }
     function test_theQuestionGoesAwayWithTheLearning() {
         startTraining();

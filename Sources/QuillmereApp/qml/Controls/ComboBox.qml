@@ -43,6 +43,9 @@ T.ComboBox {
         event.accepted = true;
     }
     Keys.onReleased: event => {
+        // Space plays: its press went to the window's shortcut, and its release would open the list.
+        if (event.key === Qt.Key_Space && !popup.visible)
+            event.accepted = true;
         if (!opensOnRelease)
             return;
         opensOnRelease = false;
