@@ -22,20 +22,23 @@ void hangAt(const char* path) {
 
 using Open = int (*)(const char*, int, ...);
 
-int openNext(const char* function, const char* path, int flags, mode_t mode) {
+int openNext(const char* path, int flags, mode_t mode) {
     hangAt(path);
-    return reinterpret_cast<Open>(::dlsym(RTLD_NEXT, function))(path, flags, mode);
+    return reinterpret_cast<Open>(::dlsym(RTLD_NEXT, "open"))(path, flags, mode);
 }
 
 }  // namespace
 
-#define QUILLMERE_OPEN(function)                                                                       \
-    extern "C" __attribute__((visibility("default"))) int function(const char* path, int flags, ...) { \
-        va_list rest;                                                                                  \
-        va_start(rest, flags);                                                                         \
-        const auto mode = static_cast<mode_t>((flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0U);   \
-        va_end(rest);                                                                                  \
-        return openNext(#function, path, flags, mode);                                                 \
-    }
-QUILLMERE_OPEN(open)
-QUILLMERE_OPEN(open64)
+// In a hardened build, open without a mode has a name of its own.
+#define QUILLMERE_EXPORT extern "C" __attribute__((visibility("default")))
+
+QUILLMERE_EXPORT int open(const char* path, int flags, ...) {
+    va_list rest;
+    va_start(rest, flags);
+    const auto mode = static_cast<mode_t>((flags & O_CREAT) != 0 ? va_arg(rest, unsigned) : 0U);
+    va_end(rest);
+    return openNext(path, flags, mode);
+}
+QUILLMERE_EXPORT int __open_2(const char* path, int flags) {
+    return openNext(path, flags, 0);
+}
