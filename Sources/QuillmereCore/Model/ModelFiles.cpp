@@ -184,6 +184,17 @@ Json encodeStart(const ModelStart& start) {
     return {{"kind", rawValue(start.kind)}, {"name", start.name}, {"identity", start.identity}};
 }
 
+Json encodeContinued(const std::vector<TrainingStretch>& stretches) {
+    Json list = Json::array();
+    for (const TrainingStretch& stretch : stretches)
+        list.push_back({{"steps", stretch.steps},
+                        {"batchSize", stretch.batchSize},
+                        {"learningRate", stretch.learningRate},
+                        {"klWeight", stretch.klWeight},
+                        {"seed", stretch.seed}});
+    return list;
+}
+
 std::string encodeMetadata(const ModelMetadata& metadata) {
     Json object{{"corpusName", metadata.corpusName},
                 {"corpusPath", metadata.corpusPath},
@@ -195,6 +206,7 @@ std::string encodeMetadata(const ModelMetadata& metadata) {
                 {"clipNames", metadata.clipNames}};
     if (metadata.analysis) object["analysis"] = *metadata.analysis;
     if (metadata.start) object["start"] = encodeStart(*metadata.start);
+    if (!metadata.continued.empty()) object["continued"] = encodeContinued(metadata.continued);
     return object.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -254,6 +266,22 @@ std::optional<ModelStart> decodeStart(const Json& metadata) {
     throw DecodingError("\"kind\" is " + json::quoted(kind) + ", which is no start");
 }
 
+std::vector<TrainingStretch> decodeContinued(const Json& metadata) {
+    std::vector<TrainingStretch> stretches;
+    if (!metadata.contains("continued")) return stretches;
+    for (const Json& item : json::arrayMember(metadata, "continued")) {
+        if (!item.is_object()) throw DecodingError("\"continued\" must be a list of objects");
+        const Json& seed = json::member(item, "seed");
+        if (!seed.is_number_unsigned()) throw DecodingError("\"seed\" must be a whole number from 0");
+        stretches.push_back({.steps = json::integerMember(item, "steps"),
+                             .batchSize = json::integerMember(item, "batchSize"),
+                             .learningRate = json::numberMember(item, "learningRate"),
+                             .klWeight = json::numberMember(item, "klWeight"),
+                             .seed = seed.get<std::uint64_t>()});
+    }
+    return stretches;
+}
+
 ModelMetadata decodeMetadata(const Json& metadata) {
     return {.corpusName = json::stringMember(metadata, "corpusName"),
             .corpusPath = json::stringMember(metadata, "corpusPath"),
@@ -264,7 +292,8 @@ ModelMetadata decodeMetadata(const Json& metadata) {
             .finalReconstructionError = json::numberMember(metadata, "finalReconstructionError"),
             .clipNames = decodeClipNames(metadata),
             .analysis = decodeAnalysis(metadata),
-            .start = decodeStart(metadata)};
+            .start = decodeStart(metadata),
+            .continued = decodeContinued(metadata)};
 }
 
 std::vector<float> decodeLatent(const Json& latent) {

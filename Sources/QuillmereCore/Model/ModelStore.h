@@ -28,6 +28,17 @@ struct ModelStart {
 
 [[nodiscard]] std::string_view rawValue(ModelStart::Kind kind);  // "head-start", "model"
 
+// A part of a training that went on from where the one before it ended: all that it takes to do it again.
+struct TrainingStretch {
+    std::int64_t steps = 0;      // at least 1
+    std::int64_t batchSize = 0;  // at least 1
+    float learningRate = 0;      // peak step size
+    float klWeight = 0;
+    std::uint64_t seed = 0;
+
+    friend bool operator==(const TrainingStretch&, const TrainingStretch&) = default;
+};
+
 struct ModelMetadata {
     std::string corpusName;
     std::string corpusPath;
@@ -36,9 +47,10 @@ struct ModelMetadata {
     std::int64_t steps = 0;
     float finalLoss = 0;
     float finalReconstructionError = 0;
-    std::vector<std::string> clipNames;   // in the order of the bundle's latents
-    std::optional<std::string> analysis;  // raw value of the profile
-    std::optional<ModelStart> start{};    // absent: random weights
+    std::vector<std::string> clipNames;        // in the order of the bundle's latents
+    std::optional<std::string> analysis;       // raw value of the profile
+    std::optional<ModelStart> start{};         // absent: random weights
+    std::vector<TrainingStretch> continued{};  // after the first part; steps counts these, too
 
     friend bool operator==(const ModelMetadata&, const ModelMetadata&) = default;
 };

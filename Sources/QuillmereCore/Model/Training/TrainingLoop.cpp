@@ -42,7 +42,8 @@ TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<f
     for (std::int64_t t = 1; t <= T; ++t) {
         source.next(x, eps);
         const Schedule now = schedule(t, T, options.learningRate, options.klWeight);
-        const network::StepResult result = graph.step(x, eps, now.learningRate, now.klWeight);
+        const float klWeight = options.hasFullKLWeight ? options.klWeight : now.klWeight;
+        const network::StepResult result = graph.step(x, eps, now.learningRate, klWeight);
         if (onStep) onStep(result);
         if (!std::isfinite(result.loss)) throw TrainingError(TrainingError::Kind::diverged);
         smoothed.add(result);

@@ -20,6 +20,7 @@ struct TrainingOptions {
     AnalysisProfile profile = AnalysisProfile::automatic;
     std::uint64_t seed = 1;
     std::shared_ptr<const TrainingStart> start;  // null: random weights, drawn from the seed
+    bool hasFullKLWeight = false;                // from the first step on, and not only after a third of them
 };
 
 }  // namespace quillmere
