@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "QuillmereCLI/Commands.h"
+#include "QuillmereCLI/Continuing.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/StartOption.h"
@@ -55,6 +56,7 @@ struct TrainOptions {
     StartOption start;
     bool retrain = false;
     bool keepSounds = false;
+    std::int64_t continued = 0;  // steps to go on; 0: none
     bool json = false;
 
     void addTo(CLI::App& app) {
@@ -85,6 +87,22 @@ struct TrainOptions {
         app.add_flag("--keep-sounds", keepSounds,
                      "Keep the samples with the model, for --detail when the folder is gone or has changed");
         addJSON(app, json);
+        CLI::Option* const more =
+            addWholeNumber(app, "--continue", continued, {1, 10'000'000},
+                           "Go on from the stored model by so many steps, and tell what they bought");
+        for (const char* const decided : {"--quality", "--steps", "--analysis", "--clip-seconds",
+                                          "--latent-dim", "--start", "--retrain", "--keep-sounds"})
+            more->excludes(app.get_option(decided));
+    }
+
+    // What follows on a stored model.
+    [[nodiscard]] TrainingStretch stretch(const ModelBundle& model) const {
+        TrainingStretch next = ModelTrainer::nextStretch(model, continued);
+        next.batchSize = batchSize;
+        if (learningRate) next.learningRate = static_cast<float>(*learningRate);
+        if (klWeight) next.klWeight = static_cast<float>(*klWeight);
+        if (seed) next.seed = *seed;
+        return next;
     }
 
     // from: what the training begins from; null for random weights.
@@ -182,6 +200,11 @@ void train(const TrainOptions& options, Console& console, const CancelFlag& canc
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
+    if (options.continued > 0) {
+        const ModelBundle model = storedModel(corpus, console);
+        return continueModel(corpus, model, options.stretch(model), compute.device(), progress, console,
+                             cancel);
+    }
     if (options.keepSounds) announceSounds(corpus.summary, options, progress, console);
     const bool isStored = corpus.hasModel() && !options.retrain;
     const auto trainNow = [&] {

@@ -43,7 +43,7 @@ TEST(CommandLine, HelpOfTrainNamesEveryOption) {
     const std::string help = runCommand({"train", "--help"}).out;
     for (const char* option : {"FOLDER", "--quality", "--steps", "--analysis", "--clip-seconds",
                                "--latent-dim", "--batch-size", "--learning-rate", "--kl-weight", "--seed",
-                               "--threads", "--models", "--device", "--retrain", "--json"})
+                               "--threads", "--models", "--device", "--retrain", "--continue", "--json"})
         EXPECT_NE(help.find(option), std::string::npos) << option;
 }
 

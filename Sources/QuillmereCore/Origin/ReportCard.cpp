@@ -276,9 +276,9 @@ std::vector<std::string> ReportCard::advice() const {
     std::vector<std::string> advice;
     if (grade() != Grade::good)
         advice.emplace_back(
-            "Learn longer (train --retrain with more --steps); if that changes little, the samples are many "
-            "or "
-            "very different, and a greater --latent-dim or a folder for each kind may help.");
+            "Learn on (train --continue N tells what N more steps buy); if that is little, the samples are "
+            "many "
+            "or very different, and a greater --latent-dim or a folder for each kind may help.");
     if (heldBack && heldBack->heldBackDB > 2 * heldBack->learnedDB)
         advice.push_back("Samples that it has not learned come out worse (" + dB(heldBack->heldBackDB) +
                          " instead of " + dB(heldBack->learnedDB) +

@@ -1,0 +1,71 @@
+#include "QuillmereCLI/Continuing.h"
+
+#include <cmath>
+
+#include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Generate/Detail/ClipSounds.h"
+#include "QuillmereCore/Model/Features.h"
+#include "QuillmereCore/Util/Text.h"
+
+namespace quillmere::cli {
+namespace {
+
+// As reports have it: the root of the mean squared error, in decibels.
+double errorOf(const ModelBundle& model) {
+    const auto perUnit = static_cast<double>(Level::toDB(1) - Level::toDB(0));
+    return perUnit * std::sqrt(static_cast<double>(model.metadata.finalReconstructionError));
+}
+
+std::string gainText(double before, double after, std::int64_t steps) {
+    constexpr double noticeable = 0.02;  // of the error
+    const std::string more = counted(steps, "more step", "more steps");
+    if (after < before * (1 - noticeable))
+        return "That bought " + Text::fixed(100 * (1 - after / before), 0) + " % of the error with " + more +
+               ".";
+    return "That bought next to nothing with " + more +
+           "; more steps will hardly help. 'report' says what may.";
+}
+
+}  // namespace
+
+void continueModel(const KnownCorpus& corpus, const ModelBundle& model, const TrainingStretch& stretch,
+                   network::ChosenDevice& device, ProgressLine& progress, Console& console,
+                   const CancelFlag& cancel) {
+    const bool keepsSounds =
+        ClipSounds::keptWith(model, corpus.modelFolder).origin() != ClipSounds::Origin::none;
+    const ModelBundle next = ModelTrainer::continueTraining(
+        model, corpus.summary, stretch,
+        [&](const TrainingProgress& training) { progress.report(workProgress(training)); }, cancel.token(),
+        device.backend());
+    cancel.check();
+    if (keepsSounds) {
+        (void)keepSounds(corpus, next, progress, cancel);
+    } else {
+        ModelStore::replace(next, corpus.modelFolder, cancel.token());
+    }
+    progress.finish();
+
+    const double before = errorOf(model);
+    const double after = errorOf(next);
+    console.print("Went on from " + counted(model.metadata.steps, "step", "steps") + " to " +
+                  std::to_string(next.metadata.steps) + ": error " + Text::fixed(before, 2) + " dB before, " +
+                  Text::fixed(after, 2) + " dB after.");
+    console.print(gainText(before, after, stretch.steps));
+    console.print("Stored in " + shownPath(corpus.modelFolder) + ".");
+    console.print("Files that were made before can no longer be made again with this model.");
+
+    JSON result = makeResult("train");
+    result["trained"] = true;
+    result["modelFolder"] = toJSON(corpus.modelFolder);
+    result["corpus"] = toJSON(corpus.summary.directory);
+    result["continued"] = stretch.steps;
+    result["steps"] = next.metadata.steps;
+    result["finalLoss"] = next.metadata.finalLoss;
+    result["finalReconstructionError"] = next.metadata.finalReconstructionError;
+    result["errorBefore"] = before;
+    result["errorAfter"] = after;
+    result["seconds"] = progress.timesJSON();
+    console.emit(result);
+}
+
+}  // namespace quillmere::cli
