@@ -41,6 +41,7 @@ void addCommands(CLI::App& app, Invocation& invocation) {
     addGenerate(app, invocation);
     addAudition(app, invocation);
     addRecipe(app, invocation);
+    addJournal(app, invocation);
     addVerify(app, invocation);
     addRelatives(app, invocation);
     addSweep(app, invocation);

@@ -25,6 +25,7 @@ void addAudition(CLI::App& app, Invocation& invocation);
 void addPresets(CLI::App& app, Invocation& invocation);
 void addParameters(CLI::App& app, Invocation& invocation);
 void addDevices(CLI::App& app, Invocation& invocation);
+void addJournal(CLI::App& app, Invocation& invocation);
 void addRecipe(CLI::App& app, Invocation& invocation);
 void addVerify(CLI::App& app, Invocation& invocation);
 void addRelatives(CLI::App& app, Invocation& invocation);

@@ -180,7 +180,7 @@ void generateFromCorpus(const GenerateOptions& options, Console& console, const 
     base.aesthetics = request.aesthetics;
     base.format = request.format;
     place.noteIn(base);
-    RecipeKeeper keeper(options.recipes.carriers(), std::move(base));
+    RecipeKeeper keeper(options.recipes.carriers(console), std::move(base));
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
     GeneratingReport report(progress, request.count);
     report.report(0);

@@ -130,6 +130,7 @@ public:
           device_(device),
           report_(report),
           console_(console),
+          carriers_(options.recipes.carriers(console)),
           seed_(seed) {}
 
     [[nodiscard]] const fs::path& folder() const { return folder_; }
@@ -192,7 +193,7 @@ private:
             base.lineage = Lineage{.way = "kit",
                                    .parents = chosen.parents,
                                    .values = {{"closeness", options_.size().closeness}}};
-        RecipeKeeper keeper(options_.recipes.carriers(), std::move(base));
+        RecipeKeeper keeper(carriers_, std::move(base));
         files_.push_back(
             SoundFile::writeNew({samples, generator.sampleRate(), chosen.order.recipe.format, origin},
                                 folder_ / name, keeper.hooks()));
@@ -209,6 +210,7 @@ private:
     network::ChosenDevice& device_;
     GeneratingReport& report_;
     Console& console_;
+    RecipeCarriers carriers_;
     std::uint64_t seed_;
     Kit::Description kit_;
     std::vector<GeneratedSample> files_;

@@ -2,10 +2,27 @@
 
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Origin/JournalPreference.h"
+#include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
+
+namespace {
+
+// A preference that cannot be read may well be that there be no journal.
+bool isJournalOn(Console& console) {
+    try {
+        return JournalPreference::isOn();
+    } catch (const FileError& error) {
+        console.note("Note: the journal stays as it is, because it cannot be told whether it is wanted. " +
+                     printable(error.what()) + ".");
+        return false;
+    }
+}
+
+}  // namespace
 
 void RecipeOptions::addTo(CLI::App& app) {
     app.add_flag("--no-journal", noJournal_,
@@ -14,9 +31,9 @@ void RecipeOptions::addTo(CLI::App& app) {
     addPath(app, "--recipes", document_, "Append the recipes to this file")->type_name("FILE.jsonl");
 }
 
-RecipeCarriers RecipeOptions::carriers() const {
+RecipeCarriers RecipeOptions::carriers(Console& console) const {
     RecipeCarriers carriers;
-    if (!noJournal_) carriers.journal = Journal::place();
+    if (!noJournal_ && isJournalOn(console)) carriers.journal = Journal::place();
     carriers.embedded = embedded_;
     if (!document_.empty()) carriers.document = Paths::plain(document_);
     return carriers;

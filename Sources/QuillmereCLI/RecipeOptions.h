@@ -20,7 +20,8 @@ namespace quillmere::cli {
 class RecipeOptions {
 public:
     void addTo(CLI::App& app);
-    [[nodiscard]] RecipeCarriers carriers() const;
+    // The journal is none of them where the user wants none; console hears when that cannot be told.
+    [[nodiscard]] RecipeCarriers carriers(Console& console) const;
 
 private:
     bool noJournal_ = false;

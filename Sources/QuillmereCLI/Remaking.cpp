@@ -148,7 +148,7 @@ std::size_t runLength(std::span<const RecipeOrder> orders) {
 // Everything that the jobs of one command share.
 struct Workplace {
     const RemakingOrder& order;
-    const RecipeOptions& recipes;
+    const RecipeCarriers& carriers;
     network::ChosenDevice& device;
     ProgressLine& progress;
     GeneratingReport& report;
@@ -170,7 +170,7 @@ std::vector<GeneratedSample> makeTogether(std::span<const RecipeOrder> orders, S
     base.aesthetics = head.aesthetics;
     base.format = head.format;
     base.lineage = head.lineage;
-    RecipeKeeper keeper(place.recipes.carriers(), std::move(base));
+    RecipeKeeper keeper(place.carriers, std::move(base));
     GenerationHooks hooks = keeper.hooks();
     hooks.origin = [&](std::int64_t index) {
         return orders[static_cast<std::size_t>(index)].recipe.origin();
@@ -203,7 +203,8 @@ void remake(const RemakingOrder& order, const ParameterOptions& parameters, cons
     ProgressLine progress(console);
     GeneratingReport report(progress, std::ssize(orders));
     report.report(0);
-    const Workplace place{order, recipes, device, progress, report, console, cancel};
+    const RecipeCarriers carriers = recipes.carriers(console);
+    const Workplace place{order, carriers, device, progress, report, console, cancel};
     std::vector<GeneratedSample> files;
     for (std::span<const RecipeOrder> rest = orders; !rest.empty();) {
         const std::span<const RecipeOrder> together = rest.first(runLength(rest));

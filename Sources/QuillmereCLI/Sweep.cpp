@@ -93,6 +93,7 @@ std::vector<Step> stepsOf(const SweepOptions& options, const SampleGenerator& ge
 struct Workplace {
     const SweepOptions& options;
     SampleGenerator& generator;
+    RecipeCarriers carriers;
     RecipeBase base;
     GeneratingReport& report;
     Console& console;
@@ -104,7 +105,7 @@ void writeSteps(std::span<const Step> steps, std::vector<AuditionedSample> sound
     for (std::size_t i = 0; i < steps.size(); ++i) {
         RecipeBase base = place.base;
         base.aesthetics = steps[i].point.aesthetics;
-        RecipeKeeper keeper(place.options.recipes.carriers(), std::move(base));
+        RecipeKeeper keeper(place.carriers, std::move(base));
         files.push_back(SoundFile::writeNew(
             {sounds[i].samples, place.generator.sampleRate(), place.base.format, std::move(sounds[i].origin)},
             steps[i].file, keeper.hooks()));
@@ -185,8 +186,9 @@ void sweep(const SweepOptions& options, Console& console, const CancelFlag& canc
                        .sampleRate = static_cast<double>(generator.sampleRate()),
                        .columns = columnsFor(axes),
                        .cells = {}};
-    const std::vector<GeneratedSample> files =
-        makeAll(steps, {options, generator, std::move(base), report, console}, sheet, cancel);
+    const std::vector<GeneratedSample> files = makeAll(
+        steps, {options, generator, options.recipes.carriers(console), std::move(base), report, console},
+        sheet, cancel);
     if (const std::error_code unsafe = syncFolder(folder)) throw FileError(folder, unsafe);
     if (options.picture.isGiven()) options.picture.write(sheet.draw());
     progress.finish();

@@ -54,6 +54,7 @@ protected:
 private:
     // Nothing here may touch the user's own journal.
     const EnvironmentVariable data_{"XDG_DATA_HOME", (folder / "data").string()};
+    const EnvironmentVariable preferences_{"XDG_CONFIG_HOME", (folder / "preferences").string()};
 };
 
 double secondsSince(std::chrono::steady_clock::time_point start) {

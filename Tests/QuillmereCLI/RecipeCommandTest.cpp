@@ -100,6 +100,36 @@ TEST_F(RecipeCommand, TheJournalIsLeftAloneWhenNobodyWantsIt) {
     EXPECT_TRUE(fs::exists(journal));
 }
 
+TEST_F(RecipeCommand, TheJournalCanBeSwitchedOffForGood) {
+    ASSERT_EQ(generate().exitCode, 0);
+    const std::string before = readText(journal);
+    const Outcome off = runCommand({"journal", "off"});
+    EXPECT_EQ(off.exitCode, 0) << off.err;
+    EXPECT_THAT(off.out, HasSubstr("The journal is off"));
+    EXPECT_THAT(off.out, HasSubstr(journal.string()));
+    const Outcome quiet = generate();
+    EXPECT_EQ(quiet.exitCode, 0);
+    EXPECT_EQ(quiet.err, generate({"--no-journal"}).err);
+    EXPECT_EQ(readText(journal), before) << "what was noted stays";
+    EXPECT_EQ(runCommand({"recipe", file(1)}).exitCode, 0);
+    EXPECT_EQ(runCommand({"journal", "--json"}).event("result")["on"], false);
+
+    EXPECT_EQ(runCommand({"journal", "on", "--json"}).event("result")["on"], true);
+    ASSERT_EQ(generate().exitCode, 0);
+    EXPECT_GT(readText(journal).size(), before.size());
+    EXPECT_EQ(runCommand({"journal", "--json"}).event("result")["bytes"], fs::file_size(journal));
+}
+
+TEST_F(RecipeCommand, WhereNobodyCanTellWhetherTheJournalIsWantedItIsLeftAloneWithANote) {
+    fs::create_symlink("preferences", folder / "preferences");
+    const Outcome outcome = generate();
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.err, HasSubstr("Note: the journal stays as it is"));
+    EXPECT_FALSE(fs::exists(journal));
+    EXPECT_EQ(runCommand({"journal"}).exitCode, 1);
+    EXPECT_EQ(runCommand({"journal", "off"}).exitCode, 1);
+}
+
 TEST_F(RecipeCommand, RecipesAddNothingToTheFilesOrTheOutputUnlessTheyAreEmbedded) {
     const Outcome without = generate({"--no-journal"});
     const auto plain = contentsOf(output);

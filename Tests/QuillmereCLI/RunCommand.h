@@ -86,7 +86,7 @@ inline Outcome runCommandCancelledAt(const std::string& trigger, const std::vect
 }
 
 // A small corpus, an empty models root and an output folder that does not exist yet. The user's data, where
-// the journal is, are in a folder of the test's own.
+// the journal is, and preferences are in folders of the test's own.
 class CommandTest : public ::testing::Test {
 protected:
     CommandTest() { writeSmallCorpus(corpus); }
@@ -123,6 +123,7 @@ protected:
 
 private:
     const EnvironmentVariable data_{"XDG_DATA_HOME", (folder / "data").string()};
+    const EnvironmentVariable preferences_{"XDG_CONFIG_HOME", (folder / "preferences").string()};
 };
 
 }  // namespace quillmere::testing

@@ -71,7 +71,7 @@ protected:
     Studio studio;
 
 private:
-    const EnvironmentVariable data_ = studio.asOwnData();
+    const Studio::OwnFolders folders_ = studio.asOwnFolders();
 };
 
 TEST_F(BudgetTest, IsEnoughForOrdinaryWork) {

@@ -92,7 +92,7 @@ private:
 
     Studio before_, after_;
     Shared<Progress> progress_;
-    const EnvironmentVariable data_ = after_.asOwnData();
+    const Studio::OwnFolders folders_ = after_.asOwnFolders();
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, FaultTest, ::testing::ValuesIn(subjects()),

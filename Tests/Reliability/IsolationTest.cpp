@@ -64,7 +64,7 @@ protected:
     Studio studio_;
 
 private:
-    const EnvironmentVariable data_ = studio_.asOwnData();
+    const Studio::OwnFolders folders_ = studio_.asOwnFolders();
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, IsolationTest, ::testing::ValuesIn(subjects()),

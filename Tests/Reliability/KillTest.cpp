@@ -67,7 +67,7 @@ protected:
 private:
     Studio before_, after_;
     Shared<std::atomic<long>> calls_;
-    const EnvironmentVariable data_ = after_.asOwnData();
+    const Studio::OwnFolders folders_ = after_.asOwnFolders();
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, KillTest, ::testing::ValuesIn(subjects()),
@@ -142,7 +142,7 @@ protected:
     std::mt19937 random_{12};
 
 private:
-    const EnvironmentVariable data_ = studio_.asOwnData();
+    const Studio::OwnFolders folders_ = studio_.asOwnFolders();
 };
 
 TEST_F(TwoProgramsTest, LearnGenerateAndRemoveInTheSameFolders) {

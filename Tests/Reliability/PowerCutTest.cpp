@@ -69,7 +69,7 @@ private:
     Studio before_, after_;
     ForkedCommand::Result ended_;
     std::set<Files> met_;
-    const EnvironmentVariable data_ = after_.asOwnData();
+    const Studio::OwnFolders folders_ = after_.asOwnFolders();
 };
 
 INSTANTIATE_TEST_SUITE_P(Commands, PowerCutTest, ::testing::ValuesIn(subjects()),

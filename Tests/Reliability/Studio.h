@@ -122,10 +122,16 @@ public:
     const std::filesystem::path models = folder / "models";
     const std::filesystem::path output = folder / "output";
     const std::filesystem::path data = folder / "data";
+    const std::filesystem::path preferences = folder / "preferences";
     const std::filesystem::path journal = data / "Quillmere" / "journal.jsonl";
 
-    // While it lives, the commands' journal is this studio's.
-    [[nodiscard]] EnvironmentVariable asOwnData() const { return {"XDG_DATA_HOME", data.string()}; }
+    // While it lives, the commands' journal and preferences are this studio's.
+    struct OwnFolders {
+        EnvironmentVariable data, preferences;
+    };
+    [[nodiscard]] OwnFolders asOwnFolders() const {
+        return {{"XDG_DATA_HOME", data.string()}, {"XDG_CONFIG_HOME", preferences.string()}};
+    }
 
 private:
     std::string fingerprint_;

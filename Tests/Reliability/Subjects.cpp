@@ -112,7 +112,7 @@ std::vector<std::string> learnAnew(const Studio& studio) {
 Undisturbed::Undisturbed() {
     learned.learn();
     Studio studio;
-    const EnvironmentVariable data = studio.asOwnData();
+    const Studio::OwnFolders folders = studio.asOwnFolders();
     studio.become(learned);
     oldWeights = Studio::weights(studio.modelFolder());
     runUndisturbed(studio.generate(2));

@@ -168,9 +168,11 @@ void writeFiles(Page& page) {
     page.item(italic("~/.local/share/Quillmere/Models"), "Stored models, one folder for each corpus.");
     page.item(italic("~/.local/share/Quillmere/journal.jsonl"),
               "How the files that were generated were made.");
+    page.item(italic("~/.config/Quillmere/no-journal"), "While it is there, no journal is kept.");
     page.item(italic("~/.cache/quillmere"), "Compiled programs for graphics processors.");
     page.heading("ENVIRONMENT");
     page.item(bold("XDG_DATA_HOME"), "Stands for " + italic("~/.local/share") + " where it is set.");
+    page.item(bold("XDG_CONFIG_HOME"), "Stands for " + italic("~/.config") + " where it is set.");
     page.item(bold("XDG_CACHE_HOME"), "Stands for " + italic("~/.cache") + " where it is set.");
 }
 

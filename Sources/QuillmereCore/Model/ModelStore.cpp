@@ -1,15 +1,12 @@
 #include "QuillmereCore/Model/ModelStore.h"
 
-#include <pwd.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <cerrno>
 #include <cmath>
-#include <cstdlib>
 #include <set>
 #include <span>
 #include <system_error>
@@ -22,6 +19,7 @@
 #include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Paths.h"
 #include "QuillmereCore/Util/Text.h"
+#include "QuillmereCore/Util/UserFolders.h"
 
 namespace quillmere {
 
@@ -162,32 +160,10 @@ bool isTooLong(const fs::path& path) {
     return ::lstat(path.c_str(), &status) != 0 && errno == ENAMETOOLONG;
 }
 
-// ---- The per-user data directory
-
-std::optional<fs::path> homeDirectory() {
-    const char* const home = std::getenv("HOME");
-    if (home != nullptr && fs::path(home).is_absolute()) return home;
-    std::array<char, 16384> buffer{};
-    passwd entry{};
-    passwd* found = nullptr;
-    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 && found != nullptr &&
-        *found->pw_dir != '\0')
-        return found->pw_dir;
-    return std::nullopt;
-}
-
 }  // namespace
 
-std::optional<fs::path> dataDirectory() {
-    const char* const data = std::getenv("XDG_DATA_HOME");
-    if (data != nullptr && fs::path(data).is_absolute()) return fs::path(data) / "Quillmere";
-    const std::optional<fs::path> home = homeDirectory();
-    if (!home) return std::nullopt;
-    return *home / ".local" / "share" / "Quillmere";
-}
-
 fs::path rootDirectory() {
-    const std::optional<fs::path> data = dataDirectory();
+    const std::optional<fs::path> data = UserFolders::data();
     require(data.has_value(), "the user has no home directory");
     return *data / "Models";
 }

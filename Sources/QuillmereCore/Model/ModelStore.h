@@ -89,12 +89,7 @@ public:
 // permission, a disk that does not answer) and ModelBusyError are not, nor is std::bad_alloc.
 namespace ModelStore {
 
-// Where the user's data is: $XDG_DATA_HOME if it is an absolute path, else ~/.local/share, then Quillmere.
-// Home is $HOME if that is absolute, else that of the user database. Computed on each call, not created.
-// Nothing for a user without a home directory.
-[[nodiscard]] std::optional<std::filesystem::path> dataDirectory();
-
-// Models in it. A user without a home directory stops the program.
+// Models in UserFolders::data(). A user without a home directory stops the program.
 [[nodiscard]] std::filesystem::path rootDirectory();
 
 // The corpus folder's name, "-" and its fingerprint, below root (default: rootDirectory()). Nothing on disk

@@ -18,6 +18,7 @@
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/FileLock.h"
 #include "QuillmereCore/Util/JSONDocument.h"
+#include "QuillmereCore/Util/UserFolders.h"
 
 namespace quillmere {
 namespace {
@@ -171,9 +172,21 @@ Journal::Journal(fs::path file, Limits limits) : file_(std::move(file)), limits_
 }
 
 std::optional<fs::path> Journal::place() {
-    const std::optional<fs::path> data = ModelStore::dataDirectory();
+    const std::optional<fs::path> data = UserFolders::data();
     if (!data) return std::nullopt;
     return *data / "journal.jsonl";
+}
+
+std::uint64_t Journal::bytes() const {
+    std::uint64_t bytes = 0;
+    for (int number = 0; number < limits_.segments; ++number) {
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(segment(number), error);
+        if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) continue;
+        if (error) throw FileError(segment(number), error);
+        bytes += size;
+    }
+    return bytes;
 }
 
 void Journal::append(const JournalEntry& entry) const {

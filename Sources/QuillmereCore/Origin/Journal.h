@@ -61,6 +61,9 @@ public:
 
     [[nodiscard]] const std::filesystem::path& file() const { return file_; }
 
+    // What it takes on the disk, its older parts included; 0 where there is none. Throws FileError.
+    [[nodiscard]] std::uint64_t bytes() const;
+
     // Creates the file and its folder if they are missing. Throws FileError.
     void append(const JournalEntry& entry) const;
 

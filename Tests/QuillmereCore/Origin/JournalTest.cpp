@@ -82,6 +82,7 @@ TEST_F(Journalling, AnswersManyQuestionsInTheirOrder) {
 }
 
 TEST_F(Journalling, NoJournalKnowsNothing) {
+    EXPECT_EQ(journal.bytes(), 0U);
     EXPECT_EQ(find({a, b}), std::nullopt);
     EXPECT_TRUE(journal.newest(10).empty());
     EXPECT_FALSE(fs::exists(file.parent_path())) << "asking creates nothing";
@@ -165,6 +166,8 @@ TEST_F(Journalling, DropsTheOldestWhenItIsFull) {
     EXPECT_EQ(testing::entriesIn(file.parent_path()), 3U) << "no lock is left behind";
     for (const auto& entry : fs::directory_iterator(file.parent_path()))
         EXPECT_LE(fs::file_size(entry.path()), 3 * lineBytes);
+    EXPECT_GT(small.bytes(), 6 * lineBytes - 1);
+    EXPECT_LE(small.bytes(), 9 * lineBytes);
 }
 
 TEST_F(Journalling, AJournalOfOneSegmentStartsAnew) {
