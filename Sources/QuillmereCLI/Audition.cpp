@@ -6,9 +6,11 @@
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ParameterOptions.h"
+#include "QuillmereCLI/RecipeOptions.h"
 #include "QuillmereCLI/StartOption.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Generate/SoundFile.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Paths.h"
@@ -22,6 +24,7 @@ struct AuditionOptions {
     std::filesystem::path output;
     ParameterOptions parameters;
     StartOption start;
+    RecipeOptions recipes;
     ComputeOptions compute;
     ModelsOption models;
     bool json = false;
@@ -33,6 +36,7 @@ struct AuditionOptions {
             ->required();
         parameters.addTo(app);
         start.addTo(app);
+        recipes.addTo(app);
         compute.addTo(app);
         models.addTo(app);
         addJSON(app, json);
@@ -66,6 +70,11 @@ ModelBundle modelFor(const AuditionOptions& options, const KnownCorpus& corpus, 
     return loadOrLearn(corpus, device, console, progress, cancel);
 }
 
+// Nothing for what is heard before learning: it comes from a model that is stored nowhere.
+RecipeCarriers carriersFor(const AuditionOptions& options, bool isBeforeLearning, Console& console) {
+    return isBeforeLearning ? RecipeCarriers() : options.recipes.carriers(console);
+}
+
 void audition(const AuditionOptions& options, Console& console, const CancelFlag& cancel) {
     auto compute = options.compute.begin(GPU::shared().machine(), console);
     const std::filesystem::path output = Paths::plain(options.output);
@@ -79,6 +88,10 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     ModelBundle bundle = modelFor(options, corpus, compute.device(), console, progress, cancel);
     const std::optional<ModelStart> heard = bundle.metadata.steps == 0 ? bundle.metadata.start : std::nullopt;
     const ClipSounds sounds = soundsFor(options.parameters.detail(), bundle, corpus);
+    RecipeBase base = recipeBase(compute.device(), bundle.metadata);
+    base.aesthetics = aesthetics;
+    base.format = format;
+    RecipeKeeper keeper(carriersFor(options, heard.has_value(), console), std::move(base));
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
 
     WorkProgress work;
@@ -91,10 +104,11 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     const auto [samples, origin] = generator.audition(
         {.aesthetics = aesthetics, .seed = seed, .detail = options.parameters.detail()}, cancel.token());
     cancel.check();
-    AudioIO::write(samples, output, generator.sampleRate(), format);
+    const double seconds =
+        SoundFile::replace({samples, generator.sampleRate(), format, origin}, output, keeper.hooks()).seconds;
     progress.finish();
+    noteJournalProblem(keeper, console);
 
-    const double seconds = static_cast<double>(samples.size()) / generator.sampleRate();
     console.print("Wrote " + shownPath(output) + " (" + duration(seconds) + ").");
     if (heard) console.print("Before learning: what " + startText(*heard) + " makes of the folder.");
     console.print("Seed " + std::to_string(seed) +

@@ -52,6 +52,21 @@ TEST_F(Audition, ReplacesTheFile) {
     EXPECT_TRUE(readText(folder / "a.wav").starts_with("RIFF"));
 }
 
+TEST_F(Audition, IsKnownAfterwardsAndMadeAgain) {
+    const std::filesystem::path file = folder / "a.wav";
+    ASSERT_EQ(audition(file, {"--preset", "Wild", "--seed", "3"}).exitCode, 0);
+    EXPECT_EQ(runCommand({"verify", file.string(), "--models", models.string()}).exitCode, 0);
+    ASSERT_EQ(runCommand(withModels({"generate", "--recipe", file.string(), "--output", output.string(),
+                                     "--prefix", "again"}))
+                  .exitCode,
+              0);
+    EXPECT_EQ(readText(output / "again_var_0001.wav"), readText(file));
+    ASSERT_EQ(audition(file, {"--no-journal", "--seed", "4"}).exitCode, 0);
+    EXPECT_EQ(runCommand({"recipe", file.string()}).exitCode, 1);
+    ASSERT_EQ(audition(file, {"--no-journal", "--embed-recipe", "--seed", "4"}).exitCode, 0);
+    EXPECT_EQ(runCommand({"recipe", file.string()}).exitCode, 0);
+}
+
 TEST_F(Audition, TheFolderAboveALinkIsThatOfWhatItLeadsTo) {
     std::filesystem::create_directories(folder / "far/away");
     std::filesystem::create_directory_symlink(folder / "far/away", folder / "link");
@@ -113,6 +128,7 @@ TEST_F(AuditionBeforeLearning, HearsTheHeadStartAndStoresNothing) {
     EXPECT_TRUE(readText(folder / "a.wav").starts_with("RIFF"));
     EXPECT_FALSE(std::filesystem::exists(models) && entriesIn(models) > 0);
     EXPECT_EQ(audition("head-start", {"--json"}).event("result")["beforeLearning"], true);
+    EXPECT_FALSE(std::filesystem::exists(journal)) << "nobody could make it again";
 }
 
 TEST_F(AuditionBeforeLearning, GivesTheSameBytesForTheSameSeed) {

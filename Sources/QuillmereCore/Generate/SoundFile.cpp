@@ -15,6 +15,13 @@ namespace fs = std::filesystem;
     throw FileError(file, std::make_error_code(std::errc::file_exists));
 }
 
+GeneratedSample finish(const FinishedSound& sound, const fs::path& file, std::span<const std::byte> bytes,
+                       const GenerationHooks& hooks) {
+    GeneratedSample sample{file, static_cast<double>(sound.samples.size()) / sound.sampleRate, sound.origin};
+    if (hooks.written) hooks.written({sample, sound.samples, sound.sampleRate, bytes});
+    return sample;
+}
+
 }  // namespace
 
 std::vector<std::byte> encode(const FinishedSound& sound, const fs::path& file,
@@ -30,9 +37,13 @@ std::vector<std::byte> encode(const FinishedSound& sound, const fs::path& file,
 GeneratedSample writeNew(const FinishedSound& sound, const fs::path& file, const GenerationHooks& hooks) {
     const std::vector<std::byte> bytes = encode(sound, file, hooks);
     if (!writeNewFile(file, bytes)) throwTaken(file);
-    GeneratedSample sample{file, static_cast<double>(sound.samples.size()) / sound.sampleRate, sound.origin};
-    if (hooks.written) hooks.written({sample, sound.samples, sound.sampleRate, bytes});
-    return sample;
+    return finish(sound, file, bytes, hooks);
+}
+
+GeneratedSample replace(const FinishedSound& sound, const fs::path& file, const GenerationHooks& hooks) {
+    const std::vector<std::byte> bytes = encode(sound, file, hooks);
+    writeFileAtomically(file, bytes);
+    return finish(sound, file, bytes, hooks);
 }
 
 void requireFree(std::span<const fs::path> files) {

@@ -27,6 +27,10 @@ struct FinishedSound {
 GeneratedSample writeNew(const FinishedSound& sound, const std::filesystem::path& file,
                          const GenerationHooks& hooks);
 
+// As writeNew, but replaces a file of that name, atomically, and leaves the file and its name on the disk.
+GeneratedSample replace(const FinishedSound& sound, const std::filesystem::path& file,
+                        const GenerationHooks& hooks);
+
 // Throws FileError for the first file whose name is taken.
 void requireFree(std::span<const std::filesystem::path> files);
 

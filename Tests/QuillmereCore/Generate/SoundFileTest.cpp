@@ -38,6 +38,23 @@ TEST(SoundFile, IsWrittenWithItsChunkAndTheHooksHearOfIt) {
     EXPECT_EQ(AudioIO::readMono(folder / "a.wav").samples, AudioIO::asWritten(samples, OutputFormat::wav16));
 }
 
+TEST(SoundFile, ReplacesAFileWhereItIsToldTo) {
+    const TempFolder folder;
+    testing::writeText(folder / "a.wav", "old");
+    const std::vector<float> samples = testing::noise(1, 800, 0.5F);
+    int told = 0;
+    GenerationHooks hooks;
+    hooks.written = [&](const GenerationHooks::WrittenFile& file) {
+        EXPECT_EQ(file.bytes.size(), fs::file_size(file.sample.url));
+        ++told;
+    };
+    EXPECT_EQ(
+        SoundFile::replace({samples, 8000, OutputFormat::wav32float, {}}, folder / "a.wav", hooks).seconds,
+        0.1);
+    EXPECT_EQ(told, 1);
+    EXPECT_EQ(AudioIO::readMono(folder / "a.wav").samples, samples);
+}
+
 TEST(SoundFile, NeverTakesANameThatIsTaken) {
     const TempFolder folder;
     testing::writeText(folder / "b.wav", "mine");
