@@ -1,20 +1,24 @@
 #!/usr/bin/env bash
 # Divides one large generation among workers, with GNU parallel and as a job array of Slurm, checks that the
 # files are those of one run, byte for byte, and measures the throughput. The figures of docs/scale.md.
-# usage: scripts/bench-scale.sh [COUNT]    (10000 variations, if nothing is said)
+# usage: scripts/bench-scale.sh [COUNT [SECONDS [WORKERS...]]]
 #
-# Needs root for Slurm, and about 150 kB of disk for each variation, twice.
+# COUNT variations (10000, if nothing is said) of a model whose clips are of so many seconds (0.2), by so many
+# workers at once (1, 2 and 4). Needs root for Slurm, and about 150 kB of disk for each second of sound, twice.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 source scripts/program.sh
 count=${1:-10000}
+seconds=${2:-0.2}
+workers=("${@:3}")
+((${#workers[@]})) || workers=(1 2 4)
 corpus="build/demo/Drum Hits"
-models=build/demo/models
+models=build/demo/models-$seconds
 scripts/setup.sh build demo scale
 [[ -x $cli ]] || build_program
 [[ -d $corpus ]] || collect_drum_hits "$corpus"
-"$cli" train "$corpus" --quality quick --models "$models" > /dev/null
+"$cli" train "$corpus" --steps 300 --clip-seconds "$seconds" --models "$models" > /dev/null
 
 work=$(mktemp -d)
 trap 'chmod -R u+w "$work"; rm -rf "$work"' EXIT
@@ -72,12 +76,12 @@ echo '|---|---|---|'
 timed 'one run, all processors' part "$work/whole" 1 "$count" "$(nproc)"
 (cd "$work/whole" && sha256sum -- *.wav > "$work/digests")
 rm -r "$work/whole"
-for workers in 1 2 4; do
-    timed "GNU parallel, at most $workers at once" parallel_parts "$workers"
+for number in "${workers[@]}"; do
+    timed "GNU parallel, at most $number at once" parallel_parts "$number"
     compare parallel
 done
-for workers in 1 2 4; do
-    timed "Slurm, at most $workers at once" scripts/slurm-here.sh "$workers" bash -c slurm_parts
+for number in "${workers[@]}"; do
+    timed "Slurm, at most $number at once" scripts/slurm-here.sh "$number" bash -c slurm_parts
     compare slurm
 done
 echo "Every file has the bytes of one run."
