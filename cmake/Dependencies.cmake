@@ -23,3 +23,8 @@ if(QUILLMERE_BUILD_APP)
         find_package(Qt6 6.4 REQUIRED COMPONENTS QuickTest Test)
     endif()
 endif()
+
+if(QUILLMERE_BUILD_PYTHON)
+    find_package(Python 3.9 REQUIRED COMPONENTS Interpreter Development.Module)
+    find_package(pybind11 2.10 REQUIRED)
+endif()

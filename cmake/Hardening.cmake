@@ -11,6 +11,13 @@ include(CheckCXXCompilerFlag)
 
 option(QUILLMERE_HARDENING "Check optimised programs for mistakes that let attackers in, while they run" ON)
 set(QUILLMERE_IS_HARDENED OFF)
+# What becomes a part of the Python module, or of a shared library, must be as free of its place as that is; programs
+# need less.
+set(QUILLMERE_PLACE_FREE -fPIE)
+if(QUILLMERE_BUILD_PYTHON)
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+    set(QUILLMERE_PLACE_FREE -fPIC -fno-semantic-interposition)
+endif()
 if(QUILLMERE_HARDENING AND QUILLMERE_SANITIZE STREQUAL "" AND CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$")
     set(QUILLMERE_IS_HARDENED ON)
 endif()
@@ -26,7 +33,7 @@ function(quillmere_harden target)
     endif()
     # Some distributions define a level of their own; a second definition would be a warning.
     target_compile_options(${target} PRIVATE
-        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS -fPIE -fstack-protector-strong)
+        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 -D_GLIBCXX_ASSERTIONS ${QUILLMERE_PLACE_FREE} -fstack-protector-strong)
     if(QUILLMERE_HAS_STACK_CLASH_PROTECTION)
         target_compile_options(${target} PRIVATE -fstack-clash-protection)
     endif()

@@ -25,9 +25,9 @@ TELLS = re.compile(
     r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
     r"|How much of|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
     r"|The journal is o|While this file is)")
-# The manual's own words, and what the parameters do: no trouble either.
+# The manual's own words, what the parameters do, and docstrings: no trouble either.
 NO_MESSAGES = "Sources/QuillmereCLI/Reference/"
-NO_SENTENCES = "Sources/QuillmereCore/Generate/Aesthetics.cpp"
+NO_SENTENCES = ("Sources/QuillmereCore/Generate/Aesthetics.cpp", "Sources/QuillmerePython/")
 
 
 def without_comments(text: str) -> str:
@@ -94,7 +94,7 @@ def messages() -> dict[str, str]:
         candidates = []
         if path.suffix != ".qml":
             candidates += [joined(arguments_from(text, match.end() - 1)) for match in SINK.finditer(text)]
-        if name != NO_SENTENCES:
+        if not name.startswith(NO_SENTENCES):
             candidates += [message for message in adjacent_literals(text)
                            if (SENTENCE.fullmatch(message) or REASON.match(message)) and len(message.split()) > 2]
         for message in candidates:
