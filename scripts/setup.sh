@@ -4,7 +4,7 @@
 #   scripts/setup.sh [GROUP...]          (build, if nothing is named)
 #   scripts/setup.sh --list GROUP...     names the packages, a line each, and installs nothing
 #
-# The groups: build app run test demo lint coverage releases package python guide pictures sound peers scale, or all.
+# The groups: build app run test demo lint coverage releases package python tarball guide pictures sound peers scale, or all.
 #
 # For Debian 12 and 13. Needs root, or a user with sudo.
 set -euo pipefail
@@ -31,6 +31,7 @@ coverage=(gcovr python3)
 releases=(ccache debootstrap util-linux)
 package=(dpkg-dev file git gzip lintian)
 python=(pybind11-dev python3-dev python3-numpy python3-pytest python3-wheel)
+tarball=(dpkg-dev file git make nasm patchelf xz-utils)
 guide=(pandoc weasyprint fonts-dejavu-core python3)
 pictures=(python3 python3-numpy python3-matplotlib python3-pil flac sonic-pi-samples imagemagick fonts-roboto-unhinted librsvg2-bin)
 sound=(python3 python3-numpy python3-scipy sonic-pi-samples hydrogen-drumkits)
@@ -42,7 +43,7 @@ die() {
     exit 1
 }
 
-groups=(build app app_run run test demo lint coverage releases package python guide pictures sound peers scale)
+groups=(build app app_run run test demo lint coverage releases package python tarball guide pictures sound peers scale)
 only_list=
 if [[ ${1:-} == --list ]]; then
     shift
