@@ -106,8 +106,8 @@ public:
     TestWorld& operator=(const TestWorld&) = delete;
 
     // From now on the folder and all in it do not answer, as on a mount whose server is gone. Models made
-    // later notice; they give up after that long.
-    void cutOff(const QString& name, std::chrono::milliseconds patience = std::chrono::milliseconds(50)) {
+    // later notice; they give up after that long, which must do for healthy folders on a busy machine.
+    void cutOff(const QString& name, std::chrono::milliseconds patience = std::chrono::milliseconds(500)) {
         dead_->close();
         const auto look = [dead = dead_, folder = toPath(path(name)),
                            looks = looksAtDead](const std::filesystem::path& asked) {
