@@ -23,7 +23,7 @@ QVariant rewrite(const QString& file, const QString& key,
         std::chrono::seconds(2));
     QSettings stored(file, QSettings::IniFormat);
     const QVariant before = stored.value(key);
-    const QVariant value = edited(before);
+    QVariant value = edited(before);
     if (value == before) return value;
     stored.setValue(key, value);
     stored.sync();
