@@ -36,8 +36,8 @@ public:
     // Removes the lowest number. Not for an empty queue.
     std::uint32_t takeLowest() {
         std::size_t at = 0;
-        for (auto level = levels_.rbegin(); level != levels_.rend(); ++level)
-            at = at * 64 + static_cast<std::size_t>(std::countr_zero((*level)[at]));
+        for (std::size_t level = levels_.size(); level-- > 0;)
+            at = at * 64 + static_cast<std::size_t>(std::countr_zero(levels_[level][at]));
         const auto lowest = static_cast<std::uint32_t>(at);
         for (std::vector<std::uint64_t>& level : levels_) {
             std::uint64_t& word = level[at / 64];
