@@ -104,8 +104,7 @@ fs::path withEnding(const fs::path& folder, const std::string& ending) {
 // The first free one of NAME.damaged, NAME.damaged-2, ... for a suffix of ".damaged": the folder has it now.
 fs::path setAside(const fs::path& folder, const std::string& suffix) {
     for (int number = 1;; ++number) {
-        const fs::path aside =
-            withEnding(folder, number == 1 ? suffix : suffix + "-" + std::to_string(number));
+        fs::path aside = withEnding(folder, number == 1 ? suffix : suffix + "-" + std::to_string(number));
         if (moveFolder(folder, aside)) return aside;
     }
 }
