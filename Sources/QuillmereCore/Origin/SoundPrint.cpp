@@ -164,7 +164,7 @@ std::vector<SoundIndex::Neighbour> SoundIndex::nearest(const SoundPrint& sound, 
         const int common = std::min(columns, columnsOf(other.frames));
         const std::int32_t* const theirs = sums_.data() + other.blocks;
         double squares = 0;
-        for (std::size_t k = 0; k < static_cast<std::size_t>(common * blockRows); ++k) {
+        for (std::size_t k = 0; k < static_cast<std::size_t>(common) * blockRows; ++k) {
             const auto difference = static_cast<double>(sums[k] - theirs[k]);
             squares += difference * difference;
         }

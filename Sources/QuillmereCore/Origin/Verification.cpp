@@ -1,8 +1,8 @@
 #include "QuillmereCore/Origin/Verification.h"
 
 #include <algorithm>
-#include <compare>
 #include <map>
+#include <tuple>
 #include <utility>
 
 #include "QuillmereCore/Audio/RIFFChunk.h"
@@ -99,7 +99,9 @@ struct Means {
     std::string model;
     DetailBasis basis = DetailBasis::none;
 
-    auto operator<=>(const Means&) const = default;
+    bool operator<(const Means& other) const {
+        return std::tie(model, basis) < std::tie(other.model, other.basis);
+    }
 };
 Means meansOf(const Recipe& recipe) {
     return {recipe.model, recipe.detail > 0 ? recipe.detailBasis : DetailBasis::none};
