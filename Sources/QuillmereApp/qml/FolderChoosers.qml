@@ -9,40 +9,51 @@ Item {
     id: choosers
 
     required property AppModel app
-    readonly property bool open: corpus.visible || output.visible || own.visible
-    // Takes what the own chooser gives.
+    readonly property bool open: (platform && platform.visible) || own.visible
+    // The platform's, while it is shown.
+    property FolderDialog platform: null
+    // Takes what is chosen.
     property var take: null
 
     function chooseCorpus(startFolder: url) {
-        show(corpus, startFolder, folder => app.corpus.choose(folder));
+        show(app.corpus.chooserMessage, startFolder, folder => app.corpus.choose(folder));
     }
     function chooseOutput(startFolder: url) {
-        show(output, startFolder, folder => app.output.setFolder(folder));
+        show(app.output.chooserMessage, startFolder, folder => app.output.setFolder(folder));
     }
-    function show(dialog: FolderDialog, startFolder: url, taker: var) {
+    // Into the window or as one of its own.
+    function drawnByToolkit(): int {
+        return T.Overlay.overlay.children.length + DrawnWindows.count();
+    }
+    function show(title: string, startFolder: url, taker: var) {
+        take = taker;
+        const drawn = drawnByToolkit();
+        const dialog = platformDialog.createObject(choosers, { title: title });
         if (String(startFolder).length > 0)
             dialog.currentFolder = startFolder;
-        const inWindow = T.Overlay.overlay.children.length;
         dialog.open();
-        // Where the platform has none, the toolkit draws a poor one into the window.
-        if (T.Overlay.overlay.children.length === inWindow)
+        if (drawnByToolkit() === drawn) {
+            platform = dialog;
             return;
+        }
+        // Where the platform has none, the toolkit draws a poor one. It goes with all that belongs to it: closed alone,
+        // it would leave its shade behind.
         dialog.close();
-        take = taker;
-        own.show(dialog.title, startFolder);
+        dialog.destroy();
+        // Where it had a window of its own, the keyboard comes back.
+        Window.window.requestActivate();
+        own.show(title, startFolder);
     }
 
-    FolderDialog {
-        id: corpus
-        title: choosers.app.corpus.chooserMessage
-        acceptLabel: "Use Folder"
-        onAccepted: choosers.app.corpus.choose(selectedFolder)
-    }
-    FolderDialog {
-        id: output
-        title: choosers.app.output.chooserMessage
-        acceptLabel: "Use Folder"
-        onAccepted: choosers.app.output.setFolder(selectedFolder)
+    Component {
+        id: platformDialog
+
+        FolderDialog {
+            acceptLabel: "Use Folder"
+            onAccepted: choosers.take(selectedFolder)
+            onVisibleChanged: if (!visible)
+                destroy()
+        }
     }
     FolderChooser {
         id: own

@@ -80,7 +80,7 @@ Rectangle {
         width: list.width
         height: 28
         radius: Theme.controlRadius - 3
-        color: list.activeFocus && ListView.isCurrentItem ? Theme.accentSoft : pointer.containsMouse ? Theme.controlHover : "transparent"
+        color: list.activeFocus && index === list.currentIndex ? Theme.accentSoft : pointer.containsMouse ? Theme.controlHover : "transparent"
 
         Accessible.role: Accessible.ListItem
         Accessible.name: modelData

@@ -77,7 +77,7 @@ class Story:
         check(self.process.returncode == 0, f"the program ended with {self.process.returncode}")
 
     def button(self, name):
-        return self.screen.wait(name, "push button")
+        return self.screen.wait(name, "button")
 
     def command(self, name):
         """A button that has just become another one takes no click for 400 ms."""
@@ -257,8 +257,9 @@ def main(program):
         story = Story(desktop, program)
         try:
             story.tell()
-            # SDL tells of its driver that writes to a file.
-            log = [line for line in desktop.log(program).splitlines() if not line.startswith("CRITICAL: ")]
+            # SDL tells of its driver that writes to a file, Qt of what the test asked for a moment too late.
+            expected = ("CRITICAL: ", "qt.accessibility.atspi: Could not find accessible on path: ")
+            log = [line for line in desktop.log(program).splitlines() if not line.startswith(expected)]
             check(not log, "the program wrote to its standard error output:\n" + "\n".join(log))
         except BaseException:
             print(desktop.log(program), file=sys.stderr)

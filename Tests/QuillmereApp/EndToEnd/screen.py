@@ -20,7 +20,8 @@ class Thing:
     def __init__(self, accessible):
         self.accessible = accessible
         self.name = accessible.get_name() or ""
-        self.role = accessible.get_role_name()
+        # Until 2024 it was called a push button.
+        self.role = "button" if accessible.get_role() == Atspi.Role.PUSH_BUTTON else accessible.get_role_name()
 
     def is_showing(self):
         try:
@@ -32,8 +33,8 @@ class Thing:
         return self.accessible.get_value_iface().get_current_value()
 
     def text(self):
-        interface = self.accessible.get_text_iface()
-        return interface.get_text(0, interface.get_character_count())
+        # An Accessible has a get_text of its own in newer versions.
+        return Atspi.Text.get_text(self.accessible, 0, Atspi.Text.get_character_count(self.accessible))
 
     def box(self):
         box = self.accessible.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
