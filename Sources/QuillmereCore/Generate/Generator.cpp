@@ -35,13 +35,6 @@ void validateDetail(double detail) {
     if (!(detail >= 0 && detail <= 1)) throw InvalidParameterError("Detail must be a number from 0 to 1");
 }
 
-void createFolder(const fs::path& folder) {
-    std::error_code error;
-    fs::create_directories(folder, error);
-    if (error) throw FileError(folder, error);
-    removeAbandonedFiles(folder);
-}
-
 // A random generator that goes on from there.
 SeededRNG resumed(const std::array<std::uint64_t, 4>& state) {
     SeededRNG rng(0);
@@ -68,12 +61,10 @@ std::int64_t firstIndex(const GenerationRequest& request) {
 // The numbered names of one request.
 class OutputNames {
 public:
-    OutputNames(const GenerationRequest& request, std::string base)
-        : folder_(request.outputDirectory),
-          base_(std::move(base)),
+    OutputNames(const GenerationRequest& request, std::string_view prefix)
+        : names_(request.outputDirectory, prefix),
           isNumberedByIndex_(request.first.has_value()),
-          first_(isNumberedByIndex_ ? static_cast<std::size_t>(firstIndex(request)) + 1
-                                    : Finishing::firstFreeIndex(folder_, base_)),
+          first_(isNumberedByIndex_ ? static_cast<std::size_t>(firstIndex(request)) + 1 : names_.firstFree()),
           afterLast_(first_ + static_cast<std::size_t>(request.count)) {
         if (isNumberedByIndex_) requireFree();
     }
@@ -82,15 +73,12 @@ public:
     [[nodiscard]] std::size_t number(std::int64_t position) const {
         return first_ + static_cast<std::size_t>(position);
     }
-    [[nodiscard]] fs::path file(std::size_t number) const {
-        const std::string name = Finishing::fileName(base_, number);
-        return folder_ / std::u8string(name.begin(), name.end());
-    }
+    [[nodiscard]] fs::path file(std::size_t number) const { return names_.file(number); }
     // A number to try after a taken one: higher, not meant for another variation, and free at this moment.
     // Throws FileError where the number is the variation's own.
     [[nodiscard]] std::size_t next(std::size_t taken) const {
         if (isNumberedByIndex_) throwTaken(file(taken));
-        return std::max({taken + 1, afterLast_, Finishing::firstFreeIndex(folder_, base_)});
+        return std::max({taken + 1, afterLast_, names_.firstFree()});
     }
 
 private:
@@ -104,8 +92,7 @@ private:
         }
     }
 
-    fs::path folder_;
-    std::string base_;
+    SoundFile::NumberedNames names_;
     bool isNumberedByIndex_;
     std::size_t first_;
     std::size_t afterLast_;
@@ -130,10 +117,10 @@ std::string_view rawValue(DetailBasis basis) {
 // A request at work. Results come from several threads.
 class SampleGenerator::Job {
 public:
-    Job(const GenerationRequest& request, const std::string& base, int sampleRate,
+    Job(const GenerationRequest& request, std::string_view prefix, int sampleRate,
         const GenerationHooks& hooks, const SampleGenerator::ProgressCallback& progress)
         : request_(request),
-          names_(request, base),
+          names_(request, prefix),
           sampleRate_(sampleRate),
           hooks_(hooks),
           progress_(progress) {}
@@ -298,11 +285,10 @@ GenerationOutcome SampleGenerator::tryToGenerate(const GenerationRequest& reques
         validate(request.aesthetics);
         validateDetail(request.detail);
         if (request.count <= 0) return outcome;
-        createFolder(request.outputDirectory);
+        SoundFile::prepareFolder(request.outputDirectory);
         if (request.detail > 0) supply_.learnTail(bundle_.latents, inference_, stop);
-        const std::string prefix = request.namePrefix.value_or(bundle_.metadata.corpusName);
-        job.emplace(request, Finishing::sanitisedPrefix(prefix) + std::string(Finishing::variationMark),
-                    sampleRate(), hooks, progress);
+        job.emplace(request, request.namePrefix.value_or(bundle_.metadata.corpusName), sampleRate(), hooks,
+                    progress);
         run(*job, request, hooks, stop);
     } catch (...) {
         outcome.failure = std::current_exception();

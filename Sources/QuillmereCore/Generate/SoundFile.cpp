@@ -1,9 +1,13 @@
 #include "QuillmereCore/Generate/SoundFile.h"
 
+#include <algorithm>
 #include <system_error>
+#include <utility>
 
 #include "QuillmereCore/Audio/RIFFChunk.h"
+#include "QuillmereCore/Generate/Finishing.h"
 #include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere::SoundFile {
@@ -44,6 +48,40 @@ GeneratedSample replace(const FinishedSound& sound, const fs::path& file, const 
     const std::vector<std::byte> bytes = encode(sound, file, hooks);
     writeFileAtomically(file, bytes);
     return finish(sound, file, bytes, hooks);
+}
+
+GeneratedSample writeNumbered(const FinishedSound& sound, const fs::path& folder, std::string_view prefix,
+                              const GenerationHooks& hooks) {
+    prepareFolder(folder);
+    const NumberedNames names(folder, prefix);
+    std::size_t number = names.firstFree();
+    const std::vector<std::byte> bytes = encode(sound, names.file(number), hooks);
+    for (;;) {
+        if (writeNewFile(names.file(number), bytes)) break;
+        number = std::max(number + 1, names.firstFree());
+    }
+    if (const std::error_code unsafe = syncFolder(folder)) throw FileError(folder, unsafe);
+    return finish(sound, names.file(number), bytes, hooks);
+}
+
+void prepareFolder(const fs::path& folder) {
+    std::error_code error;
+    fs::create_directories(folder, error);
+    if (error) throw FileError(folder, error);
+    removeAbandonedFiles(folder);
+}
+
+NumberedNames::NumberedNames(fs::path folder, std::string_view prefix)
+    : folder_(std::move(folder)),
+      base_(Finishing::sanitisedPrefix(prefix) + std::string(Finishing::variationMark)) {}
+
+fs::path NumberedNames::file(std::size_t number) const {
+    const std::string name = Finishing::fileName(base_, number);
+    return folder_ / std::u8string(name.begin(), name.end());
+}
+
+std::size_t NumberedNames::firstFree() const {
+    return Finishing::firstFreeIndex(folder_, base_);
 }
 
 void requireFree(std::span<const fs::path> files) {

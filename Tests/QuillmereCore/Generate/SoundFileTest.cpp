@@ -67,5 +67,46 @@ TEST(SoundFile, NeverTakesANameThatIsTaken) {
     EXPECT_NO_THROW(SoundFile::requireFree(std::span(names).first(1)));
 }
 
+TEST(SoundFile, TakesTheNextNumberOfAGeneration) {
+    const TempFolder folder;
+    const std::vector<float> samples = testing::noise(1, 80, 0.5F);
+    const SoundFile::FinishedSound sound{samples, 8000, OutputFormat::wav24, {}};
+    int told = 0;
+    GenerationHooks hooks;
+    hooks.written = [&](const GenerationHooks::WrittenFile&) { ++told; };
+    const fs::path into = folder / "a" / "b";  // is created
+    EXPECT_EQ(SoundFile::writeNumbered(sound, into, "My Kicks", hooks).url, into / "My_Kicks_var_0001.wav");
+    testing::writeText(into / "My_Kicks_var_0041.wav", "mine");
+    const GeneratedSample next = SoundFile::writeNumbered(sound, into, "My Kicks", hooks);
+    EXPECT_EQ(next.url, into / "My_Kicks_var_0042.wav");
+    EXPECT_EQ(next.seconds, 0.01);
+    EXPECT_EQ(testing::readText(into / "My_Kicks_var_0041.wav"), "mine");
+    EXPECT_EQ(AudioIO::readMono(next.url).samples, AudioIO::asWritten(samples, OutputFormat::wav24));
+    EXPECT_EQ(told, 2);
+}
+
+TEST(SoundFile, ANumberThatSomebodyTakesMeanwhileIsSkipped) {
+    const TempFolder folder;
+    const std::vector<float> samples(8, 0.25F);
+    GenerationHooks hooks;
+    // Between the look for a number and the writing.
+    hooks.chunk = [&](const SampleOrigin&) {
+        testing::writeText(folder / "x_var_0001.wav", "mine");
+        return GenerationHooks::Chunk{"test", "text"};
+    };
+    const SoundFile::FinishedSound sound{samples, 8000, OutputFormat::wav16, {}};
+    EXPECT_EQ(SoundFile::writeNumbered(sound, folder.path(), "x", hooks).url, folder / "x_var_0002.wav");
+    EXPECT_EQ(testing::readText(folder / "x_var_0001.wav"), "mine");
+}
+
+TEST(SoundFile, SaysWhereItCannotWrite) {
+    const TempFolder folder;
+    testing::writeText(folder / "file", "no folder");
+    const std::vector<float> samples(8);
+    EXPECT_THROW(
+        (void)SoundFile::writeNumbered({samples, 8000, OutputFormat::wav16, {}}, folder / "file", "x", {}),
+        FileError);
+}
+
 }  // namespace
 }  // namespace quillmere
