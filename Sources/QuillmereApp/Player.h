@@ -3,10 +3,20 @@
 #include <QObject>
 #include <QString>
 #include <memory>
+#include <vector>
 
 namespace quillmere {
 
-// Plays one audio file at a time. Lives on the user-interface thread; no call blocks it.
+// A sound in memory, and how loud it is to be played.
+struct PlayableSound {
+    std::shared_ptr<const std::vector<float>> samples;  // mono, nominally within +-1
+    double sampleRate = 0;                              // Hz
+    float gain = 1;
+
+    [[nodiscard]] double seconds() const { return static_cast<double>(samples->size()) / sampleRate; }
+};
+
+// Plays one sound at a time. Lives on the user-interface thread; no call blocks it.
 class Player : public QObject {
     Q_OBJECT
 
@@ -16,6 +26,8 @@ public:
     // Stops what plays and begins with file: started or failed follows, unless another play or stop comes
     // first.
     virtual void play(const QString& file) = 0;
+    // The same with what is in memory; name stands for it in the signals.
+    virtual void playSound(const QString& name, const PlayableSound& sound) = 0;
     // Silence at once; neither ended nor failed follows for what was stopped.
     virtual void stop() = 0;
     [[nodiscard]] virtual bool isPlaying() const = 0;

@@ -12,6 +12,7 @@
 #include <optional>
 #include <thread>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "QuillmereApp/FilePath.h"
@@ -42,14 +43,23 @@ struct Sound {
     double seconds = 0;
 };
 
+Sound atPlayableRate(std::vector<float> samples, double rate) {
+    const double seconds = static_cast<double>(samples.size()) / rate;
+    const bool playsAsItIs = rate >= lowestRate && rate <= highestRate && rate == std::floor(rate);
+    if (playsAsItIs) return {std::move(samples), static_cast<int>(rate), seconds};
+    return {AudioIO::resample(std::move(samples), rate, fallbackRate), fallbackRate, seconds};
+}
+
 Sound readSound(const QString& file) {
     AudioIO::MonoAudio audio = AudioIO::readMono(toPath(file));
-    const double seconds = static_cast<double>(audio.samples.size()) / audio.sampleRate;
-    const bool playsAsItIs = audio.sampleRate >= lowestRate && audio.sampleRate <= highestRate &&
-                             audio.sampleRate == std::floor(audio.sampleRate);
-    if (playsAsItIs) return {std::move(audio.samples), static_cast<int>(audio.sampleRate), seconds};
-    return {AudioIO::resample(std::move(audio.samples), audio.sampleRate, fallbackRate), fallbackRate,
-            seconds};
+    return atPlayableRate(std::move(audio.samples), audio.sampleRate);
+}
+
+Sound readSound(const PlayableSound& sound) {
+    std::vector<float> samples = *sound.samples;
+    for (float& sample : samples)
+        sample *= sound.gain;
+    return atPlayableRate(std::move(samples), sound.sampleRate);
 }
 
 extern "C" void sayNothing(const char*, int, const char*, int, const char*, ...) {}
@@ -124,6 +134,9 @@ private:
     SDL_AudioDeviceID id_ = 0;
 };
 
+// A file, or what is in memory.
+using Source = std::variant<QString, PlayableSound>;
+
 // What the window's thread and the playing thread share. It outlives the player when a sound server hangs
 // while a device is being opened or closed: then the thread is left behind.
 class Playback {
@@ -135,10 +148,10 @@ public:
     };
     explicit Playback(Events events) : events_(std::move(events)) {}
 
-    void play(quint64 number, const QString& file) {
+    void play(quint64 number, const Source& source) {
         const MutexLock lock(mutex_);
         newest_ = number;
-        request_ = file;
+        request_ = source;
         wake_.notify_all();
     }
     void stop(quint64 number) {
@@ -157,7 +170,7 @@ public:
 
     void run() {
         while (const auto request = nextRequest())
-            playOne(request->number, request->file);
+            playOne(request->number, request->source);
         const MutexLock lock(mutex_);
         over_ = true;
         wake_.notify_all();
@@ -166,7 +179,7 @@ public:
 private:
     struct Request {
         quint64 number;
-        QString file;
+        Source source;
     };
 
     // Waits for it. None when the player goes.
@@ -177,9 +190,9 @@ private:
         return Request{newest_, *std::exchange(request_, std::nullopt)};
     }
 
-    void playOne(quint64 number, const QString& file) {
+    void playOne(quint64 number, const Source& source) {
         try {
-            Sound sound = readSound(file);
+            Sound sound = std::visit([](const auto& from) { return readSound(from); }, source);
             if (isSuperseded(number)) return;
             Device device(sound.rate);
             device.queue(sound.samples);
@@ -227,7 +240,7 @@ private:
 
     Mutex mutex_;
     std::condition_variable_any wake_;
-    std::optional<QString> request_ QUILLMERE_GUARDED_BY(mutex_);
+    std::optional<Source> request_ QUILLMERE_GUARDED_BY(mutex_);
     quint64 newest_ QUILLMERE_GUARDED_BY(mutex_) = 0;
     bool quit_ QUILLMERE_GUARDED_BY(mutex_) = false;
     bool over_ QUILLMERE_GUARDED_BY(mutex_) = false;
@@ -256,11 +269,8 @@ public:
         }
     }
 
-    void play(const QString& file) override {
-        isPlaying_ = false;
-        file_ = file;
-        playback_->play(++number_, file);
-    }
+    void play(const QString& file) override { begin(file, file); }
+    void playSound(const QString& name, const PlayableSound& sound) override { begin(name, sound); }
     void stop() override {
         isPlaying_ = false;
         playback_->stop(++number_);
@@ -268,6 +278,11 @@ public:
     [[nodiscard]] bool isPlaying() const override { return isPlaying_; }
 
 private:
+    void begin(const QString& name, const Source& source) {
+        isPlaying_ = false;
+        name_ = name;
+        playback_->play(++number_, source);
+    }
     // From the playing thread: event on this object's thread, unless another play or stop has come first.
     template <typename Event>
     void post(quint64 play, Event event) {
@@ -277,18 +292,18 @@ private:
     }
     void onStarted(double seconds) {
         isPlaying_ = true;
-        emit started(file_, seconds);
+        emit started(name_, seconds);
     }
     void onEnded() {
         isPlaying_ = false;
-        emit ended(file_);
+        emit ended(name_);
     }
     void onFailed(const QString& reason) {
         isPlaying_ = false;
-        emit failed(file_, reason);
+        emit failed(name_, reason);
     }
 
-    QString file_;
+    QString name_;
     quint64 number_ = 0;  // of the newest play or stop
     bool isPlaying_ = false;
     QueuedCalls calls_;

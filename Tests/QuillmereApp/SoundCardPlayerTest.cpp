@@ -95,6 +95,24 @@ private slots:
                  -1);
     }
 
+    void whatIsInMemoryIsPlayedAtItsOwnLevel() {
+        const std::vector<float> samples = noise(9, 4000, 0.5F);
+        const auto player = Player::forSoundCard();
+        QSignalSpy started(player.get(), &Player::started);
+        QSignalSpy ended(player.get(), &Player::ended);
+        player->playSound(QStringLiteral("candidate:1"),
+                          {.samples = std::make_shared<const std::vector<float>>(samples),
+                           .sampleRate = 8000,
+                           .gain = 0.5F});
+        QTRY_COMPARE(ended.count(), 1);
+        QCOMPARE(started.at(0).at(0).toString(), QStringLiteral("candidate:1"));
+        QCOMPARE(started.at(0).at(1).toDouble(), 0.5);
+        std::vector<float> expected = samples;
+        for (float& sample : expected)
+            sample *= 0.5F;
+        QCOMPARE(firstDifference(played(world_->path("played.raw")), expected), -1);
+    }
+
     void stereoIsMixed() {
         const QString file = world_->path("stereo.wav");
         TestWorld::write(file, QByteArray::fromStdString(floatWAV({{0.5F, 0.25F}, {0.25F, 0.0F}})));

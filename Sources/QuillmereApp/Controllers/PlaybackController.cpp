@@ -25,12 +25,22 @@ void PlaybackController::play(const QUrl& file) {
     player_->play(file.toLocalFile());
 }
 
+void PlaybackController::playSound(const QUrl& name, const PlayableSound& sound) {
+    stop();
+    openingURL_ = name;
+    player_->playSound(name.toString(), sound);
+}
+
 void PlaybackController::togglePlay(const QUrl& file) {
-    if (!file.isEmpty() && (file == playingURL_ || file == openingURL_)) {
-        stop();
-    } else {
-        play(file);
-    }
+    if (!stopped(file)) play(file);
+}
+
+void PlaybackController::togglePlaySound(const QUrl& name, const PlayableSound& sound) {
+    if (!stopped(name)) playSound(name, sound);
+}
+
+bool PlaybackController::stopped(const QUrl& url) {
+    return !url.isEmpty() && (url == playingURL_ || url == openingURL_) && stop();
 }
 
 bool PlaybackController::stop() {
@@ -47,6 +57,7 @@ void PlaybackController::setPlaying(const QUrl& file) {
 }
 
 void PlaybackController::started(const QString&, double seconds) {
+    playingSeconds_ = seconds;
     setPlaying(std::exchange(openingURL_, QUrl()));
     playTimer_.start(std::chrono::milliseconds(std::llround((seconds + 0.1) * 1000)));
 }

@@ -15,18 +15,26 @@ class PlaybackController : public Controller {
     QML_ELEMENT
     QML_UNCREATABLE("AppModel owns it")
     Q_PROPERTY(QUrl playingURL READ playingURL NOTIFY playingURLChanged)
+    Q_PROPERTY(double playingSeconds READ playingSeconds NOTIFY playingURLChanged)  // how long it lasts
 
 public:
     explicit PlaybackController(const Environment& environment);
 
     // Stops what plays and begins with file. One that cannot be played ends as notice and fileFailed.
     void play(const QUrl& file);
+    // The same with what is in memory. name: what playingURL says meanwhile; no file has it.
+    void playSound(const QUrl& name, const PlayableSound& sound);
+    void togglePlaySound(const QUrl& name, const PlayableSound& sound);
     // Plays file, or stops it if it is the one playing.
     Q_INVOKABLE void togglePlay(const QUrl& file);
     // Whether there was something to stop: a file that played or was about to.
     Q_INVOKABLE bool stop();
 
+    // Silence, if that is what plays or is about to.
+    void stopIfPlaying(const QUrl& url) { (void)stopped(url); }
+
     [[nodiscard]] QUrl playingURL() const { return playingURL_; }
+    [[nodiscard]] double playingSeconds() const { return playingSeconds_; }
 
 signals:
     void playingURLChanged();
@@ -38,10 +46,13 @@ private:
     void failed(const QString& file, const QString& reason);
     void setPlaying(const QUrl& file);
     void clearIfPlayed();
+    // Whether it played, or was about to, and is stopped now.
+    bool stopped(const QUrl& url);
 
     std::unique_ptr<Player> player_;
     QUrl openingURL_;  // asked for, not yet started
     QUrl playingURL_;
+    double playingSeconds_ = 0;
     QTimer playTimer_;
 };
 

@@ -30,6 +30,26 @@ private slots:
         QCOMPARE(world.player->asked, QStringList({world.path("a.wav")}));
     }
 
+    void playsWhatIsInMemory() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        const PlayableSound sound{.samples = std::make_shared<const std::vector<float>>(4000),
+                                  .sampleRate = 8000};
+        const QUrl name(QStringLiteral("candidate:7"));
+        playback.togglePlaySound(name, sound);
+        QTRY_COMPARE(playback.playingURL(), name);
+        QCOMPARE(playback.playingSeconds(), 0.5);
+        QCOMPARE(world.player->asked, QStringList("candidate:7"));
+        playback.stopIfPlaying(QUrl(QStringLiteral("candidate:8")));
+        QCOMPARE(playback.playingURL(), name);
+        playback.togglePlaySound(name, sound);
+        QCOMPARE(playback.playingURL(), QUrl());
+        playback.playSound(name, sound);
+        playback.stopIfPlaying(name);  // before it has begun
+        deliverEvents();
+        QCOMPARE(playback.playingURL(), QUrl());
+    }
+
     void theMarkGoesATenthOfASecondAfterTheEnd() {
         TestWorld world;
         PlaybackController playback(world.environment);

@@ -13,6 +13,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -33,12 +34,14 @@ namespace quillmere::testing {
 class FakePlayer : public Player {
 public:
     void play(const QString& file) override {
-        stop();
-        asked.append(file);
-        const int number = number_;
-        QTimer::singleShot(0, this, [this, file, number] {
-            if (number == number_) begin(file);
+        ask(file, [file]() -> std::optional<double> {
+            const auto info = AudioIO::info(toPath(file));
+            return info ? std::optional(info->duration) : std::nullopt;
         });
+    }
+    void playSound(const QString& name, const PlayableSound& sound) override {
+        lastSound = sound;
+        ask(name, [sound] { return std::optional(sound.seconds()); });
     }
     void stop() override {
         ++number_;
@@ -49,19 +52,29 @@ public:
     // The last sample has been played.
     void finish() { emit ended(std::exchange(playing, QString())); }
 
-    QStringList asked;  // every file play was called with
+    QStringList asked;        // every file or name that was to be played
+    PlayableSound lastSound;  // of those in memory
     QString playing;
     bool hasSoundCard = true;
 
 private:
-    void begin(const QString& file) {
-        const auto info = AudioIO::info(toPath(file));
-        if (!info || !hasSoundCard) {
-            emit failed(file, hasSoundCard ? "The file is gone." : "There is no sound card.");
+    using Duration = std::function<std::optional<double>()>;
+
+    void ask(const QString& name, const Duration& duration) {
+        stop();
+        asked.append(name);
+        const int number = number_;
+        QTimer::singleShot(0, this, [this, name, duration, number] {
+            if (number == number_) begin(name, duration());
+        });
+    }
+    void begin(const QString& name, std::optional<double> seconds) {
+        if (!seconds || !hasSoundCard) {
+            emit failed(name, hasSoundCard ? "The file is gone." : "There is no sound card.");
             return;
         }
-        playing = file;
-        emit started(file, info->duration);
+        playing = name;
+        emit started(name, *seconds);
     }
 
     int number_ = 0;
