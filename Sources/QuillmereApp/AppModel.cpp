@@ -20,10 +20,12 @@ AppModel::AppModel(Environment environment, QObject* parent)
       corpus_(environment_, preferences_),
       model_(environment_, devices_),
       generation_(environment_, generationLinks()),
+      candidates_(environment_, candidatesLinks()),
       session_(preferences_, model_, character_, output_) {
     connectAll();
     connectCorpusAndModel();
     connectRuns();
+    connectCandidates();
     corpus_.restore();
     character_.reloadPresets();
 }
@@ -34,8 +36,8 @@ AppModel::~AppModel() {
 
 // ---- Connections
 
-std::array<Controller*, 6> AppModel::controllers() {
-    return {&playback_, &character_, &output_, &corpus_, &model_, &generation_};
+std::array<Controller*, 7> AppModel::controllers() {
+    return {&playback_, &character_, &output_, &corpus_, &model_, &generation_, &candidates_};
 }
 
 void AppModel::connectAll() {
@@ -80,6 +82,19 @@ void AppModel::connectRuns() {
     connect(generation_.results(), &ResultsModel::modelReset, this, &AppModel::stopWhatIsNotShown);
 }
 
+void AppModel::connectCandidates() {
+    connect(&candidates_, &CandidatesController::isTryingChanged, this,
+            &AppModel::activityOfControllersChanged);
+    connect(&candidates_, &CandidatesController::playRequested, &playback_, &PlaybackController::playSound);
+    connect(&candidates_, &CandidatesController::togglePlayRequested, &playback_,
+            &PlaybackController::togglePlaySound);
+    connect(&candidates_, &CandidatesController::removed, &playback_, &PlaybackController::stopIfPlaying);
+    connect(&candidates_, &CandidatesController::kept, generation_.results(), &ResultsModel::add);
+    connect(&candidates_, &CandidatesController::kept, &output_, &OutputController::look);
+    connect(&playback_, &PlaybackController::playingURLChanged, this,
+            [this] { candidates_.list()->setPlaying(playback_.playingURL()); });
+}
+
 GenerationController::Links AppModel::generationLinks() {
     return {
         .outputFolder = [this] { return output_.folder(); },
@@ -96,6 +111,27 @@ GenerationController::Links AppModel::generationLinks() {
         .openModelAgain = [this] { model_.openAgain(); },
         .whenModelIsLoaded = [this](auto returned) { model_.whenLoaded(std::move(returned)); },
         .train = [this](const auto& returned) { model_.train(returned); },
+    };
+}
+
+CandidatesController::Links AppModel::candidatesLinks() {
+    return {
+        .order =
+            [this] {
+                return CandidatesOrder{.aesthetics = character_.aesthetics(),
+                                       .seed = character_.drawSeed(),
+                                       .detail = output_.detail()};
+            },
+        .generator = [this] { return model_.preparedGenerator(); },
+        .openModelAgain = [this] { model_.openAgain(); },
+        .whenModelIsLoaded = [this](auto returned) { model_.whenLoaded(std::move(returned)); },
+        .outputFolder =
+            [this] {
+                const auto folder = output_.folder();
+                if (folder) output_.remember(*folder);
+                return folder;
+            },
+        .format = [this] { return output_.format(); },
     };
 }
 
@@ -129,13 +165,15 @@ void AppModel::modelChanged() {
                              .modelIsUnopened = model_.isUnopened(),
                              .hasModel = model_.isReady(),
                              .canPreview = model_.canPreview()});
+    candidates_.setHasModel(model_.isReady());
 }
 
 void AppModel::activityOfControllersChanged() {
     const Activity activity{.isTraining = model_.isTraining(),
                             .isGenerating = generation_.isGenerating(),
                             .isScanning = corpus_.isScanning(),
-                            .isAuditioning = generation_.isAuditioning()};
+                            .isAuditioning = generation_.isAuditioning(),
+                            .isTrying = candidates_.isTrying()};
     const Activity before = std::exchange(activity_, activity);
     for (Controller* controller : controllers())
         controller->setActivity(activity);
@@ -158,13 +196,14 @@ void AppModel::cancelAll() {
     model_.cancelTraining();
     model_.cancelLoading();
     generation_.cancel();
+    candidates_.cancel();
     corpus_.cancelScan();
 }
 
 // What sounds has a button that stops it.
 void AppModel::stopWhatIsNotShown() {
     const QUrl playing = playback_.playingURL();
-    if (playing.isEmpty()) return;
+    if (!playing.isLocalFile()) return;  // a candidate, or silence
     if (playing != generation_.auditionURL() && generation_.results()->rowOf(playing) < 0) playback_.stop();
 }
 

@@ -11,6 +11,7 @@
 
 #include "QuillmereApp/Appearance.h"
 #include "QuillmereApp/ComputeDevices.h"
+#include "QuillmereApp/Controllers/CandidatesController.h"
 #include "QuillmereApp/Controllers/CharacterController.h"
 #include "QuillmereApp/Controllers/CorpusController.h"
 #include "QuillmereApp/Controllers/GenerationController.h"
@@ -39,6 +40,7 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::OutputController* output READ output CONSTANT)
     Q_PROPERTY(quillmere::CharacterController* character READ character CONSTANT)
     Q_PROPERTY(quillmere::GenerationController* generation READ generation CONSTANT)
+    Q_PROPERTY(quillmere::CandidatesController* candidates READ candidates CONSTANT)
     Q_PROPERTY(quillmere::PlaybackController* playback READ playback CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
@@ -56,6 +58,7 @@ public:
     [[nodiscard]] OutputController* output() { return &output_; }
     [[nodiscard]] CharacterController* character() { return &character_; }
     [[nodiscard]] GenerationController* generation() { return &generation_; }
+    [[nodiscard]] CandidatesController* candidates() { return &candidates_; }
     [[nodiscard]] PlaybackController* playback() { return &playback_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
@@ -63,7 +66,7 @@ public:
 
     // ---- What concerns several subjects
 
-    // Stops whatever runs (training, generation, scan, audition), and the opening of a model.
+    // Stops whatever runs (training, generation, scan, audition, candidates), and the opening of a model.
     Q_INVOKABLE void cancel();
     // Looks again for the output folder, the results and the own presets, which other programs may have
     // changed: call it when the window becomes active.
@@ -136,12 +139,14 @@ signals:
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 6> controllers();
+    [[nodiscard]] std::array<Controller*, 7> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
+    [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
     void connectAll();
     void connectCorpusAndModel();
     void connectRuns();
+    void connectCandidates();
     void corpusChanged();
     void filesGone(int files);
     void modelChanged();
@@ -165,6 +170,7 @@ private:
     CorpusController corpus_;
     ModelController model_;
     GenerationController generation_;
+    CandidatesController candidates_;
     Session session_;
 };
 

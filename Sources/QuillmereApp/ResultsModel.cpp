@@ -92,6 +92,15 @@ void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
     }
 }
 
+void ResultsModel::add(GeneratedSample sample) {
+    if (holds_ == 0) {
+        addRow(std::move(sample));
+        return;
+    }
+    if (!next_) next_ = samples_;
+    next_->push_back(std::move(sample));
+}
+
 void ResultsModel::release() {
     if (--holds_ > 0 || !next_) return;
     replaceRows(*std::exchange(next_, std::nullopt));
@@ -106,14 +115,26 @@ void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
     rows_.clear();
     rows_.reserve(samples_.size());
     rowByUrl_.clear();
-    for (const GeneratedSample& sample : samples_) {
-        const QUrl url = toUrl(sample.url);
-        rowByUrl_.insert(url, count());
-        rows_.push_back({.url = url, .fileName = toQString(sample.url.filename()), .peaks = {}});
-    }
+    for (const GeneratedSample& sample : samples_)
+        appendRow(sample);
     endResetModel();
     emit countChanged();
     watchFolders();
+}
+
+void ResultsModel::addRow(GeneratedSample sample) {
+    beginInsertRows({}, count(), count());
+    appendRow(sample);
+    samples_.push_back(std::move(sample));
+    endInsertRows();
+    emit countChanged();
+    watchFolders();
+}
+
+void ResultsModel::appendRow(const GeneratedSample& sample) {
+    const QUrl url = toUrl(sample.url);
+    rowByUrl_.insert(url, count());
+    rows_.push_back({.url = url, .fileName = toQString(sample.url.filename()), .peaks = {}});
 }
 
 void ResultsModel::watchFolders() {
@@ -186,8 +207,9 @@ void ResultsModel::refresh() {
                 stale = staleRows_] { return existing(files, *looks, *stale); },
                [this, stale = staleRows_](const std::vector<bool>& exist) {
                    if (stale->isCancelled()) return;
-                   for (int row = 0; row < count(); ++row)
-                       setExists(row, exist[static_cast<std::size_t>(row)]);
+                   // Rows may have been added meanwhile.
+                   for (std::size_t row = 0; row < exist.size(); ++row)
+                       setExists(static_cast<int>(row), exist[row]);
                },
                [](const TaskFailure&) {}, nextPriority_++);
 }

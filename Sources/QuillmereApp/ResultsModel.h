@@ -18,7 +18,7 @@
 
 namespace quillmere {
 
-// The files of the last generation. Roles:
+// The files of the last generation, and those that were kept since. Roles:
 //   url          file URL (for dragging out too)
 //   fileName     string
 //   seconds      double; durationText: "1.24 s"
@@ -56,6 +56,8 @@ public:
     [[nodiscard]] const std::vector<GeneratedSample>& samples() const { return samples_; }
     // The rows change at once, or, while somebody holds them, as soon as nobody does.
     void setSamples(std::vector<GeneratedSample> samples);
+    // One more row at the end, in the same way.
+    void add(GeneratedSample sample);
     void hold() { ++holds_; }
     void release();
     void setPlaying(const QUrl& url);
@@ -91,6 +93,8 @@ private:
     };
 
     void replaceRows(std::vector<GeneratedSample> samples);
+    void addRow(GeneratedSample sample);
+    void appendRow(const GeneratedSample& sample);
     void setExists(int row, bool exists);
     void requestPeaks(int row);
     void watchFolders();

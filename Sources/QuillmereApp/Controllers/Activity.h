@@ -10,10 +10,11 @@ struct Activity {
     bool isGenerating = false;
     bool isScanning = false;
     bool isAuditioning = false;
+    bool isTrying = false;  // candidates are rendered
 
-    [[nodiscard]] bool isBusy() const { return isTraining || isGenerating || isScanning || isAuditioning; }
+    [[nodiscard]] bool isBusy() const { return isComputing() || isScanning; }
     // The device that learns is in use.
-    [[nodiscard]] bool isComputing() const { return isTraining || isGenerating || isAuditioning; }
+    [[nodiscard]] bool isComputing() const { return isTraining || isGenerating || isAuditioning || isTrying; }
 
     // What to tell the user whose wish has to wait until it has ended.
     [[nodiscard]] static QString waitNotice() {

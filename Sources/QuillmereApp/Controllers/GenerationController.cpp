@@ -7,6 +7,7 @@
 
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
+#include "QuillmereApp/Controllers/NoiseText.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereCore/Audio/AudioIO.h"
@@ -39,16 +40,6 @@ void writeAudition(const std::vector<float>& samples, const std::filesystem::pat
         throw FileError(file, error);
     removeAbandonedFiles(file.parent_path());
     AudioIO::write(samples, file, sampleRate, OutputFormat::wav16, Durability::disposable);
-}
-
-// That so many of the variations did not get the detail that was asked for.
-QString noiseText(int withNoise, int variations) {
-    if (withNoise == variations)
-        return QStringLiteral("The learned samples could not be read: noise stands in for their detail.");
-    return QStringLiteral(
-               "For %1 of %2 variations a learned sample could not be read: noise stands in for its detail.")
-        .arg(withNoise)
-        .arg(variations);
 }
 
 int countWithNoise(const std::vector<GeneratedSample>& samples) {

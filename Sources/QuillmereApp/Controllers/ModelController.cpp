@@ -236,7 +236,7 @@ ModelStore::Former ModelController::former() const {
 }
 
 void ModelController::train() {
-    if (activity().isGenerating || activity().isAuditioning) {
+    if (activity().isGenerating || activity().isAuditioning || activity().isTrying) {
         emit notice(Activity::waitNotice());
         return;
     }

@@ -10,6 +10,7 @@ Item {
     property bool listening: true
 
     signal playRequested
+    signal undoRequested
     signal resultsRequested
     signal closeRequested
 
@@ -35,6 +36,11 @@ Item {
     }
     Shortcut {
         enabled: commands.listening
+        sequence: "Ctrl+N"
+        onActivated: commands.app.candidates.start()
+    }
+    Shortcut {
+        enabled: commands.listening
         sequence: "Ctrl+D"
         onActivated: commands.app.compareDetail()
     }
@@ -46,7 +52,7 @@ Item {
     Shortcut {
         enabled: commands.listening
         sequences: ["Ctrl+Z"]
-        onActivated: commands.app.character.undo()
+        onActivated: commands.undoRequested()
     }
     Shortcut {
         enabled: commands.listening

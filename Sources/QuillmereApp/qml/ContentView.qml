@@ -35,12 +35,16 @@ FocusScope {
     }
 
     function goToResults() {
-        if (app.generation.results.count > 0)
-            results.takeKeyboard();
+        if (strip.visible)
+            strip.goOn();
     }
     function togglePlay() {
-        if (results.visible)
-            results.togglePlay();
+        if (strip.visible)
+            strip.togglePlay();
+    }
+    function undo() {
+        if (!strip.candidatesHaveKeyboard || !app.candidates.undo())
+            app.character.undo();
     }
 
     // A field hands on what is typed when it loses the keyboard.
@@ -53,6 +57,13 @@ FocusScope {
     }
     Connections {
         target: content.app.generation
+
+        function onCommanded() {
+            content.takeWhatIsTyped();
+        }
+    }
+    Connections {
+        target: content.app.candidates
 
         function onCommanded() {
             content.takeWhatIsTyped();
@@ -104,10 +115,10 @@ FocusScope {
         // In a wide window the banner takes its room from the character panel: the cards stay where they are.
         readonly property real bannerHeight: banner.visible ? banner.height + Theme.between : 0
         readonly property real start: content.wide || !banner.visible ? 0 : banner.y + banner.height
-        readonly property real stackedHeight: results.y + (results.visible ? results.height : -Theme.between) + Theme.outer
+        readonly property real stackedHeight: strip.y + (strip.visible ? strip.height : -Theme.between) + Theme.outer
         readonly property real paneHeight: height - 2 * Theme.outer
-        readonly property bool hasResultsBelow: results.visible && !content.broad
-        readonly property real characterHeight: paneHeight - bannerHeight - (hasResultsBelow ? results.height + Theme.between : 0)
+        readonly property bool hasResultsBelow: strip.visible && !content.broad
+        readonly property real characterHeight: paneHeight - bannerHeight - (hasResultsBelow ? strip.height + Theme.between : 0)
         // What the rows of the character panel cannot use.
         readonly property real spareHeight: paneHeight - bannerHeight - Theme.between - character.heightFor(content.tallestRow)
 
@@ -169,8 +180,8 @@ FocusScope {
                 rowHeight: content.wide ? Math.max(23, Math.min(content.tallestRow, Math.floor(rowHeightFor(stack.characterHeight)))) : 32
             }
         }
-        ResultsStrip {
-            id: results
+        StripPlace {
+            id: strip
             x: content.broad ? characterPane.x + content.characterWidth + Theme.between : characterPane.x
             y: {
                 if (content.broad)
@@ -179,16 +190,24 @@ FocusScope {
             }
             width: content.broad ? content.besideCards - content.characterWidth - Theme.between : content.characterWidth
             height: content.broad ? stack.paneHeight : content.wide ? Math.max(implicitHeight, stack.spareHeight) : implicitHeight
-            visible: content.broad || content.app.generation.results.count > 0
+            visible: content.broad || hasResults || hasCandidates
             app: content.app
         }
-        // New results in a narrow window may be far below.
+        // What is new in a narrow window may be far below.
         Connections {
             target: content.app.generation.results
 
             function onCountChanged() {
                 if (!content.wide && content.app.generation.results.count > 0)
-                    Qt.callLater(stack.reveal, results);
+                    Qt.callLater(stack.reveal, strip);
+            }
+        }
+        Connections {
+            target: content.app.candidates
+
+            function onSetsChanged() {
+                if (!content.wide)
+                    Qt.callLater(stack.reveal, strip);
             }
         }
     }

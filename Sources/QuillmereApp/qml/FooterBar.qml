@@ -1,7 +1,7 @@
 import QtQuick
 import QuillmereApp
 
-// What is going on, and the two things to do with the model: listen, and generate.
+// What is going on, and what to do with the model: listen, try, and generate.
 Rectangle {
     id: footer
 
@@ -119,6 +119,15 @@ Rectangle {
                 font.pixelSize: Theme.textSize
                 text: "Audition"
             }
+        }
+        CommandButton {
+            objectName: "try"
+            height: 36
+            text: "Try " + footer.app.candidates.perSet
+            tip: "Render twelve variations to listen to, without saving; keep the ones you like (Ctrl+N)."
+            enabled: footer.app.candidates.canTry
+            phase: enabled ? "try" : ""
+            onCommanded: footer.app.candidates.start()
         }
         CommandButton {
             objectName: "generate"

@@ -65,6 +65,7 @@ T.ApplicationWindow {
         app: root.app
         listening: root.listening
         onPlayRequested: content.togglePlay()
+        onUndoRequested: content.undo()
         onResultsRequested: content.goToResults()
         onCloseRequested: root.close()
     }

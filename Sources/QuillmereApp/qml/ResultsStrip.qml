@@ -9,6 +9,9 @@ Rectangle {
     id: strip
 
     required property AppModel app
+    readonly property bool hasKeyboard: list.activeFocus
+
+    signal candidatesRequested
 
     readonly property real tileHeight: 84
     // As high as one row, unless its place is higher.
@@ -50,6 +53,17 @@ Rectangle {
         wrapMode: Text.NoWrap
     }
     ActionButton {
+        objectName: "showCandidates"
+        anchors.right: inFinder.left
+        anchors.verticalCenter: heading.verticalCenter
+        height: 28
+        visible: strip.app.candidates.sets > 0
+        quiet: true
+        text: "Candidates"
+        onClicked: strip.candidatesRequested()
+    }
+    ActionButton {
+        id: inFinder
         objectName: "showInFinder"
         anchors.right: parent.right
         anchors.rightMargin: Theme.inner

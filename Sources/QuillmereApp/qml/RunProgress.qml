@@ -10,32 +10,31 @@ Item {
     readonly property bool generating: app.generation.isGenerating
     readonly property bool waiting: app.generation.isWaiting
     readonly property bool learning: waiting && app.model.isTraining
-    readonly property bool cancelling: app.generation.isCancelling || (learning && app.model.isCancelling)
+    readonly property bool cancelling: app.generation.isCancelling || app.candidates.isCancelling || (learning && app.model.isCancelling)
     readonly property string following: app.output.count === 1 ? "1 variation follows." : app.output.count + " variations follow."
     readonly property string timeLeft: learning ? app.model.timeLeft : generating ? app.generation.timeLeft : ""
-    // Most auditions are over before anyone could read of them.
+    // Most auditions and candidates are over before anyone could read of them.
     property bool longAudition: false
+    readonly property bool trying: app.candidates.isTrying
+    readonly property bool auditioning: trying || app.generation.isAuditioning
     // Shown for a while in place of the time left
     property string news
 
     implicitHeight: Theme.controlHeight
     visible: generating || waiting || longAudition
 
-    Connections {
-        target: run.app.generation
-
-        function onIsAuditioningChanged() {
-            if (run.app.generation.isAuditioning)
-                patience.restart();
-            else
-                patience.stop();
-            run.longAudition = false;
-        }
+    onAuditioningChanged: {
+        if (auditioning)
+            patience.restart();
+        else
+            patience.stop();
+        longAudition = false;
     }
+
     Timer {
         id: patience
         interval: Theme.patience
-        onTriggered: run.longAudition = run.app.generation.isAuditioning
+        onTriggered: run.longAudition = run.auditioning
     }
     Column {
         anchors.verticalCenter: parent.verticalCenter
@@ -53,6 +52,8 @@ Item {
                         return "Cancelling…";
                     if (run.waiting)
                         return run.learning ? "Learning first: " + run.following : "Opening the model: " + run.following;
+                    if (run.trying)
+                        return run.app.candidates.done + " of " + run.app.candidates.perSet;
                     return run.generating ? run.app.generation.done + " of " + run.app.generation.total : "Rendering…";
                 }
                 font.family: Theme.figures
@@ -84,8 +85,8 @@ Item {
         ProgressBar {
             width: parent.width
             label: run.learning ? "Learning" : run.waiting ? "Opening the model" : run.generating ? "Generating" : "Rendering"
-            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating
-            value: run.learning ? run.app.model.fraction : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
+            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating && !run.trying
+            value: run.learning ? run.app.model.fraction : run.trying ? run.app.candidates.done / run.app.candidates.perSet : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
         }
     }
     CommandButton {

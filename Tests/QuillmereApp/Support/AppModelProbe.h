@@ -28,6 +28,7 @@ struct AppModelProbe {
         waitForWork(*app.corpus());
         waitForWork(*app.model());
         waitForWork(*app.generation());
+        waitForWork(*app.candidates());
         waitForWork(*app.output());
         waitForWork(*app.character());
     }

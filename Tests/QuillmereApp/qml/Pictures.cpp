@@ -81,6 +81,7 @@ public:
         trained();
         generating();
         results();
+        candidates();
         outputInCorpus();
         chooser();
         error();
@@ -210,6 +211,28 @@ private:
         app_->generate();
         waitUntilIdle();
         take(QStringLiteral("results-small"), {800, 600});
+    }
+    // Two of the first five are kept, one is gone, the sixth is heard.
+    void candidates() {
+        CandidatesController& candidates = *app_->candidates();
+        app_->setOutputText(QStringLiteral("~/Samples/Strokes"));
+        candidates.start();
+        waitUntilIdle();
+        for (const int row : {1, 4}) {
+            candidates.keep(row);
+            waitFor([&] { return app_->results()->count() > 0 && candidates.list()->at(row)->isKept(); });
+        }
+        candidates.discard(2);
+        window_->findChild<QObject*>(QStringLiteral("candidates"))->setProperty("currentIndex", 4);
+        candidates.play(4);
+        QTest::qWait(800);
+        takeBoth(QStringLiteral("candidates"));
+        take(QStringLiteral("candidates-1080p"), {1920, 1080});
+        take(QStringLiteral("candidates-narrow"), {640, 1600});
+        candidates.start();
+        waitUntilIdle();
+        take(QStringLiteral("candidates-small"), {800, 600});
+        app_->playback()->stop();
     }
     void outputInCorpus() {
         app_->setOutputText(app_->corpusURL().toLocalFile());

@@ -1,0 +1,90 @@
+import QtQuick
+import QuillmereApp
+
+// Tiles side by side in a strip, or in rows where there is room for more than one. Arrow keys, Home, End and
+// the page keys move along.
+GridView {
+    id: grid
+
+    property string label
+    readonly property real tileHeight: 84
+    readonly property real narrowest: 184
+    readonly property bool inRows: height >= 2 * tileHeight + Theme.inner
+    readonly property int columns: Math.max(1, Math.floor(width / (narrowest + Theme.inner)))
+    // Of a tile in its cell
+    readonly property real shownWidth: cellWidth - Theme.inner
+    readonly property real shownHeight: inRows ? tileHeight : height - (bar.visible ? 12 : 0)
+
+    // A key has made another tile the current one.
+    signal moved
+
+    function go(key: int): bool {
+        const page = inRows ? columns * Math.max(1, Math.floor(height / cellHeight)) : columns;
+        if (key === Qt.Key_Left)
+            moveCurrentIndexLeft();
+        else if (key === Qt.Key_Right)
+            moveCurrentIndexRight();
+        else if (key === Qt.Key_Up)
+            moveCurrentIndexUp();
+        else if (key === Qt.Key_Down)
+            moveCurrentIndexDown();
+        else if (key === Qt.Key_Home)
+            currentIndex = 0;
+        else if (key === Qt.Key_End)
+            currentIndex = count - 1;
+        else if (key === Qt.Key_PageUp)
+            currentIndex = Math.max(0, currentIndex - page);
+        else if (key === Qt.Key_PageDown)
+            currentIndex = Math.min(count - 1, currentIndex + page);
+        else
+            return false;
+        return true;
+    }
+
+    cellWidth: inRows ? Math.floor(width / columns) : narrowest + Theme.inner
+    cellHeight: inRows ? tileHeight + Theme.inner : height
+    flow: inRows ? GridView.FlowLeftToRight : GridView.FlowTopToBottom
+    clip: true
+    boundsBehavior: Flickable.StopAtBounds
+    highlightMoveDuration: Theme.quick
+    activeFocusOnTab: true
+    // A mouse takes tiles, not the strip.
+    interactive: !mouse.hovered
+
+    Accessible.role: Accessible.List
+    Accessible.name: label
+
+    onCountChanged: currentIndex = Math.min(count - 1, Math.max(0, currentIndex))
+    Keys.onPressed: event => {
+        const before = currentIndex;
+        event.accepted = event.modifiers === Qt.NoModifier || event.modifiers === Qt.KeypadModifier ? go(event.key) : false;
+        if (currentIndex !== before)
+            moved();
+    }
+
+    HoverHandler {
+        id: mouse
+        acceptedDevices: PointerDevice.Mouse
+    }
+    WheelHandler {
+        acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
+        orientation: Qt.Vertical | Qt.Horizontal
+        enabled: grid.contentWidth > grid.width || grid.contentHeight > grid.height
+        onWheel: event => {
+            const pixels = Math.abs(event.pixelDelta.x) > Math.abs(event.pixelDelta.y) ? event.pixelDelta.x : event.pixelDelta.y;
+            const angle = event.angleDelta.x !== 0 ? event.angleDelta.x : event.angleDelta.y;
+            const way = pixels !== 0 ? pixels : angle / 120 * 90;
+            if (grid.inRows)
+                grid.contentY = Math.max(grid.originY, Math.min(grid.originY + grid.contentHeight - grid.height, grid.contentY - way));
+            else
+                grid.contentX = Math.max(grid.originX, Math.min(grid.originX + grid.contentWidth - grid.width, grid.contentX - way));
+        }
+    }
+    ThinScrollBar.horizontal: ThinScrollBar {
+        id: bar
+        visible: !grid.inRows && grid.contentWidth > grid.width
+    }
+    ThinScrollBar.vertical: ThinScrollBar {
+        visible: grid.inRows && grid.contentHeight > grid.height
+    }
+}

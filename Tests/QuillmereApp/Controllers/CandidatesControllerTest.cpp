@@ -1,0 +1,450 @@
+// Candidates: what a set is, what becomes of those that are kept and discarded, and what it refuses.
+
+#include <QObject>
+#include <memory>
+#include <optional>
+
+#include "QuillmereApp/Controllers/CandidatesController.h"
+#include "QuillmereApp/Support/Gate.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/Told.h"
+#include "QuillmereCore/Network/Backend.h"
+#include "Support/SmallModel.h"
+
+namespace quillmere::testing {
+namespace {
+
+// A CandidatesController with a model that has learned nothing, and all that a set asks of others.
+struct Studio {
+    explicit Studio(const TestWorld& world)
+        : folder(world.url("out")), candidates(world.environment, links()), told(candidates) {
+        ModelBundle bundle = smallModel();
+        bundle.metadata.corpusName = "corpus";
+        generator = std::make_shared<SampleGenerator>(std::move(bundle), *cpu);
+        order.aesthetics.phaseIterations = 1;
+        order.seed = 42;
+        candidates.setHasModel(true);
+        QObject::connect(&candidates, &CandidatesController::playRequested, &candidates,
+                         [this](const QUrl& name) { played.append(name); });
+        QObject::connect(&candidates, &CandidatesController::kept, &candidates,
+                         [this](const GeneratedSample& sample) { kept.push_back(sample); });
+    }
+
+    [[nodiscard]] CandidatesController::Links links() {
+        return {
+            .order = [this] { return order; },
+            .generator = [this]() -> PreparedGenerator {
+                return [this, ready = generator] {
+                    holdGenerator.pass();
+                    return ready;
+                };
+            },
+            .openModelAgain = [this] { ++opened; },
+            .whenModelIsLoaded =
+                [this](auto returned) {
+                    if (isLoading) {
+                        waiting = std::move(returned);
+                    } else {
+                        returned();
+                    }
+                },
+            .outputFolder = [this] { return folder; },
+            .format = [this] { return format; },
+        };
+    }
+
+    [[nodiscard]] QVariant value(int row, int role) { return candidates.list()->index(row).data(role); }
+    [[nodiscard]] QList<int> numbers() {
+        QList<int> numbers;
+        for (int row = 0; row < candidates.list()->count(); ++row)
+            numbers.append(value(row, CandidatesModel::NumberRole).toInt());
+        return numbers;
+    }
+    [[nodiscard]] bool waitUntilEnded() const {
+        return QTest::qWaitFor([&] { return !candidates.isTrying(); }, 30000);
+    }
+
+    std::unique_ptr<network::Backend> cpu = network::makeCPUBackend();
+    std::shared_ptr<SampleGenerator> generator;
+    CandidatesOrder order;
+    std::optional<QUrl> folder;
+    OutputFormat format = OutputFormat::wav24;
+    Gate holdGenerator;  // a set waits there before it begins
+    int opened = 0;      // how often the model was to be opened again
+    bool isLoading = false;
+    std::function<void()> waiting;  // for the model to be loaded
+    QList<QUrl> played;
+    std::vector<GeneratedSample> kept;
+    CandidatesController candidates;
+    Told told;
+};
+
+void tryAndWait(Studio& studio) {
+    studio.candidates.start();
+    QVERIFY(studio.waitUntilEnded());
+}
+
+void keepAndWait(Studio& studio, int row) {
+    studio.candidates.keep(row);
+    QTRY_VERIFY(studio.value(row, CandidatesModel::IsKeptRole).toBool());
+}
+
+QStringList filesIn(const TestWorld& world, const QString& folder) {
+    return QDir(world.path(folder)).entryList(QDir::Files | QDir::Hidden);
+}
+
+const QList<int> wholeSet{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+
+}  // namespace
+
+class CandidatesControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void aSetHasTwelveSoundsAndNoFile() {
+        TestWorld world;
+        Studio studio(world);
+        QList<int> done;
+        connect(&studio.candidates, &CandidatesController::progressed, &studio.candidates,
+                [&] { done.append(studio.candidates.done()); });
+        studio.candidates.start();
+        QVERIFY(studio.candidates.isTrying());
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(done, QList<int>({0}) + wholeSet);  // one by one
+        QCOMPARE(studio.numbers(), wholeSet);
+        QCOMPARE(studio.told.error, QString());
+        QCOMPARE(studio.candidates.seed(), QStringLiteral("42"));
+        for (int row = 0; row < 12; ++row) {
+            QVERIFY(studio.value(row, CandidatesModel::SecondsRole).toDouble() > 0);
+            QVERIFY(!studio.value(row, CandidatesModel::DurationTextRole).toString().isEmpty());
+            QVERIFY(!studio.value(row, CandidatesModel::PeaksRole).value<QList<qreal>>().isEmpty());
+            QVERIFY(!studio.value(row, CandidatesModel::IsKeptRole).toBool());
+        }
+        QVERIFY(!QFileInfo::exists(world.path("out")));
+        QVERIFY(filesIn(world, "tmp").isEmpty());
+    }
+
+    void theFirstIsHeardAtOnce() {
+        TestWorld world;
+        Studio studio(world);
+        studio.candidates.start();
+        QTRY_VERIFY(studio.candidates.done() > 0);
+        QCOMPARE(studio.played, QList<QUrl>({QUrl(QStringLiteral("candidate:1"))}));
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.played.size(), 1);
+    }
+
+    void whatIsKeptIsTheFileOfAGeneration_data() {
+        QTest::addColumn<OutputFormat>("format");
+        QTest::addColumn<double>("detail");
+        for (const OutputFormat format : allOutputFormats)
+            QTest::newRow(rawValue(format).data()) << format << 0.0;
+        QTest::newRow("with detail") << OutputFormat::wav24 << 0.5;
+    }
+    void whatIsKeptIsTheFileOfAGeneration() {
+        QFETCH(OutputFormat, format);
+        QFETCH(double, detail);
+        TestWorld world;
+        Studio studio(world);
+        studio.format = format;
+        studio.order.detail = detail;
+        const auto generated = studio.generator->generate({.count = 12,
+                                                           .outputDirectory = toPath(world.path("generated")),
+                                                           .aesthetics = studio.order.aesthetics,
+                                                           .seed = studio.order.seed,
+                                                           .format = format,
+                                                           .namePrefix = std::nullopt,
+                                                           .detail = detail},
+                                                          {}, {});
+        QCOMPARE(generated.size(), 12U);
+        tryAndWait(studio);
+        for (const int row : {6, 0, 11})
+            keepAndWait(studio, row);
+        QCOMPARE(filesIn(world, "out"),
+                 QStringList({"corpus_var_0001.wav", "corpus_var_0002.wav", "corpus_var_0003.wav"}));
+        const auto bytesOf = [&](const char* name) { return TestWorld::read(world.path(name)); };
+        QVERIFY(!bytesOf("generated/corpus_var_0007.wav").isEmpty());
+        QCOMPARE(bytesOf("out/corpus_var_0001.wav"), bytesOf("generated/corpus_var_0007.wav"));
+        QCOMPARE(bytesOf("out/corpus_var_0002.wav"), bytesOf("generated/corpus_var_0001.wav"));
+        QCOMPARE(bytesOf("out/corpus_var_0003.wav"), bytesOf("generated/corpus_var_0012.wav"));
+        QCOMPARE(studio.value(6, CandidatesModel::FileNameRole).toString(),
+                 QStringLiteral("corpus_var_0001.wav"));
+        QCOMPARE(studio.kept.size(), 3U);
+        QCOMPARE(studio.kept[0].url, toPath(world.path("out/corpus_var_0001.wav")));
+        QCOMPARE(studio.kept[0].origin.index, 6);
+        QCOMPARE(studio.told.notices.first() + "|" + studio.told.error, "Kept: corpus_var_0001.wav|");
+    }
+
+    void isKeptOnce() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        studio.candidates.keep(0);
+        studio.candidates.keep(0);  // while it is being written
+        QTRY_VERIFY(studio.value(0, CandidatesModel::IsKeptRole).toBool());
+        studio.candidates.keep(0);
+        keepAndWait(studio, 1);
+        QCOMPARE(filesIn(world, "out").size(), 2);
+    }
+
+    void keepingNeedsAnOutputFolder() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        studio.folder.reset();
+        studio.candidates.keep(0);
+        QCOMPARE(studio.told.error, QStringLiteral("Choose an output folder first."));
+        studio.folder = world.url("out");
+        keepAndWait(studio, 0);
+        QCOMPARE(studio.told.error, QString());
+    }
+
+    void saysWhyItCannotKeep() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        TestWorld::write(world.path("out"), "a file");
+        studio.candidates.keep(3);
+        QTRY_VERIFY(studio.told.error.contains("out"));
+        QVERIFY(!studio.value(3, CandidatesModel::IsKeptRole).toBool());
+        QVERIFY(studio.kept.empty());
+        studio.folder = world.url("elsewhere");
+        keepAndWait(studio, 3);  // it was not lost
+    }
+
+    void aFolderThatDoesNotAnswerIsTold() {
+        TestWorld world;
+        world.cutOff("out");
+        Studio studio(world);
+        tryAndWait(studio);
+        studio.candidates.keep(0);
+        QTRY_VERIFY2(studio.told.error.contains("does not answer"), qPrintable(studio.told.error));
+    }
+
+    void discardsAndBringsBack() {
+        TestWorld world;
+        Studio studio(world);
+        QSignalSpy removed(&studio.candidates, &CandidatesController::removed);
+        QSignalSpy back(&studio.candidates, &CandidatesController::broughtBack);
+        tryAndWait(studio);
+        QVERIFY(!studio.candidates.canUndo() && !studio.candidates.undo());
+        studio.candidates.discard(2);
+        studio.candidates.discard(2);
+        studio.candidates.discard(9);
+        QCOMPARE(studio.numbers(), QList<int>({1, 2, 5, 6, 7, 8, 9, 10, 11}));
+        QCOMPARE(removed.first().first().toUrl(), QUrl(QStringLiteral("candidate:3")));
+        QVERIFY(studio.candidates.canUndo());
+        QVERIFY(studio.candidates.undo());
+        QCOMPARE(studio.numbers(), QList<int>({1, 2, 5, 6, 7, 8, 9, 10, 11, 12}));
+        QVERIFY(studio.candidates.undo());
+        QCOMPARE(studio.numbers(), QList<int>({1, 2, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
+        QVERIFY(studio.candidates.undo());
+        QCOMPARE(studio.numbers(), wholeSet);
+        QVERIFY(!studio.candidates.canUndo());
+        QCOMPARE(back.at(0).first().toInt(), 9);
+        QCOMPARE(back.at(1).first().toInt(), 2);
+        QCOMPARE(back.at(2).first().toInt(), 2);
+    }
+
+    void whatIsKeptIsNotDiscarded() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        keepAndWait(studio, 4);
+        studio.candidates.discard(4);
+        QCOMPARE(studio.numbers(), wholeSet);
+    }
+
+    void rowsThatAreNotThereArePassedOver() {
+        TestWorld world;
+        Studio studio(world);
+        for (const int row : {-1, 0, 12}) {
+            studio.candidates.play(row);
+            studio.candidates.togglePlay(row);
+            studio.candidates.keep(row);
+            studio.candidates.discard(row);
+        }
+        studio.candidates.show(1);
+        studio.candidates.copySeed();
+        QCOMPARE(studio.candidates.shown(), 0);
+        QVERIFY(studio.played.isEmpty());
+        QCOMPARE(world.clipboard, QString());
+    }
+
+    void theLastSetsStay() {
+        TestWorld world;
+        Studio studio(world);
+        for (const std::uint64_t seed : {7U, 8U, 9U}) {
+            studio.order.seed = seed;
+            tryAndWait(studio);
+        }
+        QCOMPARE(studio.candidates.sets(), 3);
+        QCOMPARE(studio.candidates.shown(), 3);
+        studio.candidates.discard(0);
+        studio.candidates.show(1);
+        QCOMPARE(studio.candidates.seed(), QStringLiteral("7"));
+        QCOMPARE(studio.numbers(), wholeSet);
+        keepAndWait(studio, 5);
+        QCOMPARE(studio.kept.front().origin.seed, SampleGenerator::variationSeed(7, 5));
+        studio.candidates.copySeed();
+        QCOMPARE(world.clipboard, QStringLiteral("7"));
+        // What is brought back is seen.
+        QVERIFY(studio.candidates.undo());
+        QCOMPARE(studio.candidates.shown(), 3);
+        QCOMPARE(studio.numbers(), wholeSet);
+        studio.candidates.show(4);
+        studio.candidates.show(0);
+        QCOMPARE(studio.candidates.shown(), 3);
+    }
+
+    void theOldestSetsAreForgotten() {
+        TestWorld world;
+        Studio studio(world);
+        studio.order.seed = 0;
+        tryAndWait(studio);
+        studio.candidates.discard(0);
+        for (std::size_t i = 1; i <= CandidatesController::mostSets; ++i) {
+            studio.order.seed = i;
+            tryAndWait(studio);
+        }
+        QCOMPARE(studio.candidates.sets(), static_cast<int>(CandidatesController::mostSets));
+        QVERIFY(!studio.candidates.canUndo());
+        studio.candidates.show(1);
+        QCOMPARE(studio.candidates.seed(), QStringLiteral("1"));
+    }
+
+    void whatIsPlayingIsMarked() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        studio.candidates.play(3);
+        studio.candidates.list()->setPlaying(studio.played.last());
+        QVERIFY(studio.value(3, CandidatesModel::IsPlayingRole).toBool());
+        QVERIFY(!studio.value(2, CandidatesModel::IsPlayingRole).toBool());
+        studio.candidates.list()->setPlaying({});
+        QVERIFY(!studio.value(3, CandidatesModel::IsPlayingRole).toBool());
+    }
+
+    // ---- Cancelling
+
+    void aCancelledSetKeepsWhatHasCome() {
+        TestWorld world;
+        Gate gate;
+        world.inTheMidst(Run::generation, 1, [&] { gate.pass(); });
+        gate.close();
+        Studio studio(world);
+        studio.candidates.start();
+        QTRY_COMPARE(studio.candidates.done(), 1);
+        studio.candidates.cancel();
+        QVERIFY(studio.candidates.isCancelling());
+        gate.open();
+        QVERIFY(studio.waitUntilEnded());
+        QVERIFY(!studio.candidates.isCancelling());
+        QCOMPARE(studio.numbers(), QList<int>({1}));
+        QCOMPARE(studio.told.error, QString());
+    }
+
+    void aSetWithoutAnySoundIsNone() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        studio.holdGenerator.close();
+        studio.candidates.start();
+        QCOMPARE(studio.candidates.shown(), 2);
+        QCOMPARE(studio.candidates.list()->count(), 0);
+        studio.candidates.cancel();
+        studio.holdGenerator.open();
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.candidates.sets(), 1);
+        QCOMPARE(studio.candidates.shown(), 1);
+        QCOMPARE(studio.numbers(), wholeSet);
+    }
+
+    void anotherSetCanBeSeenMeanwhile() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        studio.candidates.discard(0);
+        studio.holdGenerator.close();
+        studio.candidates.start();
+        studio.candidates.show(1);
+        studio.holdGenerator.open();
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.candidates.shown(), 1);
+        QCOMPARE(studio.candidates.list()->count(), 11);
+        studio.candidates.show(2);
+        QCOMPARE(studio.numbers(), wholeSet);
+    }
+
+    void closingCancelsAndWaits() {
+        TestWorld world;
+        auto studio = std::make_unique<Studio>(world);
+        studio->order.aesthetics.phaseIterations = 2000;
+        studio->candidates.start();
+        studio.reset();
+    }
+
+    // ---- What it refuses
+
+    void isRefusedPolitelyWhileAnotherRunIsActive() {
+        TestWorld world;
+        Studio studio(world);
+        studio.candidates.setActivity({.isTraining = true});
+        QVERIFY(!studio.candidates.canTry());
+        studio.candidates.start();
+        QVERIFY(!studio.candidates.isTrying());
+        QCOMPARE(studio.told.notices, QStringList(Activity::waitNotice()));
+        QCOMPARE(studio.candidates.sets(), 0);
+    }
+
+    void withoutAModelItSaysWhatToDo() {
+        TestWorld world;
+        Studio studio(world);
+        studio.candidates.setHasModel(false);
+        QVERIFY(!studio.candidates.canTry());
+        studio.candidates.start();
+        QVERIFY(!studio.candidates.isTrying());
+        QCOMPARE(studio.opened, 1);  // perhaps it is only not open
+        QCOMPARE(studio.told.notices,
+                 QStringList("There is no model to try yet. Train one first, or press Generate."));
+    }
+
+    void waitsForAModelThatIsBeingLoaded() {
+        TestWorld world;
+        Studio studio(world);
+        studio.candidates.setHasModel(false);
+        studio.isLoading = true;
+        QSignalSpy commanded(&studio.candidates, &CandidatesController::commanded);
+        studio.candidates.start();
+        QVERIFY(studio.waiting && !studio.candidates.isTrying());
+        studio.candidates.setHasModel(true);
+        studio.waiting();
+        QVERIFY(studio.candidates.isTrying());
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(commanded.count(), 1);
+    }
+
+    void parametersThatMakeNoSenseAreTold() {
+        TestWorld world;
+        Studio studio(world);
+        studio.order.aesthetics.drive = std::numeric_limits<float>::quiet_NaN();
+        tryAndWait(studio);
+        QVERIFY(!studio.told.error.isEmpty());
+        QCOMPARE(studio.candidates.sets(), 0);
+        QCOMPARE(studio.candidates.shown(), 0);
+    }
+
+    void saysThatNoiseStandsIn() {
+        TestWorld world;
+        Studio studio(world);
+        studio.order.detail = 1;  // of a model without sounds
+        tryAndWait(studio);
+        QCOMPARE(studio.told.notices,
+                 QStringList("The learned samples could not be read: noise stands in for their detail."));
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::CandidatesControllerTest)
+#include "CandidatesControllerTest.moc"
