@@ -21,7 +21,7 @@ REASON = re.compile(r"(?:; )?(?:it|its) \w")
 # Sentences that tell of no trouble.
 TELLS = re.compile(
     r"^ ?(Learns the character|Learn |Reads |to get the same|from the |with the model|Use --retrain|Minutes-ish|Balanced"
-    r"|Longest|Automatic picks|No model for this|Choose a folder of WAV|Render a single|Render twelve|All discarded|Existing folder|Folder will be"
+    r"|Longest|Automatic picks|No model for this|Choose a folder of WAV|Render a single|Render twelve|All discarded|Nobody knows any more|Select a candidate|Return renames|Existing folder|Folder will be"
     r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
     r"|How much of|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
     r"|The journal is o|While this file is)")

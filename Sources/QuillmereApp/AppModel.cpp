@@ -21,11 +21,14 @@ AppModel::AppModel(Environment environment, QObject* parent)
       model_(environment_, devices_),
       generation_(environment_, generationLinks()),
       candidates_(environment_, candidatesLinks()),
+      inspector_(environment_),
+      files_(environment_, preferences_),
       session_(preferences_, model_, character_, output_) {
     connectAll();
     connectCorpusAndModel();
     connectRuns();
     connectCandidates();
+    connectInspector();
     corpus_.restore();
     character_.reloadPresets();
 }
@@ -36,8 +39,9 @@ AppModel::~AppModel() {
 
 // ---- Connections
 
-std::array<Controller*, 7> AppModel::controllers() {
-    return {&playback_, &character_, &output_, &corpus_, &model_, &generation_, &candidates_};
+std::array<Controller*, 9> AppModel::controllers() {
+    return {&playback_,   &character_,  &output_,    &corpus_, &model_,
+            &generation_, &candidates_, &inspector_, &files_};
 }
 
 void AppModel::connectAll() {
@@ -89,10 +93,28 @@ void AppModel::connectCandidates() {
     connect(&candidates_, &CandidatesController::togglePlayRequested, &playback_,
             &PlaybackController::togglePlaySound);
     connect(&candidates_, &CandidatesController::removed, &playback_, &PlaybackController::stopIfPlaying);
-    connect(&candidates_, &CandidatesController::kept, generation_.results(), &ResultsModel::add);
+    connect(&candidates_, &CandidatesController::kept, &generation_, &GenerationController::addKept);
+    connect(&candidates_, &CandidatesController::kept, &inspector_, &InspectorController::refresh);
     connect(&candidates_, &CandidatesController::kept, &output_, &OutputController::look);
     connect(&playback_, &PlaybackController::playingURLChanged, this,
             [this] { candidates_.list()->setPlaying(playback_.playingURL()); });
+}
+
+void AppModel::connectInspector() {
+    connect(&inspector_, &InspectorController::playRequested, &playback_, &PlaybackController::playSound);
+    connect(&inspector_, &InspectorController::togglePlayRequested, &playback_,
+            &PlaybackController::togglePlaySound);
+    connect(&inspector_, &InspectorController::candidatesWanted, &candidates_,
+            &CandidatesController::startRelated);
+    connect(&files_, &FilesController::filesChanged, generation_.results(), &ResultsModel::refresh);
+    connect(&files_, &FilesController::filesChanged, &output_, &OutputController::look);
+    connect(&files_, &FilesController::renamed, &candidates_, &CandidatesController::rename);
+    connect(&files_, &FilesController::renamed, &inspector_, &InspectorController::rename);
+    connect(&files_, &FilesController::renamed, &generation_, &GenerationController::rename);
+    connect(&files_, &FilesController::favouritesChanged, &inspector_, &InspectorController::refresh);
+    connect(&files_, &FilesController::favouritesChanged, generation_.results(),
+            &ResultsModel::favouritesChanged);
+    generation_.results()->setFavourites([this](const QUrl& file) { return files_.isFavourite(file); });
 }
 
 GenerationController::Links AppModel::generationLinks() {
@@ -111,6 +133,7 @@ GenerationController::Links AppModel::generationLinks() {
         .openModelAgain = [this] { model_.openAgain(); },
         .whenModelIsLoaded = [this](auto returned) { model_.whenLoaded(std::move(returned)); },
         .train = [this](const auto& returned) { model_.train(returned); },
+        .device = [this] { return devices_.chosen(); },
     };
 }
 
@@ -132,6 +155,7 @@ CandidatesController::Links AppModel::candidatesLinks() {
                 return folder;
             },
         .format = [this] { return output_.format(); },
+        .device = [this] { return devices_.chosen(); },
     };
 }
 
@@ -148,6 +172,7 @@ GenerationRequest AppModel::generationRequest(const QUrl& outputFolder) {
 
 void AppModel::corpusChanged() {
     model_.setCorpus(corpus_.isChosen(), corpus_.summary());
+    inspector_.setCorpus(corpus_.summary());
     modelChanged();
 }
 
@@ -221,6 +246,45 @@ void AppModel::showInFileManager() {
         return;
     }
     output_.show(folder, generation_.results()->existingFiles());
+}
+
+void AppModel::inspectCandidate(int row) {
+    const CandidateHandle candidate = candidates_.list()->at(row);
+    candidate ? inspector_.inspect(candidate) : inspector_.inspectNothing();
+}
+
+void AppModel::inspectResult(int row) {
+    ResultsModel& results = *generation_.results();
+    const QUrl file = results.urlAt(row);
+    if (file.isEmpty()) {
+        inspector_.inspectNothing();
+    } else {
+        inspector_.inspect(results.samples()[static_cast<std::size_t>(row)], generation_.baseOf(file));
+    }
+}
+
+void AppModel::showInspectedFile() {
+    const QUrl file = inspector_.file();
+    if (!file.isEmpty()) output_.show(file.adjusted(QUrl::RemoveFilename | QUrl::StripTrailingSlash), {file});
+}
+
+void AppModel::trashInspectedFile() {
+    const QUrl file = inspector_.file();
+    if (file.isEmpty()) return;
+    playback_.stopIfPlaying(file);
+    files_.trash(file);
+}
+
+void AppModel::renameInspectedFile(const QString& name) {
+    if (inspector_.isFile()) files_.rename(inspector_.file(), name);
+}
+
+bool AppModel::inspectedIsFavourite() const {
+    return inspector_.isFile() && files_.isFavourite(inspector_.file());
+}
+
+void AppModel::toggleInspectedFavourite() {
+    if (inspector_.isFile()) files_.setFavourite(inspector_.file(), !inspectedIsFavourite());
 }
 
 void AppModel::chooseDevice(int index) {

@@ -14,7 +14,9 @@
 #include "QuillmereApp/Controllers/CandidatesController.h"
 #include "QuillmereApp/Controllers/CharacterController.h"
 #include "QuillmereApp/Controllers/CorpusController.h"
+#include "QuillmereApp/Controllers/FilesController.h"
 #include "QuillmereApp/Controllers/GenerationController.h"
+#include "QuillmereApp/Controllers/InspectorController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
 #include "QuillmereApp/Controllers/OutputController.h"
 #include "QuillmereApp/Controllers/PlaybackController.h"
@@ -41,6 +43,8 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::CharacterController* character READ character CONSTANT)
     Q_PROPERTY(quillmere::GenerationController* generation READ generation CONSTANT)
     Q_PROPERTY(quillmere::CandidatesController* candidates READ candidates CONSTANT)
+    Q_PROPERTY(quillmere::InspectorController* inspector READ inspector CONSTANT)
+    Q_PROPERTY(quillmere::FilesController* files READ files CONSTANT)
     Q_PROPERTY(quillmere::PlaybackController* playback READ playback CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
@@ -59,6 +63,8 @@ public:
     [[nodiscard]] CharacterController* character() { return &character_; }
     [[nodiscard]] GenerationController* generation() { return &generation_; }
     [[nodiscard]] CandidatesController* candidates() { return &candidates_; }
+    [[nodiscard]] InspectorController* inspector() { return &inspector_; }
+    [[nodiscard]] FilesController* files() { return &files_; }
     [[nodiscard]] PlaybackController* playback() { return &playback_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
@@ -80,6 +86,17 @@ public:
     // The last audition once more, with detail if it had none, else without; what follows is made the same
     // way. While something runs, nothing happens but notice().
     Q_INVOKABLE void compareDetail();
+    // The inspector, if it is open, looks at that row of the candidates or of the results, or at nothing.
+    Q_INVOKABLE void inspectCandidate(int row);
+    Q_INVOKABLE void inspectResult(int row);
+    // The file that is inspected, if there is one: selected in the platform's file manager; into the
+    // desktop's trash.
+    Q_INVOKABLE void showInspectedFile();
+    Q_INVOKABLE void trashInspectedFile();
+    Q_INVOKABLE void renameInspectedFile(const QString& name);
+    // Whether it is one of the favourites.
+    Q_INVOKABLE [[nodiscard]] bool inspectedIsFavourite() const;
+    Q_INVOKABLE void toggleInspectedFavourite();
     Q_INVOKABLE void dismissError();
     Q_INVOKABLE void copyError();
 
@@ -139,7 +156,7 @@ signals:
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 7> controllers();
+    [[nodiscard]] std::array<Controller*, 9> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
     [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
@@ -147,6 +164,7 @@ private:
     void connectCorpusAndModel();
     void connectRuns();
     void connectCandidates();
+    void connectInspector();
     void corpusChanged();
     void filesGone(int files);
     void modelChanged();
@@ -171,6 +189,8 @@ private:
     ModelController model_;
     GenerationController generation_;
     CandidatesController candidates_;
+    InspectorController inspector_;
+    FilesController files_;
     Session session_;
 };
 

@@ -4,6 +4,7 @@
 
 #include <QClipboard>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
@@ -34,6 +35,11 @@ std::filesystem::path ownTemporaryFolder() {
     return toPath(parent) / "quillmere";
 }
 
+std::optional<std::filesystem::path> trash(const std::filesystem::path& file) {
+    QString inTrash;
+    return QFile::moveToTrash(toQString(file), &inTrash) ? std::optional(toPath(inTrash)) : std::nullopt;
+}
+
 #ifdef QUILLMERE_VULKAN
 constexpr bool usesGraphicsCards = true;
 #else
@@ -60,6 +66,7 @@ Environment Environment::standard() {
         .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },
         .looks = std::make_shared<FolderLooks>(),
         .showFiles = FileManager::show,
+        .moveToTrash = trash,
         .mayHaveGraphicsCard = usesGraphicsCards && hasGraphicsDevice(),
         .machine = &GPU::shared().machine(),
     };

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 
 #include "QuillmereApp/FolderLooks.h"
@@ -42,6 +43,10 @@ struct Environment {
     // Shows folder in the platform's file manager, the files selected; false when there is none. Called in
     // the background; ends with CancellationError when stop is requested while it waits.
     std::function<bool(const QUrl& folder, const QList<QUrl>& files, const std::stop_token& stop)> showFiles;
+
+    // Moves a file or a folder to the desktop's trash. Returns where it is now, or nothing if that cannot be
+    // done. Called in the background.
+    std::function<std::optional<std::filesystem::path>(const std::filesystem::path& file)> moveToTrash;
 
     // Whether a graphics processor may be there, as far as can be told without loading a driver.
     bool mayHaveGraphicsCard = true;

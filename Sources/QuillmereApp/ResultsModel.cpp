@@ -137,6 +137,32 @@ void ResultsModel::appendRow(const GeneratedSample& sample) {
     rows_.push_back({.url = url, .fileName = toQString(sample.url.filename()), .peaks = {}});
 }
 
+void ResultsModel::rename(const QUrl& from, const QUrl& to) {
+    if (next_) {
+        for (GeneratedSample& sample : *next_) {
+            if (sample.url == toPath(from)) sample.url = toPath(to);
+        }
+    }
+    const int row = rowOf(from);
+    if (row < 0) return;
+    const auto i = static_cast<std::size_t>(row);
+    samples_[i].url = toPath(to);
+    rows_[i].url = to;
+    rows_[i].fileName = to.fileName();
+    rows_[i].exists = true;
+    rowByUrl_.remove(from);
+    rowByUrl_.insert(to, row);
+    emit dataChanged(index(row), index(row));
+}
+
+void ResultsModel::setFavourites(std::function<bool(const QUrl& file)> isFavourite) {
+    isFavourite_ = std::move(isFavourite);
+}
+
+void ResultsModel::favouritesChanged() {
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {IsFavouriteRole});
+}
+
 void ResultsModel::watchFolders() {
     if (!watcher_.directories().isEmpty()) watcher_.removePaths(watcher_.directories());
     std::set<std::filesystem::path> folders;
@@ -255,6 +281,8 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
             return row.exists;
         case IsPlayingRole:
             return row.url == playing_;
+        case IsFavouriteRole:
+            return isFavourite_(row.url);
         case PeaksRole:
             // Only views read peaks, and only of the rows they show.
             if (!row.peaksRequested) const_cast<ResultsModel*>(this)->requestPeaks(index.row());
@@ -268,7 +296,7 @@ QHash<int, QByteArray> ResultsModel::roleNames() const {
     return {{UrlRole, "url"},         {FileNameRole, "fileName"},
             {SecondsRole, "seconds"}, {DurationTextRole, "durationText"},
             {ExistsRole, "exists"},   {IsPlayingRole, "isPlaying"},
-            {PeaksRole, "peaks"}};
+            {PeaksRole, "peaks"},     {IsFavouriteRole, "isFavourite"}};
 }
 
 }  // namespace quillmere

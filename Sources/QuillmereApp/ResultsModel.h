@@ -26,6 +26,7 @@ namespace quillmere {
 //   isPlaying    bool
 //   peaks        list of numbers 0 ... 1, the largest |sample| of equal stretches of the file; empty until
 //                the thumbnail is computed, which reading the role starts
+//   isFavourite  bool
 // Thousands of rows cost nothing: files are looked at in the background, thumbnails only of the rows that
 // are read, newest request first. Files in a folder that does not answer count as gone until it does.
 class ResultsModel : public QAbstractListModel {
@@ -43,6 +44,7 @@ public:
         ExistsRole,
         IsPlayingRole,
         PeaksRole,
+        IsFavouriteRole,
     };
 
     // Stretches per thumbnail; fewer when the file has fewer samples.
@@ -58,6 +60,11 @@ public:
     void setSamples(std::vector<GeneratedSample> samples);
     // One more row at the end, in the same way.
     void add(GeneratedSample sample);
+    // A row's file has got another name; rows that wait while they are held, too.
+    void rename(const QUrl& from, const QUrl& to);
+    // How favourites are known. favouritesChanged: some are others now.
+    void setFavourites(std::function<bool(const QUrl& file)> isFavourite);
+    void favouritesChanged();
     void hold() { ++holds_; }
     void release();
     void setPlaying(const QUrl& url);
@@ -104,6 +111,7 @@ private:
     std::vector<GeneratedSample> samples_;
     std::vector<Row> rows_;
     QHash<QUrl, int> rowByUrl_;
+    std::function<bool(const QUrl& file)> isFavourite_ = [](const QUrl&) { return false; };
     int holds_ = 0;
     std::optional<std::vector<GeneratedSample>> next_;  // the rows to come when nobody holds the present ones
     QUrl playing_;

@@ -170,6 +170,70 @@ private slots:
         QCOMPARE(reset.count(), 1);
     }
 
+    void aRowIsAddedAtTheEnd() {
+        TestWorld world;
+        ResultsModel model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        std::vector<GeneratedSample> samples = makeSamples(world, 4);
+        const GeneratedSample last = samples.back();
+        samples.pop_back();
+        model.setSamples(samples);
+        QSignalSpy reset(&model, &ResultsModel::modelReset);
+        model.refresh();  // answers for three rows
+        model.add(last);
+        QCOMPARE(model.count(), 4);
+        QCOMPARE(reset.count(), 0);
+        QCOMPARE(model.urlAt(3), toUrl(last.url));
+        QCOMPARE(model.rowOf(toUrl(last.url)), 3);
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
+        QVERIFY(model.existsAt(3));
+        // While the rows are held it waits, too.
+        model.hold();
+        model.add(samples.front());
+        QCOMPARE(model.count(), 4);
+        model.release();
+        QCOMPARE(model.count(), 5);
+    }
+
+    void aRowFollowsItsFileToAnotherName() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        const QUrl before = model.urlAt(0);
+        const QUrl now = world.url("out/other.wav");
+        model.hold();
+        model.setSamples(model.samples());
+        QVERIFY(QFile::rename(before.toLocalFile(), now.toLocalFile()));
+        model.rename(before, now);
+        for (const bool isHeld : {true, false}) {
+            QCOMPARE(model.urlAt(0), now);
+            QCOMPARE(model.index(0).data(ResultsModel::FileNameRole).toString(), QStringLiteral("other.wav"));
+            QCOMPARE(model.rowOf(now), 0);
+            QCOMPARE(model.rowOf(before), -1);
+            QCOMPARE(model.samples().front().url, toPath(now));
+            if (isHeld) model.release();
+        }
+        model.rename(before, now);  // none of them
+        QCOMPARE(model.count(), 2);
+    }
+
+    void asksWhichRowsAreFavourites() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        const auto isFavourite = [&](int row) {
+            return model.index(row).data(ResultsModel::IsFavouriteRole).toBool();
+        };
+        QVERIFY(!isFavourite(1));
+        const QUrl favourite = model.urlAt(1);
+        model.setFavourites([&](const QUrl& file) { return file == favourite; });
+        QVERIFY(!isFavourite(0) && isFavourite(1));
+        QSignalSpy changed(&model, &ResultsModel::dataChanged);
+        model.favouritesChanged();
+        QCOMPARE(changed.count(), 1);
+    }
+
     void takesThousandsOfFilesAtOnce() {
         TestWorld world;
         std::vector<GeneratedSample> samples = makeSamples(world, 1);

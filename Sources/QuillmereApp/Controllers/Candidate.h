@@ -1,30 +1,45 @@
 #pragma once
 
 #include <QList>
+#include <QString>
 #include <QUrl>
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <optional>
 #include <vector>
 
 #include "QuillmereApp/Player.h"
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Origin/Recipe.h"
 
 namespace quillmere {
 
-// What a set of candidates is made with: that of a generation with the same seed.
+// Candidates that have something in common with a sound (Likeness).
+struct CandidatesRelation {
+    enum class Way {
+        like,  // places around its own
+        body,  // its place, and another skin
+        skin,  // other places, and its skin
+    };
+    Way way = Way::like;
+    Recipe parent{};
+    QString name{};  // of the parent, for people
+};
+
+// What a set of candidates is made with: that of a generation with the same seed, unless they are relatives.
 struct CandidatesOrder {
     Aesthetics aesthetics;
     std::uint64_t seed = 0;
     double detail = 0;
+    std::optional<CandidatesRelation> relation{};
 };
 
 // One variation that was rendered and not written, or not yet.
 struct Candidate {
-    int number = 0;      // from 1, in its set
-    QUrl name;           // what it is called while it plays
-    std::string prefix;  // of the name of its file
+    int number = 0;  // from 1, in its set
+    QUrl name;       // what it is called while it plays
     PlayableSound sound;
+    std::shared_ptr<const RecipeBase> base;  // of its recipe; the format is that of its file
     SampleOrigin origin;
     QList<qreal> peaks;  // as ResultsModel has them
     bool isBeingKept = false;

@@ -8,28 +8,75 @@
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/NoiseText.h"
+#include "QuillmereApp/Controllers/RecipeBases.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/ResultsModel.h"
 #include "QuillmereApp/Waveform.h"
 #include "QuillmereCore/Generate/SoundFile.h"
+#include "QuillmereCore/Origin/Likeness.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 namespace quillmere {
 namespace {
 
-// The variation of that index that a generation with the order's seed makes.
+constexpr double closenessToParent = 0.7;
+
+// The variation of that index that a generation with the order's seed makes, or a relative.
+SampleOrigin originOf(const SampleGenerator& generator, const CandidatesOrder& order, std::int64_t index) {
+    if (!order.relation) {
+        const auto seed = SampleGenerator::variationSeed(order.seed, static_cast<std::uint64_t>(index));
+        return generator.draw(order.aesthetics, index, seed);
+    }
+    const Recipe& parent = order.relation->parent;
+    switch (order.relation->way) {
+        case CandidatesRelation::Way::body:
+            return Likeness::sameBody(parent, order.seed, index);
+        case CandidatesRelation::Way::skin:
+            return Likeness::sameSkin(generator, parent, order.aesthetics, order.seed, index);
+        case CandidatesRelation::Way::like:
+            break;
+    }
+    return Likeness::around(generator, std::span(&parent, 1), closenessToParent, order.seed, index);
+}
+
 VariationPlan planOf(const SampleGenerator& generator, const CandidatesOrder& order, std::int64_t index) {
-    const std::uint64_t seed = SampleGenerator::variationSeed(order.seed, static_cast<std::uint64_t>(index));
-    SampleOrigin origin = generator.draw(order.aesthetics, index, seed);
+    SampleOrigin origin = originOf(generator, order, index);
     origin.detail = order.detail;
     return {std::move(origin), order.aesthetics};
 }
 
-CandidateHandle candidateOf(AuditionedSample made, const SampleGenerator& generator) {
+void requireItsModel(const SampleGenerator& generator, const CandidatesOrder& order) {
+    if (order.relation && order.relation->parent.model != generator.identity())
+        throw Failure("This sound was made by another model. Choose the folder that it was made from first.");
+}
+
+// As recipes say it.
+Lineage lineageOf(const CandidatesRelation& relation) {
+    switch (relation.way) {
+        case CandidatesRelation::Way::body:
+            return {.way = "body", .parents = {}, .values = {}};
+        case CandidatesRelation::Way::skin:
+            return {.way = "skin", .parents = {}, .values = {}};
+        case CandidatesRelation::Way::like:
+            break;
+    }
+    return {.way = "like", .parents = {}, .values = {{"closeness", closenessToParent}}};
+}
+
+std::shared_ptr<const RecipeBase> baseOf(const SampleGenerator& generator, const CandidatesOrder& order,
+                                         const std::shared_ptr<network::ChosenDevice>& device) {
+    RecipeBase base = recipeBaseOf(generator, device);
+    base.aesthetics = order.aesthetics;
+    if (order.relation) base.lineage = lineageOf(*order.relation);
+    return std::make_shared<const RecipeBase>(std::move(base));
+}
+
+CandidateHandle candidateOf(AuditionedSample made, const SampleGenerator& generator,
+                            const std::shared_ptr<const RecipeBase>& base) {
     auto candidate = std::make_shared<Candidate>();
     candidate->number = static_cast<int>(made.origin.index) + 1;
-    candidate->prefix = generator.bundle().metadata.corpusName;
+    candidate->base = base;
     candidate->peaks = Waveform::peaks(made.samples, ResultsModel::peakCount);
     candidate->origin = std::move(made.origin);
     candidate->sound = {.samples = std::make_shared<const std::vector<float>>(std::move(made.samples)),
@@ -39,9 +86,11 @@ CandidateHandle candidateOf(AuditionedSample made, const SampleGenerator& genera
 
 // Hands over one candidate after the other: the first as early as possible, then as many at a time as there
 // are processors. Returns how many have noise in place of detail.
-int renderAll(SampleGenerator& generator, const CandidatesOrder& order, const std::stop_token& stop,
+int renderAll(SampleGenerator& generator, const CandidatesOrder& order,
+              const std::shared_ptr<const RecipeBase>& base, const std::stop_token& stop,
               const std::function<void(CandidateHandle)>& take) {
     validate(order.aesthetics);
+    requireItsModel(generator, order);
     const std::int64_t atOnce = WorkerTeam().threads();
     int withNoise = 0;
     for (std::int64_t start = 0; start < CandidatesController::candidatesPerSet;) {
@@ -52,7 +101,7 @@ int renderAll(SampleGenerator& generator, const CandidatesOrder& order, const st
             plans.push_back(planOf(generator, order, start));
         for (AuditionedSample& made : generator.remake(plans, stop)) {
             if (made.origin.detailBasis == DetailBasis::noise) ++withNoise;
-            take(candidateOf(std::move(made), generator));
+            take(candidateOf(std::move(made), generator, base));
         }
     }
     return withNoise;
@@ -64,7 +113,7 @@ GeneratedSample write(const Candidate& candidate, const std::filesystem::path& f
         throw Failure(Folders::noAnswer(toQString(folder)).toStdString());
     return SoundFile::writeNumbered(
         {*candidate.sound.samples, static_cast<int>(candidate.sound.sampleRate), format, candidate.origin},
-        folder, candidate.prefix, {});
+        folder, candidate.base->corpusName, {});
 }
 
 }  // namespace
@@ -84,21 +133,26 @@ void CandidatesController::setHasModel(bool hasModel) {
 
 // ---- A new set
 
-void CandidatesController::start() {
+void CandidatesController::start(const std::optional<CandidatesRelation>& relation) {
     emit commanded();
     if (activity().isBusy()) {
         emit notice(Activity::waitNotice());
         return;
     }
     links_.openModelAgain();
-    links_.whenModelIsLoaded([this] { begin(); });
+    links_.whenModelIsLoaded([this, relation] { begin(relation); });
 }
 
-void CandidatesController::begin() {
+void CandidatesController::begin(const std::optional<CandidatesRelation>& relation) {
     if (canTry()) {
         emit errorRaised({});
         auto set = std::make_shared<CandidateSet>();
         set->order = links_.order();
+        if (relation) {
+            set->order.aesthetics = relation->parent.aesthetics;
+            set->order.detail = relation->parent.detail;
+            set->order.relation = relation;
+        }
         addSet(set);
         render(set);
     } else if (!hasModel_) {
@@ -107,7 +161,10 @@ void CandidatesController::begin() {
 }
 
 void CandidatesController::addSet(const SetHandle& set) {
-    if (sets_.size() == mostSets) forget(sets_.front());
+    if (sets_.size() == mostSets) {
+        const SetHandle oldest = sets_.front();
+        forget(oldest);
+    }
     sets_.push_back(set);
     showSet(set);
     done_ = 0;
@@ -118,8 +175,11 @@ void CandidatesController::addSet(const SetHandle& set) {
 
 void CandidatesController::render(const SetHandle& set) {
     tasks_.run(
-        [this, set, generator = links_.generator(), order = set->order, stop = trialCancel_->token()] {
-            return renderAll(*generator(), order, stop, [this, set](CandidateHandle candidate) {
+        [this, set, generator = links_.generator(), order = set->order, stop = trialCancel_->token(),
+         device = links_.device ? links_.device() : nullptr] {
+            const auto ready = generator();
+            const auto base = baseOf(*ready, order, device);
+            return renderAll(*ready, order, base, stop, [this, set](CandidateHandle candidate) {
                 const int number = candidate->number;
                 tasks_.post([this, set, candidate = std::move(candidate)] { arrived(set, candidate); });
                 watched(Run::generation, number);
@@ -180,6 +240,21 @@ QString CandidatesController::seed() const {
     return shown_ > 0 ? QString::number(sets_[static_cast<std::size_t>(shown_) - 1]->order.seed) : QString();
 }
 
+QString CandidatesController::about() const {
+    if (shown_ == 0) return {};
+    const auto& relation = sets_[static_cast<std::size_t>(shown_) - 1]->order.relation;
+    if (!relation) return QStringLiteral("Seed %1").arg(seed());
+    switch (relation->way) {
+        case CandidatesRelation::Way::body:
+            return QStringLiteral("New skins of %1").arg(relation->name);
+        case CandidatesRelation::Way::skin:
+            return QStringLiteral("New bodies for %1").arg(relation->name);
+        case CandidatesRelation::Way::like:
+            break;
+    }
+    return QStringLiteral("Like %1").arg(relation->name);
+}
+
 void CandidatesController::copySeed() {
     if (shown_ > 0) environment().copyText(seed());
 }
@@ -206,19 +281,33 @@ void CandidatesController::keep(int row) {
     }
     emit errorRaised({});
     candidate->isBeingKept = true;
-    writing_.run([candidate = *candidate, folder = toPath(*folder), format = links_.format(),
+    const OutputFormat format = links_.format();
+    writing_.run([candidate = *candidate, folder = toPath(*folder), format,
                   looks = environment().looks] { return write(candidate, folder, format, *looks); },
-                 [this, candidate](const GeneratedSample& sample) {
+                 [this, candidate, format](const GeneratedSample& sample) {
                      candidate->isBeingKept = false;
                      candidate->file = toUrl(sample.url);
+                     RecipeBase base = *candidate->base;
+                     base.format = format;
+                     candidate->base = std::make_shared<const RecipeBase>(std::move(base));
                      list_.update(candidate);
-                     emit kept(sample);
+                     emit kept(sample, candidate->base);
                      emit notice(QStringLiteral("Kept: %1").arg(candidate->file.fileName()));
                  },
                  [this, candidate](const TaskFailure& failure) {
                      candidate->isBeingKept = false;
                      report(failure);
                  });
+}
+
+void CandidatesController::rename(const QUrl& from, const QUrl& to) {
+    for (const SetHandle& set : sets_) {
+        for (const CandidateHandle& candidate : set->candidates) {
+            if (candidate->file != from) continue;
+            candidate->file = to;
+            list_.update(candidate);
+        }
+    }
 }
 
 void CandidatesController::discard(int row) {

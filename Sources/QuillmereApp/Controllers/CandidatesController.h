@@ -15,6 +15,7 @@
 #include "QuillmereApp/Controllers/Controller.h"
 #include "QuillmereApp/Controllers/PreparedGenerator.h"
 #include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Network/Device/ChosenDevice.h"
 
 namespace quillmere {
 
@@ -29,12 +30,14 @@ class CandidatesController : public Controller {
     Q_PROPERTY(bool isCancelling READ isCancelling NOTIFY isTryingChanged)  // asked to stop, still rendering
     // Nothing runs, and there is a model.
     Q_PROPERTY(bool canTry READ canTry NOTIFY canTryChanged)
-    Q_PROPERTY(int perSet READ perSet CONSTANT)            // candidates of a whole set
-    Q_PROPERTY(int done READ done NOTIFY progressed)       // of the set that is being made, or was last
-    Q_PROPERTY(int sets READ sets NOTIFY setsChanged)      // how many there are
-    Q_PROPERTY(int shown READ shown NOTIFY setsChanged)    // the one in list: from 1 (oldest), 0 for none
-    Q_PROPERTY(QString seed READ seed NOTIFY setsChanged)  // of the shown set, decimal
-    Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)      // something was discarded
+    Q_PROPERTY(int perSet READ perSet CONSTANT)        // candidates of a whole set
+    Q_PROPERTY(int done READ done NOTIFY progressed)   // of the set that is being made, or was last
+    Q_PROPERTY(int sets READ sets NOTIFY setsChanged)  // how many there are
+    // The set in list: from 1 (oldest), 0 for none.
+    Q_PROPERTY(int shown READ shown NOTIFY setsChanged)
+    Q_PROPERTY(QString seed READ seed NOTIFY setsChanged)        // of the shown set, decimal
+    Q_PROPERTY(QString about READ about NOTIFY setsChanged)      // what it is: "Seed 42", "Like Candidate 3"
+    Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)  // something was discarded
     Q_PROPERTY(quillmere::CandidatesModel* list READ list CONSTANT)  // the shown set
 
 public:
@@ -50,6 +53,8 @@ public:
         std::function<void(std::function<void()>)> whenModelIsLoaded;
         std::function<std::optional<QUrl>()> outputFolder;  // for what is kept
         std::function<OutputFormat()> format;
+        // What the generator runs on; empty, or null, for the processor.
+        std::function<std::shared_ptr<network::ChosenDevice>()> device{};
     };
 
     CandidatesController(const Environment& environment, Links links);
@@ -59,7 +64,9 @@ public:
 
     // Renders a set, one candidate after the other into list; the first is played as soon as it is there.
     // While another run is active, and without a model, nothing happens but notice().
-    Q_INVOKABLE void start();
+    Q_INVOKABLE void start() { start(std::nullopt); }
+    // A set of relatives, with the parameters and the detail of their parent.
+    void startRelated(const CandidatesRelation& relation) { start(relation); }
     // What has come by then stays.
     void cancel();
 
@@ -76,6 +83,8 @@ public:
     Q_INVOKABLE bool undo();
     // number: as shown.
     Q_INVOKABLE void show(int number);
+    // A file that was kept has got another name.
+    void rename(const QUrl& from, const QUrl& to);
     // seed into the clipboard.
     Q_INVOKABLE void copySeed();
 
@@ -87,6 +96,7 @@ public:
     [[nodiscard]] int sets() const { return static_cast<int>(sets_.size()); }
     [[nodiscard]] int shown() const { return shown_; }
     [[nodiscard]] QString seed() const;
+    [[nodiscard]] QString about() const;
     [[nodiscard]] bool canUndo() const { return !discarded_.empty(); }
     [[nodiscard]] CandidatesModel* list() { return &list_; }
 
@@ -104,14 +114,16 @@ signals:
     void removed(const QUrl& name);
     void broughtBack(int row);
     // A file was written.
-    void kept(const quillmere::GeneratedSample& sample);
+    void kept(const quillmere::GeneratedSample& sample,
+              const std::shared_ptr<const quillmere::RecipeBase>& base);
 
 private:
     friend struct AppModelProbe;  // for tests
 
     using SetHandle = std::shared_ptr<CandidateSet>;
 
-    void begin();
+    void start(const std::optional<CandidatesRelation>& relation);
+    void begin(const std::optional<CandidatesRelation>& relation);
     void render(const SetHandle& set);
     void addSet(const SetHandle& set);
     void arrived(const SetHandle& set, const CandidateHandle& candidate);

@@ -8,6 +8,7 @@
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/NoiseText.h"
+#include "QuillmereApp/Controllers/RecipeBases.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereCore/Audio/AudioIO.h"
@@ -139,13 +140,18 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
     };
     tasks_.run(
         [generator = links_.generator(), request, progress, cancel = generateCancel_->token(),
-         looks = environment().looks] {
+         looks = environment().looks, device = links_.device ? links_.device() : nullptr] {
             if (looks->at(request.outputDirectory).kind == Place::Kind::noAnswer)
                 throw Failure(Folders::noAnswer(toQString(request.outputDirectory)).toStdString());
-            GenerationOutcome outcome = generator()->tryToGenerate(request, progress, cancel);
+            const auto ready = generator();
+            GenerationOutcome outcome = ready->tryToGenerate(request, progress, cancel);
+            RecipeBase base = recipeBaseOf(*ready, device);
+            base.aesthetics = request.aesthetics;
+            base.format = request.format;
             const int withNoise = countWithNoise(outcome.written);
             return Ended{.written = sortedByName(existing(std::move(outcome.written))),
                          .withNoise = withNoise,
+                         .base = std::make_shared<const RecipeBase>(std::move(base)),
                          .failure = BackgroundTasks::attempt([&] {
                              if (outcome.failure) std::rethrow_exception(outcome.failure);
                          })};
@@ -163,6 +169,8 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
 void GenerationController::ended(Ended run, const QUrl& folder) {
     const auto files = static_cast<int>(run.written.size());
     if (!run.failure || files > 0) {
+        base_ = std::move(run.base);
+        keptBases_.clear();
         results_.setSamples(std::move(run.written));
         lastOutputFolder_ = folder;
     }
@@ -172,6 +180,20 @@ void GenerationController::ended(Ended run, const QUrl& folder) {
         emit generationFinished(files);
         if (run.withNoise > 0) emit notice(noiseText(run.withNoise, files));
     }
+}
+
+void GenerationController::addKept(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base) {
+    keptBases_.insert(toUrl(sample.url), std::move(base));
+    results_.add(sample);
+}
+
+void GenerationController::rename(const QUrl& from, const QUrl& to) {
+    results_.rename(from, to);
+    if (auto base = keptBases_.take(from)) keptBases_.insert(to, std::move(base));
+}
+
+std::shared_ptr<const RecipeBase> GenerationController::baseOf(const QUrl& result) const {
+    return results_.rowOf(result) < 0 ? nullptr : keptBases_.value(result, base_);
 }
 
 void GenerationController::endedEarly(TaskFailure failure, int files) {

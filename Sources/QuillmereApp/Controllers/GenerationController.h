@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QHash>
 #include <QUrl>
 #include <cstdint>
 #include <functional>
@@ -13,6 +14,8 @@
 #include "QuillmereApp/Controllers/PreparedGenerator.h"
 #include "QuillmereApp/ResultsModel.h"
 #include "QuillmereCore/Generate/Generator.h"
+#include "QuillmereCore/Network/Device/ChosenDevice.h"
+#include "QuillmereCore/Origin/Recipe.h"
 
 namespace quillmere {
 
@@ -63,6 +66,8 @@ public:
         std::function<void()> openModelAgain;
         std::function<void(Returned)> whenModelIsLoaded;
         std::function<void(Returned)> train;
+        // What the generator runs on; empty, or null, for the processor.
+        std::function<std::shared_ptr<network::ChosenDevice>()> device{};
     };
 
     GenerationController(const Environment& environment, Links links);
@@ -81,6 +86,12 @@ public:
     Q_INVOKABLE void audition();
     // The same with the seed of the last audition, if there was one.
     void auditionAgain();
+    // A file that was kept joins the results.
+    void addKept(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base);
+    // A result has got another name.
+    void rename(const QUrl& from, const QUrl& to);
+    // Of the recipe of a result; null where it is none of them.
+    [[nodiscard]] std::shared_ptr<const RecipeBase> baseOf(const QUrl& result) const;
     // Stops whichever of the two runs. An audition is one unit of work: it is rendered to its end and not
     // played.
     void cancel();
@@ -123,6 +134,7 @@ private:
     struct Ended {
         std::vector<GeneratedSample> written;  // and there still, by name
         int withNoise = 0;                     // of those that were written, in place of detail
+        std::shared_ptr<const RecipeBase> base;
         std::optional<TaskFailure> failure;
     };
 
@@ -148,6 +160,8 @@ private:
     bool isCancelling_ = false;
     bool isWaiting_ = false;
     ResultsModel results_;
+    std::shared_ptr<const RecipeBase> base_;                    // of the last generation's recipes
+    QHash<QUrl, std::shared_ptr<const RecipeBase>> keptBases_;  // of those that were kept since
     QUrl lastOutputFolder_;
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };

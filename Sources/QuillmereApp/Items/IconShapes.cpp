@@ -184,6 +184,16 @@ QPainterPath cross() {
     return stroked(polyline({{6, 6}, {18, 18}})).united(stroked(polyline({{18, 6}, {6, 18}})));
 }
 
+QPainterPath star(bool filled) {
+    QPolygonF corners;
+    for (int corner = 0; corner < 10; ++corner)
+        corners.append(onCircle({12, 12.6}, corner % 2 == 0 ? 9.2 : 4.1, 36 * corner - 90));
+    QPainterPath outline;
+    outline.addPolygon(corners);
+    outline.closeSubpath();
+    return filled ? stroked(outline).united(outline) : stroked(outline);
+}
+
 QPainterPath lens() {
     return stroked(disc({10.4, 10.4}, 6.4)).united(stroked(polyline({{15.2, 15.2}, {20.4, 20.4}})));
 }
@@ -229,11 +239,15 @@ QHash<QString, QPainterPath> drawAll() {
         {u"doc.on.doc"_s, copy()},
         {u"magnifyingglass"_s, lens()},
         {u"dice"_s, dice()},
+        {u"star"_s, star(false)},
+        {u"star.fill"_s, star(true)},
         {u"cpu"_s, chip()},
         {u"sun.max"_s, sun()},
         {u"moon"_s, moon()},
         {u"circle.lefthalf.filled"_s, halfDisc()},
         {u"waveform"_s, waves()},
+        {u"chevron.left"_s, stroked(polyline({{14.6, 6}, {8.6, 12}, {14.6, 18}}), 2.2)},
+        {u"chevron.right"_s, stroked(polyline({{9.4, 6}, {15.4, 12}, {9.4, 18}}), 2.2)},
         {u"chevron.down"_s, stroked(polyline({{6, 9.4}, {12, 15.4}, {18, 9.4}}), 2.2)},
         {u"checkmark"_s, stroked(polyline({{4.8, 12.6}, {9.8, 17.6}, {19.4, 6.6}}), 2.2)},
         {u"plus"_s, stroked(polyline({{12, 5}, {12, 19}})).united(stroked(polyline({{5, 12}, {19, 12}})))},

@@ -133,6 +133,7 @@ Rectangle {
                 iconName: "checkmark"
                 text: "Keep"
                 tip: "Keep (K): write the file"
+                Accessible.name: text + " " + tile.spokenName
                 onClicked: {
                     tile.selectRequested();
                     tile.keepRequested();
@@ -143,6 +144,7 @@ Rectangle {
                 iconName: "xmark"
                 text: "Discard"
                 tip: "Discard (X); Ctrl+Z brings it back"
+                Accessible.name: text + " " + tile.spokenName
                 onClicked: {
                     tile.selectRequested();
                     tile.discardRequested();
@@ -162,6 +164,5 @@ Rectangle {
         ink: Theme.text
         activeFocusOnTab: false
         focusPolicy: Qt.NoFocus
-        Accessible.name: text + " " + tile.spokenName
     }
 }

@@ -11,8 +11,10 @@ Rectangle {
     required property AppModel app
     readonly property CandidatesController candidates: app.candidates
     readonly property bool hasKeyboard: list.activeFocus
+    readonly property int row: list.currentIndex
 
     signal resultsRequested
+    signal inspectRequested
 
     implicitHeight: list.y + list.tileHeight + Theme.between
     radius: Theme.cardRadius
@@ -88,7 +90,9 @@ Rectangle {
         Label {
             objectName: "candidatesSeed"
             anchors.verticalCenter: parent.verticalCenter
-            text: "Seed " + strip.candidates.seed
+            width: Math.min(implicitWidth, strip.width - 500)
+            text: strip.candidates.about
+            elide: Text.ElideMiddle
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -113,8 +117,7 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             visible: strip.candidates.sets > 1
             enabled: strip.candidates.shown > 1
-            iconName: "chevron.down"
-            rotation: 90
+            iconName: "chevron.left"
             text: "Older candidates"
             onClicked: strip.candidates.show(strip.candidates.shown - 1)
         }
@@ -134,10 +137,19 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             visible: strip.candidates.sets > 1
             enabled: strip.candidates.shown < strip.candidates.sets
-            iconName: "chevron.down"
-            rotation: -90
+            iconName: "chevron.right"
             text: "Newer candidates"
             onClicked: strip.candidates.show(strip.candidates.shown + 1)
+        }
+        ActionButton {
+            objectName: "inspectCandidate"
+            height: 28
+            quiet: true
+            iconName: "magnifyingglass"
+            text: "Inspect"
+            tip: "I"
+            visible: strip.width >= 500
+            onClicked: strip.inspectRequested()
         }
         ActionButton {
             objectName: "showResults"

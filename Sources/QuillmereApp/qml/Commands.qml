@@ -11,6 +11,7 @@ Item {
 
     signal playRequested
     signal undoRequested
+    signal inspectorRequested
     signal resultsRequested
     signal closeRequested
 
@@ -64,7 +65,13 @@ Item {
         sequences: ["Ctrl+Q", "Ctrl+W"]
         onActivated: commands.closeRequested()
     }
-    // Whatever has the keyboard, unless it is a text field: these keep the space for themselves.
+    // Whatever has the keyboard, unless it is a text field: these keep the letter and the space for themselves.
+    Shortcut {
+        enabled: commands.listening
+        sequence: "I"
+        autoRepeat: false
+        onActivated: commands.inspectorRequested()
+    }
     Shortcut {
         enabled: commands.listening
         sequence: "Space"

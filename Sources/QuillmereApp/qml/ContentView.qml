@@ -24,11 +24,13 @@ FocusScope {
     focus: true
 
     Keys.enabled: listening
-    // First what is heard, then what runs: nobody who wants silence loses a training.
+    // First what is heard, then what is open, then what runs: nobody who wants silence loses a training.
     Keys.onEscapePressed: {
         if (app.playback.stop())
             return;
-        if (app.isBusy || app.model.isLoading)
+        if (app.inspector.isOpen)
+            app.inspector.isOpen = false;
+        else if (app.isBusy || app.model.isLoading)
             app.cancel();
         else if (app.errorMessage.length > 0)
             app.dismissError();
@@ -42,9 +44,28 @@ FocusScope {
         if (strip.visible)
             strip.togglePlay();
     }
+    // Of what has the keyboard: the sounds, with the inspector, or the parameters.
     function undo() {
-        if (!strip.candidatesHaveKeyboard || !app.candidates.undo())
-            app.character.undo();
+        if (strip.visible && (strip.hasKeyboard || inspectorPane.activeFocus) && (strip.discarded() || app.files.undo()))
+            return;
+        app.character.undo();
+    }
+    function toggleInspector() {
+        strip.toggleInspector();
+    }
+    // Keys of the inspector, wherever the keyboard is but in a text field.
+    Keys.onPressed: event => {
+        event.accepted = app.inspector.isOpen && (event.modifiers === Qt.NoModifier || event.modifiers === Qt.KeypadModifier);
+        if (!event.accepted)
+            return;
+        if (event.key >= Qt.Key_1 && event.key <= Qt.Key_9)
+            app.inspector.playInTurn(event.key - Qt.Key_0);
+        else if (event.key === Qt.Key_K)
+            strip.keep();
+        else if (event.key === Qt.Key_F2)
+            (inspectorPane.item as InspectorPanel).beginRenaming();
+        else
+            event.accepted = false;
     }
 
     // A field hands on what is typed when it loses the keyboard.
@@ -166,10 +187,23 @@ FocusScope {
             width: content.characterWidth + content.barWidth
             height: content.wide ? stack.characterHeight : contentHeight
             scrolls: content.wide
-            contentHeight: character.height
+            contentHeight: inspectorPane.active ? inspectorPane.height : character.height
 
+            // In the place of the sliders while it is open.
+            Loader {
+                id: inspectorPane
+                active: content.app.inspector.isOpen
+                width: content.characterWidth
+                height: active && item ? Math.max((item as InspectorPanel).implicitHeight, content.wide ? stack.characterHeight : 0) : 0
+                sourceComponent: InspectorPanel {
+                    app: content.app
+                    room: content.wide ? stack.characterHeight : 0
+                    onKeepRequested: strip.keep()
+                }
+            }
             CharacterPanel {
                 id: character
+                visible: !inspectorPane.active
                 width: content.characterWidth
                 height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
                 character: content.app.character

@@ -7,7 +7,7 @@ Rectangle {
 
     required property AppModel app
     // No room for words beside the buttons: they have a line of their own.
-    readonly property bool narrow: width < 760
+    readonly property bool narrow: width < 840
     // The last thing worth telling that is no failure; it goes away by itself.
     property string news
 

@@ -66,6 +66,7 @@ T.ApplicationWindow {
         listening: root.listening
         onPlayRequested: content.togglePlay()
         onUndoRequested: content.undo()
+        onInspectorRequested: content.toggleInspector()
         onResultsRequested: content.goToResults()
         onCloseRequested: root.close()
     }

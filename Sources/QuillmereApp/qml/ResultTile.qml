@@ -15,6 +15,7 @@ Rectangle {
     required property bool exists
     required property bool isPlaying
     required property list<real> peaks
+    required property bool isFavourite
 
     property bool selected: false
     property bool focused: false
@@ -34,7 +35,7 @@ Rectangle {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: fileName
-    Accessible.description: exists ? durationText + (isPlaying ? ", playing" : "") : "This file is gone"
+    Accessible.description: exists ? durationText + (isFavourite ? ", favourite" : "") + (isPlaying ? ", playing" : "") : "This file is gone"
     Accessible.selected: selected
     Accessible.onPressAction: app.playback.togglePlay(url)
 
@@ -84,6 +85,16 @@ Rectangle {
             tile.selectRequested();
             tile.app.playback.togglePlay(tile.url);
         }
+    }
+    Icon {
+        objectName: "star-" + tile.index
+        x: tile.width - width - 8
+        y: 7
+        width: 12
+        height: 12
+        visible: tile.isFavourite
+        name: "star.fill"
+        color: Theme.accent
     }
     Label {
         id: name

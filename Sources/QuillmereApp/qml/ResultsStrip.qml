@@ -10,8 +10,10 @@ Rectangle {
 
     required property AppModel app
     readonly property bool hasKeyboard: list.activeFocus
+    readonly property int row: list.currentIndex
 
     signal candidatesRequested
+    signal inspectRequested
 
     readonly property real tileHeight: 84
     // As high as one row, unless its place is higher.
@@ -53,6 +55,7 @@ Rectangle {
         wrapMode: Text.NoWrap
     }
     ActionButton {
+        id: toCandidates
         objectName: "showCandidates"
         anchors.right: inFinder.left
         anchors.verticalCenter: heading.verticalCenter
@@ -174,5 +177,18 @@ Rectangle {
         ThinScrollBar.vertical: ThinScrollBar {
             visible: list.inRows && list.contentHeight > list.height
         }
+    }
+    // After the results: these are nearer by Tab.
+    ActionButton {
+        objectName: "inspectResult"
+        anchors.right: toCandidates.visible ? toCandidates.left : inFinder.left
+        anchors.verticalCenter: heading.verticalCenter
+        height: 28
+        visible: list.count > 0 && strip.width >= 500
+        quiet: true
+        iconName: "magnifyingglass"
+        text: "Inspect"
+        tip: "I"
+        onClicked: strip.inspectRequested()
     }
 }

@@ -9,9 +9,13 @@ Item {
     readonly property bool hasResults: app.generation.results.count > 0
     readonly property bool hasCandidates: app.candidates.sets > 0
     readonly property bool showsCandidates: candidatesWanted && hasCandidates
+    readonly property bool hasKeyboard: candidatesHaveKeyboard || (!showsCandidates && results.hasKeyboard)
     readonly property bool candidatesHaveKeyboard: showsCandidates && candidates !== null && candidates.hasKeyboard
     property bool candidatesWanted: false
     readonly property CandidatesStrip candidates: candidatesLoader.item as CandidatesStrip
+
+    // Of the selected tile
+    readonly property int row: showsCandidates ? (candidates ? candidates.row : -1) : results.row
 
     implicitHeight: results.implicitHeight
 
@@ -45,6 +49,48 @@ Item {
             results.togglePlay();
     }
 
+    function keep() {
+        if (showsCandidates)
+            app.candidates.keep(row);
+    }
+    function discarded(): bool {
+        return showsCandidates && app.candidates.undo();
+    }
+    // What is selected is what the inspector looks at.
+    function inspect() {
+        if (showsCandidates)
+            app.inspectCandidate(row);
+        else
+            app.inspectResult(row);
+    }
+    function toggleInspector() {
+        app.inspector.isOpen = !app.inspector.isOpen;
+        inspect();
+    }
+
+    onRowChanged: Qt.callLater(inspect)
+    onShowsCandidatesChanged: Qt.callLater(inspect)
+
+    Connections {
+        target: place.app.generation.results
+
+        function onCountChanged() {
+            Qt.callLater(place.inspect);
+        }
+        function onModelReset() {
+            Qt.callLater(place.inspect);
+        }
+    }
+    Connections {
+        target: place.app.candidates.list
+
+        function onCountChanged() {
+            Qt.callLater(place.inspect);
+        }
+        function onModelReset() {
+            Qt.callLater(place.inspect);
+        }
+    }
     Connections {
         target: place.app.candidates
 
@@ -67,6 +113,7 @@ Item {
         visible: !place.showsCandidates
         app: place.app
         onCandidatesRequested: place.showCandidates()
+        onInspectRequested: place.toggleInspector()
     }
     // Not before there are any: the window is to be there soon.
     Loader {
@@ -77,6 +124,7 @@ Item {
         sourceComponent: CandidatesStrip {
             app: place.app
             onResultsRequested: place.showResults()
+            onInspectRequested: place.toggleInspector()
         }
     }
 }

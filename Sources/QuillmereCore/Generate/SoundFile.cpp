@@ -56,10 +56,8 @@ GeneratedSample writeNumbered(const FinishedSound& sound, const fs::path& folder
     const NumberedNames names(folder, prefix);
     std::size_t number = names.firstFree();
     const std::vector<std::byte> bytes = encode(sound, names.file(number), hooks);
-    for (;;) {
-        if (writeNewFile(names.file(number), bytes)) break;
+    while (!writeNewFile(names.file(number), bytes))
         number = std::max(number + 1, names.firstFree());
-    }
     if (const std::error_code unsafe = syncFolder(folder)) throw FileError(folder, unsafe);
     return finish(sound, names.file(number), bytes, hooks);
 }

@@ -172,7 +172,8 @@ private slots:
         QCOMPARE(studio.kept.size(), 3U);
         QCOMPARE(studio.kept[0].url, toPath(world.path("out/corpus_var_0001.wav")));
         QCOMPARE(studio.kept[0].origin.index, 6);
-        QCOMPARE(studio.told.notices.first() + "|" + studio.told.error, "Kept: corpus_var_0001.wav|");
+        QVERIFY(studio.told.notices.contains("Kept: corpus_var_0001.wav"));
+        QCOMPARE(studio.told.error, QString());
     }
 
     void isKeptOnce() {
@@ -323,6 +324,63 @@ private slots:
         QVERIFY(!studio.value(2, CandidatesModel::IsPlayingRole).toBool());
         studio.candidates.list()->setPlaying({});
         QVERIFY(!studio.value(3, CandidatesModel::IsPlayingRole).toBool());
+    }
+
+    // ---- Relatives
+
+    void relativesComeFromTheirParent() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        QCOMPARE(studio.candidates.about(), QStringLiteral("Seed 42"));
+        const CandidateHandle parent = studio.candidates.list()->at(2);
+        const Recipe recipe = makeRecipe(parent->origin, *parent->base);
+        studio.order.seed = 77;
+        studio.order.aesthetics.pitch = 5;  // the sliders have moved since
+        using Way = CandidatesRelation::Way;
+        for (const auto& [way, about] :
+             {std::pair(Way::like, "Like that one"), std::pair(Way::body, "New skins of that one"),
+              std::pair(Way::skin, "New bodies for that one")}) {
+            studio.candidates.startRelated({.way = way, .parent = recipe, .name = "that one"});
+            QVERIFY(studio.waitUntilEnded());
+            QCOMPARE(studio.told.error, QString());
+            QCOMPARE(studio.numbers(), wholeSet);
+            QCOMPARE(studio.candidates.about(), QString::fromLatin1(about));
+            const CandidateHandle child = studio.candidates.list()->at(0);
+            QCOMPARE(child->base->aesthetics, recipe.aesthetics);
+            QCOMPARE(child->origin.latent == parent->origin.latent, way == Way::body);
+            QCOMPARE(child->origin.state == parent->origin.state, way == Way::skin);
+            QVERIFY(*child->sound.samples != *parent->sound.samples);
+            // A recipe of theirs gives them again.
+            const auto again =
+                studio.generator->remake(std::vector{makeRecipe(child->origin, *child->base).plan()});
+            QCOMPARE(again.front().samples, *child->sound.samples);
+        }
+    }
+
+    void relativesNeedTheModelOfTheirParent() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        const CandidateHandle parent = studio.candidates.list()->at(0);
+        Recipe recipe = makeRecipe(parent->origin, *parent->base);
+        recipe.model = "another";
+        studio.candidates.startRelated({.parent = recipe, .name = "that one"});
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.told.error,
+                 QStringLiteral("This sound was made by another model. Choose the folder that it was made "
+                                "from first."));
+        QCOMPARE(studio.candidates.sets(), 1);
+    }
+
+    void aRenamedFileIsStillThatOfItsCandidate() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        keepAndWait(studio, 1);
+        studio.candidates.rename(world.url("out/corpus_var_0001.wav"), world.url("out/kick.wav"));
+        QCOMPARE(studio.value(1, CandidatesModel::FileNameRole).toString(), QStringLiteral("kick.wav"));
+        QVERIFY(!studio.value(0, CandidatesModel::IsKeptRole).toBool());
     }
 
     // ---- Cancelling

@@ -460,6 +460,48 @@ private slots:
         QVERIFY2(clock.elapsed() < 10000, "waits for the running variations, not for all");
     }
 
+    // ---- How the results were made
+
+    void knowsHowEachResultWasMade() {
+        TestWorld world;
+        Studio studio(world);
+        studio.count = 2;
+        studio.format = OutputFormat::wav16;
+        generateAndWait(studio);
+        const QUrl first = studio.runs.results()->urlAt(0);
+        const auto base = studio.runs.baseOf(first);
+        QVERIFY(base);
+        QCOMPARE(base->corpusName, std::string("corpus"));
+        QCOMPARE(base->device, std::string(deviceProcessor));
+        QCOMPARE(base->aesthetics, studio.aesthetics);
+        QCOMPARE(base->format, OutputFormat::wav16);
+        QVERIFY(!studio.runs.baseOf(world.url("out/none.wav")));
+        // It is enough to make the file again.
+        const GeneratedSample made = studio.runs.results()->samples().front();
+        const Recipe recipe = makeRecipe(made.origin, *base);
+        const auto remade = studio.generator->remake(std::vector{recipe.plan()});
+        QCOMPARE(AudioIO::readMono(made.url).samples,
+                 AudioIO::asWritten(remade.front().samples, OutputFormat::wav16));
+    }
+
+    void aKeptFileBringsItsOwn() {
+        TestWorld world;
+        Studio studio(world);
+        studio.count = 1;
+        generateAndWait(studio);
+        const auto base = std::make_shared<const RecipeBase>(RecipeBase{.corpusName = "another"});
+        studio.runs.addKept({.url = toPath(world.path("out/kept.wav")), .seconds = 1}, base);
+        QCOMPARE(studio.runs.results()->count(), 2);
+        QCOMPARE(studio.runs.baseOf(world.url("out/kept.wav")), base);
+        studio.runs.rename(world.url("out/kept.wav"), world.url("out/renamed.wav"));
+        QCOMPARE(studio.runs.baseOf(world.url("out/renamed.wav")), base);
+        QVERIFY(studio.runs.baseOf(studio.runs.results()->urlAt(0)) != base);
+        // The next generation has rows of its own.
+        generateAndWait(studio);
+        QCOMPARE(studio.runs.results()->count(), 1);
+        QVERIFY(!studio.runs.baseOf(world.url("out/renamed.wav")));
+    }
+
     // ---- Auditions
 
     void auditionsInto16BitsWhateverTheFormat() {

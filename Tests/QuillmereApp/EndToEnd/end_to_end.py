@@ -191,6 +191,31 @@ class Story:
         press("ctrl+z")
         wait_for("undo by key", lambda: self.value("Pitch") == before)
 
+    def try_keep_and_discard(self):
+        press("ctrl+n")
+        self.screen.wait("12 sounds")
+        check(len(os.listdir(self.output)) == COUNT, "candidates are no files")
+        press("Right")
+        press("k")
+        wait_for("the kept file", lambda: len(os.listdir(self.output)) == COUNT + 1)
+        self.screen.wait("Kept: kicks_var_0004.wav")
+        press("Right")
+        press("x")
+        self.screen.wait("11 sounds")
+        press("ctrl+z")
+        self.screen.wait("12 sounds")
+
+    def look_closer(self):
+        press("i")
+        self.screen.wait("Made of")
+        self.screen.wait("Nearest in the corpus")
+        press("1")
+        wait_for("a learned sample to be heard", lambda: any(self.played_samples()))
+        self.button("Close the inspector").click()
+        self.screen.wait_until_gone("Made of")
+        self.button("Results").click()
+        self.screen.wait("kicks_var_0004.wav", "list item")
+
     def restart_and_find_everything(self):
         self.close()
         self.start()
@@ -200,7 +225,7 @@ class Story:
         check(self.field("Output folder") == self.output, "the output folder is restored")
         self.command(f"Generate {COUNT} Variations")
         self.screen.wait(f"{COUNT} variations written.")
-        check(len(os.listdir(self.output)) == 2 * COUNT, "nothing was overwritten")
+        check(len(os.listdir(self.output)) == 2 * COUNT + 1, "nothing was overwritten")
 
     def close_while_generating(self):
         """What is written by then is whole, and nothing half-written is left."""
@@ -236,8 +261,8 @@ class Story:
         make_corpus(self.desktop.path("work", "drums"), 5)
         self.start()
         for chapter in (self.choose_a_corpus, self.train_cancel_and_train_again, self.generate, self.play,
-                        self.audition, self.drag_a_slider_and_undo, self.restart_and_find_everything,
-                        self.close_while_generating, self.close_while_training):
+                        self.audition, self.drag_a_slider_and_undo, self.try_keep_and_discard, self.look_closer,
+                        self.restart_and_find_everything, self.close_while_generating, self.close_while_training):
             begin = time.monotonic()
             chapter()
             print(f"{chapter.__name__}: {time.monotonic() - begin:.1f} s", flush=True)

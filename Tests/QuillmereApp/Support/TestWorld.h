@@ -11,6 +11,7 @@
 #include <QUrl>
 #include <atomic>
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -108,6 +109,14 @@ public:
             shownFiles = files;
             return hasFileManager;
         };
+        environment.moveToTrash =
+            [this](const std::filesystem::path& file) -> std::optional<std::filesystem::path> {
+            if (!hasTrash) return std::nullopt;
+            const std::filesystem::path place = toPath(path("trash/files")) / file.filename();
+            std::filesystem::create_directories(place.parent_path());
+            std::filesystem::rename(file, place);
+            return place;
+        };
         environment.mayHaveGraphicsCard = false;
         environment.machine = &machine;
         QDir(folder_.path()).mkpath("tmp");
@@ -193,6 +202,7 @@ public:
     QUrl shownFolder;
     QList<QUrl> shownFiles;
     bool hasFileManager = true;
+    bool hasTrash = true;
     // How often somebody has looked at what cutOff has cut off.
     std::shared_ptr<std::atomic<int>> looksAtDead = std::make_shared<std::atomic<int>>(0);
 

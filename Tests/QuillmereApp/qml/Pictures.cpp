@@ -229,10 +229,24 @@ private:
         takeBoth(QStringLiteral("candidates"));
         take(QStringLiteral("candidates-1080p"), {1920, 1080});
         take(QStringLiteral("candidates-narrow"), {640, 1600});
+        inspector();
         candidates.start();
         waitUntilIdle();
         take(QStringLiteral("candidates-small"), {800, 600});
         app_->playback()->stop();
+    }
+    // Of the candidate that is heard.
+    void inspector() {
+        InspectorController& inspector = *app_->inspector();
+        inspector.setOpen(true);
+        app_->inspectCandidate(4);
+        waitFor([&] { return !inspector.nearest().isEmpty(); });
+        app_->candidates()->play(4);
+        takeBoth(QStringLiteral("inspector"));
+        take(QStringLiteral("inspector-1080p"), {1920, 1080});
+        take(QStringLiteral("inspector-narrow"), {640, 1600});
+        take(QStringLiteral("inspector-small"), {800, 600});
+        inspector.setOpen(false);
     }
     void outputInCorpus() {
         app_->setOutputText(app_->corpusURL().toLocalFile());

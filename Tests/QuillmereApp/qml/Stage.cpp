@@ -278,7 +278,9 @@ QStringList Stage::itemsOutside(QQuickItem* any) const {
         const QRectF place = item.mapRectToScene(QRectF(0, 0, item.width(), item.height()));
         // The strip scrolls sideways.
         for (const QQuickItem* up = &item; up != nullptr; up = up->parentItem()) {
-            if (up->objectName() == QLatin1String("results")) return;
+            if (up->objectName() == QLatin1String("results") ||
+                up->objectName() == QLatin1String("candidates"))
+                return;
         }
         if (place.left() < -0.5 || place.right() > windowWidth + 0.5) found.append(describe(item));
     });

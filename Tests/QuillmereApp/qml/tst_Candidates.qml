@@ -20,6 +20,9 @@ WindowCase {
     function verifyPlaying(number) {
         tryVerify(() => playing() === "candidate:" + number, limit, "plays " + playing());
     }
+    function verifyNumber(row, number) {
+        tryVerify(() => has("candidate-" + row) && item("candidate-" + row).number === number, limit);
+    }
     function keptFiles(): int {
         return app.generation.results.count;
     }
@@ -93,11 +96,11 @@ WindowCase {
         keyClick(Qt.Key_X);
         compare(app.candidates.list.count, 11);
         verifyPlaying(3);
-        compare(item("candidate-1").number, 3);
+        verifyNumber(1, 3);
         keyClick(Qt.Key_Z, Qt.ControlModifier);
         compare(app.candidates.list.count, 12);
         compare(item("candidates").currentIndex, 1);
-        compare(item("candidate-1").number, 2);
+        verifyNumber(1, 2);
     }
     function test_undoElsewhereIsOfTheParameters() {
         tried();
@@ -119,7 +122,7 @@ WindowCase {
         compare(playing(), "");
         keyClick(Qt.Key_Z, Qt.ControlModifier);
         compare(app.candidates.list.count, 1);
-        compare(item("candidate-0").number, 12);
+        verifyNumber(0, 12);
     }
     function test_byMouse() {
         tried();
@@ -133,7 +136,7 @@ WindowCase {
         mouseMove(item("candidate-1"), 20, 20);
         mouseClick(item("discard-1"));
         compare(app.candidates.list.count, 11);
-        compare(item("candidate-1").number, 3);
+        verifyNumber(1, 3);
         mouseClick(item("playCandidate-0"));
         verifyPlaying(1);
         mouseClick(item("playCandidate-0"));

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <filesystem>
+#include <vector>
+
+#include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereApp/Preferences.h"
+
+namespace quillmere {
+
+// What is done to files that were written: into the desktop's trash, another name, a favourite; and back.
+class FilesController : public Controller {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("AppModel owns it")
+    Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)
+
+public:
+    static const QString favouritesKey;          // in the preferences
+    static constexpr int mostFavourites = 5000;  // the oldest are forgotten
+
+    // Remembers favourites in preferences, which must outlive it.
+    FilesController(const Environment& environment, Preferences& preferences);
+
+    // Moves the file to the trash, in the background. One that cannot be moved there stays, and ends as an
+    // error.
+    void trash(const QUrl& file);
+    // Gives the file another name in its folder, in the background; ".wav" is added where it is missing. A
+    // name that is taken, or is none, ends as an error.
+    void rename(const QUrl& file, const QString& name);
+    // What was done last, of these two, is taken back, unless the file's name is another one's by now. False
+    // when there is nothing.
+    Q_INVOKABLE bool undo();
+
+    [[nodiscard]] bool canUndo() const { return !changes_.empty(); }
+    [[nodiscard]] bool isFavourite(const QUrl& file) const;
+    void setFavourite(const QUrl& file, bool isFavourite);
+
+signals:
+    void canUndoChanged();
+    // A file has gone or has come back.
+    void filesChanged();
+    void renamed(const QUrl& from, const QUrl& to);
+    void favouritesChanged();
+
+private:
+    friend struct AppModelProbe;  // for tests
+
+    struct Change {
+        std::filesystem::path from;
+        std::filesystem::path to;  // where the file is now
+        bool isInTrash = false;
+    };
+
+    void changed(const Change& change);
+    void tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to);
+
+    Preferences& preferences_;
+    std::vector<Change> changes_;  // the last one last
+    QStringList favourites_;       // paths, the newest first
+    BackgroundTasks tasks_{1};  // in order. Last: its destructor waits for work that knows the members above
+};
+
+}  // namespace quillmere

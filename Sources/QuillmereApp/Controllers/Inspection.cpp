@@ -1,0 +1,95 @@
+#include "QuillmereApp/Controllers/Inspection.h"
+
+#include <algorithm>
+#include <atomic>
+#include <span>
+#include <utility>
+
+#include "QuillmereApp/Waveform.h"
+#include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Model/ClipPreparation.h"
+#include "QuillmereCore/Picture/SoundPictures.h"
+#include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Parallel.h"
+
+namespace quillmere::Inspection {
+namespace {
+
+constexpr int peakCount = 1200;
+constexpr std::size_t pictureColumns = 600;
+
+QImage imageOf(const Pixels& pixels) {
+    QImage image(static_cast<int>(pixels.width), static_cast<int>(pixels.height), QImage::Format_RGB32);
+    for (std::size_t y = 0; y < pixels.height; ++y) {
+        auto* const line = reinterpret_cast<QRgb*>(image.scanLine(static_cast<int>(y)));
+        for (std::size_t x = 0; x < pixels.width; ++x) {
+            const Colour& colour = pixels.colours[y * pixels.width + x];
+            line[x] = qRgb(colour.red, colour.green, colour.blue);
+        }
+    }
+    return image;
+}
+
+QImage pictureOf(const PlayableSound& sound) {
+    const double shortest = 0.05;  // seconds; below that there is nothing to see
+    const double seconds = std::max(shortest, sound.seconds());
+    return imageOf(
+        SoundPictures::MelPainter(sound.sampleRate, seconds, pictureColumns).paint(*sound.samples));
+}
+
+std::optional<SoundPrint> printOf(const PlayableSound& sound) {
+    const auto trimmed = ClipPreparation::trimAndNormalise(
+        AudioIO::resample(*sound.samples, sound.sampleRate, SoundPrint::sampleRate), SoundPrint::sampleRate);
+    return trimmed ? std::optional(SoundPrinter().print(*trimmed)) : std::nullopt;
+}
+
+}  // namespace
+
+PlayableSound read(const std::filesystem::path& file) {
+    AudioIO::MonoAudio audio = AudioIO::readMono(file);
+    return {.samples = std::make_shared<const std::vector<float>>(std::move(audio.samples)),
+            .sampleRate = audio.sampleRate};
+}
+
+Facts factsOf(const PlayableSound& sound) {
+    const FlushDenormals flush;
+    return {.sound = sound,
+            .level = LevelMatch::measure(*sound.samples, sound.sampleRate),
+            .peaks = Waveform::peaks(*sound.samples, peakCount),
+            .picture = pictureOf(sound),
+            .print = printOf(sound)};
+}
+
+CorpusPrints::CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,
+                           const std::function<void(std::int64_t done)>& progress,
+                           const std::stop_token& stop)
+    : corpus_(std::move(corpus)) {
+    const SoundPrinter printer;
+    std::vector<std::optional<SoundPrint>> measured(corpus_->files.size());
+    std::atomic<std::int64_t> done = 0;
+    parallelFor(measured.size(), [&](std::size_t i) {
+        throwIfCancelled(stop);
+        try {
+            measured[i] = printer.print(corpus_->files[i]);
+        } catch (const AudioIOError& error) {
+            if (error.isSystemTrouble()) throw;
+        }
+        progress(++done);
+    });
+    std::vector<SoundPrint> prints;
+    for (std::size_t i = 0; i < measured.size(); ++i) {
+        if (!measured[i]) continue;
+        files_.push_back(i);
+        prints.push_back(std::move(*measured[i]));
+    }
+    index_.emplace(prints);
+}
+
+std::vector<CorpusPrints::Neighbour> CorpusPrints::nearest(const SoundPrint& print, std::size_t count) const {
+    std::vector<Neighbour> neighbours;
+    for (const auto& [position, distance] : index_->nearest(print, count))
+        neighbours.push_back({corpus_->files[files_[position]].relativePath, distance});
+    return neighbours;
+}
+
+}  // namespace quillmere::Inspection

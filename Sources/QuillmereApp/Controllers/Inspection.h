@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QImage>
+#include <QList>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "QuillmereApp/LevelMatch.h"
+#include "QuillmereApp/Player.h"
+#include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Origin/SoundPrint.h"
+
+// What is found out about a sound that is looked at closely. Takes its time: for work in the background.
+namespace quillmere::Inspection {
+
+struct Facts {
+    PlayableSound sound;
+    LevelMatch::Level level;
+    QList<qreal> peaks;               // as ResultsModel has them, but more
+    QImage picture;                   // its mel image over its whole length
+    std::optional<SoundPrint> print;  // nothing for a silent one
+};
+
+// Throws AudioIOError.
+[[nodiscard]] PlayableSound read(const std::filesystem::path& file);
+[[nodiscard]] Facts factsOf(const PlayableSound& sound);
+
+// The prints of a corpus's files, to find those that a sound is near to. Silent and unreadable files have
+// none. Immutable once made.
+class CorpusPrints {
+public:
+    // Reads and measures all files, on all processors. progress(done) comes from several threads. Throws
+    // AudioIOError for the system's trouble, and CancellationError.
+    CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,
+                 const std::function<void(std::int64_t done)>& progress, const std::stop_token& stop);
+
+    struct Neighbour {
+        std::string name;     // of the file, below its corpus
+        double distance = 0;  // dB
+    };
+    // At most count, nearest first.
+    [[nodiscard]] std::vector<Neighbour> nearest(const SoundPrint& print, std::size_t count) const;
+
+    [[nodiscard]] const std::shared_ptr<const CorpusSummary>& corpus() const { return corpus_; }
+
+private:
+    std::shared_ptr<const CorpusSummary> corpus_;
+    std::vector<std::size_t> files_;  // of the corpus, one per print
+    std::optional<SoundIndex> index_;
+};
+
+}  // namespace quillmere::Inspection

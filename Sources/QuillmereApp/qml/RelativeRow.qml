@@ -1,0 +1,82 @@
+import QtQuick
+import QtQuick.Templates as T
+import QuillmereApp
+
+// A sample that a sound is compared with: the key that plays it, its name, and how much it has to do with it.
+T.Button {
+    id: row
+
+    property int key: 0
+    property string name
+    property string detail
+    property bool playing: false
+
+    objectName: "relative-" + key
+    implicitHeight: 28
+    focusPolicy: Qt.TabFocus
+    hoverEnabled: true
+
+    Accessible.role: Accessible.Button
+    Accessible.name: (playing ? "Stop " : "Play ") + name
+    Accessible.description: detail
+    Accessible.onPressAction: clicked()
+
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    background: Rectangle {
+        radius: Theme.controlRadius - 2
+        color: row.down ? Theme.controlPressed : row.hovered ? Theme.controlHover : "transparent"
+    }
+    contentItem: Item {
+        Rectangle {
+            id: keyCap
+            x: 5
+            width: 18
+            height: 18
+            radius: 4
+            anchors.verticalCenter: parent.verticalCenter
+            color: row.playing ? Theme.accent : Theme.control
+            border.width: 1
+            border.color: row.playing ? Theme.accent : Theme.controlLine
+
+            Text {
+                anchors.centerIn: parent
+                text: row.key
+                color: row.playing ? Theme.accentInk : Theme.secondary
+                font.family: Theme.figures
+                font.pixelSize: 11
+                textFormat: Text.PlainText
+            }
+        }
+        Text {
+            anchors.left: keyCap.right
+            anchors.leftMargin: Theme.inner
+            anchors.right: figure.left
+            anchors.rightMargin: Theme.inner
+            anchors.verticalCenter: parent.verticalCenter
+            text: row.name
+            color: row.playing ? Theme.accent : Theme.text
+            font.family: Theme.family
+            font.pixelSize: Theme.smallSize
+            elide: Text.ElideMiddle
+            textFormat: Text.PlainText
+        }
+        Text {
+            id: figure
+            anchors.right: parent.right
+            anchors.rightMargin: Theme.inner
+            anchors.verticalCenter: parent.verticalCenter
+            text: row.detail
+            color: Theme.secondary
+            font.family: Theme.figures
+            font.pixelSize: Theme.smallSize
+            textFormat: Text.PlainText
+        }
+    }
+
+    FocusRing {
+        around: Theme.controlRadius - 2
+        shown: row.visualFocus
+    }
+}

@@ -1,0 +1,155 @@
+// Files that go to the trash and come back.
+
+#include <QObject>
+#include <optional>
+
+#include "QuillmereApp/Controllers/FilesController.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/Told.h"
+#include "QuillmereApp/Trash.h"
+
+namespace quillmere::testing {
+
+class FilesControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void movesToTheTrashAndBack() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        QSignalSpy changed(&files, &FilesController::filesChanged);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        files.trash(world.url("out/a.wav"));
+        files.trash(world.url("out/b.wav"));
+        QTRY_COMPARE(changed.count(), 2);
+        QVERIFY(!QFileInfo::exists(world.path("out/a.wav")) && !QFileInfo::exists(world.path("out/b.wav")));
+        QVERIFY(files.canUndo());
+        QVERIFY(files.undo());
+        QTRY_COMPARE(changed.count(), 3);
+        QCOMPARE(TestWorld::read(world.path("out/b.wav")), QByteArray("two"));
+        QVERIFY(files.undo());
+        QTRY_COMPARE(changed.count(), 4);
+        QCOMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("one"));
+        QVERIFY(!files.canUndo() && !files.undo());
+        QCOMPARE(told.error, QString());
+        QCOMPARE(told.notices, QStringList({"In the trash: a.wav", "In the trash: b.wav", "Back again: b.wav",
+                                            "Back again: a.wav"}));
+    }
+
+    void whatCannotGoStays() {
+        TestWorld world;
+        world.hasTrash = false;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        files.trash(world.url("out/a.wav"));
+        QTRY_COMPARE(told.error, QStringLiteral("a.wav could not be moved to the trash."));
+        QVERIFY(QFileInfo::exists(world.path("out/a.wav")));
+        QVERIFY(!files.canUndo());
+    }
+
+    void nothingIsOverwrittenOnTheWayBack() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        files.trash(world.url("out/a.wav"));
+        QTRY_VERIFY(files.canUndo());
+        TestWorld::write(world.path("out/a.wav"), "another");
+        QVERIFY(files.undo());
+        QTRY_COMPARE(told.error, QStringLiteral("Another file is called a.wav by now."));
+        QCOMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("another"));
+    }
+
+    // ---- Names
+
+    void renamesAndBack() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        QSignalSpy renamed(&files, &FilesController::renamed);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        files.rename(world.url("out/a.wav"), QStringLiteral(" Big kick "));
+        QTRY_COMPARE(renamed.count(), 1);
+        QCOMPARE(renamed.at(0).at(1).toUrl(), world.url("out/Big kick.wav"));
+        QCOMPARE(TestWorld::read(world.path("out/Big kick.wav")), QByteArray("one"));
+        QVERIFY(files.undo());
+        QTRY_COMPARE(renamed.count(), 2);
+        QCOMPARE(renamed.at(1).at(1).toUrl(), world.url("out/a.wav"));
+        QCOMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("one"));
+    }
+
+    void aNameThatIsTakenOrNoneIsRefused() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        for (const char* name : {"", "  ", "..", "a/b", ".hidden"}) {
+            files.rename(world.url("out/a.wav"), QString::fromLatin1(name));
+            QVERIFY2(told.error.endsWith("is no name for a file."), name);
+        }
+        files.rename(world.url("out/a.wav"), QStringLiteral("b.wav"));
+        QTRY_COMPARE(told.error, QStringLiteral("There is a file called b.wav already."));
+        QCOMPARE(TestWorld::read(world.path("out/b.wav")), QByteArray("two"));
+        QVERIFY(!files.canUndo());
+        files.rename(world.url("out/a.wav"), QStringLiteral("a"));  // its own name
+        deliverEvents();
+        QVERIFY(!files.canUndo());
+    }
+
+    // ---- Favourites
+
+    void favouritesAreRemembered() {
+        TestWorld world;
+        TestWorld::write(world.path("out/a.wav"), "one");
+        {
+            Preferences preferences(world.environment.settingsFile);
+            FilesController files(world.environment, preferences);
+            files.setFavourite(world.url("out/a.wav"), true);
+            files.setFavourite(world.url("out/b.wav"), true);
+            files.setFavourite(world.url("out/b.wav"), false);
+            QVERIFY(files.isFavourite(world.url("out/a.wav")) && !files.isFavourite(world.url("out/b.wav")));
+        }
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        QVERIFY(files.isFavourite(world.url("out/a.wav")) && !files.isFavourite(world.url("out/b.wav")));
+        // Also under another name.
+        QSignalSpy renamed(&files, &FilesController::renamed);
+        files.rename(world.url("out/a.wav"), QStringLiteral("c"));
+        QTRY_COMPARE(renamed.count(), 1);
+        QVERIFY(files.isFavourite(world.url("out/c.wav")) && !files.isFavourite(world.url("out/a.wav")));
+    }
+
+    // The desktop's own, in a home of its own.
+    void theDesktopsTrashForgetsWhatCameBack() {
+        TestWorld world;
+        const QString file = world.path("home/a.wav");
+        TestWorld::write(file, "one");
+        qputenv("HOME", world.path("home").toUtf8());
+        qputenv("XDG_DATA_HOME", world.path("home/data").toUtf8());
+        QDir().mkpath(world.path("home/data"));
+        QString trashed;
+        QVERIFY(QFile::moveToTrash(file, &trashed));
+        const std::filesystem::path place = toPath(trashed);
+        QVERIFY(!QFileInfo::exists(file));
+        QCOMPARE(TestWorld::read(trashed), QByteArray("one"));
+        const QString info =
+            QFileInfo(trashed).dir().filePath("../info/" + toQString(place.filename()) + ".trashinfo");
+        QVERIFY(QFileInfo::exists(info));
+        QVERIFY(Trash::restore(place, toPath(file)));
+        QCOMPARE(TestWorld::read(file), QByteArray("one"));
+        QVERIFY(!QFileInfo::exists(info));
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::FilesControllerTest)
+#include "FilesControllerTest.moc"

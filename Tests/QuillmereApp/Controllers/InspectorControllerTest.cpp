@@ -1,0 +1,332 @@
+// What is found out about a sound, what it is compared with, and what can be made of it.
+
+#include <QObject>
+#include <cmath>
+#include <memory>
+#include <optional>
+
+#include "QuillmereApp/Controllers/InspectorController.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/Told.h"
+#include "QuillmereCore/Model/Corpus.h"
+
+namespace quillmere::testing {
+namespace {
+
+std::vector<float> hit(double frequency, double amplitude = 0.8) {
+    std::vector<float> samples = sine(frequency, 8000, 800, amplitude);
+    for (std::size_t n = 0; n < samples.size(); ++n)
+        samples[n] *= std::exp(-static_cast<float>(n) / 200);
+    return samples;
+}
+
+CandidateHandle makeCandidate(std::vector<float> samples, int number = 3) {
+    auto candidate = std::make_shared<Candidate>();
+    candidate->number = number;
+    candidate->name = QUrl(QStringLiteral("candidate:%1").arg(number));
+    candidate->sound = {.samples = std::make_shared<const std::vector<float>>(std::move(samples)),
+                        .sampleRate = 8000};
+    candidate->origin.latent = {1, 2, 3, 4};
+    candidate->origin.sources = {{.clip = 1, .name = "hit1.wav", .weight = 0.75F},
+                                 {.clip = 0, .name = "hit0.wav", .weight = 0.25F}};
+    candidate->base = std::make_shared<const RecipeBase>(
+        RecipeBase{.corpusName = "Drums", .fingerprint = "abc", .aesthetics = {}});
+    return candidate;
+}
+
+// An inspector that is open, with a corpus of hits of 300, 450, 600 ... Hz.
+struct Desk {
+    explicit Desk(const TestWorld& world, int files = 4) : inspector(world.environment), told(inspector) {
+        const QUrl folder = world.makeCorpus("Drums", files);
+        inspector.setCorpus(std::make_shared<const CorpusSummary>(Corpus::scan(toPath(folder))));
+        inspector.setOpen(true);
+        QObject::connect(&inspector, &InspectorController::playRequested, &inspector,
+                         [this](const QUrl& name, const PlayableSound& sound) {
+                             played.append(name.toString());
+                             sounds.push_back(sound);
+                         });
+        QObject::connect(&inspector, &InspectorController::candidatesWanted, &inspector,
+                         [this](const CandidatesRelation& relation) { wanted = relation; });
+    }
+
+    InspectorController inspector;
+    Told told;
+    QStringList played;
+    std::vector<PlayableSound> sounds;
+    std::optional<CandidatesRelation> wanted;
+};
+
+void inspectAndWait(Desk& desk, const CandidateHandle& candidate) {
+    desk.inspector.inspect(candidate);
+    QTRY_VERIFY(!desk.inspector.verdict().isEmpty());
+}
+
+QStringList namesOf(const QVariantList& relatives) {
+    QStringList names;
+    for (const QVariant& relative : relatives)
+        names.append(relative.toMap().value("name").toString());
+    return names;
+}
+
+}  // namespace
+
+class InspectorControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void showsWhatASoundLooksLike() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        QVERIFY(desk.inspector.hasSubject());
+        QCOMPARE(desk.inspector.title(), QStringLiteral("Candidate 3"));
+        QCOMPARE(desk.inspector.soundURL(), QUrl(QStringLiteral("candidate:3")));
+        QVERIFY(!desk.inspector.isFile());
+        QVERIFY(desk.inspector.peaks().isEmpty() && desk.inspector.picture().isNull());
+        QTRY_VERIFY(!desk.inspector.peaks().isEmpty());
+        QCOMPARE(desk.inspector.durationText(), QStringLiteral("0.10 s"));
+        QVERIFY(desk.inspector.levelText().endsWith(QStringLiteral("peak −2.1 dB")));
+        QVERIFY(desk.inspector.level() > 0.5 && desk.inspector.level() < 1);
+        const QImage picture = desk.inspector.picture();
+        QVERIFY(picture.width() > 100 && picture.height() == 64);
+        // Low sounds are at the bottom, and the sound is louder at its beginning.
+        const auto brightness = [&](int x, int y) { return qGray(picture.pixel(x, y)); };
+        QVERIFY(brightness(20, 45) > brightness(20, 3));
+        QVERIFY(brightness(20, 45) > brightness(picture.width() - 1, 45));
+    }
+
+    void findsTheNearestOfTheCorpus() {
+        TestWorld world;
+        Desk desk(world);
+        inspectAndWait(desk, makeCandidate(hit(610, 0.3)));
+        const QStringList names = namesOf(desk.inspector.nearest());
+        QCOMPARE(names.size(), 4);
+        QCOMPARE(names.first(), QStringLiteral("hit2.wav"));  // that of 600 Hz
+        QVERIFY(desk.inspector.distance() > 0);
+        QVERIFY(desk.inspector.verdict().contains("hit2.wav") || desk.inspector.verdict().contains("far"));
+        QCOMPARE(desk.inspector.nearest().first().toMap().value("key").toInt(), 3);
+        QVERIFY(!desk.inspector.isComparing());
+    }
+
+    void raisesTheAlarmForACopy() {
+        TestWorld world;
+        Desk desk(world);
+        inspectAndWait(desk, makeCandidate(hit(450, 0.4)));
+        QVERIFY(desk.inspector.isCopy());
+        QCOMPARE(desk.inspector.verdict(), QStringLiteral("Nearly a copy of hit1.wav"));
+        inspectAndWait(desk, makeCandidate(sine(3000, 8000, 4000, 0.5)));
+        QVERIFY(!desk.inspector.isCopy());
+        QCOMPARE(desk.inspector.verdict(), QStringLiteral("New, and far from every sample"));
+        // As good as a copy by its waveform, however it was finished.
+        const CandidateHandle detailed = makeCandidate(sine(3000, 8000, 4000, 0.5));
+        detailed->origin.sameness = 0.97F;
+        inspectAndWait(desk, detailed);
+        QVERIFY(desk.inspector.isCopy());
+        QVERIFY(desk.inspector.verdict().startsWith("Nearly a copy of "));
+    }
+
+    void saysWhatItIsMadeOf() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        const QVariantList sources = desk.inspector.sources();
+        QCOMPARE(namesOf(sources), QStringList({"hit1.wav", "hit0.wav"}));
+        QCOMPARE(sources.first().toMap().value("detail").toString(), QStringLiteral("75 %"));
+        QCOMPARE(sources.last().toMap().value("key").toInt(), 2);
+    }
+
+    void comparesTheCorpusOnce() {
+        TestWorld world;
+        Desk desk(world, 12);
+        QSignalSpy comparing(&desk.inspector, &InspectorController::comparingChanged);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        QCOMPARE(desk.inspector.toCompare(), 12);
+        QTRY_VERIFY(!desk.inspector.verdict().isEmpty());
+        const auto reports = comparing.count();
+        QVERIFY(reports > 2);
+        inspectAndWait(desk, makeCandidate(hit(700), 4));
+        QCOMPARE(comparing.count(), reports);
+        QCOMPARE(desk.inspector.nearest().size(), InspectorController::nearestShown);
+    }
+
+    void anotherCorpusIsComparedAnew() {
+        TestWorld world;
+        Desk desk(world);
+        inspectAndWait(desk, makeCandidate(hit(500)));
+        const QUrl folder = world.makeCorpus("Others", 1);
+        desk.inspector.setCorpus(std::make_shared<const CorpusSummary>(Corpus::scan(toPath(folder))));
+        QVERIFY(desk.inspector.verdict().isEmpty());
+        QTRY_COMPARE(desk.inspector.nearest().size(), 1);
+        desk.inspector.setCorpus(nullptr);
+        QVERIFY(desk.inspector.nearest().isEmpty() && !desk.inspector.isComparing());
+    }
+
+    void aSilentSoundIsComparedWithNothing() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.inspect(makeCandidate(std::vector<float>(800)));
+        QTRY_COMPARE(desk.inspector.levelText(), QStringLiteral("silent"));
+        QVERIFY(!desk.inspector.isComparing());
+        QCOMPARE(desk.inspector.distance(), -1.0);
+    }
+
+    // ---- Hearing
+
+    void playsRelativesInTurnWithTheSoundAtOneLevel() {
+        TestWorld world;
+        Desk desk(world);
+        inspectAndWait(desk, makeCandidate(hit(500, 0.2)));
+        desk.inspector.playInTurn(1);
+        QTRY_COMPARE(desk.played, QStringList({"clip:hit1.wav"}));
+        // The clip is four times as loud.
+        QVERIFY(std::abs(desk.sounds[0].gain - 0.25F) < 0.02F);
+        desk.inspector.playInTurn(1);
+        QTRY_COMPARE(desk.played, QStringList({"clip:hit1.wav", "candidate:3"}));
+        QCOMPARE(desk.sounds[1].gain, 1.0F);
+        desk.inspector.playInTurn(1);
+        QTRY_COMPARE(desk.played.size(), 3);
+        QCOMPARE(desk.played.last(), QStringLiteral("clip:hit1.wav"));
+        desk.inspector.playInTurn(3);  // the nearest one
+        QTRY_COMPARE(desk.played.size(), 4);
+        QVERIFY(desk.played.last().startsWith("clip:"));
+        for (const int key : {0, -1, 7, 99})
+            desk.inspector.playInTurn(key);
+        deliverEvents();
+        QCOMPARE(desk.played.size(), 4);
+    }
+
+    void aLoudSoundIsPlayedSofterThanIsNeededForItsRelative() {
+        TestWorld world;
+        Desk desk(world);
+        // A steady tone at full scale: no hit becomes so loud without exceeding it.
+        inspectAndWait(desk, makeCandidate(sine(500, 8000, 4000, 1.0)));
+        desk.inspector.playInTurn(1);
+        QTRY_COMPARE(desk.played.size(), 1);
+        desk.inspector.playInTurn(1);
+        QTRY_COMPARE(desk.played.size(), 2);
+        QVERIFY(desk.sounds[0].gain > 1);
+        QVERIFY(desk.sounds[1].gain < 1);
+    }
+
+    void saysThatARelativeIsGone() {
+        TestWorld world;
+        Desk desk(world);
+        inspectAndWait(desk, makeCandidate(hit(500)));
+        QFile::remove(world.path("Drums/hit1.wav"));
+        desk.inspector.playInTurn(1);
+        QTRY_COMPARE(desk.told.notices.size(), 1);
+        QVERIFY2(desk.told.notices.first().contains("hit1.wav"), qPrintable(desk.told.notices.first()));
+        QVERIFY(desk.played.isEmpty());
+    }
+
+    // ---- Results
+
+    void readsAResultFromItsFile() {
+        TestWorld world;
+        Desk desk(world);
+        AudioIO::write(hit(500), toPath(world.path("a.wav")), 8000, OutputFormat::wav24);
+        desk.inspector.inspect({.url = toPath(world.path("a.wav")), .seconds = 0.1}, nullptr);
+        QCOMPARE(desk.inspector.title(), QStringLiteral("a.wav"));
+        QVERIFY(desk.inspector.isFile());
+        QCOMPARE(desk.inspector.file(), world.url("a.wav"));
+        QCOMPARE(desk.inspector.soundURL(), world.url("a.wav"));
+        QVERIFY(!desk.inspector.hasRecipe());
+        QTRY_VERIFY(!desk.inspector.nearest().isEmpty());
+        QVERIFY(desk.inspector.sources().isEmpty());
+        desk.inspector.copyRecipe();
+        desk.inspector.moreLikeThis();
+        QVERIFY(!desk.wanted && world.clipboard.isEmpty());
+    }
+
+    void saysWhyAFileCannotBeRead() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.inspect({.url = toPath(world.path("gone.wav")), .seconds = 0.1}, nullptr);
+        QTRY_VERIFY(desk.inspector.problem().contains("gone.wav"));
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        QVERIFY(desk.inspector.problem().isEmpty());
+    }
+
+    // ---- What can be made of it
+
+    void copiesTheRecipe() {
+        TestWorld world;
+        Desk desk(world);
+        const CandidateHandle candidate = makeCandidate(hit(500));
+        desk.inspector.inspect(candidate);
+        desk.inspector.copyRecipe();
+        QCOMPARE(world.clipboard.toStdString(), encodeJSON(makeRecipe(candidate->origin, *candidate->base)));
+        QCOMPARE(desk.told.notices, QStringList("Recipe copied"));
+    }
+
+    void wishesForRelatives() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        using Way = CandidatesRelation::Way;
+        desk.inspector.moreLikeThis();
+        QCOMPARE(desk.wanted->way, Way::like);
+        QCOMPARE(desk.wanted->name, QStringLiteral("Candidate 3"));
+        QCOMPARE(desk.wanted->parent.latent, std::vector<float>({1, 2, 3, 4}));
+        desk.inspector.newSkins();
+        QCOMPARE(desk.wanted->way, Way::body);  // which is the same
+        desk.inspector.newBodies();
+        QCOMPARE(desk.wanted->way, Way::skin);
+    }
+
+    // ---- Opening and closing
+
+    void looksAtNothingWhileItIsClosed() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.setOpen(false);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        QVERIFY(!desk.inspector.hasSubject());
+        desk.inspector.setOpen(true);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        QVERIFY(desk.inspector.hasSubject());
+        desk.inspector.setOpen(false);
+        QVERIFY(!desk.inspector.hasSubject());
+        deliverEvents();
+        QVERIFY(desk.inspector.peaks().isEmpty());
+    }
+
+    void lateAnswersAreDropped() {
+        TestWorld world;
+        Desk desk(world);
+        desk.inspector.inspect(makeCandidate(hit(500)));
+        desk.inspector.inspect(makeCandidate(std::vector<float>(1600), 4));
+        QTRY_VERIFY(!desk.inspector.durationText().isEmpty());
+        QCOMPARE(desk.inspector.durationText(), QStringLiteral("0.20 s"));
+        deliverEvents();
+        QCOMPARE(desk.inspector.durationText(), QStringLiteral("0.20 s"));
+    }
+
+    void theSameOneAgainChangesNothing() {
+        TestWorld world;
+        Desk desk(world);
+        const CandidateHandle candidate = makeCandidate(hit(500));
+        inspectAndWait(desk, candidate);
+        QSignalSpy facts(&desk.inspector, &InspectorController::factsChanged);
+        desk.inspector.inspect(candidate);
+        QCOMPARE(facts.count(), 0);
+        candidate->file = world.url("kept.wav");
+        desk.inspector.refresh();
+        QCOMPARE(desk.inspector.title(), QStringLiteral("kept.wav"));
+        QVERIFY(desk.inspector.isFile());
+        QCOMPARE(desk.inspector.soundURL(), QUrl(QStringLiteral("candidate:3")));
+    }
+
+    void closingTheProgramWaitsForNothing() {
+        TestWorld world;
+        auto desk = std::make_unique<Desk>(world, 200);
+        desk->inspector.inspect(makeCandidate(hit(500)));
+        QTRY_VERIFY(desk->inspector.isComparing());
+        desk.reset();
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::InspectorControllerTest)
+#include "InspectorControllerTest.moc"
