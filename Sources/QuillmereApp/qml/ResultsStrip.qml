@@ -15,9 +15,8 @@ Rectangle {
     signal candidatesRequested
     signal inspectRequested
 
-    readonly property real tileHeight: 84
     // As high as one row, unless its place is higher.
-    implicitHeight: list.y + tileHeight + Theme.between
+    implicitHeight: list.y + list.tileHeight + Theme.between
     radius: Theme.cardRadius
     color: Theme.card
     border.color: Theme.line
@@ -92,55 +91,24 @@ Rectangle {
         color: Theme.secondary
         horizontalAlignment: Text.AlignHCenter
     }
-    GridView {
+    TileGrid {
         id: list
         objectName: "results"
-
-        readonly property bool inRows: height >= 2 * strip.tileHeight + Theme.inner
-        readonly property int columns: Math.max(1, Math.floor(width / (184 + Theme.inner)))
-
         x: Theme.outer
         y: heading.y + heading.height + Theme.inner + 2
         // With the gap after the last tile.
         width: strip.width - 2 * Theme.outer + Theme.inner
         height: strip.height - y - Theme.between
-        cellWidth: inRows ? Math.floor(width / columns) : 184 + Theme.inner
-        cellHeight: inRows ? strip.tileHeight + Theme.inner : height
-        flow: inRows ? GridView.FlowLeftToRight : GridView.FlowTopToBottom
-        clip: true
         visible: count > 0
-        boundsBehavior: Flickable.StopAtBounds
-        highlightMoveDuration: Theme.quick
-        keyNavigationEnabled: true
-        activeFocusOnTab: true
-        // A mouse drags files out of the strip, not the strip.
-        interactive: !mouse.hovered
+        label: "Results"
         model: strip.app.generation.results
 
-        Accessible.role: Accessible.List
-        Accessible.name: "Results"
-
-        onCountChanged: currentIndex = Math.min(count - 1, Math.max(0, currentIndex))
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
-        Keys.onPressed: event => {
-            const page = inRows ? columns * Math.max(1, Math.floor(height / cellHeight)) : columns;
-            event.accepted = true;
-            if (event.key === Qt.Key_Home)
-                currentIndex = 0;
-            else if (event.key === Qt.Key_End)
-                currentIndex = count - 1;
-            else if (event.key === Qt.Key_PageUp)
-                currentIndex = Math.max(0, currentIndex - page);
-            else if (event.key === Qt.Key_PageDown)
-                currentIndex = Math.min(count - 1, currentIndex + page);
-            else
-                event.accepted = false;
-        }
 
         delegate: ResultTile {
-            width: list.cellWidth - Theme.inner
-            height: list.inRows ? strip.tileHeight : list.height - (bar.visible ? 12 : 0)
+            width: list.shownWidth
+            height: list.shownHeight
             app: strip.app
             selected: GridView.isCurrentItem
             focused: list.activeFocus && selected
@@ -150,32 +118,6 @@ Rectangle {
             }
             onDragRequested: place => fileDrag.begin(index, this, place)
             onDragEnded: fileDrag.giveUp()
-        }
-
-        HoverHandler {
-            id: mouse
-            acceptedDevices: PointerDevice.Mouse
-        }
-        WheelHandler {
-            acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
-            orientation: Qt.Vertical | Qt.Horizontal
-            enabled: list.contentWidth > list.width || list.contentHeight > list.height
-            onWheel: event => {
-                const pixels = Math.abs(event.pixelDelta.x) > Math.abs(event.pixelDelta.y) ? event.pixelDelta.x : event.pixelDelta.y;
-                const angle = event.angleDelta.x !== 0 ? event.angleDelta.x : event.angleDelta.y;
-                const way = pixels !== 0 ? pixels : angle / 120 * 90;
-                if (list.inRows)
-                    list.contentY = Math.max(list.originY, Math.min(list.originY + list.contentHeight - list.height, list.contentY - way));
-                else
-                    list.contentX = Math.max(list.originX, Math.min(list.originX + list.contentWidth - list.width, list.contentX - way));
-            }
-        }
-        ThinScrollBar.horizontal: ThinScrollBar {
-            id: bar
-            visible: !list.inRows && list.contentWidth > list.width
-        }
-        ThinScrollBar.vertical: ThinScrollBar {
-            visible: list.inRows && list.contentHeight > list.height
         }
     }
     // After the results: these are nearer by Tab.

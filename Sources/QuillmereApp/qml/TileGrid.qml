@@ -48,7 +48,7 @@ GridView {
     boundsBehavior: Flickable.StopAtBounds
     highlightMoveDuration: Theme.quick
     activeFocusOnTab: true
-    // A mouse takes tiles, not the strip.
+    // A mouse drags tiles out of the strip, not the strip.
     interactive: !mouse.hovered
 
     Accessible.role: Accessible.List
