@@ -207,6 +207,7 @@ std::string encodeMetadata(const ModelMetadata& metadata) {
     if (metadata.analysis) object["analysis"] = *metadata.analysis;
     if (metadata.start) object["start"] = encodeStart(*metadata.start);
     if (!metadata.continued.empty()) object["continued"] = encodeContinued(metadata.continued);
+    if (metadata.plannedSteps) object["plannedSteps"] = *metadata.plannedSteps;
     return object.dump(2, ' ', false, Json::error_handler_t::replace);
 }
 
@@ -282,6 +283,12 @@ std::vector<TrainingStretch> decodeContinued(const Json& metadata) {
     return stretches;
 }
 
+std::optional<std::int64_t> decodePlannedSteps(const Json& metadata) {
+    const auto found = metadata.find("plannedSteps");
+    if (found == metadata.end() || found->is_null()) return std::nullopt;
+    return json::integerMember(metadata, "plannedSteps");
+}
+
 ModelMetadata decodeMetadata(const Json& metadata) {
     return {.corpusName = json::stringMember(metadata, "corpusName"),
             .corpusPath = json::stringMember(metadata, "corpusPath"),
@@ -293,7 +300,8 @@ ModelMetadata decodeMetadata(const Json& metadata) {
             .clipNames = decodeClipNames(metadata),
             .analysis = decodeAnalysis(metadata),
             .start = decodeStart(metadata),
-            .continued = decodeContinued(metadata)};
+            .continued = decodeContinued(metadata),
+            .plannedSteps = decodePlannedSteps(metadata)};
 }
 
 std::vector<float> decodeLatent(const Json& latent) {

@@ -51,6 +51,9 @@ struct ModelMetadata {
     std::optional<std::string> analysis;       // raw value of the profile
     std::optional<ModelStart> start{};         // absent: random weights
     std::vector<TrainingStretch> continued{};  // after the first part; steps counts these, too
+    // What steps would have been before any continuation, had the training not been ended early, which is
+    // when it is there.
+    std::optional<std::int64_t> plannedSteps{};
 
     friend bool operator==(const ModelMetadata&, const ModelMetadata&) = default;
 };

@@ -112,16 +112,18 @@ PreparedCorpus prepareCorpus(const CorpusSummary& corpus, const TrainingOptions&
 ModelMetadata describe(const CorpusSummary& corpus, const TrainingOptions& options,
                        const TrainedNetwork& trained, PreparedCorpus& prepared) {
     const auto now = std::chrono::system_clock::now();
+    const bool endedEarly = trained.steps > 0 && trained.steps < options.steps;
     return {.corpusName = ModelStore::corpusName(corpus.directory),
             .corpusPath = Text::utf8(ModelStore::corpusPath(corpus.directory)),
             .fingerprint = corpus.fingerprint(),
             .trainedAt = std::chrono::floor<std::chrono::seconds>(now),
-            .steps = options.steps,
+            .steps = trained.steps,
             .finalLoss = trained.finalLoss,
             .finalReconstructionError = trained.finalReconstructionError,
             .clipNames = std::move(prepared.names),
             .analysis = std::string(rawValue(prepared.config.profile)),
-            .start = options.start ? std::optional(options.start->origin()) : std::nullopt};
+            .start = options.start ? std::optional(options.start->origin()) : std::nullopt,
+            .plannedSteps = endedEarly ? std::optional(options.steps) : std::nullopt};
 }
 
 // From prepared images to a network: the part in which training and listening before it differ.
@@ -144,20 +146,19 @@ ModelBundle makeModel(const CorpusSummary& corpus, const TrainingOptions& option
 }  // namespace
 
 ModelBundle train(const CorpusSummary& corpus, const TrainingOptions& options,
-                  const ProgressCallback& progress, const std::stop_token& stop, network::Backend& backend) {
+                  const ProgressCallback& progress, const std::stop_token& stop, network::Backend& backend,
+                  const TrainingHooks& hooks) {
     return makeModel(corpus, options, progress, stop, [&](const PreparedCorpus& prepared) {
-        return trainOnImages(prepared.config, prepared.images, options, progress, stop, backend);
+        return trainOnImages(prepared.config, prepared.images, options, progress, stop, backend, {}, hooks);
     });
 }
 
 ModelBundle beforeLearning(const CorpusSummary& corpus, const TrainingOptions& options,
                            const ProgressCallback& progress, const std::stop_token& stop,
                            network::Backend& backend) {
-    ModelBundle bundle = makeModel(corpus, options, progress, stop, [&](const PreparedCorpus& prepared) {
+    return makeModel(corpus, options, progress, stop, [&](const PreparedCorpus& prepared) {
         return startOnImages(prepared.config, prepared.images, options, backend);
     });
-    bundle.metadata.steps = 0;
-    return bundle;
 }
 
 }  // namespace quillmere::ModelTrainer

@@ -137,6 +137,18 @@ TEST(ModelStart, IsNoKeyOfAFreshModel) {
     EXPECT_EQ(ModelStore::load(model.path()).metadata.start, std::nullopt);
 }
 
+TEST(ModelStore, KeepsHowManyStepsATrainingWasToTakeThatEndedEarly) {
+    const TempFolder folder;
+    ModelBundle bundle = exampleBundle();
+    bundle.metadata.plannedSteps = 5000;
+    ModelStore::save(bundle, folder.path());
+    EXPECT_EQ(ModelStore::load(folder.path()).metadata, bundle.metadata);
+
+    const StoredModel whole;
+    EXPECT_EQ(readText(whole.manifest()).find("plannedSteps"), std::string::npos);
+    EXPECT_EQ(ModelStore::load(whole.path()).metadata.plannedSteps, std::nullopt);
+}
+
 TEST(ModelStart, OfAnUnknownKindIsDamage) {
     const StoredModel model;
     model.changeManifest("\"steps\"",

@@ -106,6 +106,23 @@ TEST_F(TrainerRun, LeavesOutUnusableFilesWithoutAMessage) {
     EXPECT_EQ(listener.messages().at(6), "Reading samples… 6/6") << "failed files count too";
 }
 
+TEST_F(TrainerRun, ThatEndsEarlySaysAfterHowManyStepsOfHowMany) {
+    std::stop_source enough;
+    const auto progress = [&](const TrainingProgress& record) {
+        if (record.step == 10) enough.request_stop();
+    };
+    const TrainingHooks hooks{.enough = enough.get_token(), .wantsGlimpse = {}, .glimpsed = {}};
+    const ModelBundle ended =
+        ModelTrainer::train(corpus.scan(), quickOptions(30), progress, {}, processor(), hooks);
+    EXPECT_EQ(ended.metadata.steps, 10);
+    EXPECT_EQ(ended.metadata.plannedSteps, 30);
+    EXPECT_EQ(ended.latents.size(), 3U);
+
+    const ModelBundle whole = train(quickOptions(2));
+    EXPECT_EQ(whole.metadata.steps, 2);
+    EXPECT_EQ(whole.metadata.plannedSteps, std::nullopt);
+}
+
 // ---- From a start
 
 TEST_F(TrainerRun, OfAFreshModelSaysNothingOfAStart) {

@@ -52,6 +52,7 @@ ModelBundle continueTraining(const ModelBundle& model, const CorpusSummary& corp
     require(next.config == model.config, "continueTraining: another configuration");
     next.metadata.start = model.metadata.start;
     next.metadata.steps = model.metadata.steps + stretch.steps;
+    next.metadata.plannedSteps = model.metadata.plannedSteps;
     next.metadata.continued = model.metadata.continued;
     next.metadata.continued.push_back(stretch);
     return next;

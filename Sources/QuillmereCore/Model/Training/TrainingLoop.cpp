@@ -23,11 +23,21 @@ std::vector<std::vector<float>> startWeights(const ModelConfig& config, const Tr
                          : VAEArchitecture::initialWeights(config, options.seed);
 }
 
-// The steps: a network with its weights and final loss, nothing encoded yet.
+Glimpse glimpseOf(const ModelConfig& config, std::span<const std::vector<float>> images, std::int64_t step,
+                  const VAETrainingGraph& graph) {
+    Glimpse glimpse{.config = config, .step = step, .weights = graph.currentWeights(), .images = {}};
+    const std::size_t count = std::min(images.size(), Glimpse::mostImages);
+    for (std::size_t i = 0; i < count; ++i)
+        glimpse.images.push_back(images[i * images.size() / count]);
+    return glimpse;
+}
+
+// The steps: a network with its weights, their number and final loss, nothing encoded yet.
 TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<float>> images,
                         const TrainingOptions& options, const ProgressCallback& progress,
                         const std::stop_token& stop, network::Backend& backend,
-                        const std::function<void(const network::StepResult&)>& onStep) {
+                        const std::function<void(const network::StepResult&)>& onStep,
+                        const TrainingHooks& hooks) {
     VAETrainingGraph graph(config, static_cast<int>(options.batchSize),
                            startWeights(config, options, backend), backend);
     BatchSource source(config, images, options.batchSize, options.seed);
@@ -35,6 +45,7 @@ TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<f
     std::vector<float> x(batch * images.front().size());
     std::vector<float> eps(batch * static_cast<std::size_t>(config.latentDim));
     SmoothedLosses smoothed;
+    TrainedNetwork trained;
     const auto start = std::chrono::steady_clock::now();
     throwIfCancelled(stop);
 
@@ -51,11 +62,14 @@ TrainedNetwork optimise(const ModelConfig& config, std::span<const std::vector<f
             const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
             progress(stepDone(t, T, smoothed, elapsed.count()));
         }
-        if (t < T) throwIfCancelled(stop);
+        trained.steps = t;
+        if (t == T) break;
+        throwIfCancelled(stop);
+        if (hooks.enough.stop_requested()) break;
+        if (hooks.wantsGlimpse && hooks.wantsGlimpse()) hooks.glimpsed(glimpseOf(config, images, t, graph));
     }
 
-    if (progress) progress(encodingStarted(T, smoothed.loss.value()));
-    TrainedNetwork trained;
+    if (progress) progress(encodingStarted(trained.steps, T, smoothed.loss.value()));
     trained.weights = graph.currentWeights();
     trained.finalLoss = smoothed.loss.value();
     return trained;
@@ -110,10 +124,11 @@ void encodeImages(const ModelConfig& config, std::span<const std::vector<float>>
 TrainedNetwork trainOnImages(const ModelConfig& config, std::span<const std::vector<float>> images,
                              const TrainingOptions& options, const ProgressCallback& progress,
                              const std::stop_token& stop, network::Backend& backend,
-                             const std::function<void(const network::StepResult&)>& onStep) {
+                             const std::function<void(const network::StepResult&)>& onStep,
+                             const TrainingHooks& hooks) {
     require(options.steps >= 1, "training needs at least one step");
     require(!images.empty(), "training needs at least one image");
-    TrainedNetwork trained = optimise(config, images, options, progress, stop, backend, onStep);
+    TrainedNetwork trained = optimise(config, images, options, progress, stop, backend, onStep, hooks);
     encodeImages(config, images, backend, trained);
     if (!isFinite(trained)) throw TrainingError(TrainingError::Kind::diverged);
     return trained;

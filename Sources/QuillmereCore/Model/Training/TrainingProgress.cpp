@@ -79,10 +79,10 @@ TrainingProgress stepDone(std::int64_t t, std::int64_t T, const SmoothedLosses& 
             .secondsRemaining = static_cast<double>(T - t) * elapsedSeconds / static_cast<double>(t)};
 }
 
-TrainingProgress encodingStarted(std::int64_t T, float loss) {
+TrainingProgress encodingStarted(std::int64_t t, std::int64_t T, float loss) {
     return {.phase = TrainingProgress::Phase::finishing,
             .message = "Encoding corpus…",
-            .step = T,
+            .step = t,
             .totalSteps = T,
             .loss = loss,
             .fraction = 0.96,

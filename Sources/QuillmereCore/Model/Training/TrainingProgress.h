@@ -59,7 +59,8 @@ struct SmoothedLosses {
 // elapsedSeconds: since the first step began.
 [[nodiscard]] TrainingProgress stepDone(std::int64_t t, std::int64_t T, const SmoothedLosses& losses,
                                         double elapsedSeconds);
-[[nodiscard]] TrainingProgress encodingStarted(std::int64_t T, float loss);
+// t: the last step that was done; T, unless the training ended early.
+[[nodiscard]] TrainingProgress encodingStarted(std::int64_t t, std::int64_t T, float loss);
 
 }  // namespace ModelTrainer
 }  // namespace quillmere

@@ -67,6 +67,11 @@ TEST_F(Continuing, TheSameHistoryGivesTheSameModel) {
     EXPECT_EQ(again.metadata.steps, 8);
 }
 
+TEST_F(Continuing, RemembersThatTheFirstPartEndedEarly) {
+    model.metadata.plannedSteps = 7;
+    EXPECT_EQ(on(model, small(model, 2)).metadata.plannedSteps, 7);
+}
+
 TEST_F(Continuing, EachStretchSeesOtherBatches) {
     EXPECT_NE(ModelTrainer::nextStretch(model, 2).seed,
               ModelTrainer::nextStretch(on(model, small(model, 2)), 2).seed);

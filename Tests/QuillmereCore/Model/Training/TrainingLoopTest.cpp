@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <stop_token>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Model/Training/BatchSource.h"
@@ -121,6 +122,83 @@ TEST(TrainOnImages, DoesNotAskAfterTheLastStep) {
                                                      });
     EXPECT_EQ(steps, 3);
     EXPECT_EQ(trained.latents.size(), 1U);
+}
+
+TrainingHooks endingAfter(std::stop_source& enough) {
+    return {.enough = enough.get_token(), .wantsGlimpse = {}, .glimpsed = {}};
+}
+
+TEST(TrainOnImages, EndsEarlyWithWhatWasLearned) {
+    const auto images = randomImages(3);
+    const TrainingOptions options = quickOptions(6);
+    std::stop_source enough;
+    Listener listener;
+    int steps = 0;
+    const auto trained = ModelTrainer::trainOnImages(
+        smallest, images, options, listener.progress(), {}, processor(),
+        [&](const network::StepResult&) {
+            if (++steps == 3) enough.request_stop();
+        },
+        endingAfter(enough));
+    EXPECT_EQ(trained.steps, 3);
+    EXPECT_EQ(listener.records.back().phase, TrainingProgress::Phase::finishing);
+    EXPECT_EQ(listener.records.back().step, 3);
+    EXPECT_EQ(listener.records.back().totalSteps, 6);
+
+    // The step of the whole training, and not of a shorter one.
+    VAETrainingGraph graph(smallest, 2, VAEArchitecture::initialWeights(smallest, options.seed), processor());
+    BatchSource source(smallest, images, 2, options.seed);
+    std::vector<float> x(2 * 32 * 32), eps(2 * 4);
+    for (int t = 1; t <= 3; ++t) {
+        source.next(x, eps);
+        const auto now = ModelTrainer::schedule(t, 6, options.learningRate, options.klWeight);
+        (void)graph.step(x, eps, now.learningRate, now.klWeight);
+    }
+    EXPECT_TRUE(trained.weights == graph.currentWeights());
+    EXPECT_EQ(trained.latents, VAEInference(smallest, trained.weights, processor()).encode(images));
+    EXPECT_GT(trained.finalReconstructionError, 0);
+}
+
+TEST(TrainOnImages, DoesAtLeastOneStepBeforeItEndsEarly) {
+    std::stop_source enough;
+    enough.request_stop();
+    const auto trained = ModelTrainer::trainOnImages(smallest, randomImages(1), quickOptions(4), {}, {},
+                                                     processor(), {}, endingAfter(enough));
+    EXPECT_EQ(trained.steps, 1);
+}
+
+TEST(TrainOnImages, CancellingComesBeforeEndingEarly) {
+    std::stop_source both;
+    EXPECT_THROW((void)ModelTrainer::trainOnImages(
+                     smallest, randomImages(1), quickOptions(4), {}, both.get_token(), processor(),
+                     [&](const network::StepResult&) { both.request_stop(); }, endingAfter(both)),
+                 CancellationError);
+}
+
+TEST(TrainOnImages, CanBeHeardInTheMiddle) {
+    const auto images = randomImages(20);
+    const TrainingOptions options = quickOptions(3);
+    std::vector<Glimpse> glimpses;
+    const TrainingHooks hooks{.enough = {},
+                              .wantsGlimpse = [] { return true; },
+                              .glimpsed = [&](Glimpse glimpse) { glimpses.push_back(std::move(glimpse)); }};
+    const auto trained =
+        ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor(), {}, hooks);
+    ASSERT_EQ(glimpses.size(), 2U);  // after the last step there is the model
+    EXPECT_EQ(glimpses[0].step, 1);
+    EXPECT_EQ(glimpses[1].step, 2);
+    EXPECT_NE(glimpses[0].weights, glimpses[1].weights);
+    ASSERT_EQ(glimpses[0].images.size(), Glimpse::mostImages);
+    EXPECT_EQ(glimpses[0].images[0], images[0]);
+    EXPECT_EQ(glimpses[0].images[15], images[18]);
+
+    const ModelBundle heard = ModelTrainer::modelOf(glimpses[1], processor());
+    EXPECT_EQ(heard.metadata.steps, 2);
+    EXPECT_EQ(heard.latents.size(), Glimpse::mostImages);
+    EXPECT_TRUE(heard.weights == glimpses[1].weights);
+
+    const auto unwatched = ModelTrainer::trainOnImages(smallest, images, options, {}, {}, processor());
+    EXPECT_TRUE(trained.weights == unwatched.weights) << "listening changes what is learned";
 }
 
 TEST(TrainOnImages, ReportsDivergenceWithItsAdvice) {
