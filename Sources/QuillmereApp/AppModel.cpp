@@ -71,7 +71,11 @@ void AppModel::connectCorpusAndModel() {
 
 void AppModel::connectRuns() {
     connect(&corpus_, &CorpusController::isScanningChanged, this, &AppModel::activityOfControllersChanged);
-    connect(&model_, &ModelController::isTrainingChanged, this, &AppModel::activityOfControllersChanged);
+    connect(&model_, &ModelController::isTrainingChanged, this, [this] {
+        activityOfControllersChanged();
+        // What sounds has a button that stops it.
+        if (!model_.isTraining() && playback_.playingURL() == model_.sound()->url()) playback_.stop();
+    });
     connect(&generation_, &GenerationController::isGeneratingChanged, this, [this] {
         activityOfControllersChanged();
         if (!generation_.isGenerating()) output_.look();
@@ -229,7 +233,9 @@ void AppModel::cancelAll() {
 void AppModel::stopWhatIsNotShown() {
     const QUrl playing = playback_.playingURL();
     if (!playing.isLocalFile()) return;  // a candidate, or silence
-    if (playing != generation_.auditionURL() && generation_.results()->rowOf(playing) < 0) playback_.stop();
+    if (playing != generation_.auditionURL() && playing != model_.sound()->url() &&
+        generation_.results()->rowOf(playing) < 0)
+        playback_.stop();
 }
 
 void AppModel::refresh() {

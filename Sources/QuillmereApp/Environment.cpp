@@ -61,6 +61,7 @@ Environment Environment::standard() {
         .followDesktop = true,
         .adjustTraining = {},
         .onProgress = {},
+        .glimpseInterval = std::chrono::seconds(4),
         .freshSeed = systemRandom,
         .makePlayer = Player::forSoundCard,
         .copyText = [](const QString& text) { QGuiApplication::clipboard()->setText(text); },

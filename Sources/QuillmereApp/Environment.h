@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QUrl>
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -35,6 +36,8 @@ struct Environment {
     // Called in the background whenever a run tells how far it has come (files, steps, variations), before it
     // goes on; empty: nobody watches. May be called from several threads.
     std::function<void(Run run, std::int64_t done)> onProgress;
+    // How long a training goes on between two times that it is listened to.
+    std::chrono::milliseconds glimpseInterval = std::chrono::seconds(4);
     std::function<std::uint64_t()> freshSeed;
     std::function<std::unique_ptr<Player>()> makePlayer;
     std::function<void(const QString&)> copyText;  // to the clipboard

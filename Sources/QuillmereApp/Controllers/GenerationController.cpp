@@ -10,8 +10,8 @@
 #include "QuillmereApp/Controllers/NoiseText.h"
 #include "QuillmereApp/Controllers/RecipeBases.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/TemporarySound.h"
 #include "QuillmereApp/TimeText.h"
-#include "QuillmereCore/Audio/AudioIO.h"
 
 namespace quillmere {
 namespace {
@@ -30,17 +30,6 @@ std::vector<GeneratedSample> existing(std::vector<GeneratedSample> samples) {
         return !std::filesystem::is_regular_file(sample.url, unknown);
     });
     return samples;
-}
-
-void writeAudition(const std::vector<float>& samples, const std::filesystem::path& file, int sampleRate) {
-    std::error_code ignored;  // what is wrong with the folder, the file has, too
-    std::filesystem::create_directories(file.parent_path(), ignored);
-    // A link of that name could lead anywhere.
-    if (std::error_code error;
-        std::filesystem::is_symlink(file, ignored) && !std::filesystem::remove(file, error) && error)
-        throw FileError(file, error);
-    removeAbandonedFiles(file.parent_path());
-    AudioIO::write(samples, file, sampleRate, OutputFormat::wav16, Durability::disposable);
 }
 
 int countWithNoise(const std::vector<GeneratedSample>& samples) {
@@ -250,7 +239,7 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
         [generator = links_.preview(), request, file = toPath(auditionURL())] {
             const auto ready = generator();
             const AuditionedSample made = ready->audition(request);
-            writeAudition(made.samples, file, ready->sampleRate());
+            writeTemporarySound(made.samples, file, ready->sampleRate());
             return std::pair(made.origin.detailBasis, ready->bundle().metadata.steps == 0);
         },
         [this](const std::pair<DetailBasis, bool>& heard) {

@@ -39,6 +39,20 @@ std::shared_ptr<SampleGenerator> makeGenerator(ModelBundle bundle, const CorpusS
     return std::make_shared<SampleGenerator>(std::move(bundle), backend, std::move(sounds));
 }
 
+// Stores a model. Returns why that could not be done where it may be done later, so that nothing is lost of
+// what took minutes to learn. Throws as ModelStore::replace for everything else.
+std::optional<TaskFailure> whyNotStored(const ModelBundle& bundle, const std::filesystem::path& folder,
+                                        const std::stop_token& cancel, ModelStore::Former former) {
+    try {
+        ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
+    } catch (const ModelBusyError& error) {
+        return TaskFailure{QString::fromUtf8(error.what())};
+    } catch (const FileError& error) {
+        return TaskFailure{QString::fromUtf8(error.what())};
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 // What work in the background needs to know of the training that is wanted.
@@ -60,20 +74,43 @@ struct ModelController::TrainingOrder {
     }
 };
 
-// One of the two.
+// What a training takes along into the background.
+struct ModelController::Training {
+    std::shared_ptr<const CorpusSummary> summary;
+    TrainingOrder order;
+    ModelTrainer::ProgressCallback progress;
+    std::stop_token cancel;
+    TrainingHooks hooks;
+    std::shared_ptr<network::ChosenDevice> device;
+    std::filesystem::path root;  // of the stored models
+    std::shared_ptr<const FolderLooks> looks;
+    ModelStore::Former former;
+};
+
+// Files that are gone, or a generator.
 struct ModelController::Trained {
     int gone = 0;
-    std::shared_ptr<SampleGenerator> generator;
+    std::shared_ptr<SampleGenerator> generator{};
+    std::optional<TaskFailure> storingFailure{};  // there when unstored is
+    std::optional<Unstored> unstored{};
 };
 
 ModelController::ModelController(const Environment& environment, ComputeDevices& devices)
-    : Controller(environment), devices_(devices), processor_(network::makeCPUBackend()) {
+    : Controller(environment),
+      devices_(devices),
+      processor_(network::makeCPUBackend()),
+      sound_(environment, *processor_) {
     connect(this, &Controller::activityChanged, this, &ModelController::canTrainChanged);
+    connect(this, &ModelController::progressed, this, &ModelController::canStopHereChanged);
+    connect(this, &ModelController::isTrainingChanged, this, &ModelController::canStopHereChanged);
+    connect(this, &ModelController::isCancellingChanged, this, &ModelController::canStopHereChanged);
+    connect(&sound_, &LearningSound::notice, this, &Controller::notice);
 }
 
 ModelController::~ModelController() {
     cancelTraining();
     cancelPreview();
+    storeCancel_.cancel();
 }
 
 void ModelController::setCorpus(bool isChosen, std::shared_ptr<const CorpusSummary> summary) {
@@ -92,6 +129,7 @@ void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
     generatorDevice_ = std::move(device);
     if (generator_) cancelPreview();
     emit bundleChanged();
+    setUnstored(std::nullopt);
     setProblem({}, false);
     assign(*this, isLoading_, false, &ModelController::isLoadingChanged);
     for (const auto& waiting : std::exchange(whenLoaded_, {}))
@@ -99,7 +137,34 @@ void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
 }
 
 void ModelController::forget() {
+    storeAgain();  // the last opportunity
     setGenerator(nullptr);
+}
+
+void ModelController::setUnstored(std::optional<Unstored> unstored) {
+    const bool was = isUnstored();
+    unstored_ = std::move(unstored);
+    if (was != isUnstored()) emit isUnstoredChanged();
+}
+
+void ModelController::storeAgain() {
+    if (!isUnstored() || isStoring_) return;
+    assign(*this, isStoring_, true, &ModelController::isStoringChanged);
+    emit errorRaised({});
+    tasks_.run(
+        [generator = generator_, unstored = *unstored_, cancel = storeCancel_.token()] {
+            ModelStore::replace(generator->bundle(), unstored.folder, cancel, ModelStore::storingPatience,
+                                unstored.former);
+        },
+        [this, model = load_] {
+            assign(*this, isStoring_, false, &ModelController::isStoringChanged);
+            if (model == load_) setUnstored(std::nullopt);
+            emit notice(QStringLiteral("The model is stored."));
+        },
+        [this](const TaskFailure& failure) {
+            assign(*this, isStoring_, false, &ModelController::isStoringChanged);
+            report(failure);
+        });
 }
 
 void ModelController::setProblem(const QString& problem, bool isUnopened) {
@@ -254,44 +319,63 @@ void ModelController::train(const Returned& returned) {
     training_->message = "Starting…";
     emit progressed();
     trainCancel_ = std::make_shared<CancelFlag>();
+    enough_ = std::make_shared<CancelFlag>();
     assign(*this, isTraining_, true, &ModelController::isTrainingChanged);
     const auto progress = [this](const TrainingProgress& record) {
         tasks_.post([this, record] { receive(record); });
         watched(Run::training, record.step);
     };
     const auto device = deviceToCompileFor();
-    tasks_.run(
-        [this, summary = summary_, order = trainingOrder(), progress, cancel = trainCancel_->token(), device,
-         root = environment().modelsRoot, looks = environment().looks, former = former()]() -> Trained {
-            if (looks->at(summary->directory).kind == Place::Kind::noAnswer)
-                throw Failure(Folders::noAnswer(toQString(summary->directory)).toStdString());
-            if (const int gone = goneFiles(*summary); gone > 0) return {.gone = gone, .generator = nullptr};
-            const auto folder = ModelStore::directory(*summary, root);
-            ModelStore::requireRoom(folder);
-            TrainingOptions options;
-            try {
-                options = order.options();
-            } catch (const Failure& failure) {
-                tellOfStart(QString::fromUtf8(failure.what()));
-                options = order.withStart(nullptr);
-            }
-            ModelBundle bundle = ModelTrainer::train(*summary, options, progress, cancel, device->backend());
-            ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
-            return {.gone = 0,
-                    .generator = makeGenerator(std::move(bundle), summary.get(), device->backend())};
-        },
-        [this, returned, device](Trained trained) {
-            if (trained.generator) {
-                setGenerator(std::move(trained.generator), device);
-                emit trainingFinished();
-            }
-            trainingEnded(returned);
-            if (trained.gone > 0) emit filesGone(trained.gone);
-        },
-        [this, returned](const TaskFailure& failure) {
-            report(failure);
-            trainingEnded(returned);
-        });
+    tasks_.run([this, training = Training{.summary = summary_,
+                                          .order = trainingOrder(),
+                                          .progress = progress,
+                                          .cancel = trainCancel_->token(),
+                                          .hooks = sound_.begin(enough_->token()),
+                                          .device = device,
+                                          .root = environment().modelsRoot,
+                                          .looks = environment().looks,
+                                          .former = former()}] { return learn(training); },
+               [this, returned, device](Trained trained) {
+                   const int gone = trained.gone;
+                   if (gone == 0) learned(std::move(trained), device);
+                   trainingEnded(returned);
+                   if (gone > 0) emit filesGone(gone);
+               },
+               [this, returned](const TaskFailure& failure) {
+                   report(failure);
+                   trainingEnded(returned);
+               });
+}
+
+// In the background.
+ModelController::Trained ModelController::learn(const Training& training) {
+    const CorpusSummary& summary = *training.summary;
+    if (training.looks->at(summary.directory).kind == Place::Kind::noAnswer)
+        throw Failure(Folders::noAnswer(toQString(summary.directory)).toStdString());
+    if (const int gone = goneFiles(summary); gone > 0) return {.gone = gone};
+    const auto folder = ModelStore::directory(summary, training.root);
+    ModelStore::requireRoom(folder);
+    TrainingOptions options;
+    try {
+        options = training.order.options();
+    } catch (const Failure& failure) {
+        tellOfStart(QString::fromUtf8(failure.what()));
+        options = training.order.withStart(nullptr);
+    }
+    network::Backend& backend = training.device->backend();
+    ModelBundle bundle =
+        ModelTrainer::train(summary, options, training.progress, training.cancel, backend, training.hooks);
+    Trained trained;
+    trained.storingFailure = whyNotStored(bundle, folder, training.cancel, training.former);
+    if (trained.storingFailure) trained.unstored = Unstored{.folder = folder, .former = training.former};
+    trained.generator = makeGenerator(std::move(bundle), &summary, backend);
+    return trained;
+}
+
+void ModelController::learned(Trained trained, const std::shared_ptr<network::ChosenDevice>& device) {
+    setGenerator(std::move(trained.generator), device);
+    setUnstored(std::move(trained.unstored));
+    trained.storingFailure ? report(*trained.storingFailure) : emit trainingFinished();
 }
 
 // From work in the background.
@@ -304,6 +388,8 @@ void ModelController::tellOfStart(const QString& problem) {
 
 void ModelController::trainingEnded(const Returned& returned) {
     trainCancel_.reset();
+    enough_.reset();
+    sound_.end();
     assign(*this, isCancelling_, false, &ModelController::isCancellingChanged);
     assign(*this, isTraining_, false, &ModelController::isTrainingChanged);
     returned();
@@ -323,7 +409,18 @@ void ModelController::cancelTraining() {
     assign(*this, isCancelling_, true, &ModelController::isCancellingChanged);
 }
 
+void ModelController::stopHere() {
+    if (!canStopHere()) return;
+    enough_->cancel();
+    emit canStopHereChanged();
+}
+
 // ---- Values
+
+bool ModelController::canStopHere() const {
+    return enough_ && !enough_->isCancelled() && !isCancelling_ && training_ &&
+           training_->phase == TrainingProgress::Phase::training && training_->step > 0;
+}
 
 const ModelBundle* ModelController::bundle() const {
     return generator_ ? &generator_->bundle() : nullptr;
@@ -349,12 +446,14 @@ QDateTime ModelController::learnedAt() const {
 QString ModelController::trainedQuality() const {
     if (!bundle()) return {};
     const std::int64_t steps = bundle()->metadata.steps;
+    const auto& planned = bundle()->metadata.plannedSteps;
     const auto& start = bundle()->metadata.start;
     const auto* const quality =
         std::ranges::find(allQualities, steps, start ? &QualityInfo::stepsFromStart : &QualityInfo::steps);
-    QString effort = quality != allQualities.end() ? text(quality->label)
-                     : steps == 1                  ? QStringLiteral("1 step")
-                                                   : QStringLiteral("%1 steps").arg(steps);
+    QString effort = quality != allQualities.end() && !planned ? text(quality->label)
+                     : planned    ? QStringLiteral("%1 of %2 steps").arg(steps).arg(*planned)
+                     : steps == 1 ? QStringLiteral("1 step")
+                                  : QStringLiteral("%1 steps").arg(steps);
     if (!start) return effort;
     return effort + (start->kind == ModelStart::Kind::headStart
                          ? QStringLiteral(" from a head start")

@@ -11,6 +11,7 @@
 #include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/ComputeDevices.h"
 #include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereApp/Controllers/LearningSound.h"
 #include "QuillmereApp/Controllers/PreparedGenerator.h"
 #include "QuillmereApp/LossHistory.h"
 #include "QuillmereCore/Model/Corpus.h"
@@ -38,6 +39,9 @@ class ModelController : public Controller {
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
     // There is a problem, but none of the model itself: opening it again may do.
     Q_PROPERTY(bool isUnopened READ isUnopened NOTIFY problemChanged)
+    // The model could not be stored: it is in use, and lost when the program ends.
+    Q_PROPERTY(bool isUnstored READ isUnstored NOTIFY isUnstoredChanged)
+    Q_PROPERTY(bool isStoring READ isStoring NOTIFY isStoringChanged)  // again
     // ---- Pickers: the index counts in the lists of labels.
     Q_PROPERTY(QStringList qualityLabels READ qualityLabels CONSTANT)
     Q_PROPERTY(QStringList qualityHelps READ qualityHelps CONSTANT)
@@ -53,6 +57,8 @@ class ModelController : public Controller {
     Q_PROPERTY(bool isTraining READ isTraining NOTIFY isTrainingChanged)
     Q_PROPERTY(
         bool isCancelling READ isCancelling NOTIFY isCancellingChanged)  // asked to stop, still training
+    // Steps are being done: what has been learned can be kept.
+    Q_PROPERTY(bool canStopHere READ canStopHere NOTIFY canStopHereChanged)
     Q_PROPERTY(bool canTrain READ canTrain NOTIFY canTrainChanged)
     Q_PROPERTY(QString trainHint READ trainHint NOTIFY canTrainChanged)  // "Choose a corpus first.", or empty
     Q_PROPERTY(QString phase READ phase NOTIFY progressed)               // analysing, training, finishing
@@ -62,6 +68,7 @@ class ModelController : public Controller {
     Q_PROPERTY(double fraction READ fraction NOTIFY progressed)   // 0 ... 1
     Q_PROPERTY(QString timeLeft READ timeLeft NOTIFY progressed)  // "about 2 min left", or empty
     Q_PROPERTY(quillmere::LossHistory* lossHistory READ lossHistory CONSTANT)
+    Q_PROPERTY(quillmere::LearningSound* sound READ sound CONSTANT)  // what it sounds like by then
 
 public:
     using Returned = std::function<void()>;  // called when an operation has ended, however it ended
@@ -77,7 +84,8 @@ public:
 
     // What a training would learn: whether a folder is chosen, and what is in it; null until it is scanned.
     void setCorpus(bool isChosen, std::shared_ptr<const CorpusSummary> summary);
-    // There is no model any more, and none is on its way.
+    // There is no model any more, and none is on its way. One that is not stored is stored now, if that can
+    // be.
     void forget();
     // Loads a stored model. One that cannot be used or opened ends as problem and as an error.
     void load(const std::filesystem::path& folder);
@@ -98,12 +106,16 @@ public:
     void cancelPreview();
 
     // Trains a model of the corpus and stores it, unless files of it are gone (filesGone); the files of a
-    // stored one that cannot be used or opened are kept under another name. Does nothing without a summary
-    // and while something runs.
+    // stored one that cannot be used or opened are kept under another name. One that cannot be stored now is
+    // there all the same (isUnstored). Does nothing without a summary and while something runs.
     Q_INVOKABLE void train();
     // As train, for a run that is about to generate.
     void train(const Returned& returned);
     Q_INVOKABLE void cancelTraining();
+    // Ends the training at its present step; what has been learned becomes the model, as at the end.
+    Q_INVOKABLE void stopHere();
+    // Tries again to store a model that could not be stored. Does nothing unless isUnstored.
+    Q_INVOKABLE void storeAgain();
 
     [[nodiscard]] bool isLoading() const { return isLoading_; }
     [[nodiscard]] bool isReady() const { return generator_ != nullptr; }
@@ -115,6 +127,8 @@ public:
     [[nodiscard]] QString trainedQuality() const;
     [[nodiscard]] QString problem() const { return problem_; }
     [[nodiscard]] bool isUnopened() const { return isUnopened_; }
+    [[nodiscard]] bool isUnstored() const { return unstored_.has_value(); }
+    [[nodiscard]] bool isStoring() const { return isStoring_; }
 
     [[nodiscard]] QStringList qualityLabels() const;
     [[nodiscard]] QStringList qualityHelps() const;
@@ -134,6 +148,7 @@ public:
 
     [[nodiscard]] bool isTraining() const { return isTraining_; }
     [[nodiscard]] bool isCancelling() const { return isCancelling_; }
+    [[nodiscard]] bool canStopHere() const;
     [[nodiscard]] bool canTrain() const;
     [[nodiscard]] QString trainHint() const;
     [[nodiscard]] const std::optional<TrainingProgress>& training() const { return training_; }
@@ -144,16 +159,20 @@ public:
     [[nodiscard]] double fraction() const;
     [[nodiscard]] QString timeLeft() const;
     [[nodiscard]] LossHistory* lossHistory() { return &lossHistory_; }
+    [[nodiscard]] LearningSound* sound() { return &sound_; }
 
 signals:
     void isLoadingChanged();
     void bundleChanged();
     void problemChanged();
+    void isUnstoredChanged();
+    void isStoringChanged();
     void qualityChanged();
     void analysisChanged();
     void startChanged();
     void isTrainingChanged();
     void isCancellingChanged();
+    void canStopHereChanged();
     void canTrainChanged();
     void progressed();
     // A training has ended well: something to announce.
@@ -165,6 +184,12 @@ private:
     friend struct AppModelProbe;  // for tests
 
     struct Trained;
+    struct Training;
+    // Where a model belongs that could not be stored, and what becomes of the one that is there.
+    struct Unstored {
+        std::filesystem::path folder;
+        ModelStore::Former former;
+    };
 
     void setGenerator(std::shared_ptr<SampleGenerator> generator,
                       std::shared_ptr<network::ChosenDevice> device = nullptr);
@@ -178,6 +203,9 @@ private:
                                                          const CorpusSummary* corpus);
     struct TrainingOrder;
     [[nodiscard]] TrainingOrder trainingOrder();
+    [[nodiscard]] Trained learn(const Training& training);
+    void learned(Trained trained, const std::shared_ptr<network::ChosenDevice>& device);
+    void setUnstored(std::optional<Unstored> unstored);
     void tellOfStart(const QString& problem);
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);
@@ -192,19 +220,24 @@ private:
     std::shared_ptr<network::ChosenDevice> generatorDevice_;  // generator_ was compiled for
     QString problem_;
     bool isUnopened_ = false;
+    std::optional<Unstored> unstored_;  // generator_
+    bool isStoring_ = false;
     std::filesystem::path folder_;  // of the newest load
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
     Start start_ = Start::scratch;
-    const std::unique_ptr<network::Backend> processor_;  // for previews
+    const std::unique_ptr<network::Backend> processor_;  // for previews and glimpses
     std::shared_ptr<SampleGenerator> preview_;           // of summary_, before it is learned
     std::shared_ptr<CancelFlag> previewCancel_ = std::make_shared<CancelFlag>();
     bool isTraining_ = false;
     bool isCancelling_ = false;
     std::optional<TrainingProgress> training_;
     LossHistory lossHistory_;
+    LearningSound sound_;
     std::shared_ptr<CancelFlag> trainCancel_;
-    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+    std::shared_ptr<CancelFlag> enough_;  // of the present training; set: it ends with what it has learned
+    CancelFlag storeCancel_;              // ends the waiting for another program
+    BackgroundTasks tasks_;               // last: its destructor waits for work that knows the members above
 };
 
 }  // namespace quillmere

@@ -1,15 +1,17 @@
 import QtQuick
 import QuillmereApp
 
-// Asks whether to close the window though the model is still being learned.
+// Asks whether to close the window though the model is still being learned, or is not stored.
 Dialog {
     id: dialog
 
     required property AppModel app
 
+    readonly property bool learns: app.model.isTraining
+
     signal leaveRequested
 
-    title: "Stop learning?"
+    title: learns ? "Stop learning?" : "Close without storing?"
     onAboutToShow: keep.forceActiveFocus(Qt.TabFocusReason)
 
     Connections {
@@ -19,6 +21,9 @@ Dialog {
         function onIsTrainingChanged() {
             dialog.close();
         }
+        function onIsUnstoredChanged() {
+            dialog.close();
+        }
     }
     Column {
         width: dialog.availableWidth
@@ -26,7 +31,7 @@ Dialog {
 
         Label {
             width: parent.width
-            text: "The model is still being learned. When the window closes, what it has learned so far is lost."
+            text: dialog.learns ? "The model is still being learned. When the window closes, what it has learned so far is lost." : "The model of this folder could not be stored. When the window closes, what it has learned is lost."
             color: Theme.secondary
         }
         Row {
@@ -41,9 +46,13 @@ Dialog {
             ActionButton {
                 id: keep
                 objectName: "keepLearning"
-                text: "Keep Learning"
+                text: dialog.learns ? "Keep Learning" : "Store Again"
                 prominent: true
-                onClicked: dialog.close()
+                onClicked: {
+                    if (!dialog.learns)
+                        dialog.app.model.storeAgain();
+                    dialog.close();
+                }
             }
         }
     }

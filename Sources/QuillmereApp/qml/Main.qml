@@ -54,7 +54,7 @@ T.ApplicationWindow {
 
     onClosing: close => {
         content.takeWhatIsTyped();
-        if (!app.model.isTraining || leaving)
+        if (!(app.model.isTraining || app.model.isUnstored) || leaving)
             return;
         close.accepted = false;
         leave.active = true;

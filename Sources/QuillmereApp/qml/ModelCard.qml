@@ -72,12 +72,30 @@ Card {
         }
     }
 
+    // Learned, but not on the disk
+    Note {
+        width: card.bodyWidth
+        visible: card.idle && card.app.model.isUnstored
+        iconName: "exclamationmark.triangle.fill"
+        text: "This model is not stored yet. You can use it, but it is lost when the program ends."
+        ink: Theme.warning
+        textColor: Theme.text
+    }
+    ActionButton {
+        objectName: "storeAgain"
+        width: card.bodyWidth
+        visible: card.idle && card.app.model.isUnstored
+        enabled: !card.app.model.isStoring
+        text: "Store Again"
+        onClicked: card.app.model.storeAgain()
+    }
+
     // Learning
     TrainingProgressView {
         id: learning
         width: card.bodyWidth
         visible: card.app.model.isTraining
-        model: card.app.model
+        app: card.app
     }
 
     // How to learn

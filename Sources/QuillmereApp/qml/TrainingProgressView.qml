@@ -1,11 +1,12 @@
 import QtQuick
 import QuillmereApp
 
-// The learning while it goes on: what is done, how far it has come, and the loss.
+// The learning while it goes on: what is done, how far it has come, the loss, and what it sounds like by then.
 Column {
     id: view
 
-    required property ModelController model
+    required property AppModel app
+    readonly property ModelController model: app.model
     // For the button that cancels: away from where the one was that began the learning.
     readonly property alias cancelPlace: cancelPlace
 
@@ -17,15 +18,27 @@ Column {
 
         Label {
             id: message
-            width: cancelPlace.x - Theme.inner
+            width: (stopHere.visible ? stopHere.x : cancelPlace.x) - Theme.inner
             anchors.verticalCenter: parent.verticalCenter
             text: view.model.isCancelling ? "Cancelling…" : view.model.message
             font.weight: Font.DemiBold
         }
+        CommandButton {
+            id: stopHere
+            objectName: "stopHere"
+            anchors.right: cancelPlace.left
+            anchors.rightMargin: Theme.inner
+            visible: view.model.step > 0
+            enabled: view.model.canStopHere
+            text: "Stop Here"
+            tip: "End the learning and keep what has been learned so far."
+            phase: enabled ? "stop" : ""
+            onCommanded: view.model.stopHere()
+        }
         Item {
             id: cancelPlace
             anchors.right: parent.right
-            width: 84
+            width: 76
             height: Theme.controlHeight
         }
     }
@@ -71,5 +84,55 @@ Column {
         Accessible.role: Accessible.Chart
         Accessible.name: "Loss by step"
         Accessible.description: description
+    }
+    // It comes after a few seconds; its place is kept, so that nothing moves.
+    Item {
+        width: parent.width
+        height: Theme.controlHeight + 4
+        visible: view.model.step > 0
+
+        IconButton {
+            id: play
+
+            readonly property bool plays: String(view.app.playback.playingURL) === String(view.model.sound.url)
+
+            objectName: "playLearning"
+            anchors.verticalCenter: parent.verticalCenter
+            enabled: view.model.sound.isThere
+            iconName: plays ? "stop.fill" : "play.circle"
+            iconSize: plays ? 14 : 20
+            ink: plays ? Theme.accent : Theme.text
+            text: plays ? "Stop" : "Hear what has been learned so far"
+            onClicked: view.app.playback.togglePlay(view.model.sound.url)
+        }
+        Picture {
+            id: picture
+            x: play.width + Theme.inner
+            width: heard.x - x - Theme.inner
+            height: parent.height
+            visible: view.model.sound.isThere
+            image: view.model.sound.picture
+            Accessible.role: Accessible.Graphic
+            Accessible.name: "Mel image of what has been learned so far"
+        }
+        Label {
+            id: heard
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            text: view.model.sound.isThere ? "Step " + view.model.sound.step : ""
+            color: Theme.secondary
+            font.family: Theme.figures
+            font.pixelSize: Theme.smallSize
+            wrapMode: Text.NoWrap
+        }
+        Label {
+            x: picture.x
+            width: parent.width - x
+            anchors.verticalCenter: parent.verticalCenter
+            visible: !view.model.sound.isThere
+            text: "You can listen in a few seconds."
+            color: Theme.secondary
+            font.pixelSize: Theme.smallSize
+        }
     }
 }

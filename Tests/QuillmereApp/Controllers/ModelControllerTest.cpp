@@ -1,9 +1,12 @@
 // The model of a corpus: its training with options, progress, cancellation and failures, and the stored one.
 
 #include <QObject>
+#include <algorithm>
+#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "QuillmereApp/Controllers/ModelController.h"
 #include "QuillmereApp/Support/AppModelProbe.h"
@@ -304,6 +307,130 @@ private slots:
         QVERIFY(!model.isCancelling());
     }
 
+    // ---- Ending early
+
+    void aTrainingThatIsStoppedKeepsWhatItHasLearned() {
+        TestWorld world;
+        world.steps = 1000000;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        QVERIFY(!model.canStopHere());
+        model.stopHere();  // nothing to stop
+        QSignalSpy finished(&model, &ModelController::trainingFinished);
+        model.train();
+        QVERIFY(!model.canStopHere());  // nothing learned yet
+        QVERIFY(QTest::qWaitFor([&] { return model.canStopHere(); }, 30000));
+        model.stopHere();
+        QVERIFY(!model.canStopHere());
+        QVERIFY(!model.isCancelling());
+        QVERIFY(waitUntilLearned(model));
+        QCOMPARE(learner.told.error, QString());
+        QCOMPARE(finished.count(), 1);
+        QVERIFY(model.isReady());
+        const ModelMetadata metadata = model.bundle()->metadata;
+        QVERIFY(metadata.steps >= 1 && metadata.steps < 1000000);
+        QCOMPARE(metadata.plannedSteps, std::optional<std::int64_t>(1000000));
+        QCOMPARE(model.trainedQuality(), QStringLiteral("%1 of 1000000 steps").arg(metadata.steps));
+        QVERIFY(ModelStore::open(ModelStore::directory(*learner.summary, learner.root)).metadata == metadata);
+    }
+
+    // The window asks again whenever that is told.
+    void whetherItCanStopIsKnownAtEveryMoment() {
+        TestWorld world;
+        world.steps = 1000000;
+        std::vector<bool> told;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        QObject::connect(&model, &ModelController::canStopHereChanged, &model,
+                         [&] { told.push_back(model.canStopHere()); });
+        model.train();
+        QVERIFY(QTest::qWaitFor([&] { return model.canStopHere(); }, 30000));
+        model.cancelTraining();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(std::ranges::count(told, true) > 0);
+        QVERIFY(!told.back());
+    }
+
+    void cancellingIsPossibleAfterStopping() {
+        TestWorld world;
+        world.steps = 1000000;
+        Gate gate;
+        gate.close();
+        std::atomic<bool> isHeld = false;
+        world.inTheMidst(Run::training, 20, [&] {
+            isHeld = true;
+            gate.pass();
+        });
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        QVERIFY(QTest::qWaitFor([&] { return isHeld && model.canStopHere(); }, 30000));
+        model.stopHere();
+        model.cancelTraining();
+        gate.open();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.isReady());
+    }
+
+    // ---- Listening to it
+
+    void canBeHeardWhileItLearns() {
+        TestWorld world;
+        world.steps = 1000000;
+        world.environment.glimpseInterval = std::chrono::milliseconds(0);
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        QVERIFY(!model.sound()->isThere());
+        QVERIFY(QTest::qWaitFor([&] { return model.sound()->isThere(); }, 30000));
+        const int first = model.sound()->step();
+        QVERIFY(!model.sound()->picture().isNull());
+        const auto info = AudioIO::info(toPath(model.sound()->url()));
+        QVERIFY(info && info->duration > 0);
+        QVERIFY(QTest::qWaitFor([&] { return model.sound()->step() > first; }, 30000));
+        model.cancelTraining();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!model.sound()->isThere());
+        QVERIFY(model.sound()->picture().isNull());
+        QCOMPARE(learner.told.notices, QStringList());
+    }
+
+    void listeningChangesNothing() {
+        TestWorld world;
+        world.steps = 12;
+        const QUrl corpus = world.makeCorpus("corpus");
+        Learner unheard(world);
+        unheard.openTrained(corpus);
+        const auto weights = unheard.model.bundle()->weights;
+        world.environment.glimpseInterval = std::chrono::milliseconds(0);
+        Learner learner(world);
+        learner.open(corpus);
+        learner.model.train();
+        QVERIFY(waitUntilLearned(learner.model));
+        QVERIFY(learner.model.bundle()->weights == weights);
+    }
+
+    void saysOnceThatNothingCanBeHeard() {
+        TestWorld world;
+        world.steps = 1000000;
+        world.environment.glimpseInterval = std::chrono::milliseconds(0);
+        TestWorld::write(world.path("file"), "no folder");
+        world.environment.temporaryFolder = toPath(world.path("file/tmp"));
+        Learner learner(world);
+        learner.open(world.makeCorpus("corpus"));
+        learner.model.train();
+        QVERIFY(QTest::qWaitFor([&] { return !learner.told.notices.isEmpty(); }, 30000));
+        const int steps = learner.model.step();
+        QVERIFY(QTest::qWaitFor([&] { return learner.model.step() > steps + 30; }, 30000));
+        learner.model.cancelTraining();
+        QVERIFY(waitUntilLearned(learner.model));
+        QCOMPARE(learner.told.notices.size(), 1);
+    }
+
     void aCancelledTrainingLeavesNoFiles() {
         TestWorld world;
         world.steps = 1000000;
@@ -375,7 +502,47 @@ private slots:
         QCOMPARE(model.bundle()->latents.size(), 3U);
     }
 
-    void reportsAModelFolderThatVanishesMeanwhile() {
+    void aModelThatCannotBeStoredIsNotLost() {
+        TestWorld world;
+        world.steps = 5;
+        const QString root = toQString(world.environment.modelsRoot);
+        world.inTheMidst(Run::training, 1, [&] {
+            QDir(root).removeRecursively();
+            TestWorld::write(root, "a file where the folder was");
+        });
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        QSignalSpy finished(&model, &ModelController::trainingFinished);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isReady());
+        QVERIFY(model.isUnstored());
+        QCOMPARE(finished.count(), 0);
+        QVERIFY2(learner.told.error.contains("Models"), qPrintable(learner.told.error));
+        QCOMPARE(TestWorld::read(root), QByteArray("a file where the folder was"));
+
+        model.storeAgain();  // it is still there
+        QVERIFY(model.isStoring());
+        QCOMPARE(learner.told.error, QString());
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(model.isUnstored());
+        QVERIFY2(learner.told.error.contains("Models"), qPrintable(learner.told.error));
+
+        QFile::remove(root);
+        model.storeAgain();
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(!model.isUnstored());
+        QCOMPARE(learner.told.error, QString());
+        QCOMPARE(learner.told.notices.last(), QStringLiteral("The model is stored."));
+        const auto stored = ModelStore::open(ModelStore::directory(*learner.summary, learner.root));
+        QVERIFY(stored.weights == model.bundle()->weights);
+        QVERIFY(stored.metadata == model.bundle()->metadata);
+        model.storeAgain();  // nothing to store
+        QVERIFY(!model.isStoring());
+    }
+
+    void aModelThatIsNotStoredIsStoredWhenAnotherFolderIsChosen() {
         TestWorld world;
         world.steps = 5;
         const QString root = toQString(world.environment.modelsRoot);
@@ -388,9 +555,13 @@ private slots:
         learner.open(world.makeCorpus("corpus"));
         model.train();
         QVERIFY(waitUntilLearned(model));
-        QVERIFY(!model.isReady());
-        QVERIFY2(learner.told.error.contains("Models"), qPrintable(learner.told.error));
-        QCOMPARE(TestWorld::read(root), QByteArray("a file where the folder was"));
+        QVERIFY(model.isUnstored());
+        QFile::remove(root);
+        const auto folder = ModelStore::directory(*learner.summary, learner.root);
+        model.forget();
+        QVERIFY(!model.isReady() && !model.isUnstored());
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(ModelStore::isStored(folder));
     }
 
     void reportsAModelThatCannotBeStored() {

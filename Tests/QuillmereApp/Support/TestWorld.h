@@ -97,6 +97,7 @@ public:
             requestedTraining = options;
             return tiny(options);
         };
+        environment.glimpseInterval = std::chrono::hours(1);
         environment.freshSeed = [seed = std::uint64_t{1000}]() mutable { return seed++; };
         environment.makePlayer = [this] {
             auto made = std::make_unique<FakePlayer>();

@@ -95,16 +95,22 @@ Stage::Stage(QObject* parent) : QObject(parent) {
 Stage::~Stage() {
     letScansGo();
     letModelsGo();
+    letTrainingsGo();
 }
 
 void Stage::restart() {
     letScansGo();
     letModelsGo();
+    letTrainingsGo();
+    blocksModels_ = false;
     app_.reset();
     world_ = std::make_unique<TestWorld>();
     world_->machine.beforeCompiling = [this] { models_.pass(); };
     world_->environment.onProgress = [this](Run run, std::int64_t done) {
         if (run == Run::scan && done > 0) scans_.pass();
+        if (run != Run::training) return;
+        trainings_.pass();
+        if (done > 0 && blocksModels_.exchange(false)) blockRoot();
     };
     restartProgram();
 }
@@ -131,6 +137,17 @@ void Stage::makeFile(const QString& name) {
 
 void Stage::removeFile(const QUrl& file) {
     QFile::remove(file.toLocalFile());
+}
+
+// A file has the name of the folder.
+void Stage::blockRoot() const {
+    const QString root = toQString(world_->environment.modelsRoot);
+    QDir(root).removeRecursively();
+    TestWorld::write(root, "no folder");
+}
+
+void Stage::unblockModels() {
+    QFile::remove(toQString(world_->environment.modelsRoot));
 }
 
 void Stage::addDevice(const QString& name, const QString& type, const QString& problem) {
@@ -175,6 +192,14 @@ void Stage::holdModels() {
 
 void Stage::letModelsGo() {
     models_.open();
+}
+
+void Stage::holdTrainings() {
+    trainings_.close();
+}
+
+void Stage::letTrainingsGo() {
+    trainings_.open();
 }
 
 int Stage::countShortcuts(QQuickItem* any) const {

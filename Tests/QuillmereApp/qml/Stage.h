@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QUrl>
 #include <QVariantList>
+#include <atomic>
 #include <memory>
 
 #include "QuillmereApp/AppModel.h"
@@ -67,6 +68,14 @@ public:
     // The opening of a model stops half way until it is let go.
     Q_INVOKABLE void holdModels();
     Q_INVOKABLE void letModelsGo();
+    // Trainings stop before their first step until they are let go.
+    Q_INVOKABLE void holdTrainings();
+    Q_INVOKABLE void letTrainingsGo();
+    // Trainings of programs that start later can be heard all the time.
+    Q_INVOKABLE void listenOften() { world_->environment.glimpseInterval = {}; }
+    // When the next training has begun its steps, its model cannot be stored any more, or it can again.
+    Q_INVOKABLE void blockModels() { blocksModels_ = true; }
+    Q_INVOKABLE void unblockModels();
     // How many of the window's keyboard shortcuts would act.
     Q_INVOKABLE [[nodiscard]] int countShortcuts(QQuickItem* any) const;
     // For programs that start later the folder does not answer.
@@ -124,8 +133,12 @@ signals:
     void appChanged();
 
 private:
+    void blockRoot() const;
+
     Gate scans_;
     Gate models_;
+    Gate trainings_;
+    std::atomic<bool> blocksModels_ = false;
     std::unique_ptr<TestWorld> world_;
     std::unique_ptr<AppModel> app_;
 };

@@ -139,6 +139,76 @@ WindowCase {
             open();
         }
     }
+    function test_stopHereKeepsWhatWasLearned() {
+        startTraining();
+        mouseClick(item("stopHere"));
+        idle();
+        verify(app.model.isReady);
+        verify(seesMatch(/ · \d+ of 100000 steps$/));
+        verify(!has("stopHere"));
+    }
+    function test_stopHereByKeyboard() {
+        startTraining();
+        focusOn("stopHere");
+        keyClick(Qt.Key_Return);
+        idle();
+        verify(app.model.isReady);
+    }
+    function test_stopHereIsNotThereBeforeTheFirstStep() {
+        Stage.holdTrainings();
+        scanned(3);
+        app.model.train();
+        verify(!has("stopHere"));
+        Stage.letTrainingsGo();
+        idle();
+    }
+    function test_listeningWhileItLearns() {
+        close();
+        Stage.listenOften();
+        restartProgram();
+        startTraining();
+        tryVerify(() => app.model.sound.isThere, limit);
+        const play = item("playLearning");
+        tryVerify(() => play.enabled, limit);
+        mouseClick(play);
+        tryCompare(app.playback, "playingURL", app.model.sound.url, limit);
+        compare(play.text, "Stop");
+        mouseClick(play);
+        compare(String(app.playback.playingURL), "");
+        focusOn("playLearning");
+        keyClick(Qt.Key_Return);
+        tryCompare(app.playback, "playingURL", app.model.sound.url, limit);
+        app.model.stopHere();
+        idle();
+        compare(String(app.playback.playingURL), "");
+    }
+    function test_aModelThatIsNotStored() {
+        scanned(3);
+        Stage.blockModels();
+        app.model.train();
+        idle();
+        verify(app.model.isReady);
+        verifySeen("This model is not stored yet. You can use it, but it is lost when the program ends.");
+        verify(item("generate").enabled);
+        window.close();
+        verifySeen("Close without storing?");
+        Stage.unblockModels();
+        mouseClick(item("keepLearning"));
+        tryVerify(() => !app.model.isUnstored, limit);
+        verifyNotSeen("Close without storing?");
+        verify(!has("storeAgain"));
+        compare(app.errorMessage, "");
+    }
+    function test_storingAgain() {
+        scanned(3);
+        Stage.blockModels();
+        app.model.train();
+        idle();
+        Stage.unblockModels();
+        click("storeAgain");
+        tryVerify(() => !has("storeAgain"), limit);
+        verifySeen("The model is stored.");
+    }
     function test_openingTakesTimeAndCanBeCancelled() {
         trained();
         Theme.patience = 0;
