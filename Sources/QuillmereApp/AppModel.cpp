@@ -19,6 +19,9 @@ AppModel::AppModel(Environment environment, QObject* parent)
       output_(environment_, preferences_),
       corpus_(environment_, preferences_),
       model_(environment_, devices_),
+      corpusFiles_(environment_),
+      report_(environment_, [this] { return model_.generator(); }),
+      models_(environment_),
       generation_(environment_, generationLinks()),
       candidates_(environment_, candidatesLinks()),
       inspector_(environment_),
@@ -39,9 +42,9 @@ AppModel::~AppModel() {
 
 // ---- Connections
 
-std::array<Controller*, 9> AppModel::controllers() {
-    return {&playback_,   &character_,  &output_,    &corpus_, &model_,
-            &generation_, &candidates_, &inspector_, &files_};
+std::array<Controller*, 12> AppModel::controllers() {
+    return {&playback_,   &character_, &output_,     &corpus_,     &model_,     &corpusFiles_,
+            &report_,     &models_,    &generation_, &candidates_, &inspector_, &files_};
 }
 
 void AppModel::connectAll() {
@@ -55,6 +58,7 @@ void AppModel::connectAll() {
 
 void AppModel::connectCorpusAndModel() {
     connect(&corpus_, &CorpusController::urlChanged, this, [this] {
+        wantedModel_.clear();
         corpusChanged();
         output_.setCorpus(corpus_.url());
         generation_.results()->setSamples({});
@@ -62,8 +66,13 @@ void AppModel::connectCorpusAndModel() {
     connect(&corpus_, &CorpusController::scanStarted, &model_, &ModelController::forget);
     connect(&corpus_, &CorpusController::summaryChanged, this, &AppModel::corpusChanged);
     connect(&corpus_, &CorpusController::storedModelFound, &model_, &ModelController::load);
+    connect(&corpus_, &CorpusController::noStoredModelFound, this, &AppModel::openWantedModel);
+    connect(&models_, &ModelsController::openRequested, this, &AppModel::openModel);
+    connect(&model_, &ModelController::bundleChanged, this,
+            [this] { models_.setOpen(model_.storedFolder()); });
     connect(&model_, &ModelController::filesGone, this, &AppModel::filesGone);
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::modelChanged);
+    connect(&model_, &ModelController::bundleChanged, this, &AppModel::reportSubjectChanged);
     connect(&model_, &ModelController::isLoadingChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::problemChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::startChanged, this, &AppModel::modelChanged);
@@ -177,7 +186,25 @@ GenerationRequest AppModel::generationRequest(const QUrl& outputFolder) {
 void AppModel::corpusChanged() {
     model_.setCorpus(corpus_.isChosen(), corpus_.summary());
     inspector_.setCorpus(corpus_.summary());
+    corpusFiles_.setCorpus(corpus_.summary());
     modelChanged();
+}
+
+void AppModel::reportSubjectChanged() {
+    report_.setCorpus(corpus_.summary());
+}
+
+void AppModel::openModel(const QUrl& corpus, const std::filesystem::path& folder) {
+    if (!corpus_.canChoose()) return;  // a run has begun meanwhile
+    corpus_.choose(corpus);
+    wantedModel_ = folder;
+}
+
+void AppModel::openWantedModel() {
+    if (wantedModel_.empty()) return;
+    model_.load(std::exchange(wantedModel_, {}));
+    emit notice(QStringLiteral(
+        "The folder has changed since this model was learned. Retrain to learn it as it is now."));
 }
 
 void AppModel::filesGone(int files) {

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QUrl>
 #include <array>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -14,12 +15,15 @@
 #include "QuillmereApp/Controllers/CandidatesController.h"
 #include "QuillmereApp/Controllers/CharacterController.h"
 #include "QuillmereApp/Controllers/CorpusController.h"
+#include "QuillmereApp/Controllers/CorpusFilesController.h"
 #include "QuillmereApp/Controllers/FilesController.h"
 #include "QuillmereApp/Controllers/GenerationController.h"
 #include "QuillmereApp/Controllers/InspectorController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
+#include "QuillmereApp/Controllers/ModelsController.h"
 #include "QuillmereApp/Controllers/OutputController.h"
 #include "QuillmereApp/Controllers/PlaybackController.h"
+#include "QuillmereApp/Controllers/ReportController.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/FolderBrowser.h"
 #include "QuillmereApp/Preferences.h"
@@ -46,6 +50,9 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::InspectorController* inspector READ inspector CONSTANT)
     Q_PROPERTY(quillmere::FilesController* files READ files CONSTANT)
     Q_PROPERTY(quillmere::PlaybackController* playback READ playback CONSTANT)
+    Q_PROPERTY(quillmere::CorpusFilesController* corpusFiles READ corpusFiles CONSTANT)
+    Q_PROPERTY(quillmere::ReportController* report READ report CONSTANT)
+    Q_PROPERTY(quillmere::ModelsController* models READ models CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
     Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
@@ -66,6 +73,9 @@ public:
     [[nodiscard]] InspectorController* inspector() { return &inspector_; }
     [[nodiscard]] FilesController* files() { return &files_; }
     [[nodiscard]] PlaybackController* playback() { return &playback_; }
+    [[nodiscard]] CorpusFilesController* corpusFiles() { return &corpusFiles_; }
+    [[nodiscard]] ReportController* report() { return &report_; }
+    [[nodiscard]] ModelsController* models() { return &models_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
     [[nodiscard]] FolderBrowser* browser() { return &browser_; }
@@ -156,7 +166,7 @@ signals:
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 9> controllers();
+    [[nodiscard]] std::array<Controller*, 12> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
     [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
@@ -168,6 +178,9 @@ private:
     void corpusChanged();
     void filesGone(int files);
     void modelChanged();
+    void reportSubjectChanged();
+    void openModel(const QUrl& corpus, const std::filesystem::path& folder);
+    void openWantedModel();
     void activityOfControllersChanged();
     void cancelAll();
     void stopWhatIsNotShown();
@@ -187,6 +200,10 @@ private:
     OutputController output_;
     CorpusController corpus_;
     ModelController model_;
+    CorpusFilesController corpusFiles_;
+    ReportController report_;
+    ModelsController models_;
+    std::filesystem::path wantedModel_;  // to be opened though it is not that of the folder as it is now
     GenerationController generation_;
     CandidatesController candidates_;
     InspectorController inspector_;

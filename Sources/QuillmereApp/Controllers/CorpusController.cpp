@@ -202,7 +202,7 @@ void CorpusController::scanned(Scan result) {
     assign(*this, name_, result.name, &CorpusController::nameChanged);
     remember(url_.toLocalFile());
     scanEnded();
-    if (result.storedModel) emit storedModelFound(*result.storedModel);
+    result.storedModel ? emit storedModelFound(*result.storedModel) : emit noStoredModelFound();
 }
 
 void CorpusController::scanFailed(const TaskFailure& failure) {

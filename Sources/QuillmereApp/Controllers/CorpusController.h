@@ -105,6 +105,8 @@ signals:
     void scanStarted();
     // The scan has ended, and there is a stored model of what it found.
     void storedModelFound(const std::filesystem::path& modelFolder);
+    // The scan has ended, and there is none.
+    void noStoredModelFound();
 
 private:
     friend struct AppModelProbe;  // for tests

@@ -10,6 +10,7 @@
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/Labels.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/ModelText.h"
 #include "QuillmereApp/TimeText.h"
 #include "QuillmereCore/Model/HeadStart.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -90,6 +91,7 @@ struct ModelController::Training {
 // Files that are gone, or a generator.
 struct ModelController::Trained {
     int gone = 0;
+    std::filesystem::path folder{};  // where the model belongs
     std::shared_ptr<SampleGenerator> generator{};
     std::optional<TaskFailure> storingFailure{};  // there when unstored is
     std::optional<Unstored> unstored{};
@@ -366,6 +368,7 @@ ModelController::Trained ModelController::learn(const Training& training) {
     ModelBundle bundle =
         ModelTrainer::train(summary, options, training.progress, training.cancel, backend, training.hooks);
     Trained trained;
+    trained.folder = folder;
     trained.storingFailure = whyNotStored(bundle, folder, training.cancel, training.former);
     if (trained.storingFailure) trained.unstored = Unstored{.folder = folder, .former = training.former};
     trained.generator = makeGenerator(std::move(bundle), &summary, backend);
@@ -373,6 +376,7 @@ ModelController::Trained ModelController::learn(const Training& training) {
 }
 
 void ModelController::learned(Trained trained, const std::shared_ptr<network::ChosenDevice>& device) {
+    folder_ = trained.folder;
     setGenerator(std::move(trained.generator), device);
     setUnstored(std::move(trained.unstored));
     trained.storingFailure ? report(*trained.storingFailure) : emit trainingFinished();
@@ -444,20 +448,7 @@ QDateTime ModelController::learnedAt() const {
 }
 
 QString ModelController::trainedQuality() const {
-    if (!bundle()) return {};
-    const std::int64_t steps = bundle()->metadata.steps;
-    const auto& planned = bundle()->metadata.plannedSteps;
-    const auto& start = bundle()->metadata.start;
-    const auto* const quality =
-        std::ranges::find(allQualities, steps, start ? &QualityInfo::stepsFromStart : &QualityInfo::steps);
-    QString effort = quality != allQualities.end() && !planned ? text(quality->label)
-                     : planned    ? QStringLiteral("%1 of %2 steps").arg(steps).arg(*planned)
-                     : steps == 1 ? QStringLiteral("1 step")
-                                  : QStringLiteral("%1 steps").arg(steps);
-    if (!start) return effort;
-    return effort + (start->kind == ModelStart::Kind::headStart
-                         ? QStringLiteral(" from a head start")
-                         : QStringLiteral(" onto %1").arg(QString::fromStdString(start->name)));
+    return bundle() ? ModelText::effort(bundle()->metadata) : QString();
 }
 
 QStringList ModelController::qualityLabels() const {

@@ -120,6 +120,12 @@ public:
     [[nodiscard]] bool isLoading() const { return isLoading_; }
     [[nodiscard]] bool isReady() const { return generator_ != nullptr; }
     [[nodiscard]] const ModelBundle* bundle() const;  // null when absent
+    // Where it is stored, or belongs; empty when absent.
+    [[nodiscard]] std::filesystem::path storedFolder() const {
+        return isReady() ? folder_ : std::filesystem::path();
+    }
+    // For who needs the bundle in the background; null when absent.
+    [[nodiscard]] std::shared_ptr<const SampleGenerator> generator() const { return generator_; }
     [[nodiscard]] QString analysisLabel() const;
     [[nodiscard]] double clipSeconds() const;
     [[nodiscard]] QString clipSecondsText() const;
@@ -222,7 +228,7 @@ private:
     bool isUnopened_ = false;
     std::optional<Unstored> unstored_;  // generator_
     bool isStoring_ = false;
-    std::filesystem::path folder_;  // of the newest load
+    std::filesystem::path folder_;  // of the newest load or training
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
     Start start_ = Start::scratch;

@@ -14,6 +14,9 @@ Item {
     signal inspectorRequested
     signal resultsRequested
     signal closeRequested
+    signal filesRequested
+    signal reportRequested
+    signal modelsRequested
 
     Shortcut {
         enabled: commands.listening
@@ -49,6 +52,21 @@ Item {
         enabled: commands.listening
         sequence: "Ctrl+R"
         onActivated: commands.resultsRequested()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+L"
+        onActivated: commands.filesRequested()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+I"
+        onActivated: commands.reportRequested()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+M"
+        onActivated: commands.modelsRequested()
     }
     Shortcut {
         enabled: commands.listening

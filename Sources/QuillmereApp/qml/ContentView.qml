@@ -36,6 +36,8 @@ FocusScope {
             app.dismissError();
     }
 
+    readonly property alias sheets: sheets
+
     function goToResults() {
         if (strip.visible)
             strip.goOn();
@@ -166,11 +168,14 @@ FocusScope {
 
                 CorpusCard {
                     width: parent.width
+                    onFilesRequested: sheets.showFiles()
+                    onModelsRequested: sheets.showModels()
                     targeted: anywhere.containsDrag && content.app.corpus.canChoose
                     app: content.app
                 }
                 ModelCard {
                     width: parent.width
+                    onReportRequested: sheets.showReport()
                     app: content.app
                 }
                 OutputCard {
@@ -244,6 +249,10 @@ FocusScope {
                     Qt.callLater(stack.reveal, strip);
             }
         }
+    }
+    Sheets {
+        id: sheets
+        app: content.app
     }
     FooterBar {
         id: footer

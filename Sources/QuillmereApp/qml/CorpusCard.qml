@@ -9,6 +9,9 @@ Card {
     // What would be dropped now would become the corpus.
     property bool targeted: false
 
+    signal filesRequested
+    signal modelsRequested
+
     objectName: "corpusCard"
     number: "1"
     title: "Sample corpus"
@@ -115,26 +118,44 @@ Card {
             value: card.app.corpus.scanTotal > 0 ? card.app.corpus.scanDone / card.app.corpus.scanTotal : 0
         }
     }
-    Flow {
+    Item {
         width: card.bodyWidth
+        height: counts.height
         visible: card.app.corpus.hasSummary && !card.app.corpus.isEmpty
-        spacing: Theme.inner
 
-        Label {
-            text: card.app.corpus.fileCount + " samples"
-            wrapMode: Text.NoWrap
+        IconButton {
+            id: showFiles
+            objectName: "showFiles"
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            height: 20
+            iconName: "magnifyingglass"
+            text: "Show the files"
+            tip: "What becomes of each file (Ctrl+L)"
+            onClicked: card.filesRequested()
         }
-        Dot {
-        }
-        Label {
-            text: card.app.corpus.totalDuration
-            wrapMode: Text.NoWrap
-        }
-        Dot {
-        }
-        Label {
-            text: Array.from(card.app.corpus.sampleRates).join(", ")
-            width: Math.min(implicitWidth, card.bodyWidth)
+        Flow {
+            id: counts
+            width: showFiles.x - Theme.tight
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: Theme.inner
+
+            Label {
+                text: card.app.corpus.fileCount + " samples"
+                wrapMode: Text.NoWrap
+            }
+            Dot {
+            }
+            Label {
+                text: card.app.corpus.totalDuration
+                wrapMode: Text.NoWrap
+            }
+            Dot {
+            }
+            Label {
+                text: Array.from(card.app.corpus.sampleRates).join(", ")
+                width: Math.min(implicitWidth, counts.width)
+            }
         }
     }
     Note {
@@ -220,6 +241,7 @@ Card {
         visible: false
         sourceComponent: RecentMenu {
             corpus: card.app.corpus
+            onModelsRequested: card.modelsRequested()
         }
     }
     component Dot: Label {

@@ -69,6 +69,9 @@ T.ApplicationWindow {
         onInspectorRequested: content.toggleInspector()
         onResultsRequested: content.goToResults()
         onCloseRequested: root.close()
+        onFilesRequested: content.sheets.showFiles()
+        onReportRequested: content.sheets.showReport()
+        onModelsRequested: content.sheets.showModels()
     }
     Connections {
         target: root.app.corpus

@@ -10,6 +10,8 @@ Card {
     // In one piece: no line ends within the date.
     readonly property string trainedAt: Qt.formatDateTime(app.model.learnedAt, "d MMM yyyy, hh:mm").replace(/ /g, "\u00a0")
 
+    signal reportRequested
+
     number: "2"
     title: "Model"
     trailing: DeviceButton {
@@ -55,14 +57,31 @@ Card {
         visible: card.idle && card.app.model.isReady
         spacing: Theme.tight
 
-        Note {
+        Item {
             width: parent.width
-            iconName: "checkmark.circle.fill"
-            text: "Trained and ready"
-            ink: Theme.good
-            textColor: Theme.good
-            font.pixelSize: Theme.textSize
-            font.weight: Font.DemiBold
+            height: ready.height
+
+            Note {
+                id: ready
+                width: showReport.x - Theme.tight
+                iconName: "checkmark.circle.fill"
+                text: "Trained and ready"
+                ink: Theme.good
+                textColor: Theme.good
+                font.pixelSize: Theme.textSize
+                font.weight: Font.DemiBold
+            }
+            IconButton {
+                id: showReport
+                objectName: "showReport"
+                anchors.right: parent.right
+                anchors.verticalCenter: parent.verticalCenter
+                height: 20
+                iconName: "magnifyingglass"
+                text: "Show what was learned"
+                tip: "How well the folder was learned (Ctrl+I)"
+                onClicked: card.reportRequested()
+            }
         }
         Label {
             width: parent.width

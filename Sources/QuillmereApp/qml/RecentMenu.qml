@@ -1,5 +1,4 @@
 pragma ComponentBehavior: Bound
-
 import QtQuick
 import QuillmereApp
 
@@ -9,7 +8,13 @@ Menu {
 
     required property CorpusController corpus
 
+    signal modelsRequested
+
     MenuSeparator {
+    }
+    MenuItem {
+        text: "Stored Models…"
+        onTriggered: menu.modelsRequested()
     }
     MenuItem {
         text: "Forget These Folders"

@@ -1,0 +1,176 @@
+#include "QuillmereApp/Controllers/ModelsController.h"
+
+#include <QDateTime>
+#include <QVariantMap>
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+#include "QuillmereApp/Controllers/Assign.h"
+#include "QuillmereApp/Controllers/Folders.h"
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/ModelText.h"
+#include "QuillmereApp/Trash.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+std::variant<ModelMetadata, QString> contentOf(const ModelStore::StoredFolder& stored) {
+    if (!stored.holdsModel) return QStringLiteral("Only remains of a model that was being stored.");
+    try {
+        // The whole model: only its weights and latents tell whether they fit.
+        return ModelStore::open(stored.folder).metadata;
+    } catch (const Failure& failure) {
+        return QString::fromUtf8(failure.what());
+    }
+}
+
+QString dateText(const ModelMetadata& metadata) {
+    const auto date = QDateTime::fromSecsSinceEpoch(metadata.trainedAt.time_since_epoch().count());
+    return date.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+}
+
+QString detailOf(const ModelMetadata& metadata) {
+    const auto clips = metadata.clipNames.size();
+    return (clips == 1 ? QStringLiteral("1 sample") : QStringLiteral("%1 samples").arg(clips)) +
+           QStringLiteral(" · trained %1 · ").arg(dateText(metadata)) + ModelText::effort(metadata);
+}
+
+}  // namespace
+
+ModelsController::~ModelsController() {
+    closing_.cancel();
+}
+
+QString ModelsController::Entry::name() const {
+    return metadata() ? QString::fromStdString(metadata()->corpusName) : toQString(stored.folder.filename());
+}
+
+void ModelsController::setOpen(const std::filesystem::path& folder) {
+    open_ = folder;
+    emit modelsChanged();
+}
+
+std::vector<ModelsController::Entry> ModelsController::entriesIn(const std::filesystem::path& root,
+                                                                 const std::stop_token& stop) {
+    std::vector<Entry> entries;
+    for (ModelStore::StoredFolder& stored : ModelStore::list(root)) {
+        throwIfCancelled(stop);
+        auto content = contentOf(stored);
+        entries.push_back({std::move(stored), std::move(content)});
+    }
+    std::ranges::stable_sort(entries, std::ranges::greater(), [](const Entry& entry) {
+        return entry.metadata() ? entry.metadata()->trainedAt : std::chrono::sys_seconds::min();
+    });
+    return entries;
+}
+
+void ModelsController::look() {
+    assign(*this, isLooking_, true, &ModelsController::isLookingChanged);
+    const quint64 look = ++look_;
+    tasks_.run([root = environment().modelsRoot, stop = closing_.token()] { return entriesIn(root, stop); },
+               [this, look](std::vector<Entry> entries) {
+                   if (look != look_) return;
+                   entries_ = std::move(entries);
+                   emit modelsChanged();
+                   assign(*this, isLooking_, false, &ModelsController::isLookingChanged);
+               },
+               [this, look](const TaskFailure& failure) {
+                   if (look != look_) return;
+                   report(failure);
+                   assign(*this, isLooking_, false, &ModelsController::isLookingChanged);
+               });
+}
+
+const ModelsController::Entry* ModelsController::at(int row) const {
+    return row >= 0 && row < std::ssize(entries_) ? &entries_[static_cast<std::size_t>(row)] : nullptr;
+}
+
+void ModelsController::open(int row) {
+    const Entry* const entry = at(row);
+    if (!entry || !entry->metadata()) return;
+    if (activity().isTraining || activity().isGenerating) {
+        emit notice(Activity::waitNotice());
+        return;
+    }
+    const QString path = QString::fromStdString(entry->metadata()->corpusPath);
+    tasks_.run([looks = environment().looks, path = toPath(path)] { return looks->at(path).kind; },
+               [this, path, folder = entry->stored.folder](Place::Kind kind) {
+                   const QString refusal = Folders::refusal(kind, path);
+                   if (refusal.isEmpty()) {
+                       emit openRequested(QUrl::fromLocalFile(path), folder);
+                   } else {
+                       emit errorRaised(refusal);
+                   }
+               },
+               [this](const TaskFailure& failure) { report(failure); });
+}
+
+void ModelsController::remove(int row) {
+    const Entry* const entry = at(row);
+    if (!entry || entry->stored.folder == open_) return;
+    tasks_.run(
+        [folder = entry->stored.folder, trash = environment().moveToTrash] {
+            const std::optional<std::filesystem::path> inTrash = trash(folder);
+            if (!inTrash)
+                throw Failure(
+                    "The model could not be moved to the trash. Delete it with: quillmere-cli models "
+                    "remove");
+            return *inTrash;
+        },
+        [this, removed = *entry](const std::filesystem::path& inTrash) {
+            removed_ = Removed{.entry = removed, .inTrash = inTrash};
+            std::erase_if(entries_,
+                          [&](const Entry& other) { return other.stored.folder == removed.stored.folder; });
+            emit modelsChanged();
+        },
+        [this](const TaskFailure& failure) { report(failure); });
+}
+
+void ModelsController::restore() {
+    if (!removed_) return;
+    tasks_.run(
+        [from = removed_->inTrash, to = removed_->entry.stored.folder] {
+            // Never over a model that has been learned meanwhile.
+            if (!Trash::restore(from, to)) throw FileError(to, std::make_error_code(std::errc::file_exists));
+        },
+        [this] {
+            removed_.reset();
+            look();
+        },
+        [this](const TaskFailure& failure) { report(failure); });
+}
+
+// ---- Values
+
+QVariantList ModelsController::models() const {
+    QVariantList rows;
+    for (const Entry& entry : entries_) {
+        const ModelMetadata* const metadata = entry.metadata();
+        const QString path = metadata ? QString::fromStdString(metadata->corpusPath) : QString();
+        rows.append(QVariantMap{
+            {QStringLiteral("name"), entry.name()},
+            {QStringLiteral("path"), Folders::displayed(path, environment().homeFolder)},
+            {QStringLiteral("detail"), metadata ? detailOf(*metadata) : QString()},
+            {QStringLiteral("sizeText"), ModelText::size(entry.stored.bytes + entry.stored.remains)},
+            {QStringLiteral("problem"), metadata ? QString() : std::get<QString>(entry.content)},
+            {QStringLiteral("isOpen"), entry.stored.folder == open_}});
+    }
+    return rows;
+}
+
+QString ModelsController::totalText() const {
+    std::uintmax_t bytes = 0;
+    for (const Entry& entry : entries_)
+        bytes += entry.stored.bytes + entry.stored.remains;
+    const auto count = entries_.size();
+    return (count == 1 ? QStringLiteral("1 model, ") : QStringLiteral("%1 models, ").arg(count)) +
+           ModelText::size(bytes);
+}
+
+QString ModelsController::removedName() const {
+    return removed_ ? removed_->entry.name() : QString();
+}
+
+}  // namespace quillmere

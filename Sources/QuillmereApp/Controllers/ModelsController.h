@@ -1,0 +1,87 @@
+#pragma once
+
+#include <QString>
+#include <QUrl>
+#include <QVariantList>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <variant>
+#include <vector>
+
+#include "QuillmereApp/CancelFlag.h"
+#include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereCore/Model/ModelStore.h"
+
+namespace quillmere {
+
+// The stored models of all folders: to be opened again, or thrown away.
+class ModelsController : public Controller {
+    Q_OBJECT
+    QML_ELEMENT
+    QML_UNCREATABLE("AppModel owns it")
+    Q_PROPERTY(bool isLooking READ isLooking NOTIFY isLookingChanged)
+    // The newest first, then those that cannot be used: {name, path, detail, sizeText, problem (why it cannot
+    // be used, or empty), isOpen (it is in use now)}
+    Q_PROPERTY(QVariantList models READ models NOTIFY modelsChanged)
+    Q_PROPERTY(QString totalText READ totalText NOTIFY modelsChanged)  // "3 models, 18.4 MB"
+    Q_PROPERTY(
+        QString removedName READ removedName NOTIFY modelsChanged)  // that restore brings back, or empty
+
+public:
+    explicit ModelsController(const Environment& environment) : Controller(environment) {}
+    ~ModelsController() override;
+
+    // Where the model is stored that is in use; empty for none.
+    void setOpen(const std::filesystem::path& folder);
+
+    // Looks for the models.
+    Q_INVOKABLE void look();
+    // Opens the folder of a row of models, with that model. Refused while training or generating, for one
+    // that cannot be used, and where the folder is gone.
+    Q_INVOKABLE void open(int row);
+    // Moves the model of a row to the desktop's trash, unless it is in use.
+    Q_INVOKABLE void remove(int row);
+    // Brings back what remove has moved last.
+    Q_INVOKABLE void restore();
+
+    [[nodiscard]] bool isLooking() const { return isLooking_; }
+    [[nodiscard]] QVariantList models() const;
+    [[nodiscard]] QString totalText() const;
+    [[nodiscard]] QString removedName() const;
+
+signals:
+    void isLookingChanged();
+    void modelsChanged();
+    // A folder is to be opened with the model that is stored there.
+    void openRequested(const QUrl& corpus, const std::filesystem::path& modelFolder);
+
+private:
+    friend struct AppModelProbe;  // for tests
+
+    struct Entry {
+        ModelStore::StoredFolder stored;
+        std::variant<ModelMetadata, QString> content;  // or why there is none
+
+        [[nodiscard]] const ModelMetadata* metadata() const { return std::get_if<ModelMetadata>(&content); }
+        [[nodiscard]] QString name() const;
+    };
+    struct Removed {
+        Entry entry;
+        std::filesystem::path inTrash;
+    };
+
+    [[nodiscard]] static std::vector<Entry> entriesIn(const std::filesystem::path& root,
+                                                      const std::stop_token& stop);
+    [[nodiscard]] const Entry* at(int row) const;
+
+    std::filesystem::path open_;
+    bool isLooking_ = false;
+    quint64 look_ = 0;  // number of the newest look
+    std::vector<Entry> entries_;
+    std::optional<Removed> removed_;
+    CancelFlag closing_;     // ends a look
+    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+};
+
+}  // namespace quillmere

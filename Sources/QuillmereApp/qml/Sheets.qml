@@ -1,0 +1,50 @@
+import QtQuick
+import QuillmereApp
+
+// The large dialogs of the window. They take their time to load: not before they are asked for.
+Item {
+    id: sheets
+
+    required property AppModel app
+
+    function showFiles() {
+        if (!app.corpusFiles.canShow)
+            return;
+        files.active = true;
+        (files.item as CorpusFilesSheet).open();
+    }
+    function showReport() {
+        if (!app.report.canMake)
+            return;
+        report.active = true;
+        (report.item as ReportSheet).open();
+    }
+
+    function showModels() {
+        models.active = true;
+        (models.item as ModelsSheet).open();
+    }
+
+    Loader {
+        id: models
+        active: false
+        sourceComponent: ModelsSheet {
+            app: sheets.app
+        }
+    }
+    Loader {
+        id: files
+        active: false
+        sourceComponent: CorpusFilesSheet {
+            app: sheets.app
+        }
+    }
+    Loader {
+        id: report
+        active: false
+        sourceComponent: ReportSheet {
+            app: sheets.app
+            onFilesRequested: sheets.showFiles()
+        }
+    }
+}

@@ -1,0 +1,186 @@
+// The stored models: the list of them, opening, and throwing away.
+
+#include "QuillmereApp/Controllers/ModelsController.h"
+
+#include <QObject>
+
+#include "QuillmereApp/Support/AppModelProbe.h"
+#include "QuillmereApp/Support/TestWorld.h"
+
+namespace quillmere::testing {
+namespace {
+
+bool waitUntilSeen(const ModelsController& models) {
+    return QTest::qWaitFor([&] { return !models.isLooking(); }, 30000);
+}
+
+QVariantMap at(const ModelsController& models, int row) {
+    return models.models().value(row).toMap();
+}
+
+int rowOf(const ModelsController& models, const QString& name) {
+    for (int row = 0; row < models.models().size(); ++row) {
+        if (at(models, row).value("name") == name) return row;
+    }
+    return -1;
+}
+
+// Models of two folders, the second one open, and listed.
+struct TwoModels {
+    TwoModels() : app(world.environment) {
+        prepareTrained(app, world.makeCorpus("First"));
+        prepareTrained(app, world.makeCorpus("Second", 4));
+        models().look();
+        QVERIFY(waitUntilSeen(models()));
+    }
+    [[nodiscard]] ModelsController& models() { return *app.models(); }
+    [[nodiscard]] int row(const QString& name) { return rowOf(models(), name); }
+
+    TestWorld world;
+    AppModel app;
+};
+
+}  // namespace
+
+class ModelsControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void thereAreNoneAtFirst() {
+        TestWorld world;
+        AppModel app(world.environment);
+        app.models()->look();
+        QVERIFY(app.models()->isLooking());
+        QVERIFY(waitUntilSeen(*app.models()));
+        QVERIFY(app.models()->models().isEmpty());
+        QCOMPARE(app.errorMessage(), QString());
+    }
+
+    void listsThemWithWhatTellsThemApart() {
+        TwoModels two;
+        QCOMPARE(two.models().models().size(), 2);
+        const QVariantMap first = at(two.models(), two.row("First"));
+        QCOMPARE(first.value("path").toString(), two.world.path("First"));
+        QVERIFY(first.value("detail").toString().startsWith("3 samples · trained "));
+        QVERIFY(first.value("detail").toString().endsWith(" · 2 steps"));
+        QVERIFY(first.value("sizeText").toString().endsWith(" MB"));
+        QCOMPARE(first.value("problem").toString(), QString());
+        QVERIFY(!first.value("isOpen").toBool());
+        QVERIFY(at(two.models(), two.row("Second")).value("isOpen").toBool());
+        QVERIFY(two.models().totalText().startsWith("2 models, "));
+    }
+
+    void saysWhatCannotBeUsed() {
+        TwoModels two;
+        const auto folders = ModelStore::list(two.world.environment.modelsRoot);
+        TestWorld::write(toQString(folders.front().folder / "weights.bin"), "spoilt");
+        two.models().look();
+        QVERIFY(waitUntilSeen(two.models()));
+        QCOMPARE(two.models().models().size(), 2);
+        const QVariantMap last = at(two.models(), 1);  // those that can be used come first
+        QVERIFY(!last.value("problem").toString().isEmpty());
+        two.models().open(1);
+        AppModelProbe::waitForWork(two.models());
+        deliverEvents();
+        QCOMPARE(two.app.corpusURL(), two.world.url("Second"));
+    }
+
+    void opensTheFolderWithItsModel() {
+        TwoModels two;
+        two.models().open(two.row("First"));
+        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, 30000));
+        QVERIFY(waitUntilIdle(two.app));
+        QVERIFY(two.app.model()->isReady());
+        QCOMPARE(two.app.bundle()->metadata.corpusName, std::string("First"));
+        QVERIFY(at(two.models(), two.row("First")).value("isOpen").toBool());
+        QVERIFY(!at(two.models(), two.row("Second")).value("isOpen").toBool());
+    }
+
+    void opensTheModelOfAFolderThatHasChanged() {
+        TwoModels two;
+        QSignalSpy notices(&two.app, &AppModel::notice);
+        QFile::copy(two.world.path("First/hit0.wav"), two.world.path("First/one more.wav"));
+        two.models().open(two.row("First"));
+        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, 30000));
+        QVERIFY(waitUntilIdle(two.app));
+        QVERIFY(two.app.model()->isReady());
+        QCOMPARE(two.app.bundle()->metadata.clipNames.size(), 3U);
+        QCOMPARE(two.app.corpus()->fileCount(), 4);
+        QVERIFY(notices.last().first().toString().startsWith("The folder has changed"));
+        // Chosen as any other folder, it has none.
+        two.app.setCorpus(two.world.url("First"));
+        QVERIFY(waitUntilIdle(two.app));
+        QVERIFY(!two.app.model()->isReady());
+    }
+
+    void saysThatAFolderIsGone() {
+        TwoModels two;
+        QDir(two.world.path("First")).removeRecursively();
+        two.models().open(two.row("First"));
+        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, 30000));
+        QVERIFY2(two.app.errorMessage().startsWith("There is no folder"), qPrintable(two.app.errorMessage()));
+        QCOMPARE(two.app.corpusURL(), two.world.url("Second"));
+    }
+
+    void opensNothingWhileSomethingIsLearned() {
+        TwoModels two;
+        two.world.steps = 1000000;
+        two.app.train();
+        two.models().open(two.row("First"));
+        AppModelProbe::waitForWork(two.models());
+        deliverEvents();
+        QCOMPARE(two.app.corpusURL(), two.world.url("Second"));
+        two.app.cancel();
+        QVERIFY(waitUntilIdle(two.app));
+    }
+
+    void movesOneToTheTrashAndBack() {
+        TwoModels two;
+        const QVariantMap before = at(two.models(), two.row("First"));
+        two.models().remove(two.row("First"));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 1; }, 30000));
+        QCOMPARE(two.models().removedName(), QStringLiteral("First"));
+        QCOMPARE(ModelStore::list(two.world.environment.modelsRoot).size(), 1U);
+        QCOMPARE(QDir(two.world.path("trash/files")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
+
+        two.models().restore();
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 2; }, 30000));
+        QCOMPARE(at(two.models(), two.row("First")), before);
+        QCOMPARE(two.models().removedName(), QString());
+    }
+
+    void keepsTheOneThatIsInUse() {
+        TwoModels two;
+        two.models().remove(two.row("Second"));
+        two.models().remove(7);  // there is none
+        AppModelProbe::waitForWork(two.models());
+        deliverEvents();
+        QCOMPARE(two.models().models().size(), 2);
+        QCOMPARE(two.models().removedName(), QString());
+    }
+
+    void saysThatThereIsNoTrash() {
+        TwoModels two;
+        two.world.hasTrash = false;
+        two.models().remove(two.row("First"));
+        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, 30000));
+        QVERIFY(two.app.errorMessage().startsWith("The model could not be moved to the trash."));
+        QCOMPARE(ModelStore::list(two.world.environment.modelsRoot).size(), 2U);
+    }
+
+    void bringsNothingBackOverANewerModel() {
+        TwoModels two;
+        two.models().remove(two.row("First"));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 1; }, 30000));
+        prepareTrained(two.app, two.world.url("First"));
+        two.models().restore();
+        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, 30000));
+        QCOMPARE(QDir(two.world.path("trash/files")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
+        QCOMPARE(two.models().removedName(), QStringLiteral("First"));
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::ModelsControllerTest)
+#include "ModelsControllerTest.moc"
