@@ -23,7 +23,8 @@ TELLS = re.compile(
     r"^ ?(Learns the character|Learn |Reads |to get the same|from the |with the model|Use --retrain|Minutes-ish|Balanced"
     r"|Longest|Automatic picks|No model for this|Choose a folder of WAV|Render a single|Render twelve|All discarded|Nobody knows any more|Select a candidate|Return renames|Existing folder|Folder will be"
     r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
-    r"|How much of|End the learning and keep|You can listen in|The model is stored|No folder has been learned|Space plays"
+    r"|How much of|End the learning and keep|You can listen in|The model is stored|No folder has been learned"
+    r"|Space plays|Near one another|. of the differences|Click a point"
     r"|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
     r"|The journal is o|While this file is)")
 # The manual's own words, what the parameters do, and docstrings: no trouble either.

@@ -22,6 +22,8 @@ AppModel::AppModel(Environment environment, QObject* parent)
       corpusFiles_(environment_),
       report_(environment_, [this] { return model_.generator(); }),
       models_(environment_),
+      map_(environment_, {.model = [this] { return model_.generator(); },
+                          .audition = [this](auto origin) { generation_.auditionAt(std::move(origin)); }}),
       generation_(environment_, generationLinks()),
       candidates_(environment_, candidatesLinks()),
       inspector_(environment_),
@@ -42,9 +44,9 @@ AppModel::~AppModel() {
 
 // ---- Connections
 
-std::array<Controller*, 12> AppModel::controllers() {
-    return {&playback_,   &character_, &output_,     &corpus_,     &model_,     &corpusFiles_,
-            &report_,     &models_,    &generation_, &candidates_, &inspector_, &files_};
+std::array<Controller*, 13> AppModel::controllers() {
+    return {&playback_, &character_, &output_,     &corpus_,     &model_,     &corpusFiles_, &report_,
+            &models_,   &map_,       &generation_, &candidates_, &inspector_, &files_};
 }
 
 void AppModel::connectAll() {
@@ -72,7 +74,7 @@ void AppModel::connectCorpusAndModel() {
             [this] { models_.setOpen(model_.storedFolder()); });
     connect(&model_, &ModelController::filesGone, this, &AppModel::filesGone);
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::modelChanged);
-    connect(&model_, &ModelController::bundleChanged, this, &AppModel::reportSubjectChanged);
+    connect(&model_, &ModelController::bundleChanged, this, &AppModel::subjectChanged);
     connect(&model_, &ModelController::isLoadingChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::problemChanged, this, &AppModel::modelChanged);
     connect(&model_, &ModelController::startChanged, this, &AppModel::modelChanged);
@@ -97,6 +99,7 @@ void AppModel::connectRuns() {
             [this] { generation_.results()->setPlaying(playback_.playingURL()); });
     connect(&playback_, &PlaybackController::fileFailed, generation_.results(), &ResultsModel::refresh);
     connect(generation_.results(), &ResultsModel::modelReset, this, &AppModel::stopWhatIsNotShown);
+    connect(generation_.results(), &ResultsModel::countChanged, this, &AppModel::mapResults);
 }
 
 void AppModel::connectCandidates() {
@@ -124,6 +127,7 @@ void AppModel::connectInspector() {
     connect(&files_, &FilesController::renamed, &candidates_, &CandidatesController::rename);
     connect(&files_, &FilesController::renamed, &inspector_, &InspectorController::rename);
     connect(&files_, &FilesController::renamed, &generation_, &GenerationController::rename);
+    connect(&files_, &FilesController::renamed, this, &AppModel::mapResults);
     connect(&files_, &FilesController::favouritesChanged, &inspector_, &InspectorController::refresh);
     connect(&files_, &FilesController::favouritesChanged, generation_.results(),
             &ResultsModel::favouritesChanged);
@@ -190,8 +194,14 @@ void AppModel::corpusChanged() {
     modelChanged();
 }
 
-void AppModel::reportSubjectChanged() {
+// What the report and the map are of.
+void AppModel::subjectChanged() {
     report_.setCorpus(corpus_.summary());
+    map_.setCorpus(corpus_.summary());
+}
+
+void AppModel::mapResults() {
+    map_.setResults(generation_.results()->samples());
 }
 
 void AppModel::openModel(const QUrl& corpus, const std::filesystem::path& folder) {

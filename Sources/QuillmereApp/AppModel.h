@@ -19,6 +19,7 @@
 #include "QuillmereApp/Controllers/FilesController.h"
 #include "QuillmereApp/Controllers/GenerationController.h"
 #include "QuillmereApp/Controllers/InspectorController.h"
+#include "QuillmereApp/Controllers/MapController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
 #include "QuillmereApp/Controllers/ModelsController.h"
 #include "QuillmereApp/Controllers/OutputController.h"
@@ -53,6 +54,7 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::CorpusFilesController* corpusFiles READ corpusFiles CONSTANT)
     Q_PROPERTY(quillmere::ReportController* report READ report CONSTANT)
     Q_PROPERTY(quillmere::ModelsController* models READ models CONSTANT)
+    Q_PROPERTY(quillmere::MapController* map READ map CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
     Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
@@ -76,6 +78,7 @@ public:
     [[nodiscard]] CorpusFilesController* corpusFiles() { return &corpusFiles_; }
     [[nodiscard]] ReportController* report() { return &report_; }
     [[nodiscard]] ModelsController* models() { return &models_; }
+    [[nodiscard]] MapController* map() { return &map_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
     [[nodiscard]] FolderBrowser* browser() { return &browser_; }
@@ -166,7 +169,7 @@ signals:
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 12> controllers();
+    [[nodiscard]] std::array<Controller*, 13> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
     [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
@@ -178,7 +181,8 @@ private:
     void corpusChanged();
     void filesGone(int files);
     void modelChanged();
-    void reportSubjectChanged();
+    void subjectChanged();
+    void mapResults();
     void openModel(const QUrl& corpus, const std::filesystem::path& folder);
     void openWantedModel();
     void activityOfControllersChanged();
@@ -204,6 +208,7 @@ private:
     ReportController report_;
     ModelsController models_;
     std::filesystem::path wantedModel_;  // to be opened though it is not that of the folder as it is now
+    MapController map_;
     GenerationController generation_;
     CandidatesController candidates_;
     InspectorController inspector_;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <span>
 #include <system_error>
 #include <utility>
 
@@ -30,6 +31,14 @@ std::vector<GeneratedSample> existing(std::vector<GeneratedSample> samples) {
         return !std::filesystem::is_regular_file(sample.url, unknown);
     });
     return samples;
+}
+
+// The variation of that origin, with what the request says.
+AuditionedSample remade(SampleGenerator& generator, const AuditionRequest& request,
+                        const GenerationController::Origin& origin) {
+    VariationPlan plan{.origin = origin(generator, request.seed), .aesthetics = request.aesthetics};
+    plan.origin.detail = request.detail;
+    return std::move(generator.remake(std::span(&plan, 1)).front());
 }
 
 int countWithNoise(const std::vector<GeneratedSample>& samples) {
@@ -230,15 +239,28 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
         emit notice(QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
         return;
     }
+    startAudition(links_.auditionRequest(seed), links_.preview(), {});
+}
+
+void GenerationController::auditionAt(Origin origin) {
+    if (isAuditioning_) {
+        next_ = std::move(origin);
+        return;
+    }
+    if (!supplies_.hasModel || activity().isBusy()) return;
+    startAudition(links_.auditionRequest(auditionedSeed_), links_.generator(), std::move(origin));
+}
+
+void GenerationController::startAudition(const AuditionRequest& request, const PreparedGenerator& generator,
+                                         Origin origin) {
     emit errorRaised({});
     auditionIsDropped_ = false;
     assign(*this, isAuditioning_, true, &GenerationController::isAuditioningChanged);
-    const AuditionRequest request = links_.auditionRequest(seed);
     auditionedSeed_ = request.seed;
     tasks_.run(
-        [generator = links_.preview(), request, file = toPath(auditionURL())] {
+        [generator, request, origin = std::move(origin), file = toPath(auditionURL())] {
             const auto ready = generator();
-            const AuditionedSample made = ready->audition(request);
+            const AuditionedSample made = origin ? remade(*ready, request, origin) : ready->audition(request);
             writeTemporarySound(made.samples, file, ready->sampleRate());
             return std::pair(made.origin.detailBasis, ready->bundle().metadata.steps == 0);
         },
@@ -260,9 +282,11 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
 void GenerationController::auditionEnded() {
     assign(*this, isCancelling_, false, &GenerationController::isCancellingChanged);
     assign(*this, isAuditioning_, false, &GenerationController::isAuditioningChanged);
+    if (next_) auditionAt(std::exchange(next_, {}));
 }
 
 void GenerationController::cancel() {
+    next_ = {};
     if (generateCancel_) generateCancel_->cancel();
     auditionIsDropped_ = isAuditioning_;
     if (isAuditioning_) links_.cancelPreview();

@@ -86,6 +86,12 @@ public:
     Q_INVOKABLE void audition();
     // The same with the seed of the last audition, if there was one.
     void auditionAgain();
+    // Where a variation comes from, in place of a draw: asked in the background.
+    using Origin = std::function<SampleOrigin(const SampleGenerator& generator, std::uint64_t seed)>;
+    // Renders one variation of that origin, with the seed of the last audition, as audition does. While
+    // another audition runs, the newest wish waits for its end. Does nothing without a model and while
+    // something else runs.
+    void auditionAt(Origin origin);
     // A file that was kept joins the results.
     void addKept(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base);
     // A result has got another name.
@@ -140,6 +146,7 @@ private:
 
     void begin(Returned returned);
     void beginAudition(std::optional<std::uint64_t> seed);
+    void startAudition(const AuditionRequest& request, const PreparedGenerator& generator, Origin origin);
     void waitForModel(const Returned& returned);
     void start(const QUrl& folder, const Returned& returned);
     void ended(Ended run, const QUrl& folder);
@@ -157,6 +164,7 @@ private:
     bool isAuditioning_ = false;
     bool auditionIsDropped_ = false;
     std::optional<std::uint64_t> auditionedSeed_;  // of the last audition
+    Origin next_;                                  // of the audition that is to follow; empty for none
     bool isCancelling_ = false;
     bool isWaiting_ = false;
     ResultsModel results_;

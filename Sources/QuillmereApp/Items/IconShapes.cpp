@@ -157,6 +157,16 @@ QPainterPath dice() {
     return path;
 }
 
+// Points of a map.
+QPainterPath points() {
+    QPainterPath path;
+    for (const QPointF& point : {QPointF(6, 7), QPointF(15.6, 4.8), QPointF(11, 12.2), QPointF(19, 13.4),
+                                 QPointF(5.4, 17.6), QPointF(14.6, 19.4)}) {
+        path = path.united(disc(point, 2.1));
+    }
+    return path;
+}
+
 QPainterPath sun() {
     QPainterPath path = disc({12, 12}, 4.4);
     for (int ray = 0; ray < 8; ++ray) {
@@ -241,6 +251,7 @@ QHash<QString, QPainterPath> drawAll() {
         {u"dice"_s, dice()},
         {u"star"_s, star(false)},
         {u"star.fill"_s, star(true)},
+        {u"circle.grid.cross"_s, points()},
         {u"cpu"_s, chip()},
         {u"sun.max"_s, sun()},
         {u"moon"_s, moon()},

@@ -10,7 +10,7 @@ Rectangle {
     property bool highlighted: false
     property real padding: Theme.outer  // at the sides and below
     property alias trailing: trailing.data  // at the right of the title
-    default property alias content: body.data
+    default property alias contents: body.data
     readonly property real bodyWidth: body.width
 
     implicitHeight: body.y + body.height + card.padding

@@ -13,6 +13,10 @@ Card {
     // Without a corpus nothing here is the next thing to do.
     property bool emphasised: true
     readonly property bool twoColumns: bodyWidth >= 640
+    // There is a map to switch to.
+    property bool hasMap: false
+
+    signal mapRequested
 
     // The height of the rows when the panel is to be that high.
     function rowHeightFor(height: real): real {
@@ -52,6 +56,14 @@ Card {
             anchors.verticalCenter: parent.verticalCenter
             spacing: Theme.tight
 
+            IconButton {
+                objectName: "showMap"
+                visible: panel.hasMap
+                iconName: "circle.grid.cross"
+                text: "Map"
+                tip: "Map of the samples (M)"
+                onClicked: panel.mapRequested()
+            }
             IconButton {
                 objectName: "undo"
                 iconName: "arrow.uturn.backward"

@@ -17,6 +17,7 @@ Item {
     signal filesRequested
     signal reportRequested
     signal modelsRequested
+    signal mapRequested
 
     Shortcut {
         enabled: commands.listening
@@ -83,12 +84,18 @@ Item {
         sequences: ["Ctrl+Q", "Ctrl+W"]
         onActivated: commands.closeRequested()
     }
-    // Whatever has the keyboard, unless it is a text field: these keep the letter and the space for themselves.
+    // Whatever has the keyboard, unless it is a text field: these keep the letters and the space for themselves.
     Shortcut {
         enabled: commands.listening
         sequence: "I"
         autoRepeat: false
         onActivated: commands.inspectorRequested()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "M"
+        autoRepeat: false
+        onActivated: commands.mapRequested()
     }
     Shortcut {
         enabled: commands.listening

@@ -18,6 +18,10 @@ FocusScope {
     // Scroll bars stand beside the cards, so that these are as wide with one as without.
     readonly property real barWidth: 10
 
+    // The inspector comes before the map.
+    readonly property bool showsMap: app.map.isShown && !app.inspector.isOpen
+    readonly property alias sheets: sheets
+
     // Keys that mean the whole window do something.
     property bool listening: true
 
@@ -36,8 +40,18 @@ FocusScope {
             app.dismissError();
     }
 
-    readonly property alias sheets: sheets
-
+    // The map in place of the sliders and of the inspector, or the sliders again.
+    function switchMap() {
+        const shows = !showsMap && app.map.canShow;
+        if (shows)
+            app.inspector.isOpen = false;
+        app.map.isShown = shows;
+        Qt.callLater(focusMap);
+    }
+    function focusMap() {
+        if (mapView.item)
+            (mapView.item as MapView).takeKeyboard();
+    }
     function goToResults() {
         if (strip.visible)
             strip.goOn();
@@ -192,7 +206,11 @@ FocusScope {
             width: content.characterWidth + content.barWidth
             height: content.wide ? stack.characterHeight : contentHeight
             scrolls: content.wide
-            contentHeight: inspectorPane.active ? inspectorPane.height : character.height
+            contentHeight: {
+                if (inspectorPane.active)
+                    return inspectorPane.height;
+                return mapView.active ? mapView.height : character.height;
+            }
 
             // In the place of the sliders while it is open.
             Loader {
@@ -206,9 +224,22 @@ FocusScope {
                     onKeepRequested: strip.keep()
                 }
             }
+            // There as well, unless the inspector is.
+            Loader {
+                id: mapView
+                active: content.showsMap
+                width: content.characterWidth
+                height: content.wide ? stack.characterHeight : Math.max(320, Math.min(560, width * 0.8))
+                sourceComponent: MapView {
+                    app: content.app
+                    onCloseRequested: content.switchMap()
+                }
+            }
             CharacterPanel {
                 id: character
-                visible: !inspectorPane.active
+                visible: !inspectorPane.active && !mapView.active
+                hasMap: content.app.map.canShow
+                onMapRequested: content.switchMap()
                 width: content.characterWidth
                 height: Math.max(implicitHeight, content.wide ? characterPane.height : 0)
                 character: content.app.character

@@ -72,6 +72,7 @@ T.ApplicationWindow {
         onFilesRequested: content.sheets.showFiles()
         onReportRequested: content.sheets.showReport()
         onModelsRequested: content.sheets.showModels()
+        onMapRequested: content.switchMap()
     }
     Connections {
         target: root.app.corpus

@@ -154,8 +154,8 @@ LatentMap::LatentMap(std::span<const std::vector<float>> latents, std::size_t di
                      const std::stop_token& stop) {
     for (const std::vector<float>& latent : latents)
         require(latent.size() >= dim, "LatentMap: a latent vector is too short");
-    const std::vector<double> mean = meanOf(latents, dim);
-    Matrix matrix = scatter(latents, mean, stop);
+    mean_ = meanOf(latents, dim);
+    Matrix matrix = scatter(latents, mean_, stop);
     const double variance = trace(matrix);
     Matrix vectors = diagonalise(matrix, stop);
     std::vector<std::size_t> order(dim);
@@ -169,10 +169,14 @@ LatentMap::LatentMap(std::span<const std::vector<float>> latents, std::size_t di
         makeLargestPositive(directions_[axis]);
         if (variance > 0) shares_[axis] = matrix.at(order[axis], order[axis]) / variance;
     }
-    for (const std::vector<float>& latent : latents) {
-        const std::vector<double> deviation = difference(latent, mean);
-        places_.push_back({product(deviation, directions_[0]), product(deviation, directions_[1])});
-    }
+    for (const std::vector<float>& latent : latents)
+        places_.push_back(placeOf(latent));
+}
+
+MapPlace LatentMap::placeOf(std::span<const float> latent) const {
+    require(latent.size() >= mean_.size(), "LatentMap: a latent vector is too short");
+    const std::vector<double> deviation = difference(latent, mean_);
+    return {product(deviation, directions_[0]), product(deviation, directions_[1])};
 }
 
 std::vector<LatentDraw::Source> LatentMap::blendAt(MapPlace place) const {

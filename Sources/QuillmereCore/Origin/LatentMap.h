@@ -36,6 +36,8 @@ public:
 
     // Of each clip, in their order.
     [[nodiscard]] std::span<const MapPlace> places() const { return places_; }
+    // Where another latent vector, of dim finite values at least, lies on the map.
+    [[nodiscard]] MapPlace placeOf(std::span<const float> latent) const;
     // Which part of all variance is along x, and along y; 0 where the clips do not differ.
     [[nodiscard]] std::array<double, 2> shares() const { return shares_; }
     // The two directions, [dim] each.
@@ -49,6 +51,7 @@ public:
     [[nodiscard]] std::vector<LatentDraw::Source> blendAt(MapPlace place) const;
 
 private:
+    std::vector<double> mean_;  // of the latent vectors, [dim]
     std::vector<MapPlace> places_;
     std::array<double, 2> shares_{};
     std::array<std::vector<double>, 2> directions_;

@@ -24,6 +24,7 @@
 #include <memory>
 
 #include "QuillmereApp/Support/Gate.h"
+#include "QuillmereApp/Support/RealPointer.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/XServer.h"
 
@@ -112,14 +113,6 @@ bool isDragging() {
     return false;
 }
 
-QQuickItem* findItem(QQuickItem* parent, const QString& name) {
-    if (parent->objectName() == name) return parent;
-    for (QQuickItem* child : parent->childItems()) {
-        if (QQuickItem* found = findItem(child, name)) return found;
-    }
-    return nullptr;
-}
-
 // ---- The program, and a hand that drags
 
 // The window on a model that has learned something and generated a few files. Runs wait at their last file
@@ -162,14 +155,6 @@ struct Program {
     QQmlApplicationEngine engine;
     QQuickWindow* window = nullptr;
 };
-
-// All of it at once: the window sees it only afterwards.
-void point(const QStringList& commands) {
-    QCOMPARE(QProcess::execute("xdotool", commands), 0);
-}
-QStringList moveTo(QPoint place) {
-    return {"mousemove", QString::number(place.x()), QString::number(place.y())};
-}
 
 // Drags one result after the other onto the target, each while a run begins and ends. It acts by a timer,
 // because the platform has an event loop of its own during a drag.

@@ -14,10 +14,12 @@
 #include <QImage>
 #include <QKeyEvent>
 #include <QQmlApplicationEngine>
+#include <QQuickItem>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QTest>
 #include <QtQml/QQmlExtensionPlugin>
+#include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <functional>
@@ -61,6 +63,7 @@ public:
             return options;
         };
         // As long as a seed from the system's random numbers is.
+        world_.environment.glimpseInterval = std::chrono::seconds(2);
         world_.environment.freshSeed = [] { return 7249384027461839206U; };
         // The window says where its folders are; the real places have ugly names.
         world_.environment.homeFolder = world_.path(QStringLiteral("home"));
@@ -79,9 +82,11 @@ public:
             training();
         train();
         trained();
+        sheets();
         generating();
         results();
         candidates();
+        map();
         outputInCorpus();
         chooser();
         error();
@@ -188,6 +193,24 @@ private:
         take(QStringLiteral("trained-small"), {640, 480});
         take(QStringLiteral("trained-small-light"), {640, 480}, Appearance::Light);
     }
+    // What becomes of the files, what was learned of them, and the stored models.
+    void sheets() {
+        takeSheet(QStringLiteral("files"), Qt::Key_L, [&] { return app_->corpusFiles()->isRead(); });
+        takeSheet(QStringLiteral("report"), Qt::Key_I, [&] { return app_->report()->isThere(); });
+        takeSheet(QStringLiteral("models"), Qt::Key_M, [&] { return !app_->models()->isLooking(); });
+    }
+    void takeSheet(const QString& name, Qt::Key key, const std::function<bool()>& isThere) {
+        if (!isWanted(name)) return;
+        press(key, Qt::ControlModifier);
+        waitFor(isThere);
+        takeBoth(name);
+        take(name + QStringLiteral("-small"), {640, 480});
+        press(Qt::Key_Escape);
+        QTest::qWait(300);
+    }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(window_, key, modifiers);
+    }
     void generating() {
         app_->setCount(400);
         app_->generate();
@@ -247,6 +270,18 @@ private:
         take(QStringLiteral("inspector-narrow"), {640, 1600});
         take(QStringLiteral("inspector-small"), {800, 600});
         inspector.setOpen(false);
+    }
+    void map() {
+        if (!isWanted(QStringLiteral("map"))) return;
+        app_->map()->setShown(true);
+        waitFor([&] { return app_->map()->isReady(); });
+        QTest::qWait(300);
+        window_->findChild<QQuickItem*>(QStringLiteral("points"))->forceActiveFocus();
+        press(Qt::Key_Right);
+        takeBoth(QStringLiteral("map"));
+        take(QStringLiteral("map-1080p"), {1920, 1080});
+        take(QStringLiteral("map-small"), {800, 600});
+        app_->map()->setShown(false);
     }
     void outputInCorpus() {
         app_->setOutputText(app_->corpusURL().toLocalFile());

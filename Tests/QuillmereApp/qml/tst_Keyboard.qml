@@ -269,7 +269,7 @@ WindowCase {
             last = place;
         }
         const results = names.indexOf("tile-0");
-        verify(results - names.indexOf("detail") <= 10, "a long way to the results: " + names.join(" "));
+        verify(results - names.indexOf("detail") <= 11, "a long way to the results: " + names.join(" "));
     }
     function test_tabReachesWhatIsOutOfView() {
         resize(640, 480);

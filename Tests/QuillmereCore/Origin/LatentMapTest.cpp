@@ -83,6 +83,18 @@ TEST(LatentMap, PlacesAreCoordinatesAlongTheAxes) {
     }
 }
 
+TEST(LatentMap, AnotherVectorHasAPlaceToo) {
+    const auto latents = randomLatents(30, 8, 5);
+    const LatentMap map(latents, 8);
+    for (std::size_t clip = 0; clip < latents.size(); ++clip)
+        EXPECT_EQ(map.placeOf(latents[clip]), map.places()[clip]);
+    std::vector<float> between(9, 100);  // the last one does not count
+    for (std::size_t j = 0; j < 8; ++j)
+        between[j] = (latents[3][j] + latents[4][j]) / 2;
+    EXPECT_NEAR(map.placeOf(between).x, (map.places()[3].x + map.places()[4].x) / 2, 1e-6);
+    EXPECT_NEAR(map.placeOf(between).y, (map.places()[3].y + map.places()[4].y) / 2, 1e-6);
+}
+
 TEST(LatentMap, GivesTheSameBitsEverywhere) {
     const std::vector<std::vector<float>> latents{{1, 2, 0.5F, -0.25F},
                                                   {-1, 0.25F, 3, 1.5F},

@@ -1,0 +1,258 @@
+// The map of the samples and the results, and what is made from its places.
+
+#include "QuillmereApp/Controllers/MapController.h"
+
+#include <QColor>
+#include <QImage>
+#include <QObject>
+#include <QPainter>
+#include <QRegularExpression>
+#include <algorithm>
+#include <cmath>
+
+#include "QuillmereApp/Items/PointMapItem.h"
+#include "QuillmereApp/Support/AppModelProbe.h"
+#include "QuillmereApp/Support/TestWorld.h"
+
+namespace quillmere::testing {
+namespace {
+
+bool waitUntilReady(const MapController& map) {
+    return QTest::qWaitFor([&] { return map.isReady(); }, 30000);
+}
+
+// A model with its map.
+struct Mapped {
+    explicit Mapped(int files = 5) : app(world.environment) {
+        prepareTrained(app, world.makeCorpus("corpus", files));
+        map().setShown(true);
+        QVERIFY(waitUntilReady(map()));
+    }
+    [[nodiscard]] MapController& map() { return *app.map(); }
+
+    TestWorld world;
+    AppModel app;
+};
+
+}  // namespace
+
+class MapControllerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void thereIsNoMapWithoutAModel() {
+        TestWorld world;
+        AppModel app(world.environment);
+        QVERIFY(!app.map()->canShow());
+        app.map()->setShown(true);
+        QVERIFY(!app.map()->isShown());
+        QCOMPARE(app.map()->urlAt(0), QUrl());
+        app.map()->audition({0, 0});
+        QVERIFY(!app.isBusy());
+    }
+
+    void everyClipHasItsPlace() {
+        Mapped mapped;
+        const MapController& map = mapped.map();
+        QCOMPARE(map.count(), 5);
+        QCOMPARE(map.clips(), 5);
+        const ModelBundle& bundle = *mapped.app.bundle();
+        const LatentMap expected(bundle.latents, static_cast<std::size_t>(bundle.config.latentDim));
+        QVERIFY(std::ranges::equal(map.places(), expected.places()));
+        QCOMPARE(map.nameAt(1), QStringLiteral("hit1.wav"));
+        QCOMPARE(map.urlAt(1), mapped.world.url("corpus/hit1.wav"));
+        QCOMPARE(map.nameAt(5), QString());
+        QCOMPARE(map.urlAt(-1), QUrl());
+        QVERIFY(map.caption().contains(QRegularExpression("shows \\d+ % of")));
+    }
+
+    void resultsAppearWhereTheyWereMade() {
+        Mapped mapped;
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(3);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        const MapController& map = mapped.map();
+        QCOMPARE(map.count(), 8);
+        QCOMPARE(map.clips(), 5);
+        const auto& samples = mapped.app.results()->samples();
+        const ModelBundle& bundle = *mapped.app.bundle();
+        const LatentMap expected(bundle.latents, static_cast<std::size_t>(bundle.config.latentDim));
+        for (int i = 0; i < 3; ++i) {
+            const GeneratedSample& sample = samples[static_cast<std::size_t>(i)];
+            QVERIFY(map.places()[static_cast<std::size_t>(5 + i)] == expected.placeOf(sample.origin.latent));
+            QCOMPARE(map.urlAt(5 + i), toUrl(sample.url));
+            QCOMPARE(map.nameAt(5 + i), toQString(sample.url.filename()));
+        }
+        // Those of another model have no place on this one's map.
+        mapped.world.steps = 3;
+        mapped.app.train();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(waitUntilReady(map));
+        QCOMPARE(map.count(), 5);
+        QVERIFY(map.isShown());
+    }
+
+    void aRenamedResultStaysOnIt() {
+        Mapped mapped;
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(1);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        mapped.app.files()->rename(mapped.map().urlAt(5), "Other");
+        QTRY_COMPARE(mapped.map().nameAt(5), QStringLiteral("Other.wav"));
+        QCOMPARE(mapped.map().urlAt(5), mapped.world.url("out/Other.wav"));
+    }
+
+    void goesWithTheModel() {
+        Mapped mapped;
+        prepare(mapped.app, mapped.world.makeCorpus("other"));
+        QVERIFY(!mapped.map().canShow());
+        QVERIFY(!mapped.map().isShown());
+        QVERIFY(!mapped.map().isReady());
+        QCOMPARE(mapped.map().count(), 0);
+        QCOMPARE(mapped.map().caption(), QString());
+    }
+
+    void aPlaceCanBeHeard() {
+        Mapped mapped;
+        const MapPlace there = mapped.map().places()[2];
+        QSignalSpy played(mapped.app.generation(), &GenerationController::auditionFinished);
+        mapped.app.setSeedText("7");
+        mapped.map().audition({there.x, there.y});
+        QVERIFY(mapped.app.isAuditioning());
+        QVERIFY(waitUntilIdle(mapped.app));
+        QCOMPARE(played.count(), 1);
+        const QByteArray first = TestWorld::read(played.first().first().toUrl().toLocalFile());
+        QVERIFY(first.size() > 100);
+
+        // The same place with the same seed is the same sound; another place is another one.
+        mapped.map().audition({there.x, there.y});
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(TestWorld::read(played.first().first().toUrl().toLocalFile()) == first);
+        const MapPlace elsewhere = mapped.map().places()[4];
+        mapped.map().audition({elsewhere.x, elsewhere.y});
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(TestWorld::read(played.first().first().toUrl().toLocalFile()) != first);
+    }
+
+    void whileOneIsMadeTheNewestPlaceWaits() {
+        Mapped mapped;
+        QSignalSpy played(mapped.app.generation(), &GenerationController::auditionFinished);
+        for (int i = 0; i < 5; ++i)
+            mapped.map().audition({0.1 * i, 0});
+        QVERIFY(QTest::qWaitFor([&] { return played.count() == 2 && !mapped.app.isBusy(); }, 30000));
+        deliverEvents();
+        QCOMPARE(played.count(), 2);
+        // Cancelling drops what waits.
+        mapped.map().audition({0, 0});
+        mapped.map().audition({1, 0});
+        mapped.app.cancel();
+        QVERIFY(waitUntilIdle(mapped.app));
+        deliverEvents();
+        QVERIFY(!mapped.app.isBusy());
+        QCOMPARE(played.count(), 2);
+    }
+
+    // ---- What is seen of it
+
+    void theWholeMapFitsAtFirst() {
+        Mapped mapped;
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        const QRectF inside(20, 20, 360, 260);
+        for (int point = 0; point < 5; ++point) {
+            const QPointF position = item.positionOf(point);
+            QVERIFY(inside.contains(position));
+            const QPointF place = item.placeAt(position);
+            QVERIFY(std::abs(place.x() - mapped.map().places()[static_cast<std::size_t>(point)].x) < 1e-9);
+            QVERIFY(std::abs(place.y() - mapped.map().places()[static_cast<std::size_t>(point)].y) < 1e-9);
+            QCOMPARE(item.positionOf(item.pointAt(position)), position);
+        }
+        QCOMPARE(item.pointAt({2, 2}), -1);
+    }
+
+    void zoomsAroundThePointer() {
+        Mapped mapped;
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        const QPointF pointer(100, 80);
+        const QPointF place = item.placeAt(pointer);
+        item.zoomAt(pointer, 3);
+        QCOMPARE(item.zoom(), 3.0);
+        QVERIFY((item.placeAt(pointer) - place).manhattanLength() < 1e-9);
+        item.zoomAt(pointer, 1e9);
+        QCOMPARE(item.zoom(), PointMapItem::mostZoom);
+        item.zoomAt(pointer, 0);
+        QCOMPARE(item.zoom(), 1.0);
+    }
+
+    void pansAndComesBackToAPoint() {
+        Mapped mapped;
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        item.zoomAt({200, 150}, 20);
+        item.pan({1e6, 1e6});  // something is always seen
+        const QPointF middle = item.placeAt({200, 150});
+        const auto& places = mapped.map().places();
+        const auto smallest = std::ranges::min(places, {}, &MapPlace::x);
+        QVERIFY(std::abs(middle.x() - smallest.x) < 1e-9);
+        for (int point = 0; point < 5; ++point) {
+            item.reveal(point);
+            QVERIFY(QRectF(0, 0, 400, 300).contains(item.positionOf(point)));
+        }
+    }
+
+    void arrowsGoToTheNearestThatWay() {
+        Mapped mapped;
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        const int start = item.neighbour(-1, 1, 0);
+        QVERIFY(start >= 0);
+        int point = start;
+        for (int i = 0; i < 10; ++i) {
+            const int next = item.neighbour(point, 1, 0);
+            QVERIFY(next == point || item.positionOf(next).x() > item.positionOf(point).x());
+            point = next;
+        }
+        QCOMPARE(item.neighbour(point, 1, 0), point);
+        const int above = item.neighbour(point, 0, 1);
+        QVERIFY(above == point || item.positionOf(above).y() < item.positionOf(point).y());
+    }
+
+    void paintsClipsAndResults() {
+        Mapped mapped;
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(2);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        item.setClipColor(Qt::red);
+        item.setResultColor(Qt::blue);
+        QImage image(400, 300, QImage::Format_RGB32);
+        image.fill(Qt::white);
+        QPainter painter(&image);
+        item.paint(&painter);
+        painter.end();
+        const QColor result = image.pixelColor(item.positionOf(6).toPoint());
+        QVERIFY2(result.blue() > 200 && result.red() < 120, qPrintable(result.name()));
+        QCOMPARE(image.pixelColor(1, 1), QColor(Qt::white));
+        int reds = 0;
+        for (int point = 0; point < 5; ++point) {
+            const QColor clip = image.pixelColor(item.positionOf(point).toPoint());
+            reds += clip.red() > 200 && clip.blue() < 120 ? 1 : 0;
+        }
+        QVERIFY(reds > 0);  // a result may lie on some of them
+    }
+};
+
+}  // namespace quillmere::testing
+
+QUILLMERE_APP_TEST(quillmere::testing::MapControllerTest)
+#include "MapControllerTest.moc"

@@ -1,0 +1,114 @@
+// The map under a real pointer, on an X server of the test's own.
+
+#include <QGuiApplication>
+#include <QObject>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickStyle>
+#include <QQuickWindow>
+#include <QtQml/QQmlExtensionPlugin>
+#include <memory>
+
+#include "QuillmereApp/Items/PointMapItem.h"
+#include "QuillmereApp/Support/RealPointer.h"
+#include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/XServer.h"
+
+Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
+
+namespace quillmere::testing {
+namespace {
+
+// The window on a model, with its map open.
+struct MapProgram {
+    MapProgram() : app(world.environment) {
+        prepareTrained(app, world.makeCorpus("corpus", 6));
+        app.map()->setShown(true);
+        QVERIFY(QTest::qWaitFor([this] { return app.map()->isReady(); }, 30000));
+        engine.setInitialProperties({{"app", QVariant::fromValue(&app)}});
+        engine.load(QUrl("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml"));
+        QVERIFY(!engine.rootObjects().isEmpty());
+        window = qobject_cast<QQuickWindow*>(engine.rootObjects().first());
+        window->setPosition(0, 0);
+        QVERIFY(QTest::qWaitForWindowExposed(window));
+        QVERIFY(QTest::qWaitFor([this] { return points() != nullptr && points()->width() > 100; }));
+    }
+
+    [[nodiscard]] PointMapItem* points() const {
+        return qobject_cast<PointMapItem*>(findItem(window->contentItem(), "points"));
+    }
+    [[nodiscard]] QPoint onScreen(QPointF position) const {
+        return window->mapToGlobal(points()->mapToScene(position).toPoint());
+    }
+    // Somewhere without a point.
+    [[nodiscard]] QPointF emptyPlace() const {
+        for (int y = 30; y < 400; y += 10) {
+            if (points()->pointAt({40.0, static_cast<double>(y)}) < 0) return {40.0, static_cast<double>(y)};
+        }
+        return {};
+    }
+    [[nodiscard]] bool plays(const QUrl& file) const {
+        return QTest::qWaitFor([&] { return app.playingURL() == file; }, 30000);
+    }
+
+    TestWorld world;
+    AppModel app;
+    QQmlApplicationEngine engine;
+    QQuickWindow* window = nullptr;
+};
+
+}  // namespace
+
+class MapPointerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void whatThePointerRestsOnIsPlayed() {
+        MapProgram program;
+        const QPointF position = program.points()->positionOf(3);
+        const int wanted = program.points()->pointAt(position);
+        point(moveTo(program.onScreen(program.emptyPlace())));
+        point(moveTo(program.onScreen(position)));
+        QVERIFY(program.plays(program.app.map()->urlAt(wanted)));
+    }
+
+    void aClickBetweenThePointsMakesSomethingOfThatPlace() {
+        MapProgram program;
+        point(moveTo(program.onScreen(program.emptyPlace())) + QStringList{"click", "1"});
+        QVERIFY(program.plays(program.app.generation()->auditionURL()));
+        QVERIFY(waitUntilIdle(program.app));
+    }
+
+    void theWheelZoomsAndADragPans() {
+        MapProgram program;
+        const QPointF middle(program.points()->width() / 2, program.points()->height() / 2);
+        point(moveTo(program.onScreen(middle)) + QStringList{"click", "--repeat", "8", "4"});
+        QTRY_VERIFY(program.points()->zoom() > 1.5);
+        const QPointF from = program.emptyPlace();
+        const QPointF place = program.points()->placeAt(from);
+        const QPoint start = program.onScreen(from);
+        point(moveTo(start) + QStringList{"mousedown", "1"} + moveTo(start + QPoint(20, 0)) +
+              moveTo(start + QPoint(60, 30)));
+        point(moveTo(start + QPoint(70, 40)) + QStringList{"mouseup", "1"});
+        QTRY_VERIFY((program.points()->placeAt(from + QPointF(70, 40)) - place).manhattanLength() <
+                    (program.points()->placeAt(from) - place).manhattanLength());
+        deliverEvents();
+        QVERIFY(!program.app.isBusy());  // nothing was made
+    }
+};
+
+}  // namespace quillmere::testing
+
+int main(int argc, char** argv) {
+    using namespace quillmere::testing;
+    const XServer display;
+    if (display.name().isEmpty()) qFatal("Xvfb has not started");
+    qputenv("DISPLAY", display.name().toLatin1());
+    qputenv("QT_QPA_PLATFORM", "xcb");
+    QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    QQuickStyle::setStyle(QStringLiteral("Basic"));
+    QGuiApplication app(argc, argv);
+    MapPointerTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "MapPointerTest.moc"
