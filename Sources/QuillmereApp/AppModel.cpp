@@ -98,7 +98,8 @@ void AppModel::connectRuns() {
     connect(&playback_, &PlaybackController::playingURLChanged, this,
             [this] { generation_.results()->setPlaying(playback_.playingURL()); });
     connect(&playback_, &PlaybackController::fileFailed, generation_.results(), &ResultsModel::refresh);
-    connect(generation_.results(), &ResultsModel::modelReset, this, &AppModel::stopWhatIsNotShown);
+    // What sounds has a button that stops it.
+    connect(generation_.results(), &ResultsModel::playingGone, &playback_, &PlaybackController::stop);
     connect(generation_.results(), &ResultsModel::countChanged, this, &AppModel::mapResults);
 }
 
@@ -264,15 +265,6 @@ void AppModel::cancelAll() {
     generation_.cancel();
     candidates_.cancel();
     corpus_.cancelScan();
-}
-
-// What sounds has a button that stops it.
-void AppModel::stopWhatIsNotShown() {
-    const QUrl playing = playback_.playingURL();
-    if (!playing.isLocalFile()) return;  // a candidate, or silence
-    if (playing != generation_.auditionURL() && playing != model_.sound()->url() &&
-        generation_.results()->rowOf(playing) < 0)
-        playback_.stop();
 }
 
 void AppModel::refresh() {

@@ -187,7 +187,6 @@ private:
     void openWantedModel();
     void activityOfControllersChanged();
     void cancelAll();
-    void stopWhatIsNotShown();
     void setError(const QString& message);
 
     const Environment environment_;

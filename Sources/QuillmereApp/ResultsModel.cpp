@@ -108,6 +108,7 @@ void ResultsModel::release() {
 
 void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
     if (samples.empty() && rows_.empty()) return;
+    const bool playedOne = rowOf(playing_) >= 0;
     staleRows_->cancel();
     staleRows_ = std::make_shared<CancelFlag>();
     beginResetModel();
@@ -120,6 +121,7 @@ void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
     endResetModel();
     emit countChanged();
     watchFolders();
+    if (playedOne && rowOf(playing_) < 0) emit playingGone();
 }
 
 void ResultsModel::addRow(GeneratedSample sample) {

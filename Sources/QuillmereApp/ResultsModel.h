@@ -87,6 +87,8 @@ public:
 
 signals:
     void countChanged();
+    // What plays was one of the files, and is none of them any more.
+    void playingGone();
 
 private:
     friend struct AppModelProbe;  // for tests

@@ -834,6 +834,23 @@ private slots:
         QVERIFY(waitUntilIdle(app));
     }
 
+    // New results silence results only: what is heard on the map or in a dialog is none.
+    void leavesAloneWhatIsHeardMeanwhile() {
+        TestWorld world;
+        Gate writing;
+        world.inTheMidst(Run::generation, 1, [&] { writing.pass(); });
+        AppModel app(world.environment);
+        prepareToGenerate(app, world, 2);
+        writing.close();
+        app.generate();
+        app.play(world.url("corpus/hit0.wav"));
+        QTRY_COMPARE(app.playingURL(), world.url("corpus/hit0.wav"));
+        writing.open();
+        QVERIFY(waitUntilIdle(app));
+        QCOMPARE(app.results()->count(), 2);
+        QCOMPARE(app.playingURL(), world.url("corpus/hit0.wav"));
+    }
+
     void twoInstancesNeverOverwriteEachOther() {
         TestWorld world;
         AppModel one(world.environment);

@@ -77,6 +77,24 @@ private slots:
         QVERIFY(!model.index(1).data(ResultsModel::IsPlayingRole).toBool());
     }
 
+    void tellsWhenWhatPlaysIsGone() {
+        TestWorld world;
+        ResultsModel model;
+        const std::vector<GeneratedSample> samples = makeSamples(world, 2);
+        QSignalSpy gone(&model, &ResultsModel::playingGone);
+        model.setSamples(samples);
+        model.setPlaying(QUrl::fromLocalFile("/elsewhere.wav"));
+        model.setSamples({samples[0]});
+        QCOMPARE(gone.count(), 0);  // it was none of them
+        model.setPlaying(model.urlAt(0));
+        model.setSamples(samples);
+        QCOMPARE(gone.count(), 0);
+        model.setSamples({samples[1]});
+        QCOMPARE(gone.count(), 1);
+        model.setSamples({});
+        QCOMPARE(gone.count(), 1);  // told once
+    }
+
     void noticesAFileThatIsDeleted() {
         TestWorld world;
         ResultsModel model;
