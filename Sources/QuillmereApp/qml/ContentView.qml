@@ -15,6 +15,7 @@ FocusScope {
     // Longer sliders would be no better ones: what is beyond is for the results.
     readonly property real characterWidth: broad ? Math.round(Math.min(1080, besideCards * 0.58)) : wide ? besideCards : cardsWidth
     readonly property real tallestRow: 46
+    readonly property real mapHeight: wide ? stack.characterHeight : Math.max(320, Math.min(560, cardsWidth * 0.8))
     // Scroll bars stand beside the cards, so that these are as wide with one as without.
     readonly property real barWidth: 10
 
@@ -209,7 +210,7 @@ FocusScope {
             contentHeight: {
                 if (inspectorPane.active)
                     return inspectorPane.height;
-                return mapView.active ? mapView.height : character.height;
+                return mapView.active ? content.mapHeight : character.height;
             }
 
             // In the place of the sliders while it is open.
@@ -229,7 +230,7 @@ FocusScope {
                 id: mapView
                 active: content.showsMap
                 width: content.characterWidth
-                height: content.wide ? stack.characterHeight : Math.max(320, Math.min(560, width * 0.8))
+                height: content.mapHeight
                 sourceComponent: MapView {
                     app: content.app
                     onCloseRequested: content.switchMap()
