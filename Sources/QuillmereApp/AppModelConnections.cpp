@@ -83,6 +83,9 @@ void AppModel::connectInspector() {
             &PlaybackController::togglePlaySound);
     connect(&inspector_, &InspectorController::candidatesWanted, &candidates_,
             &CandidatesController::startRelated);
+    connect(&files_, &FilesController::trashed, &candidates_, &CandidatesController::fileTrashed);
+    connect(&files_, &FilesController::cameBack, &candidates_, &CandidatesController::fileCameBack);
+    connect(&files_, &FilesController::filesChanged, &inspector_, &InspectorController::refresh);
     connect(&files_, &FilesController::filesChanged, generation_.results(), &ResultsModel::refresh);
     connect(&files_, &FilesController::filesChanged, &output_, &OutputController::look);
     connect(&files_, &FilesController::renamed, &candidates_, &CandidatesController::rename);

@@ -1,6 +1,7 @@
 #include "QuillmereApp/ResultsModel.h"
 
 #include <QStringList>
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <set>
@@ -57,6 +58,14 @@ QList<qreal> peaksOf(const std::filesystem::path& file, const FolderLooks& looks
     return Waveform::peaks(file, ResultsModel::peakCount);
 }
 
+// A row that had the new name has none any more: its file is gone.
+void renameIn(std::vector<GeneratedSample>& samples, const std::filesystem::path& from,
+              const std::filesystem::path& to) {
+    std::erase_if(samples, [&](const GeneratedSample& sample) { return sample.url == to; });
+    const auto renamed = std::ranges::find(samples, from, &GeneratedSample::url);
+    if (renamed != samples.end()) renamed->url = to;
+}
+
 QStringList answering(const std::set<std::filesystem::path>& folders, const FolderLooks& looks) {
     Answers answers(looks);
     QStringList found;
@@ -93,12 +102,14 @@ void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
 }
 
 void ResultsModel::add(GeneratedSample sample) {
-    if (holds_ == 0) {
+    if (holds_ == 0 && rowOf(toUrl(sample.url)) < 0) {
         addRow(std::move(sample));
         return;
     }
-    if (!next_) next_ = samples_;
-    next_->push_back(std::move(sample));
+    std::vector<GeneratedSample> rows = next_ ? *next_ : samples_;
+    std::erase_if(rows, [&](const GeneratedSample& row) { return row.url == sample.url; });
+    rows.push_back(std::move(sample));
+    setSamples(std::move(rows));
 }
 
 void ResultsModel::release() {
@@ -140,13 +151,15 @@ void ResultsModel::appendRow(const GeneratedSample& sample) {
 }
 
 void ResultsModel::rename(const QUrl& from, const QUrl& to) {
-    if (next_) {
-        for (GeneratedSample& sample : *next_) {
-            if (sample.url == toPath(from)) sample.url = toPath(to);
-        }
-    }
+    if (next_) renameIn(*next_, toPath(from), toPath(to));
     const int row = rowOf(from);
     if (row < 0) return;
+    if (rowOf(to) >= 0) {
+        std::vector<GeneratedSample> rows = next_ ? *next_ : samples_;
+        renameIn(rows, toPath(from), toPath(to));
+        setSamples(std::move(rows));
+        return;
+    }
     const auto i = static_cast<std::size_t>(row);
     samples_[i].url = toPath(to);
     rows_[i].url = to;

@@ -58,7 +58,8 @@ public:
     [[nodiscard]] const std::vector<GeneratedSample>& samples() const { return samples_; }
     // The rows change at once, or, while somebody holds them, as soon as nobody does.
     void setSamples(std::vector<GeneratedSample> samples);
-    // One more row at the end, in the same way.
+    // One more row at the end, in the same way; in place of one with the same file, which has given up its
+    // name.
     void add(GeneratedSample sample);
     // A row's file has got another name; rows that wait while they are held, too.
     void rename(const QUrl& from, const QUrl& to);

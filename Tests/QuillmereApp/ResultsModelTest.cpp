@@ -208,10 +208,39 @@ private slots:
         QVERIFY(model.existsAt(3));
         // While the rows are held it waits, too.
         model.hold();
-        model.add(samples.front());
+        GeneratedSample another = samples.front();
+        another.url = last.url.parent_path() / "another.wav";
+        model.add(another);
         QCOMPARE(model.count(), 4);
         model.release();
         QCOMPARE(model.count(), 5);
+    }
+
+    // The first file went to the trash; a sound that is written afterwards may get its name.
+    void aFileHasOneRow() {
+        TestWorld world;
+        ResultsModel model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const std::vector<GeneratedSample> samples = makeSamples(world, 3);
+        model.setSamples(samples);
+        GeneratedSample anew = samples[1];
+        anew.origin.seed = 7777;
+        model.add(anew);
+        QCOMPARE(model.count(), 3);
+        QCOMPARE(model.rowOf(toUrl(anew.url)), 2);
+        QCOMPARE(model.samples()[2].origin.seed, std::uint64_t{7777});
+        QCOMPARE(model.urlAt(1), toUrl(samples[2].url));
+
+        model.rename(toUrl(samples[0].url), toUrl(anew.url));
+        QCOMPARE(model.count(), 2);
+        QCOMPARE(model.urlAt(0), toUrl(anew.url));
+        QVERIFY(model.samples()[0].origin.seed != 7777);
+
+        model.hold();
+        model.add(anew);
+        model.release();
+        QCOMPARE(model.count(), 2);
+        QCOMPARE(model.samples()[1].origin.seed, std::uint64_t{7777});
     }
 
     void aRowFollowsItsFileToAnotherName() {

@@ -43,7 +43,8 @@ struct Candidate {
     SampleOrigin origin;
     QList<qreal> peaks;  // as ResultsModel has them
     bool isBeingKept = false;
-    QUrl file;  // where it was kept; empty while it is not
+    QUrl file;     // where it was kept; empty while it is not
+    QUrl trashed;  // where it was kept before that file went to the trash
 
     [[nodiscard]] bool isKept() const { return !file.isEmpty(); }
 };

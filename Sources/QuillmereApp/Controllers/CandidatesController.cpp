@@ -226,7 +226,7 @@ void CandidatesController::showSet(const SetHandle& set) {
 void CandidatesController::forget(const SetHandle& set) {
     const SetHandle before = shown_ > 0 ? sets_[static_cast<std::size_t>(shown_) - 1] : nullptr;
     std::erase(sets_, set);
-    std::erase_if(discarded_, [&](const auto& entry) { return entry.first == set; });
+    std::erase_if(discarded_, [&](const Discarded& entry) { return entry.set == set; });
     emit canUndoChanged();
     showSet(before != set ? before : sets_.empty() ? nullptr : sets_.back());
 }
@@ -301,20 +301,46 @@ void CandidatesController::keep(int row) {
 }
 
 void CandidatesController::rename(const QUrl& from, const QUrl& to) {
-    for (const SetHandle& set : sets_) {
-        for (const CandidateHandle& candidate : set->candidates) {
-            if (candidate->file != from) continue;
-            candidate->file = to;
-            list_.update(candidate);
-        }
+    for (const CandidateHandle& candidate : allCandidates()) {
+        if (candidate->file != from) continue;
+        candidate->file = to;
+        list_.update(candidate);
     }
+}
+
+void CandidatesController::fileTrashed(const QUrl& file) {
+    for (const CandidateHandle& candidate : allCandidates()) {
+        if (candidate->file != file) continue;
+        candidate->trashed = std::exchange(candidate->file, QUrl());
+        list_.update(candidate);
+    }
+}
+
+void CandidatesController::fileCameBack(const QUrl& file) {
+    for (const CandidateHandle& candidate : allCandidates()) {
+        if (candidate->trashed != file) continue;
+        candidate->trashed.clear();
+        // One that was kept anew has its newer file.
+        if (!candidate->isKept()) candidate->file = file;
+        list_.update(candidate);
+    }
+}
+
+// The discarded ones, too.
+std::vector<CandidateHandle> CandidatesController::allCandidates() const {
+    std::vector<CandidateHandle> all;
+    for (const SetHandle& set : sets_)
+        all.insert(all.end(), set->candidates.begin(), set->candidates.end());
+    for (const Discarded& entry : discarded_)
+        all.push_back(entry.candidate);
+    return all;
 }
 
 void CandidatesController::discard(int row) {
     const CandidateHandle candidate = list_.at(row);
     if (!candidate || candidate->isKept() || candidate->isBeingKept) return;
     const SetHandle& set = sets_[static_cast<std::size_t>(shown_) - 1];
-    discarded_.emplace_back(set, candidate);
+    discarded_.push_back({set, candidate, std::chrono::steady_clock::now()});
     std::erase(set->candidates, candidate);
     list_.remove(row);
     emit removed(candidate->name);
@@ -323,7 +349,9 @@ void CandidatesController::discard(int row) {
 
 bool CandidatesController::undo() {
     if (discarded_.empty()) return false;
-    const auto [set, candidate] = discarded_.back();
+    const Discarded last = discarded_.back();
+    const SetHandle& set = last.set;
+    const CandidateHandle& candidate = last.candidate;
     discarded_.pop_back();
     const auto place = std::ranges::upper_bound(set->candidates, candidate->number, {}, &Candidate::number);
     set->candidates.insert(place, candidate);
@@ -335,6 +363,12 @@ bool CandidatesController::undo() {
     }
     emit broughtBack(list_.rowOf(candidate));
     return true;
+}
+
+double CandidatesController::lastDiscarded() const {
+    return discarded_.empty()
+               ? 0
+               : std::chrono::duration<double>(discarded_.back().when.time_since_epoch()).count();
 }
 
 }  // namespace quillmere

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <QUrl>
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -81,10 +82,16 @@ public:
     // The last one that was discarded comes back, and its set with it: broughtBack tells where. False when
     // there is none.
     Q_INVOKABLE bool undo();
+    // When that one was discarded, in seconds of a clock that all undoing goes by; 0 when there is none.
+    Q_INVOKABLE [[nodiscard]] double lastDiscarded() const;
     // number: as shown.
     Q_INVOKABLE void show(int number);
     // A file that was kept has got another name.
     void rename(const QUrl& from, const QUrl& to);
+    // A file that was kept has gone to the trash: the candidate can be kept again. Or it has come back from
+    // there.
+    void fileTrashed(const QUrl& file);
+    void fileCameBack(const QUrl& file);
     // seed into the clipboard.
     Q_INVOKABLE void copySeed();
 
@@ -121,6 +128,11 @@ private:
     friend struct AppModelProbe;  // for tests
 
     using SetHandle = std::shared_ptr<CandidateSet>;
+    struct Discarded {
+        SetHandle set;
+        CandidateHandle candidate;
+        std::chrono::steady_clock::time_point when{};
+    };
 
     void start(const std::optional<CandidatesRelation>& relation);
     void begin(const std::optional<CandidatesRelation>& relation);
@@ -130,6 +142,7 @@ private:
     void ended(const SetHandle& set, int withNoise);
     void showSet(const SetHandle& set);
     void forget(const SetHandle& set);
+    [[nodiscard]] std::vector<CandidateHandle> allCandidates() const;
 
     const Links links_;
     bool hasModel_ = false;
@@ -137,8 +150,8 @@ private:
     int done_ = 0;
     std::deque<SetHandle> sets_;  // oldest first
     int shown_ = 0;
-    std::vector<std::pair<SetHandle, CandidateHandle>> discarded_;  // the last one last
-    quint64 candidates_ = 0;                                        // that there have been, for their names
+    std::vector<Discarded> discarded_;  // the last one last
+    quint64 candidates_ = 0;            // that there have been, for their names
     CandidatesModel list_;
     BackgroundTasks writing_{1};  // files get their numbers in the order in which they are wanted
     BackgroundTasks tasks_;       // last: their destructors wait for work that knows the members above

@@ -1,5 +1,6 @@
 #include "QuillmereApp/Controllers/FilesController.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "QuillmereApp/FilePath.h"
@@ -35,9 +36,21 @@ FilesController::FilesController(const Environment& environment, Preferences& pr
       preferences_(preferences),
       favourites_(preferences.value(favouritesKey).toStringList()) {}
 
-void FilesController::changed(const Change& change) {
-    changes_.push_back(change);
+void FilesController::changed(Change change) {
+    change.when = std::chrono::steady_clock::now();
+    changes_.push_back(std::move(change));
     emit canUndoChanged();
+}
+
+void FilesController::hasTrashed(Change change) {
+    const QUrl file = toUrl(change.from);
+    // The name may be another file's soon.
+    change.wasFavourite = isFavourite(file);
+    if (change.wasFavourite) setFavourite(file, false);
+    emit trashed(file);
+    emit filesChanged();
+    emit notice(QStringLiteral("In the trash: %1").arg(toQString(change.from.filename())));
+    changed(std::move(change));
 }
 
 void FilesController::trash(const QUrl& file) {
@@ -47,11 +60,7 @@ void FilesController::trash(const QUrl& file) {
             if (!place) throw Failure(Text::utf8(path.filename()) + " could not be moved to the trash.");
             return Change{.from = path, .to = *place, .isInTrash = true};
         },
-        [this](const Change& change) {
-            changed(change);
-            emit filesChanged();
-            emit notice(QStringLiteral("In the trash: %1").arg(toQString(change.from.filename())));
-        },
+        [this](Change change) { hasTrashed(std::move(change)); },
         [this](const TaskFailure& failure) { report(failure); });
 }
 
@@ -88,13 +97,32 @@ bool FilesController::undo() {
             if (!isBack)
                 throw Failure("Another file is called " + Text::utf8(change.from.filename()) + " by now.");
         },
-        [this, change] {
-            if (!change.isInTrash) tellRenamed(change.to, change.from);
-            emit filesChanged();
-            emit notice(QStringLiteral("Back again: %1").arg(toQString(change.from.filename())));
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+        [this, change] { hasTakenBack(change); },
+        [this, change](const TaskFailure& failure) { couldNotTakeBack(change, failure); });
     return true;
+}
+
+void FilesController::hasTakenBack(const Change& change) {
+    const QUrl file = toUrl(change.from);
+    if (change.isInTrash) {
+        if (change.wasFavourite) setFavourite(file, true);
+        emit cameBack(file);
+    } else {
+        tellRenamed(change.to, change.from);
+    }
+    emit filesChanged();
+    emit notice(QStringLiteral("Back again: %1").arg(toQString(change.from.filename())));
+}
+
+void FilesController::couldNotTakeBack(const Change& change, const TaskFailure& failure) {
+    changes_.insert(std::ranges::upper_bound(changes_, change.when, {}, &Change::when), change);
+    emit canUndoChanged();
+    report(failure);
+}
+
+double FilesController::lastChange() const {
+    return changes_.empty() ? 0
+                            : std::chrono::duration<double>(changes_.back().when.time_since_epoch()).count();
 }
 
 void FilesController::tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to) {

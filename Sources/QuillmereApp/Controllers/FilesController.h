@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 #include <QUrl>
+#include <chrono>
 #include <filesystem>
 #include <vector>
 
@@ -31,9 +32,11 @@ public:
     // Gives the file another name in its folder, in the background; ".wav" is added where it is missing. A
     // name that is taken, or is none, ends as an error.
     void rename(const QUrl& file, const QString& name);
-    // What was done last, of these two, is taken back, unless the file's name is another one's by now. False
-    // when there is nothing.
+    // What was done last, of these two, is taken back. Where the file's name is another one's by now, it can
+    // be tried again later. False when there is nothing.
     Q_INVOKABLE bool undo();
+    // When that was done, in seconds of a clock that all undoing goes by; 0 when there is nothing.
+    Q_INVOKABLE [[nodiscard]] double lastChange() const;
 
     [[nodiscard]] bool canUndo() const { return !changes_.empty(); }
     [[nodiscard]] bool isFavourite(const QUrl& file) const;
@@ -43,6 +46,9 @@ signals:
     void canUndoChanged();
     // A file has gone or has come back.
     void filesChanged();
+    // Before filesChanged: which.
+    void trashed(const QUrl& file);
+    void cameBack(const QUrl& file);
     void renamed(const QUrl& from, const QUrl& to);
     void favouritesChanged();
 
@@ -53,13 +59,18 @@ private:
         std::filesystem::path from;
         std::filesystem::path to;  // where the file is now
         bool isInTrash = false;
+        bool wasFavourite = false;
+        std::chrono::steady_clock::time_point when{};  // it was done
     };
 
-    void changed(const Change& change);
+    void changed(Change change);
+    void hasTrashed(Change change);
+    void hasTakenBack(const Change& change);
+    void couldNotTakeBack(const Change& change, const TaskFailure& failure);
     void tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to);
 
     Preferences& preferences_;
-    std::vector<Change> changes_;  // the last one last
+    std::vector<Change> changes_;  // in their order
     QStringList favourites_;       // paths, the newest first
     BackgroundTasks tasks_{1};  // in order. Last: its destructor waits for work that knows the members above
 };

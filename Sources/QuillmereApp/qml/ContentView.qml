@@ -63,9 +63,18 @@ FocusScope {
     }
     // Of what has the keyboard: the sounds, with the inspector, or the parameters.
     function undo() {
-        if (strip.visible && (strip.hasKeyboard || inspectorPane.activeFocus) && (strip.discarded() || app.files.undo()))
+        const ofSounds = strip.hasKeyboard || inspectorPane.activeFocus || mapView.activeFocus;
+        if (strip.visible && ofSounds && takeBack())
             return;
-        app.character.undo();
+        // Nothing changes that nobody sees.
+        if (character.visible)
+            app.character.undo();
+    }
+    // The newer one first: a candidate that was discarded, or what was done to a file.
+    function takeBack(): bool {
+        if (app.candidates.lastDiscarded() > app.files.lastChange())
+            return strip.discarded() || app.files.undo();
+        return app.files.undo() || strip.discarded();
     }
     function toggleInspector() {
         strip.toggleInspector();

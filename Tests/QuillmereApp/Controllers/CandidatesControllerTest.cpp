@@ -385,6 +385,43 @@ private slots:
 
     // ---- Cancelling
 
+    // Its name is free then, and another candidate may get it.
+    void whatIsInTheTrashCanBeKeptAgain() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        keepAndWait(studio, 2);
+        const QUrl first = toUrl(studio.kept.back().url);
+        QVERIFY(QFile::remove(first.toLocalFile()));
+        studio.candidates.fileTrashed(first);
+        QVERIFY(!studio.value(2, CandidatesModel::IsKeptRole).toBool());
+        keepAndWait(studio, 5);
+        QCOMPARE(toUrl(studio.kept.back().url), first);
+        keepAndWait(studio, 2);
+        const QUrl second = toUrl(studio.kept.back().url);
+        QVERIFY(second != first);
+        // The one that was kept anew has its newer file.
+        studio.candidates.fileCameBack(first);
+        QCOMPARE(studio.candidates.list()->at(2)->file, second);
+        QCOMPARE(studio.candidates.list()->at(5)->file, first);
+    }
+
+    void whatComesBackFromTheTrashIsKept() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        keepAndWait(studio, 0);
+        const QUrl file = toUrl(studio.kept.back().url);
+        studio.candidates.fileTrashed(file);
+        studio.candidates.discard(0);
+        QVERIFY(studio.candidates.lastDiscarded() > 0);
+        studio.candidates.fileCameBack(file);
+        QVERIFY(studio.candidates.undo());
+        QCOMPARE(studio.candidates.list()->at(0)->file, file);
+        QVERIFY(studio.value(0, CandidatesModel::IsKeptRole).toBool());
+        QCOMPARE(studio.candidates.lastDiscarded(), 0.0);
+    }
+
     void aCancelledSetKeepsWhatHasCome() {
         TestWorld world;
         Gate gate;

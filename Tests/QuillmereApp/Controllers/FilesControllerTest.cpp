@@ -64,6 +64,50 @@ private slots:
         QVERIFY(files.undo());
         QTRY_COMPARE(told.error, QStringLiteral("Another file is called a.wav by now."));
         QCOMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("another"));
+        // What could not come back yet can come later, before what was done earlier.
+        QVERIFY(files.canUndo());
+        QVERIFY(QFile::remove(world.path("out/a.wav")));
+        QVERIFY(files.undo());
+        QTRY_COMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("one"));
+        QTRY_VERIFY(!files.canUndo());
+    }
+
+    void whatCouldNotComeBackKeepsItsPlace() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        QCOMPARE(files.lastChange(), 0.0);
+        for (const char* name : {"a", "b"}) {
+            const QString file = QStringLiteral("out/%1.wav").arg(name);
+            TestWorld::write(world.path(file), name);
+            const double before = files.lastChange();
+            files.trash(world.url(file));
+            QTRY_VERIFY(files.lastChange() > before);
+        }
+        TestWorld::write(world.path("out/b.wav"), "another");
+        QVERIFY(files.undo());
+        QTRY_COMPARE(told.error, QStringLiteral("Another file is called b.wav by now."));
+        QVERIFY(QFile::remove(world.path("out/b.wav")));
+        QVERIFY(files.undo());
+        QTRY_COMPARE(TestWorld::read(world.path("out/b.wav")), QByteArray("b"));
+        QVERIFY(files.undo());
+        QTRY_COMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("a"));
+    }
+
+    // The name may be another sound's by then.
+    void aFavouriteInTheTrashIsNone() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const QUrl file = world.url("out/a.wav");
+        TestWorld::write(world.path("out/a.wav"), "one");
+        files.setFavourite(file, true);
+        files.trash(file);
+        QTRY_VERIFY(files.canUndo());
+        QVERIFY(!files.isFavourite(file));
+        QVERIFY(files.undo());
+        QTRY_VERIFY(files.isFavourite(file));
     }
 
     // ---- Names

@@ -220,6 +220,25 @@ WindowCase {
         tryVerify(() => item("tile-0").exists, limit);
         verifySeen("Back again: Drums_var_0001.wav");
     }
+    function test_theNewestIsTakenBackFirst() {
+        openedOnCandidates();
+        focusOn("candidates");
+        keyClick(Qt.Key_K);
+        tryCompare(app.generation.results, "count", 1, limit);
+        keyClick(Qt.Key_Right);
+        keyClick(Qt.Key_X);
+        tryCompare(app.candidates.list, "count", 11, limit);
+        keyClick(Qt.Key_Left);
+        tryCompare(app.inspector, "title", "Drums_var_0001.wav", limit);
+        mouseClick(item("trashInspected"));
+        tryCompare(app.files, "canUndo", true, limit);
+        focusOn("candidates");
+        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        verifySeen("Back again: Drums_var_0001.wav");
+        compare(app.candidates.list.count, 11);
+        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        tryCompare(app.candidates.list, "count", 12, limit);
+    }
     function test_renames() {
         opened(2);
         keyClick(Qt.Key_F2);
