@@ -235,7 +235,10 @@ void InspectorController::playInTurn(int key) {
 // ---- What can be made of it
 
 std::optional<Recipe> InspectorController::recipe() const {
-    return hasRecipe() ? std::optional(makeRecipe(subject_->origin, *subject_->base)) : std::nullopt;
+    if (!hasRecipe()) return std::nullopt;
+    // A candidate that was kept meanwhile has its file's format.
+    const auto& base = subject_->candidate ? subject_->candidate->base : subject_->base;
+    return makeRecipe(subject_->origin, *base);
 }
 
 void InspectorController::wish(CandidatesRelation::Way way) {
