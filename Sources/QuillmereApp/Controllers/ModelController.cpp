@@ -94,7 +94,7 @@ struct ModelController::Trained {
     std::filesystem::path folder{};  // where the model belongs
     std::shared_ptr<SampleGenerator> generator{};
     std::optional<TaskFailure> storingFailure{};  // there when unstored is
-    std::optional<Unstored> unstored{};
+    std::optional<Unstored> unstored{};           // its generator is that above
 };
 
 ModelController::ModelController(const Environment& environment, ComputeDevices& devices)
@@ -131,7 +131,7 @@ void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
     generatorDevice_ = std::move(device);
     if (generator_) cancelPreview();
     emit bundleChanged();
-    setUnstored(std::nullopt);
+    emit isUnstoredChanged();  // its text
     setProblem({}, false);
     assign(*this, isLoading_, false, &ModelController::isLoadingChanged);
     for (const auto& waiting : std::exchange(whenLoaded_, {}))
@@ -139,14 +139,28 @@ void ModelController::setGenerator(std::shared_ptr<SampleGenerator> generator,
 }
 
 void ModelController::forget() {
-    storeAgain();  // the last opportunity
+    storeAgain();  // no better opportunity will come; if it fails, it can be tried again
     setGenerator(nullptr);
 }
 
-void ModelController::setUnstored(std::optional<Unstored> unstored) {
-    const bool was = isUnstored();
-    unstored_ = std::move(unstored);
-    if (was != isUnstored()) emit isUnstoredChanged();
+void ModelController::addUnstored(Unstored unstored) {
+    unstored_.push_back(std::move(unstored));
+    emit isUnstoredChanged();
+}
+
+void ModelController::removeUnstored(const std::filesystem::path& folder) {
+    if (std::erase_if(unstored_, [&](const Unstored& unstored) { return unstored.folder == folder; }) > 0)
+        emit isUnstoredChanged();
+}
+
+QString ModelController::unstoredText() const {
+    if (!isUnstored()) return {};
+    const Unstored& newest = unstored_.back();
+    if (newest.generator == generator_)
+        return QStringLiteral(
+            "This model is not stored yet. You can use it, but it is lost when the program ends.");
+    return QStringLiteral("The model of %1 is not stored yet. It is lost when the program ends.")
+        .arg(QString::fromStdString(newest.generator->bundle().metadata.corpusName));
 }
 
 void ModelController::storeAgain() {
@@ -154,19 +168,25 @@ void ModelController::storeAgain() {
     assign(*this, isStoring_, true, &ModelController::isStoringChanged);
     emit errorRaised({});
     tasks_.run(
-        [generator = generator_, unstored = *unstored_, cancel = storeCancel_.token()] {
-            ModelStore::replace(generator->bundle(), unstored.folder, cancel, ModelStore::storingPatience,
-                                unstored.former);
+        [unstored = unstored_.back(), cancel = storeCancel_.token()] {
+            ModelStore::replace(unstored.generator->bundle(), unstored.folder, cancel,
+                                ModelStore::storingPatience, unstored.former);
         },
-        [this, model = load_] {
-            assign(*this, isStoring_, false, &ModelController::isStoringChanged);
-            if (model == load_) setUnstored(std::nullopt);
-            emit notice(QStringLiteral("The model is stored."));
-        },
+        [this, stored = unstored_.back()] { hasStored(stored); },
         [this](const TaskFailure& failure) {
             assign(*this, isStoring_, false, &ModelController::isStoringChanged);
             report(failure);
         });
+}
+
+void ModelController::hasStored(const Unstored& stored) {
+    assign(*this, isStoring_, false, &ModelController::isStoringChanged);
+    // Unless the folder has been learned anew meanwhile.
+    if (std::erase_if(unstored_, [&](const Unstored& other) { return other.generator == stored.generator; }) >
+        0)
+        emit isUnstoredChanged();
+    emit notice(QStringLiteral("The model is stored."));
+    storeAgain();  // the others
 }
 
 void ModelController::setProblem(const QString& problem, bool isUnopened) {
@@ -370,15 +390,18 @@ ModelController::Trained ModelController::learn(const Training& training) {
     Trained trained;
     trained.folder = folder;
     trained.storingFailure = whyNotStored(bundle, folder, training.cancel, training.former);
-    if (trained.storingFailure) trained.unstored = Unstored{.folder = folder, .former = training.former};
+    if (trained.storingFailure)
+        trained.unstored = Unstored{.generator = nullptr, .folder = folder, .former = training.former};
     trained.generator = makeGenerator(std::move(bundle), &summary, backend);
+    if (trained.unstored) trained.unstored->generator = trained.generator;
     return trained;
 }
 
 void ModelController::learned(Trained trained, const std::shared_ptr<network::ChosenDevice>& device) {
     folder_ = trained.folder;
     setGenerator(std::move(trained.generator), device);
-    setUnstored(std::move(trained.unstored));
+    removeUnstored(folder_);
+    if (trained.unstored) addUnstored(*std::move(trained.unstored));
     trained.storingFailure ? report(*trained.storingFailure) : emit trainingFinished();
 }
 

@@ -41,6 +41,8 @@ class ModelController : public Controller {
     Q_PROPERTY(bool isUnopened READ isUnopened NOTIFY problemChanged)
     // The model could not be stored: it is in use, and lost when the program ends.
     Q_PROPERTY(bool isUnstored READ isUnstored NOTIFY isUnstoredChanged)
+    Q_PROPERTY(QString unstoredText READ unstoredText NOTIFY
+                   isUnstoredChanged)                                  // what is not stored, and what follows
     Q_PROPERTY(bool isStoring READ isStoring NOTIFY isStoringChanged)  // again
     // ---- Pickers: the index counts in the lists of labels.
     Q_PROPERTY(QStringList qualityLabels READ qualityLabels CONSTANT)
@@ -133,7 +135,8 @@ public:
     [[nodiscard]] QString trainedQuality() const;
     [[nodiscard]] QString problem() const { return problem_; }
     [[nodiscard]] bool isUnopened() const { return isUnopened_; }
-    [[nodiscard]] bool isUnstored() const { return unstored_.has_value(); }
+    [[nodiscard]] bool isUnstored() const { return !unstored_.empty(); }
+    [[nodiscard]] QString unstoredText() const;
     [[nodiscard]] bool isStoring() const { return isStoring_; }
 
     [[nodiscard]] QStringList qualityLabels() const;
@@ -191,8 +194,9 @@ private:
 
     struct Trained;
     struct Training;
-    // Where a model belongs that could not be stored, and what becomes of the one that is there.
+    // A model that could not be stored, where it belongs, and what becomes of the one that is there.
     struct Unstored {
+        std::shared_ptr<SampleGenerator> generator;
         std::filesystem::path folder;
         ModelStore::Former former;
     };
@@ -211,7 +215,9 @@ private:
     [[nodiscard]] TrainingOrder trainingOrder();
     [[nodiscard]] Trained learn(const Training& training);
     void learned(Trained trained, const std::shared_ptr<network::ChosenDevice>& device);
-    void setUnstored(std::optional<Unstored> unstored);
+    void addUnstored(Unstored unstored);
+    void removeUnstored(const std::filesystem::path& folder);
+    void hasStored(const Unstored& stored);
     void tellOfStart(const QString& problem);
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);
@@ -226,7 +232,7 @@ private:
     std::shared_ptr<network::ChosenDevice> generatorDevice_;  // generator_ was compiled for
     QString problem_;
     bool isUnopened_ = false;
-    std::optional<Unstored> unstored_;  // generator_
+    std::vector<Unstored> unstored_;  // one for each folder, the newest last
     bool isStoring_ = false;
     std::filesystem::path folder_;  // of the newest load or training
     Quality quality_ = Quality::standard;

@@ -22,7 +22,8 @@ Dialog {
             dialog.close();
         }
         function onIsUnstoredChanged() {
-            dialog.close();
+            if (!dialog.app.model.isUnstored)
+                dialog.close();
         }
     }
     Column {
@@ -31,7 +32,7 @@ Dialog {
 
         Label {
             width: parent.width
-            text: dialog.learns ? "The model is still being learned. When the window closes, what it has learned so far is lost." : "The model of this folder could not be stored. When the window closes, what it has learned is lost."
+            text: dialog.learns ? "The model is still being learned. When the window closes, what it has learned so far is lost." : "A model could not be stored. When the window closes, what it has learned is lost."
             color: Theme.secondary
         }
         Row {

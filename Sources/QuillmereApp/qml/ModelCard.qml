@@ -96,7 +96,7 @@ Card {
         width: card.bodyWidth
         visible: card.idle && card.app.model.isUnstored
         iconName: "exclamationmark.triangle.fill"
-        text: "This model is not stored yet. You can use it, but it is lost when the program ends."
+        text: card.app.model.unstoredText
         ink: Theme.warning
         textColor: Theme.text
     }

@@ -559,9 +559,38 @@ private slots:
         QFile::remove(root);
         const auto folder = ModelStore::directory(*learner.summary, learner.root);
         model.forget();
-        QVERIFY(!model.isReady() && !model.isUnstored());
+        QVERIFY(!model.isReady());
         QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(!model.isUnstored());
         QVERIFY(ModelStore::isStored(folder));
+    }
+
+    void aModelThatCannotBeStoredEvenThenIsNotLost() {
+        TestWorld world;
+        world.steps = 5;
+        const QString root = toQString(world.environment.modelsRoot);
+        world.inTheMidst(Run::training, 1, [&] {
+            QDir(root).removeRecursively();
+            TestWorld::write(root, "a file where the folder was");
+        });
+        Learner learner(world);
+        ModelController& model = learner.model;
+        learner.open(world.makeCorpus("corpus"));
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        const auto folder = ModelStore::directory(*learner.summary, learner.root);
+        const auto weights = model.bundle()->weights;
+        model.forget();
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(!model.isReady() && model.isUnstored());
+        QCOMPARE(model.unstoredText(),
+                 QStringLiteral("The model of corpus is not stored yet. It is lost when the program ends."));
+        // Tried again whenever a folder is chosen.
+        QFile::remove(root);
+        model.forget();
+        QVERIFY(QTest::qWaitFor([&] { return !model.isUnstored(); }, 30000));
+        QVERIFY(ModelStore::open(folder).weights == weights);
+        QCOMPARE(model.unstoredText(), QString());
     }
 
     void reportsAModelThatCannotBeStored() {
