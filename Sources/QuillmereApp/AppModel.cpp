@@ -67,9 +67,14 @@ void AppModel::openModel(const QUrl& corpus, const std::filesystem::path& folder
     wantedModel_ = folder;
 }
 
-void AppModel::openWantedModel() {
-    if (wantedModel_.empty()) return;
-    model_.load(std::exchange(wantedModel_, {}));
+// The model of the folder as it is now, if there is one; before it the one that was asked for by its own
+// place.
+void AppModel::openStoredModel(const std::filesystem::path& ofTheFolder) {
+    const std::filesystem::path wanted = std::exchange(wantedModel_, {});
+    const std::filesystem::path& found = wanted.empty() ? ofTheFolder : wanted;
+    if (found.empty()) return;
+    model_.load(found);
+    if (found == ofTheFolder) return;
     emit notice(QStringLiteral(
         "The folder has changed since this model was learned. Retrain to learn it as it is now."));
 }

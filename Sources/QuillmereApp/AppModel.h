@@ -184,7 +184,7 @@ private:
     void subjectChanged();
     void mapResults();
     void openModel(const QUrl& corpus, const std::filesystem::path& folder);
-    void openWantedModel();
+    void openStoredModel(const std::filesystem::path& ofTheFolder);
     void activityOfControllersChanged();
     void cancelAll();
     void setError(const QString& message);

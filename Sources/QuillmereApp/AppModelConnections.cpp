@@ -27,8 +27,8 @@ void AppModel::connectCorpusAndModel() {
     });
     connect(&corpus_, &CorpusController::scanStarted, &model_, &ModelController::forget);
     connect(&corpus_, &CorpusController::summaryChanged, this, &AppModel::corpusChanged);
-    connect(&corpus_, &CorpusController::storedModelFound, &model_, &ModelController::load);
-    connect(&corpus_, &CorpusController::noStoredModelFound, this, &AppModel::openWantedModel);
+    connect(&corpus_, &CorpusController::storedModelFound, this, &AppModel::openStoredModel);
+    connect(&corpus_, &CorpusController::noStoredModelFound, this, [this] { openStoredModel({}); });
     connect(&models_, &ModelsController::openRequested, this, &AppModel::openModel);
     connect(&model_, &ModelController::bundleChanged, this,
             [this] { models_.setOpen(model_.storedFolder()); });

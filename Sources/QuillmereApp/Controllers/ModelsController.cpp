@@ -89,7 +89,7 @@ const ModelsController::Entry* ModelsController::at(int row) const {
 
 void ModelsController::open(int row) {
     const Entry* const entry = at(row);
-    if (!entry || !entry->metadata()) return;
+    if (!entry || !entry->metadata() || entry->stored.folder == open_) return;
     if (activity().isTraining || activity().isGenerating) {
         emit notice(Activity::waitNotice());
         return;
@@ -110,8 +110,10 @@ void ModelsController::open(int row) {
 void ModelsController::remove(int row) {
     const Entry* const entry = at(row);
     if (!entry || entry->stored.folder == open_) return;
+    const std::filesystem::path folder = entry->stored.folder;
+    if (!leaving_.insert(folder).second) return;
     tasks_.run(
-        [folder = entry->stored.folder, trash = environment().moveToTrash] {
+        [folder, trash = environment().moveToTrash] {
             const std::optional<std::filesystem::path> inTrash = trash(folder);
             if (!inTrash)
                 throw Failure(
@@ -120,26 +122,34 @@ void ModelsController::remove(int row) {
             return *inTrash;
         },
         [this, removed = *entry](const std::filesystem::path& inTrash) {
-            removed_ = Removed{.entry = removed, .inTrash = inTrash};
+            leaving_.erase(removed.stored.folder);
+            removed_.push_back({.entry = removed, .inTrash = inTrash});
             std::erase_if(entries_,
                           [&](const Entry& other) { return other.stored.folder == removed.stored.folder; });
             emit modelsChanged();
         },
-        [this](const TaskFailure& failure) { report(failure); });
+        [this, folder](const TaskFailure& failure) {
+            leaving_.erase(folder);
+            report(failure);
+        });
 }
 
 void ModelsController::restore() {
-    if (!removed_) return;
+    if (removed_.empty()) return;
+    const Removed last = removed_.back();
+    removed_.pop_back();
+    emit modelsChanged();
     tasks_.run(
-        [from = removed_->inTrash, to = removed_->entry.stored.folder] {
+        [from = last.inTrash, to = last.entry.stored.folder] {
             // Never over a model that has been learned meanwhile.
             if (!Trash::restore(from, to)) throw FileError(to, std::make_error_code(std::errc::file_exists));
         },
-        [this] {
-            removed_.reset();
-            look();
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+        [this] { look(); },
+        [this, last](const TaskFailure& failure) {
+            removed_.push_back(last);
+            emit modelsChanged();
+            report(failure);
+        });
 }
 
 // ---- Values
@@ -155,7 +165,8 @@ QVariantList ModelsController::models() const {
             {QStringLiteral("detail"), metadata ? detailOf(*metadata) : QString()},
             {QStringLiteral("sizeText"), ModelText::size(entry.stored.bytes + entry.stored.remains)},
             {QStringLiteral("problem"), metadata ? QString() : std::get<QString>(entry.content)},
-            {QStringLiteral("isOpen"), entry.stored.folder == open_}});
+            {QStringLiteral("isOpen"), entry.stored.folder == open_},
+            {QStringLiteral("folder"), toQString(entry.stored.folder)}});
     }
     return rows;
 }
@@ -170,7 +181,7 @@ QString ModelsController::totalText() const {
 }
 
 QString ModelsController::removedName() const {
-    return removed_ ? removed_->entry.name() : QString();
+    return removed_.empty() ? QString() : removed_.back().entry.name();
 }
 
 }  // namespace quillmere

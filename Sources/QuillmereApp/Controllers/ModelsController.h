@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 #include <variant>
 #include <vector>
 
@@ -22,7 +23,7 @@ class ModelsController : public Controller {
     QML_UNCREATABLE("AppModel owns it")
     Q_PROPERTY(bool isLooking READ isLooking NOTIFY isLookingChanged)
     // The newest first, then those that cannot be used: {name, path, detail, sizeText, problem (why it cannot
-    // be used, or empty), isOpen (it is in use now)}
+    // be used, or empty), isOpen (it is in use now), folder (it is stored in; each has its own)}
     Q_PROPERTY(QVariantList models READ models NOTIFY modelsChanged)
     Q_PROPERTY(QString totalText READ totalText NOTIFY modelsChanged)  // "3 models, 18.4 MB"
     Q_PROPERTY(
@@ -37,12 +38,12 @@ public:
 
     // Looks for the models.
     Q_INVOKABLE void look();
-    // Opens the folder of a row of models, with that model. Refused while training or generating, for one
-    // that cannot be used, and where the folder is gone.
+    // Opens the folder of a row of models, with that model, unless it is in use. Refused while training or
+    // generating, for one that cannot be used, and where the folder is gone.
     Q_INVOKABLE void open(int row);
-    // Moves the model of a row to the desktop's trash, unless it is in use.
+    // Moves the model of a row to the desktop's trash, unless it is in use or on its way there.
     Q_INVOKABLE void remove(int row);
-    // Brings back what remove has moved last.
+    // Brings back what remove has moved last; then what it has moved before.
     Q_INVOKABLE void restore();
 
     [[nodiscard]] bool isLooking() const { return isLooking_; }
@@ -79,8 +80,9 @@ private:
     bool isLooking_ = false;
     quint64 look_ = 0;  // number of the newest look
     std::vector<Entry> entries_;
-    std::optional<Removed> removed_;
-    CancelFlag closing_;     // ends a look
+    std::set<std::filesystem::path> leaving_;  // on their way to the trash
+    std::vector<Removed> removed_;             // the last one last
+    CancelFlag closing_;                       // ends a look
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

@@ -94,7 +94,7 @@ Sheet {
             title: name
             value: (durationText.length > 0 ? durationText + "   " : "") + use
             valueColor: sheet.colorOf(use)
-            selected: ListView.isCurrentItem && list.activeFocus
+            selected: index === list.currentIndex && list.activeFocus
             onActiveFocusChanged: if (activeFocus)
                 list.currentIndex = index
         }

@@ -47,14 +47,27 @@ Sheet {
         boundsBehavior: Flickable.StopAtBounds
         activeFocusOnTab: true
         keyNavigationEnabled: true
-        model: sheet.stored.models
+
+        // Whatever comes and goes, the row stays that of its model; or, when that goes, that of the next one.
+        readonly property var models: sheet.stored.models
+        onModelsChanged: {
+            const row = Math.max(0, currentIndex);
+            const folder = model && row < model.length ? model[row].folder : "";
+            model = models;
+            const found = models.findIndex(stored => stored.folder === folder);
+            currentIndex = found >= 0 ? found : Math.min(row, models.length - 1);
+        }
 
         Accessible.role: Accessible.List
         Accessible.name: "Stored models"
 
         Keys.onReturnPressed: sheet.openRow(currentIndex)
         Keys.onEnterPressed: sheet.openRow(currentIndex)
-        Keys.onDeletePressed: sheet.stored.remove(currentIndex)
+        // One press, one model.
+        Keys.onDeletePressed: event => {
+            if (!event.isAutoRepeat)
+                sheet.stored.remove(currentIndex);
+        }
 
         delegate: Entry {
         }
@@ -75,9 +88,9 @@ Sheet {
         width: list.width - (bar.visible ? Theme.between : 0)
         height: texts.height + 2 * Theme.inner
         radius: Theme.controlRadius
-        color: hover.hovered || (list.activeFocus && ListView.isCurrentItem) ? Theme.controlHover : Theme.control
-        border.width: list.activeFocus && ListView.isCurrentItem ? 2 : 1
-        border.color: list.activeFocus && ListView.isCurrentItem ? Theme.accent : Theme.line
+        color: hover.hovered || (list.activeFocus && index === list.currentIndex) ? Theme.controlHover : Theme.control
+        border.width: list.activeFocus && index === list.currentIndex ? 2 : 1
+        border.color: list.activeFocus && index === list.currentIndex ? Theme.accent : Theme.line
 
         Accessible.role: Accessible.ListItem
         Accessible.name: modelData.name

@@ -149,6 +149,61 @@ private slots:
         QCOMPARE(two.models().removedName(), QString());
     }
 
+    void bringsBackOneAfterTheOther() {
+        TwoModels two;
+        prepareTrained(two.app, two.world.makeCorpus("Third", 5));
+        two.models().look();
+        QVERIFY(waitUntilSeen(two.models()));
+        for (const char* name : {"First", "Second"}) {
+            two.models().remove(two.row(name));
+            two.models().remove(two.row(name));  // on its way already
+            QVERIFY(QTest::qWaitFor([&] { return two.row(name) < 0; }, 30000));
+        }
+        AppModelProbe::waitForWork(two.models());
+        deliverEvents();
+        QCOMPARE(two.app.errorMessage(), QString());
+        QCOMPARE(two.models().removedName(), QStringLiteral("Second"));
+        two.models().restore();
+        QVERIFY(QTest::qWaitFor([&] { return two.row("Second") >= 0; }, 30000));
+        QCOMPARE(two.models().removedName(), QStringLiteral("First"));
+        two.models().restore();
+        QVERIFY(QTest::qWaitFor([&] { return two.row("First") >= 0; }, 30000));
+        QCOMPARE(two.models().removedName(), QString());
+    }
+
+    // A folder that got samples and was learned again has two.
+    void opensTheModelThatWasAskedFor() {
+        TwoModels two;
+        QFile::copy(two.world.path("First/hit0.wav"), two.world.path("First/one more.wav"));
+        prepareTrained(two.app, two.world.url("First"));
+        prepareTrained(two.app, two.world.url("Second"));
+        two.models().look();
+        QVERIFY(waitUntilSeen(two.models()));
+        int older = -1;
+        for (int row = 0; row < 3; ++row) {
+            if (at(two.models(), row).value("detail").toString().startsWith("3 samples")) older = row;
+        }
+        QCOMPARE(at(two.models(), older).value("name").toString(), QStringLiteral("First"));
+        two.models().open(older);
+        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, 30000));
+        QVERIFY(waitUntilIdle(two.app));
+        QCOMPARE(two.app.bundle()->metadata.clipNames.size(), 3U);
+        // Scanned again, the folder has the model of its present samples.
+        two.app.corpus()->scanAgain();
+        QVERIFY(waitUntilIdle(two.app));
+        QCOMPARE(two.app.bundle()->metadata.clipNames.size(), 4U);
+    }
+
+    void theOneThatIsInUseStaysOpen() {
+        TwoModels two;
+        const auto generator = two.app.bundle();
+        two.models().open(two.row("Second"));
+        AppModelProbe::waitForWork(two.models());
+        deliverEvents();
+        QVERIFY(!two.app.corpus()->isScanning());
+        QCOMPARE(two.app.bundle(), generator);
+    }
+
     void keepsTheOneThatIsInUse() {
         TwoModels two;
         two.models().remove(two.row("Second"));
