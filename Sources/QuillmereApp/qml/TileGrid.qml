@@ -18,6 +18,9 @@ GridView {
     // A key has made another tile the current one.
     signal moved
 
+    function showCurrent() {
+        positionViewAtIndex(currentIndex, GridView.Contain);
+    }
     function go(key: int): bool {
         const page = inRows ? columns * Math.max(1, Math.floor(height / cellHeight)) : columns;
         if (key === Qt.Key_Left)
@@ -54,6 +57,9 @@ GridView {
     Accessible.role: Accessible.List
     Accessible.name: label
 
+    // Whatever becomes of the room, the current tile stays in sight.
+    onWidthChanged: Qt.callLater(showCurrent)
+    onInRowsChanged: Qt.callLater(showCurrent)
     onCountChanged: currentIndex = Math.min(count - 1, Math.max(0, currentIndex))
     Keys.onPressed: event => {
         const before = currentIndex;
