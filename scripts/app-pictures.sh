@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Takes the pictures of the window in every state for docs/pictures (app-*.png): some minutes. Arguments:
-# beginnings of names, for only these pictures.
+# Takes the pictures of the window in every state for docs/pictures (app-*.png), and makes a film of four of them: some
+# minutes. Arguments: beginnings of names, for only these pictures.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,3 +18,8 @@ if (($# == 0)); then
     QT_SCALE_FACTOR=2 "$pictures" "$folder" results-1080p
     convert "$folder/app-results-1080p.png" -strip +dither -colors 255 PNG8:docs/pictures/app-results-4k.png
 fi
+
+# From a folder to a sound that is kept.
+cd docs/pictures
+convert -delay 250 -loop 0 app-untrained-dark.png app-candidates-dark.png app-inspector-dark.png app-kept-dark.png \
+    +dither -layers Optimize app-film.gif

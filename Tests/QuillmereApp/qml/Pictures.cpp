@@ -269,6 +269,9 @@ private:
         take(QStringLiteral("inspector-1080p"), {1920, 1080});
         take(QStringLiteral("inspector-narrow"), {640, 1600});
         take(QStringLiteral("inspector-small"), {800, 600});
+        app_->candidates()->keep(4);
+        waitFor([&] { return inspector.isFile(); });
+        take(QStringLiteral("kept-dark"));
         inspector.setOpen(false);
     }
     void map() {
