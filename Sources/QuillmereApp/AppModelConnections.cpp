@@ -131,7 +131,7 @@ CandidatesController::Links AppModel::candidatesLinks() {
         .whenModelIsLoaded = [this](auto returned) { model_.whenLoaded(std::move(returned)); },
         .outputFolder =
             [this] {
-                const auto folder = output_.folder();
+                auto folder = output_.folder();
                 if (folder) output_.remember(*folder);
                 return folder;
             },
