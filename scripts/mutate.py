@@ -14,6 +14,7 @@ import argparse
 import pathlib
 import random
 import re
+import resource
 import shutil
 import subprocess
 import sys
@@ -23,6 +24,9 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 COPY = ROOT / "build" / "mutate" / "tree"
 BUILD = COPY / "build" / "no-window"
 CORE = "Sources/QuillmereCore/"
+# Of the processor and of address space; many times what any of the tests needs.
+TEST_SECONDS = 120
+TEST_BYTES = 8 << 30
 
 # What is broken, and the programs that should notice.
 SUBJECTS = {
@@ -95,21 +99,24 @@ def copy_tree():
         shutil.copy(source, target)
 
 
-def run(command, limit=600):
-    try:
-        return subprocess.run(command, cwd=COPY, capture_output=True, timeout=limit, check=False).returncode
-    except subprocess.TimeoutExpired:
-        return -1  # a mutant that never ends is noticed, too
+def run(command, **options):
+    return subprocess.run(command, cwd=COPY, capture_output=True, check=False, **options).returncode
+
+
+# A mutant that never ends, or takes ever more memory, is noticed, too.
+def limit_test():
+    resource.setrlimit(resource.RLIMIT_CPU, (TEST_SECONDS, TEST_SECONDS))
+    resource.setrlimit(resource.RLIMIT_AS, (TEST_BYTES, TEST_BYTES))
 
 
 def build(programs, jobs):
-    return run(["cmake", "--build", str(BUILD), f"-j{jobs}", "--target", *programs], 3600) == 0
+    return run(["cmake", "--build", str(BUILD), f"-j{jobs}", "--target", *programs]) == 0
 
 
 def is_noticed(programs):
     for program in programs:
         binary = next(path for path in BUILD.glob(f"Tests/**/{program}") if path.is_file())
-        if run([str(binary), "--gtest_brief=1"], 300) != 0:
+        if run([str(binary), "--gtest_brief=1"], preexec_fn=limit_test) != 0:
             return True
     return False
 
