@@ -180,14 +180,15 @@ void GenerationController::ended(Ended run, const QUrl& folder) {
     }
 }
 
-void GenerationController::addKept(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base) {
-    keptBases_.insert(toUrl(sample.url), std::move(base));
+void GenerationController::addKept(const GeneratedSample& sample,
+                                   const std::shared_ptr<const RecipeBase>& base) {
+    keptBases_.insert(toUrl(sample.url), base);
     results_.add(sample);
 }
 
 void GenerationController::rename(const QUrl& from, const QUrl& to) {
     results_.rename(from, to);
-    if (auto base = keptBases_.take(from)) keptBases_.insert(to, std::move(base));
+    if (const auto base = keptBases_.take(from)) keptBases_.insert(to, base);
 }
 
 std::shared_ptr<const RecipeBase> GenerationController::baseOf(const QUrl& result) const {

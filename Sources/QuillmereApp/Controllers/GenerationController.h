@@ -93,7 +93,7 @@ public:
     // something else runs.
     void auditionAt(Origin origin);
     // A file that was kept joins the results.
-    void addKept(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base);
+    void addKept(const GeneratedSample& sample, const std::shared_ptr<const RecipeBase>& base);
     // A result has got another name.
     void rename(const QUrl& from, const QUrl& to);
     // Of the recipe of a result; null where it is none of them.
