@@ -21,7 +21,7 @@ QString stepsText(const ModelMetadata& metadata) {
 }  // namespace
 
 QString ModelText::effort(const ModelMetadata& metadata) {
-    const QString steps = stepsText(metadata);
+    QString steps = stepsText(metadata);
     if (!metadata.start) return steps;
     return steps + (metadata.start->kind == ModelStart::Kind::headStart
                         ? QStringLiteral(" from a head start")

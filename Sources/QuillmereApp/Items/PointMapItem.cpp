@@ -20,7 +20,7 @@ constexpr double margin = 28;  // pixels around all points
 // How much of each pixel a disc covers that stands in the middle of the square, in 255ths.
 struct Stamp {
     explicit Stamp(double radius) : side(2 * static_cast<int>(std::ceil(radius + 1)) + 1) {
-        const double middle = side / 2;
+        const int middle = side / 2;
         for (int y = 0; y < side; ++y) {
             for (int x = 0; x < side; ++x) {
                 const double distance = std::hypot(x - middle, y - middle);
