@@ -5,8 +5,9 @@
 
 namespace quillmere {
 
-// The program's own windows, which Qt Quick draws. A dialog of the platform is none of them; one that Qt draws for a
-// platform without dialogs is (since Qt 6.8; before that it was drawn into the window that asked for it).
+// The program's own windows, which Qt Quick draws. A dialog of the platform is none of them; one that Qt
+// draws for a platform without dialogs is (since Qt 6.8; before that it was drawn into the window that asked
+// for it).
 class DrawnWindows : public QObject {
     Q_OBJECT
     QML_ELEMENT
