@@ -51,10 +51,11 @@ void AppModel::corpusChanged() {
     modelChanged();
 }
 
-// What the report and the map are of.
+// What the report, the map and the places on it are of.
 void AppModel::subjectChanged() {
     report_.setCorpus(corpus_.summary());
     map_.setCorpus(corpus_.summary());
+    generation_.forgetOrigins();
 }
 
 void AppModel::mapResults() {

@@ -219,20 +219,20 @@ void GenerationController::generationEnded(const Returned& returned) {
 
 void GenerationController::audition() {
     emit commanded();
-    beginAudition(std::nullopt);
+    beginAudition(std::nullopt, {});
 }
 
 void GenerationController::auditionAgain() {
     emit commanded();
-    beginAudition(auditionedSeed_);
+    beginAudition(auditionedSeed_, auditionedOrigin_);
 }
 
-void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
+void GenerationController::beginAudition(std::optional<std::uint64_t> seed, const Origin& origin) {
     if (activity().isBusy() && !canAudition()) return;
     if (supplies_.modelIsUnopened) links_.openModelAgain();
     if (supplies_.modelIsLoading) {
         links_.whenModelIsLoaded([this, seed] {
-            if (supplies_.hasModel) beginAudition(seed);
+            if (supplies_.hasModel) beginAudition(seed, {});
         });
         return;
     }
@@ -240,7 +240,7 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed) {
         emit notice(QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
         return;
     }
-    startAudition(links_.auditionRequest(seed), links_.preview(), {});
+    startAudition(links_.auditionRequest(seed), links_.preview(), origin);
 }
 
 void GenerationController::auditionAt(Origin origin) {
@@ -252,12 +252,18 @@ void GenerationController::auditionAt(Origin origin) {
     startAudition(links_.auditionRequest(auditionedSeed_), links_.generator(), std::move(origin));
 }
 
+void GenerationController::forgetOrigins() {
+    next_ = {};
+    auditionedOrigin_ = {};
+}
+
 void GenerationController::startAudition(const AuditionRequest& request, const PreparedGenerator& generator,
                                          Origin origin) {
     emit errorRaised({});
     auditionIsDropped_ = false;
     assign(*this, isAuditioning_, true, &GenerationController::isAuditioningChanged);
     auditionedSeed_ = request.seed;
+    auditionedOrigin_ = origin;
     tasks_.run(
         [generator, request, origin = std::move(origin), file = toPath(auditionURL())] {
             const auto ready = generator();

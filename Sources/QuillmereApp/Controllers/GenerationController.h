@@ -84,7 +84,7 @@ public:
     void generate(Returned returned);
     // Renders one variation into a temporary file, which auditionFinished hands on. Does nothing while busy.
     Q_INVOKABLE void audition();
-    // The same with the seed of the last audition, if there was one.
+    // The same with the seed of the last audition, if there was one, and with its origin.
     void auditionAgain();
     // Where a variation comes from, in place of a draw: asked in the background.
     using Origin = std::function<SampleOrigin(const SampleGenerator& generator, std::uint64_t seed)>;
@@ -92,6 +92,8 @@ public:
     // another audition runs, the newest wish waits for its end. Does nothing without a model and while
     // something else runs.
     void auditionAt(Origin origin);
+    // There is another model, or none: origins that were of the one before mean nothing any more.
+    void forgetOrigins();
     // A file that was kept joins the results.
     void addKept(const GeneratedSample& sample, const std::shared_ptr<const RecipeBase>& base);
     // A result has got another name.
@@ -145,7 +147,7 @@ private:
     };
 
     void begin(Returned returned);
-    void beginAudition(std::optional<std::uint64_t> seed);
+    void beginAudition(std::optional<std::uint64_t> seed, const Origin& origin);
     void startAudition(const AuditionRequest& request, const PreparedGenerator& generator, Origin origin);
     void waitForModel(const Returned& returned);
     void start(const QUrl& folder, const Returned& returned);
@@ -164,6 +166,7 @@ private:
     bool isAuditioning_ = false;
     bool auditionIsDropped_ = false;
     std::optional<std::uint64_t> auditionedSeed_;  // of the last audition
+    Origin auditionedOrigin_;                      // of the last audition; empty for a draw
     Origin next_;                                  // of the audition that is to follow; empty for none
     bool isCancelling_ = false;
     bool isWaiting_ = false;

@@ -67,6 +67,7 @@ SampleOrigin atPlace(const SampleGenerator& generator, const LatentMap& map, Map
                      std::uint64_t seed, std::int64_t index) {
     SampleOrigin origin = newOrigin(generator, seed, index);
     const ModelBundle& bundle = generator.bundle();
+    require(map.places().size() == bundle.latents.size(), "atPlace: the map is of another model");
     std::vector<float> blend(static_cast<std::size_t>(bundle.config.latentDim));
     for (const auto& [clip, weight] : map.blendAt(place)) {
         for (std::size_t i = 0; i < blend.size(); ++i)

@@ -12,6 +12,7 @@
 
 #include "QuillmereApp/Items/PointMapItem.h"
 #include "QuillmereApp/Support/AppModelProbe.h"
+#include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
 
 namespace quillmere::testing {
@@ -152,6 +153,47 @@ private slots:
         deliverEvents();
         QVERIFY(!mapped.app.isBusy());
         QCOMPARE(played.count(), 2);
+    }
+
+    void whatWaitsIsForgottenWithItsModel() {
+        Mapped mapped;
+        prepareTrained(mapped.app, mapped.world.makeCorpus("small", 2));
+        prepare(mapped.app, mapped.world.url("corpus"));
+        QVERIFY(waitUntilIdle(mapped.app));
+        mapped.map().setShown(true);
+        QVERIFY(waitUntilReady(mapped.map()));
+        QSignalSpy played(mapped.app.generation(), &GenerationController::auditionFinished);
+        Gate gate;
+        gate.close();
+        mapped.app.generation()->auditionAt([&gate](const SampleGenerator& generator, std::uint64_t seed) {
+            gate.pass();
+            return generator.draw({}, 0, seed);
+        });
+        mapped.map().audition({0, 0});
+        mapped.app.setCorpus(mapped.world.url("small"));
+        const bool isOther = QTest::qWaitFor(
+            [&] { return mapped.app.bundle() && mapped.app.bundle()->latents.size() == 2; }, 30000);
+        gate.open();
+        QVERIFY(isOther);
+        QVERIFY(waitUntilIdle(mapped.app));
+        deliverEvents();
+        QVERIFY(!mapped.app.isBusy());
+        QCOMPARE(played.count(), 1);
+    }
+
+    void aPlaceIsHeardWithDetailAndWithoutIt() {
+        Mapped mapped;
+        const QString file = mapped.app.generation()->auditionURL().toLocalFile();
+        const MapPlace there = mapped.map().places()[2];
+        mapped.map().audition({there.x, there.y});
+        QVERIFY(waitUntilIdle(mapped.app));
+        const QByteArray without = TestWorld::read(file);
+        mapped.app.compareDetail();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(TestWorld::read(file) != without);
+        mapped.app.compareDetail();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(TestWorld::read(file) == without);
     }
 
     // ---- What is seen of it

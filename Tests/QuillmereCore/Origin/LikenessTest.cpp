@@ -116,5 +116,14 @@ TEST_F(Liking, APlaceIsTheBlendOfTheNearestClips) {
     EXPECT_EQ(makeRecipe(origin, {}).seed, 5U);
 }
 
+using LikingDeathTest = Liking;
+
+TEST_F(LikingDeathTest, RefusesTheMapOfAnotherModel) {
+    std::vector<std::vector<float>> latents = generator.bundle().latents;
+    latents.push_back(latents.front());
+    const LatentMap map(latents, 4);
+    EXPECT_DEATH((void)Likeness::atPlace(generator, map, {0, 0}, 1, 5, 2), "another model");
+}
+
 }  // namespace
 }  // namespace quillmere
