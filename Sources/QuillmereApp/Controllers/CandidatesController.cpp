@@ -161,10 +161,6 @@ void CandidatesController::begin(const std::optional<CandidatesRelation>& relati
 }
 
 void CandidatesController::addSet(const SetHandle& set) {
-    if (sets_.size() == mostSets) {
-        const SetHandle oldest = sets_.front();
-        forget(oldest);
-    }
     sets_.push_back(set);
     showSet(set);
     done_ = 0;
@@ -196,9 +192,30 @@ void CandidatesController::arrived(const SetHandle& set, const CandidateHandle& 
     candidate->name = QUrl(QStringLiteral("candidate:%1").arg(++candidates_));
     set->candidates.push_back(candidate);
     if (sets_[static_cast<std::size_t>(shown_) - 1] == set) list_.insert(candidate);
+    makeRoom();
     ++done_;
     emit progressed();
     if (done_ == 1 && !isCancelling()) emit playRequested(candidate->name, candidate->sound);
+}
+
+// Not before there is something in place of what goes. The newest set stays, however large it is.
+void CandidatesController::makeRoom() {
+    const std::size_t before = sets_.size();
+    while (sets_.size() > 1 && (sets_.size() > mostSets || bytes() > mostBytes_)) {
+        const SetHandle oldest = sets_.front();
+        forget(oldest);
+        for (const CandidateHandle& candidate : oldest->candidates)
+            emit removed(candidate->name);
+    }
+    if (sets_.size() < before)
+        emit notice(QStringLiteral("The oldest candidates were forgotten to make room for new ones."));
+}
+
+std::size_t CandidatesController::bytes() const {
+    std::size_t samples = 0;
+    for (const CandidateHandle& candidate : allCandidates())
+        samples += candidate->sound.samples->size();
+    return samples * sizeof(float);
 }
 
 void CandidatesController::ended(const SetHandle& set, int withNoise) {
@@ -208,8 +225,9 @@ void CandidatesController::ended(const SetHandle& set, int withNoise) {
     if (withNoise > 0) emit notice(noiseText(withNoise, candidatesPerSet));
 }
 
+// Tells once: when it is asked again in the destructor, those that listen may have gone.
 void CandidatesController::cancel() {
-    if (!isTrying()) return;
+    if (!isTrying() || isCancelling()) return;
     trialCancel_->cancel();
     emit isTryingChanged();
 }

@@ -22,7 +22,7 @@ namespace quillmere {
 
 // Sets of twelve variations that are heard before any is written. They are those of a generation with the
 // same seed: one that is kept becomes the file that the generation would have written. The last sets stay in
-// memory until the program ends.
+// memory until the program ends, as many as there is room for.
 class CandidatesController : public Controller {
     Q_OBJECT
     QML_ELEMENT
@@ -43,8 +43,9 @@ class CandidatesController : public Controller {
 
 public:
     static constexpr int candidatesPerSet = 12;
-    // So many are kept in mind: a set of sounds of some seconds takes about 10 MB.
+    // So many are kept in mind, and fewer where they are long: a set takes 2 MB per second of its sounds.
     static constexpr std::size_t mostSets = 16;
+    static constexpr std::size_t mostBytes = std::size_t{256} << 20;
 
     // What a set asks of others. order is called once for each set, when it starts.
     struct Links {
@@ -117,7 +118,7 @@ signals:
     void commanded();
     void playRequested(const QUrl& name, const quillmere::PlayableSound& sound);
     void togglePlayRequested(const QUrl& name, const quillmere::PlayableSound& sound);
-    // A candidate is gone that may be playing.
+    // A candidate that may be playing is gone.
     void removed(const QUrl& name);
     void broughtBack(int row);
     // A file was written.
@@ -143,6 +144,8 @@ private:
     void showSet(const SetHandle& set);
     void forget(const SetHandle& set);
     [[nodiscard]] std::vector<CandidateHandle> allCandidates() const;
+    void makeRoom();
+    [[nodiscard]] std::size_t bytes() const;  // of all sounds in memory
 
     const Links links_;
     bool hasModel_ = false;
@@ -151,7 +154,8 @@ private:
     std::deque<SetHandle> sets_;  // oldest first
     int shown_ = 0;
     std::vector<Discarded> discarded_;  // the last one last
-    quint64 candidates_ = 0;            // that there have been, for their names
+    std::size_t mostBytes_ = mostBytes;
+    quint64 candidates_ = 0;  // that there have been, for their names
     CandidatesModel list_;
     BackgroundTasks writing_{1};  // files get their numbers in the order in which they are wanted
     BackgroundTasks tasks_;       // last: their destructors wait for work that knows the members above

@@ -1,10 +1,12 @@
 // Candidates: what a set is, what becomes of those that are kept and discarded, and what it refuses.
 
 #include <QObject>
+#include <atomic>
 #include <memory>
 #include <optional>
 
 #include "QuillmereApp/Controllers/CandidatesController.h"
+#include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
@@ -310,8 +312,46 @@ private slots:
         }
         QCOMPARE(studio.candidates.sets(), static_cast<int>(CandidatesController::mostSets));
         QVERIFY(!studio.candidates.canUndo());
+        QCOMPARE(studio.told.notices,
+                 QStringList("The oldest candidates were forgotten to make room for new ones."));
         studio.candidates.show(1);
         QCOMPARE(studio.candidates.seed(), QStringLiteral("1"));
+        // A set that comes to nothing costs none.
+        studio.holdGenerator.close();
+        studio.candidates.start();
+        studio.candidates.cancel();
+        studio.holdGenerator.open();
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.candidates.sets(), static_cast<int>(CandidatesController::mostSets));
+        studio.candidates.show(1);
+        QCOMPARE(studio.candidates.seed(), QStringLiteral("1"));
+    }
+
+    void fewerSetsOfLongSoundsStay() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        std::size_t bytes = 0;
+        for (int row = 0; row < 12; ++row)
+            bytes += sizeof(float) * studio.candidates.list()->at(row)->sound.samples->size();
+        AppModelProbe::setMostBytes(studio.candidates, 2 * bytes);
+        QSignalSpy removed(&studio.candidates, &CandidatesController::removed);
+        tryAndWait(studio);
+        QCOMPARE(studio.candidates.sets(), 2);
+        QVERIFY(studio.told.notices.isEmpty());
+        studio.candidates.discard(0);  // it may come back, so it counts
+        tryAndWait(studio);
+        QCOMPARE(studio.candidates.sets(), 2);
+        QCOMPARE(studio.told.notices,
+                 QStringList("The oldest candidates were forgotten to make room for new ones."));
+        QCOMPARE(removed.count(), 1 + 12);  // one of them may be playing
+        QVERIFY(studio.candidates.canUndo());
+        // The newest one stays, however large.
+        AppModelProbe::setMostBytes(studio.candidates, 1);
+        tryAndWait(studio);
+        QCOMPARE(studio.candidates.sets(), 1);
+        QCOMPARE(studio.numbers(), wholeSet);
+        QVERIFY(!studio.candidates.canUndo());
     }
 
     void whatIsPlayingIsMarked() {
@@ -471,12 +511,37 @@ private slots:
         QCOMPARE(studio.numbers(), wholeSet);
     }
 
+    void tellsOnceThatItCancels() {
+        TestWorld world;
+        int told = 0;
+        {
+            Studio studio(world);
+            studio.holdGenerator.close();
+            studio.candidates.start();
+            QObject::connect(&studio.candidates, &CandidatesController::isTryingChanged, [&] { ++told; });
+            studio.candidates.cancel();
+            studio.candidates.cancel();
+            studio.holdGenerator.open();
+        }
+        QCOMPARE(told, 1);
+    }
+
     void closingCancelsAndWaits() {
         TestWorld world;
+        Gate gate;
+        std::atomic<std::int64_t> rendered = 0;
+        world.environment.onProgress = [&](Run, std::int64_t done) {
+            rendered = done;
+            gate.pass();
+        };
+        gate.close();
         auto studio = std::make_unique<Studio>(world);
-        studio->order.aesthetics.phaseIterations = 2000;
         studio->candidates.start();
+        QTRY_COMPARE(rendered.load(), 1);
+        // Cancelled already when the gate opens, because that comes after it.
+        connect(&studio->candidates, &CandidatesController::isTryingChanged, [&] { gate.open(); });
         studio.reset();
+        QCOMPARE(rendered.load(), 1);
     }
 
     // ---- What it refuses

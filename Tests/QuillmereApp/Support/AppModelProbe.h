@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "QuillmereApp/AppModel.h"
@@ -17,6 +18,11 @@ struct AppModelProbe {
         record.step = step;
         record.loss = loss;
         model.receive(record);
+    }
+
+    // So much memory may the sounds of candidates take.
+    static void setMostBytes(CandidatesController& candidates, std::size_t bytes) {
+        candidates.mostBytes_ = bytes;
     }
 
     // Returns when nothing runs in the background any more; the answers wait to be delivered.
