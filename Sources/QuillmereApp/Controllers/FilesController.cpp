@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/MoveFile.h"
 #include "QuillmereApp/Trash.h"
@@ -55,7 +56,8 @@ void FilesController::hasTrashed(Change change) {
 
 void FilesController::trash(const QUrl& file) {
     tasks_.run(
-        [move = environment().moveToTrash, path = toPath(file)] {
+        [move = environment().moveToTrash, path = toPath(file), looks = environment().looks] {
+            Folders::requireAnswer(path.parent_path(), *looks);
             const auto place = move(path);
             if (!place) throw Failure(Text::utf8(path.filename()) + " could not be moved to the trash.");
             return Change{.from = path, .to = *place, .isInTrash = true};
@@ -74,7 +76,8 @@ void FilesController::rename(const QUrl& file, const QString& name) {
     const Change change{.from = from, .to = from.parent_path() / toPath(wanted)};
     if (change.to == from) return;
     tasks_.run(
-        [change] {
+        [change, looks = environment().looks] {
+            Folders::requireAnswer(change.from.parent_path(), *looks);
             if (!moveFile(change.from, change.to))
                 throw Failure("There is a file called " + Text::utf8(change.to.filename()) + " already.");
         },
@@ -91,7 +94,9 @@ bool FilesController::undo() {
     changes_.pop_back();
     emit canUndoChanged();
     tasks_.run(
-        [change] {
+        [change, looks = environment().looks] {
+            Folders::requireAnswer(change.from.parent_path(), *looks);
+            Folders::requireAnswer(change.to.parent_path(), *looks);
             const bool isBack =
                 change.isInTrash ? Trash::restore(change.to, change.from) : moveFile(change.to, change.from);
             if (!isBack)

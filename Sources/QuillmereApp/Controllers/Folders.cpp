@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Paths.h"
 
 namespace quillmere {
@@ -23,6 +24,11 @@ QString Folders::onlyLocal() {
 
 QString Folders::noAnswer(const QString& path) {
     return QStringLiteral("%1 does not answer. Check the drive or the network that it is on.").arg(path);
+}
+
+void Folders::requireAnswer(const std::filesystem::path& folder, const FolderLooks& looks) {
+    if (looks.at(folder).kind == Place::Kind::noAnswer)
+        throw Failure(noAnswer(toQString(folder)).toStdString());
 }
 
 QString Folders::plain(const QString& path) {

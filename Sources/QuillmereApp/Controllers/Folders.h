@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QUrl>
+#include <filesystem>
 
 #include "QuillmereApp/FolderLooks.h"
 
@@ -14,6 +15,9 @@ namespace quillmere::Folders {
 
 // What to say of one whose file system does not answer.
 [[nodiscard]] QString noAnswer(const QString& path);
+
+// Throws a Failure that says so where that file system does not answer. In the background.
+void requireAnswer(const std::filesystem::path& folder, const FolderLooks& looks);
 
 // The absolute path without doubled slashes and a slash at its end. ".." stays: behind a link it leads
 // elsewhere than the text says, and nothing here looks at the disk.

@@ -110,6 +110,48 @@ private slots:
         QTRY_VERIFY(files.isFavourite(file));
     }
 
+    void twoOfOneNameGoToTheTrashAndBack() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        QSignalSpy changed(&files, &FilesController::filesChanged);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        files.trash(world.url("out/a.wav"));
+        QTRY_COMPARE(changed.count(), 1);
+        TestWorld::write(world.path("out/a.wav"), "two");
+        files.trash(world.url("out/a.wav"));
+        QTRY_COMPARE(changed.count(), 2);
+        for (const char* const text : {"two", "one"}) {
+            QVERIFY(files.undo());
+            QTRY_COMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray(text));
+            QVERIFY(QFile::remove(world.path("out/a.wav")));
+        }
+    }
+
+    void aFolderThatDoesNotAnswerIsTold() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        Told told(files);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        files.trash(world.url("out/b.wav"));
+        QTRY_VERIFY(files.canUndo());
+        world.cutOff("out");
+        const auto verifyTold = [&] {
+            QTRY_VERIFY2(told.error.contains("does not answer"), qPrintable(told.error));
+            told.error.clear();
+            QVERIFY(QFileInfo::exists(world.path("out/a.wav")));
+            QVERIFY(!QFileInfo::exists(world.path("out/b.wav")));
+        };
+        files.trash(world.url("out/a.wav"));
+        verifyTold();
+        files.rename(world.url("out/a.wav"), QStringLiteral("c"));
+        verifyTold();
+        QVERIFY(files.undo());
+        verifyTold();
+    }
+
     // ---- Names
 
     void renamesAndBack() {

@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -113,8 +114,12 @@ public:
         environment.moveToTrash =
             [this](const std::filesystem::path& file) -> std::optional<std::filesystem::path> {
             if (!hasTrash) return std::nullopt;
-            const std::filesystem::path place = toPath(path("trash/files")) / file.filename();
-            std::filesystem::create_directories(place.parent_path());
+            const std::filesystem::path trash = toPath(path("trash/files"));
+            std::filesystem::create_directories(trash);
+            std::filesystem::path place = trash / file.filename();
+            for (int other = 2; std::filesystem::exists(place); ++other)
+                place.replace_filename(file.stem().string() + "." + std::to_string(other) +
+                                       file.extension().string());
             std::filesystem::rename(file, place);
             return place;
         };
