@@ -19,7 +19,7 @@
 namespace quillmere {
 
 // What AppModel has going on in the background, piece by piece.
-enum class Run { scan, training, generation };
+enum class Run { scan, training, generation, comparison };
 
 // What AppModel reaches outside of itself, so that tests can put something else in its place.
 struct Environment {

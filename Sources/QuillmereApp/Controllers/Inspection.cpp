@@ -5,6 +5,7 @@
 #include <span>
 #include <utility>
 
+#include "QuillmereApp/PixelImage.h"
 #include "QuillmereApp/Waveform.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/ClipPreparation.h"
@@ -17,18 +18,6 @@ namespace {
 
 constexpr int peakCount = 1200;
 constexpr std::size_t pictureColumns = 600;
-
-QImage imageOf(const Pixels& pixels) {
-    QImage image(static_cast<int>(pixels.width), static_cast<int>(pixels.height), QImage::Format_RGB32);
-    for (std::size_t y = 0; y < pixels.height; ++y) {
-        auto* const line = reinterpret_cast<QRgb*>(image.scanLine(static_cast<int>(y)));
-        for (std::size_t x = 0; x < pixels.width; ++x) {
-            const Colour& colour = pixels.colours[y * pixels.width + x];
-            line[x] = qRgb(colour.red, colour.green, colour.blue);
-        }
-    }
-    return image;
-}
 
 QImage pictureOf(const PlayableSound& sound) {
     const double shortest = 0.05;  // seconds; below that there is nothing to see

@@ -47,8 +47,6 @@ public:
     // At most count, nearest first.
     [[nodiscard]] std::vector<Neighbour> nearest(const SoundPrint& print, std::size_t count) const;
 
-    [[nodiscard]] const std::shared_ptr<const CorpusSummary>& corpus() const { return corpus_; }
-
 private:
     std::shared_ptr<const CorpusSummary> corpus_;
     std::vector<std::size_t> files_;  // of the corpus, one per print

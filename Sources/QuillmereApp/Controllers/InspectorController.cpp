@@ -26,8 +26,7 @@ QString nameOf(const std::string& clip) {
 }
 
 PlayableSound readFrom(const fs::path& file, const FolderLooks& looks) {
-    if (looks.at(file.parent_path()).kind == Place::Kind::noAnswer)
-        throw Failure(Folders::noAnswer(toQString(file)).toStdString());
+    Folders::requireAnswer(file.parent_path(), looks);
     return Inspection::read(file);
 }
 
@@ -58,18 +57,22 @@ InspectorController::~InspectorController() {
 void InspectorController::setOpen(bool isOpen) {
     if (isOpen == isOpen_) return;
     isOpen_ = isOpen;
-    if (!isOpen) inspectNothing();
+    if (!isOpen) {
+        inspectNothing();
+        stopComparing();
+    }
     emit isOpenChanged();
 }
 
 void InspectorController::setCorpus(std::shared_ptr<const CorpusSummary> corpus) {
     if (corpus == corpus_) return;
     corpus_ = std::move(corpus);
+    fingerprint_ = corpus_ ? corpus_->fingerprint() : std::string();
     prints_.reset();
     nearest_.clear();
     isCompared_ = false;
-    if (comparing_) comparing_->cancel();
-    endComparing();
+    ++turn_;
+    stopComparing();
     emit relativesChanged();
     if (facts_) compare();
 }
@@ -110,6 +113,7 @@ void InspectorController::begin(std::optional<Subject> subject) {
     nearest_.clear();
     isCompared_ = false;
     inTurn_ = 0;
+    ++turn_;
     emit subjectChanged();
     emit factsChanged();
     emit relativesChanged();
@@ -154,6 +158,7 @@ void InspectorController::measureCorpus() {
     emit comparingChanged();
     const auto step = std::max<std::int64_t>(1, std::ssize(corpus_->files) / 100);
     const auto progress = [this, step, stop = comparing_](std::int64_t done) {
+        watched(Run::comparison, done);
         if (done % step != 0) return;
         tasks_.post([this, done, stop] {
             if (stop->isCancelled()) return;
@@ -162,7 +167,8 @@ void InspectorController::measureCorpus() {
         });
     };
     tasks_.run(
-        [corpus = corpus_, progress, stop = comparing_->token()] {
+        [corpus = corpus_, progress, looks = environment().looks, stop = comparing_->token()] {
+            Folders::requireAnswer(corpus->directory, *looks);
             return std::make_shared<const Inspection::CorpusPrints>(corpus, progress, stop);
         },
         [this, stop = comparing_](const std::shared_ptr<const Inspection::CorpusPrints>& prints) {
@@ -184,15 +190,21 @@ void InspectorController::endComparing() {
     emit comparingChanged();
 }
 
+void InspectorController::stopComparing() {
+    if (comparing_) comparing_->cancel();
+    endComparing();
+}
+
 void InspectorController::findNearest() {
-    tasks_.run([prints = prints_, print = *facts_->print] { return prints->nearest(print, nearestShown); },
-               [this, stale = stale_](std::vector<Inspection::CorpusPrints::Neighbour> found) {
-                   if (stale->isCancelled()) return;
-                   nearest_ = std::move(found);
-                   isCompared_ = true;
-                   emit relativesChanged();
-               },
-               [this](const TaskFailure& failure) { report(failure); });
+    tasks_.run(
+        [prints = prints_, print = *facts_->print] { return prints->nearest(print, nearestShown); },
+        [this, prints = prints_, stale = stale_](std::vector<Inspection::CorpusPrints::Neighbour> found) {
+            if (stale->isCancelled() || prints != prints_) return;
+            nearest_ = std::move(found);
+            isCompared_ = true;
+            emit relativesChanged();
+        },
+        [this](const TaskFailure& failure) { report(failure); });
 }
 
 int InspectorController::toCompare() const {
@@ -204,6 +216,7 @@ int InspectorController::toCompare() const {
 void InspectorController::togglePlay() {
     if (!facts_) return;
     inTurn_ = 0;
+    ++turn_;
     emit togglePlayRequested(soundURL(), facts_->sound);
 }
 
@@ -214,22 +227,26 @@ void InspectorController::playSubject(float gain) {
 }
 
 void InspectorController::playInTurn(int key) {
-    const std::vector<Relative> all = relatives();
+    const std::vector<Relative> all = playableRelatives();
     if (!facts_ || !corpus_ || key < 1 || key > static_cast<int>(all.size())) return;
     const std::string clip = all[static_cast<std::size_t>(key) - 1].name;
     const bool isSubjectsTurn = inTurn_ == key;
     inTurn_ = isSubjectsTurn ? 0 : key;
+    const quint64 turn = ++turn_;
     tasks_.run([file = corpus_->directory / fs::path(clip), level = facts_->level,
                 looks = environment().looks] { return matched(file, level, *looks); },
-               [this, stale = stale_, clip, isSubjectsTurn](const Pair& pair) {
-                   if (stale->isCancelled()) return;
+               [this, turn, clip, isSubjectsTurn](const Pair& pair) {
+                   if (turn != turn_) return;  // something else was asked for since
                    if (isSubjectsTurn) {
                        playSubject(pair.subjectGain);
                    } else {
                        emit playRequested(urlOf(clip), pair.relative);
                    }
                },
-               [this](const TaskFailure& failure) { emit notice(failure.message); }, 2);
+               [this, turn](const TaskFailure& failure) {
+                   if (turn == turn_) emit notice(failure.message);
+               },
+               2);
 }
 
 // ---- What can be made of it
@@ -312,8 +329,9 @@ std::vector<InspectorController::Relative> InspectorController::nearestRelatives
     return found;
 }
 
-std::vector<InspectorController::Relative> InspectorController::relatives() const {
-    std::vector<Relative> all = sourceRelatives();
+std::vector<InspectorController::Relative> InspectorController::playableRelatives() const {
+    std::vector<Relative> all;
+    if (isOfThisCorpus()) all = sourceRelatives();
     for (Relative& relative : nearestRelatives())
         all.push_back(std::move(relative));
     return all;
@@ -322,7 +340,7 @@ std::vector<InspectorController::Relative> InspectorController::relatives() cons
 QVariantList InspectorController::list(const std::vector<Relative>& relatives, int firstKey) const {
     QVariantList entries;
     for (const auto& [name, detail] : relatives) {
-        entries.append(QVariantMap{{QStringLiteral("key"), firstKey++},
+        entries.append(QVariantMap{{QStringLiteral("key"), firstKey > 0 ? firstKey++ : 0},
                                    {QStringLiteral("name"), nameOf(name)},
                                    {QStringLiteral("detail"), detail},
                                    {QStringLiteral("url"), urlOf(name)}});
@@ -331,28 +349,39 @@ QVariantList InspectorController::list(const std::vector<Relative>& relatives, i
 }
 
 QVariantList InspectorController::sources() const {
-    return list(sourceRelatives(), 1);
+    return list(sourceRelatives(), isOfThisCorpus() ? 1 : 0);
 }
 
 QVariantList InspectorController::nearest() const {
-    return list(nearestRelatives(), static_cast<int>(sourceRelatives().size()) + 1);
+    const std::size_t before = isOfThisCorpus() ? sourceRelatives().size() : 0;
+    return list(nearestRelatives(), static_cast<int>(before) + 1);
 }
 
 double InspectorController::distance() const {
     return nearest_.empty() ? -1 : nearest_.front().distance;
 }
 
-bool InspectorController::isCopy() const {
-    const bool sharesWaveform = subject_ && subject_->origin.sameness >= nearCopy;
-    return sharesWaveform || (!nearest_.empty() && kinship(distance()) == Kinship::copy);
+bool InspectorController::isOfThisCorpus() const {
+    return corpus_ && subject_ && subject_->base && subject_->base->fingerprint == fingerprint_;
+}
+
+bool InspectorController::isLikeNearest() const {
+    return !nearest_.empty() && kinship(distance()) == Kinship::copy;
+}
+
+bool InspectorController::isLikeSource() const {
+    return subject_ && subject_->origin.sameness >= nearCopy;
 }
 
 QString InspectorController::verdict() const {
+    // Which one is not known.
+    if (isLikeSource() && !isLikeNearest())
+        return QStringLiteral("Nearly a copy of a sample that it is made of");
     if (nearest_.empty()) return isCompared_ ? QStringLiteral("Nothing to compare with") : QString();
     const QString name = nameOf(nearest_.front().name);
-    if (isCopy()) return QStringLiteral("Nearly a copy of %1").arg(name);
     switch (kinship(distance())) {
         case Kinship::copy:
+            return QStringLiteral("Nearly a copy of %1").arg(name);
         case Kinship::close:
             return QStringLiteral("Close to %1").arg(name);
         case Kinship::fresh:

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "QuillmereApp/CancelFlag.h"
@@ -39,6 +40,8 @@ class InspectorController : public Controller {
     Q_PROPERTY(double level READ level NOTIFY factsChanged)           // 0 (-60 dB or less) ... 1 (full scale)
     Q_PROPERTY(QString problem READ problem NOTIFY factsChanged)      // why it cannot be read
     // ---- Its relatives: {key, name, detail, url}, key being the digit that plays it, 0 for none
+    // What it is made of is here to be heard; if not, it was made of another folder than the present one.
+    Q_PROPERTY(bool isOfThisCorpus READ isOfThisCorpus NOTIFY relativesChanged)
     Q_PROPERTY(QVariantList sources READ sources NOTIFY relativesChanged)
     Q_PROPERTY(QVariantList nearest READ nearest NOTIFY relativesChanged)
     Q_PROPERTY(bool isComparing READ isComparing NOTIFY comparingChanged)
@@ -99,6 +102,7 @@ public:
     [[nodiscard]] QString levelText() const;
     [[nodiscard]] double level() const;
     [[nodiscard]] QString problem() const { return problem_; }
+    [[nodiscard]] bool isOfThisCorpus() const;
     [[nodiscard]] QVariantList sources() const;
     [[nodiscard]] QVariantList nearest() const;
     [[nodiscard]] bool isComparing() const { return comparing_ != nullptr; }
@@ -106,7 +110,7 @@ public:
     [[nodiscard]] int toCompare() const;
     [[nodiscard]] double distance() const;
     [[nodiscard]] QString verdict() const;
-    [[nodiscard]] bool isCopy() const;
+    [[nodiscard]] bool isCopy() const { return isLikeNearest() || isLikeSource(); }
     [[nodiscard]] QList<qreal> limits() const { return {copyBelowDB, closeBelowDB, farFromDB}; }
     [[nodiscard]] double farthest() const { return 20; }
 
@@ -140,18 +144,22 @@ private:
     void compare();
     void measureCorpus();
     void endComparing();
+    void stopComparing();
     void findNearest();
     [[nodiscard]] std::optional<Recipe> recipe() const;
     void wish(CandidatesRelation::Way way);
-    [[nodiscard]] std::vector<Relative> relatives() const;  // sources first; its key - 1 is the position
+    [[nodiscard]] std::vector<Relative> playableRelatives() const;  // by their keys, from 1
     [[nodiscard]] static QUrl urlOf(const std::string& clip);
     [[nodiscard]] QVariantList list(const std::vector<Relative>& relatives, int firstKey) const;
     [[nodiscard]] std::vector<Relative> sourceRelatives() const;
     [[nodiscard]] std::vector<Relative> nearestRelatives() const;
+    [[nodiscard]] bool isLikeNearest() const;  // as good as a copy of it
+    [[nodiscard]] bool isLikeSource() const;
     void playSubject(float gain);
 
     bool isOpen_ = false;
     std::shared_ptr<const CorpusSummary> corpus_;
+    std::string fingerprint_;  // of corpus_
     std::optional<Subject> subject_;
     std::shared_ptr<CancelFlag> stale_ =
         std::make_shared<CancelFlag>();  // set when the subject is another one
@@ -163,6 +171,7 @@ private:
     std::vector<Inspection::CorpusPrints::Neighbour> nearest_;
     bool isCompared_ = false;  // nearest_ is what there is
     int inTurn_ = 0;           // key of the relative that was played last, unless the sound was since
+    quint64 turn_ = 0;         // grows with everything that is to be heard: only the newest is
     BackgroundTasks tasks_;    // last: its destructor waits for work that knows the members above
 };
 

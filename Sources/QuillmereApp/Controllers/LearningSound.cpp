@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/PixelImage.h"
 #include "QuillmereApp/TemporarySound.h"
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Picture/SoundPictures.h"
@@ -16,18 +17,6 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t pictureColumns = 160;
-
-QImage imageOf(const Pixels& pixels) {
-    QImage image(static_cast<int>(pixels.width), static_cast<int>(pixels.height), QImage::Format_RGB32);
-    std::size_t next = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            const Colour& colour = pixels.colours[next++];
-            image.setPixel(x, y, qRgb(colour.red, colour.green, colour.blue));
-        }
-    }
-    return image;
-}
 
 }  // namespace
 

@@ -13,6 +13,9 @@ Rectangle {
     readonly property real inside: width - 2 * Theme.outer
 
     property bool renaming: false
+    // Another one is not to get the name that is being typed.
+    readonly property string named: inspector.title + " " + inspector.soundURL
+    onNamedChanged: renaming = false
     property bool favourite: false
     // How high it may be without scrolling; 0 for any height.
     property real room: 0
@@ -47,7 +50,6 @@ Rectangle {
         target: panel.inspector
 
         function onSubjectChanged() {
-            panel.renaming = false;
             panel.favourite = panel.app.inspectedIsFavourite();
         }
     }
@@ -169,7 +171,7 @@ Rectangle {
         width: panel.inColumns ? (panel.inside - Theme.outer) / 2 : panel.inside
         visible: panel.inspector.hasSubject
         app: panel.app
-        title: "Made of"
+        title: panel.inspector.isOfThisCorpus || panel.inspector.sources.length === 0 ? "Made of" : "Made of samples of another folder"
         absent: "Nobody knows any more."
         relatives: panel.inspector.sources
     }
@@ -181,7 +183,7 @@ Rectangle {
         visible: panel.inspector.hasSubject
         app: panel.app
         title: "Nearest in the corpus"
-        absent: panel.inspector.isComparing ? "Comparing: " + panel.inspector.compared + " of " + panel.inspector.toCompare : panel.inspector.verdict
+        absent: panel.inspector.isComparing ? "Comparing: " + panel.inspector.compared + " of " + panel.inspector.toCompare : panel.inspector.isCopy ? "" : panel.inspector.verdict
         relatives: panel.inspector.nearest
     }
     Item {
@@ -206,7 +208,7 @@ Rectangle {
             objectName: "verdict"
             x: alarm.visible ? alarm.width + Theme.inner : 0
             width: parent.width - x
-            text: panel.inspector.nearest.length > 0 ? panel.inspector.verdict : " "
+            text: panel.inspector.nearest.length > 0 || panel.inspector.isCopy ? panel.inspector.verdict : " "
             color: panel.inspector.isCopy ? Theme.error : Theme.text
             font.weight: Font.DemiBold
             wrapMode: Text.NoWrap

@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import QuillmereApp
 
-// A sample that a sound is compared with: the key that plays it, its name, and how much it has to do with it.
+// A sample that a sound is compared with: the key that plays it, if any does, its name, and how much it has to do with
+// it. Pressed while it plays, the sound itself comes in its place.
 T.Button {
     id: row
 
@@ -13,11 +14,12 @@ T.Button {
 
     objectName: "relative-" + key
     implicitHeight: 28
+    enabled: key > 0
     focusPolicy: Qt.TabFocus
     hoverEnabled: true
 
     Accessible.role: Accessible.Button
-    Accessible.name: (playing ? "Stop " : "Play ") + name
+    Accessible.name: key === 0 ? name : playing ? "Play the sound itself" : "Play " + name
     Accessible.description: detail
     Accessible.onPressAction: clicked()
 
@@ -31,6 +33,7 @@ T.Button {
     contentItem: Item {
         Rectangle {
             id: keyCap
+            visible: row.key > 0
             x: 5
             width: 18
             height: 18

@@ -156,6 +156,7 @@ private slots:
     }
 
     void whatWaitsIsForgottenWithItsModel() {
+        Gate gate;
         Mapped mapped;
         prepareTrained(mapped.app, mapped.world.makeCorpus("small", 2));
         prepare(mapped.app, mapped.world.url("corpus"));
@@ -163,7 +164,6 @@ private slots:
         mapped.map().setShown(true);
         QVERIFY(waitUntilReady(mapped.map()));
         QSignalSpy played(mapped.app.generation(), &GenerationController::auditionFinished);
-        Gate gate;
         gate.close();
         mapped.app.generation()->auditionAt([&gate](const SampleGenerator& generator, std::uint64_t seed) {
             gate.pass();

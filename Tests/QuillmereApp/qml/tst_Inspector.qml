@@ -135,6 +135,18 @@ WindowCase {
         keyClick(Qt.Key_Return);
         tryVerify(() => playing().startsWith("clip:"), limit);
     }
+    function test_ofAnotherFolderNoSourceIsPlayed() {
+        openedOnCandidates();
+        verifySeen("Made of");
+        app.corpus.choose(Stage.makeCorpus("Others", 5));
+        idle();
+        compare(app.inspector.title, "Candidate 1");
+        verifySeen("Made of samples of another folder");
+        verify(!item("relative-0").enabled);
+        tryVerify(() => app.inspector.nearest.length > 0, limit);
+        keyClick(Qt.Key_1);  // the nearest one, of this folder
+        tryVerify(() => playing().startsWith("clip:"), limit);
+    }
     function test_playheadRuns() {
         app.corpus.choose(Stage.makeCorpus("Long", 3, 2));
         idle();
@@ -251,6 +263,13 @@ WindowCase {
         compare(item("tile-0").fileName, "Big.wav");
         verify(item("tile-0").exists);
         verify(!has("renameField"));
+        // What happens to the sound meanwhile does not take the name away that is being typed.
+        mouseClick(item("renameInspected"));
+        keyClick("x");
+        app.toggleInspectedFavourite();
+        verify(has("renameField"));
+        compare(item("renameField").text, "x");
+        keyClick(Qt.Key_Escape);
         // With Esc the name stays, and the inspector open.
         mouseClick(item("renameInspected"));
         keyClick("x");
