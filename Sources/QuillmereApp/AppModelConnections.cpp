@@ -45,7 +45,7 @@ void AppModel::connectRuns() {
     connect(&model_, &ModelController::isTrainingChanged, this, [this] {
         activityOfControllersChanged();
         // What sounds has a button that stops it.
-        if (!model_.isTraining() && playback_.playingURL() == model_.sound()->url()) playback_.stop();
+        if (!model_.isTraining()) playback_.stopIfPlaying(model_.sound()->url());
     });
     connect(&generation_, &GenerationController::isGeneratingChanged, this, [this] {
         activityOfControllersChanged();
@@ -61,6 +61,7 @@ void AppModel::connectRuns() {
     // What sounds has a button that stops it.
     connect(generation_.results(), &ResultsModel::playingGone, &playback_, &PlaybackController::stop);
     connect(generation_.results(), &ResultsModel::countChanged, this, &AppModel::mapResults);
+    connect(&map_, &MapController::isShownChanged, this, &AppModel::mapResults);
 }
 
 void AppModel::connectCandidates() {
@@ -91,6 +92,7 @@ void AppModel::connectInspector() {
     connect(&files_, &FilesController::renamed, &candidates_, &CandidatesController::rename);
     connect(&files_, &FilesController::renamed, &inspector_, &InspectorController::rename);
     connect(&files_, &FilesController::renamed, &generation_, &GenerationController::rename);
+    connect(&files_, &FilesController::renamed, &playback_, &PlaybackController::rename);
     connect(&files_, &FilesController::renamed, this, &AppModel::mapResults);
     connect(&files_, &FilesController::favouritesChanged, &inspector_, &InspectorController::refresh);
     connect(&files_, &FilesController::favouritesChanged, generation_.results(),

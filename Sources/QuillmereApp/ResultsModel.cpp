@@ -141,7 +141,7 @@ void ResultsModel::addRow(GeneratedSample sample) {
     samples_.push_back(std::move(sample));
     endInsertRows();
     emit countChanged();
-    watchFolders();
+    if (!watched_.contains(samples_.back().url.parent_path())) watchFolders();
 }
 
 void ResultsModel::appendRow(const GeneratedSample& sample) {
@@ -154,6 +154,7 @@ void ResultsModel::rename(const QUrl& from, const QUrl& to) {
     if (next_) renameIn(*next_, toPath(from), toPath(to));
     const int row = rowOf(from);
     if (row < 0) return;
+    if (playing_ == from) playing_ = to;
     if (rowOf(to) >= 0) {
         std::vector<GeneratedSample> rows = next_ ? *next_ : samples_;
         renameIn(rows, toPath(from), toPath(to));
@@ -180,11 +181,11 @@ void ResultsModel::favouritesChanged() {
 
 void ResultsModel::watchFolders() {
     if (!watcher_.directories().isEmpty()) watcher_.removePaths(watcher_.directories());
-    std::set<std::filesystem::path> folders;
+    watched_.clear();
     for (const GeneratedSample& sample : samples_)
-        folders.insert(sample.url.parent_path());
-    if (folders.empty()) return;
-    tasks_.run([folders = std::move(folders), looks = looks_] { return answering(folders, *looks); },
+        watched_.insert(sample.url.parent_path());
+    if (watched_.empty()) return;
+    tasks_.run([folders = watched_, looks = looks_] { return answering(folders, *looks); },
                [this, stale = staleRows_](const QStringList& found) {
                    if (stale->isCancelled()) return;
                    for (const QString& folder : found)

@@ -7,9 +7,11 @@
 #include <QQmlEngine>
 #include <QTimer>
 #include <QUrl>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "QuillmereApp/BackgroundTask.h"
@@ -119,6 +121,7 @@ private:
     std::optional<std::vector<GeneratedSample>> next_;  // the rows to come when nobody holds the present ones
     QUrl playing_;
     QFileSystemWatcher watcher_;
+    std::set<std::filesystem::path> watched_;  // the folders of the rows
     QTimer refreshSoon_;
     std::shared_ptr<CancelFlag> staleRows_;  // set when the rows give way to others: late answers are dropped
     int nextPriority_ = 0;                   // grows: the newest request is answered first

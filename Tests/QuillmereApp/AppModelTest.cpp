@@ -1024,6 +1024,21 @@ private slots:
         QVERIFY(app.results()->index(1).data(ResultsModel::IsPlayingRole).toBool());
         QVERIFY(!app.results()->index(0).data(ResultsModel::IsPlayingRole).toBool());
     }
+
+    void whatIsAboutToSoundOfALearningIsSilentAfterIt() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepare(app, world.makeCorpus("corpus"));
+        const QUrl sound = app.model()->sound()->url();
+        AudioIO::write(sine(440, 8000, 8000, 0.5), toPath(sound.toLocalFile()), 8000, OutputFormat::wav16);
+        connect(app.model(), &ModelController::bundleChanged, &app, [&] { app.play(sound); });
+        app.train();
+        QVERIFY(waitUntilIdle(app));
+        deliverEvents();
+        QVERIFY(app.model()->isReady());
+        QCOMPARE(app.playingURL(), QUrl());
+        QVERIFY(!world.player->isPlaying());
+    }
 };
 
 }  // namespace quillmere::testing

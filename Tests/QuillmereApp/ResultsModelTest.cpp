@@ -3,6 +3,8 @@
 #include <QAbstractItemModelTester>
 #include <QElapsedTimer>
 #include <QObject>
+#include <atomic>
+#include <memory>
 
 #include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
@@ -263,6 +265,45 @@ private slots:
         }
         model.rename(before, now);  // none of them
         QCOMPARE(model.count(), 2);
+    }
+
+    void whatPlaysFollowsItsFileToAnotherName() {
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples(makeSamples(world, 2));
+        model.setPlaying(model.urlAt(0));
+        model.rename(model.urlAt(0), world.url("out/other.wav"));
+        QVERIFY(model.index(0).data(ResultsModel::IsPlayingRole).toBool());
+        QSignalSpy gone(&model, &ResultsModel::playingGone);
+        model.setSamples({});
+        QCOMPARE(gone.count(), 1);
+    }
+
+    void onlyANewFolderIsLookedAt() {
+        TestWorld world;
+        std::vector<GeneratedSample> samples = makeSamples(world, 3);
+        const GeneratedSample last = samples.back();
+        samples.pop_back();
+        const auto looks = std::make_shared<std::atomic<int>>(0);
+        ResultsModel model(std::make_shared<FolderLooks>([looks](const std::filesystem::path& path) {
+            ++*looks;
+            return FolderLooks::onDisk(path);
+        }));
+        model.setSamples(samples);
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
+        AppModelProbe::waitForWork(model);
+        const int before = *looks;
+        model.add(last);
+        AppModelProbe::waitForWork(model);
+        deliverEvents();
+        AppModelProbe::waitForWork(model);
+        QCOMPARE(looks->load(), before);
+        const auto elsewhere = toPath(world.path("elsewhere.wav"));
+        AudioIO::write(std::vector<float>(800, 0.5F), elsewhere, 8000, OutputFormat::wav16);
+        model.add({elsewhere, 0.1});
+        AppModelProbe::waitForWork(model);
+        QVERIFY(*looks > before);
     }
 
     void asksWhichRowsAreFavourites() {

@@ -52,6 +52,11 @@ bool PlaybackController::stop() {
     return sounds;
 }
 
+void PlaybackController::rename(const QUrl& from, const QUrl& to) {
+    if (openingURL_ == from) openingURL_ = to;
+    if (playingURL_ == from) setPlaying(to);
+}
+
 void PlaybackController::setPlaying(const QUrl& file) {
     assign(*this, playingURL_, file, &PlaybackController::playingURLChanged);
 }

@@ -21,7 +21,7 @@ public:
     explicit PlaybackController(const Environment& environment);
 
     // Stops what plays and begins with file. One that cannot be played ends as notice and fileFailed.
-    void play(const QUrl& file);
+    Q_INVOKABLE void play(const QUrl& file);
     // The same with what is in memory. name: what playingURL says meanwhile; no file has it.
     void playSound(const QUrl& name, const PlayableSound& sound);
     void togglePlaySound(const QUrl& name, const PlayableSound& sound);
@@ -32,6 +32,9 @@ public:
 
     // Silence, if that is what plays or is about to.
     void stopIfPlaying(const QUrl& url) { (void)stopped(url); }
+
+    // A file has got another name: if it sounds, or is about to, it goes on under that one.
+    void rename(const QUrl& from, const QUrl& to);
 
     [[nodiscard]] QUrl playingURL() const { return playingURL_; }
     [[nodiscard]] double playingSeconds() const { return playingSeconds_; }

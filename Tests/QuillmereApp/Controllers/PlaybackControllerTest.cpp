@@ -102,6 +102,23 @@ private slots:
         QTRY_COMPARE(playback.playingURL(), sound);
     }
 
+    void aFileThatSoundsFollowsToItsNewName() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        const QUrl before = makeSound(world, "a.wav", 2);
+        const QUrl now = world.url("b.wav");
+        playback.play(before);
+        playback.rename(before, now);  // not yet started
+        QTRY_COMPARE(playback.playingURL(), now);
+        playback.rename(before, world.url("c.wav"));  // another one
+        QCOMPARE(playback.playingURL(), now);
+        playback.rename(now, before);
+        QCOMPARE(playback.playingURL(), before);
+        QVERIFY(world.player->isPlaying());
+        playback.togglePlay(before);
+        QVERIFY(!world.player->isPlaying());
+    }
+
     void pressingPlayTwiceQuicklyStopsIt() {
         TestWorld world;
         PlaybackController playback(world.environment);
