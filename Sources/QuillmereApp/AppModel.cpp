@@ -58,8 +58,9 @@ void AppModel::subjectChanged() {
     generation_.forgetOrigins();
 }
 
+// Thousands of results are copied for it: not before somebody looks.
 void AppModel::mapResults() {
-    map_.setResults(generation_.results()->samples());
+    if (map_.isShown()) map_.setResults(generation_.results()->samples());
 }
 
 void AppModel::openModel(const QUrl& corpus, const std::filesystem::path& folder) {

@@ -5,7 +5,6 @@
 
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/FilePath.h"
-#include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Origin/Likeness.h"
 
 namespace quillmere {
@@ -51,7 +50,7 @@ void MapController::makeMap() {
             const ModelBundle& bundle = model->bundle();
             return Placed{.map = std::make_shared<const LatentMap>(
                               bundle.latents, static_cast<std::size_t>(bundle.config.latentDim), stop),
-                          .identity = modelIdentity(bundle)};
+                          .identity = model->identity()};
         },
         [this, wanted = cancel_](Placed placed) {
             if (wanted != cancel_) return;

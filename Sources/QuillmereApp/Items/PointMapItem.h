@@ -66,12 +66,14 @@ private:
     [[nodiscard]] double scale() const { return fitScale_ * zoom_; }
     [[nodiscard]] QPointF positionOf(MapPlace place) const;
     void takePoints();
+    [[nodiscard]] bool seesAny() const;
     void measure();
     void changeView();
 
     QPointer<MapController> map_;
     QColor clipColor_ = Qt::gray;
     QColor resultColor_ = Qt::blue;
+    bool hasPoints_ = false;
     QRectF bounds_;        // of all points, in the map's units
     double fitScale_ = 1;  // pixels per unit at a zoom of 1
     double zoom_ = 1;

@@ -8,15 +8,43 @@ Card {
 
     required property AppModel app
     readonly property MapController map: app.map
-    // The point that was played last, or that the keyboard is on; -1 for none.
+    // The point that was played last, or that the keyboard is on; -1 for none. And its file.
     property int current: -1
+    property url currentURL
+    // The point that was clicked last, unless something else was played since; -1 for none.
+    property int clicked: -1
 
     signal closeRequested
 
-    function play(point: int) {
+    onCurrentChanged: currentURL = map.urlAt(current)
+
+    function select(point: int) {
         current = point;
+        clicked = -1;
+    }
+    // Plays or stops it.
+    function play(point: int) {
+        select(point);
         if (point >= 0)
             app.playback.togglePlay(map.urlAt(point));
+    }
+    // Unless it sounds already.
+    function rest(point: int) {
+        current = point;
+        if (String(app.playback.playingURL) === String(map.urlAt(point)))
+            return;
+        clicked = -1;
+        app.playback.play(map.urlAt(point));
+    }
+    // The second click on a point stops it; before the first it may sound because the pointer rests there.
+    function click(point: int) {
+        const again = point === clicked;
+        select(point);
+        clicked = point;
+        if (again)
+            app.playback.togglePlay(map.urlAt(point));
+        else
+            app.playback.play(map.urlAt(point));
     }
     function go(dx: int, dy: int) {
         const next = points.neighbour(current, dx, dy);
@@ -137,8 +165,9 @@ Card {
                 target: view.map
 
                 function onPointsChanged() {
-                    if (view.current >= view.map.count)
-                        view.current = -1;
+                    // Its number may be another file's by now.
+                    if (String(view.map.urlAt(view.current)) !== String(view.currentURL))
+                        view.select(-1);
                 }
             }
             Rectangle {
@@ -182,8 +211,8 @@ Card {
                 property int point: -1
 
                 interval: 150
-                onTriggered: if (plays && point >= 0 && point !== view.current)
-                    view.play(point)
+                onTriggered: if (plays && point >= 0)
+                    view.rest(point)
             }
             MouseArea {
                 id: pointer
@@ -230,10 +259,10 @@ Card {
                         return;
                     const point = points.pointAt(Qt.point(mouse.x, mouse.y));
                     if (point >= 0) {
-                        view.play(point);
+                        view.click(point);
                         return;
                     }
-                    view.current = -1;
+                    view.select(-1);
                     view.map.audition(points.placeAt(Qt.point(mouse.x, mouse.y)));
                 }
                 onExited: {

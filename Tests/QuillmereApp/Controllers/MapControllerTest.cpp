@@ -9,6 +9,7 @@
 #include <QRegularExpression>
 #include <algorithm>
 #include <cmath>
+#include <ranges>
 
 #include "QuillmereApp/Items/PointMapItem.h"
 #include "QuillmereApp/Support/AppModelProbe.h"
@@ -94,6 +95,19 @@ private slots:
         QVERIFY(map.isShown());
     }
 
+    void whileItIsNotShownResultsCostNothing() {
+        Mapped mapped;
+        mapped.map().setShown(false);
+        QSignalSpy points(&mapped.map(), &MapController::pointsChanged);
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(3);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QCOMPARE(points.count(), 0);
+        mapped.map().setShown(true);
+        QCOMPARE(mapped.map().count(), 8);
+    }
+
     void aRenamedResultStaysOnIt() {
         Mapped mapped;
         mapped.app.setOutputText(mapped.world.path("out"));
@@ -140,11 +154,27 @@ private slots:
     void whileOneIsMadeTheNewestPlaceWaits() {
         Mapped mapped;
         QSignalSpy played(mapped.app.generation(), &GenerationController::auditionFinished);
-        for (int i = 0; i < 5; ++i)
-            mapped.map().audition({0.1 * i, 0});
+        const auto bytes = [&] {
+            return TestWorld::read(mapped.app.generation()->auditionURL().toLocalFile());
+        };
+        // Those of clips differ.
+        const std::vector<MapPlace> places = mapped.map().places();
+        const auto auditionAt = [&](std::size_t clip) {
+            mapped.map().audition({places[clip].x, places[clip].y});
+        };
+        auditionAt(4);
+        QVERIFY(waitUntilIdle(mapped.app));
+        const QByteArray newest = bytes();
+        auditionAt(0);
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(bytes() != newest);
+        played.clear();
+        for (std::size_t clip = 0; clip < 5; ++clip)
+            auditionAt(clip);
         QVERIFY(QTest::qWaitFor([&] { return played.count() == 2 && !mapped.app.isBusy(); }, 30000));
         deliverEvents();
         QCOMPARE(played.count(), 2);
+        QVERIFY(bytes() == newest);
         // Cancelling drops what waits.
         mapped.map().audition({0, 0});
         mapped.map().audition({1, 0});
@@ -248,22 +278,69 @@ private slots:
         }
     }
 
+    void anotherMapIsSeenWhole() {
+        Mapped mapped;
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        item.zoomAt({200, 150}, 20);
+        item.pan({1e6, 1e6});
+        mapped.world.steps = 3;
+        mapped.app.train();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QVERIFY(waitUntilReady(mapped.map()));
+        QCOMPARE(item.zoom(), 1.0);
+        for (int point = 0; point < 5; ++point)
+            QVERIFY(QRectF(20, 20, 360, 260).contains(item.positionOf(point)));
+    }
+
+    void whatIsSeenOfItStaysWhenResultsCome() {
+        Mapped mapped;
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        item.zoomAt(item.positionOf(1), 3);
+        const QPointF before = item.positionOf(1);
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(1);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QCOMPARE(mapped.map().count(), 6);
+        QCOMPARE(item.zoom(), 3.0);
+        QCOMPARE(item.positionOf(1), before);
+    }
+
     void arrowsGoToTheNearestThatWay() {
         Mapped mapped;
         PointMapItem item;
         item.setSize({400, 300});
         item.setMap(&mapped.map());
-        const int start = item.neighbour(-1, 1, 0);
-        QVERIFY(start >= 0);
-        int point = start;
-        for (int i = 0; i < 10; ++i) {
-            const int next = item.neighbour(point, 1, 0);
-            QVERIFY(next == point || item.positionOf(next).x() > item.positionOf(point).x());
-            point = next;
+        QVERIFY(item.neighbour(-1, 1, 0) >= 0);
+        const auto& places = mapped.map().places();
+        for (const QPoint way : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)}) {
+            const auto along = [&](int point) {
+                const MapPlace& place = places[static_cast<std::size_t>(point)];
+                return place.x * way.x() + place.y * way.y();
+            };
+            int moves = 0;
+            for (int from = 0; from < 5; ++from) {
+                const int next = item.neighbour(from, way.x(), way.y());
+                if (next == from) continue;
+                QVERIFY(along(next) > along(from));
+                ++moves;
+            }
+            QVERIFY2(moves > 0, "nobody goes that way");
         }
-        QCOMPARE(item.neighbour(point, 1, 0), point);
-        const int above = item.neighbour(point, 0, 1);
-        QVERIFY(above == point || item.positionOf(above).y() < item.positionOf(point).y());
+        // From end to end along x, in which the points differ most.
+        const auto numbers = std::views::iota(0, 5);
+        int point = *std::ranges::min_element(numbers, {}, [&](int i) { return item.positionOf(i).x(); });
+        int visited = 1;
+        for (int next = item.neighbour(point, 1, 0); next != point; next = item.neighbour(point, 1, 0)) {
+            QVERIFY(item.positionOf(next).x() > item.positionOf(point).x());
+            point = next;
+            ++visited;
+        }
+        QVERIFY2(visited > 1, qPrintable(QString::number(visited)));
     }
 
     void paintsClipsAndResults() {

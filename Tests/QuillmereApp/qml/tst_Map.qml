@@ -64,6 +64,43 @@ WindowCase {
         mouseClick(item("points"), at.x, at.y);
         compare(String(app.playback.playingURL), "");
     }
+    function test_aClickPlaysWhatThePointerHasPlayedAlready() {
+        shown();
+        const at = middleOf(2);
+        mouseMove(item("points"), at.x, at.y);
+        verifyPlays(2);
+        mouseClick(item("points"), at.x, at.y);
+        verifyPlays(2);
+        mouseClick(item("points"), at.x, at.y);
+        compare(String(app.playback.playingURL), "");
+    }
+    function test_restingOnAPointAgainPlaysItAgain() {
+        shown();
+        const at = middleOf(2);
+        const aside = emptyPlace();
+        for (let i = 0; i < 2; ++i) {
+            mouseMove(item("points"), at.x, at.y);
+            verifyPlays(2);
+            app.playback.stop();
+            mouseMove(item("points"), aside.x, aside.y);
+        }
+    }
+    function test_aPointThatIsAnotherFileByNowIsNotChosenAnyMore() {
+        generated(2);
+        keyClick(Qt.Key_M);
+        tryVerify(() => app.map.isReady && focusName() === "points", limit);
+        const at = middleOf(4);
+        const point = item("points").pointAt(at);
+        mouseClick(item("points"), at.x, at.y);
+        verifyPlays(point);
+        verifySeen(app.map.nameAt(point));
+        app.generation.generate();
+        idle();
+        if (point >= app.map.clips)
+            verifySeen("Click a point to hear it, or between the points for something new.");
+        else
+            verifySeen(app.map.nameAt(point));
+    }
     function test_restingThePointerPlaysUnlessItIsNotWanted() {
         shown();
         const at = middleOf(2);
@@ -87,11 +124,14 @@ WindowCase {
         shown();
         keyClick(Qt.Key_Right);
         tryVerify(() => String(app.playback.playingURL).length > 0, limit);
-        const first = String(app.playback.playingURL);
-        keyClick(Qt.Key_Left);
-        keyClick(Qt.Key_Left);
-        keyClick(Qt.Key_Right);
-        keyClick(Qt.Key_Right);
+        // From one end to the other.
+        const heard = new Set([String(app.playback.playingURL)]);
+        for (const key of [Qt.Key_Left, Qt.Key_Left, Qt.Key_Left, Qt.Key_Right, Qt.Key_Right, Qt.Key_Right]) {
+            keyClick(key);
+            tryVerify(() => String(app.playback.playingURL).length > 0, limit);
+            heard.add(String(app.playback.playingURL));
+        }
+        verify(heard.size > 1, "one point only");
         app.playback.stop();
         keyClick(Qt.Key_Space);
         tryVerify(() => String(app.playback.playingURL).length > 0, limit);
