@@ -40,7 +40,7 @@ QString detailOf(const ModelMetadata& metadata) {
 }  // namespace
 
 ModelsController::~ModelsController() {
-    closing_.cancel();
+    if (look_) look_->cancel();
 }
 
 QString ModelsController::Entry::name() const {
@@ -68,19 +68,28 @@ std::vector<ModelsController::Entry> ModelsController::entriesIn(const std::file
 
 void ModelsController::look() {
     assign(*this, isLooking_, true, &ModelsController::isLookingChanged);
-    const quint64 look = ++look_;
-    tasks_.run([root = environment().modelsRoot, stop = closing_.token()] { return entriesIn(root, stop); },
-               [this, look](std::vector<Entry> entries) {
+    if (look_) look_->cancel();
+    look_ = std::make_shared<CancelFlag>();
+    tasks_.run([root = environment().modelsRoot, stop = look_->token()] { return entriesIn(root, stop); },
+               [this, look = look_](std::vector<Entry> entries) {
                    if (look != look_) return;
+                   look_.reset();
                    entries_ = std::move(entries);
                    emit modelsChanged();
                    assign(*this, isLooking_, false, &ModelsController::isLookingChanged);
                },
-               [this, look](const TaskFailure& failure) {
+               [this, look = look_](const TaskFailure& failure) {
                    if (look != look_) return;
+                   look_.reset();
                    report(failure);
                    assign(*this, isLooking_, false, &ModelsController::isLookingChanged);
                });
+}
+
+void ModelsController::stopLooking() {
+    if (!look_) return;
+    std::exchange(look_, nullptr)->cancel();
+    assign(*this, isLooking_, false, &ModelsController::isLookingChanged);
 }
 
 const ModelsController::Entry* ModelsController::at(int row) const {

@@ -36,8 +36,10 @@ public:
     // Where the model is stored that is in use; empty for none.
     void setOpen(const std::filesystem::path& folder);
 
-    // Looks for the models.
+    // Looks for the models, which takes as long as to open them all.
     Q_INVOKABLE void look();
+    // models stays as it is then.
+    Q_INVOKABLE void stopLooking();
     // Opens the folder of a row of models, with that model, unless it is in use. Refused while training or
     // generating, for one that cannot be used, and where the folder is gone.
     Q_INVOKABLE void open(int row);
@@ -78,11 +80,10 @@ private:
 
     std::filesystem::path open_;
     bool isLooking_ = false;
-    quint64 look_ = 0;  // number of the newest look
+    std::shared_ptr<CancelFlag> look_;  // that is going on
     std::vector<Entry> entries_;
     std::set<std::filesystem::path> leaving_;  // on their way to the trash
     std::vector<Removed> removed_;             // the last one last
-    CancelFlag closing_;                       // ends a look
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

@@ -21,6 +21,7 @@ Sheet {
         stored.look();
         list.forceActiveFocus(Qt.OtherFocusReason);
     }
+    onClosed: stored.stopLooking()
     actions: ActionButton {
         objectName: "restoreModel"
         visible: sheet.stored.removedName.length > 0

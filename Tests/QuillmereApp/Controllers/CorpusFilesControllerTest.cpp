@@ -102,9 +102,11 @@ private slots:
         const auto corpus = scanned(world.makeCorpus("corpus"));
         QVERIFY(reader.read(corpus));
         QCOMPARE(reader.controller.summary(), QStringLiteral("3 files: 3 fine"));
+        QSignalSpy reading(&reader.controller, &CorpusFilesController::isReadingChanged);
         QVERIFY(reader.read(corpus));
         reader.controller.read();
         QVERIFY(!reader.controller.isReading());
+        QCOMPARE(reading.count(), 0);
         QVERIFY(reader.read(scanned(world.makeCorpus("other", 1))));
         QCOMPARE(reader.controller.summary(), QStringLiteral("1 file: 1 fine"));
     }

@@ -56,6 +56,25 @@ private slots:
         QCOMPARE(app.errorMessage(), QString());
     }
 
+    void aLookCanBeEnded() {
+        TwoModels two;
+        const QVariantList before = two.models().models();
+        TestWorld::write(two.world.path("data/Quillmere/Models/Third-0123456789abcdef/weights.bin"),
+                         "a part");
+        QSignalSpy changed(&two.models(), &ModelsController::modelsChanged);
+        two.models().look();
+        two.models().stopLooking();
+        QVERIFY(!two.models().isLooking());
+        AppModelProbe::waitForWork(two.models());
+        deliverEvents();
+        QCOMPARE(changed.count(), 0);
+        QCOMPARE(two.models().models(), before);
+        two.models().stopLooking();  // there is none
+        two.models().look();
+        QVERIFY(waitUntilSeen(two.models()));
+        QCOMPARE(two.models().models().size(), 3);
+    }
+
     void listsThemWithWhatTellsThemApart() {
         TwoModels two;
         QCOMPARE(two.models().models().size(), 2);
