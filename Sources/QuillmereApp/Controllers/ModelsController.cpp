@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QVariantMap>
 #include <algorithm>
+#include <chrono>
 #include <system_error>
 #include <utility>
 
@@ -122,17 +123,23 @@ void ModelsController::remove(int row) {
     const std::filesystem::path folder = entry->stored.folder;
     if (!leaving_.insert(folder).second) return;
     tasks_.run(
-        [folder, trash = environment().moveToTrash] {
+        [folder, isRemains = !entry->stored.holdsModel,
+         trash = environment().moveToTrash]() -> std::optional<std::filesystem::path> {
+            if (isRemains) {
+                // Hidden files beside the place of a model, of no use to anybody.
+                (void)ModelStore::remove(folder, {}, std::chrono::milliseconds(0));
+                return std::nullopt;
+            }
             const std::optional<std::filesystem::path> inTrash = trash(folder);
             if (!inTrash)
                 throw Failure(
                     "The model could not be moved to the trash. Delete it with: quillmere-cli models "
                     "remove");
-            return *inTrash;
+            return inTrash;
         },
-        [this, removed = *entry](const std::filesystem::path& inTrash) {
+        [this, removed = *entry](const std::optional<std::filesystem::path>& inTrash) {
             leaving_.erase(removed.stored.folder);
-            removed_.push_back({.entry = removed, .inTrash = inTrash});
+            if (inTrash) removed_.push_back({.entry = removed, .inTrash = *inTrash});
             std::erase_if(entries_,
                           [&](const Entry& other) { return other.stored.folder == removed.stored.folder; });
             emit modelsChanged();
@@ -174,6 +181,7 @@ QVariantList ModelsController::models() const {
             {QStringLiteral("detail"), metadata ? detailOf(*metadata) : QString()},
             {QStringLiteral("sizeText"), ModelText::size(entry.stored.bytes + entry.stored.remains)},
             {QStringLiteral("problem"), metadata ? QString() : std::get<QString>(entry.content)},
+            {QStringLiteral("isRemains"), !entry.stored.holdsModel},
             {QStringLiteral("isOpen"), entry.stored.folder == open_},
             {QStringLiteral("folder"), toQString(entry.stored.folder)}});
     }

@@ -23,7 +23,8 @@ class ModelsController : public Controller {
     QML_UNCREATABLE("AppModel owns it")
     Q_PROPERTY(bool isLooking READ isLooking NOTIFY isLookingChanged)
     // The newest first, then those that cannot be used: {name, path, detail, sizeText, problem (why it cannot
-    // be used, or empty), isOpen (it is in use now), folder (it is stored in; each has its own)}
+    // be used, or empty), isRemains (there is no model), isOpen (it is in
+    // use now), folder (it is stored in; each has its own)}
     Q_PROPERTY(QVariantList models READ models NOTIFY modelsChanged)
     Q_PROPERTY(QString totalText READ totalText NOTIFY modelsChanged)  // "3 models, 18.4 MB"
     Q_PROPERTY(
@@ -43,7 +44,8 @@ public:
     // Opens the folder of a row of models, with that model, unless it is in use. Refused while training or
     // generating, for one that cannot be used, and where the folder is gone.
     Q_INVOKABLE void open(int row);
-    // Moves the model of a row to the desktop's trash, unless it is in use or on its way there.
+    // Moves the model of a row to the desktop's trash, unless it is in use or on its way there. Remains of
+    // one are deleted.
     Q_INVOKABLE void remove(int row);
     // Brings back what remove has moved last; then what it has moved before.
     Q_INVOKABLE void restore();

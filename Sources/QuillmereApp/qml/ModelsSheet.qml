@@ -168,8 +168,8 @@ Sheet {
                 anchors.verticalCenter: parent.verticalCenter
                 focusPolicy: Qt.NoFocus
                 iconName: "xmark"
-                text: "Move to the trash"
-                tip: "Move to the trash (Del)"
+                text: entry.modelData.isRemains ? "Delete" : "Move to the trash"
+                tip: text + " (Del)"
                 Accessible.name: text + ": " + entry.modelData.name
                 onClicked: sheet.stored.remove(entry.index)
             }

@@ -223,6 +223,22 @@ private slots:
         QCOMPARE(two.app.bundle(), generator);
     }
 
+    void deletesTheRemainsOfOne() {
+        TwoModels two;
+        const QString name = QStringLiteral("Third-0123456789abcdef");
+        const QString remains = two.world.path("data/Quillmere/Models/.") + name + ".new-1-1";
+        TestWorld::write(remains + "/weights.bin", "a part");
+        two.models().look();
+        QVERIFY(waitUntilSeen(two.models()));
+        QVERIFY(at(two.models(), two.row(name)).value("isRemains").toBool());
+        QVERIFY(!at(two.models(), two.row("First")).value("isRemains").toBool());
+        two.models().remove(two.row(name));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 2; }, 30000));
+        QVERIFY(!QFileInfo::exists(remains));
+        QCOMPARE(two.app.errorMessage(), QString());
+        QCOMPARE(two.models().removedName(), QString());  // nothing that could come back
+    }
+
     void keepsTheOneThatIsInUse() {
         TwoModels two;
         two.models().remove(two.row("Second"));
