@@ -3,10 +3,8 @@
 #include <QImage>
 #include <QPainter>
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <span>
 #include <utility>
@@ -37,7 +35,7 @@ struct Stamp {
     std::vector<std::uint8_t> coverage;  // [side][side]
 };
 
-// Discs that add up where they lie on one another.
+// Discs of one colour that add up where they lie on one another.
 class Layer {
 public:
     Layer(QSize size, double radius) : image_(size, QImage::Format_Alpha8), stamp_(radius) { image_.fill(0); }
@@ -55,59 +53,19 @@ public:
         }
     }
 
-    // How much of each pixel of that line they cover, in 255ths.
-    [[nodiscard]] const std::uint8_t* line(int y) const { return image_.constScanLine(y); }
+    [[nodiscard]] QImage in(const QColor& color) const {
+        QImage painted(image_.size(), QImage::Format_ARGB32_Premultiplied);
+        painted.fill(color);
+        QPainter painter(&painted);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        painter.drawImage(0, 0, image_);
+        return painted;
+    }
 
 private:
     QImage image_;
     Stamp stamp_;
 };
-
-// A colour by how much it covers, premultiplied.
-std::array<QRgb, 256> shadesOf(const QColor& color) {
-    std::array<QRgb, 256> shades{};
-    for (int coverage = 0; coverage < 256; ++coverage)
-        shades[static_cast<std::size_t>(coverage)] =
-            qPremultiply(qRgba(color.red(), color.green(), color.blue(), color.alpha() * coverage / 255));
-    return shades;
-}
-
-QRgb over(QRgb top, QRgb below) {
-    const int through = 255 - qAlpha(top);
-    const auto blend = [&](int upper, int lower) { return upper + (lower * through + 127) / 255; };
-    return qRgba(blend(qRed(top), qRed(below)), blend(qGreen(top), qGreen(below)),
-                 blend(qBlue(top), qBlue(below)), blend(qAlpha(top), qAlpha(below)));
-}
-
-// Most of a map is: looked at so many pixels at a time.
-constexpr int stretch = 16;
-
-bool isEmpty(const std::uint8_t* pixels, int count) {
-    static constexpr std::array<std::uint8_t, stretch> nothing{};
-    return std::memcmp(pixels, nothing.data(), static_cast<std::size_t>(count)) == 0;
-}
-
-// Both in one image, because each that is as large as the window takes its time.
-QImage painted(const Layer& clips, const QColor& clipColor, const Layer& results, const QColor& resultColor,
-               QSize size) {
-    const auto clipShades = shadesOf(clipColor);
-    const auto resultShades = shadesOf(resultColor);
-    QImage image(size, QImage::Format_ARGB32_Premultiplied);
-    image.fill(0);
-    for (int y = 0; y < size.height(); ++y) {
-        auto* const target = reinterpret_cast<QRgb*>(image.scanLine(y));
-        const std::uint8_t* const below = clips.line(y);
-        const std::uint8_t* const top = results.line(y);
-        for (int start = 0; start < size.width(); start += stretch) {
-            const int count = std::min(stretch, size.width() - start);
-            if (isEmpty(below + start, count) && isEmpty(top + start, count)) continue;
-            for (int x = start; x < start + count; ++x)
-                target[x] =
-                    top[x] == 0 ? clipShades[below[x]] : over(resultShades[top[x]], clipShades[below[x]]);
-        }
-    }
-    return image;
-}
 
 }  // namespace
 
@@ -284,19 +242,18 @@ void PointMapItem::paint(QPainter* painter) {
     const QSize size = (QSizeF(width(), height()) * ratio).toSize();
     const std::span<const MapPlace> places = map_->places();
     const auto clips = static_cast<std::size_t>(map_->clips());
-    const auto layerOf = [&](std::span<const MapPlace> some, double radius) {
-        const double around = (radius + 2) * ratio;
-        const QRectF seen = QRectF(QPointF(), QSizeF(size)).adjusted(-around, -around, around, around);
+    const auto draw = [&](std::span<const MapPlace> some, double radius, const QColor& color) {
+        if (some.empty()) return;
         Layer layer(size, radius * ratio);
         for (const MapPlace& place : some) {
             const QPointF position = positionOf(place) * ratio;
-            if (seen.contains(position)) layer.add(position);
+            if (QRectF(QPointF(), QSizeF(size)).adjusted(-reach, -reach, reach, reach).contains(position))
+                layer.add(position);
         }
-        return layer;
+        painter->drawImage(QRectF(0, 0, width(), height()), layer.in(color));
     };
-    painter->drawImage(QRectF(0, 0, width(), height()),
-                       painted(layerOf(places.first(clips), clipRadius), clipColor_,
-                               layerOf(places.subspan(clips), resultRadius), resultColor_, size));
+    draw(places.first(clips), clipRadius, clipColor_);
+    draw(places.subspan(clips), resultRadius, resultColor_);
 }
 
 }  // namespace quillmere
