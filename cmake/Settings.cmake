@@ -31,6 +31,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     target_compile_options(QuillmereSettings INTERFACE -Wno-restrict)
 endif()
 
+# With a sanitizer's checks in between, GCC loses sight of what an optional holds and takes it for uninitialised.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND NOT QUILLMERE_SANITIZE STREQUAL "")
+    target_compile_options(QuillmereSettings INTERFACE -Wno-maybe-uninitialized)
+endif()
+
 if(QUILLMERE_SANITIZE STREQUAL "address")
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
 elseif(QUILLMERE_SANITIZE STREQUAL "thread")
