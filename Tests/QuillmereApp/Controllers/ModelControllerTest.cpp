@@ -62,6 +62,26 @@ void Learner::openTrained(const QUrl& folder) {
     QVERIFY2(model.isReady(), qPrintable(told.error));
 }
 
+// A folder whose model cannot be stored: while it is learned, a file comes where all models are stored, at
+// root.
+struct Unstorable {
+    Unstorable() : root(toQString(world.environment.modelsRoot)), learner(prepared()) {
+        learner.open(world.makeCorpus("corpus"));
+    }
+    [[nodiscard]] const TestWorld& prepared() {
+        world.steps = 5;
+        world.inTheMidst(Run::training, 1, [this] {
+            QDir(root).removeRecursively();
+            TestWorld::write(root, "a file where the folder was");
+        });
+        return world;
+    }
+
+    TestWorld world;
+    QString root;
+    Learner learner;
+};
+
 }  // namespace
 
 class ModelControllerTest : public QObject {
@@ -503,16 +523,10 @@ private slots:
     }
 
     void aModelThatCannotBeStoredIsNotLost() {
-        TestWorld world;
-        world.steps = 5;
-        const QString root = toQString(world.environment.modelsRoot);
-        world.inTheMidst(Run::training, 1, [&] {
-            QDir(root).removeRecursively();
-            TestWorld::write(root, "a file where the folder was");
-        });
-        Learner learner(world);
+        Unstorable unstorable;
+        Learner& learner = unstorable.learner;
         ModelController& model = learner.model;
-        learner.open(world.makeCorpus("corpus"));
+        const QString& root = unstorable.root;
         QSignalSpy finished(&model, &ModelController::trainingFinished);
         model.train();
         QVERIFY(waitUntilLearned(model));
@@ -543,16 +557,10 @@ private slots:
     }
 
     void aModelThatIsNotStoredIsStoredWhenAnotherFolderIsChosen() {
-        TestWorld world;
-        world.steps = 5;
-        const QString root = toQString(world.environment.modelsRoot);
-        world.inTheMidst(Run::training, 1, [&] {
-            QDir(root).removeRecursively();
-            TestWorld::write(root, "a file where the folder was");
-        });
-        Learner learner(world);
-        ModelController& model = learner.model;
-        learner.open(world.makeCorpus("corpus"));
+        Unstorable unstorable;
+        const Learner& learner = unstorable.learner;
+        ModelController& model = unstorable.learner.model;
+        const QString& root = unstorable.root;
         model.train();
         QVERIFY(waitUntilLearned(model));
         QVERIFY(model.isUnstored());
@@ -566,16 +574,10 @@ private slots:
     }
 
     void aModelThatCannotBeStoredEvenThenIsNotLost() {
-        TestWorld world;
-        world.steps = 5;
-        const QString root = toQString(world.environment.modelsRoot);
-        world.inTheMidst(Run::training, 1, [&] {
-            QDir(root).removeRecursively();
-            TestWorld::write(root, "a file where the folder was");
-        });
-        Learner learner(world);
-        ModelController& model = learner.model;
-        learner.open(world.makeCorpus("corpus"));
+        Unstorable unstorable;
+        const Learner& learner = unstorable.learner;
+        ModelController& model = unstorable.learner.model;
+        const QString& root = unstorable.root;
         model.train();
         QVERIFY(waitUntilLearned(model));
         const auto folder = ModelStore::directory(*learner.summary, learner.root);
