@@ -223,13 +223,15 @@ private slots:
         world.machine.add("Twin", Type::discrete);
         world.machine.add("Twin", Type::discrete);
         const network::DeviceIdentity second = world.machine.devices[2].identity;
-        AppModel model(world.environment);
-        choose(model, 3);
-        QCOMPARE(model.devices()->name(), QStringLiteral("Twin (2)"));
-        std::swap(world.machine.devices[1], world.machine.devices[2]);
-        list(model);
-        QCOMPARE(model.devices()->chosenIndex(), 2);
-        QCOMPARE(model.devices()->name(), QStringLiteral("Twin"));
+        {
+            AppModel model(world.environment);
+            choose(model, 3);
+            QCOMPARE(model.devices()->name(), QStringLiteral("Twin (2)"));
+            std::swap(world.machine.devices[1], world.machine.devices[2]);
+            list(model);
+            QCOMPARE(model.devices()->chosenIndex(), 2);
+            QCOMPARE(model.devices()->name(), QStringLiteral("Twin"));
+        }
         AppModel restarted(world.environment);
         prepareTrained(restarted, world.makeCorpus("corpus"));
         QVERIFY(world.machine.opened.back() == second);

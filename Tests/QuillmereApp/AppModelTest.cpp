@@ -855,6 +855,7 @@ private slots:
         TestWorld world;
         AppModel one(world.environment);
         prepareToGenerate(one, world, 8);
+        QTRY_VERIFY(TestWorld::read(world.environment.settingsFile).contains("corpusPath="));
         AppModel other(world.environment);
         QVERIFY(waitUntilIdle(other));
         other.setOutputText(world.path("out"));

@@ -125,6 +125,7 @@ public:
         };
         environment.mayHaveGraphicsCard = false;
         environment.machine = &machine;
+        environment.looks = std::make_shared<FolderLooks>(FolderLooks::onDisk, std::chrono::minutes(2));
         QDir(folder_.path()).mkpath("tmp");
         QDir(folder_.path()).mkpath("home");
     }
@@ -238,7 +239,7 @@ inline void deliverEvents() {
 }
 
 // Waits until nothing runs and what is stored has been loaded.
-inline bool waitUntilIdle(AppModel& app, int milliseconds = 30000) {
+inline bool waitUntilIdle(AppModel& app, int milliseconds = 120000) {
     return QTest::qWaitFor([&] { return !app.isBusy() && !app.model()->isLoading(); }, milliseconds);
 }
 
