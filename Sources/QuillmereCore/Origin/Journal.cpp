@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Descriptor.h"
 #include "QuillmereCore/Util/Digest.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -35,6 +36,9 @@ constexpr std::size_t digestDigits = 64;
 constexpr std::string_view beforeBytes = R"({"sha256":")";
 constexpr std::string_view beforeSound = R"(","sound":")";
 
+// How lines of sets begin, so that they are none of those.
+constexpr std::string_view beforeCount = R"({"heard":)";
+
 struct LineDigests {
     std::string_view bytes, sound;
 };
@@ -53,6 +57,20 @@ std::optional<JournalEntry> tryDecode(std::string_view line) {
     } catch (const RecipeError&) {
         return std::nullopt;
     }
+}
+
+std::optional<Journal::Line> tryDecodeAny(std::string_view line) {
+    try {
+        if (digestsOf(line)) return decodeJournalEntry(line);
+        if (line.starts_with(beforeCount)) return decodeJournalSet(line);
+    } catch (const RecipeError&) {
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
+RecipeError damagedEntry(const DecodingError& error) {
+    return {RecipeError::Kind::damaged, std::string("the entry is damaged: ") + error.what()};
 }
 
 // ---- Files
@@ -163,8 +181,43 @@ JournalEntry decodeJournalEntry(std::string_view line) {
                 .written = json::stringMember(object, "written"),
                 .recipe = decodeRecipe(json::objectMember(object, "recipe").dump())};
     } catch (const DecodingError& error) {
-        throw RecipeError(RecipeError::Kind::damaged, std::string("the entry is damaged: ") + error.what());
+        throw damagedEntry(error);
     }
+}
+
+std::string encodeJSON(const JournalSet& set) {
+    Writer line;
+    line["heard"] = set.count;
+    line["made"] = set.made;
+    line["recipe"] = Writer::parse(encodeJSON(set.first));
+    if (set.parent)
+        line["parent"] = {{"name", set.parent->name},
+                          {"recipe", Writer::parse(encodeJSON(set.parent->recipe))}};
+    constexpr int onOneLine = -1;
+    return line.dump(onOneLine, ' ', false, Writer::error_handler_t::replace);
+}
+
+JournalSet decodeJournalSet(std::string_view line) {
+    try {
+        const auto object = json::parseObject<Reader>(line);
+        JournalSet set{.count = json::integerMember(object, "heard"),
+                       .made = json::stringMember(object, "made"),
+                       .first = decodeRecipe(json::objectMember(object, "recipe").dump()),
+                       .parent = {}};
+        if (set.count < 1) throw DecodingError("\"heard\" must be 1 or more");
+        if (object.contains("parent")) {
+            const Reader& parent = json::objectMember(object, "parent");
+            set.parent = {.name = json::stringMember(parent, "name"),
+                          .recipe = decodeRecipe(json::objectMember(parent, "recipe").dump())};
+        }
+        return set;
+    } catch (const DecodingError& error) {
+        throw damagedEntry(error);
+    }
+}
+
+std::string journalTime() {
+    return ModelStore::isoDate(std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
 }
 
 Journal::Journal(fs::path file, Limits limits) : file_(std::move(file)), limits_(limits) {
@@ -190,7 +243,14 @@ std::uint64_t Journal::bytes() const {
 }
 
 void Journal::append(const JournalEntry& entry) const {
-    std::string line = encodeJSON(entry) + "\n";
+    appendLine(encodeJSON(entry) + "\n");
+}
+
+void Journal::append(const JournalSet& set) const {
+    appendLine(encodeJSON(set) + "\n");
+}
+
+void Journal::appendLine(std::string line) const {
     makeRoom(line.size());
     const Descriptor descriptor = openToAppend(file_);
     if (endsWithinLine(descriptor, statusOf(descriptor, file_).st_size)) line.insert(0, 1, '\n');
@@ -294,6 +354,16 @@ std::vector<JournalEntry> Journal::newest(std::size_t count, const std::stop_tok
         if (std::optional<JournalEntry> entry = tryDecode(line)) entries.push_back(std::move(*entry));
     }
     return entries;
+}
+
+void Journal::read(const std::function<bool(std::string_view line)>& wanted,
+                   const std::function<void(Line line)>& take, const std::stop_token& stop) const {
+    scan(
+        [&](std::string_view line) {
+            if (!wanted(line)) return;
+            if (std::optional<Line> decoded = tryDecodeAny(line)) take(std::move(*decoded));
+        },
+        stop);
 }
 
 }  // namespace quillmere

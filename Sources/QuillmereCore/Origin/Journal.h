@@ -9,6 +9,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
 #include "QuillmereCore/Origin/Recipe.h"
@@ -36,12 +37,35 @@ struct JournalEntry {
 
     friend bool operator==(const JournalEntry&, const JournalEntry&) = default;
 };
+// Variations that were rendered to be heard and not written: enough to render them once more.
+struct JournalSet {
+    // Of what they are relatives of, where they are any: the first one's lineage says which.
+    struct Parent {
+        std::string name;  // for people; UTF-8
+        Recipe recipe;
+
+        friend bool operator==(const Parent&, const Parent&) = default;
+    };
+    std::int64_t count = 1;  // at least 1
+    std::string made;        // when, as JournalEntry::written
+    Recipe first;            // of the first of them; its format means nothing
+    std::optional<Parent> parent;
+
+    friend bool operator==(const JournalSet&, const JournalSet&) = default;
+};
+
 // One JSON object on one line. Decoding throws RecipeError.
 [[nodiscard]] std::string encodeJSON(const JournalEntry& entry);
 [[nodiscard]] JournalEntry decodeJournalEntry(std::string_view line);
+[[nodiscard]] std::string encodeJSON(const JournalSet& set);
+[[nodiscard]] JournalSet decodeJournalSet(std::string_view line);
+
+// This moment, as the journal writes it.
+[[nodiscard]] std::string journalTime();
 
 // The recipes of all files that were written, one per line, so that a file is recognised by its bytes while
-// nothing is added to it. Lines are appended and never changed.
+// nothing is added to it; and, in lines of their own, of the sets that were only heard. Lines are appended
+// and never changed.
 //
 // Any number of programs and threads may append at once: each line is one write at the end of the file. One
 // that a crash or a full disk has cut short costs itself, not the next one. When the file reaches its size,
@@ -66,6 +90,7 @@ public:
 
     // Creates the file and its folder if they are missing. Throws FileError.
     void append(const JournalEntry& entry) const;
+    void append(const JournalSet& set) const;
 
     // For each of the wanted files the newest entry with its bytes, else the newest with its sound, else
     // nothing. An empty digest matches none. Reads the journal once. Lines that cannot be read are passed
@@ -76,8 +101,15 @@ public:
     // The newest entries, at most that many, oldest of them first. Throws as find.
     [[nodiscard]] std::vector<JournalEntry> newest(std::size_t count, const std::stop_token& stop = {}) const;
 
+    using Line = std::variant<JournalEntry, JournalSet>;
+    // Hands over everything that can be read and is wanted, oldest first; wanted sees the text of a line, to
+    // spare the decoding of the others. Throws as find.
+    void read(const std::function<bool(std::string_view line)>& wanted,
+              const std::function<void(Line line)>& take, const std::stop_token& stop = {}) const;
+
 private:
     [[nodiscard]] std::filesystem::path segment(int number) const;
+    void appendLine(std::string line) const;
     void makeRoom(std::uint64_t bytes) const;
     void shiftSegments() const;
     // All lines, oldest first, without their line feeds; each is valid during its call.

@@ -226,7 +226,7 @@ Recipe makeRecipe(const SampleOrigin& origin, const RecipeBase& base) {
     // The seeds of the variations lie at equal distances, so that of the request is where index 0 is.
     const std::uint64_t distance =
         SampleGenerator::variationSeed(0, static_cast<std::uint64_t>(origin.index));
-    return {.program = programVersion(),
+    return {.program = base.program.empty() ? programVersion() : base.program,
             .device = base.device,
             .model = origin.model,
             .corpusName = base.corpusName,
@@ -242,6 +242,16 @@ Recipe makeRecipe(const SampleOrigin& origin, const RecipeBase& base) {
             .sources = origin.sources,
             .lineage = base.lineage,
             .fit = origin.fit};
+}
+
+RecipeBase baseOf(const Recipe& recipe) {
+    return {.device = recipe.device,
+            .corpusName = recipe.corpusName,
+            .fingerprint = recipe.fingerprint,
+            .aesthetics = recipe.aesthetics,
+            .format = recipe.format,
+            .lineage = recipe.lineage,
+            .program = recipe.program};
 }
 
 std::string programVersion() {

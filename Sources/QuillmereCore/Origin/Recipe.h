@@ -64,8 +64,11 @@ struct RecipeBase {
     Aesthetics aesthetics{};
     OutputFormat format = OutputFormat::wav24;
     std::optional<Lineage> lineage{};
+    std::string program{};  // version of the program that wrote them; empty for this one
 };
 [[nodiscard]] Recipe makeRecipe(const SampleOrigin& origin, const RecipeBase& base);
+// The reverse: with the recipe's origin it makes the recipe again.
+[[nodiscard]] RecipeBase baseOf(const Recipe& recipe);
 
 // The version of this program, as recipes have it.
 [[nodiscard]] std::string programVersion();

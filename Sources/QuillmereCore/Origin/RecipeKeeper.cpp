@@ -1,11 +1,9 @@
 #include "QuillmereCore/Origin/RecipeKeeper.h"
 
-#include <chrono>
 #include <cstdint>
 #include <limits>
 #include <utility>
 
-#include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Digest.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Paths.h"
@@ -16,10 +14,6 @@ namespace {
 
 // A document is one file of any length.
 constexpr Journal::Limits endless{.segmentBytes = std::numeric_limits<std::uint64_t>::max(), .segments = 1};
-
-std::string now() {
-    return ModelStore::isoDate(std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()));
-}
 
 }  // namespace
 
@@ -50,7 +44,7 @@ void RecipeKeeper::keep(const GenerationHooks::WrittenFile& file) {
     const std::vector<float> heard = AudioIO::asWritten(file.samples, base_.format);
     const JournalEntry entry{.digests = {sha256(file.bytes), soundDigest(heard, file.sampleRate)},
                              .file = Text::utf8(Paths::plain(file.sample.url)),
-                             .written = now(),
+                             .written = journalTime(),
                              .recipe = makeRecipe(file.sample.origin, base_)};
     if (document_) document_->append(entry);
     if (journal_) keepInJournal(entry);

@@ -6,7 +6,10 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 #include <thread>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "QuillmereCore/Util/Failure.h"
@@ -49,6 +52,54 @@ TEST_F(Journalling, AnEntryComesBackAsItWas) {
     const JournalEntry entry = sampleEntry('a', 'b', "/tmp/\"café\"\n.wav");
     EXPECT_EQ(decodeJournalEntry(encodeJSON(entry)), entry);
     EXPECT_EQ(encodeJSON(entry).find('\n'), std::string::npos);
+}
+
+JournalSet sampleSet() {
+    JournalSet set{.count = 12, .made = "2026-01-02T03:04:05Z", .first = sampleRecipe(), .parent = {}};
+    set.first.lineage = Lineage{.way = "like", .parents = {}, .values = {{"closeness", 0.7}}};
+    set.parent = {.name = "\"kick\".wav", .recipe = sampleRecipe()};
+    return set;
+}
+
+TEST_F(Journalling, ASetComesBackAsItWas) {
+    JournalSet set = sampleSet();
+    EXPECT_EQ(decodeJournalSet(encodeJSON(set)), set);
+    EXPECT_EQ(encodeJSON(set).find('\n'), std::string::npos);
+    set.parent.reset();
+    EXPECT_EQ(decodeJournalSet(encodeJSON(set)), set);
+}
+
+TEST_F(Journalling, ASetIsNoFile) {
+    journal.append(sampleEntry('a', 'b', "1"));
+    journal.append(sampleSet());
+    EXPECT_EQ(journal.newest(10).size(), 1U);
+    EXPECT_EQ(find({a, b})->file, "1");
+}
+
+TEST_F(Journalling, ReadsWhatIsWantedInOrder) {
+    journal.append(sampleEntry('a', 'b', "1"));
+    journal.append(sampleSet());
+    writeText(file, readText(file) + "{\"heard\":0}\n{\"heard\":12,\"made\":1}\nrubbish\n");
+    journal.append(sampleEntry('c', 'd', "2"));
+    std::vector<Journal::Line> lines;
+    const auto take = [&](Journal::Line line) { lines.push_back(std::move(line)); };
+    journal.read([](std::string_view) { return true; }, take);
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(std::get<JournalEntry>(lines[0]).file, "1");
+    EXPECT_EQ(std::get<JournalSet>(lines[1]), sampleSet());
+    EXPECT_EQ(std::get<JournalEntry>(lines[2]).file, "2");
+    lines.clear();
+    journal.read([](std::string_view line) { return line.find("/tmp/2") != std::string_view::npos; }, take);
+    EXPECT_TRUE(lines.empty());
+    journal.read([](std::string_view line) { return line.starts_with("{\"heard\""); }, take);
+    EXPECT_EQ(lines.size(), 1U);
+}
+
+TEST_F(Journalling, TellsTheTimeInWholeSeconds) {
+    const std::string now = journalTime();
+    EXPECT_EQ(now.size(), std::string("2026-01-02T03:04:05Z").size());
+    EXPECT_EQ(now.back(), 'Z');
+    EXPECT_GT(now, "2024");
 }
 
 TEST_F(Journalling, FindsAFileByItsBytesAndElseByItsSound) {

@@ -209,5 +209,13 @@ TEST(Recipe, IsMadeFromAnOriginWithTheSeedOfTheRequest) {
     EXPECT_EQ(recipe.program, programVersion());
 }
 
+TEST(Recipe, ItsBaseAndItsOriginMakeItAgain) {
+    Recipe recipe = sampleRecipe();
+    recipe.program = "0.0.9";
+    recipe.lineage = Lineage{.way = "skin", .parents = {"abc"}, .values = {}};
+    recipe.fit = SoundFit{.samples = 100, .gain = 0.5F};
+    EXPECT_EQ(makeRecipe(recipe.origin(), baseOf(recipe)), recipe);
+}
+
 }  // namespace
 }  // namespace quillmere

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "QuillmereCore/Origin/Journal.h"
+
+// What was made at one time, as the journal remembers it. Any thread.
+namespace quillmere {
+
+// The files of one job, or a set that was only heard.
+struct JournalRun {
+    std::vector<JournalEntry> files;  // by the indices of their variations; none for a set
+    std::optional<JournalSet> set{};
+
+    // Of its first sound, and when that was made.
+    [[nodiscard]] const Recipe& recipe() const { return set ? set->first : files.front().recipe; }
+    [[nodiscard]] const std::string& made() const { return set ? set->made : files.front().written; }
+};
+
+// The corpus whose runs are wanted. Either of the two is enough: a folder that has other files by now has
+// another fingerprint, one that was renamed another name.
+struct RunsCorpus {
+    std::string name;
+    std::string fingerprint;
+};
+
+struct RunsLimits {
+    std::size_t runs = 300;
+    std::size_t files = 20'000;  // of all runs; the newest run is there whole
+};
+
+// The runs with models of a corpus, newest first, as many of the newest as the limits allow. Files are of one
+// run that one after the other have the same model, seed, parameters, detail, format and folder, each with an
+// index of its own. Throws as Journal::find.
+[[nodiscard]] std::vector<JournalRun> runsOf(const RunsCorpus& corpus, const Journal& journal,
+                                             const RunsLimits& limits = {}, const std::stop_token& stop = {});
+
+}  // namespace quillmere
