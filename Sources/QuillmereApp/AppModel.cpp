@@ -28,12 +28,17 @@ AppModel::AppModel(Environment environment, QObject* parent)
       candidates_(environment_, candidatesLinks()),
       inspector_(environment_),
       files_(environment_, preferences_),
+      runs_(environment_, [this](const Aesthetics& values) { return character_.presets()->nameOf(values); }),
+      measures_(environment_, {.prints = [this] { return inspector_.prints(); },
+                               .makePrints = [this] { inspector_.makePrints(); }}),
       session_(preferences_, model_, character_, output_) {
     connectAll();
     connectCorpusAndModel();
     connectRuns();
     connectCandidates();
     connectInspector();
+    connectRunsOfBefore();
+    connectMeasures();
     corpus_.restore();
     character_.reloadPresets();
 }
@@ -48,6 +53,8 @@ void AppModel::corpusChanged() {
     model_.setCorpus(corpus_.isChosen(), corpus_.summary());
     inspector_.setCorpus(corpus_.summary());
     corpusFiles_.setCorpus(corpus_.summary());
+    runs_.setCorpus(corpus_.summary());
+    measures_.setCorpus(corpus_.summary());
     modelChanged();
 }
 
@@ -60,7 +67,7 @@ void AppModel::subjectChanged() {
 
 // Thousands of results are copied for it: not before somebody looks.
 void AppModel::mapResults() {
-    if (map_.isShown()) map_.setResults(generation_.results()->samples());
+    if (map_.isShown()) map_.setResults(generation_.results()->all());
 }
 
 void AppModel::openModel(const QUrl& corpus, const std::filesystem::path& folder) {
@@ -144,6 +151,19 @@ void AppModel::showInFileManager() {
         return;
     }
     output_.show(folder, generation_.results()->existingFiles());
+}
+
+void AppModel::sortResults(int order) {
+    if (order < ResultsModel::AsMade || order > ResultsModel::ByNovelty) return;
+    if (order == ResultsModel::ByNovelty) measures_.compareAnyway();
+    generation_.results()->setOrder(static_cast<ResultsModel::Order>(order));
+}
+
+// As they were when a sound was made.
+void AppModel::takeSettings(const Recipe& recipe) {
+    character_.take(recipe.aesthetics);
+    character_.setSeedText(QString::number(recipe.seed));
+    output_.setDetail(recipe.detail);
 }
 
 void AppModel::inspectCandidate(int row) {

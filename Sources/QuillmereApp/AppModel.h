@@ -20,11 +20,13 @@
 #include "QuillmereApp/Controllers/GenerationController.h"
 #include "QuillmereApp/Controllers/InspectorController.h"
 #include "QuillmereApp/Controllers/MapController.h"
+#include "QuillmereApp/Controllers/MeasuresController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
 #include "QuillmereApp/Controllers/ModelsController.h"
 #include "QuillmereApp/Controllers/OutputController.h"
 #include "QuillmereApp/Controllers/PlaybackController.h"
 #include "QuillmereApp/Controllers/ReportController.h"
+#include "QuillmereApp/Controllers/RunsController.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/FolderBrowser.h"
 #include "QuillmereApp/Preferences.h"
@@ -55,6 +57,7 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::ReportController* report READ report CONSTANT)
     Q_PROPERTY(quillmere::ModelsController* models READ models CONSTANT)
     Q_PROPERTY(quillmere::MapController* map READ map CONSTANT)
+    Q_PROPERTY(quillmere::RunsController* runs READ runs CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
     Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
@@ -79,6 +82,8 @@ public:
     [[nodiscard]] ReportController* report() { return &report_; }
     [[nodiscard]] ModelsController* models() { return &models_; }
     [[nodiscard]] MapController* map() { return &map_; }
+    [[nodiscard]] RunsController* runs() { return &runs_; }
+    [[nodiscard]] MeasuresController* measures() { return &measures_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
     [[nodiscard]] FolderBrowser* browser() { return &browser_; }
@@ -96,6 +101,8 @@ public:
     // index: as in devices(). From the next run on; the present model is compiled for that device when it is
     // used next. While something computes, nothing happens but notice().
     Q_INVOKABLE void chooseDevice(int index);
+    // The rows of the results in that order (ResultsModel::Order).
+    Q_INVOKABLE void sortResults(int order);
     // The last audition once more, with detail if it had none, else without; what follows is made the same
     // way. While something runs, nothing happens but notice().
     Q_INVOKABLE void compareDetail();
@@ -169,7 +176,7 @@ signals:
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 13> controllers();
+    [[nodiscard]] std::array<Controller*, 15> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
     [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
@@ -178,11 +185,14 @@ private:
     void connectRuns();
     void connectCandidates();
     void connectInspector();
+    void connectRunsOfBefore();
+    void connectMeasures();
     void corpusChanged();
     void filesGone(int files);
     void modelChanged();
     void subjectChanged();
     void mapResults();
+    void takeSettings(const Recipe& recipe);
     void openModel(const QUrl& corpus, const std::filesystem::path& folder);
     void openStoredModel(const std::filesystem::path& ofTheFolder);
     void activityOfControllersChanged();
@@ -212,6 +222,8 @@ private:
     CandidatesController candidates_;
     InspectorController inspector_;
     FilesController files_;
+    RunsController runs_;
+    MeasuresController measures_;
     Session session_;
 };
 

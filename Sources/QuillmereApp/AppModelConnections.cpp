@@ -4,9 +4,9 @@
 
 namespace quillmere {
 
-std::array<Controller*, 13> AppModel::controllers() {
-    return {&playback_, &character_, &output_,     &corpus_,     &model_,     &corpusFiles_, &report_,
-            &models_,   &map_,       &generation_, &candidates_, &inspector_, &files_};
+std::array<Controller*, 15> AppModel::controllers() {
+    return {&playback_, &character_,  &output_,     &corpus_,    &model_, &corpusFiles_, &report_,  &models_,
+            &map_,      &generation_, &candidates_, &inspector_, &files_, &runs_,        &measures_};
 }
 
 void AppModel::connectAll() {
@@ -98,6 +98,22 @@ void AppModel::connectInspector() {
     connect(&files_, &FilesController::favouritesChanged, generation_.results(),
             &ResultsModel::favouritesChanged);
     generation_.results()->setFavourites([this](const QUrl& file) { return files_.isFavourite(file); });
+}
+
+void AppModel::connectRunsOfBefore() {
+    connect(&runs_, &RunsController::filesOpened, &generation_, &GenerationController::showEarlier);
+    connect(&runs_, &RunsController::setWanted, &candidates_, &CandidatesController::startEarlier);
+    connect(&runs_, &RunsController::settingsWanted, this, &AppModel::takeSettings);
+}
+
+void AppModel::connectMeasures() {
+    generation_.results()->setMeasures([this](const QUrl& file) { return measures_.of(file); });
+    candidates_.list()->setMeasures(
+        [this](const Candidate& candidate) { return measures_.of(candidate.name, candidate.sound); });
+    connect(&inspector_, &InspectorController::printsChanged, &measures_,
+            &MeasuresController::comparisonChanged);
+    connect(&measures_, &MeasuresController::changed, generation_.results(), &ResultsModel::measuresChanged);
+    connect(&measures_, &MeasuresController::changed, candidates_.list(), &CandidatesModel::measuresChanged);
 }
 
 GenerationController::Links AppModel::generationLinks() {

@@ -53,6 +53,14 @@ void CandidatesModel::setPlaying(const QUrl& name) {
     }
 }
 
+void CandidatesModel::setMeasures(std::function<SoundMeasure(const Candidate& candidate)> measureOf) {
+    measureOf_ = std::move(measureOf);
+}
+
+void CandidatesModel::measuresChanged() {
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole});
+}
+
 int CandidatesModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : count();
 }
@@ -75,15 +83,17 @@ QVariant CandidatesModel::data(const QModelIndex& index, int role) const {
             return candidate.isKept();
         case FileNameRole:
             return candidate.file.fileName();
+        case NoveltyRole:
+            return measureOf_(candidate).noveltyText();
         default:
             return {};
     }
 }
 
 QHash<int, QByteArray> CandidatesModel::roleNames() const {
-    return {{NumberRole, "number"},    {SecondsRole, "seconds"},     {DurationTextRole, "durationText"},
-            {PeaksRole, "peaks"},      {IsPlayingRole, "isPlaying"}, {IsKeptRole, "isKept"},
-            {FileNameRole, "fileName"}};
+    return {{NumberRole, "number"},     {SecondsRole, "seconds"},     {DurationTextRole, "durationText"},
+            {PeaksRole, "peaks"},       {IsPlayingRole, "isPlaying"}, {IsKeptRole, "isKept"},
+            {FileNameRole, "fileName"}, {NoveltyRole, "novelty"}};
 }
 
 }  // namespace quillmere

@@ -3,9 +3,11 @@
 #include <QAbstractListModel>
 #include <QQmlEngine>
 #include <QUrl>
+#include <functional>
 #include <vector>
 
 #include "QuillmereApp/Controllers/Candidate.h"
+#include "QuillmereApp/SoundMeasure.h"
 
 namespace quillmere {
 
@@ -16,6 +18,7 @@ namespace quillmere {
 //   isPlaying     bool
 //   isKept        bool: it has a file
 //   fileName      string, of that file; empty without one
+//   novelty       string, as that of ResultsModel
 class CandidatesModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -31,6 +34,7 @@ public:
         IsPlayingRole,
         IsKeptRole,
         FileNameRole,
+        NoveltyRole,
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -46,6 +50,9 @@ public:
     // What is told of it has changed.
     void update(const CandidateHandle& candidate);
     void setPlaying(const QUrl& name);
+    // As ResultsModel has them.
+    void setMeasures(std::function<SoundMeasure(const Candidate& candidate)> measureOf);
+    void measuresChanged();
 
     [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
     [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
@@ -57,6 +64,9 @@ signals:
 private:
     std::vector<CandidateHandle> rows_;
     QUrl playing_;
+    std::function<SoundMeasure(const Candidate& candidate)> measureOf_ = [](const Candidate&) {
+        return SoundMeasure();
+    };
 };
 
 }  // namespace quillmere

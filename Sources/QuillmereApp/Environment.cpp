@@ -16,6 +16,8 @@
 #include "QuillmereCore/Model/HeadStart.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Network/Device/GPU.h"
+#include "QuillmereCore/Origin/Journal.h"
+#include "QuillmereCore/Origin/JournalPreference.h"
 
 namespace quillmere {
 namespace {
@@ -68,6 +70,8 @@ Environment Environment::standard() {
         .looks = std::make_shared<FolderLooks>(),
         .showFiles = FileManager::show,
         .moveToTrash = trash,
+        .journalFile = Journal::place(),
+        .journalIsOn = JournalPreference::isOn,
         .mayHaveGraphicsCard = usesGraphicsCards && hasGraphicsDevice(),
         .machine = &GPU::shared().machine(),
     };

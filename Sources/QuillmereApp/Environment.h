@@ -51,6 +51,12 @@ struct Environment {
     // done. Called in the background.
     std::function<std::optional<std::filesystem::path>(const std::filesystem::path& file)> moveToTrash;
 
+    // Where it is noted how files were made (Journal), for all programs of the user; nothing for none.
+    std::optional<std::filesystem::path> journalFile{};
+    // Whether the user wants new ones to be noted there; empty: yes. Called in the background. Throws
+    // FileError where that cannot be told.
+    std::function<bool()> journalIsOn{};
+
     // Whether a graphics processor may be there, as far as can be told without loading a driver.
     bool mayHaveGraphicsCard = true;
     // Whose devices compute; outlives the AppModel. Asked in the background, because that loads drivers.

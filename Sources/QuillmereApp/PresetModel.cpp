@@ -43,6 +43,13 @@ std::optional<Aesthetics> PresetModel::find(const QString& name) const {
     return own_.at(row - builtInCount()).aesthetics;
 }
 
+QString PresetModel::nameOf(const Aesthetics& values) const {
+    for (int row = 0; row < rowCount(); ++row) {
+        if (find(nameAt(row)) == values) return nameAt(row);
+    }
+    return {};
+}
+
 QString PresetModel::problemOf(const QString& name) const {
     const int row = rowOf(name);
     return row < builtInCount() ? QString() : own_.at(row - builtInCount()).problem;

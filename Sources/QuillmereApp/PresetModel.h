@@ -53,6 +53,8 @@ public:
 
     // The values of the preset of that name, exactly as written; nothing when there is none.
     [[nodiscard]] std::optional<Aesthetics> find(const QString& name) const;
+    // The name of a preset with just these values; empty for none.
+    [[nodiscard]] QString nameOf(const Aesthetics& values) const;
     // Why the own preset of that name cannot be used; empty when it can, or when there is none.
     [[nodiscard]] QString problemOf(const QString& name) const;
     [[nodiscard]] int rowOf(const QString& name) const;  // -1 when there is none

@@ -1,11 +1,14 @@
 #include "QuillmereApp/ResultsModel.h"
 
+#include <QRegularExpression>
 #include <QStringList>
 #include <algorithm>
 #include <chrono>
+#include <limits>
 #include <map>
 #include <set>
 #include <system_error>
+#include <type_traits>
 #include <utility>
 
 #include "QuillmereApp/Controllers/Folders.h"
@@ -58,6 +61,10 @@ QList<qreal> peaksOf(const std::filesystem::path& file, const FolderLooks& looks
     return Waveform::peaks(file, ResultsModel::peakCount);
 }
 
+bool isAmong(const std::vector<GeneratedSample>& samples, const std::filesystem::path& file) {
+    return std::ranges::find(samples, file, &GeneratedSample::url) != samples.end();
+}
+
 // A row that had the new name has none any more: its file is gone.
 void renameIn(std::vector<GeneratedSample>& samples, const std::filesystem::path& from,
               const std::filesystem::path& to) {
@@ -73,6 +80,30 @@ QStringList answering(const std::set<std::filesystem::path>& folders, const Fold
         if (answers.of(folder)) found.append(toQString(folder));
     }
     return found;
+}
+
+// "7" of "Drums_var_0007.wav"; of any other name all but its ending.
+QString labelOf(const QString& fileName) {
+    static const QRegularExpression numbered(QStringLiteral("_var_0*(\\d+)\\.wav$"));
+    const QRegularExpressionMatch match = numbered.match(fileName);
+    if (match.hasMatch()) return match.captured(1);
+    return fileName.endsWith(QLatin1String(".wav"), Qt::CaseInsensitive) ? fileName.chopped(4) : fileName;
+}
+
+// Unknown values, which are below 0, last.
+double knownFirst(double value) {
+    return value < 0 ? std::numeric_limits<double>::infinity() : value;
+}
+
+// Puts indices into the order of the keys of what they stand for; equal ones keep theirs.
+template <typename Key>
+void sortBy(std::vector<std::size_t>& indices, const Key& key) {
+    std::vector<std::pair<std::invoke_result_t<Key, std::size_t>, std::size_t>> keyed;
+    keyed.reserve(indices.size());
+    for (const std::size_t index : indices)
+        keyed.emplace_back(key(index), index);
+    std::ranges::sort(keyed);
+    std::ranges::transform(keyed, indices.begin(), [](const auto& entry) { return entry.second; });
 }
 
 }  // namespace
@@ -97,28 +128,113 @@ void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
     if (holds_ > 0) {
         next_ = std::move(samples);
     } else {
-        replaceRows(std::move(samples));
+        replaceAll(std::move(samples));
     }
+}
+
+void ResultsModel::replaceAll(std::vector<GeneratedSample> samples) {
+    if (samples.empty() && all_.empty()) return;
+    all_ = std::move(samples);
+    isOutdated_ = false;
+    // A filter was chosen for the files before.
+    if (std::exchange(onlyFavourites_, false)) emit onlyFavouritesChanged();
+    replaceRows(samplesAt(wanted()));
 }
 
 void ResultsModel::add(GeneratedSample sample) {
-    if (holds_ == 0 && rowOf(toUrl(sample.url)) < 0) {
-        addRow(std::move(sample));
+    if (holds_ == 0 && !isAmong(all_, sample.url)) {
+        addFile(std::move(sample));
         return;
     }
-    std::vector<GeneratedSample> rows = next_ ? *next_ : samples_;
-    std::erase_if(rows, [&](const GeneratedSample& row) { return row.url == sample.url; });
-    rows.push_back(std::move(sample));
-    setSamples(std::move(rows));
+    std::vector<GeneratedSample> files = next_ ? *next_ : all_;
+    std::erase_if(files, [&](const GeneratedSample& file) { return file.url == sample.url; });
+    files.push_back(std::move(sample));
+    setSamples(std::move(files));
 }
 
 void ResultsModel::release() {
-    if (--holds_ > 0 || !next_) return;
-    replaceRows(*std::exchange(next_, std::nullopt));
+    if (--holds_ > 0) return;
+    if (next_) {
+        replaceAll(*std::exchange(next_, std::nullopt));
+    } else if (isOutdated_) {
+        showWanted();
+    }
+}
+
+// ---- Which rows, and in which order
+
+void ResultsModel::setOrder(Order order) {
+    if (order == order_) return;
+    order_ = order;
+    emit orderChanged();
+    showWanted();
+}
+
+void ResultsModel::setOnlyFavourites(bool only) {
+    if (only == onlyFavourites_) return;
+    onlyFavourites_ = only;
+    emit onlyFavouritesChanged();
+    showWanted();
+}
+
+std::vector<std::size_t> ResultsModel::wanted() const {
+    const auto fileOf = [this](std::size_t index) { return toUrl(all_[index].url); };
+    std::vector<std::size_t> indices;
+    indices.reserve(all_.size());
+    for (std::size_t i = 0; i < all_.size(); ++i) {
+        if (!onlyFavourites_ || isFavourite_(fileOf(i))) indices.push_back(i);
+    }
+    switch (order_) {
+        case AsMade:
+            break;
+        case ByName:
+            sortBy(indices, [this](std::size_t i) { return all_[i].url.filename().native(); });
+            break;
+        case ByLength:
+            sortBy(indices, [this](std::size_t i) { return all_[i].seconds; });
+            break;
+        case ByBrightness:
+            sortBy(indices, [&](std::size_t i) { return knownFirst(measureOf_(fileOf(i)).brightness); });
+            break;
+        case ByNovelty:
+            sortBy(indices, [&](std::size_t i) { return knownFirst(measureOf_(fileOf(i)).novelty); });
+            break;
+    }
+    return indices;
+}
+
+std::vector<GeneratedSample> ResultsModel::samplesAt(const std::vector<std::size_t>& indices) const {
+    std::vector<GeneratedSample> samples;
+    samples.reserve(indices.size());
+    for (const std::size_t index : indices)
+        samples.push_back(all_[index]);
+    return samples;
+}
+
+// What is known of the files stays known.
+void ResultsModel::showWanted() {
+    isOutdated_ = holds_ > 0;
+    if (isOutdated_) return;
+    const std::vector<std::size_t> indices = wanted();
+    const auto urlAt = [this](std::size_t index) -> const auto& {
+        return all_[index].url;
+    };
+    if (std::ranges::equal(indices, samples_, {}, urlAt, &GeneratedSample::url)) return;
+    QHash<QUrl, Row> known;
+    for (Row& row : rows_)
+        known.insert(row.url, std::move(row));
+    replaceRows(samplesAt(indices));
+    for (Row& row : rows_) {
+        const auto before = known.constFind(row.url);
+        if (before == known.constEnd()) continue;
+        row.exists = before->exists;
+        row.peaks = before->peaks;
+        row.peaksRequested = !before->peaks.isEmpty();
+    }
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {ExistsRole, PeaksRole});
 }
 
 void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
-    if (samples.empty() && rows_.empty()) return;
     const bool playedOne = rowOf(playing_) >= 0;
     staleRows_->cancel();
     staleRows_ = std::make_shared<CancelFlag>();
@@ -133,6 +249,16 @@ void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
     emit countChanged();
     watchFolders();
     if (playedOne && rowOf(playing_) < 0) emit playingGone();
+}
+
+void ResultsModel::addFile(GeneratedSample sample) {
+    all_.push_back(sample);
+    if (order_ == AsMade && !onlyFavourites_) {
+        addRow(std::move(sample));
+    } else {
+        showWanted();
+        emit countChanged();  // of all files
+    }
 }
 
 void ResultsModel::addRow(GeneratedSample sample) {
@@ -152,15 +278,16 @@ void ResultsModel::appendRow(const GeneratedSample& sample) {
 
 void ResultsModel::rename(const QUrl& from, const QUrl& to) {
     if (next_) renameIn(*next_, toPath(from), toPath(to));
-    const int row = rowOf(from);
-    if (row < 0) return;
-    if (playing_ == from) playing_ = to;
-    if (rowOf(to) >= 0) {
-        std::vector<GeneratedSample> rows = next_ ? *next_ : samples_;
-        renameIn(rows, toPath(from), toPath(to));
-        setSamples(std::move(rows));
+    if (isAmong(all_, toPath(from)) && playing_ == from) playing_ = to;
+    if (isAmong(all_, toPath(from)) && isAmong(all_, toPath(to))) {
+        std::vector<GeneratedSample> files = next_ ? *next_ : all_;
+        renameIn(files, toPath(from), toPath(to));
+        setSamples(std::move(files));
         return;
     }
+    renameIn(all_, toPath(from), toPath(to));
+    const int row = rowOf(from);
+    if (row < 0) return;
     const auto i = static_cast<std::size_t>(row);
     samples_[i].url = toPath(to);
     rows_[i].url = to;
@@ -169,6 +296,7 @@ void ResultsModel::rename(const QUrl& from, const QUrl& to) {
     rowByUrl_.remove(from);
     rowByUrl_.insert(to, row);
     emit dataChanged(index(row), index(row));
+    if (order_ == ByName) showWanted();
 }
 
 void ResultsModel::setFavourites(std::function<bool(const QUrl& file)> isFavourite) {
@@ -176,7 +304,17 @@ void ResultsModel::setFavourites(std::function<bool(const QUrl& file)> isFavouri
 }
 
 void ResultsModel::favouritesChanged() {
+    if (onlyFavourites_) showWanted();
     if (count() > 0) emit dataChanged(index(0), index(count() - 1), {IsFavouriteRole});
+}
+
+void ResultsModel::setMeasures(std::function<SoundMeasure(const QUrl& file)> measureOf) {
+    measureOf_ = std::move(measureOf);
+}
+
+void ResultsModel::measuresChanged() {
+    if (order_ == ByBrightness || order_ == ByNovelty) showWanted();
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole});
 }
 
 void ResultsModel::watchFolders() {
@@ -299,6 +437,10 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
             return row.url == playing_;
         case IsFavouriteRole:
             return isFavourite_(row.url);
+        case LabelRole:
+            return labelOf(row.fileName);
+        case NoveltyRole:
+            return measureOf_(row.url).noveltyText();
         case PeaksRole:
             // Only views read peaks, and only of the rows they show.
             if (!row.peaksRequested) const_cast<ResultsModel*>(this)->requestPeaks(index.row());
@@ -312,7 +454,8 @@ QHash<int, QByteArray> ResultsModel::roleNames() const {
     return {{UrlRole, "url"},         {FileNameRole, "fileName"},
             {SecondsRole, "seconds"}, {DurationTextRole, "durationText"},
             {ExistsRole, "exists"},   {IsPlayingRole, "isPlaying"},
-            {PeaksRole, "peaks"},     {IsFavouriteRole, "isFavourite"}};
+            {PeaksRole, "peaks"},     {IsFavouriteRole, "isFavourite"},
+            {LabelRole, "label"},     {NoveltyRole, "novelty"}};
 }
 
 }  // namespace quillmere

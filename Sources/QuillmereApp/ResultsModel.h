@@ -7,6 +7,7 @@
 #include <QQmlEngine>
 #include <QTimer>
 #include <QUrl>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -16,6 +17,7 @@
 
 #include "QuillmereApp/BackgroundTask.h"
 #include "QuillmereApp/FolderLooks.h"
+#include "QuillmereApp/SoundMeasure.h"
 #include "QuillmereCore/Generate/Generator.h"
 
 namespace quillmere {
@@ -29,15 +31,26 @@ namespace quillmere {
 //   peaks        list of numbers 0 ... 1, the largest |sample| of equal stretches of the file; empty until
 //                the thumbnail is computed, which reading the role starts
 //   isFavourite  bool
+//   label        string: what tells the file from the others, "7" for Drums_var_0007.wav
+//   novelty      string: "copy", "close", "new", "far"; empty while it is unknown
 // Thousands of rows cost nothing: files are looked at in the background, thumbnails only of the rows that
 // are read, newest request first. Files in a folder that does not answer count as gone until it does.
+//
+// The rows may be fewer than the files (onlyFavourites), and in another order than these were made in.
 class ResultsModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("GenerationController owns it")
-    Q_PROPERTY(int count READ count NOTIFY countChanged)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)  // of rows
+    Q_PROPERTY(int total READ total NOTIFY countChanged)  // of files
+    Q_PROPERTY(Order order READ order WRITE setOrder NOTIFY orderChanged)
+    Q_PROPERTY(bool onlyFavourites READ onlyFavourites WRITE setOnlyFavourites NOTIFY onlyFavouritesChanged)
 
 public:
+    // Least first, and what is not known last.
+    enum Order { AsMade, ByName, ByLength, ByBrightness, ByNovelty };
+    Q_ENUM(Order)
+
     enum Role {
         UrlRole = Qt::UserRole + 1,
         FileNameRole,
@@ -47,6 +60,8 @@ public:
         IsPlayingRole,
         PeaksRole,
         IsFavouriteRole,
+        LabelRole,
+        NoveltyRole,
     };
 
     // Stretches per thumbnail; fewer when the file has fewer samples.
@@ -57,17 +72,27 @@ public:
     ~ResultsModel() override;
 
     [[nodiscard]] int count() const { return static_cast<int>(rows_.size()); }
+    [[nodiscard]] int total() const { return static_cast<int>(all_.size()); }
+    // Of the rows; all(): every file, in the order in which they came.
     [[nodiscard]] const std::vector<GeneratedSample>& samples() const { return samples_; }
-    // The rows change at once, or, while somebody holds them, as soon as nobody does.
+    [[nodiscard]] const std::vector<GeneratedSample>& all() const { return all_; }
+    [[nodiscard]] Order order() const { return order_; }
+    void setOrder(Order order);
+    [[nodiscard]] bool onlyFavourites() const { return onlyFavourites_; }
+    void setOnlyFavourites(bool only);
+    // All files, none of them hidden. The rows change at once, or, while somebody holds them, as soon as
+    // nobody does.
     void setSamples(std::vector<GeneratedSample> samples);
-    // One more row at the end, in the same way; in place of one with the same file, which has given up its
-    // name.
+    // One more file at the end, in the same way; in place of the same file, which has given up its name.
     void add(GeneratedSample sample);
     // A row's file has got another name; rows that wait while they are held, too.
     void rename(const QUrl& from, const QUrl& to);
     // How favourites are known. favouritesChanged: some are others now.
     void setFavourites(std::function<bool(const QUrl& file)> isFavourite);
     void favouritesChanged();
+    // How bright and how new they are; what is not known yet is found out, and measuresChanged follows.
+    void setMeasures(std::function<SoundMeasure(const QUrl& file)> measureOf);
+    void measuresChanged();
     void hold() { ++holds_; }
     void release();
     void setPlaying(const QUrl& url);
@@ -90,6 +115,8 @@ public:
 
 signals:
     void countChanged();
+    void orderChanged();
+    void onlyFavouritesChanged();
     // What plays was one of the files, and is none of them any more.
     void playingGone();
 
@@ -104,7 +131,13 @@ private:
         QList<qreal> peaks;
     };
 
+    // The rows as they are to be: places in all_.
+    [[nodiscard]] std::vector<std::size_t> wanted() const;
+    [[nodiscard]] std::vector<GeneratedSample> samplesAt(const std::vector<std::size_t>& indices) const;
+    void showWanted();
+    void replaceAll(std::vector<GeneratedSample> samples);
     void replaceRows(std::vector<GeneratedSample> samples);
+    void addFile(GeneratedSample sample);
     void addRow(GeneratedSample sample);
     void appendRow(const GeneratedSample& sample);
     void setExists(int row, bool exists);
@@ -113,12 +146,17 @@ private:
     void announce(int row, int role);
 
     const std::shared_ptr<const FolderLooks> looks_;
-    std::vector<GeneratedSample> samples_;
+    std::vector<GeneratedSample> all_;
+    Order order_ = AsMade;
+    bool onlyFavourites_ = false;
+    std::vector<GeneratedSample> samples_;  // of the rows
     std::vector<Row> rows_;
     QHash<QUrl, int> rowByUrl_;
     std::function<bool(const QUrl& file)> isFavourite_ = [](const QUrl&) { return false; };
+    std::function<SoundMeasure(const QUrl& file)> measureOf_ = [](const QUrl&) { return SoundMeasure(); };
     int holds_ = 0;
-    std::optional<std::vector<GeneratedSample>> next_;  // the rows to come when nobody holds the present ones
+    bool isOutdated_ = false;                           // the rows are not those that are wanted, but held
+    std::optional<std::vector<GeneratedSample>> next_;  // the files to come when nobody holds the rows
     QUrl playing_;
     QFileSystemWatcher watcher_;
     std::set<std::filesystem::path> watched_;  // the folders of the rows

@@ -43,6 +43,16 @@ private slots:
         QVERIFY(!model.index(9).data(PresetModel::IsUsableRole).toBool());
     }
 
+    void knowsThePresetOfItsValues() {
+        PresetModel model;
+        Aesthetics values = *model.find("Wild");
+        QCOMPARE(model.nameOf(values), QStringLiteral("Wild"));
+        values.drift += 0.5;
+        QCOMPARE(model.nameOf(values), QString());
+        model.setOwn({{"Broken", std::nullopt, "It is broken."}, {"Mine", values, {}}});
+        QCOMPARE(model.nameOf(values), QStringLiteral("Mine"));
+    }
+
     void marksTheCurrentOne() {
         PresetModel model;
         QSignalSpy changed(&model, &PresetModel::dataChanged);

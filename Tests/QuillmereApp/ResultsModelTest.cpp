@@ -28,6 +28,39 @@ QList<qreal> peaksOf(const ResultsModel& model, int row) {
     return model.index(row).data(ResultsModel::PeaksRole).value<QList<qreal>>();
 }
 
+// Files b, d, a and c, of which much is known.
+struct Sortable {
+    Sortable() {
+        QDir().mkpath(world.path("out"));
+        std::vector<GeneratedSample> samples;
+        for (const auto& [name, seconds] :
+             {std::pair("b", 0.2), std::pair("d", 0.3), std::pair("a", 0.4), std::pair("c", 0.1)}) {
+            const auto file = toPath(world.path(QStringLiteral("out/%1.wav").arg(QLatin1String(name))));
+            AudioIO::write(std::vector<float>(800, 0.5F), file, 8000, OutputFormat::wav16);
+            samples.push_back({file, seconds});
+        }
+        model.setFavourites([this](const QUrl& file) { return favourites.contains(nameOf(file)); });
+        model.setMeasures([this](const QUrl& file) { return measures.value(nameOf(file)); });
+        model.setSamples(std::move(samples));
+    }
+
+    static QString nameOf(const QUrl& file) { return file.fileName().chopped(4); }
+    [[nodiscard]] QStringList labels() const {
+        QStringList found;
+        for (int row = 0; row < model.count(); ++row)
+            found.append(model.index(row).data(ResultsModel::LabelRole).toString());
+        return found;
+    }
+
+    TestWorld world;
+    QStringList favourites;
+    QHash<QString, SoundMeasure> measures{{"a", {.brightness = 0.3, .novelty = 1}},
+                                          {"c", {.brightness = 0.2, .novelty = -1}},
+                                          {"d", {.brightness = 0.1, .novelty = 2}},
+                                          {"b", {.brightness = -1, .novelty = 3}}};
+    ResultsModel model;
+};
+
 }  // namespace
 
 class ResultsModelTest : public QObject {
@@ -335,6 +368,140 @@ private slots:
         QVERIFY(model.existsAt(0));
         QCOMPARE(model.existingFiles(), QList<QUrl>({model.urlAt(0)}));
         QCOMPARE(model.rowOf(model.urlAt(4321)), 4321);
+    }
+
+    // ---- Order and favourites
+
+    void sortsByWhatIsWanted_data() {
+        QTest::addColumn<int>("order");
+        QTest::addColumn<QStringList>("expected");
+        QTest::newRow("as made") << int(ResultsModel::AsMade) << QStringList({"b", "d", "a", "c"});
+        QTest::newRow("name") << int(ResultsModel::ByName) << QStringList({"a", "b", "c", "d"});
+        QTest::newRow("length") << int(ResultsModel::ByLength) << QStringList({"c", "b", "d", "a"});
+        QTest::newRow("brightness") << int(ResultsModel::ByBrightness) << QStringList({"d", "c", "a", "b"});
+        QTest::newRow("novelty") << int(ResultsModel::ByNovelty) << QStringList({"a", "d", "b", "c"});
+    }
+    void sortsByWhatIsWanted() {
+        QFETCH(int, order);
+        QFETCH(QStringList, expected);
+        Sortable sortable;
+        sortable.model.setOrder(static_cast<ResultsModel::Order>(order));
+        QCOMPARE(sortable.labels(), expected);
+        QCOMPARE(sortable.model.rowOf(sortable.model.urlAt(2)), 2);
+        QCOMPARE(toUrl(sortable.model.samples()[1].url), sortable.model.urlAt(1));
+        QCOMPARE(sortable.model.all().front().url, toPath(sortable.world.path("out/b.wav")));
+        sortable.model.setOrder(ResultsModel::AsMade);
+        QCOMPARE(sortable.labels(), QStringList({"b", "d", "a", "c"}));
+    }
+
+    void newMeasuresChangeTheOrderOnlyWhereItIsTheirs() {
+        Sortable sortable;
+        QSignalSpy reset(&sortable.model, &ResultsModel::modelReset);
+        sortable.measures["c"].novelty = 0.5;
+        sortable.model.measuresChanged();
+        QCOMPARE(reset.count(), 0);
+        sortable.model.setOrder(ResultsModel::ByNovelty);
+        QCOMPARE(sortable.labels(), QStringList({"c", "a", "d", "b"}));
+        QCOMPARE(reset.count(), 1);
+        sortable.model.measuresChanged();
+        QCOMPARE(reset.count(), 1);
+        sortable.measures["b"].novelty = 0.1;
+        sortable.model.measuresChanged();
+        QCOMPARE(sortable.labels().first(), QStringLiteral("b"));
+    }
+
+    void whatIsKnownOfARowStaysKnown() {
+        Sortable sortable;
+        QSignalSpy changed(&sortable.model, &ResultsModel::dataChanged);
+        QCOMPARE(peaksOf(sortable.model, 0), QList<qreal>());
+        QTRY_VERIFY(!peaksOf(sortable.model, 0).isEmpty());
+        sortable.model.setOrder(ResultsModel::ByName);
+        QVERIFY(!peaksOf(sortable.model, 1).isEmpty());  // b
+    }
+
+    void favouritesCanBeSeenAlone() {
+        Sortable sortable;
+        const QAbstractItemModelTester tester(&sortable.model,
+                                              QAbstractItemModelTester::FailureReportingMode::QtTest);
+        sortable.favourites = {"a", "d"};
+        sortable.model.setOnlyFavourites(true);
+        QCOMPARE(sortable.labels(), QStringList({"d", "a"}));
+        QCOMPARE(sortable.model.total(), 4);
+        sortable.favourites = {"c"};
+        sortable.model.favouritesChanged();
+        QCOMPARE(sortable.labels(), QStringList({"c"}));
+        sortable.favourites.clear();
+        sortable.model.favouritesChanged();
+        QCOMPARE(sortable.model.count(), 0);
+        QCOMPARE(sortable.model.total(), 4);
+        sortable.model.setOnlyFavourites(false);
+        QCOMPARE(sortable.labels(), QStringList({"b", "d", "a", "c"}));
+    }
+
+    void newFilesAreAllSeen() {
+        Sortable sortable;
+        sortable.model.setOnlyFavourites(true);
+        QCOMPARE(sortable.model.count(), 0);
+        sortable.model.setSamples(sortable.model.all());
+        QVERIFY(!sortable.model.onlyFavourites());
+        QCOMPARE(sortable.model.count(), 4);
+    }
+
+    void whatIsAddedTakesItsPlace() {
+        Sortable sortable;
+        sortable.model.setOrder(ResultsModel::ByName);
+        GeneratedSample sample = sortable.model.all().front();
+        sample.url = toPath(sortable.world.path("out/aa.wav"));
+        sortable.model.add(sample);
+        QCOMPARE(sortable.labels(), QStringList({"a", "aa", "b", "c", "d"}));
+        QCOMPARE(sortable.model.total(), 5);
+        sortable.model.rename(sortable.world.url("out/aa.wav"), sortable.world.url("out/x.wav"));
+        QCOMPARE(sortable.labels(), QStringList({"a", "b", "c", "d", "x"}));
+        sortable.model.setOrder(ResultsModel::AsMade);
+        QCOMPARE(sortable.labels().last(), QStringLiteral("x"));
+    }
+
+    void heldRowsWaitForTheirOrder() {
+        Sortable sortable;
+        sortable.model.hold();
+        sortable.model.setOrder(ResultsModel::ByName);
+        QCOMPARE(sortable.labels(), QStringList({"b", "d", "a", "c"}));
+        sortable.model.release();
+        QCOMPARE(sortable.labels(), QStringList({"a", "b", "c", "d"}));
+    }
+
+    void labelsTellWhatDiffers_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("numbered") << "Drums_var_0007.wav"
+                                  << "7";
+        QTest::newRow("many") << "Drums_var_12345.wav"
+                              << "12345";
+        QTest::newRow("none") << "Drums_var_0000.wav"
+                              << "0";
+        QTest::newRow("renamed") << "my kick.WAV"
+                                 << "my kick";
+        QTest::newRow("another") << "Drums_var_0007 (copy).wav"
+                                 << "Drums_var_0007 (copy)";
+        QTest::newRow("no ending") << "kick"
+                                   << "kick";
+    }
+    void labelsTellWhatDiffers() {
+        QFETCH(QString, name);
+        QFETCH(QString, label);
+        TestWorld world;
+        ResultsModel model;
+        model.setSamples({{toPath(world.path("out/" + name)), 0.1}});
+        QCOMPARE(model.index(0).data(ResultsModel::LabelRole).toString(), label);
+        QCOMPARE(model.index(0).data(ResultsModel::NoveltyRole).toString(), QString());
+    }
+
+    void saysHowNewAFileIs() {
+        Sortable sortable;
+        sortable.measures["b"].novelty = 1.9;
+        QCOMPARE(sortable.model.index(0).data(ResultsModel::NoveltyRole).toString(), QStringLiteral("copy"));
+        sortable.measures["b"].novelty = 8;
+        QCOMPARE(sortable.model.index(0).data(ResultsModel::NoveltyRole).toString(), QStringLiteral("new"));
     }
 };
 

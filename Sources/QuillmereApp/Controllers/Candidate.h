@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "QuillmereApp/Player.h"
@@ -32,6 +33,8 @@ struct CandidatesOrder {
     std::uint64_t seed = 0;
     double detail = 0;
     std::optional<CandidatesRelation> relation{};
+    bool isNoted = false;  // the journal has it: it is rendered once more
+    std::string model{};   // modelIdentity of the one that it is to be of; empty for the present one
 };
 
 // One variation that was rendered and not written, or not yet.

@@ -8,6 +8,7 @@
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/NoiseText.h"
+#include "QuillmereApp/Controllers/Noting.h"
 #include "QuillmereApp/Controllers/RecipeBases.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/ResultsModel.h"
@@ -47,6 +48,8 @@ VariationPlan planOf(const SampleGenerator& generator, const CandidatesOrder& or
 }
 
 void requireItsModel(const SampleGenerator& generator, const CandidatesOrder& order) {
+    if (!order.model.empty() && order.model != generator.identity())
+        throw Failure("These candidates were made by another model. Open it first, or try new ones.");
     if (order.relation && order.relation->parent.model != generator.identity())
         throw Failure("This sound was made by another model. Choose the folder that it was made from first.");
 }
@@ -107,13 +110,26 @@ int renderAll(SampleGenerator& generator, const CandidatesOrder& order,
     return withNoise;
 }
 
-GeneratedSample write(const Candidate& candidate, const std::filesystem::path& folder, OutputFormat format,
-                      const FolderLooks& looks) {
+struct Written {
+    GeneratedSample sample;
+    std::shared_ptr<const RecipeBase> base;
+    QString noteProblem;  // why the journal lacks it; empty if it does not
+};
+
+Written write(const Candidate& candidate, const std::filesystem::path& folder, OutputFormat format,
+              const FolderLooks& looks, const Noting& noting) {
     if (looks.at(folder).kind == Place::Kind::noAnswer)
         throw Failure(Folders::noAnswer(toQString(folder)).toStdString());
-    return SoundFile::writeNumbered(
+    RecipeBase base = *candidate.base;
+    base.format = format;
+    QString noteProblem;
+    RecipeKeeper keeper(noting.carriers(noteProblem), base);
+    GeneratedSample sample = SoundFile::writeNumbered(
         {*candidate.sound.samples, static_cast<int>(candidate.sound.sampleRate), format, candidate.origin},
-        folder, candidate.base->corpusName, {});
+        folder, base.corpusName, keeper.hooks());
+    return {.sample = std::move(sample),
+            .base = std::make_shared<const RecipeBase>(std::move(base)),
+            .noteProblem = noteProblem.isEmpty() ? Noting::problemOf(keeper) : noteProblem};
 }
 
 }  // namespace
@@ -134,25 +150,36 @@ void CandidatesController::setHasModel(bool hasModel) {
 // ---- A new set
 
 void CandidatesController::start(const std::optional<CandidatesRelation>& relation) {
+    startAs([this, relation] {
+        CandidatesOrder order = links_.order();
+        if (relation) {
+            order.aesthetics = relation->parent.aesthetics;
+            order.detail = relation->parent.detail;
+            order.relation = relation;
+        }
+        return order;
+    });
+}
+
+void CandidatesController::startEarlier(const CandidatesOrder& order) {
+    startAs([order] { return order; });
+}
+
+void CandidatesController::startAs(const OrderSource& order) {
     emit commanded();
     if (activity().isBusy()) {
         emit notice(Activity::waitNotice());
         return;
     }
     links_.openModelAgain();
-    links_.whenModelIsLoaded([this, relation] { begin(relation); });
+    links_.whenModelIsLoaded([this, order] { begin(order); });
 }
 
-void CandidatesController::begin(const std::optional<CandidatesRelation>& relation) {
+void CandidatesController::begin(const OrderSource& order) {
     if (canTry()) {
         emit errorRaised({});
         auto set = std::make_shared<CandidateSet>();
-        set->order = links_.order();
-        if (relation) {
-            set->order.aesthetics = relation->parent.aesthetics;
-            set->order.detail = relation->parent.detail;
-            set->order.relation = relation;
-        }
+        set->order = order();
         addSet(set);
         render(set);
     } else if (!hasModel_) {
@@ -195,6 +222,7 @@ void CandidatesController::arrived(const SetHandle& set, const CandidateHandle& 
     makeRoom();
     ++done_;
     emit progressed();
+    if (done_ == 1 && !set->order.isNoted) note(set->order, *candidate);
     if (done_ == 1 && !isCancelling()) emit playRequested(candidate->name, candidate->sound);
 }
 
@@ -216,6 +244,21 @@ std::size_t CandidatesController::bytes() const {
     for (const CandidateHandle& candidate : allCandidates())
         samples += candidate->sound.samples->size();
     return samples * sizeof(float);
+}
+
+// At once, so that it is known whatever becomes of the rest.
+void CandidatesController::note(const CandidatesOrder& order, const Candidate& first) {
+    JournalSet set{.count = candidatesPerSet,
+                   .made = journalTime(),
+                   .first = makeRecipe(first.origin, *first.base),
+                   .parent = {}};
+    if (order.relation)
+        set.parent = {.name = order.relation->name.toStdString(), .recipe = order.relation->parent};
+    writing_.run([set = std::move(set), noting = Noting(environment())] { return noting.note(set); },
+                 [this](const QString& problem) {
+                     if (!problem.isEmpty()) emit notice(problem);
+                 },
+                 [this](const TaskFailure& failure) { report(failure); });
 }
 
 void CandidatesController::ended(const SetHandle& set, int withNoise) {
@@ -300,22 +343,22 @@ void CandidatesController::keep(int row) {
     emit errorRaised({});
     candidate->isBeingKept = true;
     const OutputFormat format = links_.format();
-    writing_.run([candidate = *candidate, folder = toPath(*folder), format,
-                  looks = environment().looks] { return write(candidate, folder, format, *looks); },
-                 [this, candidate, format](const GeneratedSample& sample) {
-                     candidate->isBeingKept = false;
-                     candidate->file = toUrl(sample.url);
-                     RecipeBase base = *candidate->base;
-                     base.format = format;
-                     candidate->base = std::make_shared<const RecipeBase>(std::move(base));
-                     list_.update(candidate);
-                     emit kept(sample, candidate->base);
-                     emit notice(QStringLiteral("Kept: %1").arg(candidate->file.fileName()));
-                 },
-                 [this, candidate](const TaskFailure& failure) {
-                     candidate->isBeingKept = false;
-                     report(failure);
-                 });
+    writing_.run(
+        [candidate = *candidate, folder = toPath(*folder), format, looks = environment().looks,
+         noting = Noting(environment())] { return write(candidate, folder, format, *looks, noting); },
+        [this, candidate](const Written& written) {
+            candidate->isBeingKept = false;
+            candidate->file = toUrl(written.sample.url);
+            candidate->base = written.base;
+            list_.update(candidate);
+            emit kept(written.sample, candidate->base);
+            emit notice(QStringLiteral("Kept: %1").arg(candidate->file.fileName()));
+            if (!written.noteProblem.isEmpty()) emit notice(written.noteProblem);
+        },
+        [this, candidate](const TaskFailure& failure) {
+            candidate->isBeingKept = false;
+            report(failure);
+        });
 }
 
 void CandidatesController::rename(const QUrl& from, const QUrl& to) {

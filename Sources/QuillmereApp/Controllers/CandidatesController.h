@@ -69,6 +69,8 @@ public:
     Q_INVOKABLE void start() { start(std::nullopt); }
     // A set of relatives, with the parameters and the detail of their parent.
     void startRelated(const CandidatesRelation& relation) { start(relation); }
+    // A set of an earlier time once more.
+    void startEarlier(const CandidatesOrder& order);
     // What has come by then stays.
     void cancel();
 
@@ -135,8 +137,12 @@ private:
         std::chrono::steady_clock::time_point when{};
     };
 
+    using OrderSource = std::function<CandidatesOrder()>;  // asked when the set starts
+
     void start(const std::optional<CandidatesRelation>& relation);
-    void begin(const std::optional<CandidatesRelation>& relation);
+    void startAs(const OrderSource& order);
+    void begin(const OrderSource& order);
+    void note(const CandidatesOrder& order, const Candidate& first);
     void render(const SetHandle& set);
     void addSet(const SetHandle& set);
     void arrived(const SetHandle& set, const CandidateHandle& candidate);
@@ -157,7 +163,7 @@ private:
     std::size_t mostBytes_ = mostBytes;
     quint64 candidates_ = 0;  // that there have been, for their names
     CandidatesModel list_;
-    BackgroundTasks writing_{1};  // files get their numbers in the order in which they are wanted
+    BackgroundTasks writing_{1};  // files get their numbers in the order in which they are wanted; notes too
     BackgroundTasks tasks_;       // last: their destructors wait for work that knows the members above
 };
 

@@ -56,6 +56,11 @@ void CharacterController::redo() {
     if (history_.redo()) show();
 }
 
+void CharacterController::take(const Aesthetics& values) {
+    const QString preset = presets_.nameOf(values);
+    change({values, preset.isEmpty() ? presetName() : preset});
+}
+
 void CharacterController::randomise(double amount) {
     if (!(amount > 0)) return;
     SeededRNG rng(environment().freshSeed());

@@ -41,6 +41,8 @@ public:
     Q_INVOKABLE void endEdit();
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
+    // These values, which may be those of a preset, as one edit.
+    void take(const Aesthetics& values);
     // Moves every parameter that is not locked towards a random place on its slider: 0 not at all, 1 all the
     // way.
     Q_INVOKABLE void randomise(double amount);

@@ -9,6 +9,7 @@
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/Controllers/NoiseText.h"
+#include "QuillmereApp/Controllers/Noting.h"
 #include "QuillmereApp/Controllers/RecipeBases.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TemporarySound.h"
@@ -138,17 +139,22 @@ void GenerationController::start(const QUrl& folder, const Returned& returned) {
     };
     tasks_.run(
         [generator = links_.generator(), request, progress, cancel = generateCancel_->token(),
-         looks = environment().looks, device = links_.device ? links_.device() : nullptr] {
+         looks = environment().looks, device = links_.device ? links_.device() : nullptr,
+         noting = Noting(environment())] {
             if (looks->at(request.outputDirectory).kind == Place::Kind::noAnswer)
                 throw Failure(Folders::noAnswer(toQString(request.outputDirectory)).toStdString());
             const auto ready = generator();
-            GenerationOutcome outcome = ready->tryToGenerate(request, progress, cancel);
             RecipeBase base = recipeBaseOf(*ready, device);
             base.aesthetics = request.aesthetics;
             base.format = request.format;
+            QString noteProblem;
+            RecipeKeeper keeper(noting.carriers(noteProblem), base);
+            GenerationOutcome outcome = ready->tryToGenerate(request, keeper.hooks(), progress, cancel);
+            if (noteProblem.isEmpty()) noteProblem = Noting::problemOf(keeper);
             const int withNoise = countWithNoise(outcome.written);
             return Ended{.written = sortedByName(existing(std::move(outcome.written))),
                          .withNoise = withNoise,
+                         .noteProblem = noteProblem,
                          .base = std::make_shared<const RecipeBase>(std::move(base)),
                          .failure = BackgroundTasks::attempt([&] {
                              if (outcome.failure) std::rethrow_exception(outcome.failure);
@@ -177,7 +183,17 @@ void GenerationController::ended(Ended run, const QUrl& folder) {
     } else {
         emit generationFinished(files);
         if (run.withNoise > 0) emit notice(noiseText(run.withNoise, files));
+        if (!run.noteProblem.isEmpty()) emit notice(run.noteProblem);
     }
+}
+
+void GenerationController::showEarlier(std::vector<GeneratedSample> samples,
+                                       std::shared_ptr<const RecipeBase> base, const QUrl& folder) {
+    if (isGenerating_) return;
+    base_ = std::move(base);
+    keptBases_.clear();
+    results_.setSamples(std::move(samples));
+    lastOutputFolder_ = folder;
 }
 
 void GenerationController::addKept(const GeneratedSample& sample,

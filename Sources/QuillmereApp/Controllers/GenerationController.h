@@ -96,6 +96,10 @@ public:
     void forgetOrigins();
     // A file that was kept joins the results.
     void addKept(const GeneratedSample& sample, const std::shared_ptr<const RecipeBase>& base);
+    // Files of an earlier run are the results, base is that of their recipes. Does nothing while something
+    // generates.
+    void showEarlier(std::vector<GeneratedSample> samples, std::shared_ptr<const RecipeBase> base,
+                     const QUrl& folder);
     // A result has got another name.
     void rename(const QUrl& from, const QUrl& to);
     // Of the recipe of a result; null where it is none of them.
@@ -142,6 +146,7 @@ private:
     struct Ended {
         std::vector<GeneratedSample> written;  // and there still, by name
         int withNoise = 0;                     // of those that were written, in place of detail
+        QString noteProblem;                   // why the journal lacks some; empty if it lacks none
         std::shared_ptr<const RecipeBase> base;
         std::optional<TaskFailure> failure;
     };

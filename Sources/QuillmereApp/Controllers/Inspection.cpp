@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <span>
 #include <utility>
 
@@ -26,7 +27,7 @@ QImage pictureOf(const PlayableSound& sound) {
         SoundPictures::MelPainter(sound.sampleRate, seconds, pictureColumns).paint(*sound.samples));
 }
 
-std::optional<SoundPrint> printOf(const PlayableSound& sound) {
+std::optional<SoundPrint> makePrint(const PlayableSound& sound) {
     const auto trimmed = ClipPreparation::trimAndNormalise(
         AudioIO::resample(*sound.samples, sound.sampleRate, SoundPrint::sampleRate), SoundPrint::sampleRate);
     return trimmed ? std::optional(SoundPrinter().print(*trimmed)) : std::nullopt;
@@ -46,7 +47,25 @@ Facts factsOf(const PlayableSound& sound) {
             .level = LevelMatch::measure(*sound.samples, sound.sampleRate),
             .peaks = Waveform::peaks(*sound.samples, peakCount),
             .picture = pictureOf(sound),
-            .print = printOf(sound)};
+            .print = makePrint(sound)};
+}
+
+std::shared_ptr<const SoundPrint> printOf(const PlayableSound& sound) {
+    const FlushDenormals flush;
+    std::optional<SoundPrint> print = makePrint(sound);
+    return print ? std::make_shared<const SoundPrint>(*std::move(print)) : nullptr;
+}
+
+double brightness(const SoundPrint& print) {
+    double sum = 0;
+    double weighted = 0;
+    for (std::size_t i = 0; i < print.levels.size(); ++i) {
+        const double decibels = SoundPrint::stepDB * (static_cast<double>(print.levels[i]) - SoundPrint::top);
+        const double power = std::pow(10, decibels / 10);
+        sum += power;
+        weighted += power * static_cast<double>(i % SoundPrint::bands);
+    }
+    return weighted / sum / (SoundPrint::bands - 1);
 }
 
 CorpusPrints::CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,

@@ -30,6 +30,10 @@ struct Facts {
 // Throws AudioIOError.
 [[nodiscard]] PlayableSound read(const std::filesystem::path& file);
 [[nodiscard]] Facts factsOf(const PlayableSound& sound);
+// Its print alone; null for a silent one.
+[[nodiscard]] std::shared_ptr<const SoundPrint> printOf(const PlayableSound& sound);
+// Where the energy of a sound lies among the bands of its print: 0 in the lowest ... 1 in the highest one.
+[[nodiscard]] double brightness(const SoundPrint& print);
 
 // The prints of a corpus's files, to find those that a sound is near to. Silent and unreadable files have
 // none. Immutable once made.

@@ -59,7 +59,7 @@ void InspectorController::setOpen(bool isOpen) {
     isOpen_ = isOpen;
     if (!isOpen) {
         inspectNothing();
-        stopComparing();
+        if (!isNeededElsewhere_) stopComparing();
     }
     emit isOpenChanged();
 }
@@ -74,7 +74,14 @@ void InspectorController::setCorpus(std::shared_ptr<const CorpusSummary> corpus)
     ++turn_;
     stopComparing();
     emit relativesChanged();
+    emit printsChanged();
     if (facts_) compare();
+}
+
+void InspectorController::makePrints() {
+    if (!corpus_ || prints_) return;
+    isNeededElsewhere_ = true;
+    measureCorpus();
 }
 
 // ---- The subject
@@ -175,18 +182,21 @@ void InspectorController::measureCorpus() {
             if (stop->isCancelled()) return;
             endComparing();
             prints_ = prints;
+            emit printsChanged();
             if (facts_) compare();
         },
         [this, stop = comparing_](const TaskFailure& failure) {
             if (stop->isCancelled()) return;
             endComparing();
-            report(failure);
+            if (isOpen_) report(failure);
+            emit printsFailed(failure.message);
         });
 }
 
 void InspectorController::endComparing() {
     if (!comparing_) return;
     comparing_.reset();
+    isNeededElsewhere_ = false;
     emit comparingChanged();
 }
 

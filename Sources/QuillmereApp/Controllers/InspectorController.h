@@ -70,6 +70,10 @@ public:
     void inspect(const CandidateHandle& candidate);
     void inspect(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base);
     void inspectNothing();
+    // The prints of the corpus's files: null until they are made, which makePrints begins. printsChanged:
+    // there are others, or none; printsFailed: they cannot be made.
+    [[nodiscard]] std::shared_ptr<const Inspection::CorpusPrints> prints() const { return prints_; }
+    void makePrints();
     // What is known of it besides has changed: a candidate has become a file.
     void refresh();
     // A file has got another name.
@@ -120,6 +124,8 @@ signals:
     void factsChanged();
     void relativesChanged();
     void comparingChanged();
+    void printsChanged();
+    void printsFailed(const QString& reason);
     void playRequested(const QUrl& name, const quillmere::PlayableSound& sound);
     void togglePlayRequested(const QUrl& name, const quillmere::PlayableSound& sound);
     void candidatesWanted(const quillmere::CandidatesRelation& relation);
@@ -167,6 +173,7 @@ private:
     QString problem_;
     std::shared_ptr<const Inspection::CorpusPrints> prints_;  // of the corpus, when they are made
     std::shared_ptr<CancelFlag> comparing_;                   // they are being made
+    bool isNeededElsewhere_ = false;                          // and not only to look at a sound
     int compared_ = 0;
     std::vector<Inspection::CorpusPrints::Neighbour> nearest_;
     bool isCompared_ = false;  // nearest_ is what there is

@@ -230,6 +230,20 @@ QPainterPath waves() {
     return path;
 }
 
+// A clock that is turned back.
+QPainterPath earlier() {
+    return circleArrow(true).united(stroked(polyline({{12, 8}, {12, 12.6}, {15, 14.4}})));
+}
+
+QPainterPath upAndDown() {
+    const QPainterPath up = polyline({{4.6, 9}, {8, 5.4}, {11.4, 9}});
+    const QPainterPath down = polyline({{12.6, 15}, {16, 18.6}, {19.4, 15}});
+    return stroked(up)
+        .united(stroked(polyline({{8, 5.8}, {8, 18.6}})))
+        .united(stroked(down))
+        .united(stroked(polyline({{16, 18.2}, {16, 5.4}})));
+}
+
 QHash<QString, QPainterPath> drawAll() {
     using namespace Qt::StringLiterals;
     return {
@@ -249,6 +263,8 @@ QHash<QString, QPainterPath> drawAll() {
         {u"doc.on.doc"_s, copy()},
         {u"magnifyingglass"_s, lens()},
         {u"dice"_s, dice()},
+        {u"clock.arrow.circlepath"_s, earlier()},
+        {u"arrow.up.arrow.down"_s, upAndDown()},
         {u"star"_s, star(false)},
         {u"star.fill"_s, star(true)},
         {u"circle.grid.cross"_s, points()},

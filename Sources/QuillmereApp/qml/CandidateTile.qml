@@ -14,6 +14,7 @@ Rectangle {
     required property bool isPlaying
     required property bool isKept
     required property string fileName
+    required property string novelty
 
     property bool selected: false
     property bool focused: false
@@ -32,7 +33,7 @@ Rectangle {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenName
-    Accessible.description: durationText + (isKept ? ", kept as " + fileName : "") + (isPlaying ? ", playing" : "")
+    Accessible.description: durationText + (novelty.length > 0 ? ", " + novelty : "") + (isKept ? ", kept as " + fileName : "") + (isPlaying ? ", playing" : "")
     Accessible.selected: selected
     Accessible.onPressAction: playRequested()
 
@@ -98,6 +99,17 @@ Rectangle {
             text: tile.durationText
             color: Theme.secondary
             font.family: Theme.figures
+            font.pixelSize: 11
+            wrapMode: Text.NoWrap
+            Accessible.ignored: true
+        }
+        Label {
+            anchors.left: duration.right
+            anchors.leftMargin: Theme.inner
+            anchors.verticalCenter: parent.verticalCenter
+            visible: text.length > 0
+            text: tile.novelty
+            color: tile.novelty === "copy" ? Theme.error : Theme.secondary
             font.pixelSize: 11
             wrapMode: Text.NoWrap
             Accessible.ignored: true

@@ -18,6 +18,7 @@ Item {
     signal reportRequested
     signal modelsRequested
     signal mapRequested
+    signal runsRequested
 
     Shortcut {
         enabled: commands.listening
@@ -68,6 +69,11 @@ Item {
         enabled: commands.listening
         sequence: "Ctrl+M"
         onActivated: commands.modelsRequested()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "Ctrl+H"
+        onActivated: commands.runsRequested()
     }
     Shortcut {
         enabled: commands.listening

@@ -15,6 +15,8 @@ FocusScope {
     // Longer sliders would be no better ones: what is beyond is for the results.
     readonly property real characterWidth: broad ? Math.round(Math.min(1080, besideCards * 0.58)) : wide ? besideCards : cardsWidth
     readonly property real tallestRow: 46
+    // What a strip that is dragged taller leaves of the sliders.
+    readonly property real leastCharacter: 220
     readonly property real mapHeight: wide ? stack.characterHeight : Math.max(320, Math.min(560, cardsWidth * 0.8))
     // Scroll bars stand beside the cards, so that these are as wide with one as without.
     readonly property real barWidth: 10
@@ -204,6 +206,7 @@ FocusScope {
                 }
                 OutputCard {
                     width: parent.width
+                    onRunsRequested: sheets.showRuns()
                     app: content.app
                 }
             }
@@ -270,6 +273,8 @@ FocusScope {
             }
             width: content.broad ? content.besideCards - content.characterWidth - Theme.between : content.characterWidth
             height: content.broad ? stack.paneHeight : content.wide ? Math.max(implicitHeight, stack.spareHeight) : implicitHeight
+            canGrow: content.wide && !content.broad
+            mostHeight: stack.paneHeight - stack.bannerHeight - content.leastCharacter
             visible: content.broad || hasResults || hasCandidates
             app: content.app
         }
@@ -278,7 +283,7 @@ FocusScope {
             target: content.app.generation.results
 
             function onCountChanged() {
-                if (!content.wide && content.app.generation.results.count > 0)
+                if (!content.wide && content.app.generation.results.total > 0)
                     Qt.callLater(stack.reveal, strip);
             }
         }

@@ -73,6 +73,7 @@ T.ApplicationWindow {
         onReportRequested: content.sheets.showReport()
         onModelsRequested: content.sheets.showModels()
         onMapRequested: content.switchMap()
+        onRunsRequested: content.sheets.showRuns()
     }
     Connections {
         target: root.app.corpus

@@ -12,8 +12,20 @@ Card {
     readonly property bool isUnusable: app.output.status === OutputController.IsNoFolder || app.output.status === OutputController.NoAnswer
     readonly property string problem: app.output.status === OutputController.NoAnswer ? "This folder does not answer." : "This is a file, not a folder."
 
+    signal runsRequested
+
     number: "3"
     title: "Output"
+    trailing: IconButton {
+        objectName: "showRuns"
+        anchors.right: parent.right
+        anchors.verticalCenter: parent.verticalCenter
+        visible: card.app.runs.canShow
+        iconName: "clock.arrow.circlepath"
+        text: "Earlier runs"
+        tip: "What was made of this folder before (Ctrl+H)"
+        onClicked: card.runsRequested()
+    }
 
     Connections {
         target: card.app.generation

@@ -16,6 +16,8 @@ Rectangle {
     required property bool isPlaying
     required property list<real> peaks
     required property bool isFavourite
+    required property string label
+    required property string novelty
 
     property bool selected: false
     property bool focused: false
@@ -35,7 +37,7 @@ Rectangle {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: fileName
-    Accessible.description: exists ? durationText + (isFavourite ? ", favourite" : "") + (isPlaying ? ", playing" : "") : "This file is gone"
+    Accessible.description: exists ? durationText + (novelty.length > 0 ? ", " + novelty : "") + (isFavourite ? ", favourite" : "") + (isPlaying ? ", playing" : "") : "This file is gone"
     Accessible.selected: selected
     Accessible.onPressAction: app.playback.togglePlay(url)
 
@@ -100,8 +102,8 @@ Rectangle {
         id: name
         x: 10
         y: tile.height - height - 7
-        width: duration.x - x - Theme.tight
-        text: tile.fileName
+        width: (newness.visible ? newness.x : duration.x) - x - Theme.inner
+        text: tile.label
         color: tile.exists ? Theme.text : Theme.disabled
         font.pixelSize: 11
         font.strikeout: !tile.exists
@@ -118,8 +120,20 @@ Rectangle {
         font.pixelSize: 11
         wrapMode: Text.NoWrap
     }
+    Label {
+        id: newness
+        anchors.right: duration.left
+        anchors.rightMargin: Theme.inner
+        y: name.y
+        visible: tile.exists && tile.novelty.length > 0
+        text: tile.novelty
+        color: tile.novelty === "copy" ? Theme.error : Theme.secondary
+        font.pixelSize: 11
+        wrapMode: Text.NoWrap
+        Accessible.ignored: true
+    }
     ToolTip {
         text: tile.fileName
-        shown: hover.hovered && name.truncated
+        shown: hover.hovered
     }
 }

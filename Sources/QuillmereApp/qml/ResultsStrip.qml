@@ -15,6 +15,11 @@ Rectangle {
     signal candidatesRequested
     signal inspectRequested
 
+    readonly property ResultsModel files: app.generation.results
+    readonly property real rowHeight: list.tileHeight + Theme.inner
+    // The leftmost of what stands at the right of the heading.
+    readonly property real buttonsX: inspect.visible ? inspect.x : toCandidates.visible ? toCandidates.x : inFinder.x
+
     // As high as one row, unless its place is higher.
     implicitHeight: list.y + list.tileHeight + Theme.between
     radius: Theme.cardRadius
@@ -43,11 +48,16 @@ Rectangle {
         Accessible.role: Accessible.Heading
     }
     Label {
+        id: number
         anchors.left: heading.right
         anchors.leftMargin: Theme.inner
         anchors.baseline: heading.baseline
-        visible: list.count > 0
-        text: strip.app.generation.results.count === 1 ? "1 file" : strip.app.generation.results.count + " files"
+        visible: strip.files.total > 0 && x + implicitWidth + Theme.inner + tools.width <= strip.buttonsX
+        text: {
+            if (strip.files.onlyFavourites)
+                return strip.files.count + " of " + strip.files.total;
+            return strip.files.total === 1 ? "1 file" : strip.files.total + " files";
+        }
         color: Theme.secondary
         font.family: Theme.figures
         font.pixelSize: Theme.smallSize
@@ -87,7 +97,7 @@ Rectangle {
         width: parent.width - 2 * Theme.outer
         anchors.verticalCenter: parent.verticalCenter
         visible: list.count === 0
-        text: "The variations of the last run appear here."
+        text: strip.files.total > 0 ? "None of these files is a favourite." : "The variations of the last run appear here."
         color: Theme.secondary
         horizontalAlignment: Text.AlignHCenter
     }
@@ -122,6 +132,7 @@ Rectangle {
     }
     // After the results: these are nearer by Tab.
     ActionButton {
+        id: inspect
         objectName: "inspectResult"
         anchors.right: toCandidates.visible ? toCandidates.left : inFinder.left
         anchors.verticalCenter: heading.verticalCenter
@@ -132,5 +143,57 @@ Rectangle {
         text: "Inspect"
         tip: "I"
         onClicked: strip.inspectRequested()
+    }
+    Row {
+        id: tools
+        x: number.visible ? number.x + number.width + Theme.inner : heading.x + heading.width + Theme.inner
+        anchors.verticalCenter: heading.verticalCenter
+        visible: strip.files.total > 0
+
+        IconButton {
+            id: sort
+            objectName: "sortResults"
+            iconName: "arrow.up.arrow.down"
+            ink: strip.files.order === ResultsModel.AsMade ? Theme.secondary : Theme.accent
+            text: "Sort the results"
+            onClicked: {
+                sortMenu.active = true;
+                (sortMenu.item as SortMenu).popup(sort, 0, sort.height + Theme.tight);
+            }
+        }
+        IconButton {
+            objectName: "onlyFavourites"
+            iconName: strip.files.onlyFavourites ? "star.fill" : "star"
+            ink: strip.files.onlyFavourites ? Theme.accent : Theme.secondary
+            text: strip.files.onlyFavourites ? "Show all files" : "Show favourites only"
+            onClicked: strip.files.onlyFavourites = !strip.files.onlyFavourites
+        }
+    }
+    Loader {
+        id: sortMenu
+        active: false
+        visible: false
+        sourceComponent: SortMenu {
+            app: strip.app
+        }
+    }
+    // Other rows: the selection stays with its file.
+    Connections {
+        property url selected
+
+        target: strip.files
+
+        function onModelAboutToBeReset() {
+            selected = strip.files.urlAt(list.currentIndex);
+        }
+        function onModelReset() {
+            restore();
+            Qt.callLater(restore);  // the view begins anew, too
+        }
+        function restore() {
+            const row = strip.files.rowOf(selected);
+            if (row >= 0)
+                list.currentIndex = row;
+        }
     }
 }

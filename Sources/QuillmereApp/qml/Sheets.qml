@@ -20,6 +20,12 @@ Item {
         (report.item as ReportSheet).open();
     }
 
+    function showRuns() {
+        if (!app.runs.canShow)
+            return;
+        runs.active = true;
+        (runs.item as RunsSheet).open();
+    }
     function showModels() {
         models.active = true;
         (models.item as ModelsSheet).open();
@@ -29,6 +35,13 @@ Item {
         id: models
         active: false
         sourceComponent: ModelsSheet {
+            app: sheets.app
+        }
+    }
+    Loader {
+        id: runs
+        active: false
+        sourceComponent: RunsSheet {
             app: sheets.app
         }
     }

@@ -6,7 +6,7 @@ Item {
     id: place
 
     required property AppModel app
-    readonly property bool hasResults: app.generation.results.count > 0
+    readonly property bool hasResults: app.generation.results.total > 0
     readonly property bool hasCandidates: app.candidates.sets > 0
     readonly property bool showsCandidates: candidatesWanted && hasCandidates
     readonly property bool hasKeyboard: candidatesHaveKeyboard || (!showsCandidates && results.hasKeyboard)
@@ -17,7 +17,20 @@ Item {
     // Of the selected tile
     readonly property int row: showsCandidates ? (candidates ? candidates.row : -1) : results.row
 
-    implicitHeight: results.implicitHeight
+    // It may be dragged taller: so many rows, and so high at most.
+    property bool canGrow: false
+    property real mostHeight: 0
+    property int rows: 1
+    readonly property real rowHeight: results.rowHeight
+    readonly property int mostRows: canGrow ? Math.max(1, 1 + Math.floor((mostHeight - results.implicitHeight) / rowHeight)) : 1
+
+    implicitHeight: results.implicitHeight + (Math.min(rows, mostRows) - 1) * rowHeight
+
+    Keys.onPressed: event => {
+        event.accepted = canGrow && event.modifiers === Qt.ControlModifier && (event.key === Qt.Key_Up || event.key === Qt.Key_Down);
+        if (event.accepted)
+            rows = Math.max(1, Math.min(mostRows, rows + (event.key === Qt.Key_Up ? 1 : -1)));
+    }
 
     function takeKeyboard() {
         if (showsCandidates)
@@ -92,6 +105,13 @@ Item {
         }
     }
     Connections {
+        target: place.app.runs
+
+        function onFilesOpened() {
+            place.showResults();
+        }
+    }
+    Connections {
         target: place.app.candidates
 
         function onIsTryingChanged() {
@@ -126,5 +146,14 @@ Item {
             onResultsRequested: place.showResults()
             onInspectRequested: place.toggleInspector()
         }
+    }
+    StripHandle {
+        y: -height
+        width: parent.width
+        visible: place.canGrow
+        rows: place.rows
+        mostRows: place.mostRows
+        rowHeight: place.rowHeight
+        onWanted: rows => place.rows = rows
     }
 }

@@ -1,6 +1,7 @@
 // Candidates: what a set is, what becomes of those that are kept and discarded, and what it refuses.
 
 #include <QObject>
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <optional>
@@ -11,6 +12,7 @@
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Origin/Runs.h"
 #include "Support/SmallModel.h"
 
 namespace quillmere::testing {
@@ -89,6 +91,14 @@ void tryAndWait(Studio& studio) {
 void keepAndWait(Studio& studio, int row) {
     studio.candidates.keep(row);
     QTRY_VERIFY(studio.value(row, CandidatesModel::IsKeptRole).toBool());
+}
+
+// What the journal knows, when everything has been noted.
+std::vector<JournalRun> runsIn(const TestWorld& world) {
+    const Journal journal(*world.environment.journalFile);
+    const auto runs = [&] { return runsOf({.name = "corpus", .fingerprint = ""}, journal); };
+    (void)QTest::qWaitFor([&] { return !runs().empty(); });
+    return runs();
 }
 
 QStringList filesIn(const TestWorld& world, const QString& folder) {
@@ -421,6 +431,86 @@ private slots:
         studio.candidates.rename(world.url("out/corpus_var_0001.wav"), world.url("out/kick.wav"));
         QCOMPARE(studio.value(1, CandidatesModel::FileNameRole).toString(), QStringLiteral("kick.wav"));
         QVERIFY(!studio.value(0, CandidatesModel::IsKeptRole).toBool());
+    }
+
+    // ---- The journal
+
+    void theJournalHasWhatWasHeardAndWhatWasKept() {
+        TestWorld world;
+        Studio studio(world);
+        studio.order.detail = 0.5;
+        tryAndWait(studio);
+        keepAndWait(studio, 3);
+        const std::vector<JournalRun> runs = runsIn(world);
+        QCOMPARE(runs.size(), 2U);
+        QVERIFY(runs[1].set);
+        QCOMPARE(runs[1].set->count, 12);
+        QCOMPARE(runs[1].recipe().seed, studio.order.seed);
+        QCOMPARE(runs[1].recipe().detail, 0.5);
+        QCOMPARE(runs[1].recipe().aesthetics, studio.order.aesthetics);
+        QCOMPARE(runs[1].recipe().index, 0);
+        QCOMPARE(runs[0].files.size(), 1U);
+        QCOMPARE(runs[0].recipe().index, 3);
+        QCOMPARE(runs[0].files.front().file, world.path("out/corpus_var_0001.wav").toStdString());
+        const CandidateHandle kept = studio.candidates.list()->at(3);
+        QCOMPARE(runs[0].recipe(), makeRecipe(kept->origin, *kept->base));
+        QCOMPARE(studio.told.error, QString());
+    }
+
+    void theJournalIsLeftAloneWhereNobodyWantsIt() {
+        TestWorld world;
+        world.wantsJournal = false;
+        Studio studio(world);
+        tryAndWait(studio);
+        keepAndWait(studio, 0);
+        QVERIFY(!QFileInfo::exists(world.path("data/Quillmere/journal.jsonl")));
+    }
+
+    void saysWhyTheJournalLacksASet() {
+        TestWorld world;
+        QDir().mkpath(world.path("data/Quillmere/journal.jsonl"));  // a folder has its name
+        Studio studio(world);
+        tryAndWait(studio);
+        const auto isTold = [&] {
+            return std::ranges::any_of(studio.told.notices, [](const QString& text) {
+                return text.startsWith("How the files were made could not be noted everywhere. ");
+            });
+        };
+        QTRY_VERIFY(isTold());
+        QCOMPARE(studio.numbers(), wholeSet);  // they are there all the same
+    }
+
+    void aSetOfBeforeIsRenderedOnceMore() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        const auto before = *studio.candidates.list()->at(5)->sound.samples;
+        CandidatesOrder order = studio.order;
+        order.isNoted = true;
+        studio.order.seed = 7;
+        studio.candidates.startEarlier(order);
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.candidates.sets(), 2);
+        QCOMPARE(studio.candidates.seed(), QStringLiteral("42"));
+        QCOMPARE(*studio.candidates.list()->at(5)->sound.samples, before);
+        QCOMPARE(runsIn(world).size(), 1U);  // noted once
+    }
+
+    void aSetOfBeforeNeedsItsModel() {
+        TestWorld world;
+        Studio studio(world);
+        CandidatesOrder order = studio.order;
+        order.model = "another";
+        studio.candidates.startEarlier(order);
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(
+            studio.told.error,
+            QStringLiteral("These candidates were made by another model. Open it first, or try new ones."));
+        QCOMPARE(studio.candidates.sets(), 0);
+        order.model = studio.generator->identity();
+        studio.candidates.startEarlier(order);
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.numbers(), wholeSet);
     }
 
     // ---- Cancelling

@@ -6,12 +6,15 @@
 #include <csignal>
 #include <memory>
 #include <optional>
+#include <system_error>
 
 #include "QuillmereApp/Controllers/GenerationController.h"
 #include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Origin/RecipeLookup.h"
+#include "QuillmereCore/Origin/Runs.h"
 #include "Support/SmallModel.h"
 
 namespace quillmere::testing {
@@ -500,6 +503,88 @@ private slots:
         generateAndWait(studio);
         QCOMPARE(studio.runs.results()->count(), 1);
         QVERIFY(!studio.runs.baseOf(world.url("out/renamed.wav")));
+    }
+
+    // ---- The journal
+
+    void theJournalHasEveryFile() {
+        TestWorld world;
+        Studio studio(world);
+        generateAndWait(studio);
+        const Journal journal(*world.environment.journalFile);
+        const auto runs = runsOf({.name = "corpus", .fingerprint = ""}, journal);
+        QCOMPARE(runs.size(), 1U);
+        QCOMPARE(runs[0].files.size(), 3U);
+        QCOMPARE(runs[0].recipe().seed, studio.seed);
+        for (int row = 0; row < 3; ++row) {
+            const JournalEntry& entry = runs[0].files[static_cast<std::size_t>(row)];
+            const GeneratedSample& sample = studio.runs.results()->samples()[static_cast<std::size_t>(row)];
+            QCOMPARE(entry.file, sample.url.string());
+            QCOMPARE(entry.recipe, makeRecipe(sample.origin, *studio.runs.baseOf(toUrl(sample.url))));
+            QCOMPARE(entry.digests.bytes, fileDigest(sample.url));
+        }
+        // Auditions are of no file.
+        auditionAndWait(studio);
+        QCOMPARE(runsOf({.name = "corpus", .fingerprint = ""}, journal).size(), 1U);
+    }
+
+    void theJournalIsLeftAloneWhereNobodyWantsIt() {
+        TestWorld world;
+        world.wantsJournal = false;
+        Studio studio(world);
+        generateAndWait(studio);
+        QCOMPARE(studio.runs.results()->count(), 3);
+        QVERIFY(!QFileInfo::exists(world.path("data/Quillmere/journal.jsonl")));
+        QVERIFY(studio.told.notices.isEmpty());
+    }
+
+    void withoutAHomeThereIsNoJournal() {
+        TestWorld world;
+        world.environment.journalFile.reset();
+        Studio studio(world);
+        generateAndWait(studio);
+        QCOMPARE(studio.runs.results()->count(), 3);
+        QVERIFY(studio.told.notices.isEmpty());
+    }
+
+    void saysWhyTheJournalLacksThem() {
+        TestWorld world;
+        QDir().mkpath(world.path("data/Quillmere/journal.jsonl"));  // a folder has its name
+        Studio studio(world);
+        generateAndWait(studio);
+        QCOMPARE(studio.runs.results()->count(), 3);
+        QCOMPARE(studio.told.error, QString());
+        QCOMPARE(studio.told.notices.size(), 1);
+        QVERIFY(studio.told.notices.first().startsWith(
+            "How the files were made could not be noted everywhere. "));
+    }
+
+    void theJournalIsLeftAloneWhereNobodyCanTell() {
+        TestWorld world;
+        world.environment.journalIsOn = []() -> bool {
+            throw FileError("/config/no-journal", std::make_error_code(std::errc::permission_denied));
+        };
+        Studio studio(world);
+        generateAndWait(studio);
+        QVERIFY(!QFileInfo::exists(world.path("data/Quillmere/journal.jsonl")));
+        QCOMPARE(studio.told.notices.size(), 1);
+        QVERIFY(studio.told.notices.first().startsWith(
+            "The journal stays as it is, because it cannot be told whether it is wanted. "));
+    }
+
+    void filesOfBeforeTakeTheirPlace() {
+        TestWorld world;
+        Studio studio(world);
+        generateAndWait(studio);
+        const std::vector<GeneratedSample> before = studio.runs.results()->samples();
+        const auto base = std::make_shared<const RecipeBase>(RecipeBase{.corpusName = "before"});
+        studio.folder = world.url("elsewhere");
+        generateAndWait(studio);
+        studio.runs.showEarlier(before, base, world.url("out"));
+        QCOMPARE(studio.runs.results()->count(), 3);
+        QCOMPARE(studio.runs.results()->urlAt(0), toUrl(before.front().url));
+        QCOMPARE(studio.runs.baseOf(toUrl(before.front().url)), base);
+        QCOMPARE(studio.runs.lastOutputFolder(), world.url("out"));
     }
 
     // ---- Auditions

@@ -35,6 +35,8 @@ struct AppModelProbe {
         waitForWork(*app.model());
         waitForWork(*app.generation());
         waitForWork(*app.candidates());
+        waitForWork(*app.runs());
+        waitForWork(*app.measures());
         waitForWork(*app.output());
         waitForWork(*app.character());
     }

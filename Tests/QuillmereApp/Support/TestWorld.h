@@ -123,6 +123,8 @@ public:
             std::filesystem::rename(file, place);
             return place;
         };
+        environment.journalFile = toPath(path("data/Quillmere/journal.jsonl"));
+        environment.journalIsOn = [this] { return wantsJournal.load(); };
         environment.mayHaveGraphicsCard = false;
         environment.machine = &machine;
         environment.looks = std::make_shared<FolderLooks>(FolderLooks::onDisk, std::chrono::minutes(2));
@@ -210,6 +212,7 @@ public:
     QList<QUrl> shownFiles;
     bool hasFileManager = true;
     bool hasTrash = true;
+    std::atomic<bool> wantsJournal = true;
     // How often somebody has looked at what cutOff has cut off.
     std::shared_ptr<std::atomic<int>> looksAtDead = std::make_shared<std::atomic<int>>(0);
 

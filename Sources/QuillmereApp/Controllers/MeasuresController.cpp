@@ -1,0 +1,133 @@
+#include "QuillmereApp/Controllers/MeasuresController.h"
+
+#include <chrono>
+#include <utility>
+
+#include "QuillmereApp/Controllers/Folders.h"
+#include "QuillmereApp/FilePath.h"
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+using namespace std::chrono_literals;
+using Inspection::CorpusPrints;
+
+struct Measured {
+    std::shared_ptr<const SoundPrint> print;
+    SoundMeasure measure;
+    std::shared_ptr<const CorpusPrints> comparedWith;
+};
+
+PlayableSound soundOf(const QUrl& url, const PlayableSound& sound, const FolderLooks& looks) {
+    if (sound.samples) return sound;
+    const std::filesystem::path file = toPath(url);
+    if (looks.at(file.parent_path()).kind == Place::Kind::noAnswer)
+        throw Failure(Folders::noAnswer(toQString(file)).toStdString());
+    return Inspection::read(file);
+}
+
+double noveltyOf(const SoundPrint& print, const CorpusPrints& corpus) {
+    const auto nearest = corpus.nearest(print, 1);
+    return nearest.empty() ? -1 : nearest.front().distance;
+}
+
+Measured measured(std::shared_ptr<const SoundPrint> print, std::shared_ptr<const CorpusPrints> corpus) {
+    Measured found{.print = std::move(print), .measure = {}, .comparedWith = std::move(corpus)};
+    if (!found.print) return found;
+    found.measure.brightness = Inspection::brightness(*found.print);
+    if (found.comparedWith) found.measure.novelty = noveltyOf(*found.print, *found.comparedWith);
+    return found;
+}
+
+}  // namespace
+
+MeasuresController::MeasuresController(const Environment& environment, Links links)
+    : Controller(environment), links_(std::move(links)) {
+    announceSoon_.setSingleShot(true);
+    announceSoon_.setInterval(250ms);
+    connect(&announceSoon_, &QTimer::timeout, this, &MeasuresController::changed);
+    connect(this, &Controller::activityChanged, this, &MeasuresController::goOn);
+}
+
+void MeasuresController::setCorpus(const std::shared_ptr<const CorpusSummary>& corpus) {
+    corpusFiles_ = corpus ? corpus->files.size() : 0;
+    isAsked_ = false;
+    hasWanted_ = false;
+    comparisonChanged();
+}
+
+// What was found out by older prints stays until it is found out by the new ones.
+void MeasuresController::comparisonChanged() {
+    const CorpusPrints* const prints = links_.prints().get();
+    for (auto known = known_.begin(); known != known_.end(); ++known) {
+        if (known->comparedWith == prints) continue;
+        if (!prints) known->measure.novelty = -1;
+        if (prints && known->print && !std::exchange(known->isWaiting, true))
+            waiting_.push_back({.url = known.key(), .sound = {}});
+    }
+    announceSoon_.start();
+    goOn();
+}
+
+void MeasuresController::compareAnyway() {
+    isAsked_ = true;
+    wantComparison();
+}
+
+SoundMeasure MeasuresController::of(const QUrl& file) {
+    return find(file, {});
+}
+
+SoundMeasure MeasuresController::of(const QUrl& name, const PlayableSound& sound) {
+    return find(name, sound);
+}
+
+SoundMeasure MeasuresController::find(const QUrl& url, const PlayableSound& sound) {
+    Known& known = known_[url];
+    if (!known.print && !known.isWaiting && !known.isHopeless) {
+        known.isWaiting = true;
+        waiting_.push_back({.url = url, .sound = sound});
+        // Not from here: a view is reading.
+        if (!std::exchange(isDue_, true))
+            QMetaObject::invokeMethod(this, &MeasuresController::goOn, Qt::QueuedConnection);
+    }
+    return known.measure;
+}
+
+void MeasuresController::wantComparison() {
+    const bool isSmall = corpusFiles_ > 0 && corpusFiles_ <= mostUnasked;
+    if (hasWanted_ || corpusFiles_ == 0 || !(isSmall || isAsked_) || activity().isBusy()) return;
+    hasWanted_ = true;
+    links_.makePrints();
+}
+
+void MeasuresController::goOn() {
+    isDue_ = false;
+    if (isMeasuring_ || waiting_.empty() || activity().isBusy()) return;
+    wantComparison();
+    isMeasuring_ = true;
+    const Job job = std::move(waiting_.front());
+    waiting_.pop_front();
+    tasks_.run(
+        [job, print = known_[job.url].print, corpus = links_.prints(), looks = environment().looks] {
+            return measured(print ? print : Inspection::printOf(soundOf(job.url, job.sound, *looks)), corpus);
+        },
+        [this, url = job.url](const Measured& found) {
+            Known& known = known_[url];
+            known = {
+                .measure = found.measure, .print = found.print, .comparedWith = found.comparedWith.get()};
+            known.isHopeless = !found.print;
+            isMeasuring_ = false;
+            if (found.print && found.comparedWith != links_.prints()) comparisonChanged();
+            if (!announceSoon_.isActive()) announceSoon_.start();
+            goOn();
+        },
+        [this, url = job.url](const TaskFailure&) {
+            known_[url] = {.measure = {}, .print = {}, .isHopeless = true};
+            isMeasuring_ = false;
+            goOn();
+        });
+}
+
+}  // namespace quillmere

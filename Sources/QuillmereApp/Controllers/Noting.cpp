@@ -1,0 +1,46 @@
+#include "QuillmereApp/Controllers/Noting.h"
+
+#include <string>
+
+#include "QuillmereCore/Util/Failure.h"
+
+namespace quillmere {
+namespace {
+
+QString notNoted(const std::string& reason) {
+    return QStringLiteral("How the files were made could not be noted everywhere. %1.")
+        .arg(QString::fromStdString(reason));
+}
+
+}  // namespace
+
+// A preference that cannot be read may well be that there be no journal.
+RecipeCarriers Noting::carriers(QString& problem) const {
+    try {
+        if (!isOn_ || isOn_()) return {.journal = file_};
+    } catch (const FileError& error) {
+        problem =
+            QStringLiteral("The journal stays as it is, because it cannot be told whether it is wanted. %1.")
+                .arg(QString::fromUtf8(error.what()));
+    }
+    return {};
+}
+
+QString Noting::problemOf(const RecipeKeeper& keeper) {
+    const auto problem = keeper.journalProblem();
+    return problem ? notNoted(*problem) : QString();
+}
+
+QString Noting::note(const JournalSet& set) const {
+    QString problem;
+    const RecipeCarriers where = carriers(problem);
+    if (!where.journal) return problem;
+    try {
+        Journal(*where.journal).append(set);
+    } catch (const FileError& error) {
+        return notNoted(error.what());
+    }
+    return {};
+}
+
+}  // namespace quillmere
