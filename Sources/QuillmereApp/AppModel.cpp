@@ -1,5 +1,6 @@
 #include "QuillmereApp/AppModel.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "QuillmereApp/Controllers/Assign.h"
@@ -31,6 +32,12 @@ AppModel::AppModel(Environment environment, QObject* parent)
       runs_(environment_, [this](const Aesthetics& values) { return character_.presets()->nameOf(values); }),
       measures_(environment_, {.prints = [this] { return inspector_.prints(); },
                                .makePrints = [this] { inspector_.makePrints(); }}),
+      drops_(environment_, {.corpus = [this] { return corpus_.summary(); },
+                            .prints = [this] { return inspector_.prints(); },
+                            .makePrints = [this] { inspector_.makePrints(); }}),
+      kits_(environment_, {.generator = [this] { return model_.preparedGenerator(); },
+                           .outputFolder = [this] { return output_.folder(); },
+                           .device = [this] { return devices_.chosen(); }}),
       session_(preferences_, model_, character_, output_) {
     connectAll();
     connectCorpusAndModel();
@@ -39,6 +46,7 @@ AppModel::AppModel(Environment environment, QObject* parent)
     connectInspector();
     connectRunsOfBefore();
     connectMeasures();
+    connectDrops();
     corpus_.restore();
     character_.reloadPresets();
 }
@@ -103,6 +111,7 @@ void AppModel::modelChanged() {
                              .hasModel = model_.isReady(),
                              .canPreview = model_.canPreview()});
     candidates_.setHasModel(model_.isReady());
+    kits_.setHasModel(model_.isReady());
 }
 
 void AppModel::activityOfControllersChanged() {
@@ -110,7 +119,8 @@ void AppModel::activityOfControllersChanged() {
                             .isGenerating = generation_.isGenerating(),
                             .isScanning = corpus_.isScanning(),
                             .isAuditioning = generation_.isAuditioning(),
-                            .isTrying = candidates_.isTrying()};
+                            .isTrying = candidates_.isTrying(),
+                            .isMakingKit = kits_.isMaking()};
     const Activity before = std::exchange(activity_, activity);
     for (Controller* controller : controllers())
         controller->setActivity(activity);
@@ -134,6 +144,7 @@ void AppModel::cancelAll() {
     model_.cancelLoading();
     generation_.cancel();
     candidates_.cancel();
+    kits_.cancel();
     corpus_.cancelScan();
 }
 
@@ -151,6 +162,70 @@ void AppModel::showInFileManager() {
         return;
     }
     output_.show(folder, generation_.results()->existingFiles());
+}
+
+// ---- Several results
+
+void AppModel::trashResults(int row) {
+    const QList<QUrl> files = generation_.results()->chosenFiles(row);
+    for (const QUrl& file : files)
+        playback_.stopIfPlaying(file);
+    files_.trash(files);
+    generation_.results()->clearSelection();
+}
+
+void AppModel::switchFavourites(int row) {
+    const QList<QUrl> files = generation_.results()->chosenFiles(row);
+    const bool areAll =
+        std::ranges::all_of(files, [this](const QUrl& file) { return files_.isFavourite(file); });
+    if (!files.isEmpty()) files_.setFavourites(files, !areAll);
+}
+
+void AppModel::makeKit(int row) {
+    const ResultsModel& results = *generation_.results();
+    std::vector<KitFolder::Chosen> sounds;
+    for (const QUrl& file : results.chosenFiles(row)) {
+        const GeneratedSample& sample = results.samples()[static_cast<std::size_t>(results.rowOf(file))];
+        if (const auto base = generation_.baseOf(file))
+            sounds.push_back({.source = sample.url, .recipe = makeRecipe(sample.origin, *base)});
+    }
+    kits_.make(std::move(sounds));
+}
+
+// ---- What was dropped
+
+void AppModel::takeSound(const KnownSound& sound) {
+    if (isBusy()) {
+        emit notice(Activity::waitNotice());
+        return;
+    }
+    takeSettings(sound.recipe);
+    const bool isOpen = model_.isReady() && model_.storedFolder() == sound.modelFolder;
+    if (isOpen || sound.modelFolder.empty() || sound.corpus.isEmpty()) {
+        showTaken(sound);
+        emit notice(isOpen
+                        ? QStringLiteral("This sound was made here: its settings are set again.")
+                        : QStringLiteral("This sound was made here: its settings are set again. Its model or "
+                                         "the folder of that is gone."));
+        return;
+    }
+    openModel(QUrl::fromLocalFile(sound.corpus), sound.modelFolder);
+    awaited_ = sound;
+    emit notice(
+        QStringLiteral("This sound was made here: its settings are set again, and its model is opened."));
+}
+
+void AppModel::showTaken(const KnownSound& sound) {
+    const QUrl file = toUrl(sound.file);
+    if (generation_.results()->rowOf(file) < 0)
+        generation_.addKept({.url = sound.file, .seconds = sound.seconds, .origin = sound.recipe.origin()},
+                            std::make_shared<const RecipeBase>(baseOf(sound.recipe)));
+    emit soundTaken(file);
+}
+
+void AppModel::showAwaitedSound() {
+    if (!awaited_ || !model_.isReady() || model_.storedFolder() != awaited_->modelFolder) return;
+    showTaken(*std::exchange(awaited_, std::nullopt));
 }
 
 void AppModel::sortResults(int order) {
@@ -190,7 +265,7 @@ void AppModel::trashInspectedFile() {
     const QUrl file = inspector_.file();
     if (file.isEmpty()) return;
     playback_.stopIfPlaying(file);
-    files_.trash(file);
+    files_.trash({file});
 }
 
 void AppModel::renameInspectedFile(const QString& name) {

@@ -16,9 +16,11 @@
 #include "QuillmereApp/Controllers/CharacterController.h"
 #include "QuillmereApp/Controllers/CorpusController.h"
 #include "QuillmereApp/Controllers/CorpusFilesController.h"
+#include "QuillmereApp/Controllers/DropsController.h"
 #include "QuillmereApp/Controllers/FilesController.h"
 #include "QuillmereApp/Controllers/GenerationController.h"
 #include "QuillmereApp/Controllers/InspectorController.h"
+#include "QuillmereApp/Controllers/KitController.h"
 #include "QuillmereApp/Controllers/MapController.h"
 #include "QuillmereApp/Controllers/MeasuresController.h"
 #include "QuillmereApp/Controllers/ModelController.h"
@@ -58,6 +60,8 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::ModelsController* models READ models CONSTANT)
     Q_PROPERTY(quillmere::MapController* map READ map CONSTANT)
     Q_PROPERTY(quillmere::RunsController* runs READ runs CONSTANT)
+    Q_PROPERTY(quillmere::DropsController* drops READ drops CONSTANT)
+    Q_PROPERTY(quillmere::KitController* kits READ kits CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
     Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
@@ -84,13 +88,16 @@ public:
     [[nodiscard]] MapController* map() { return &map_; }
     [[nodiscard]] RunsController* runs() { return &runs_; }
     [[nodiscard]] MeasuresController* measures() { return &measures_; }
+    [[nodiscard]] DropsController* drops() { return &drops_; }
+    [[nodiscard]] KitController* kits() { return &kits_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
     [[nodiscard]] FolderBrowser* browser() { return &browser_; }
 
     // ---- What concerns several subjects
 
-    // Stops whatever runs (training, generation, scan, audition, candidates), and the opening of a model.
+    // Stops whatever runs (training, generation, scan, audition, candidates, kit), and the opening of a
+    // model.
     Q_INVOKABLE void cancel();
     // Looks again for the output folder, the results and the own presets, which other programs may have
     // changed: call it when the window becomes active.
@@ -101,6 +108,11 @@ public:
     // index: as in devices(). From the next run on; the present model is compiled for that device when it is
     // used next. While something computes, nothing happens but notice().
     Q_INVOKABLE void chooseDevice(int index);
+    // Of the results that are selected, or, where none is, that of row: into the desktop's trash; favourites,
+    // or none where all of them are; a kit for samplers.
+    Q_INVOKABLE void trashResults(int row);
+    Q_INVOKABLE void switchFavourites(int row);
+    Q_INVOKABLE void makeKit(int row);
     // The rows of the results in that order (ResultsModel::Order).
     Q_INVOKABLE void sortResults(int order);
     // The last audition once more, with detail if it had none, else without; what follows is made the same
@@ -172,11 +184,13 @@ signals:
     void isBusyChanged();
     void canChooseDeviceChanged();
     void errorMessageChanged();
+    // A sound that was dropped is one of the results now.
+    void soundTaken(const QUrl& file);
     // A sentence that is no failure: shown in passing and announced, never in the error banner.
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 15> controllers();
+    [[nodiscard]] std::array<Controller*, 17> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
     [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
@@ -187,6 +201,10 @@ private:
     void connectInspector();
     void connectRunsOfBefore();
     void connectMeasures();
+    void connectDrops();
+    void takeSound(const KnownSound& sound);
+    void showTaken(const KnownSound& sound);
+    void showAwaitedSound();
     void corpusChanged();
     void filesGone(int files);
     void modelChanged();
@@ -224,6 +242,9 @@ private:
     FilesController files_;
     RunsController runs_;
     MeasuresController measures_;
+    DropsController drops_;
+    KitController kits_;
+    std::optional<KnownSound> awaited_;  // whose model is being opened
     Session session_;
 };
 

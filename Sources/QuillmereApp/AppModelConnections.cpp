@@ -4,9 +4,10 @@
 
 namespace quillmere {
 
-std::array<Controller*, 15> AppModel::controllers() {
-    return {&playback_, &character_,  &output_,     &corpus_,    &model_, &corpusFiles_, &report_,  &models_,
-            &map_,      &generation_, &candidates_, &inspector_, &files_, &runs_,        &measures_};
+std::array<Controller*, 17> AppModel::controllers() {
+    return {&playback_, &character_, &output_,   &corpus_,     &model_,      &corpusFiles_,
+            &report_,   &models_,    &map_,      &generation_, &candidates_, &inspector_,
+            &files_,    &runs_,      &measures_, &drops_,      &kits_};
 }
 
 void AppModel::connectAll() {
@@ -21,6 +22,7 @@ void AppModel::connectAll() {
 void AppModel::connectCorpusAndModel() {
     connect(&corpus_, &CorpusController::urlChanged, this, [this] {
         wantedModel_.clear();
+        awaited_.reset();
         corpusChanged();
         output_.setCorpus(corpus_.url());
         generation_.results()->setSamples({});
@@ -114,6 +116,16 @@ void AppModel::connectMeasures() {
             &MeasuresController::comparisonChanged);
     connect(&measures_, &MeasuresController::changed, generation_.results(), &ResultsModel::measuresChanged);
     connect(&measures_, &MeasuresController::changed, candidates_.list(), &CandidatesModel::measuresChanged);
+}
+
+void AppModel::connectDrops() {
+    connect(&drops_, &DropsController::folderDropped, &corpus_, &CorpusController::choose);
+    connect(&drops_, &DropsController::soundDropped, this, &AppModel::takeSound);
+    connect(&inspector_, &InspectorController::printsChanged, &drops_, &DropsController::comparisonChanged);
+    connect(&inspector_, &InspectorController::printsFailed, &drops_, &DropsController::comparisonFailed);
+    connect(&model_, &ModelController::bundleChanged, this, &AppModel::showAwaitedSound);
+    connect(&kits_, &KitController::isMakingChanged, this, &AppModel::activityOfControllersChanged);
+    connect(&kits_, &KitController::made, &output_, &OutputController::look);
 }
 
 GenerationController::Links AppModel::generationLinks() {

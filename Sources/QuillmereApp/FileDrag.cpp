@@ -31,7 +31,7 @@ void FileDrag::begin(int row, QQuickItem* tile, QPointF grip) {
     results_->hold();
     isHeld_ = true;
     isWanted_ = true;
-    file_ = results_->urlAt(row);
+    files_ = results_->isSelected(row) ? results_->chosenFiles(row) : QList<QUrl>{results_->urlAt(row)};
     window_ = tile->window();
     place_ = tile->mapRectToScene(QRectF(0, 0, tile->width(), tile->height()));
     grip_ = grip;
@@ -54,7 +54,7 @@ void FileDrag::carry() {
     // The button may be up by now: a drag without it would hang on the pointer.
     if (isWanted_ && window_) {
         auto content = std::make_unique<QMimeData>();
-        content->setUrls({file_});
+        content->setUrls(files_);
         auto drag = std::make_unique<QDrag>(this);
         drag->setMimeData(content.release());
         drag->setPixmap(picture(*window_, place_));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QPointF>
 #include <QPointer>
@@ -11,7 +12,8 @@
 
 namespace quillmere {
 
-// Drags one of the results into another program as a file. What is dragged, its picture included, is kept
+// Drags results into other programs as files: the one that is taken, with the others that are selected with
+// it. What is dragged, its picture included, is kept
 // here and not by the tile that shows the row: the platform has an event loop of its own until the button is
 // up, and meanwhile a run may end and want other rows. They wait (ResultsModel::hold) until it is over.
 //
@@ -47,7 +49,7 @@ private:
     bool isHeld_ = false;    // results_, by this
     bool isWanted_ = false;  // begun, and the button is down
     bool isActive_ = false;
-    QUrl file_;
+    QList<QUrl> files_;
     QPointer<QQuickWindow> window_;
     QRectF place_;  // of the tile in the window
     QPointF grip_;

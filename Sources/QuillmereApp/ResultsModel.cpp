@@ -161,6 +161,45 @@ void ResultsModel::release() {
     }
 }
 
+// ---- The selection
+
+void ResultsModel::setSelection(QSet<QUrl> selected) {
+    if (selected == selected_) return;
+    selected_ = std::move(selected);
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {IsSelectedRole});
+    emit selectionChanged();
+}
+
+void ResultsModel::toggleSelected(int row) {
+    if (row < 0 || row >= count()) return;
+    QSet<QUrl> selected = selected_;
+    if (!selected.remove(urlAt(row))) selected.insert(urlAt(row));
+    setSelection(std::move(selected));
+}
+
+void ResultsModel::selectRange(int from, int to) {
+    QSet<QUrl> selected;
+    for (int row = std::max(0, std::min(from, to)); row <= std::min(count() - 1, std::max(from, to)); ++row)
+        selected.insert(urlAt(row));
+    setSelection(std::move(selected));
+}
+
+void ResultsModel::clearSelection() {
+    setSelection({});
+}
+
+QList<QUrl> ResultsModel::chosenFiles(int row) const {
+    QList<QUrl> files;
+    if (selected_.isEmpty()) {
+        if (existsAt(row)) files.append(urlAt(row));
+        return files;
+    }
+    for (const Row& one : rows_) {
+        if (one.exists && selected_.contains(one.url)) files.append(one.url);
+    }
+    return files;
+}
+
 // ---- Which rows, and in which order
 
 void ResultsModel::setOrder(Order order) {
@@ -247,6 +286,9 @@ void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
         appendRow(sample);
     endResetModel();
     emit countChanged();
+    QSet<QUrl> selected = selected_;
+    selected.removeIf([this](const QUrl& file) { return rowOf(file) < 0; });
+    setSelection(std::move(selected));
     watchFolders();
     if (playedOne && rowOf(playing_) < 0) emit playingGone();
 }
@@ -295,6 +337,7 @@ void ResultsModel::rename(const QUrl& from, const QUrl& to) {
     rows_[i].exists = true;
     rowByUrl_.remove(from);
     rowByUrl_.insert(to, row);
+    if (selected_.remove(from)) selected_.insert(to);
     emit dataChanged(index(row), index(row));
     if (order_ == ByName) showWanted();
 }
@@ -439,6 +482,8 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
             return isFavourite_(row.url);
         case LabelRole:
             return labelOf(row.fileName);
+        case IsSelectedRole:
+            return selected_.contains(row.url);
         case NoveltyRole:
             return measureOf_(row.url).noveltyText();
         case PeaksRole:
@@ -451,11 +496,17 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> ResultsModel::roleNames() const {
-    return {{UrlRole, "url"},         {FileNameRole, "fileName"},
-            {SecondsRole, "seconds"}, {DurationTextRole, "durationText"},
-            {ExistsRole, "exists"},   {IsPlayingRole, "isPlaying"},
-            {PeaksRole, "peaks"},     {IsFavouriteRole, "isFavourite"},
-            {LabelRole, "label"},     {NoveltyRole, "novelty"}};
+    return {{UrlRole, "url"},
+            {FileNameRole, "fileName"},
+            {SecondsRole, "seconds"},
+            {DurationTextRole, "durationText"},
+            {ExistsRole, "exists"},
+            {IsPlayingRole, "isPlaying"},
+            {PeaksRole, "peaks"},
+            {IsFavouriteRole, "isFavourite"},
+            {LabelRole, "label"},
+            {NoveltyRole, "novelty"},
+            {IsSelectedRole, "isSelected"}};
 }
 
 }  // namespace quillmere

@@ -5,6 +5,7 @@
 #include <QHash>
 #include <QList>
 #include <QQmlEngine>
+#include <QSet>
 #include <QTimer>
 #include <QUrl>
 #include <cstddef>
@@ -32,6 +33,7 @@ namespace quillmere {
 //                the thumbnail is computed, which reading the role starts
 //   isFavourite  bool
 //   label        string: what tells the file from the others, "7" for Drums_var_0007.wav
+//   isSelected   bool: one of several that something is to be done with
 //   novelty      string: "copy", "close", "new", "far"; empty while it is unknown
 // Thousands of rows cost nothing: files are looked at in the background, thumbnails only of the rows that
 // are read, newest request first. Files in a folder that does not answer count as gone until it does.
@@ -43,6 +45,7 @@ class ResultsModel : public QAbstractListModel {
     QML_UNCREATABLE("GenerationController owns it")
     Q_PROPERTY(int count READ count NOTIFY countChanged)  // of rows
     Q_PROPERTY(int total READ total NOTIFY countChanged)  // of files
+    Q_PROPERTY(int selectedCount READ selectedCount NOTIFY selectionChanged)
     Q_PROPERTY(Order order READ order WRITE setOrder NOTIFY orderChanged)
     Q_PROPERTY(bool onlyFavourites READ onlyFavourites WRITE setOnlyFavourites NOTIFY onlyFavouritesChanged)
 
@@ -62,6 +65,7 @@ public:
         IsFavouriteRole,
         LabelRole,
         NoveltyRole,
+        IsSelectedRole,
     };
 
     // Stretches per thumbnail; fewer when the file has fewer samples.
@@ -97,6 +101,19 @@ public:
     void release();
     void setPlaying(const QUrl& url);
 
+    // ---- Several rows, for what is done with all of them at once
+
+    [[nodiscard]] int selectedCount() const { return static_cast<int>(selected_.size()); }
+    Q_INVOKABLE void toggleSelected(int row);
+    // The rows between two, both included, and no others.
+    Q_INVOKABLE void selectRange(int from, int to);
+    Q_INVOKABLE void selectAll() { selectRange(0, count() - 1); }
+    Q_INVOKABLE void clearSelection();
+    // The files that are selected, in the order of their rows; where none is, that of row. Only those that
+    // exist.
+    [[nodiscard]] QList<QUrl> chosenFiles(int row) const;
+    [[nodiscard]] bool isSelected(int row) const { return selected_.contains(urlAt(row)); }
+
     // The row's file; empty for a row that is not there.
     Q_INVOKABLE [[nodiscard]] QUrl urlAt(int row) const;
     Q_INVOKABLE [[nodiscard]] int rowOf(const QUrl& url) const;  // -1 when there is none
@@ -117,6 +134,7 @@ signals:
     void countChanged();
     void orderChanged();
     void onlyFavouritesChanged();
+    void selectionChanged();
     // What plays was one of the files, and is none of them any more.
     void playingGone();
 
@@ -141,6 +159,7 @@ private:
     void addRow(GeneratedSample sample);
     void appendRow(const GeneratedSample& sample);
     void setExists(int row, bool exists);
+    void setSelection(QSet<QUrl> selected);
     void requestPeaks(int row);
     void watchFolders();
     void announce(int row, int role);
@@ -157,6 +176,7 @@ private:
     int holds_ = 0;
     bool isOutdated_ = false;                           // the rows are not those that are wanted, but held
     std::optional<std::vector<GeneratedSample>> next_;  // the files to come when nobody holds the rows
+    QSet<QUrl> selected_;                               // of the rows
     QUrl playing_;
     QFileSystemWatcher watcher_;
     std::set<std::filesystem::path> watched_;  // the folders of the rows

@@ -1,10 +1,9 @@
-#include <algorithm>
 #include <memory>
 #include <optional>
 #include <random>
-#include <span>
-#include <system_error>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Generating.h"
@@ -13,13 +12,9 @@
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/RecipeOptions.h"
 #include "QuillmereCLI/Wording.h"
-#include "QuillmereCore/Generate/Finishing.h"
-#include "QuillmereCore/Generate/SoundFile.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Origin/Kit.h"
-#include "QuillmereCore/Util/AtomicFile.h"
-#include "QuillmereCore/Util/AtomicFolder.h"
-#include "QuillmereCore/Util/Paths.h"
+#include "QuillmereCore/Origin/KitFolder.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -93,6 +88,10 @@ std::uint64_t freshSeed() {
 struct Chosen {
     RecipeOrder order;
     std::vector<std::string> parents;  // its digest, if it is a file of its own
+
+    [[nodiscard]] KitFolder::Chosen forFolder() const {
+        return {.source = order.source, .recipe = order.recipe, .parents = parents};
+    }
 };
 
 // A file of recipes has one for each.
@@ -109,112 +108,6 @@ std::vector<Chosen> chosenSounds(const KitOptions& options, const CancelFlag& ca
                       std::to_string(Kit::mostInstruments) + ".");
     return chosen;
 }
-
-// A new folder, or one that is empty.
-void requireNewFolder(const fs::path& folder) {
-    std::error_code error;
-    const bool isThere = fs::exists(folder, error);
-    if (error) throw FileError(folder, error);
-    if (isThere && !fs::is_empty(folder, error))
-        throw FileError(folder, error ? error : std::make_error_code(std::errc::file_exists));
-    requireWritableFolder(folder);
-}
-
-// A kit while it is made.
-class KitMaking {
-public:
-    KitMaking(const KitOptions& options, network::ChosenDevice& device, GeneratingReport& report,
-              Console& console, std::uint64_t seed)
-        : options_(options),
-          folder_(Paths::plain(options.output) / Kit::plainName(options.name)),
-          device_(device),
-          report_(report),
-          console_(console),
-          carriers_(options.recipes.carriers(console)),
-          seed_(seed) {}
-
-    [[nodiscard]] const fs::path& folder() const { return folder_; }
-    [[nodiscard]] const Kit::Description& description() const { return kit_; }
-    [[nodiscard]] const std::vector<GeneratedSample>& files() const { return files_; }
-
-    void addInstrument(const Chosen& chosen, SampleGenerator& generator, const CancelFlag& cancel) {
-        const auto number = static_cast<std::int64_t>(kit_.instruments.size());
-        std::vector<VariationPlan> plans =
-            Kit::plans(generator, chosen.order.recipe, options_.size(), seed_, number);
-        std::vector<AuditionedSample> sounds = generator.remake(plans, cancel.token());
-        std::vector<std::vector<float>> samples;
-        samples.reserve(sounds.size());
-        for (AuditionedSample& sound : sounds)
-            samples.push_back(std::move(sound.samples));
-        if (samples.front().empty()) throw Failure(Text::utf8(chosen.order.source) + " is empty");
-        const Kit::Arrangement arrangement = Kit::arrange(samples, options_.layers);
-        Kit::Instrument instrument{.name = chosen.order.source.stem().string(), .layers = {}};
-        for (std::size_t place = 0; place < arrangement.order.size(); ++place) {
-            const std::size_t sound = arrangement.order[place];
-            const auto layer = std::min<std::size_t>(place / static_cast<std::size_t>(options_.count),
-                                                     static_cast<std::size_t>(options_.layers) - 1);
-            instrument.layers.resize(std::max(instrument.layers.size(), layer + 1));
-            std::vector<std::string>& names = instrument.layers[layer];
-            names.push_back(fileName(instrument.name, layer, names.size()));
-            sounds[sound].origin.fit = arrangement.fits[sound];
-            Finishing::fit(samples[sound], arrangement.fits[sound].samples, arrangement.fits[sound].gain,
-                           generator.sampleRate());
-            write(chosen, sounds[sound].origin, samples[sound], sound == 0, generator, names.back());
-        }
-        kit_.longestSeconds = std::max(kit_.longestSeconds,
-                                       static_cast<double>(samples.front().size()) / generator.sampleRate());
-        kit_.instruments.push_back(std::move(instrument));
-    }
-
-    // What tells a sampler of the sounds; last, when they are all there.
-    void finish() {
-        kit_.name = Kit::plainName(options_.name);
-        writeText(folder_ / (kit_.name + ".sfz"), Kit::sfz(kit_));
-        writeText(folder_ / "drumkit.xml", Kit::hydrogen(kit_));
-        if (const std::error_code unsafe = syncFolder(folder_)) throw FileError(folder_, unsafe);
-    }
-
-private:
-    // "01_kick_2.wav", with layers "01_kick_v1_2.wav".
-    [[nodiscard]] std::string fileName(const std::string& instrument, std::size_t layer,
-                                       std::size_t turn) const {
-        std::string number = std::to_string(kit_.instruments.size() + 1);
-        if (number.size() < 2) number.insert(0, 1, '0');
-        const std::string velocity = options_.layers > 1 ? "_v" + std::to_string(layer + 1) : "";
-        return number + "_" + Kit::plainName(instrument) + velocity + "_" + std::to_string(turn + 1) + ".wav";
-    }
-    void write(const Chosen& chosen, const SampleOrigin& origin, std::span<const float> samples,
-               bool isChosenOne, SampleGenerator& generator, const std::string& name) {
-        RecipeBase base = recipeBase(device_, generator.bundle().metadata);
-        base.aesthetics = chosen.order.recipe.aesthetics;
-        base.format = chosen.order.recipe.format;
-        base.lineage = chosen.order.recipe.lineage;
-        if (!isChosenOne)
-            base.lineage = Lineage{.way = "kit",
-                                   .parents = chosen.parents,
-                                   .values = {{"closeness", options_.size().closeness}}};
-        RecipeKeeper keeper(carriers_, std::move(base));
-        files_.push_back(
-            SoundFile::writeNew({samples, generator.sampleRate(), chosen.order.recipe.format, origin},
-                                folder_ / name, keeper.hooks()));
-        if (files_.size() == 1) noteJournalProblem(keeper, console_);
-        report_.report(std::ssize(files_));
-    }
-    static void writeText(const fs::path& file, const std::string& text) {
-        if (!writeNewFile(file, std::as_bytes(std::span(text))))
-            throw FileError(file, std::make_error_code(std::errc::file_exists));
-    }
-
-    const KitOptions& options_;
-    fs::path folder_;
-    network::ChosenDevice& device_;
-    GeneratingReport& report_;
-    Console& console_;
-    RecipeCarriers carriers_;
-    std::uint64_t seed_;
-    Kit::Description kit_;
-    std::vector<GeneratedSample> files_;
-};
 
 JSON instrumentsJSON(const Kit::Description& kit) {
     JSON list = JSON::array();
@@ -240,30 +133,39 @@ void makeKit(const KitOptions& options, Console& console, const CancelFlag& canc
     const std::uint64_t seed = options.seed ? *options.seed : freshSeed();
     ProgressLine progress(console);
     GeneratingReport report(progress, std::ssize(chosen) * options.size().sounds());
-    KitMaking making(options, compute.device(), report, console, seed);
-    requireNewFolder(making.folder());
+    KitFolder kit({.parent = options.output,
+                   .name = options.name,
+                   .size = options.size(),
+                   .seed = seed,
+                   .carriers = options.recipes.carriers(console)},
+                  [&](std::size_t files) { report.report(static_cast<std::int64_t>(files)); });
+    kit.requireNew();
+    requireWritableFolder(kit.folder());
     report.report(0);
     for (const Chosen& one : chosen) {
         cancel.check();
-        making.addInstrument(one, models.of(one.order, cancel), cancel);
+        SampleGenerator& generator = models.of(one.order, cancel);
+        const std::string device = recipeBase(compute.device(), generator.bundle().metadata).device;
+        kit.addInstrument(one.forFolder(), generator, device, cancel.token());
     }
-    making.finish();
+    kit.finish();
+    noteJournalProblem(kit.journalProblem(), console);
     progress.finish();
 
     const std::string plain = Kit::plainName(options.name);
-    console.print("Wrote " + counted(std::ssize(making.files()), "sound", "sounds") + " on " +
-                  counted(std::ssize(chosen), "key", "keys") + " to " + shownPath(making.folder()) + ":");
+    console.print("Wrote " + counted(std::ssize(kit.files()), "sound", "sounds") + " on " +
+                  counted(std::ssize(chosen), "key", "keys") + " to " + shownPath(kit.folder()) + ":");
     console.print("  " + plain + ".sfz  for samplers that read SFZ");
     console.print("  drumkit.xml  for Hydrogen");
     console.print("Seed " + std::to_string(seed) + ".");
 
     JSON result = makeResult("kit");
     result["seed"] = seed;
-    result["output"] = toJSON(making.folder());
-    result["sfz"] = toJSON(making.folder() / (plain + ".sfz"));
-    result["hydrogen"] = toJSON(making.folder() / "drumkit.xml");
-    result["instruments"] = instrumentsJSON(making.description());
-    result["files"] = filesJSON(making.files());
+    result["output"] = toJSON(kit.folder());
+    result["sfz"] = toJSON(kit.folder() / (plain + ".sfz"));
+    result["hydrogen"] = toJSON(kit.folder() / "drumkit.xml");
+    result["instruments"] = instrumentsJSON(kit.description());
+    result["files"] = filesJSON(kit.files());
     result["seconds"] = progress.timesJSON();
     console.emit(result);
 }

@@ -49,7 +49,11 @@ RecipeBase recipeBase(network::ChosenDevice& device, const ModelMetadata& model)
 }
 
 void noteJournalProblem(const RecipeKeeper& keeper, Console& console) {
-    if (const auto problem = keeper.journalProblem()) {
+    noteJournalProblem(keeper.journalProblem(), console);
+}
+
+void noteJournalProblem(const std::optional<std::string>& problem, Console& console) {
+    if (problem) {
         console.note("Note: how the files were made could not be noted everywhere. " + printable(*problem) +
                      ".");
     }

@@ -470,6 +470,61 @@ private slots:
         QCOMPARE(sortable.labels(), QStringList({"a", "b", "c", "d"}));
     }
 
+    // ---- Several rows
+
+    void rowsAreSelected() {
+        Sortable sortable;
+        ResultsModel& model = sortable.model;
+        QSignalSpy changed(&model, &ResultsModel::selectionChanged);
+        QCOMPARE(model.chosenFiles(1), QList<QUrl>({model.urlAt(1)}));
+        QCOMPARE(model.chosenFiles(-1), QList<QUrl>());
+        model.toggleSelected(3);
+        model.toggleSelected(0);
+        model.toggleSelected(7);
+        QCOMPARE(model.selectedCount(), 2);
+        QCOMPARE(changed.count(), 2);
+        QVERIFY(model.index(0).data(ResultsModel::IsSelectedRole).toBool());
+        QVERIFY(!model.index(1).data(ResultsModel::IsSelectedRole).toBool());
+        QCOMPARE(model.chosenFiles(1), QList<QUrl>({model.urlAt(0), model.urlAt(3)}));
+        model.toggleSelected(0);
+        QCOMPARE(model.chosenFiles(1), QList<QUrl>({model.urlAt(3)}));
+        model.selectRange(2, 1);
+        QCOMPARE(model.chosenFiles(0), QList<QUrl>({model.urlAt(1), model.urlAt(2)}));
+        model.selectRange(-5, 50);
+        QCOMPARE(model.selectedCount(), 4);
+        model.clearSelection();
+        QCOMPARE(model.selectedCount(), 0);
+        model.selectAll();
+        QCOMPARE(model.selectedCount(), 4);
+    }
+
+    void theSelectionGoesWithItsFiles() {
+        Sortable sortable;
+        ResultsModel& model = sortable.model;
+        model.selectRange(0, 1);  // b and d
+        model.setOrder(ResultsModel::ByName);
+        QCOMPARE(model.chosenFiles(0),
+                 QList<QUrl>({sortable.world.url("out/b.wav"), sortable.world.url("out/d.wav")}));
+        model.rename(sortable.world.url("out/d.wav"), sortable.world.url("out/e.wav"));
+        QVERIFY(model.isSelected(model.rowOf(sortable.world.url("out/e.wav"))));
+        sortable.favourites = {"b"};
+        model.setOnlyFavourites(true);
+        QCOMPARE(model.selectedCount(), 1);
+        model.setSamples({});
+        QCOMPARE(model.selectedCount(), 0);
+    }
+
+    void filesThatAreGoneAreNotChosen() {
+        Sortable sortable;
+        QVERIFY(QFile::remove(sortable.world.path("out/d.wav")));
+        sortable.model.refresh();
+        QTRY_VERIFY(!sortable.model.existsAt(1));
+        sortable.model.selectAll();
+        QCOMPARE(sortable.model.chosenFiles(0).size(), 3);
+        sortable.model.clearSelection();
+        QVERIFY(sortable.model.chosenFiles(1).isEmpty());
+    }
+
     void labelsTellWhatDiffers_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("label");

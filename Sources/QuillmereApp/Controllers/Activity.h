@@ -10,11 +10,14 @@ struct Activity {
     bool isGenerating = false;
     bool isScanning = false;
     bool isAuditioning = false;
-    bool isTrying = false;  // candidates are rendered
+    bool isTrying = false;     // candidates are rendered
+    bool isMakingKit = false;  // of sounds
 
     [[nodiscard]] bool isBusy() const { return isComputing() || isScanning; }
     // The device that learns is in use.
-    [[nodiscard]] bool isComputing() const { return isTraining || isGenerating || isAuditioning || isTrying; }
+    [[nodiscard]] bool isComputing() const {
+        return isTraining || isGenerating || isAuditioning || isTrying || isMakingKit;
+    }
 
     // What to tell the user whose wish has to wait until it has ended.
     [[nodiscard]] static QString waitNotice() {

@@ -13,10 +13,16 @@
 namespace quillmere {
 namespace {
 
-QStringList changedList(QStringList paths, const QString& path, bool isIn) {
-    paths.removeAll(path);
-    if (isIn) paths.prepend(path);
+QStringList changedList(QStringList paths, const QStringList& changed, bool isIn) {
+    const QSet<QString> all(changed.begin(), changed.end());
+    paths.removeIf([&](const QString& path) { return all.contains(path); });
+    if (isIn) paths = changed + paths;
     return paths.mid(0, FilesController::mostFavourites);
+}
+
+// One file by its name, more by their number.
+QString namesOf(std::size_t count, const std::filesystem::path& first) {
+    return count == 1 ? toQString(first.filename()) : QStringLiteral("%1 files").arg(count);
 }
 
 // What somebody typed as the name of a sound; empty for what is no name.
@@ -35,35 +41,65 @@ const QString FilesController::favouritesKey = QStringLiteral("favourites");
 FilesController::FilesController(const Environment& environment, Preferences& preferences)
     : Controller(environment),
       preferences_(preferences),
-      favourites_(preferences.value(favouritesKey).toStringList()) {}
+      favourites_(preferences.value(favouritesKey).toStringList()),
+      favouriteSet_(favourites_.begin(), favourites_.end()) {}
 
-void FilesController::changed(Change change) {
-    change.when = std::chrono::steady_clock::now();
-    changes_.push_back(std::move(change));
+void FilesController::changed(std::vector<Change> changes) {
+    steps_.push_back({.changes = std::move(changes), .when = std::chrono::steady_clock::now()});
     emit canUndoChanged();
 }
 
-void FilesController::hasTrashed(Change change) {
-    const QUrl file = toUrl(change.from);
-    // The name may be another file's soon.
-    change.wasFavourite = isFavourite(file);
-    if (change.wasFavourite) setFavourite(file, false);
-    emit trashed(file);
-    emit filesChanged();
-    emit notice(QStringLiteral("In the trash: %1").arg(toQString(change.from.filename())));
-    changed(std::move(change));
+// Up to the first that cannot be done.
+FilesController::Outcome FilesController::tryAll(const std::vector<Change>& changes,
+                                                 const std::function<Change(const Change&)>& attempt) {
+    Outcome outcome{.done = {}, .left = changes, .problem = {}};
+    try {
+        while (!outcome.left.empty()) {
+            outcome.done.push_back(attempt(outcome.left.front()));
+            outcome.left.erase(outcome.left.begin());
+        }
+    } catch (const Failure& failure) {
+        outcome.problem = failure.what();
+    }
+    return outcome;
 }
 
-void FilesController::trash(const QUrl& file) {
+void FilesController::trash(const QList<QUrl>& files) {
+    if (files.isEmpty()) return;
+    std::vector<Change> wanted;
+    for (const QUrl& file : files)
+        wanted.push_back({.from = toPath(file), .to = {}, .isInTrash = true});
     tasks_.run(
-        [move = environment().moveToTrash, path = toPath(file), looks = environment().looks] {
-            Folders::requireAnswer(path.parent_path(), *looks);
-            const auto place = move(path);
-            if (!place) throw Failure(Text::utf8(path.filename()) + " could not be moved to the trash.");
-            return Change{.from = path, .to = *place, .isInTrash = true};
+        [move = environment().moveToTrash, wanted = std::move(wanted), looks = environment().looks] {
+            return tryAll(wanted, [&](Change change) {
+                Folders::requireAnswer(change.from.parent_path(), *looks);
+                const auto place = move(change.from);
+                if (!place)
+                    throw Failure(Text::utf8(change.from.filename()) + " could not be moved to the trash.");
+                change.to = *place;
+                return change;
+            });
         },
-        [this](Change change) { hasTrashed(std::move(change)); },
+        [this](const Outcome& outcome) {
+            if (!outcome.done.empty()) hasTrashed(outcome.done);
+            if (!outcome.problem.empty()) emit errorRaised(QString::fromStdString(outcome.problem));
+        },
         [this](const TaskFailure& failure) { report(failure); });
+}
+
+void FilesController::hasTrashed(std::vector<Change> changes) {
+    QList<QUrl> favourites;
+    for (Change& change : changes) {
+        const QUrl file = toUrl(change.from);
+        // The name may be another file's soon.
+        change.wasFavourite = isFavourite(file);
+        if (change.wasFavourite) favourites.append(file);
+        emit trashed(file);
+    }
+    if (!favourites.isEmpty()) setFavourites(favourites, false);
+    emit filesChanged();
+    emit notice(QStringLiteral("In the trash: %1").arg(namesOf(changes.size(), changes.front().from)));
+    changed(std::move(changes));
 }
 
 void FilesController::rename(const QUrl& file, const QString& name) {
@@ -82,52 +118,63 @@ void FilesController::rename(const QUrl& file, const QString& name) {
                 throw Failure("There is a file called " + Text::utf8(change.to.filename()) + " already.");
         },
         [this, change] {
-            changed(change);
+            changed({change});
             tellRenamed(change.from, change.to);
         },
         [this](const TaskFailure& failure) { report(failure); });
 }
 
 bool FilesController::undo() {
-    if (changes_.empty()) return false;
-    const Change change = changes_.back();
-    changes_.pop_back();
+    if (steps_.empty()) return false;
+    const Step step = steps_.back();
+    steps_.pop_back();
     emit canUndoChanged();
     tasks_.run(
-        [change, looks = environment().looks] {
-            Folders::requireAnswer(change.from.parent_path(), *looks);
-            Folders::requireAnswer(change.to.parent_path(), *looks);
-            const bool isBack =
-                change.isInTrash ? Trash::restore(change.to, change.from) : moveFile(change.to, change.from);
-            if (!isBack)
-                throw Failure("Another file is called " + Text::utf8(change.from.filename()) + " by now.");
+        [changes = step.changes, looks = environment().looks] {
+            return tryAll(changes, [&](const Change& change) {
+                Folders::requireAnswer(change.from.parent_path(), *looks);
+                Folders::requireAnswer(change.to.parent_path(), *looks);
+                const bool isBack = change.isInTrash ? Trash::restore(change.to, change.from)
+                                                     : moveFile(change.to, change.from);
+                if (!isBack)
+                    throw Failure("Another file is called " + Text::utf8(change.from.filename()) +
+                                  " by now.");
+                return change;
+            });
         },
-        [this, change] { hasTakenBack(change); },
-        [this, change](const TaskFailure& failure) { couldNotTakeBack(change, failure); });
+        [this, when = step.when](const Outcome& outcome) {
+            if (!outcome.done.empty()) hasTakenBack(outcome.done);
+            if (!outcome.left.empty())
+                couldNotTakeBack({.changes = outcome.left, .when = when}, outcome.problem);
+        },
+        [this, step](const TaskFailure& failure) { couldNotTakeBack(step, failure.message.toStdString()); });
     return true;
 }
 
-void FilesController::hasTakenBack(const Change& change) {
-    const QUrl file = toUrl(change.from);
-    if (change.isInTrash) {
-        if (change.wasFavourite) setFavourite(file, true);
+void FilesController::hasTakenBack(const std::vector<Change>& changes) {
+    QList<QUrl> favourites;
+    for (const Change& change : changes) {
+        const QUrl file = toUrl(change.from);
+        if (!change.isInTrash) {
+            tellRenamed(change.to, change.from);
+            continue;
+        }
+        if (change.wasFavourite) favourites.append(file);
         emit cameBack(file);
-    } else {
-        tellRenamed(change.to, change.from);
     }
+    if (!favourites.isEmpty()) setFavourites(favourites, true);
     emit filesChanged();
-    emit notice(QStringLiteral("Back again: %1").arg(toQString(change.from.filename())));
+    emit notice(QStringLiteral("Back again: %1").arg(namesOf(changes.size(), changes.front().from)));
 }
 
-void FilesController::couldNotTakeBack(const Change& change, const TaskFailure& failure) {
-    changes_.insert(std::ranges::upper_bound(changes_, change.when, {}, &Change::when), change);
+void FilesController::couldNotTakeBack(Step left, const std::string& problem) {
+    steps_.insert(std::ranges::upper_bound(steps_, left.when, {}, &Step::when), std::move(left));
     emit canUndoChanged();
-    report(failure);
+    emit errorRaised(QString::fromStdString(problem));
 }
 
 double FilesController::lastChange() const {
-    return changes_.empty() ? 0
-                            : std::chrono::duration<double>(changes_.back().when.time_since_epoch()).count();
+    return steps_.empty() ? 0 : std::chrono::duration<double>(steps_.back().when.time_since_epoch()).count();
 }
 
 void FilesController::tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to) {
@@ -141,17 +188,20 @@ void FilesController::tellRenamed(const std::filesystem::path& from, const std::
 }
 
 bool FilesController::isFavourite(const QUrl& file) const {
-    return favourites_.contains(file.toLocalFile());
+    return favouriteSet_.contains(file.toLocalFile());
 }
 
-void FilesController::setFavourite(const QUrl& file, bool isFavourite) {
-    const QString path = file.toLocalFile();
-    favourites_ = changedList(favourites_, path, isFavourite);
+void FilesController::setFavourites(const QList<QUrl>& files, bool isFavourite) {
+    QStringList paths;
+    for (const QUrl& file : files)
+        paths.append(file.toLocalFile());
+    favourites_ = changedList(favourites_, paths, isFavourite);
+    favouriteSet_ = QSet<QString>(favourites_.begin(), favourites_.end());
     // What another window has marked meanwhile stays marked.
     preferences_.edit(
         favouritesKey,
-        [path, isFavourite](const QVariant& stored) {
-            return changedList(stored.toStringList(), path, isFavourite);
+        [paths, isFavourite](const QVariant& stored) {
+            return changedList(stored.toStringList(), paths, isFavourite);
         },
         [](const QVariant&) {});
     emit favouritesChanged();

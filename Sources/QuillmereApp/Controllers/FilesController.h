@@ -1,10 +1,14 @@
 #pragma once
 
+#include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
 #include <chrono>
 #include <filesystem>
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "QuillmereApp/Controllers/Controller.h"
@@ -26,21 +30,22 @@ public:
     // Remembers favourites in preferences, which must outlive it.
     FilesController(const Environment& environment, Preferences& preferences);
 
-    // Moves the file to the trash, in the background. One that cannot be moved there stays, and ends as an
-    // error.
-    void trash(const QUrl& file);
+    // Moves the files to the trash, in the background. One that cannot be moved there stays, as do those
+    // after it, and ends as an error.
+    void trash(const QList<QUrl>& files);
     // Gives the file another name in its folder, in the background; ".wav" is added where it is missing. A
     // name that is taken, or is none, ends as an error.
     void rename(const QUrl& file, const QString& name);
-    // What was done last, of these two, is taken back. Where the file's name is another one's by now, it can
-    // be tried again later. False when there is nothing.
+    // What was done last, of these two, is taken back. Where a file's name is another one's by now, it can be
+    // tried again later. False when there is nothing.
     Q_INVOKABLE bool undo();
     // When that was done, in seconds of a clock that all undoing goes by; 0 when there is nothing.
     Q_INVOKABLE [[nodiscard]] double lastChange() const;
 
-    [[nodiscard]] bool canUndo() const { return !changes_.empty(); }
+    [[nodiscard]] bool canUndo() const { return !steps_.empty(); }
     [[nodiscard]] bool isFavourite(const QUrl& file) const;
-    void setFavourite(const QUrl& file, bool isFavourite);
+    void setFavourite(const QUrl& file, bool isFavourite) { setFavourites({file}, isFavourite); }
+    void setFavourites(const QList<QUrl>& files, bool isFavourite);
 
 signals:
     void canUndoChanged();
@@ -60,18 +65,32 @@ private:
         std::filesystem::path to;  // where the file is now
         bool isInTrash = false;
         bool wasFavourite = false;
-        std::chrono::steady_clock::time_point when{};  // it was done
     };
 
-    void changed(Change change);
-    void hasTrashed(Change change);
-    void hasTakenBack(const Change& change);
-    void couldNotTakeBack(const Change& change, const TaskFailure& failure);
+    // What is taken back at once
+    struct Step {
+        std::vector<Change> changes;
+        std::chrono::steady_clock::time_point when{};  // it was done
+    };
+    // Changes as far as they went well, and what became of the rest.
+    struct Outcome {
+        std::vector<Change> done;
+        std::vector<Change> left;
+        std::string problem;
+    };
+    [[nodiscard]] static Outcome tryAll(const std::vector<Change>& changes,
+                                        const std::function<Change(const Change&)>& attempt);
+
+    void changed(std::vector<Change> changes);
+    void hasTrashed(std::vector<Change> changes);
+    void hasTakenBack(const std::vector<Change>& changes);
+    void couldNotTakeBack(Step left, const std::string& problem);
     void tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to);
 
     Preferences& preferences_;
-    std::vector<Change> changes_;  // in their order
-    QStringList favourites_;       // paths, the newest first
+    std::vector<Step> steps_;     // in their order
+    QStringList favourites_;      // paths, the newest first
+    QSet<QString> favouriteSet_;  // the same, for thousands of rows that ask
     BackgroundTasks tasks_{1};  // in order. Last: its destructor waits for work that knows the members above
 };
 

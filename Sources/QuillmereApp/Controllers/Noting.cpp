@@ -1,18 +1,13 @@
 #include "QuillmereApp/Controllers/Noting.h"
 
-#include <string>
-
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
-namespace {
 
-QString notNoted(const std::string& reason) {
+QString Noting::notNoted(const std::string& reason) {
     return QStringLiteral("How the files were made could not be noted everywhere. %1.")
         .arg(QString::fromStdString(reason));
 }
-
-}  // namespace
 
 // A preference that cannot be read may well be that there be no journal.
 RecipeCarriers Noting::carriers(QString& problem) const {

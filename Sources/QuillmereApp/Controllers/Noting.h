@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
 #include "QuillmereApp/Environment.h"
 #include "QuillmereCore/Origin/Journal.h"
@@ -23,6 +24,8 @@ public:
     [[nodiscard]] RecipeCarriers carriers(QString& problem) const;
     // The sentence to tell when keeper could not note all files; empty when it could.
     [[nodiscard]] static QString problemOf(const RecipeKeeper& keeper);
+    // The same for that reason.
+    [[nodiscard]] static QString notNoted(const std::string& reason);
 
     // Notes a set that is only heard. Returns the sentence to tell when that fails, else nothing.
     [[nodiscard]] QString note(const JournalSet& set) const;

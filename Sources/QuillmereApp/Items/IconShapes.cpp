@@ -244,6 +244,16 @@ QPainterPath upAndDown() {
         .united(stroked(polyline({{16, 18.2}, {16, 5.4}})));
 }
 
+// Four pads.
+QPainterPath pads() {
+    QPainterPath path;
+    for (const double x : {4.0, 13.2}) {
+        for (const double y : {4.0, 13.2})
+            path.addPath(stroked(box(x, y, 6.8, 6.8, 1.6)));
+    }
+    return path;
+}
+
 QHash<QString, QPainterPath> drawAll() {
     using namespace Qt::StringLiterals;
     return {
@@ -268,6 +278,7 @@ QHash<QString, QPainterPath> drawAll() {
         {u"star"_s, star(false)},
         {u"star.fill"_s, star(true)},
         {u"circle.grid.cross"_s, points()},
+        {u"square.grid.2x2"_s, pads()},
         {u"cpu"_s, chip()},
         {u"sun.max"_s, sun()},
         {u"moon"_s, moon()},

@@ -14,6 +14,8 @@ Rectangle {
     readonly property int row: list.currentIndex
 
     signal resultsRequested
+    // So many rows more (or, negative, fewer).
+    signal growthRequested(int by)
     signal inspectRequested
 
     implicitHeight: list.y + list.tileHeight + Theme.between
@@ -180,6 +182,7 @@ Rectangle {
         label: "Candidates"
         model: strip.candidates.list
         onMoved: strip.candidates.play(currentIndex)
+        onGrowthRequested: by => strip.growthRequested(by)
 
         delegate: CandidateTile {
             width: list.shownWidth

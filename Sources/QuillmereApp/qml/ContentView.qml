@@ -145,7 +145,7 @@ FocusScope {
         onEntered: drag => drag.accepted = drag.hasUrls && drag.source === null
         onDropped: drop => {
             drop.acceptProposedAction();
-            content.app.corpus.drop(drop.urls);
+            content.app.drops.drop(drop.urls);
         }
     }
     ErrorBanner {

@@ -18,11 +18,15 @@ Rectangle {
     required property bool isFavourite
     required property string label
     required property string novelty
+    required property bool isSelected
 
     property bool selected: false
     property bool focused: false
 
-    signal selectRequested
+    // The pointer is on it, with these keys held.
+    signal selectRequested(int modifiers)
+    // It was no drag.
+    signal clicked(int modifiers)
 
     // The pointer wants to take the file away, holding the tile at place; it does not any more.
     signal dragRequested(point place)
@@ -31,14 +35,14 @@ Rectangle {
     objectName: "tile-" + index
     width: 184
     radius: Theme.controlRadius
-    color: selected ? Theme.accentSoft : hover.hovered ? Theme.controlHover : Theme.control
+    color: selected || isSelected ? Theme.accentSoft : hover.hovered ? Theme.controlHover : Theme.control
     border.width: focused ? 2 : 1
-    border.color: focused || selected ? Theme.accent : Theme.line
+    border.color: focused || selected || isSelected ? Theme.accent : Theme.line
 
     Accessible.role: Accessible.ListItem
     Accessible.name: fileName
     Accessible.description: exists ? durationText + (novelty.length > 0 ? ", " + novelty : "") + (isFavourite ? ", favourite" : "") + (isPlaying ? ", playing" : "") : "This file is gone"
-    Accessible.selected: selected
+    Accessible.selected: selected || isSelected
     Accessible.onPressAction: app.playback.togglePlay(url)
 
     HoverHandler {
@@ -46,7 +50,8 @@ Rectangle {
     }
     MouseArea {
         anchors.fill: parent
-        onPressed: tile.selectRequested()
+        onPressed: mouse => tile.selectRequested(mouse.modifiers)
+        onClicked: mouse => tile.clicked(mouse.modifiers)
         onDoubleClicked: if (tile.exists)
             tile.app.playback.togglePlay(tile.url)
     }
@@ -58,7 +63,7 @@ Rectangle {
                 tile.dragEnded();
                 return;
             }
-            tile.selectRequested();
+            tile.selectRequested(Qt.MetaModifier);
             tile.dragRequested(centroid.pressPosition);
         }
     }
@@ -84,7 +89,7 @@ Rectangle {
         text: tile.isPlaying ? "Stop" : "Play"
         Accessible.name: text + " " + tile.fileName
         onClicked: {
-            tile.selectRequested();
+            tile.selectRequested(Qt.NoModifier);
             tile.app.playback.togglePlay(tile.url);
         }
     }
@@ -96,6 +101,15 @@ Rectangle {
         height: 12
         visible: tile.isFavourite
         name: "star.fill"
+        color: Theme.accent
+    }
+    Icon {
+        x: 9
+        y: 7
+        width: 12
+        height: 12
+        visible: tile.isSelected
+        name: "checkmark"
         color: Theme.accent
     }
     Label {

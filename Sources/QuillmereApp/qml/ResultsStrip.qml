@@ -14,6 +14,8 @@ Rectangle {
 
     signal candidatesRequested
     signal inspectRequested
+    // So many rows more (or, negative, fewer).
+    signal growthRequested(int by)
 
     readonly property ResultsModel files: app.generation.results
     readonly property real rowHeight: list.tileHeight + Theme.inner
@@ -32,10 +34,43 @@ Rectangle {
     function takeKeyboard() {
         list.forceActiveFocus(Qt.ShortcutFocusReason);
     }
+    // The first one brings the current row along.
+    function toggleSelected(row: int) {
+        if (files.selectedCount === 0 && row !== list.currentIndex)
+            files.toggleSelected(list.currentIndex);
+        anchor = row;
+        files.toggleSelected(row);
+    }
+    function select(file: url) {
+        const row = files.rowOf(file);
+        if (row < 0)
+            return;
+        list.currentIndex = row;
+        list.positionViewAtIndex(row, GridView.Contain);
+    }
+    // The selection begins at the current row, unless there is one already.
+    property int anchor: 0
+    function selectUpTo(row: int) {
+        if (files.selectedCount === 0)
+            anchor = list.currentIndex;
+        files.selectRange(anchor, row);
+    }
     function togglePlay() {
         if (list.currentIndex < 0)
             list.currentIndex = 0;
         app.playback.togglePlay(app.generation.results.urlAt(list.currentIndex));
+    }
+
+    Keys.onPressed: event => {
+        event.accepted = true;
+        if (event.key === Qt.Key_F && event.modifiers === Qt.NoModifier)
+            app.switchFavourites(list.currentIndex);
+        else if (event.key === Qt.Key_A && event.modifiers === Qt.ControlModifier)
+            files.selectAll();
+        else if (event.key === Qt.Key_Escape && files.selectedCount > 0)
+            files.clearSelection();
+        else
+            event.accepted = false;
     }
 
     Label {
@@ -54,6 +89,8 @@ Rectangle {
         anchors.baseline: heading.baseline
         visible: strip.files.total > 0 && x + implicitWidth + Theme.inner + tools.width <= strip.buttonsX
         text: {
+            if (strip.files.selectedCount > 0)
+                return strip.files.selectedCount + " selected";
             if (strip.files.onlyFavourites)
                 return strip.files.count + " of " + strip.files.total;
             return strip.files.total === 1 ? "1 file" : strip.files.total + " files";
@@ -115,6 +152,14 @@ Rectangle {
 
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
+        Keys.onDeletePressed: strip.app.trashResults(currentIndex)
+        onMoved: strip.files.clearSelection()
+        onExtended: from => {
+            if (strip.files.selectedCount === 0)
+                strip.anchor = from;
+            strip.files.selectRange(strip.anchor, currentIndex);
+        }
+        onGrowthRequested: by => strip.growthRequested(by)
 
         delegate: ResultTile {
             width: list.shownWidth
@@ -122,9 +167,17 @@ Rectangle {
             app: strip.app
             selected: GridView.isCurrentItem
             focused: list.activeFocus && selected
-            onSelectRequested: {
+            onSelectRequested: modifiers => {
+                if (modifiers & Qt.ShiftModifier)
+                    strip.selectUpTo(index);
+                else if (modifiers & Qt.ControlModifier)
+                    strip.toggleSelected(index);
                 list.currentIndex = index;
                 list.forceActiveFocus(Qt.MouseFocusReason);
+            }
+            onClicked: modifiers => {
+                if (!(modifiers & (Qt.ShiftModifier | Qt.ControlModifier)))
+                    strip.files.clearSelection();
             }
             onDragRequested: place => fileDrag.begin(index, this, place)
             onDragEnded: fileDrag.giveUp()
@@ -167,6 +220,14 @@ Rectangle {
             ink: strip.files.onlyFavourites ? Theme.accent : Theme.secondary
             text: strip.files.onlyFavourites ? "Show all files" : "Show favourites only"
             onClicked: strip.files.onlyFavourites = !strip.files.onlyFavourites
+        }
+        IconButton {
+            objectName: "makeKit"
+            iconName: "square.grid.2x2"
+            enabled: strip.app.kits.canMake && strip.files.count > 0
+            text: "Make a kit for samplers"
+            tip: "A kit for samplers of the selected sounds, each with three close variations"
+            onClicked: strip.app.makeKit(list.currentIndex)
         }
     }
     Loader {

@@ -10,7 +10,8 @@ Item {
     readonly property bool generating: app.generation.isGenerating
     readonly property bool waiting: app.generation.isWaiting
     readonly property bool learning: waiting && app.model.isTraining
-    readonly property bool cancelling: app.generation.isCancelling || app.candidates.isCancelling || (learning && app.model.isCancelling)
+    readonly property bool making: app.kits.isMaking
+    readonly property bool cancelling: app.generation.isCancelling || app.candidates.isCancelling || app.kits.isCancelling || (learning && app.model.isCancelling)
     readonly property string following: app.output.count === 1 ? "1 variation follows." : app.output.count + " variations follow."
     readonly property string timeLeft: learning ? app.model.timeLeft : generating ? app.generation.timeLeft : ""
     // Most auditions and candidates are over before anyone could read of them.
@@ -21,7 +22,7 @@ Item {
     property string news
 
     implicitHeight: Theme.controlHeight
-    visible: generating || waiting || longAudition
+    visible: generating || waiting || making || longAudition
 
     onAuditioningChanged: {
         if (auditioning)
@@ -52,6 +53,8 @@ Item {
                         return "Cancelling…";
                     if (run.waiting)
                         return run.learning ? "Learning first: " + run.following : "Opening the model: " + run.following;
+                    if (run.making)
+                        return run.app.kits.done + " of " + run.app.kits.total;
                     if (run.trying)
                         return run.app.candidates.done + " of " + run.app.candidates.perSet;
                     return run.generating ? run.app.generation.done + " of " + run.app.generation.total : "Rendering…";
@@ -84,9 +87,9 @@ Item {
         }
         ProgressBar {
             width: parent.width
-            label: run.learning ? "Learning" : run.waiting ? "Opening the model" : run.generating ? "Generating" : "Rendering"
-            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating && !run.trying
-            value: run.learning ? run.app.model.fraction : run.trying ? run.app.candidates.done / run.app.candidates.perSet : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
+            label: run.learning ? "Learning" : run.waiting ? "Opening the model" : run.generating ? "Generating" : run.making ? "Making a kit" : "Rendering"
+            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating && !run.trying && !run.making
+            value: run.making ? run.app.kits.done / Math.max(1, run.app.kits.total) : run.learning ? run.app.model.fraction : run.trying ? run.app.candidates.done / run.app.candidates.perSet : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
         }
     }
     CommandButton {

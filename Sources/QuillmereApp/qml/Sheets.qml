@@ -26,6 +26,10 @@ Item {
         runs.active = true;
         (runs.item as RunsSheet).open();
     }
+    function showSimilar() {
+        similar.active = true;
+        (similar.item as SimilarSheet).open();
+    }
     function showModels() {
         models.active = true;
         (models.item as ModelsSheet).open();
@@ -35,6 +39,20 @@ Item {
         id: models
         active: false
         sourceComponent: ModelsSheet {
+            app: sheets.app
+        }
+    }
+    Connections {
+        target: sheets.app.drops
+
+        function onForeignDropped() {
+            sheets.showSimilar();
+        }
+    }
+    Loader {
+        id: similar
+        active: false
+        sourceComponent: SimilarSheet {
             app: sheets.app
         }
     }

@@ -26,10 +26,8 @@ Item {
 
     implicitHeight: results.implicitHeight + (Math.min(rows, mostRows) - 1) * rowHeight
 
-    Keys.onPressed: event => {
-        event.accepted = canGrow && event.modifiers === Qt.ControlModifier && (event.key === Qt.Key_Up || event.key === Qt.Key_Down);
-        if (event.accepted)
-            rows = Math.max(1, Math.min(mostRows, rows + (event.key === Qt.Key_Up ? 1 : -1)));
+    function grow(by: int) {
+        rows = Math.max(1, Math.min(mostRows, rows + by));
     }
 
     function takeKeyboard() {
@@ -105,6 +103,14 @@ Item {
         }
     }
     Connections {
+        target: place.app
+
+        function onSoundTaken(file: url) {
+            place.showResults();
+            results.select(file);
+        }
+    }
+    Connections {
         target: place.app.runs
 
         function onFilesOpened() {
@@ -133,6 +139,7 @@ Item {
         visible: !place.showsCandidates
         app: place.app
         onCandidatesRequested: place.showCandidates()
+        onGrowthRequested: by => place.grow(by)
         onInspectRequested: place.toggleInspector()
     }
     // Not before there are any: the window is to be there soon.
@@ -144,6 +151,7 @@ Item {
         sourceComponent: CandidatesStrip {
             app: place.app
             onResultsRequested: place.showResults()
+            onGrowthRequested: by => place.grow(by)
             onInspectRequested: place.toggleInspector()
         }
     }

@@ -17,6 +17,10 @@ GridView {
 
     // A key has made another tile the current one.
     signal moved
+    // The same with Shift held: from that tile on.
+    signal extended(int from)
+    // So many rows more (or, negative, fewer).
+    signal growthRequested(int by)
 
     function showCurrent() {
         positionViewAtIndex(currentIndex, GridView.Contain);
@@ -63,8 +67,20 @@ GridView {
     onCountChanged: currentIndex = Math.min(count - 1, Math.max(0, currentIndex))
     Keys.onPressed: event => {
         const before = currentIndex;
-        event.accepted = event.modifiers === Qt.NoModifier || event.modifiers === Qt.KeypadModifier ? go(event.key) : false;
-        if (currentIndex !== before)
+        const modifiers = event.modifiers & ~Qt.KeypadModifier;
+        const isVertical = event.key === Qt.Key_Up || event.key === Qt.Key_Down;
+        event.accepted = false;
+        if (modifiers === Qt.ControlModifier && isVertical) {
+            event.accepted = true;
+            growthRequested(event.key === Qt.Key_Up ? 1 : -1);
+        } else if (modifiers === Qt.NoModifier || modifiers === Qt.ShiftModifier) {
+            event.accepted = go(event.key);
+        }
+        if (currentIndex === before)
+            return;
+        if (modifiers === Qt.ShiftModifier)
+            extended(before);
+        else
             moved();
     }
 

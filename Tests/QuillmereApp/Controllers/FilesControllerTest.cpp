@@ -22,8 +22,8 @@ private slots:
         QSignalSpy changed(&files, &FilesController::filesChanged);
         TestWorld::write(world.path("out/a.wav"), "one");
         TestWorld::write(world.path("out/b.wav"), "two");
-        files.trash(world.url("out/a.wav"));
-        files.trash(world.url("out/b.wav"));
+        files.trash({world.url("out/a.wav")});
+        files.trash({world.url("out/b.wav")});
         QTRY_COMPARE(changed.count(), 2);
         QVERIFY(!QFileInfo::exists(world.path("out/a.wav")) && !QFileInfo::exists(world.path("out/b.wav")));
         QVERIFY(files.canUndo());
@@ -39,6 +39,31 @@ private slots:
                                             "Back again: a.wav"}));
     }
 
+    void severalGoAndComeBackTogether() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        QSignalSpy changed(&files, &FilesController::filesChanged);
+        for (const char* name : {"out/a.wav", "out/b.wav", "out/c.wav"})
+            TestWorld::write(world.path(name), name);
+        files.trash({});
+        files.trash({world.url("out/a.wav"), world.url("out/c.wav")});
+        QTRY_COMPARE(changed.count(), 1);
+        QVERIFY(!QFileInfo::exists(world.path("out/a.wav")) && !QFileInfo::exists(world.path("out/c.wav")));
+        QVERIFY(files.undo());
+        QTRY_COMPARE(changed.count(), 2);
+        QCOMPARE(TestWorld::read(world.path("out/a.wav")), QByteArray("out/a.wav"));
+        QCOMPARE(TestWorld::read(world.path("out/c.wav")), QByteArray("out/c.wav"));
+        QVERIFY(!files.canUndo());
+        QCOMPARE(told.notices, QStringList({"In the trash: 2 files", "Back again: 2 files"}));
+        const QList<QUrl> both{world.url("out/a.wav"), world.url("out/b.wav")};
+        files.setFavourites(both, true);
+        QVERIFY(files.isFavourite(both[0]) && files.isFavourite(both[1]));
+        files.setFavourites(both, false);
+        QVERIFY(!files.isFavourite(both[0]) && !files.isFavourite(both[1]));
+    }
+
     void whatCannotGoStays() {
         TestWorld world;
         world.hasTrash = false;
@@ -46,7 +71,7 @@ private slots:
         FilesController files(world.environment, preferences);
         const Told told(files);
         TestWorld::write(world.path("out/a.wav"), "one");
-        files.trash(world.url("out/a.wav"));
+        files.trash({world.url("out/a.wav")});
         QTRY_COMPARE(told.error, QStringLiteral("a.wav could not be moved to the trash."));
         QVERIFY(QFileInfo::exists(world.path("out/a.wav")));
         QVERIFY(!files.canUndo());
@@ -58,7 +83,7 @@ private slots:
         FilesController files(world.environment, preferences);
         const Told told(files);
         TestWorld::write(world.path("out/a.wav"), "one");
-        files.trash(world.url("out/a.wav"));
+        files.trash({world.url("out/a.wav")});
         QTRY_VERIFY(files.canUndo());
         TestWorld::write(world.path("out/a.wav"), "another");
         QVERIFY(files.undo());
@@ -82,7 +107,7 @@ private slots:
             const QString file = QStringLiteral("out/%1.wav").arg(name);
             TestWorld::write(world.path(file), name);
             const double before = files.lastChange();
-            files.trash(world.url(file));
+            files.trash({world.url(file)});
             QTRY_VERIFY(files.lastChange() > before);
         }
         TestWorld::write(world.path("out/b.wav"), "another");
@@ -103,7 +128,7 @@ private slots:
         const QUrl file = world.url("out/a.wav");
         TestWorld::write(world.path("out/a.wav"), "one");
         files.setFavourite(file, true);
-        files.trash(file);
+        files.trash({file});
         QTRY_VERIFY(files.canUndo());
         QVERIFY(!files.isFavourite(file));
         QVERIFY(files.undo());
@@ -116,10 +141,10 @@ private slots:
         FilesController files(world.environment, preferences);
         QSignalSpy changed(&files, &FilesController::filesChanged);
         TestWorld::write(world.path("out/a.wav"), "one");
-        files.trash(world.url("out/a.wav"));
+        files.trash({world.url("out/a.wav")});
         QTRY_COMPARE(changed.count(), 1);
         TestWorld::write(world.path("out/a.wav"), "two");
-        files.trash(world.url("out/a.wav"));
+        files.trash({world.url("out/a.wav")});
         QTRY_COMPARE(changed.count(), 2);
         for (const char* const text : {"two", "one"}) {
             QVERIFY(files.undo());
@@ -135,7 +160,7 @@ private slots:
         Told told(files);
         TestWorld::write(world.path("out/a.wav"), "one");
         TestWorld::write(world.path("out/b.wav"), "two");
-        files.trash(world.url("out/b.wav"));
+        files.trash({world.url("out/b.wav")});
         QTRY_VERIFY(files.canUndo());
         world.cutOff("out");
         const auto verifyTold = [&] {
@@ -144,7 +169,7 @@ private slots:
             QVERIFY(QFileInfo::exists(world.path("out/a.wav")));
             QVERIFY(!QFileInfo::exists(world.path("out/b.wav")));
         };
-        files.trash(world.url("out/a.wav"));
+        files.trash({world.url("out/a.wav")});
         verifyTold();
         files.rename(world.url("out/a.wav"), QStringLiteral("c"));
         verifyTold();

@@ -37,6 +37,8 @@ struct AppModelProbe {
         waitForWork(*app.candidates());
         waitForWork(*app.runs());
         waitForWork(*app.measures());
+        waitForWork(*app.drops());
+        waitForWork(*app.kits());
         waitForWork(*app.output());
         waitForWork(*app.character());
     }

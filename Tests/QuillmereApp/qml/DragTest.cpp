@@ -200,7 +200,7 @@ private:
             case Step::dragging:
                 if (program_.app->isGenerating()) return;
                 // The run has ended, and the row that is dragged is still what it was.
-                if (program_.app->results()->urlAt(done_ % Program::files).toLocalFile() != wanted_)
+                if (dragged(done_ % Program::files) != wanted_)
                     failure_ = QStringLiteral("the row of drag %1 has changed").arg(done_);
                 move(targetMiddle);
                 next(Step::overTarget);
@@ -223,6 +223,15 @@ private:
         }
     }
 
+    // What goes with the row: the whole selection, if it is one of it.
+    [[nodiscard]] QString dragged(int row) const {
+        const ResultsModel& results = *program_.app->results();
+        if (!results.isSelected(row)) return results.urlAt(row).toLocalFile();
+        QStringList files;
+        for (const QUrl& file : results.chosenFiles(row))
+            files.append(file.toLocalFile());
+        return files.join(QLatin1Char('|'));
+    }
     bool isTargetReady() {
         if (!targetIsReady_) targetIsReady_ = target_.hear() == QLatin1String("ready");
         return targetIsReady_ && !isDragging();
@@ -230,7 +239,7 @@ private:
     void press() {
         const int row = done_ % Program::files;
         if (program_.tile(row) == nullptr) return;
-        wanted_ = program_.app->results()->urlAt(row).toLocalFile();
+        wanted_ = dragged(row);
         program_.end.close();
         program_.app->generate();
         const QPoint grip = program_.grip(row);
@@ -290,6 +299,17 @@ private slots:
         QCOMPARE(
             program.app->results()->urlAt(Program::files - 1),
             program.world.url(QStringLiteral("out/corpus_var_%1.wav").arg(last, 4, 10, QLatin1Char('0'))));
+    }
+
+    void theWholeSelectionIsDragged() {
+        Program program;
+        program.app->results()->selectRange(0, 1);
+        Hand hand(program, 1);
+        QVERIFY(QTest::qWaitFor([&] { return hand.isDone(); }, 60000));
+        QCOMPARE(hand.failure(), QString());
+        QVERIFY(QTest::qWaitFor([] { return !isDragging(); }));
+        QVERIFY(waitUntilIdle(*program.app));
+        QCOMPARE(program.app->results()->selectedCount(), 0);  // those were others
     }
 
     // The drag begins when control returns to the event loop; by then the button may be up, and a drag

@@ -1,0 +1,92 @@
+pragma ComponentBehavior: Bound
+import QtQuick
+import QuillmereApp
+
+// A sound from elsewhere that was dropped on the window, and the sounds of the corpus that are like it. Space plays
+// the two in turn.
+Sheet {
+    id: sheet
+
+    readonly property DropsController drops: app.drops
+
+    objectName: "similar"
+    title: "“" + drops.foreignName + "”"
+    onAboutToShow: find.forceActiveFocus(Qt.TabFocusReason)
+    onClosed: drops.cancel()
+    actions: ActionButton {
+        id: find
+        objectName: "findSimilar"
+        visible: !sheet.drops.isFound
+        enabled: !sheet.drops.isFinding
+        prominent: enabled
+        text: "Find similar in the corpus"
+        onClicked: sheet.drops.findSimilar()
+    }
+
+    Connections {
+        target: sheet.drops
+
+        function onSimilarChanged() {
+            if (sheet.drops.isFound)
+                list.forceActiveFocus(Qt.OtherFocusReason);
+        }
+    }
+    Label {
+        id: summary
+        width: parent.width
+        text: {
+            if (sheet.drops.isFound)
+                return sheet.drops.similar.length > 0 ? "The nearest sounds of the corpus, nearest first." : "There is nothing in the corpus to compare it with.";
+            return "This sound was not made here: nothing is known of how it was made.";
+        }
+        color: Theme.secondary
+    }
+    ProgressBar {
+        y: summary.height + Theme.inner
+        width: parent.width
+        visible: sheet.drops.isFinding
+        label: "Comparing"
+        indeterminate: !sheet.app.inspector.isComparing
+        value: sheet.app.inspector.toCompare > 0 ? sheet.app.inspector.compared / sheet.app.inspector.toCompare : 0
+    }
+    ListView {
+        id: list
+        objectName: "similarList"
+        y: summary.height + Theme.inner
+        width: parent.width
+        height: parent.height - y
+        visible: sheet.drops.isFound
+        clip: true
+        boundsBehavior: Flickable.StopAtBounds
+        activeFocusOnTab: true
+        keyNavigationEnabled: true
+        model: sheet.drops.similar
+
+        Accessible.role: Accessible.List
+        Accessible.name: "Similar sounds"
+
+        delegate: SoundRow {
+            required property var modelData
+            required property int index
+
+            objectName: "similar-" + index
+            width: list.width - (bar.visible ? Theme.between : 0)
+            app: sheet.app
+            sounds: [{
+                    "name": "the sound from elsewhere",
+                    "url": sheet.drops.foreignUrl
+                }, {
+                    "name": modelData.name,
+                    "url": modelData.url
+                }]
+            next: 1
+            title: modelData.name
+            value: modelData.detail
+            selected: ListView.isCurrentItem && list.activeFocus
+        }
+        ThinScrollBar.vertical: ThinScrollBar {
+            id: bar
+            visible: list.contentHeight > list.height
+        }
+    }
+}
