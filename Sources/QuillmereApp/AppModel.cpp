@@ -38,7 +38,14 @@ AppModel::AppModel(Environment environment, QObject* parent)
       kits_(environment_, {.generator = [this] { return model_.preparedGenerator(); },
                            .outputFolder = [this] { return output_.folder(); },
                            .device = [this] { return devices_.chosen(); }}),
-      session_(preferences_, model_, character_, output_) {
+      sweep_(environment_, {.request =
+                                [this] {
+                                    return AuditionRequest{.aesthetics = character_.aesthetics(),
+                                                           .seed = character_.presentSeed(),
+                                                           .detail = output_.detail()};
+                                },
+                            .generator = [this] { return model_.preparedGenerator(); }}),
+      session_(preferences_, model_, character_, output_, playback_) {
     connectAll();
     connectCorpusAndModel();
     connectRuns();
@@ -47,6 +54,7 @@ AppModel::AppModel(Environment environment, QObject* parent)
     connectRunsOfBefore();
     connectMeasures();
     connectDrops();
+    connectSliders();
     corpus_.restore();
     character_.reloadPresets();
 }
@@ -112,6 +120,7 @@ void AppModel::modelChanged() {
                              .canPreview = model_.canPreview()});
     candidates_.setHasModel(model_.isReady());
     kits_.setHasModel(model_.isReady());
+    sweep_.setHasModel(model_.isReady());
 }
 
 void AppModel::activityOfControllersChanged() {
@@ -120,7 +129,8 @@ void AppModel::activityOfControllersChanged() {
                             .isScanning = corpus_.isScanning(),
                             .isAuditioning = generation_.isAuditioning(),
                             .isTrying = candidates_.isTrying(),
-                            .isMakingKit = kits_.isMaking()};
+                            .isMakingKit = kits_.isMaking(),
+                            .isSweeping = sweep_.isRendering()};
     const Activity before = std::exchange(activity_, activity);
     for (Controller* controller : controllers())
         controller->setActivity(activity);
@@ -145,6 +155,7 @@ void AppModel::cancelAll() {
     generation_.cancel();
     candidates_.cancel();
     kits_.cancel();
+    sweep_.close();
     corpus_.cancelScan();
 }
 
@@ -190,6 +201,18 @@ void AppModel::makeKit(int row) {
             sounds.push_back({.source = sample.url, .recipe = makeRecipe(sample.origin, *base)});
     }
     kits_.make(std::move(sounds));
+}
+
+// ---- The state before
+
+void AppModel::beginComparison() {
+    if (character_.beginComparison()) generation_.follow();
+}
+
+void AppModel::endComparison() {
+    if (!character_.isComparing()) return;
+    character_.endComparison();
+    generation_.follow();
 }
 
 // ---- What was dropped

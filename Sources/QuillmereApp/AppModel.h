@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
+#include <QTimer>
 #include <QUrl>
 #include <array>
 #include <filesystem>
@@ -29,6 +30,7 @@
 #include "QuillmereApp/Controllers/PlaybackController.h"
 #include "QuillmereApp/Controllers/ReportController.h"
 #include "QuillmereApp/Controllers/RunsController.h"
+#include "QuillmereApp/Controllers/SweepController.h"
 #include "QuillmereApp/Environment.h"
 #include "QuillmereApp/FolderBrowser.h"
 #include "QuillmereApp/Preferences.h"
@@ -62,6 +64,7 @@ class AppModel : public QObject {
     Q_PROPERTY(quillmere::RunsController* runs READ runs CONSTANT)
     Q_PROPERTY(quillmere::DropsController* drops READ drops CONSTANT)
     Q_PROPERTY(quillmere::KitController* kits READ kits CONSTANT)
+    Q_PROPERTY(quillmere::SweepController* sweep READ sweep CONSTANT)
     Q_PROPERTY(quillmere::ComputeDevices* devices READ devices CONSTANT)
     Q_PROPERTY(quillmere::FolderBrowser* browser READ browser CONSTANT)
     Q_PROPERTY(bool canChooseDevice READ canChooseDevice NOTIFY canChooseDeviceChanged)  // nothing computes
@@ -90,14 +93,15 @@ public:
     [[nodiscard]] MeasuresController* measures() { return &measures_; }
     [[nodiscard]] DropsController* drops() { return &drops_; }
     [[nodiscard]] KitController* kits() { return &kits_; }
+    [[nodiscard]] SweepController* sweep() { return &sweep_; }
     [[nodiscard]] ComputeDevices* devices() { return &devices_; }
     [[nodiscard]] Appearance* appearance() { return &appearance_; }
     [[nodiscard]] FolderBrowser* browser() { return &browser_; }
 
     // ---- What concerns several subjects
 
-    // Stops whatever runs (training, generation, scan, audition, candidates, kit), and the opening of a
-    // model.
+    // Stops whatever runs (training, generation, scan, audition, candidates, kit, sweep), and the opening of
+    // a model.
     Q_INVOKABLE void cancel();
     // Looks again for the output folder, the results and the own presets, which other programs may have
     // changed: call it when the window becomes active.
@@ -113,6 +117,10 @@ public:
     Q_INVOKABLE void trashResults(int row);
     Q_INVOKABLE void switchFavourites(int row);
     Q_INVOKABLE void makeKit(int row);
+    // The parameters as they were before the last edit, and as they are, each heard with the present seed if
+    // there is a model.
+    Q_INVOKABLE void beginComparison();
+    Q_INVOKABLE void endComparison();
     // The rows of the results in that order (ResultsModel::Order).
     Q_INVOKABLE void sortResults(int order);
     // The last audition once more, with detail if it had none, else without; what follows is made the same
@@ -190,7 +198,7 @@ signals:
     void notice(const QString& text);
 
 private:
-    [[nodiscard]] std::array<Controller*, 17> controllers();
+    [[nodiscard]] std::array<Controller*, 18> controllers();
     [[nodiscard]] GenerationController::Links generationLinks();
     [[nodiscard]] CandidatesController::Links candidatesLinks();
     [[nodiscard]] GenerationRequest generationRequest(const QUrl& outputFolder);
@@ -202,6 +210,7 @@ private:
     void connectRunsOfBefore();
     void connectMeasures();
     void connectDrops();
+    void connectSliders();
     void takeSound(const KnownSound& sound);
     void showTaken(const KnownSound& sound);
     void showAwaitedSound();
@@ -244,6 +253,8 @@ private:
     MeasuresController measures_;
     DropsController drops_;
     KitController kits_;
+    SweepController sweep_;
+    QTimer followSoon_;                  // a slider has moved
     std::optional<KnownSound> awaited_;  // whose model is being opened
     Session session_;
 };

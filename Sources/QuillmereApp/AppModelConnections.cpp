@@ -1,13 +1,15 @@
 // Which subject of the application tells which other one, and what they ask of one another.
+#include <chrono>
+
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/FilePath.h"
 
 namespace quillmere {
 
-std::array<Controller*, 17> AppModel::controllers() {
+std::array<Controller*, 18> AppModel::controllers() {
     return {&playback_, &character_, &output_,   &corpus_,     &model_,      &corpusFiles_,
             &report_,   &models_,    &map_,      &generation_, &candidates_, &inspector_,
-            &files_,    &runs_,      &measures_, &drops_,      &kits_};
+            &files_,    &runs_,      &measures_, &drops_,      &kits_,       &sweep_};
 }
 
 void AppModel::connectAll() {
@@ -126,6 +128,21 @@ void AppModel::connectDrops() {
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::showAwaitedSound);
     connect(&kits_, &KitController::isMakingChanged, this, &AppModel::activityOfControllersChanged);
     connect(&kits_, &KitController::made, &output_, &OutputController::look);
+}
+
+void AppModel::connectSliders() {
+    connect(&sweep_, &SweepController::renderingChanged, this, &AppModel::activityOfControllersChanged);
+    connect(&sweep_, &SweepController::playRequested, &playback_, &PlaybackController::playSound);
+    connect(&sweep_, &SweepController::togglePlayRequested, &playback_, &PlaybackController::togglePlaySound);
+    connect(&sweep_, &SweepController::removed, &playback_, &PlaybackController::stopIfPlaying);
+    connect(&sweep_, &SweepController::taken, character_.parameters(), &ParameterModel::setValue);
+    // A render starts when the value rests.
+    followSoon_.setSingleShot(true);
+    followSoon_.setInterval(std::chrono::milliseconds(120));
+    connect(character_.parameters(), &ParameterModel::valuesChanged, this, [this] {
+        if (playback_.followsSliders() && !character_.isComparing()) followSoon_.start();
+    });
+    connect(&followSoon_, &QTimer::timeout, &generation_, &GenerationController::follow);
 }
 
 GenerationController::Links AppModel::generationLinks() {

@@ -31,6 +31,11 @@ public:
     // Silence at once; neither ended nor failed follows for what was stopped.
     virtual void stop() = 0;
     [[nodiscard]] virtual bool isPlaying() const = 0;
+    // 0 ... 1, a factor of the samples; of what is played from then on.
+    virtual void setVolume(float volume) = 0;
+    // The largest |sample| of what plays around that moment, in seconds from its start; 0 for silence and
+    // where nothing plays.
+    [[nodiscard]] virtual double peakAt(double seconds) const = 0;
 
     // Plays through the sound card, by SDL2's audio subsystem. The device is opened for each play, so that a
     // card that comes or goes is noticed; without one every play fails. Float and integer files of any rate

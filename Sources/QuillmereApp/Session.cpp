@@ -21,15 +21,22 @@ const QString detailKey = QStringLiteral("detail");
 const QString parametersKey = QStringLiteral("parameters");
 const QString presetKey = QStringLiteral("preset");
 const QString seedKey = QStringLiteral("seed");
+const QString volumeKey = QStringLiteral("volume");
+const QString playsAtOnceKey = QStringLiteral("playsAtOnce");
+const QString followsSlidersKey = QStringLiteral("followsSliders");
 
 // In the order of ModelController::Start; as on a command line.
 const QStringList startNames{QStringLiteral("fresh"), QStringLiteral("head-start")};
 
+QString yesOrNo(bool is) {
+    return is ? QStringLiteral("yes") : QStringLiteral("no");
+}
+
 }  // namespace
 
 Session::Session(Preferences& preferences, ModelController& model, CharacterController& character,
-                 OutputController& output)
-    : preferences_(preferences), model_(model), character_(character), output_(output) {
+                 OutputController& output, PlaybackController& playback)
+    : preferences_(preferences), model_(model), character_(character), output_(output), playback_(playback) {
     restore();
     storedCharacter_ = currentCharacter();
     storeSoon_.setSingleShot(true);
@@ -64,6 +71,12 @@ void Session::watchAll() {
           [this] { preferences_.setValue(formatKey, text(rawValue(output_.format()))); });
     watch(output_, &OutputController::detailChanged, detailKey,
           [this] { preferences_.setValue(detailKey, QString::number(output_.detail())); });
+    watch(playback_, &PlaybackController::volumeChanged, volumeKey,
+          [this] { preferences_.setValue(volumeKey, QString::number(playback_.volume())); });
+    watch(playback_, &PlaybackController::playsAtOnceChanged, playsAtOnceKey,
+          [this] { preferences_.setValue(playsAtOnceKey, yesOrNo(playback_.playsAtOnce())); });
+    watch(playback_, &PlaybackController::followsSlidersChanged, followsSlidersKey,
+          [this] { preferences_.setValue(followsSlidersKey, yesOrNo(playback_.followsSliders())); });
     watch(output_, &OutputController::countChanged, OutputController::countKey,
           [this] { output_.storeCount(); });
     watch(output_, &OutputController::folderTextChanged, OutputController::folderKey,
@@ -83,6 +96,13 @@ void Session::restore() {
     if (const auto format = outputFormat(stored(formatKey)))
         output_.setFormatIndex(indexIn(allOutputFormats, *format));
     if (const auto detail = preferences_.text(detailKey)) output_.setDetail(detail->toDouble());
+    if (const auto volume = preferences_.text(volumeKey)) {
+        bool isNumber = false;
+        const double value = volume->toDouble(&isNumber);
+        if (isNumber) playback_.setVolume(value);
+    }
+    playback_.setPlaysAtOnce(stored(playsAtOnceKey) == "yes");
+    playback_.setFollowsSliders(stored(followsSlidersKey) == "yes");
     character_.setSeedText(preferences_.text(seedKey).value_or(QString()));
     restoreCharacter();
 }

@@ -43,6 +43,18 @@ struct Sound {
     double seconds = 0;
 };
 
+// Stretches of a sound whose peaks are kept for a meter.
+constexpr double stretchSeconds = 0.02;
+using Peaks = std::vector<float>;
+
+Peaks peaksOf(const Sound& sound) {
+    const auto stretch = std::max<std::size_t>(1, static_cast<std::size_t>(stretchSeconds * sound.rate));
+    Peaks peaks((sound.samples.size() + stretch - 1) / stretch);
+    for (std::size_t i = 0; i < sound.samples.size(); ++i)
+        peaks[i / stretch] = std::max(peaks[i / stretch], std::abs(sound.samples[i]));
+    return peaks;
+}
+
 Sound atPlayableRate(std::vector<float> samples, double rate) {
     const double seconds = static_cast<double>(samples.size()) / rate;
     const bool playsAsItIs = rate >= lowestRate && rate <= highestRate && rate == std::floor(rate);
@@ -142,16 +154,16 @@ using Source = std::variant<QString, PlayableSound>;
 class Playback {
 public:
     struct Events {
-        std::function<void(quint64 play, double seconds)> started;
+        std::function<void(quint64 play, double seconds, const Peaks& peaks)> started;
         std::function<void(quint64 play)> ended;
         std::function<void(quint64 play, const QString& reason)> failed;
     };
     explicit Playback(Events events) : events_(std::move(events)) {}
 
-    void play(quint64 number, const Source& source) {
+    void play(quint64 number, const Source& source, float volume) {
         const MutexLock lock(mutex_);
         newest_ = number;
-        request_ = source;
+        request_ = Request{number, source, volume};
         wake_.notify_all();
     }
     void stop(quint64 number) {
@@ -170,7 +182,7 @@ public:
 
     void run() {
         while (const auto request = nextRequest())
-            playOne(request->number, request->source);
+            playOne(*request);
         const MutexLock lock(mutex_);
         over_ = true;
         wake_.notify_all();
@@ -180,6 +192,7 @@ private:
     struct Request {
         quint64 number;
         Source source;
+        float volume;
     };
 
     // Waits for it. None when the player goes.
@@ -187,20 +200,26 @@ private:
         const MutexLock lock(mutex_);
         wake_.wait(mutex_, [this]() QUILLMERE_REQUIRES(mutex_) { return quit_ || request_; });
         if (quit_) return std::nullopt;
-        return Request{newest_, *std::exchange(request_, std::nullopt)};
+        return std::exchange(request_, std::nullopt);
     }
 
-    void playOne(quint64 number, const Source& source) {
+    void playOne(const Request& request) {
+        const quint64 number = request.number;
         try {
-            Sound sound = std::visit([](const auto& from) { return readSound(from); }, source);
+            Sound sound = std::visit([](const auto& from) { return readSound(from); }, request.source);
             if (isSuperseded(number)) return;
+            if (request.volume != 1.0F) {
+                for (float& sample : sound.samples)
+                    sample *= request.volume;
+            }
+            const Peaks peaks = peaksOf(sound);
             Device device(sound.rate);
             device.queue(sound.samples);
             device.queueSilence();
             sound.samples = {};
             if (isSuperseded(number)) return;
             device.start();
-            tell([&] { events_.started(number, sound.seconds); });
+            tell([&] { events_.started(number, sound.seconds, peaks); });
             waitForTheEnd(number, device);
         } catch (const std::exception& error) {
             const QString reason = QString::fromUtf8(error.what());
@@ -240,7 +259,7 @@ private:
 
     Mutex mutex_;
     std::condition_variable_any wake_;
-    std::optional<Source> request_ QUILLMERE_GUARDED_BY(mutex_);
+    std::optional<Request> request_ QUILLMERE_GUARDED_BY(mutex_);
     quint64 newest_ QUILLMERE_GUARDED_BY(mutex_) = 0;
     bool quit_ QUILLMERE_GUARDED_BY(mutex_) = false;
     bool over_ QUILLMERE_GUARDED_BY(mutex_) = false;
@@ -250,8 +269,8 @@ class SoundCardPlayer final : public Player {
 public:
     SoundCardPlayer() {
         playback_ = std::make_shared<Playback>(Playback::Events{
-            .started = [this](quint64 play,
-                              double seconds) { post(play, [=, this] { onStarted(seconds); }); },
+            .started = [this](quint64 play, double seconds,
+                              const Peaks& peaks) { post(play, [=, this] { onStarted(seconds, peaks); }); },
             .ended = [this](quint64 play) { post(play, [this] { onEnded(); }); },
             .failed = [this](quint64 play,
                              const QString& reason) { post(play, [=, this] { onFailed(reason); }); }});
@@ -276,12 +295,17 @@ public:
         playback_->stop(++number_);
     }
     [[nodiscard]] bool isPlaying() const override { return isPlaying_; }
+    void setVolume(float volume) override { volume_ = volume; }
+    [[nodiscard]] double peakAt(double seconds) const override {
+        const auto stretch = static_cast<std::size_t>(std::max(0.0, seconds) / stretchSeconds);
+        return isPlaying_ && stretch < peaks_.size() ? double{peaks_[stretch]} : 0;
+    }
 
 private:
     void begin(const QString& name, const Source& source) {
         isPlaying_ = false;
         name_ = name;
-        playback_->play(++number_, source);
+        playback_->play(++number_, source, volume_);
     }
     // From the playing thread: event on this object's thread, unless another play or stop has come first.
     template <typename Event>
@@ -290,8 +314,9 @@ private:
             if (play == number_) event();
         });
     }
-    void onStarted(double seconds) {
+    void onStarted(double seconds, const Peaks& peaks) {
         isPlaying_ = true;
+        peaks_ = peaks;
         emit started(name_, seconds);
     }
     void onEnded() {
@@ -306,6 +331,8 @@ private:
     QString name_;
     quint64 number_ = 0;  // of the newest play or stop
     bool isPlaying_ = false;
+    float volume_ = 1;
+    Peaks peaks_;  // of what plays
     QueuedCalls calls_;
     std::shared_ptr<Playback> playback_;
     std::thread thread_;

@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "QuillmereApp/Player.h"
 #include "QuillmereApp/Support/TestWorld.h"
@@ -111,6 +113,39 @@ private slots:
         for (float& sample : expected)
             sample *= 0.5F;
         QCOMPARE(firstDifference(played(world_->path("played.raw")), expected), -1);
+    }
+
+    void theVolumeIsThatOfTheNextSound() {
+        std::vector<float> samples = noise(9, 4000, 0.5F);
+        const auto player = Player::forSoundCard();
+        QSignalSpy ended(player.get(), &Player::ended);
+        player->setVolume(0.25F);
+        player->playSound(
+            QStringLiteral("candidate:1"),
+            {.samples = std::make_shared<const std::vector<float>>(samples), .sampleRate = 8000});
+        QTRY_COMPARE(ended.count(), 1);
+        for (float& sample : samples)
+            sample *= 0.25F;
+        QCOMPARE(firstDifference(played(world_->path("played.raw")), samples), -1);
+    }
+
+    void thePeaksAreThoseOfTheMoment() {
+        std::vector<float> samples(8000, 0.1F);
+        std::fill_n(samples.begin(), 1600, -0.8F);  // the first fifth of a second
+        const auto player = Player::forSoundCard();
+        QSignalSpy started(player.get(), &Player::started);
+        QCOMPARE(player->peakAt(0), 0.0);
+        player->setVolume(0.5F);
+        player->playSound(
+            QStringLiteral("candidate:1"),
+            {.samples = std::make_shared<const std::vector<float>>(std::move(samples)), .sampleRate = 8000});
+        QTRY_COMPARE(started.count(), 1);
+        QCOMPARE(player->peakAt(0.1), double{0.4F});
+        QCOMPARE(player->peakAt(0.5), double{0.05F});
+        QCOMPARE(player->peakAt(-1), double{0.4F});
+        QCOMPARE(player->peakAt(9), 0.0);
+        player->stop();
+        QCOMPARE(player->peakAt(0.1), 0.0);
     }
 
     void stereoIsMixed() {

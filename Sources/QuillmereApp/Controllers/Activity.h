@@ -12,11 +12,12 @@ struct Activity {
     bool isAuditioning = false;
     bool isTrying = false;     // candidates are rendered
     bool isMakingKit = false;  // of sounds
+    bool isSweeping = false;   // a slider's sounds are rendered
 
     [[nodiscard]] bool isBusy() const { return isComputing() || isScanning; }
     // The device that learns is in use.
     [[nodiscard]] bool isComputing() const {
-        return isTraining || isGenerating || isAuditioning || isTrying || isMakingKit;
+        return isTraining || isGenerating || isAuditioning || isTrying || isMakingKit || isSweeping;
     }
 
     // What to tell the user whose wish has to wait until it has ended.

@@ -31,6 +31,7 @@ void CharacterController::restore(Character character) {
 }
 
 void CharacterController::change(Character next) {
+    endComparison();
     history_.change(std::move(next));
     show();
 }
@@ -49,11 +50,29 @@ void CharacterController::endEdit() {
 }
 
 void CharacterController::undo() {
+    endComparison();
     if (history_.undo()) show();
 }
 
 void CharacterController::redo() {
+    endComparison();
     if (history_.redo()) show();
+}
+
+// The history itself goes back and forth: nothing is between the two.
+bool CharacterController::beginComparison() {
+    if (isComparing_ || !history_.undo()) return false;
+    isComparing_ = true;
+    show();
+    emit isComparingChanged();
+    return true;
+}
+
+void CharacterController::endComparison() {
+    if (!isComparing_) return;
+    if (history_.redo()) show();
+    isComparing_ = false;
+    emit isComparingChanged();
 }
 
 void CharacterController::take(const Aesthetics& values) {
@@ -170,8 +189,22 @@ void CharacterController::copySeed() {
     if (!lastSeed_.isEmpty()) environment().copyText(lastSeed_);
 }
 
+void CharacterController::setKeepsSeed(bool keeps) {
+    assign(*this, keepsSeed_, keeps, &CharacterController::keepsSeedChanged);
+}
+
 std::uint64_t CharacterController::drawSeed() {
-    const std::uint64_t seed = typedSeed() ? *typedSeed() : environment().freshSeed();
+    return seedOfRun(keepsSeed_);
+}
+
+std::uint64_t CharacterController::presentSeed() {
+    return seedOfRun(true);
+}
+
+std::uint64_t CharacterController::seedOfRun(bool keeps) {
+    std::optional<std::uint64_t> known = typedSeed();
+    if (!known && keeps) known = Text::parseUnsigned(lastSeed_.toStdString());
+    const std::uint64_t seed = known ? *known : environment().freshSeed();
     assign(*this, lastSeed_, QString::number(seed), &CharacterController::lastSeedChanged);
     return seed;
 }

@@ -24,8 +24,12 @@ class CharacterController : public Controller {
     Q_PROPERTY(bool presetEdited READ presetEdited NOTIFY presetChanged)
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY historyChanged)
     Q_PROPERTY(bool canRedo READ canRedo NOTIFY historyChanged)
+    // What is shown and rendered is the state before the last edit.
+    Q_PROPERTY(bool isComparing READ isComparing NOTIFY isComparingChanged)
     Q_PROPERTY(QString seedText READ seedText WRITE setSeedText NOTIFY seedTextChanged)
     Q_PROPERTY(bool seedIsFixed READ seedIsFixed NOTIFY seedTextChanged)  // seedText is a usable number
+    // Runs without a seed of their own take that of the last one.
+    Q_PROPERTY(bool keepsSeed READ keepsSeed WRITE setKeepsSeed NOTIFY keepsSeedChanged)
     Q_PROPERTY(QString lastSeed READ lastSeed NOTIFY lastSeedChanged)  // decimal; of the last run or audition
 
 public:
@@ -43,6 +47,10 @@ public:
     Q_INVOKABLE void redo();
     // These values, which may be those of a preset, as one edit.
     void take(const Aesthetics& values);
+    // The state before the last edit, until endComparison; an edit meanwhile ends it, too. False when there
+    // is none before.
+    bool beginComparison();
+    void endComparison();
     // Moves every parameter that is not locked towards a random place on its slider: 0 not at all, 1 all the
     // way.
     Q_INVOKABLE void randomise(double amount);
@@ -67,8 +75,11 @@ public:
     // lastSeed into the seed field, and into the clipboard.
     Q_INVOKABLE void reuseSeed();
     Q_INVOKABLE void copySeed();
-    // The seed of a run that starts: the number in the field, else a fresh one. It becomes lastSeed.
+    // The seed of a run that starts: the number in the field, else, with keepsSeed, that of the last run,
+    // else a fresh one. It becomes lastSeed.
     [[nodiscard]] std::uint64_t drawSeed();
+    // The same, but that of the last run also without keepsSeed: for what is compared with it.
+    [[nodiscard]] std::uint64_t presentSeed();
 
     // ---- Values
     [[nodiscard]] const Aesthetics& aesthetics() const { return parameters_.values(); }
@@ -82,12 +93,17 @@ public:
     void setSeedText(const QString& text);
     [[nodiscard]] bool seedIsFixed() const { return typedSeed().has_value(); }
     [[nodiscard]] QString lastSeed() const { return lastSeed_; }
+    [[nodiscard]] bool isComparing() const { return isComparing_; }
+    [[nodiscard]] bool keepsSeed() const { return keepsSeed_; }
+    void setKeepsSeed(bool keeps);
 
 signals:
     void presetChanged();
     void historyChanged();
     void seedTextChanged();
     void lastSeedChanged();
+    void isComparingChanged();
+    void keepsSeedChanged();
     void presetSaved(const QString& name);
 
 private:
@@ -97,12 +113,15 @@ private:
     void change(Character next);
     void show();
     [[nodiscard]] std::optional<std::uint64_t> typedSeed() const;
+    [[nodiscard]] std::uint64_t seedOfRun(bool keeps);
 
     EditHistory history_{{Aesthetics(), QStringLiteral("Balanced")}};
     ParameterModel parameters_;
     PresetModel presets_;
     QString seedText_;
     QString lastSeed_;
+    bool isComparing_ = false;
+    bool keepsSeed_ = false;
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

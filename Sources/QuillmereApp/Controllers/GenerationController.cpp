@@ -273,6 +273,16 @@ void GenerationController::forgetOrigins() {
     auditionedOrigin_ = {};
 }
 
+void GenerationController::follow() {
+    if (isAuditioning_) {
+        followsNext_ = true;
+        auditionIsDropped_ = true;
+        return;
+    }
+    if (!supplies_.hasModel || activity().isBusy()) return;
+    startAudition(links_.auditionRequest(auditionedSeed_), links_.generator(), auditionedOrigin_);
+}
+
 void GenerationController::startAudition(const AuditionRequest& request, const PreparedGenerator& generator,
                                          Origin origin) {
     emit errorRaised({});
@@ -305,11 +315,17 @@ void GenerationController::startAudition(const AuditionRequest& request, const P
 void GenerationController::auditionEnded() {
     assign(*this, isCancelling_, false, &GenerationController::isCancellingChanged);
     assign(*this, isAuditioning_, false, &GenerationController::isAuditioningChanged);
-    if (next_) auditionAt(std::exchange(next_, {}));
+    const bool follows = std::exchange(followsNext_, false);
+    if (next_) {
+        auditionAt(std::exchange(next_, {}));
+    } else if (follows) {
+        follow();
+    }
 }
 
 void GenerationController::cancel() {
     next_ = {};
+    followsNext_ = false;
     if (generateCancel_) generateCancel_->cancel();
     auditionIsDropped_ = isAuditioning_;
     if (isAuditioning_) links_.cancelPreview();

@@ -94,6 +94,10 @@ public:
     void auditionAt(Origin origin);
     // There is another model, or none: origins that were of the one before mean nothing any more.
     void forgetOrigins();
+    // An audition with the settings as they are now, and the seed and the place of the last one. While
+    // another runs, it is not heard any more, and one with the settings of its end follows. Does nothing
+    // without a model and while something else runs.
+    void follow();
     // A file that was kept joins the results.
     void addKept(const GeneratedSample& sample, const std::shared_ptr<const RecipeBase>& base);
     // Files of an earlier run are the results, base is that of their recipes. Does nothing while something
@@ -173,6 +177,7 @@ private:
     std::optional<std::uint64_t> auditionedSeed_;  // of the last audition
     Origin auditionedOrigin_;                      // of the last audition; empty for a draw
     Origin next_;                                  // of the audition that is to follow; empty for none
+    bool followsNext_ = false;                     // the settings have changed during an audition
     bool isCancelling_ = false;
     bool isWaiting_ = false;
     ResultsModel results_;

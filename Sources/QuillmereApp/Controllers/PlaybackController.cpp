@@ -1,5 +1,6 @@
 #include "QuillmereApp/Controllers/PlaybackController.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <utility>
@@ -7,6 +8,8 @@
 #include "QuillmereApp/Controllers/Assign.h"
 
 namespace quillmere {
+
+using namespace std::chrono_literals;
 
 PlaybackController::PlaybackController(const Environment& environment)
     : Controller(environment), player_(environment.makePlayer()) {
@@ -16,6 +19,8 @@ PlaybackController::PlaybackController(const Environment& environment)
     playTimer_.setSingleShot(true);
     playTimer_.setTimerType(Qt::PreciseTimer);
     connect(&playTimer_, &QTimer::timeout, this, &PlaybackController::clearIfPlayed);
+    levelTimer_.setInterval(40ms);
+    connect(&levelTimer_, &QTimer::timeout, this, &PlaybackController::measureLevel);
 }
 
 void PlaybackController::play(const QUrl& file) {
@@ -59,6 +64,35 @@ void PlaybackController::rename(const QUrl& from, const QUrl& to) {
 
 void PlaybackController::setPlaying(const QUrl& file) {
     assign(*this, playingURL_, file, &PlaybackController::playingURLChanged);
+    clock_.start();
+    if (file.isEmpty()) {
+        levelTimer_.stop();
+        assign(*this, level_, 0, &PlaybackController::levelChanged);
+    } else {
+        levelTimer_.start();
+    }
+}
+
+void PlaybackController::measureLevel() {
+    constexpr double lowest = 60;  // dB below full scale
+    const double peak = player_->peakAt(static_cast<double>(clock_.elapsed()) / 1000);
+    const double level = peak > 0 ? std::clamp(1 + 20 * std::log10(peak) / lowest, 0.0, 1.0) : 0;
+    assign(*this, level_, level, &PlaybackController::levelChanged);
+}
+
+void PlaybackController::setVolume(double volume) {
+    if (!std::isfinite(volume)) return;
+    const double rounded = std::round(std::clamp(volume, 0.0, 1.0) * 100) / 100;
+    player_->setVolume(static_cast<float>(rounded * rounded));  // as loud as it looks
+    assign(*this, volume_, rounded, &PlaybackController::volumeChanged);
+}
+
+void PlaybackController::setPlaysAtOnce(bool plays) {
+    assign(*this, playsAtOnce_, plays, &PlaybackController::playsAtOnceChanged);
+}
+
+void PlaybackController::setFollowsSliders(bool follows) {
+    assign(*this, followsSliders_, follows, &PlaybackController::followsSlidersChanged);
 }
 
 void PlaybackController::started(const QString&, double seconds) {
@@ -76,7 +110,9 @@ void PlaybackController::failed(const QString&, const QString& reason) {
 // The mark stays for the file's duration and 0.1 s, and longer while the sound card still plays.
 void PlaybackController::clearIfPlayed() {
     if (playTimer_.isActive() || player_->isPlaying()) return;
+    const QUrl played = playingURL_;
     setPlaying({});
+    if (!played.isEmpty()) emit finished(played);
 }
 
 }  // namespace quillmere

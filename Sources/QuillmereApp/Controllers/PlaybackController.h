@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QTimer>
 #include <QUrl>
 #include <memory>
@@ -15,6 +16,13 @@ class PlaybackController : public Controller {
     QML_ELEMENT
     QML_UNCREATABLE("AppModel owns it")
     Q_PROPERTY(QUrl playingURL READ playingURL NOTIFY playingURLChanged)
+    // ---- How sounds are heard: kept from one start of the program to the next
+    Q_PROPERTY(double volume READ volume WRITE setVolume NOTIFY volumeChanged)  // 0 ... 1, of the next sound
+    // Results play when they are selected.
+    Q_PROPERTY(bool playsAtOnce READ playsAtOnce WRITE setPlaysAtOnce NOTIFY playsAtOnceChanged)
+    // A slider that rests is heard.
+    Q_PROPERTY(bool followsSliders READ followsSliders WRITE setFollowsSliders NOTIFY followsSlidersChanged)
+    Q_PROPERTY(double level READ level NOTIFY levelChanged)  // now: 0 (-60 dB or less) ... 1 (full scale)
     Q_PROPERTY(double playingSeconds READ playingSeconds NOTIFY playingURLChanged)  // how long it lasts
 
 public:
@@ -38,9 +46,22 @@ public:
 
     [[nodiscard]] QUrl playingURL() const { return playingURL_; }
     [[nodiscard]] double playingSeconds() const { return playingSeconds_; }
+    [[nodiscard]] double volume() const { return volume_; }
+    void setVolume(double volume);
+    [[nodiscard]] bool playsAtOnce() const { return playsAtOnce_; }
+    void setPlaysAtOnce(bool plays);
+    [[nodiscard]] bool followsSliders() const { return followsSliders_; }
+    void setFollowsSliders(bool follows);
+    [[nodiscard]] double level() const { return level_; }
 
 signals:
     void playingURLChanged();
+    void volumeChanged();
+    void playsAtOnceChanged();
+    void followsSlidersChanged();
+    void levelChanged();
+    // A sound has come to its end, unless something else was to be heard before that.
+    void finished(const QUrl& url);
     // A file could not be played: most likely it is gone.
     void fileFailed();
 
@@ -49,6 +70,7 @@ private:
     void failed(const QString& file, const QString& reason);
     void setPlaying(const QUrl& file);
     void clearIfPlayed();
+    void measureLevel();
     // Whether it played, or was about to, and is stopped now.
     bool stopped(const QUrl& url);
 
@@ -57,6 +79,12 @@ private:
     QUrl playingURL_;
     double playingSeconds_ = 0;
     QTimer playTimer_;
+    QElapsedTimer clock_;  // since it started
+    QTimer levelTimer_;
+    double level_ = 0;
+    double volume_ = 1;
+    bool playsAtOnce_ = false;
+    bool followsSliders_ = false;
 };
 
 }  // namespace quillmere

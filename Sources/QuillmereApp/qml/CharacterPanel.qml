@@ -18,6 +18,10 @@ Card {
 
     signal mapRequested
 
+    function pointedParameter(): string {
+        return groups.pointedParameter();
+    }
+
     // The height of the rows when the panel is to be that high.
     function rowHeightFor(height: real): real {
         const around = groups.y + groups.parent.y + padding;
@@ -35,8 +39,8 @@ Card {
         Label {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, detail.x - Theme.inner)
-            visible: panel.character.presetEdited
-            text: panel.character.presetName + ", edited"
+            visible: panel.character.isComparing || panel.character.presetEdited
+            text: panel.character.isComparing ? "Before" : panel.character.presetName + ", edited"
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap

@@ -19,6 +19,7 @@ Item {
     signal modelsRequested
     signal mapRequested
     signal runsRequested
+    signal sweepRequested
 
     Shortcut {
         enabled: commands.listening
@@ -102,6 +103,12 @@ Item {
         sequence: "M"
         autoRepeat: false
         onActivated: commands.mapRequested()
+    }
+    Shortcut {
+        enabled: commands.listening
+        sequence: "R"
+        autoRepeat: false
+        onActivated: commands.sweepRequested()
     }
     Shortcut {
         enabled: commands.listening

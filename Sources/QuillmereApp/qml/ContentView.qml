@@ -55,6 +55,47 @@ FocusScope {
         if (mapView.item)
             (mapView.item as MapView).takeKeyboard();
     }
+    // The slider under the pointer or with the keyboard, at seven places.
+    function sweep() {
+        const parameter = character.visible ? character.pointedParameter() : "";
+        if (parameter.length > 0)
+            app.sweep.open(parameter);
+    }
+    Connections {
+        target: content.app.sweep
+
+        function onOpenChanged() {
+            sweepPopup.active = sweepPopup.active || content.app.sweep.isOpen;
+            if (!sweepPopup.item)
+                return;
+            const popup = sweepPopup.item as SweepPopup;
+            if (content.app.sweep.isOpen)
+                popup.open();
+            else
+                popup.close();
+        }
+    }
+    Loader {
+        id: sweepPopup
+        active: false
+        sourceComponent: SweepPopup {
+            app: content.app
+            y: parent ? Math.round((parent.height - height) / 2) : 0
+        }
+    }
+    // While B is held: the state before.
+    Keys.onReleased: event => {
+        if (event.key === Qt.Key_B && !event.isAutoRepeat && app.character.isComparing)
+            app.endComparison();
+    }
+    Connections {
+        target: content.Window.window
+
+        function onActiveChanged() {
+            if (!content.Window.active)
+                content.app.endComparison();
+        }
+    }
     function goToResults() {
         if (strip.visible)
             strip.goOn();
@@ -83,6 +124,12 @@ FocusScope {
     }
     // Keys of the inspector, wherever the keyboard is but in a text field.
     Keys.onPressed: event => {
+        if (event.key === Qt.Key_B && event.modifiers === Qt.NoModifier && !(content.Window.activeFocusItem instanceof TextInput)) {
+            event.accepted = true;
+            if (!event.isAutoRepeat)
+                app.beginComparison();
+            return;
+        }
         event.accepted = app.inspector.isOpen && (event.modifiers === Qt.NoModifier || event.modifiers === Qt.KeypadModifier);
         if (!event.accepted)
             return;

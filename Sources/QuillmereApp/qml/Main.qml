@@ -74,6 +74,7 @@ T.ApplicationWindow {
         onModelsRequested: content.sheets.showModels()
         onMapRequested: content.switchMap()
         onRunsRequested: content.sheets.showRuns()
+        onSweepRequested: content.sweep()
     }
     Connections {
         target: root.app.corpus

@@ -68,6 +68,18 @@ Item {
         return result;
     }
 
+    // The parameter under the pointer, else that with the keyboard, else "".
+    function pointedParameter(): string {
+        let focused = "";
+        for (let row = 0; row < parameterRows.count; ++row) {
+            const item = parameterRows.itemAt(row) as ParameterRow;
+            if (item.pointed)
+                return item.parameterId;
+            if (item.sliderHasKeyboard)
+                focused = item.parameterId;
+        }
+        return focused;
+    }
     function columnX(column: int): real {
         return column * (columnWidth + columnGap);
     }

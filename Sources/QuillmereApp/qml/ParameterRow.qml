@@ -37,6 +37,9 @@ Item {
     signal reached
     // The keyboard wants to go so many rows down (or, negative, up).
     signal moveRequested(int rows)
+    // What it does is to be heard at seven places.
+    readonly property bool pointed: hover.hovered
+    readonly property bool sliderHasKeyboard: slider.activeFocus
 
     readonly property real lockWidth: 24
     readonly property real naturalTitleWidth: Math.ceil(titleText.implicitWidth) + 2

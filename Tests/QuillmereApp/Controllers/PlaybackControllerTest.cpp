@@ -1,6 +1,8 @@
 // What plays, and how long the window says so.
 
 #include <QObject>
+#include <cmath>
+#include <limits>
 
 #include "QuillmereApp/Controllers/PlaybackController.h"
 #include "QuillmereApp/Support/TestWorld.h"
@@ -168,6 +170,58 @@ private slots:
         deliverEvents();
         QCOMPARE(world.player->asked.size(), 0);
         QVERIFY(playback.playingURL().isEmpty());
+    }
+
+    // ---- How loud
+
+    void theVolumeIsThatOfThePlayer() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        QSignalSpy changed(&playback, &PlaybackController::volumeChanged);
+        QCOMPARE(playback.volume(), 1.0);
+        playback.setVolume(0.5);
+        QCOMPARE(world.player->volume, 0.25F);
+        QCOMPARE(changed.count(), 1);
+        playback.setVolume(7);
+        QCOMPARE(playback.volume(), 1.0);
+        playback.setVolume(-1);
+        QCOMPARE(playback.volume(), 0.0);
+        QCOMPARE(world.player->volume, 0.0F);
+        playback.setVolume(std::numeric_limits<double>::quiet_NaN());
+        QCOMPARE(playback.volume(), 0.0);
+    }
+
+    void theLevelIsThatOfWhatPlays() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        QCOMPARE(playback.level(), 0.0);
+        world.player->peak = 0.1;  // -20 dB
+        playback.play(makeSound(world, "a.wav", 5));
+        QTRY_VERIFY(playback.level() > 0);
+        QVERIFY(std::abs(playback.level() - 2.0 / 3) < 1e-9);
+        world.player->peak = 0;
+        QTRY_COMPARE(playback.level(), 0.0);
+        world.player->peak = 1;
+        QTRY_COMPARE(playback.level(), 1.0);
+        playback.stop();
+        QCOMPARE(playback.level(), 0.0);
+    }
+
+    void tellsWhenASoundHasEndedByItself() {
+        TestWorld world;
+        PlaybackController playback(world.environment);
+        QSignalSpy finished(&playback, &PlaybackController::finished);
+        const QUrl sound = makeSound(world, "a.wav", 0.05);
+        playback.play(sound);
+        QTRY_COMPARE(playback.playingURL(), sound);
+        playback.stop();
+        deliverEvents();
+        QCOMPARE(finished.count(), 0);
+        playback.play(sound);
+        QTRY_COMPARE(playback.playingURL(), sound);
+        world.player->finish();
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(finished.first().first().toUrl(), sound);
     }
 };
 

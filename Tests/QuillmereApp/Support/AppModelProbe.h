@@ -39,6 +39,7 @@ struct AppModelProbe {
         waitForWork(*app.measures());
         waitForWork(*app.drops());
         waitForWork(*app.kits());
+        waitForWork(*app.sweep());
         waitForWork(*app.output());
         waitForWork(*app.character());
     }

@@ -50,6 +50,8 @@ public:
         playing.clear();
     }
     [[nodiscard]] bool isPlaying() const override { return !playing.isEmpty(); }
+    void setVolume(float wanted) override { volume = wanted; }
+    [[nodiscard]] double peakAt(double) const override { return playing.isEmpty() ? 0 : peak; }
 
     // The last sample has been played.
     void finish() { emit ended(std::exchange(playing, QString())); }
@@ -57,6 +59,8 @@ public:
     QStringList asked;        // every file or name that was to be played
     PlayableSound lastSound;  // of those in memory
     QString playing;
+    float volume = 1;
+    double peak = 0.1;  // of whatever plays
     bool hasSoundCard = true;
 
 private:
