@@ -24,7 +24,7 @@ TELLS = re.compile(
     r"|Longest|Automatic picks|No model for this|Choose a folder of WAV|Render a single|Render twelve|All discarded|Nobody knows any more|Select a candidate|Return renames|Existing folder|Folder will be"
     r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
     r"|How much of|End the learning and keep|You can listen in|The model is stored|No folder has been learned"
-    r"|Space plays|Return opens a run|The nearest sounds of|Near one another|. of the differences|Click a point"
+    r"|Space plays|Return opens a run|The nearest sounds of|How loud it is|How the sound was|How far it is|The samples that|The next runs take|The loss says|Near one another|. of the differences|Click a point"
     r"|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
     r"|The journal is o|While this file is)")
 # The manual's own words, what the parameters do, and docstrings: no trouble either.

@@ -97,7 +97,10 @@ void AppModel::openModel(const QUrl& corpus, const std::filesystem::path& folder
 void AppModel::openStoredModel(const std::filesystem::path& ofTheFolder) {
     const std::filesystem::path wanted = std::exchange(wantedModel_, {});
     const std::filesystem::path& found = wanted.empty() ? ofTheFolder : wanted;
-    if (found.empty()) return;
+    if (found.empty()) {
+        models_.offerFor(corpus_.summary());
+        return;
+    }
     model_.load(found);
     if (found == ofTheFolder) return;
     emit notice(QStringLiteral(

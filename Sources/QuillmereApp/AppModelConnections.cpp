@@ -30,9 +30,11 @@ void AppModel::connectCorpusAndModel() {
         generation_.results()->setSamples({});
     });
     connect(&corpus_, &CorpusController::scanStarted, &model_, &ModelController::forget);
+    connect(&corpus_, &CorpusController::scanStarted, &models_, &ModelsController::withdrawOffer);
     connect(&corpus_, &CorpusController::summaryChanged, this, &AppModel::corpusChanged);
     connect(&corpus_, &CorpusController::storedModelFound, this, &AppModel::openStoredModel);
     connect(&corpus_, &CorpusController::noStoredModelFound, this, [this] { openStoredModel({}); });
+    connect(&models_, &ModelsController::loadRequested, &model_, &ModelController::load);
     connect(&models_, &ModelsController::openRequested, this, &AppModel::openModel);
     connect(&model_, &ModelController::bundleChanged, this,
             [this] { models_.setOpen(model_.storedFolder()); });
@@ -86,6 +88,7 @@ void AppModel::connectInspector() {
     connect(&inspector_, &InspectorController::playRequested, &playback_, &PlaybackController::playSound);
     connect(&inspector_, &InspectorController::togglePlayRequested, &playback_,
             &PlaybackController::togglePlaySound);
+    connect(&playback_, &PlaybackController::finished, &inspector_, &InspectorController::finished);
     connect(&inspector_, &InspectorController::candidatesWanted, &candidates_,
             &CandidatesController::startRelated);
     connect(&files_, &FilesController::trashed, &candidates_, &CandidatesController::fileTrashed);

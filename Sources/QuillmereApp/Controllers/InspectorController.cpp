@@ -230,6 +230,14 @@ void InspectorController::togglePlay() {
     emit togglePlayRequested(soundURL(), facts_->sound);
 }
 
+void InspectorController::setLoops(bool loops) {
+    assign(*this, loops_, loops, &InspectorController::loopsChanged);
+}
+
+void InspectorController::finished(const QUrl& url) {
+    if (loops_ && isOpen_ && facts_ && url == soundURL()) emit playRequested(soundURL(), facts_->sound);
+}
+
 void InspectorController::playSubject(float gain) {
     PlayableSound sound = facts_->sound;
     sound.gain = gain;

@@ -31,6 +31,8 @@ class InspectorController : public Controller {
     Q_PROPERTY(QString title READ title NOTIFY subjectChanged)
     Q_PROPERTY(QUrl soundURL READ soundURL NOTIFY subjectChanged)  // what it is called while it plays
     Q_PROPERTY(bool isFile READ isFile NOTIFY subjectChanged)      // a result, or a candidate that was kept
+    Q_PROPERTY(
+        bool loops READ loops WRITE setLoops NOTIFY loopsChanged)  // the sound is played again and again
     Q_PROPERTY(bool hasRecipe READ hasRecipe NOTIFY subjectChanged)
     // ---- What is found out about it; absent until it is
     Q_PROPERTY(QList<qreal> peaks READ peaks NOTIFY factsChanged)
@@ -79,6 +81,9 @@ public:
     // A file has got another name.
     void rename(const QUrl& from, const QUrl& to);
 
+    // A sound has come to its end.
+    void finished(const QUrl& url);
+
     // ---- What can be heard, at one level
 
     // Plays or stops the sound itself.
@@ -93,6 +98,8 @@ public:
     Q_INVOKABLE void newBodies() { wish(CandidatesRelation::Way::skin); }
     Q_INVOKABLE void copyRecipe();
 
+    [[nodiscard]] bool loops() const { return loops_; }
+    void setLoops(bool loops);
     [[nodiscard]] bool hasSubject() const { return subject_.has_value(); }
     [[nodiscard]] QString title() const;
     [[nodiscard]] QUrl soundURL() const;
@@ -120,6 +127,7 @@ public:
 
 signals:
     void isOpenChanged();
+    void loopsChanged();
     void subjectChanged();
     void factsChanged();
     void relativesChanged();
@@ -164,6 +172,7 @@ private:
     void playSubject(float gain);
 
     bool isOpen_ = false;
+    bool loops_ = false;
     std::shared_ptr<const CorpusSummary> corpus_;
     std::string fingerprint_;  // of corpus_
     std::optional<Subject> subject_;

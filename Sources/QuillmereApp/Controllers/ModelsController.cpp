@@ -4,6 +4,7 @@
 #include <QVariantMap>
 #include <algorithm>
 #include <chrono>
+#include <map>
 #include <system_error>
 #include <utility>
 
@@ -38,10 +39,31 @@ QString detailOf(const ModelMetadata& metadata) {
            QStringLiteral(" · trained %1 · ").arg(dateText(metadata)) + ModelText::effort(metadata);
 }
 
+// Whether a model was learned from files with the names and, where its own folder is there to be looked at,
+// the sizes of a corpus's.
+bool isOfSameSamples(const ModelMetadata& model, const CorpusSummary& corpus, const FolderLooks& looks) {
+    constexpr double most = 0.9;  // of the files: silent and unreadable ones are not learned
+    const auto learned = static_cast<double>(model.clipNames.size());
+    if (learned < most * static_cast<double>(corpus.files.size())) return false;
+    std::map<std::string, std::uintmax_t> sizes;
+    for (const CorpusFile& file : corpus.files)
+        sizes.emplace(file.relativePath, static_cast<std::uintmax_t>(file.size));
+    const bool canCompare = looks.at(model.corpusPath).kind == Place::Kind::folder;
+    return std::ranges::all_of(model.clipNames, [&](const std::string& clip) {
+        const auto file = sizes.find(clip);
+        if (file == sizes.end()) return false;
+        if (!canCompare) return true;
+        std::error_code gone;
+        const auto size = std::filesystem::file_size(std::filesystem::path(model.corpusPath) / clip, gone);
+        return gone || size == file->second;
+    });
+}
+
 }  // namespace
 
 ModelsController::~ModelsController() {
     if (look_) look_->cancel();
+    if (offering_) offering_->cancel();
 }
 
 QString ModelsController::Entry::name() const {
@@ -50,6 +72,7 @@ QString ModelsController::Entry::name() const {
 
 void ModelsController::setOpen(const std::filesystem::path& folder) {
     open_ = folder;
+    if (!folder.empty()) withdrawOffer();
     emit modelsChanged();
 }
 
@@ -91,6 +114,55 @@ void ModelsController::stopLooking() {
     if (!look_) return;
     std::exchange(look_, nullptr)->cancel();
     assign(*this, isLooking_, false, &ModelsController::isLookingChanged);
+}
+
+// ---- A model of the same samples
+
+void ModelsController::offerFor(std::shared_ptr<const CorpusSummary> corpus) {
+    withdrawOffer();
+    if (!corpus || corpus->files.empty()) return;
+    offering_ = std::make_shared<CancelFlag>();
+    tasks_.run([root = environment().modelsRoot, corpus = std::move(corpus), looks = environment().looks,
+                stop = offering_->token()] { return offerIn(root, *corpus, *looks, stop); },
+               [this, wanted = offering_](std::optional<Offer> offer) {
+                   if (wanted->isCancelled()) return;
+                   if (offer) offer->name = Folders::displayed(offer->name, environment().homeFolder);
+                   offered_ = std::move(offer);
+                   emit offerChanged();
+               },
+               [](const TaskFailure&) {});  // nobody has asked
+}
+
+std::optional<ModelsController::Offer> ModelsController::offerIn(const std::filesystem::path& root,
+                                                                 const CorpusSummary& corpus,
+                                                                 const FolderLooks& looks,
+                                                                 const std::stop_token& stop) {
+    const std::string fingerprint = corpus.fingerprint();
+    for (const ModelStore::StoredFolder& stored : ModelStore::list(root)) {
+        throwIfCancelled(stop);
+        const auto content = stored.holdsModel ? contentOf(stored) : std::variant<ModelMetadata, QString>();
+        const ModelMetadata* const model = std::get_if<ModelMetadata>(&content);
+        if (!stored.holdsModel || !model) continue;
+        if (model->fingerprint == fingerprint || isOfSameSamples(*model, corpus, looks))
+            return Offer{.name = QString::fromStdString(model->corpusPath), .folder = stored.folder};
+    }
+    return std::nullopt;
+}
+
+void ModelsController::withdrawOffer() {
+    if (offering_) offering_->cancel();
+    if (std::exchange(offered_, std::nullopt)) emit offerChanged();
+}
+
+void ModelsController::useOffered() {
+    if (!offered_) return;
+    if (activity().isBusy()) {
+        emit notice(Activity::waitNotice());
+        return;
+    }
+    const std::filesystem::path folder = offered_->folder;
+    withdrawOffer();
+    emit loadRequested(folder);
 }
 
 const ModelsController::Entry* ModelsController::at(int row) const {

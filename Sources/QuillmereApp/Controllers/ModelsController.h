@@ -12,6 +12,7 @@
 
 #include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelStore.h"
 
 namespace quillmere {
@@ -29,6 +30,9 @@ class ModelsController : public Controller {
     Q_PROPERTY(QString totalText READ totalText NOTIFY modelsChanged)  // "3 models, 18.4 MB"
     Q_PROPERTY(
         QString removedName READ removedName NOTIFY modelsChanged)  // that restore brings back, or empty
+    // The folder, as people write it, whose model was learned from samples like those of the present one,
+    // which has none; empty for none.
+    Q_PROPERTY(QString offered READ offered NOTIFY offerChanged)
 
 public:
     explicit ModelsController(const Environment& environment) : Controller(environment) {}
@@ -41,6 +45,11 @@ public:
     Q_INVOKABLE void look();
     // models stays as it is then.
     Q_INVOKABLE void stopLooking();
+    // The folder has no model: looks for one of the same samples, under another name or from another place.
+    void offerFor(std::shared_ptr<const CorpusSummary> corpus);
+    void withdrawOffer();
+    // Loads the model that is offered.
+    Q_INVOKABLE void useOffered();
     // Opens the folder of a row of models, with that model, unless it is in use. Refused while training or
     // generating, for one that cannot be used, and where the folder is gone.
     Q_INVOKABLE void open(int row);
@@ -54,10 +63,14 @@ public:
     [[nodiscard]] QVariantList models() const;
     [[nodiscard]] QString totalText() const;
     [[nodiscard]] QString removedName() const;
+    [[nodiscard]] QString offered() const { return offered_ ? offered_->name : QString(); }
 
 signals:
     void isLookingChanged();
     void modelsChanged();
+    void offerChanged();
+    // The model that is stored there is to be that of the present folder.
+    void loadRequested(const std::filesystem::path& modelFolder);
     // A folder is to be opened with the model that is stored there.
     void openRequested(const QUrl& corpus, const std::filesystem::path& modelFolder);
 
@@ -76,6 +89,14 @@ private:
         std::filesystem::path inTrash;
     };
 
+    struct Offer {
+        QString name;
+        std::filesystem::path folder;
+    };
+
+    [[nodiscard]] static std::optional<Offer> offerIn(const std::filesystem::path& root,
+                                                      const CorpusSummary& corpus, const FolderLooks& looks,
+                                                      const std::stop_token& stop);
     [[nodiscard]] static std::vector<Entry> entriesIn(const std::filesystem::path& root,
                                                       const std::stop_token& stop);
     [[nodiscard]] const Entry* at(int row) const;
@@ -86,6 +107,8 @@ private:
     std::vector<Entry> entries_;
     std::set<std::filesystem::path> leaving_;  // on their way to the trash
     std::vector<Removed> removed_;             // the last one last
+    std::optional<Offer> offered_;
+    std::shared_ptr<CancelFlag> offering_;  // the newest search for one
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

@@ -254,6 +254,21 @@ QPainterPath pads() {
     return path;
 }
 
+QPainterPath speaker(bool sounding) {
+    QPainterPath path =
+        rounded({{4.4, 9.6}, {7.2, 9.6}, {11.4, 6.2}, {11.4, 17.8}, {7.2, 14.4}, {4.4, 14.4}}, 0.8);
+    if (!sounding) return path;
+    return path.united(stroked(arc({11.6, 12}, 4, -45, 90))).united(stroked(arc({11.6, 12}, 7.6, -45, 90)));
+}
+
+// An arrow that comes back to its start.
+QPainterPath loop() {
+    return stroked(polyline({{5, 12.6}, {5, 10.4}, {7, 8.4}, {18, 8.4}}))
+        .united(stroked(polyline({{15.4, 5.6}, {18.4, 8.4}, {15.4, 11.2}})))
+        .united(stroked(polyline({{19, 11.4}, {19, 13.6}, {17, 15.6}, {6, 15.6}})))
+        .united(stroked(polyline({{8.6, 12.8}, {5.6, 15.6}, {8.6, 18.4}})));
+}
+
 QHash<QString, QPainterPath> drawAll() {
     using namespace Qt::StringLiterals;
     return {
@@ -280,6 +295,9 @@ QHash<QString, QPainterPath> drawAll() {
         {u"circle.grid.cross"_s, points()},
         {u"square.grid.2x2"_s, pads()},
         {u"cpu"_s, chip()},
+        {u"speaker"_s, speaker(false)},
+        {u"speaker.wave.2"_s, speaker(true)},
+        {u"repeat"_s, loop()},
         {u"sun.max"_s, sun()},
         {u"moon"_s, moon()},
         {u"circle.lefthalf.filled"_s, halfDisc()},

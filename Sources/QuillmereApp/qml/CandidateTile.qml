@@ -16,6 +16,7 @@ Rectangle {
     required property string fileName
     required property string novelty
 
+    property real playingSeconds: 0  // how long what plays lasts
     property bool selected: false
     property bool focused: false
     readonly property string spokenName: "Candidate " + number
@@ -70,6 +71,11 @@ Rectangle {
         height: foot.y - y - 2
         peaks: tile.peaks
         color: tile.isPlaying || tile.selected ? Theme.accent : Theme.secondary
+
+        Playhead {
+            playing: tile.isPlaying
+            seconds: tile.playingSeconds
+        }
     }
     Item {
         id: foot

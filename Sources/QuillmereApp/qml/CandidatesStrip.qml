@@ -187,6 +187,7 @@ Rectangle {
         delegate: CandidateTile {
             width: list.shownWidth
             height: list.shownHeight
+            playingSeconds: strip.app.playback.playingSeconds
             selected: GridView.isCurrentItem
             focused: list.activeFocus && selected
             onSelectRequested: {

@@ -106,6 +106,12 @@ Item {
     }
     Shortcut {
         enabled: commands.listening
+        sequence: "S"
+        autoRepeat: false
+        onActivated: commands.app.character.keepsSeed = !commands.app.character.keepsSeed
+    }
+    Shortcut {
+        enabled: commands.listening
         sequence: "R"
         autoRepeat: false
         onActivated: commands.sweepRequested()

@@ -67,9 +67,18 @@ Rectangle {
         anchors.verticalCenter: actions.verticalCenter
         appearance: footer.app.appearance
     }
+    ListeningControl {
+        id: listening
+        x: appearanceButton.x + appearanceButton.width + Theme.tight
+        anchors.verticalCenter: actions.verticalCenter
+        // What happens needs the room in narrower windows, and the buttons in the narrowest.
+        compact: footer.narrow ? x + fullWidth + Theme.inner > actions.x : footer.width < 1040
+        visible: x + width + Theme.inner <= actions.x
+        playback: footer.app.playback
+    }
     RunProgress {
         id: progress
-        x: footer.narrow ? Theme.outer : appearanceButton.x + appearanceButton.width + Theme.between
+        x: footer.narrow ? Theme.outer : listening.x + listening.width + Theme.between
         y: footer.narrow ? Theme.inner : (footer.height - height) / 2
         width: footer.narrow ? footer.width - 2 * Theme.outer : actions.x - x - Theme.outer
         app: footer.app

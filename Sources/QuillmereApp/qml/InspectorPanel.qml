@@ -122,7 +122,7 @@ Rectangle {
         id: facts
         x: Theme.outer
         y: sound.y + sound.height + Theme.inner
-        width: panel.inside
+        width: panel.inside - loop.width - Theme.inner
         height: duration.height
         visible: panel.inspector.hasSubject
 
@@ -152,8 +152,9 @@ Rectangle {
                 color: Theme.track
             }
         }
-        Label {
+        Explained {
             id: level
+            tip: "How loud it is on average, and its loudest moment, below the most that a file can hold."
             objectName: "inspectedLevel"
             x: meter.visible ? meter.x + meter.width + Theme.inner : duration.width + Theme.inner
             anchors.verticalCenter: duration.verticalCenter
@@ -164,6 +165,25 @@ Rectangle {
             wrapMode: Text.NoWrap
         }
     }
+    IconButton {
+        id: loop
+        objectName: "loopInspected"
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.outer
+        y: facts.y + (facts.height - height) / 2
+        visible: panel.inspector.hasSubject
+        height: 22
+        checkable: true
+        checked: panel.inspector.loops
+        iconName: "repeat"
+        ink: panel.inspector.loops ? Theme.accent : Theme.secondary
+        text: "Loop"
+        tip: "Play it again and again"
+        onClicked: {
+            panel.inspector.loops = !panel.inspector.loops;
+            checked = Qt.binding(() => panel.inspector.loops);
+        }
+    }
     RelativesList {
         id: sources
         x: Theme.outer
@@ -172,6 +192,7 @@ Rectangle {
         visible: panel.inspector.hasSubject
         app: panel.app
         title: panel.inspector.isOfThisCorpus || panel.inspector.sources.length === 0 ? "Made of" : "Made of samples of another folder"
+        explanation: "The samples that the sound is a blend of, each with its share. Their keys play them and the sound in turn, equally loud."
         absent: "Nobody knows any more."
         relatives: panel.inspector.sources
     }
@@ -184,6 +205,7 @@ Rectangle {
         app: panel.app
         title: "Nearest in the corpus"
         absent: panel.inspector.isComparing ? "Comparing: " + panel.inspector.compared + " of " + panel.inspector.toCompare : panel.inspector.isCopy ? "" : panel.inspector.verdict
+        explanation: "The samples that sound most like it. The decibels say how far apart the two are on average, over all bands and moments."
         relatives: panel.inspector.nearest
     }
     Item {

@@ -45,6 +45,20 @@ Card {
         text: "Open the Model"
         onClicked: card.app.model.openAgain()
     }
+    Note {
+        width: card.bodyWidth
+        visible: offer.visible
+        iconName: "waveform"
+        text: "The same samples were learned in " + card.app.models.offered + "."
+    }
+    ActionButton {
+        id: offer
+        objectName: "useOffered"
+        width: card.bodyWidth
+        visible: card.idle && card.app.models.offered.length > 0 && !card.app.model.isReady && !card.app.model.isLoading
+        text: "Use That Model"
+        onClicked: card.app.models.useOffered()
+    }
     OpeningView {
         width: card.bodyWidth
         visible: card.app.model.isLoading
@@ -83,8 +97,9 @@ Card {
                 onClicked: card.reportRequested()
             }
         }
-        Label {
+        Explained {
             width: parent.width
+            tip: "How the sound was taken apart, how much of each sample was learned, when, and for how long."
             text: card.app.model.analysisLabel + " · " + card.app.model.clipSecondsText + " s per sample · trained " + card.trainedAt + " · " + card.app.model.trainedQuality
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
@@ -144,10 +159,11 @@ Card {
         height: analysis.height
         visible: card.idle
 
-        Label {
+        Explained {
             id: analysisLabel
             anchors.verticalCenter: parent.verticalCenter
             text: "Analysis"
+            tip: card.app.model.analysisHelp
         }
         ComboBox {
             id: analysis

@@ -62,6 +62,13 @@ Item {
             }
         }
     }
+    HoverHandler {
+        id: hover
+    }
+    ToolTip {
+        text: "How far it is from the nearest sample: as good as a copy, close to it, new and of the kind, or far from all of them."
+        shown: hover.hovered
+    }
     Rectangle {
         objectName: "noveltyMark"
         x: gauge.xOf(gauge.distance) - width / 2

@@ -9,13 +9,15 @@ Column {
 
     required property AppModel app
     property string title
+    property string explanation
     property string absent  // what to say when there are none
     property var relatives: []
 
     spacing: 2
 
-    Label {
+    Explained {
         text: list.title
+        tip: list.explanation
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
         font.weight: Font.DemiBold

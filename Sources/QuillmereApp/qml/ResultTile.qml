@@ -52,7 +52,7 @@ Rectangle {
         anchors.fill: parent
         onPressed: mouse => tile.selectRequested(mouse.modifiers)
         onClicked: mouse => tile.clicked(mouse.modifiers)
-        onDoubleClicked: if (tile.exists)
+        onDoubleClicked: if (tile.exists && !tile.app.playback.playsAtOnce)
             tile.app.playback.togglePlay(tile.url)
     }
     DragHandler {
@@ -74,6 +74,11 @@ Rectangle {
         height: tile.height - name.height - 2 * Theme.inner - 4
         peaks: tile.peaks
         color: !tile.exists ? Theme.disabled : tile.isPlaying || tile.selected ? Theme.accent : Theme.secondary
+
+        Playhead {
+            playing: tile.isPlaying
+            seconds: tile.app.playback.playingSeconds
+        }
     }
     IconButton {
         id: toggle

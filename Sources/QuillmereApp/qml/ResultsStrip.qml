@@ -55,6 +55,11 @@ Rectangle {
             anchor = list.currentIndex;
         files.selectRange(anchor, row);
     }
+    // If that is wanted.
+    function playAtOnce() {
+        if (app.playback.playsAtOnce && files.existsAt(list.currentIndex))
+            app.playback.play(files.urlAt(list.currentIndex));
+    }
     function togglePlay() {
         if (list.currentIndex < 0)
             list.currentIndex = 0;
@@ -153,7 +158,10 @@ Rectangle {
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
         Keys.onDeletePressed: strip.app.trashResults(currentIndex)
-        onMoved: strip.files.clearSelection()
+        onMoved: {
+            strip.files.clearSelection();
+            strip.playAtOnce();
+        }
         onExtended: from => {
             if (strip.files.selectedCount === 0)
                 strip.anchor = from;
@@ -176,8 +184,10 @@ Rectangle {
                 list.forceActiveFocus(Qt.MouseFocusReason);
             }
             onClicked: modifiers => {
-                if (!(modifiers & (Qt.ShiftModifier | Qt.ControlModifier)))
-                    strip.files.clearSelection();
+                if (modifiers & (Qt.ShiftModifier | Qt.ControlModifier))
+                    return;
+                strip.files.clearSelection();
+                strip.playAtOnce();
             }
             onDragRequested: place => fileDrag.begin(index, this, place)
             onDragEnded: fileDrag.giveUp()

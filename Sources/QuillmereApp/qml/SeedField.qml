@@ -36,7 +36,7 @@ Item {
         anchors.leftMargin: Theme.inner
         anchors.right: parent.right
         text: seed.character.seedText
-        placeholderText: "random"
+        placeholderText: seed.character.keepsSeed && seed.character.lastSeed.length > 0 ? "as the last run" : "random"
         font.family: Theme.figures
         tip: seed.help
         Accessible.name: "Seed"
@@ -90,6 +90,24 @@ Item {
             iconName: "arrow.uturn.backward"
             text: "Use the seed of the last run again"
             onClicked: seed.character.reuseSeed()
+        }
+        IconButton {
+            objectName: "keepSeed"
+            focusPolicy: Qt.ClickFocus
+            activeFocusOnTab: false
+            width: 24
+            height: 24
+            iconSize: 14
+            checkable: true
+            checked: seed.character.keepsSeed
+            iconName: seed.character.keepsSeed ? "lock.fill" : "lock.open"
+            ink: seed.character.keepsSeed ? Theme.accent : Theme.secondary
+            text: "Same seed"
+            tip: "The next runs take this seed, too (S), so that what you change is what you hear."
+            onClicked: {
+                seed.character.keepsSeed = !seed.character.keepsSeed;
+                checked = Qt.binding(() => seed.character.keepsSeed);
+            }
         }
     }
 }

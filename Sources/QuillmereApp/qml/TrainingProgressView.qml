@@ -72,7 +72,7 @@ Column {
     LossChart {
         objectName: "lossChart"
         width: parent.width
-        height: 132
+        height: 92
         points: view.model.lossHistory
         steps: view.model.totalSteps
         lineColor: Theme.accent
@@ -84,11 +84,19 @@ Column {
         Accessible.role: Accessible.Chart
         Accessible.name: "Loss by step"
         Accessible.description: description
+
+        HoverHandler {
+            id: chartHover
+        }
+        ToolTip {
+            text: "The loss says how far what is drawn is from the samples: the lower the line, the closer. Listen to hear it."
+            shown: chartHover.hovered
+        }
     }
     // It comes after a few seconds; its place is kept, so that nothing moves.
     Item {
         width: parent.width
-        height: Theme.controlHeight + 4
+        height: Theme.controlHeight + 44
         visible: view.model.step > 0
 
         IconButton {

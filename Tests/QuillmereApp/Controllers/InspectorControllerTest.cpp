@@ -445,6 +445,53 @@ private slots:
         opener.join();
         QVERIFY2(measured < 200, qPrintable(QString::number(measured)));
     }
+
+    void loopsItsSoundIfThatIsWanted() {
+        TestWorld world;
+        Desk desk(world);
+        const CandidateHandle candidate = desk.candidate(hit(500));
+        inspectAndWait(desk, candidate);
+        desk.inspector.finished(candidate->name);
+        QVERIFY(desk.played.isEmpty());
+        desk.inspector.setLoops(true);
+        desk.inspector.finished(QUrl(QStringLiteral("candidate:99")));
+        QVERIFY(desk.played.isEmpty());
+        desk.inspector.finished(candidate->name);
+        QCOMPARE(desk.played, QStringList(candidate->name.toString()));
+        desk.inspector.setOpen(false);
+        desk.inspector.finished(candidate->name);
+        QCOMPARE(desk.played.size(), 1);
+    }
+
+    void whatOthersNeedGoesOnWhenItIsClosed() {
+        TestWorld world;
+        Gate gate;
+        std::atomic<int> measured = 0;
+        holdComparisons(world, gate, measured);
+        Desk desk(world);
+        QSignalSpy made(&desk.inspector, &InspectorController::printsChanged);
+        desk.inspector.makePrints();
+        QVERIFY(desk.inspector.isComparing() && !desk.inspector.prints());
+        desk.inspector.setOpen(false);
+        QVERIFY(desk.inspector.isComparing());
+        gate.open();
+        QTRY_VERIFY(desk.inspector.prints());
+        QCOMPARE(made.count(), 1);
+        desk.inspector.makePrints();  // once
+        QVERIFY(!desk.inspector.isComparing());
+    }
+
+    void saysThatTheCorpusCannotBeCompared() {
+        TestWorld world;
+        world.cutOff("Drums");
+        Desk desk(world);
+        desk.inspector.setOpen(false);
+        QSignalSpy failed(&desk.inspector, &InspectorController::printsFailed);
+        desk.inspector.makePrints();
+        QVERIFY(failed.wait());
+        QVERIFY(failed.first().first().toString().contains("does not answer"));
+        QCOMPARE(desk.told.error, QString());  // nobody looks at a sound
+    }
 };
 
 }  // namespace quillmere::testing

@@ -268,6 +268,69 @@ private slots:
         QCOMPARE(QDir(two.world.path("trash/files")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
         QCOMPARE(two.models().removedName(), QStringLiteral("First"));
     }
+
+    // ---- A model of the same samples
+
+    void aRenamedFolderFindsItsModel() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        QVERIFY(QDir().rename(world.path("Drums"), world.path("Percussion")));
+        prepare(app, world.url("Percussion"));
+        QTRY_COMPARE(app.models()->offered(), world.path("Drums"));
+        QVERIFY(!app.model()->isReady());
+        app.models()->useOffered();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY2(app.model()->isReady(), qPrintable(app.errorMessage()));
+        QCOMPARE(app.models()->offered(), QString());
+    }
+
+    void aCopiedFolderFindsItsModel() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        world.copyFolder("Drums", "Copy");
+        prepare(app, world.url("Copy"));
+        QTRY_COMPARE(app.models()->offered(), world.path("Drums"));
+        // Another folder withdraws it.
+        prepare(app, world.makeCorpus("Bells", 4));
+        QCOMPARE(app.models()->offered(), QString());
+        app.models()->useOffered();
+        QVERIFY(!app.model()->isReady());
+    }
+
+    void otherSamplesOfTheSameNamesAreOthers() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        prepare(app, world.makeCorpus("Others", 3, 0.2));  // as many files of the same names, but longer
+        AppModelProbe::waitForWork(*app.models());
+        deliverEvents();
+        QCOMPARE(app.models()->offered(), QString());
+    }
+
+    void aFolderWithManyMoreIsAnother() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        prepare(app, world.makeCorpus("More", 30));
+        AppModelProbe::waitForWork(*app.models());
+        deliverEvents();
+        QCOMPARE(app.models()->offered(), QString());
+    }
+
+    void learningWithdrawsTheOffer() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        world.copyFolder("Drums", "Copy");
+        prepare(app, world.url("Copy"));
+        QTRY_VERIFY(!app.models()->offered().isEmpty());
+        app.train();
+        QVERIFY(waitUntilIdle(app));
+        QVERIFY(app.model()->isReady());
+        QCOMPARE(app.models()->offered(), QString());
+    }
 };
 
 }  // namespace quillmere::testing

@@ -176,6 +176,17 @@ public:
         return url(name);
     }
 
+    // A folder of files, each copied as it is but for its time.
+    void copyFolder(const QString& from, const QString& to) const {
+        QDir(folder_.path()).mkpath(to);
+        for (const QFileInfo& file : QDir(path(from)).entryInfoList(QDir::Files)) {
+            const std::filesystem::path copy = toPath(path(to) + "/" + file.fileName());
+            std::filesystem::copy_file(toPath(file.filePath()), copy);
+            std::filesystem::last_write_time(
+                copy, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+        }
+    }
+
     static void write(const QString& file, const QByteArray& bytes) {
         QDir().mkpath(QFileInfo(file).path());
         QFile stream(file);

@@ -135,6 +135,10 @@ void Stage::makeFile(const QString& name) {
     TestWorld::write(world_->path(name), "text");
 }
 
+void Stage::copyFolder(const QString& from, const QString& to) {
+    world_->copyFolder(from, to);
+}
+
 void Stage::removeFile(const QUrl& file) {
     QFile::remove(file.toLocalFile());
 }

@@ -43,6 +43,8 @@ public:
     Q_INVOKABLE QUrl makeFolder(const QString& name);
     Q_INVOKABLE void makeFile(const QString& name);
     Q_INVOKABLE void removeFile(const QUrl& file);
+    // A folder of files, each copied as it is but for its time.
+    Q_INVOKABLE void copyFolder(const QString& from, const QString& to);
     Q_INVOKABLE [[nodiscard]] QString path(const QString& name) const { return world_->path(name); }
     Q_INVOKABLE [[nodiscard]] QUrl url(const QString& name) const { return world_->url(name); }
     Q_INVOKABLE [[nodiscard]] QString pathOf(const QUrl& file) const { return file.toLocalFile(); }

@@ -1,0 +1,23 @@
+import QuillmereApp
+
+// What plays by itself.
+Menu {
+    id: menu
+
+    required property PlaybackController playback
+
+    MenuItem {
+        objectName: "playsAtOnce"
+        text: "Play results when they are selected"
+        checkable: true
+        checked: menu.playback.playsAtOnce
+        onTriggered: menu.playback.playsAtOnce = !menu.playback.playsAtOnce
+    }
+    MenuItem {
+        objectName: "followsSliders"
+        text: "Play every change of a slider"
+        checkable: true
+        checked: menu.playback.followsSliders
+        onTriggered: menu.playback.followsSliders = !menu.playback.followsSliders
+    }
+}
