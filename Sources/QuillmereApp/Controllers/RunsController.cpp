@@ -10,6 +10,7 @@
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
@@ -20,9 +21,8 @@ namespace fs = std::filesystem;
 std::vector<JournalRun> runsOfCorpus(const CorpusSummary& corpus, const std::optional<fs::path>& journal,
                                      const std::stop_token& stop) {
     if (!journal) return {};
-    return runsOf(
-        {.name = toQString(corpus.directory.filename()).toStdString(), .fingerprint = corpus.fingerprint()},
-        Journal(*journal), {}, stop);
+    return runsOf({.name = ModelStore::corpusName(corpus.directory), .fingerprint = corpus.fingerprint()},
+                  Journal(*journal), {}, stop);
 }
 
 fs::path pathOf(const JournalEntry& entry) {
