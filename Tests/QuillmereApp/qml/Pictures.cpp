@@ -87,6 +87,10 @@ public:
         results();
         candidates();
         map();
+        selection();
+        earlierRuns();
+        sweep();
+        similar();
         outputInCorpus();
         chooser();
         error();
@@ -285,6 +289,43 @@ private:
         take(QStringLiteral("map-1080p"), {1920, 1080});
         take(QStringLiteral("map-small"), {800, 600});
         app_->map()->setShown(false);
+    }
+    // Three results at once, in two rows.
+    void selection() {
+        if (!isWanted(QStringLiteral("selection"))) return;
+        app_->setOutputText(QStringLiteral("~/Samples/Strokes"));
+        app_->generate();
+        waitUntilIdle();
+        app_->results()->selectRange(1, 3);
+        QTest::qWait(2000);  // how new they are
+        takeBoth(QStringLiteral("selection"));
+        app_->results()->clearSelection();
+    }
+    void earlierRuns() {
+        takeSheet(QStringLiteral("runs"), Qt::Key_H, [&] { return !app_->runs()->isLooking(); });
+    }
+    // One sound along a slider.
+    void sweep() {
+        if (!isWanted(QStringLiteral("sweep"))) return;
+        app_->sweep()->open(QStringLiteral("pitch"));
+        waitUntilIdle();
+        app_->sweep()->play(4);
+        takeBoth(QStringLiteral("sweep"));
+        take(QStringLiteral("sweep-small"), {640, 480});
+        app_->sweep()->close();
+        QTest::qWait(300);
+    }
+    // What is like a sound from elsewhere.
+    void similar() {
+        if (!isWanted(QStringLiteral("similar"))) return;
+        const QString file = QDir(few_.toLocalFile()).entryInfoList(QDir::Files).constFirst().filePath();
+        app_->drops()->drop({QUrl::fromLocalFile(file)});
+        waitFor([&] { return !app_->drops()->foreignName().isEmpty(); });
+        app_->drops()->findSimilar();
+        waitFor([&] { return app_->drops()->isFound(); });
+        takeBoth(QStringLiteral("similar"));
+        press(Qt::Key_Escape);
+        QTest::qWait(300);
     }
     void outputInCorpus() {
         app_->setOutputText(app_->corpusURL().toLocalFile());
