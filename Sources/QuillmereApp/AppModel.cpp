@@ -1,5 +1,6 @@
 #include "QuillmereApp/AppModel.h"
 
+#include <QDir>
 #include <algorithm>
 #include <utility>
 
@@ -29,7 +30,9 @@ AppModel::AppModel(Environment environment, QObject* parent)
       candidates_(environment_, candidatesLinks()),
       inspector_(environment_),
       files_(environment_, preferences_),
-      runs_(environment_, [this](const Aesthetics& values) { return character_.presets()->nameOf(values); }),
+      runs_(
+          environment_, [this](const Aesthetics& values) { return character_.presets()->nameOf(values); },
+          [this] { return model_.generator(); }),
       measures_(environment_, {.prints = [this] { return inspector_.prints(); },
                                .makePrints = [this] { inspector_.makePrints(); }}),
       drops_(environment_, {.corpus = [this] { return corpus_.summary(); },
@@ -220,12 +223,17 @@ void AppModel::endComparison() {
 
 // ---- What was dropped
 
+void AppModel::takeFolder(const QUrl& folder) {
+    corpus_.canChoose() ? corpus_.choose(folder) : emit notice(Activity::waitNotice());
+}
+
 void AppModel::takeSound(const KnownSound& sound) {
     if (isBusy()) {
         emit notice(Activity::waitNotice());
         return;
     }
     takeSettings(sound.recipe);
+    offered_.reset();
     const bool isOpen = model_.isReady() && model_.storedFolder() == sound.modelFolder;
     if (isOpen || sound.modelFolder.empty() || sound.corpus.isEmpty()) {
         showTaken(sound);
@@ -235,10 +243,23 @@ void AppModel::takeSound(const KnownSound& sound) {
                                          "the folder of that is gone."));
         return;
     }
-    openModel(QUrl::fromLocalFile(sound.corpus), sound.modelFolder);
+    offered_ = sound;
+    if (!corpus_.isChosen()) {  // nothing is lost
+        openOfferedModel();
+        emit notice(
+            QStringLiteral("This sound was made here: its settings are set again, and its model is opened."));
+        return;
+    }
+    showTaken(sound);
+    emit notice(QStringLiteral("This sound was made here: its settings are set again."));
+    emit modelOffered(QDir(sound.corpus).dirName());
+}
+
+void AppModel::openOfferedModel() {
+    const std::optional<KnownSound> sound = std::exchange(offered_, std::nullopt);
+    if (!sound || !corpus_.canChoose()) return;
+    openModel(QUrl::fromLocalFile(sound->corpus), sound->modelFolder);
     awaited_ = sound;
-    emit notice(
-        QStringLiteral("This sound was made here: its settings are set again, and its model is opened."));
 }
 
 void AppModel::showTaken(const KnownSound& sound) {
@@ -262,9 +283,10 @@ void AppModel::sortResults(int order) {
 
 // As they were when a sound was made.
 void AppModel::takeSettings(const Recipe& recipe) {
-    character_.take(recipe.aesthetics);
-    character_.setSeedText(QString::number(recipe.seed));
-    output_.setDetail(recipe.detail);
+    character_.take(recipe.aesthetics,
+                    {.before = {.seedText = character_.seedText(), .detail = output_.detail()},
+                     .after = {.seedText = QString::number(recipe.seed), .detail = recipe.detail}});
+    generation_.forgetOrigins();
 }
 
 void AppModel::inspectCandidate(int row) {

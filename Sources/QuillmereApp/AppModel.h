@@ -123,6 +123,8 @@ public:
     Q_INVOKABLE void endComparison();
     // The rows of the results in that order (ResultsModel::Order).
     Q_INVOKABLE void sortResults(int order);
+    // The model of the sound that was dropped last, if it is not open; the results make room for that sound.
+    Q_INVOKABLE void openOfferedModel();
     // The last audition once more, with detail if it had none, else without; what follows is made the same
     // way. While something runs, nothing happens but notice().
     Q_INVOKABLE void compareDetail();
@@ -194,6 +196,8 @@ signals:
     void errorMessageChanged();
     // A sound that was dropped is one of the results now.
     void soundTaken(const QUrl& file);
+    // It was made by another model, which openOfferedModel() opens; corpus: the name of its folder.
+    void modelOffered(const QString& corpus);
     // A sentence that is no failure: shown in passing and announced, never in the error banner.
     void notice(const QString& text);
 
@@ -211,6 +215,7 @@ private:
     void connectMeasures();
     void connectDrops();
     void connectSliders();
+    void takeFolder(const QUrl& folder);
     void takeSound(const KnownSound& sound);
     void showTaken(const KnownSound& sound);
     void showAwaitedSound();
@@ -255,6 +260,7 @@ private:
     KitController kits_;
     SweepController sweep_;
     QTimer followSoon_;                  // a slider has moved
+    std::optional<KnownSound> offered_;  // whose model is not open
     std::optional<KnownSound> awaited_;  // whose model is being opened
     Session session_;
 };

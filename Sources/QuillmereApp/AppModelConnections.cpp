@@ -121,14 +121,19 @@ void AppModel::connectMeasures() {
             &MeasuresController::comparisonChanged);
     connect(&measures_, &MeasuresController::changed, generation_.results(), &ResultsModel::measuresChanged);
     connect(&measures_, &MeasuresController::changed, candidates_.list(), &CandidatesModel::measuresChanged);
+    connect(&measures_, &MeasuresController::settled, generation_.results(), &ResultsModel::measuresSettled);
+    connect(&inspector_, &InspectorController::printsFailed, &measures_,
+            &MeasuresController::comparisonFailed);
+    connect(&candidates_, &CandidatesController::removed, &measures_, &MeasuresController::forget);
 }
 
 void AppModel::connectDrops() {
-    connect(&drops_, &DropsController::folderDropped, &corpus_, &CorpusController::choose);
+    connect(&drops_, &DropsController::folderDropped, this, &AppModel::takeFolder);
     connect(&drops_, &DropsController::soundDropped, this, &AppModel::takeSound);
     connect(&inspector_, &InspectorController::printsChanged, &drops_, &DropsController::comparisonChanged);
     connect(&inspector_, &InspectorController::printsFailed, &drops_, &DropsController::comparisonFailed);
     connect(&model_, &ModelController::bundleChanged, this, &AppModel::showAwaitedSound);
+    connect(&character_, &CharacterController::detailWanted, &output_, &OutputController::setDetail);
     connect(&kits_, &KitController::isMakingChanged, this, &AppModel::activityOfControllersChanged);
     connect(&kits_, &KitController::made, &output_, &OutputController::look);
 }
@@ -158,6 +163,7 @@ GenerationController::Links AppModel::generationLinks() {
                                        .seed = seed ? *seed : character_.drawSeed(),
                                        .detail = output_.detail()};
             },
+        .presentSeed = [this] { return character_.presentSeed(); },
         .generator = [this] { return model_.preparedGenerator(); },
         .preview = [this] { return model_.preview(); },
         .cancelPreview = [this] { model_.cancelPreview(); },

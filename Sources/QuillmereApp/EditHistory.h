@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstddef>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -9,10 +10,24 @@
 
 namespace quillmere {
 
+// What is set beside the parameters where all settings of a sound are taken at once.
+struct SoundSettings {
+    QString seedText;
+    double detail = 0;
+};
+
+// The settings before that and after it.
+struct TakenSettings {
+    SoundSettings before;
+    SoundSettings after;
+};
+
 // The parameters as the user sees them.
 struct Character {
     Aesthetics aesthetics;
     QString presetName;  // the preset they came from; empty when none
+    // Of the step that led here; null for all others.
+    std::shared_ptr<const TakenSettings> taken{};
 
     friend bool operator==(const Character&, const Character&) = default;
 };

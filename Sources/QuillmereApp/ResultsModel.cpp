@@ -355,8 +355,11 @@ void ResultsModel::setMeasures(std::function<SoundMeasure(const QUrl& file)> mea
     measureOf_ = std::move(measureOf);
 }
 
-void ResultsModel::measuresChanged() {
+void ResultsModel::measuresSettled() {
     if (order_ == ByBrightness || order_ == ByNovelty) showWanted();
+}
+
+void ResultsModel::measuresChanged() {
     if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole});
 }
 

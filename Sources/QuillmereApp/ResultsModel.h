@@ -94,9 +94,11 @@ public:
     // How favourites are known. favouritesChanged: some are others now.
     void setFavourites(std::function<bool(const QUrl& file)> isFavourite);
     void favouritesChanged();
-    // How bright and how new they are; what is not known yet is found out, and measuresChanged follows.
+    // How bright and how new they are; what is not known yet is found out, and measuresChanged follows. The
+    // rows get their new places with measuresSettled.
     void setMeasures(std::function<SoundMeasure(const QUrl& file)> measureOf);
     void measuresChanged();
+    void measuresSettled();
     void hold() { ++holds_; }
     void release();
     void setPlaying(const QUrl& url);

@@ -403,10 +403,12 @@ private slots:
         sortable.model.setOrder(ResultsModel::ByNovelty);
         QCOMPARE(sortable.labels(), QStringList({"c", "a", "d", "b"}));
         QCOMPARE(reset.count(), 1);
-        sortable.model.measuresChanged();
+        sortable.model.measuresSettled();
         QCOMPARE(reset.count(), 1);
         sortable.measures["b"].novelty = 0.1;
-        sortable.model.measuresChanged();
+        sortable.model.measuresChanged();  // no new places before it is over
+        QCOMPARE(reset.count(), 1);
+        sortable.model.measuresSettled();
         QCOMPARE(sortable.labels().first(), QStringLiteral("b"));
     }
 

@@ -51,12 +51,22 @@ void CharacterController::endEdit() {
 
 void CharacterController::undo() {
     endComparison();
-    if (history_.undo()) show();
+    const auto taken = history_.current().taken;
+    if (!history_.undo()) return;
+    show();
+    if (taken) set(taken->before);
 }
 
 void CharacterController::redo() {
     endComparison();
-    if (history_.redo()) show();
+    if (!history_.redo()) return;
+    show();
+    if (const auto taken = history_.current().taken) set(taken->after);
+}
+
+void CharacterController::set(const SoundSettings& settings) {
+    setSeedText(settings.seedText);
+    emit detailWanted(settings.detail);
 }
 
 // The history itself goes back and forth: nothing is between the two.
@@ -75,9 +85,11 @@ void CharacterController::endComparison() {
     emit isComparingChanged();
 }
 
-void CharacterController::take(const Aesthetics& values) {
+void CharacterController::take(const Aesthetics& values, const TakenSettings& settings) {
     const QString preset = presets_.nameOf(values);
-    change({values, preset.isEmpty() ? presetName() : preset});
+    change(
+        {values, preset.isEmpty() ? presetName() : preset, std::make_shared<const TakenSettings>(settings)});
+    set(settings.after);
 }
 
 void CharacterController::randomise(double amount) {

@@ -45,8 +45,8 @@ public:
     Q_INVOKABLE void endEdit();
     Q_INVOKABLE void undo();
     Q_INVOKABLE void redo();
-    // These values, which may be those of a preset, as one edit.
-    void take(const Aesthetics& values);
+    // These values, which may be those of a preset, with the seed and the detail of a sound, as one edit.
+    void take(const Aesthetics& values, const TakenSettings& settings);
     // The state before the last edit, until endComparison; an edit meanwhile ends it, too. False when there
     // is none before.
     bool beginComparison();
@@ -105,6 +105,8 @@ signals:
     void isComparingChanged();
     void keepsSeedChanged();
     void presetSaved(const QString& name);
+    // By settings that are taken, and where that is undone or redone.
+    void detailWanted(double detail);
 
 private:
     friend struct AppModelProbe;  // for tests
@@ -112,6 +114,7 @@ private:
     void edit(const Aesthetics& aesthetics);
     void change(Character next);
     void show();
+    void set(const SoundSettings& settings);
     [[nodiscard]] std::optional<std::uint64_t> typedSeed() const;
     [[nodiscard]] std::uint64_t seedOfRun(bool keeps);
 

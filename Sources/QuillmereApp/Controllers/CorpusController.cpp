@@ -100,14 +100,6 @@ void CorpusController::scanAgain() {
     scan();
 }
 
-void CorpusController::drop(const QList<QUrl>& urls) {
-    if (canChoose()) {
-        takeDropped(tasks_, urls, [this](const QString& path) { choose(QUrl::fromLocalFile(path)); });
-    } else {
-        emit notice(Activity::waitNotice());
-    }
-}
-
 void CorpusController::openChooser() {
     if (!canChoose()) return;
     const QString start = isChosen() ? QFileInfo(url_.toLocalFile()).path() : environment().homeFolder;

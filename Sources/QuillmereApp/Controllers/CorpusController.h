@@ -62,8 +62,6 @@ public:
     // Scans the folder again; everything but the results of the last generation begins anew. Does nothing
     // without a folder and when choose is refused.
     Q_INVOKABLE void scanAgain();
-    // Chooses what was dropped if it is one folder; a notice says why it is not taken otherwise.
-    Q_INVOKABLE void drop(const QList<QUrl>& urls);
     // Asks the window for a folder chooser (chooserRequested), which answers with choose. It starts beside
     // the corpus; before the first one at home.
     Q_INVOKABLE void openChooser();

@@ -280,7 +280,9 @@ void GenerationController::follow() {
         return;
     }
     if (!supplies_.hasModel || activity().isBusy()) return;
-    startAudition(links_.auditionRequest(auditionedSeed_), links_.generator(), auditionedOrigin_);
+    const std::uint64_t seed = links_.presentSeed();
+    const Origin origin = seed == auditionedSeed_ ? auditionedOrigin_ : Origin();
+    startAudition(links_.auditionRequest(seed), links_.generator(), origin);
 }
 
 void GenerationController::startAudition(const AuditionRequest& request, const PreparedGenerator& generator,

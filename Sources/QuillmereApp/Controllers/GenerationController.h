@@ -60,6 +60,7 @@ public:
         std::function<std::optional<QUrl>()> outputFolder;
         std::function<GenerationRequest(const QUrl& outputFolder)> generationRequest;
         std::function<AuditionRequest(std::optional<std::uint64_t> seed)> auditionRequest;
+        std::function<std::uint64_t()> presentSeed;    // of what is compared with the last run
         std::function<PreparedGenerator()> generator;  // of the model, which is there
         std::function<PreparedGenerator()> preview;    // of the model, or of what there is before it
         std::function<void()> cancelPreview;

@@ -53,6 +53,8 @@ struct KitController::Work {
     std::shared_ptr<const FolderLooks> looks;
     Noting noting;
     KitFolder::Progress progress;
+    // The folder of a kit that was begun and could not be finished.
+    std::shared_ptr<fs::path> left = std::make_shared<fs::path>();
 };
 
 KitController::KitController(const Environment& environment, Links links)
@@ -109,6 +111,7 @@ void KitController::begin(Work work) {
     emit progressed();
     cancel_ = std::make_shared<CancelFlag>();
     emit isMakingChanged();
+    const auto left = work.left;
     tasks_.run([work = std::move(work), stop = cancel_->token()] { return makeIn(work, stop); },
                [this](const Made& kit) {
                    ended();
@@ -117,9 +120,12 @@ void KitController::begin(Work work) {
                    if (!kit.noteProblem.isEmpty()) emit notice(kit.noteProblem);
                    emit made(toUrl(kit.folder));
                },
-               [this](const TaskFailure& failure) {
+               [this, left](const TaskFailure& failure) {
                    ended();
                    report(failure);
+                   if (left->empty()) return;
+                   emit notice(QStringLiteral("The kit is not complete: %1")
+                                   .arg(Folders::displayed(toQString(*left), environment().homeFolder)));
                });
 }
 
@@ -136,12 +142,18 @@ KitController::Made KitController::makeIn(const Work& work, const std::stop_toke
                    .carriers = work.noting.carriers(noteProblem)},
                   work.progress);
     const std::string device = recipeBaseOf(*generator, work.device).device;
-    for (KitFolder::Chosen sound : work.sounds) {
-        throwIfCancelled(stop);
-        sound.parents = {fileDigest(sound.source, stop)};
-        kit.addInstrument(sound, *generator, device, stop);
+    try {
+        for (KitFolder::Chosen sound : work.sounds) {
+            throwIfCancelled(stop);
+            sound.parents = {fileDigest(sound.source, stop)};
+            kit.addInstrument(sound, *generator, device, stop);
+        }
+        kit.finish();
+    } catch (...) {
+        std::error_code ignored;
+        if (fs::exists(kit.folder(), ignored)) *work.left = kit.folder();
+        throw;
     }
-    kit.finish();
     if (noteProblem.isEmpty() && kit.journalProblem()) noteProblem = Noting::notNoted(*kit.journalProblem());
     return {.folder = kit.folder(), .noteProblem = noteProblem};
 }

@@ -46,14 +46,20 @@ MeasuresController::MeasuresController(const Environment& environment, Links lin
     : Controller(environment), links_(std::move(links)) {
     announceSoon_.setSingleShot(true);
     announceSoon_.setInterval(250ms);
-    connect(&announceSoon_, &QTimer::timeout, this, &MeasuresController::changed);
+    connect(&announceSoon_, &QTimer::timeout, this, &MeasuresController::announce);
     connect(this, &Controller::activityChanged, this, &MeasuresController::goOn);
 }
 
 void MeasuresController::setCorpus(const std::shared_ptr<const CorpusSummary>& corpus) {
     corpusFiles_ = corpus ? corpus->files.size() : 0;
+    // Nobody looks at the sounds of another folder any more, or they are measured once more.
+    if (corpus && std::exchange(corpusFolder_, corpus->directory) != corpus->directory) {
+        known_.clear();
+        waiting_.clear();
+    }
     isAsked_ = false;
     hasWanted_ = false;
+    hasFailed_ = false;
     comparisonChanged();
 }
 
@@ -62,7 +68,10 @@ void MeasuresController::comparisonChanged() {
     const CorpusPrints* const prints = links_.prints().get();
     for (auto known = known_.begin(); known != known_.end(); ++known) {
         if (known->comparedWith == prints) continue;
-        if (!prints) known->measure.novelty = -1;
+        if (!prints) {
+            known->measure.novelty = -1;
+            known->comparedWith = nullptr;
+        }
         if (prints && known->print && !std::exchange(known->isWaiting, true))
             waiting_.push_back({.url = known.key(), .sound = {}});
     }
@@ -70,9 +79,27 @@ void MeasuresController::comparisonChanged() {
     goOn();
 }
 
+void MeasuresController::comparisonFailed(const QString& reason) {
+    hasFailed_ = true;
+    if (std::exchange(isAsked_, false)) emit errorRaised(reason);
+}
+
 void MeasuresController::compareAnyway() {
     isAsked_ = true;
+    if (std::exchange(hasFailed_, false)) hasWanted_ = false;
     wantComparison();
+}
+
+void MeasuresController::forget(const QUrl& name) {
+    const auto known = known_.constFind(name);
+    if (known != known_.cend() && !known->isWaiting) known_.erase(known);
+}
+
+void MeasuresController::announce() {
+    emit changed();
+    if (isMeasuring_ && sinceSettled_.isValid() && !sinceSettled_.hasExpired(5000)) return;
+    sinceSettled_.start();
+    emit settled();
 }
 
 SoundMeasure MeasuresController::of(const QUrl& file) {
@@ -104,8 +131,9 @@ void MeasuresController::wantComparison() {
 
 void MeasuresController::goOn() {
     isDue_ = false;
-    if (isMeasuring_ || waiting_.empty() || activity().isBusy()) return;
-    wantComparison();
+    if (isMeasuring_ || activity().isBusy()) return;
+    if (isAsked_ || !waiting_.empty()) wantComparison();
+    if (waiting_.empty()) return;
     isMeasuring_ = true;
     const Job job = std::move(waiting_.front());
     waiting_.pop_front();

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QHash>
+#include <QString>
 #include <QTimer>
 #include <QUrl>
 #include <cstddef>
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -36,8 +39,12 @@ public:
     // What new sounds are compared with: another corpus, or other prints of it.
     void setCorpus(const std::shared_ptr<const CorpusSummary>& corpus);
     void comparisonChanged();
+    // The prints cannot be made.
+    void comparisonFailed(const QString& reason);
     // Somebody wants to know how new the sounds are, however long it takes.
     void compareAnyway();
+    // A sound is gone for good.
+    void forget(const QUrl& name);
 
     // What is known of a sound; what is not is measured, and changed() follows.
     [[nodiscard]] SoundMeasure of(const QUrl& file);
@@ -47,6 +54,8 @@ public:
 signals:
     // Some sounds are known better now.
     void changed();
+    // The same less often: nothing more is being measured, or that takes long.
+    void settled();
 
 private:
     friend struct AppModelProbe;  // for tests
@@ -64,6 +73,7 @@ private:
     };
 
     [[nodiscard]] SoundMeasure find(const QUrl& url, const PlayableSound& sound);
+    void announce();
     void goOn();
     void wantComparison();
 
@@ -71,11 +81,14 @@ private:
     std::size_t corpusFiles_ = 0;
     bool isAsked_ = false;    // whatever the size of the corpus
     bool hasWanted_ = false;  // prints of the present corpus
+    bool hasFailed_ = false;  // these cannot be made
+    std::filesystem::path corpusFolder_;
     QHash<QUrl, Known> known_;
     std::deque<Job> waiting_;
     bool isMeasuring_ = false;
     bool isDue_ = false;  // goOn is to be called
     QTimer announceSoon_;
+    QElapsedTimer sinceSettled_;
     BackgroundTasks tasks_{1};  // last: its destructor waits for work that knows the members above
 };
 

@@ -10,6 +10,7 @@
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Failure.h"
 
@@ -18,10 +19,12 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::vector<JournalRun> runsOfCorpus(const CorpusSummary& corpus, const std::optional<fs::path>& journal,
-                                     const std::stop_token& stop) {
+std::vector<JournalRun> runsOfCorpus(const CorpusSummary& corpus, const SampleGenerator* model,
+                                     const std::optional<fs::path>& journal, const std::stop_token& stop) {
     if (!journal) return {};
-    return runsOf({.name = ModelStore::corpusName(corpus.directory), .fingerprint = corpus.fingerprint()},
+    return runsOf({.name = ModelStore::corpusName(corpus.directory),
+                   .fingerprint = corpus.fingerprint(),
+                   .model = model ? modelIdentity(model->bundle()) : std::string()},
                   Journal(*journal), {}, stop);
 }
 
@@ -76,8 +79,8 @@ QString dateText(const std::string& made) {
 
 }  // namespace
 
-RunsController::RunsController(const Environment& environment, PresetNamer presetOf)
-    : Controller(environment), presetOf_(std::move(presetOf)) {}
+RunsController::RunsController(const Environment& environment, PresetNamer presetOf, PresentModel model)
+    : Controller(environment), presetOf_(std::move(presetOf)), model_(std::move(model)) {}
 
 RunsController::~RunsController() {
     cancel();
@@ -110,8 +113,8 @@ void RunsController::look() {
     if (!canShow()) return;
     cancel();
     setLooking(std::make_shared<CancelFlag>());
-    tasks_.run([corpus = corpus_, journal = environment().journalFile,
-                stop = cancel_->token()] { return runsOfCorpus(*corpus, journal, stop); },
+    tasks_.run([corpus = corpus_, model = model_(), journal = environment().journalFile,
+                stop = cancel_->token()] { return runsOfCorpus(*corpus, model.get(), journal, stop); },
                [this, wanted = cancel_](std::vector<JournalRun> runs) {
                    if (wanted->isCancelled()) return;
                    setLooking(nullptr);

@@ -10,6 +10,7 @@
 #include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/Controllers/Candidate.h"
 #include "QuillmereApp/Controllers/Controller.h"
+#include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Origin/Runs.h"
 
@@ -29,8 +30,11 @@ class RunsController : public Controller {
 public:
     using PresetNamer = std::function<QString(const Aesthetics& values)>;
 
+    // The model that is in use; null for none.
+    using PresentModel = std::function<std::shared_ptr<const SampleGenerator>()>;
+
     // presetOf: the name of a preset with just these values; empty for none.
-    RunsController(const Environment& environment, PresetNamer presetOf);
+    RunsController(const Environment& environment, PresetNamer presetOf, PresentModel model);
     ~RunsController() override;
 
     // What was scanned; null while there is nothing. The runs of another one are forgotten.
@@ -69,6 +73,7 @@ private:
     [[nodiscard]] QVariantMap shown(const JournalRun& run) const;
 
     const PresetNamer presetOf_;
+    const PresentModel model_;
     std::shared_ptr<const CorpusSummary> corpus_;
     bool isLooking_ = false;
     std::shared_ptr<CancelFlag> cancel_;  // of the newest look or opening

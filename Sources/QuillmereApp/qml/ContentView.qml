@@ -83,7 +83,11 @@ FocusScope {
             y: parent ? Math.round((parent.height - height) / 2) : 0
         }
     }
-    // While B is held: the state before.
+    // While B is held: the state before. What opens meanwhile gets the present one.
+    onActiveFocusChanged: {
+        if (!activeFocus)
+            app.endComparison();
+    }
     Keys.onReleased: event => {
         if (event.key === Qt.Key_B && !event.isAutoRepeat && app.character.isComparing)
             app.endComparison();
@@ -126,7 +130,7 @@ FocusScope {
     Keys.onPressed: event => {
         if (event.key === Qt.Key_B && event.modifiers === Qt.NoModifier && !(content.Window.activeFocusItem instanceof TextInput)) {
             event.accepted = true;
-            if (!event.isAutoRepeat)
+            if (!event.isAutoRepeat && character.visible)
                 app.beginComparison();
             return;
         }

@@ -94,6 +94,7 @@ Rectangle {
         text: tile.isPlaying ? "Stop" : "Play"
         Accessible.name: text + " " + tile.fileName
         onClicked: {
+            tile.app.generation.results.clearSelection();
             tile.selectRequested(Qt.NoModifier);
             tile.app.playback.togglePlay(tile.url);
         }

@@ -45,6 +45,7 @@ Rectangle {
         const row = files.rowOf(file);
         if (row < 0)
             return;
+        files.clearSelection();
         list.currentIndex = row;
         list.positionViewAtIndex(row, GridView.Contain);
     }
@@ -157,7 +158,10 @@ Rectangle {
 
         Keys.onReturnPressed: strip.togglePlay()
         Keys.onEnterPressed: strip.togglePlay()
-        Keys.onDeletePressed: strip.app.trashResults(currentIndex)
+        Keys.onDeletePressed: event => {
+            if (!event.isAutoRepeat)
+                strip.app.trashResults(currentIndex);
+        }
         onMoved: {
             strip.files.clearSelection();
             strip.playAtOnce();
@@ -213,16 +217,8 @@ Rectangle {
         anchors.verticalCenter: heading.verticalCenter
         visible: strip.files.total > 0
 
-        IconButton {
-            id: sort
-            objectName: "sortResults"
-            iconName: "arrow.up.arrow.down"
-            ink: strip.files.order === ResultsModel.AsMade ? Theme.secondary : Theme.accent
-            text: "Sort the results"
-            onClicked: {
-                sortMenu.active = true;
-                (sortMenu.item as SortMenu).popup(sort, 0, sort.height + Theme.tight);
-            }
+        SortButton {
+            app: strip.app
         }
         IconButton {
             objectName: "onlyFavourites"
@@ -238,14 +234,6 @@ Rectangle {
             text: "Make a kit for samplers"
             tip: "A kit for samplers of the selected sounds, each with three close variations"
             onClicked: strip.app.makeKit(list.currentIndex)
-        }
-    }
-    Loader {
-        id: sortMenu
-        active: false
-        visible: false
-        sourceComponent: SortMenu {
-            app: strip.app
         }
     }
     // Other rows: the selection stays with its file.

@@ -28,6 +28,7 @@ Sheet {
         earlier.look();
         list.forceActiveFocus(Qt.OtherFocusReason);
     }
+    onAboutToHide: earlier.cancel()
 
     Label {
         id: summary

@@ -43,6 +43,23 @@ Item {
         }
     }
     Connections {
+        target: sheets.app
+
+        function onModelOffered(corpus) {
+            offer.active = true;
+            const dialog = offer.item as ModelOfferDialog;
+            dialog.corpus = corpus;
+            dialog.open();
+        }
+    }
+    Loader {
+        id: offer
+        active: false
+        sourceComponent: ModelOfferDialog {
+            app: sheets.app
+        }
+    }
+    Connections {
         target: sheets.app.drops
 
         function onForeignDropped() {

@@ -63,7 +63,7 @@ T.Popup {
                 popup.sweep.togglePlay(popup.current);
             else if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
                 popup.sweep.take(popup.current);
-            else if (event.key === Qt.Key_R)
+            else if (event.key === Qt.Key_R && !event.isAutoRepeat)
                 popup.close();
             else
                 event.accepted = false;

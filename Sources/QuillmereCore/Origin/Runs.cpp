@@ -23,7 +23,7 @@ std::string member(std::string_view key, const std::string& text) {
 
 // All that the files of a run have in common.
 using Sameness = std::tuple<std::string, std::uint64_t, std::string, double, OutputFormat, std::string,
-                            std::string, std::string>;
+                            std::vector<std::string>, std::string, std::string>;
 
 Sameness samenessOf(const JournalEntry& entry) {
     const Recipe& recipe = entry.recipe;
@@ -33,6 +33,7 @@ Sameness samenessOf(const JournalEntry& entry) {
             recipe.detail,
             recipe.format,
             recipe.lineage ? recipe.lineage->way : std::string(),
+            recipe.lineage ? recipe.lineage->parents : std::vector<std::string>(),
             recipe.device,
             entry.file.substr(0, entry.file.rfind('/') + 1)};
 }
@@ -44,7 +45,7 @@ public:
 
     void take(Journal::Line line) {
         if (auto* const set = std::get_if<JournalSet>(&line)) {
-            begin({.run = {.files = {}, .set = std::move(*set)}, .indices = {}, .sameness = {}});
+            begin({.run = {.files = {}, .set = std::move(*set)}, .files = {}, .indices = {}, .sameness = {}});
         } else {
             takeFile(std::move(std::get<JournalEntry>(line)));
         }
@@ -54,17 +55,27 @@ public:
     [[nodiscard]] std::vector<JournalRun> finish() {
         std::vector<JournalRun> runs;
         for (Open& open : runs_) {
+            for (File& file : open.files) {
+                // A name that was used again is that of the newer file.
+                if (newest_.at(file.entry.file) == file.number)
+                    open.run.files.push_back(std::move(file.entry));
+            }
             std::ranges::stable_sort(open.run.files, {},
                                      [](const JournalEntry& file) { return file.recipe.index; });
-            runs.push_back(std::move(open.run));
+            if (open.run.set || !open.run.files.empty()) runs.push_back(std::move(open.run));
         }
         std::ranges::reverse(runs);
         return runs;
     }
 
 private:
+    struct File {
+        JournalEntry entry;
+        std::size_t number = 0;  // in the order of the lines
+    };
     struct Open {
-        JournalRun run;
+        JournalRun run;           // its files come last
+        std::vector<File> files;  // as they were written
         std::set<std::int64_t> indices;
         Sameness sameness;
     };
@@ -77,19 +88,21 @@ private:
         const auto known = open_.find(sameness);
         // The same once more is another run.
         const bool goesOn = known != open_.end() && !known->second->indices.contains(entry.recipe.index);
-        const Place run = goesOn
-                              ? known->second
-                              : begin({.run = {.files = {}, .set = {}}, .indices = {}, .sameness = sameness});
+        const Place run =
+            goesOn
+                ? known->second
+                : begin({.run = {.files = {}, .set = {}}, .files = {}, .indices = {}, .sameness = sameness});
         open_.insert_or_assign(std::move(sameness), run);
         run->indices.insert(entry.recipe.index);
-        run->run.files.push_back(std::move(entry));
+        newest_.insert_or_assign(entry.file, ++lines_);
+        run->files.push_back({std::move(entry), lines_});
         ++files_;
     }
 
     void forgetOldest() {
         while (runs_.size() > limits_.runs || (files_ > limits_.files && runs_.size() > 1)) {
             const Place oldest = runs_.begin();
-            files_ -= oldest->run.files.size();
+            files_ -= oldest->files.size();
             const auto known = open_.find(oldest->sameness);
             if (known != open_.end() && known->second == oldest) open_.erase(known);
             runs_.erase(oldest);
@@ -99,6 +112,8 @@ private:
     const RunsLimits limits_;
     std::list<Open> runs_;  // oldest first
     std::map<Sameness, Place> open_;
+    std::map<std::string, std::size_t> newest_;  // by its path: the number of the newest file
+    std::size_t lines_ = 0;
     std::size_t files_ = 0;
 };
 
@@ -108,11 +123,13 @@ std::vector<JournalRun> runsOf(const RunsCorpus& corpus, const Journal& journal,
                                const std::stop_token& stop) {
     const std::string name = member("corpus", corpus.name);
     const std::string fingerprint = member("fingerprint", corpus.fingerprint);
+    const std::string model = member("identity", corpus.model);
     Grouping runs(limits);
     journal.read(
         [&](std::string_view line) {
             return line.find(name) != std::string_view::npos ||
-                   (!corpus.fingerprint.empty() && line.find(fingerprint) != std::string_view::npos);
+                   (!corpus.fingerprint.empty() && line.find(fingerprint) != std::string_view::npos) ||
+                   (!corpus.model.empty() && line.find(model) != std::string_view::npos);
         },
         [&](Journal::Line line) { runs.take(std::move(line)); }, stop);
     return runs.finish();

@@ -21,11 +21,12 @@ struct JournalRun {
     [[nodiscard]] const std::string& made() const { return set ? set->made : files.front().written; }
 };
 
-// The corpus whose runs are wanted. Either of the two is enough: a folder that has other files by now has
-// another fingerprint, one that was renamed another name.
+// The corpus whose runs are wanted. Any of these is enough: a folder that has other files by now has another
+// fingerprint, one that was renamed another name, and one that was copied may use the model of the other one.
 struct RunsCorpus {
     std::string name;
-    std::string fingerprint;
+    std::string fingerprint;  // or empty
+    std::string model{};      // modelIdentity of the one that is in use, or empty
 };
 
 struct RunsLimits {
@@ -35,7 +36,8 @@ struct RunsLimits {
 
 // The runs with models of a corpus, newest first, as many of the newest as the limits allow. Files are of one
 // run that one after the other have the same model, seed, parameters, detail, format and folder, each with an
-// index of its own. Throws as Journal::find.
+// index of its own. Of several files that had one name after another only the newest is there. Throws as
+// Journal::find.
 [[nodiscard]] std::vector<JournalRun> runsOf(const RunsCorpus& corpus, const Journal& journal,
                                              const RunsLimits& limits = {}, const std::stop_token& stop = {});
 

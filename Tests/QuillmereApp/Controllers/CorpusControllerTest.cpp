@@ -394,10 +394,8 @@ private slots:
         world.cutOff("dead");
         const QUrl alive = world.makeCorpus("alive");
         Opener opener(world);
-        for (int i = 0; i < 50; ++i) {
+        for (int i = 0; i < 50; ++i)
             opener.corpus.choose(world.url("dead"));
-            opener.corpus.drop({world.url("dead")});
-        }
         opener.corpus.choose(alive);
         QVERIFY(waitUntilScanned(opener.corpus));
         QCOMPARE(opener.corpus.fileCount(), 3);
@@ -462,7 +460,7 @@ private slots:
         QCOMPARE(opener.corpus.variations(), 0);
     }
 
-    // ---- Links and drops
+    // ---- Links
 
     void theFolderAboveALinkIsThatOfWhatItLeadsTo() {
         TestWorld world;
@@ -475,51 +473,6 @@ private slots:
         QCOMPARE(opener.told.error, QString());
         QCOMPARE(opener.corpus.fileCount(), 5);
         QCOMPARE(opener.corpus.name(), QStringLiteral("far"));
-    }
-
-    void takesADroppedFolder() {
-        TestWorld world;
-        const QUrl folder = world.makeCorpus("dropped");
-        Opener opener(world);
-        opener.corpus.drop({folder});
-        QTRY_COMPARE(opener.corpus.url(), folder);
-        QVERIFY(waitUntilScanned(opener.corpus));
-        QVERIFY(opener.told.notices.isEmpty());
-    }
-
-    void saysWhyADropIsNotTaken_data() {
-        QTest::addColumn<QStringList>("names");
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("file") << QStringList{"corpus/hit0.wav"}
-                              << "This is a file, not a folder. Drop the folder that holds it.";
-        QTest::newRow("several") << QStringList{"corpus", "home"}
-                                 << "Drop one folder: the one that holds the samples.";
-        QTest::newRow("text") << QStringList{} << "Drop one folder: the one that holds the samples.";
-        QTest::newRow("nothing") << QStringList{"none"} << "There is no folder %1.";
-    }
-    void saysWhyADropIsNotTaken() {
-        QFETCH(QStringList, names);
-        QFETCH(QString, reason);
-        TestWorld world;
-        world.makeCorpus("corpus");
-        Opener opener(world);
-        QList<QUrl> urls;
-        for (const QString& name : names)
-            urls.append(world.url(name));
-        opener.corpus.drop(urls);
-        if (reason.contains("%1")) reason = reason.arg(world.path(names.first()));
-        QTRY_COMPARE(opener.told.notices, QStringList{reason});
-        QVERIFY(!opener.corpus.isChosen());
-        QCOMPARE(opener.told.error, QString());
-    }
-
-    void aDropWhileTrainingHasToWait() {
-        TestWorld world;
-        const QUrl folder = world.makeCorpus("corpus");
-        Opener opener(world);
-        opener.corpus.setActivity({.isTraining = true});
-        opener.corpus.drop({folder});
-        QCOMPARE(opener.told.notices, QStringList{Activity::waitNotice()});
     }
 };
 

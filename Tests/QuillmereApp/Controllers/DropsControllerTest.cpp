@@ -79,6 +79,7 @@ private slots:
         QTest::addColumn<QString>("sentence");
         QTest::newRow("several") << QStringList({"out/a", "out/b"})
                                  << "Drop one folder: the one that holds the samples.";
+        QTest::newRow("no file") << QStringList() << "Drop one folder: the one that holds the samples.";
         QTest::newRow("text") << QStringList({"notes.txt"})
                               << "This is a file, not a folder. Drop the folder that holds it.";
         QTest::newRow("text called a sound")
@@ -108,9 +109,17 @@ private slots:
         workshop.verifyTaken(workshop.sound);
         QCOMPARE(taken.count(), 1);
         QCOMPARE(workshop.notices, QStringList("This sound was made here: its settings are set again."));
-        // The parameters are an edit like others.
+        // All of it is one step back.
         workshop.app.character()->undo();
         QCOMPARE(workshop.app.presetName(), QStringLiteral("Balanced"));
+        QCOMPARE(workshop.app.seedText(), QString());
+        QCOMPARE(workshop.app.output()->detail(), 0.0);
+        workshop.app.character()->redo();
+        workshop.verifyTaken(workshop.sound);
+        workshop.app.setSeedText("12");
+        workshop.app.apply(*Preset::named("Balanced"));
+        workshop.app.character()->undo();
+        QCOMPARE(workshop.app.seedText(), QStringLiteral("12"));  // nothing of that step
         // A second time it is there already.
         workshop.drops().drop({workshop.sound});
         QTRY_COMPARE(taken.count(), 2);
@@ -127,13 +136,43 @@ private slots:
     void bringsItsModelBack() {
         Workshop workshop;
         prepareTrained(workshop.app, workshop.world.makeCorpus("Bells", 4));
+        QSignalSpy offered(&workshop.app, &AppModel::modelOffered);
         workshop.drops().drop({workshop.sound});
+        QVERIFY(offered.wait());
+        QCOMPARE(offered.first().first().toString(), QStringLiteral("Drums"));
+        workshop.verifyTaken(workshop.sound);
+        QCOMPARE(workshop.app.corpusURL(), workshop.world.url("Bells"));
+        workshop.app.openOfferedModel();
         QTRY_COMPARE(workshop.app.corpusURL(), workshop.world.url("Drums"));
         workshop.wait();
         QVERIFY(workshop.app.model()->isReady());
         workshop.verifyTaken(workshop.sound);
-        QVERIFY(workshop.notices.contains(
-            "This sound was made here: its settings are set again, and its model is opened."));
+        workshop.app.openOfferedModel();  // there is none any more
+        QVERIFY(!workshop.app.corpus()->isScanning());
+    }
+
+    void isOpenedAtOnceWhereNothingIsLost() {
+        Workshop workshop;
+        Environment fresh = workshop.world.environment;
+        fresh.settingsFile = workshop.world.path("fresh.conf");
+        AppModel another(fresh);
+        QVERIFY(!another.corpus()->isChosen());
+        another.drops()->drop({workshop.sound});
+        QTRY_COMPARE(another.corpusURL(), workshop.world.url("Drums"));
+        QTRY_COMPARE(another.results()->count(), 1);
+        QVERIFY(waitUntilIdle(another));
+    }
+
+    void aFolderHasToWaitWhileSomethingRuns() {
+        Workshop workshop;
+        const QUrl other = workshop.world.makeCorpus("Bells", 4);
+        workshop.world.steps = 100000;
+        workshop.app.train();
+        workshop.drops().drop({other});
+        QTRY_VERIFY(workshop.notices.contains(Activity::waitNotice()));
+        QCOMPARE(workshop.app.corpusURL(), workshop.world.url("Drums"));
+        workshop.app.cancel();
+        workshop.wait();
     }
 
     void anOlderModelOfTheFolderIsOpened() {
@@ -146,7 +185,10 @@ private slots:
         workshop.app.train();
         workshop.wait();
         QVERIFY(workshop.app.model()->storedFolder() != older);
+        QSignalSpy offered(&workshop.app, &AppModel::modelOffered);
         workshop.drops().drop({workshop.sound});
+        QVERIFY(offered.wait());
+        workshop.app.openOfferedModel();
         QTRY_COMPARE(workshop.app.model()->storedFolder(), older);
         workshop.verifyTaken(workshop.sound);
     }

@@ -66,6 +66,7 @@ struct Studio {
                 [this](std::optional<std::uint64_t> again) {
                     return AuditionRequest{.aesthetics = aesthetics, .seed = again.value_or(seed)};
                 },
+            .presentSeed = [this] { return seed; },
             .generator = [this]() -> PreparedGenerator {
                 return [this, ready = generator] {
                     holdGenerator.pass();

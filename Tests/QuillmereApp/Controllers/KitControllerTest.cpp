@@ -28,7 +28,9 @@ struct Studio {
         QVERIFY(waitUntilIdle(app));
     }
     [[nodiscard]] QStringList filesIn(const QString& folder) const {
-        return QDir(world.path(folder)).entryList(QDir::Files | QDir::Hidden);
+        QStringList names = QDir(world.path(folder)).entryList(QDir::Files | QDir::Hidden);
+        names.sort();  // in whatever language
+        return names;
     }
 
     TestWorld& world;
@@ -106,6 +108,8 @@ private slots:
         QVERIFY(waitUntilIdle(studio.app));
         QVERIFY(!QFileInfo::exists(world.path("out/Drums_Kit/drumkit.xml")));
         QCOMPARE(studio.told.error, QString());
+        QCOMPARE(studio.told.notices.contains("The kit is not complete: " + world.path("out/Drums_Kit")),
+                 QFileInfo::exists(world.path("out/Drums_Kit")));
     }
 
     void isRefusedWithASentence() {

@@ -6,6 +6,7 @@
 #include "QuillmereApp/Controllers/MeasuresController.h"
 #include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Model/Corpus.h"
 
 namespace quillmere::testing {
@@ -105,6 +106,41 @@ private slots:
         laboratory.measures.compareAnyway();
         laboratory.measures.compareAnyway();
         QCOMPARE(laboratory.printsWanted, 1);
+    }
+
+    void whatWasWantedWhileSomethingRanFollows() {
+        Laboratory laboratory;
+        auto large = *laboratory.corpus;
+        large.files.resize(MeasuresController::mostUnasked + 1, large.files.front());
+        laboratory.measures.setCorpus(std::make_shared<const CorpusSummary>(large));
+        (void)laboratory.known(low, tone(200));
+        laboratory.measures.setActivity({.isTraining = true});
+        laboratory.measures.compareAnyway();
+        QCOMPARE(laboratory.printsWanted, 0);
+        laboratory.measures.setActivity({});
+        QCOMPARE(laboratory.printsWanted, 1);
+    }
+
+    void aComparisonThatFailsIsToldOfWhereItWasWanted() {
+        Laboratory laboratory;
+        Told told(laboratory.measures);
+        (void)laboratory.known(low, tone(200));
+        laboratory.measures.comparisonFailed("Broken.");
+        QCOMPARE(told.error, QString());
+        laboratory.measures.compareAnyway();
+        QCOMPARE(laboratory.printsWanted, 2);
+        laboratory.measures.comparisonFailed("Broken.");
+        QCOMPARE(told.error, QStringLiteral("Broken."));
+    }
+
+    void settlesWhenNothingMoreIsMeasured() {
+        Laboratory laboratory;
+        QSignalSpy settled(&laboratory.measures, &MeasuresController::settled);
+        (void)laboratory.known(low, tone(200));
+        (void)laboratory.known(high, tone(400));
+        QTRY_VERIFY(settled.count() > 0);
+        laboratory.measures.forget(low);
+        QCOMPARE(laboratory.measures.of(low, tone(200)), SoundMeasure());
     }
 
     void withoutACorpusThereIsNothingToCompareWith() {

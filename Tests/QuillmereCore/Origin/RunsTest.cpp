@@ -18,7 +18,9 @@ using testing::TempFolder;
 class EarlierRuns : public ::testing::Test {
 protected:
     // One file of a run.
-    void write(std::uint64_t seed, std::int64_t index, const std::string& file = "/out/a.wav") const {
+    void write(std::uint64_t seed, std::int64_t index, const std::string& where = "/out/") const {
+        const std::string file = where + std::to_string(seed) + "_" + std::to_string(index) + "_" +
+                                 std::to_string(written++) + ".wav";
         JournalEntry entry = sampleEntry('a', 'b', file);
         entry.recipe.seed = seed;
         entry.recipe.index = index;
@@ -39,6 +41,7 @@ protected:
     }
     using Indices = std::vector<std::vector<std::int64_t>>;
 
+    mutable int written = 0;  // each has a name of its own
     const TempFolder folder;
     const Journal journal{folder / "journal.jsonl"};
 };
@@ -76,13 +79,14 @@ TEST_F(EarlierRuns, TheSameOnceMoreIsAnotherRun) {
 }
 
 TEST_F(EarlierRuns, FilesInOtherFoldersOrMadeOtherwiseAreOtherRuns) {
-    write(7, 0, "/out/a.wav");
-    write(7, 1, "/elsewhere/b.wav");
+    write(7, 0);
+    write(7, 1, "/elsewhere/");
     JournalEntry entry = sampleEntry('a', 'b', "/out/c.wav");
     entry.recipe.seed = 7;
     entry.recipe.index = 2;
     entry.recipe.aesthetics.drift += 0.1;
     journal.append(entry);
+    entry.file = "/out/d.wav";
     entry.recipe.index = 3;
     entry.recipe.lineage = Lineage{.way = "like", .parents = {}, .values = {}};
     journal.append(entry);
@@ -91,12 +95,14 @@ TEST_F(EarlierRuns, FilesInOtherFoldersOrMadeOtherwiseAreOtherRuns) {
 
 TEST_F(EarlierRuns, KnowsTheCorpusByItsNameOrItsFiles) {
     write(7, 0);
-    JournalEntry renamed = sampleEntry('a', 'b');
+    JournalEntry renamed = sampleEntry('a', 'b', "/out/renamed.wav");
     renamed.recipe.corpusName = "Another";
     renamed.recipe.seed = 8;
     journal.append(renamed);
     JournalEntry other = renamed;
+    other.file = "/out/other.wav";
     other.recipe.fingerprint = "0";
+    other.recipe.model = std::string(64, 'b');
     journal.append(other);
     const Recipe recipe = sampleRecipe();
     const auto seeds = [&](const RunsCorpus& corpus) {
@@ -109,6 +115,7 @@ TEST_F(EarlierRuns, KnowsTheCorpusByItsNameOrItsFiles) {
     EXPECT_EQ(seeds({"Nobody", recipe.fingerprint}), (std::vector<std::uint64_t>{8, 7}));
     EXPECT_TRUE(seeds({"Nobody", "1"}).empty());
     EXPECT_TRUE(seeds({"Nobody", ""}).empty());
+    EXPECT_EQ(seeds({"Nobody", "", std::string(64, 'b')}), (std::vector<std::uint64_t>{8}));
 }
 
 TEST_F(EarlierRuns, SetsThatWereHeardAreRunsWithoutFiles) {
@@ -120,6 +127,26 @@ TEST_F(EarlierRuns, SetsThatWereHeardAreRunsWithoutFiles) {
     EXPECT_EQ(found.front().set, sampleSet());
     EXPECT_EQ(found.front().recipe(), sampleRecipe());
     EXPECT_EQ(indices(found).back(), (std::vector<std::int64_t>{0}));
+}
+
+TEST_F(EarlierRuns, ANameThatWasUsedAgainIsThatOfTheNewerFile) {
+    const auto append = [&](std::uint64_t seed, std::int64_t index, const char* file) {
+        JournalEntry entry = sampleEntry('a', 'b', file);
+        entry.recipe.seed = seed;
+        entry.recipe.index = index;
+        journal.append(entry);
+    };
+    append(7, 0, "/out/1.wav");
+    append(7, 1, "/out/2.wav");
+    append(8, 0, "/out/1.wav");  // after the first one went to the trash
+    auto found = runs();
+    EXPECT_EQ(indices(found), Indices({{0}, {1}}));
+    EXPECT_EQ(found.back().files.front().file, "/out/2.wav");
+    append(8, 4, "/out/1.wav");  // in the same run
+    EXPECT_EQ(indices(runs()), Indices({{4}, {1}}));
+    append(9, 0, "/out/2.wav");
+    found = runs();
+    EXPECT_EQ(indices(found), Indices({{0}, {4}}));  // nothing is left of the first one
 }
 
 TEST_F(EarlierRuns, TheOldestAreForgotten) {
