@@ -32,6 +32,10 @@ void CharacterController::restore(Character character) {
 
 void CharacterController::change(Character next) {
     endComparison();
+    // What changes nothing is no step.
+    const Character& now = history_.current();
+    if (!next.taken && next.aesthetics == now.aesthetics && next.presetName == now.presetName)
+        next.taken = now.taken;
     history_.change(std::move(next));
     show();
 }

@@ -39,24 +39,32 @@ QString detailOf(const ModelMetadata& metadata) {
            QStringLiteral(" · trained %1 · ").arg(dateText(metadata)) + ModelText::effort(metadata);
 }
 
-// Whether a model was learned from files with the names and, where its own folder is there to be looked at,
-// the sizes of a corpus's.
-bool isOfSameSamples(const ModelMetadata& model, const CorpusSummary& corpus, const FolderLooks& looks) {
+enum class Sameness { none, names, sizes };
+
+// Whether a model was learned from files with the names of a corpus's and, where its own folder is there to
+// be looked at, their sizes.
+Sameness samenessOf(const ModelMetadata& model, const CorpusSummary& corpus, const FolderLooks& looks) {
     constexpr double most = 0.9;  // of the files: silent and unreadable ones are not learned
     const auto learned = static_cast<double>(model.clipNames.size());
-    if (learned < most * static_cast<double>(corpus.files.size())) return false;
+    if (learned < most * static_cast<double>(corpus.files.size())) return Sameness::none;
     std::map<std::string, std::uintmax_t> sizes;
     for (const CorpusFile& file : corpus.files)
         sizes.emplace(file.relativePath, static_cast<std::uintmax_t>(file.size));
     const bool canCompare = looks.at(model.corpusPath).kind == Place::Kind::folder;
-    return std::ranges::all_of(model.clipNames, [&](const std::string& clip) {
+    Sameness sameness = canCompare ? Sameness::sizes : Sameness::names;
+    for (const std::string& clip : model.clipNames) {
         const auto file = sizes.find(clip);
-        if (file == sizes.end()) return false;
-        if (!canCompare) return true;
+        if (file == sizes.end()) return Sameness::none;
+        if (!canCompare) continue;
         std::error_code gone;
         const auto size = std::filesystem::file_size(std::filesystem::path(model.corpusPath) / clip, gone);
-        return gone || size == file->second;
-    });
+        if (gone) {
+            sameness = Sameness::names;
+        } else if (size != file->second) {
+            return Sameness::none;
+        }
+    }
+    return sameness;
 }
 
 }  // namespace
@@ -138,15 +146,22 @@ std::optional<ModelsController::Offer> ModelsController::offerIn(const std::file
                                                                  const FolderLooks& looks,
                                                                  const std::stop_token& stop) {
     const std::string fingerprint = corpus.fingerprint();
+    std::optional<Offer> byNames;
     for (const ModelStore::StoredFolder& stored : ModelStore::list(root)) {
         throwIfCancelled(stop);
         const auto content = stored.holdsModel ? contentOf(stored) : std::variant<ModelMetadata, QString>();
         const ModelMetadata* const model = std::get_if<ModelMetadata>(&content);
         if (!stored.holdsModel || !model) continue;
-        if (model->fingerprint == fingerprint || isOfSameSamples(*model, corpus, looks))
-            return Offer{.name = QString::fromStdString(model->corpusPath), .folder = stored.folder};
+        const Sameness sameness =
+            model->fingerprint == fingerprint ? Sameness::sizes : samenessOf(*model, corpus, looks);
+        if (sameness == Sameness::none) continue;
+        const Offer offer{.name = QString::fromStdString(model->corpusPath),
+                          .folder = stored.folder,
+                          .isByNames = sameness == Sameness::names};
+        if (!offer.isByNames) return offer;
+        if (!byNames) byNames = offer;
     }
-    return std::nullopt;
+    return byNames;
 }
 
 void ModelsController::withdrawOffer() {

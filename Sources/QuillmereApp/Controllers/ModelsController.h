@@ -33,6 +33,8 @@ class ModelsController : public Controller {
     // The folder, as people write it, whose model was learned from samples like those of the present one,
     // which has none; empty for none.
     Q_PROPERTY(QString offered READ offered NOTIFY offerChanged)
+    // Only the names of these are known to be the same.
+    Q_PROPERTY(bool offeredByNames READ offeredByNames NOTIFY offerChanged)
 
 public:
     explicit ModelsController(const Environment& environment) : Controller(environment) {}
@@ -64,6 +66,7 @@ public:
     [[nodiscard]] QString totalText() const;
     [[nodiscard]] QString removedName() const;
     [[nodiscard]] QString offered() const { return offered_ ? offered_->name : QString(); }
+    [[nodiscard]] bool offeredByNames() const { return offered_ && offered_->isByNames; }
 
 signals:
     void isLookingChanged();
@@ -92,6 +95,7 @@ private:
     struct Offer {
         QString name;
         std::filesystem::path folder;
+        bool isByNames = false;
     };
 
     [[nodiscard]] static std::optional<Offer> offerIn(const std::filesystem::path& root,

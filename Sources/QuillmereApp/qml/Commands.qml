@@ -8,6 +8,8 @@ Item {
     required property AppModel app
     // They rest also while a chooser of the desktop is open, of which nothing is seen here.
     property bool listening: true
+    // Nothing changes that nobody sees.
+    property bool slidersShown: true
 
     signal playRequested
     signal undoRequested
@@ -105,7 +107,7 @@ Item {
         onActivated: commands.mapRequested()
     }
     Shortcut {
-        enabled: commands.listening
+        enabled: commands.listening && commands.slidersShown
         sequence: "S"
         autoRepeat: false
         onActivated: commands.app.character.keepsSeed = !commands.app.character.keepsSeed

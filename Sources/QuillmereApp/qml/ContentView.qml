@@ -23,6 +23,7 @@ FocusScope {
 
     // The inspector comes before the map.
     readonly property bool showsMap: app.map.isShown && !app.inspector.isOpen
+    readonly property bool showsSliders: character.visible
     readonly property alias sheets: sheets
 
     // Keys that mean the whole window do something.

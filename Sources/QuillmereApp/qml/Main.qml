@@ -64,6 +64,7 @@ T.ApplicationWindow {
     Commands {
         app: root.app
         listening: root.listening
+        slidersShown: content.showsSliders
         onPlayRequested: content.togglePlay()
         onUndoRequested: content.undo()
         onInspectorRequested: content.toggleInspector()

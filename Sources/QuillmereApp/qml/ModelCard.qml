@@ -49,7 +49,7 @@ Card {
         width: card.bodyWidth
         visible: offer.visible
         iconName: "waveform"
-        text: "The same samples were learned in " + card.app.models.offered + "."
+        text: (card.app.models.offeredByNames ? "Samples of the same names were learned in " : "The same samples were learned in ") + card.app.models.offered + "."
     }
     ActionButton {
         id: offer

@@ -292,11 +292,22 @@ private slots:
         world.copyFolder("Drums", "Copy");
         prepare(app, world.url("Copy"));
         QTRY_COMPARE(app.models()->offered(), world.path("Drums"));
+        QVERIFY(!app.models()->offeredByNames());
         // Another folder withdraws it.
         prepare(app, world.makeCorpus("Bells", 4));
         QCOMPARE(app.models()->offered(), QString());
         app.models()->useOffered();
         QVERIFY(!app.model()->isReady());
+    }
+
+    void whatCannotBeComparedIsOfferedByItsNames() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        QVERIFY(QDir(world.path("Drums")).removeRecursively());
+        prepare(app, world.makeCorpus("Others", 3, 0.2));
+        QTRY_COMPARE(app.models()->offered(), world.path("Drums"));
+        QVERIFY(app.models()->offeredByNames());
     }
 
     void otherSamplesOfTheSameNamesAreOthers() {

@@ -33,6 +33,29 @@ WindowCase {
         compare(item("results").currentIndex, 1);
         verifySeen("This sound was made here: its settings are set again.");
     }
+    function test_theModelOfASoundIsOffered() {
+        generated(2);
+        const file = app.generation.results.urlAt(1);
+        const folder = app.corpus.url;
+        app.corpus.choose(Stage.makeCorpus("Bells", 4));
+        idle();
+        Stage.drop(item("seed"), [file]);
+        tryVerify(() => has("openOfferedModel"), limit);
+        tryCompare(item("openOfferedModel"), "activeFocus", true, limit);
+        compare(app.generation.results.count, 1);
+        compare(Stage.namelessControls(window.contentItem), []);
+        click("keepModel");
+        tryVerify(() => !has("openOfferedModel"), limit);
+        verify(String(app.corpus.url) !== String(folder));
+        Stage.drop(item("seed"), [file]);
+        tryVerify(() => has("openOfferedModel"), limit);
+        click("openOfferedModel");
+        tryVerify(() => !has("openOfferedModel"), limit);
+        tryCompare(app.corpus, "url", folder, limit);
+        idle();
+        tryVerify(() => app.model.isReady, limit);
+        tryCompare(app.generation.results, "count", 1, limit);
+    }
     function test_aSoundFromElsewhere() {
         trained();
         Stage.makeCorpus("Elsewhere", 1);
