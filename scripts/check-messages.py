@@ -26,7 +26,11 @@ TELLS = re.compile(
     r"|How much of|End the learning and keep|You can listen in|The model is stored|No folder has been learned"
     r"|Space plays|Return opens a run|The nearest sounds of|How loud it is|How the sound was|How far it is|The samples that|The next runs take|The loss says|Near one another|. of the differences|Click a point"
     r"|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
-    r"|The journal is o|While this file is)")
+    r"|The journal is o|While this file is|That bought|(% of the error with|more steps\b.*|steps to|dB before,|dB after\.)$"
+    r"|Went on from|Stored in|Drawn in|Made of|No models are stored|A model of this folder is|The sounds (will|are)"
+    r"|; use --seed|s per sample\)|Verdict: |steps, loss|, reconstruction error|Held back:|off; those learned"
+    r"|The page is|The model has |Samples that it has not|instead of$|\): it knows these|There are$"
+    r"|The places of the pattern)")
 # The manual's own words, what the parameters do, and docstrings: no trouble either.
 NO_MESSAGES = "Sources/QuillmereCLI/Reference/"
 NO_SENTENCES = ("Sources/QuillmereCore/Generate/Aesthetics.cpp", "Sources/QuillmerePython/")
@@ -40,9 +44,10 @@ def without_comments(text: str) -> str:
 
 
 def in_plural(text: str) -> str:
-    """counted(n, "file has", "files have") as "…" + "files have": one form stands for both."""
+    """counted(n, "{0} file has", "{0} files have") as counted("{0} files have"): one form stands for both."""
     inside = r"(?:[^()]|\([^()]*\))*?"
-    return re.sub(rf"\bcounted\({inside},\s*{STRING},\s*({STRING})\)", r'"…" + \1', text)
+    texts = rf"{STRING}(?:\s*{STRING})*"
+    return re.sub(rf"\b((?:trC|c)ounted)\({inside},\s*{texts},\s*({texts})", r"\1(\2", text)
 
 
 def code_of(path: Path) -> str:
@@ -61,7 +66,7 @@ def arguments_from(text: str, start: int) -> str:
 
 def plain(literal: str) -> str:
     text = literal[1:-1].replace('\\"', '"').replace("\\n", " ").replace("\\\\", "\\")
-    return re.sub(r"%\d", "…", text)
+    return re.sub(r"%\d|\{\d\}", "…", text)
 
 
 def joined(code: str) -> str:

@@ -11,9 +11,10 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 PAGE = ROOT / "docs/porting.md"
 HEADERS = (r"sys/|linux/|unistd\.h|fcntl\.h|dlfcn\.h|c?signal(\.h)?>|pwd\.h|grp\.h|pthread\.h|sched\.h|poll\.h|termios\.h"
-           r"|spawn\.h|dirent\.h|langinfo\.h|link\.h|execinfo\.h|SDL|alsa/|xcb/|X11/|QDBus|\w*mmintrin\.h|immintrin\.h"
-           r"|arm_neon\.h|cpuid\.h|windows\.h|mach")
-PLATFORM = re.compile(rf'^\s*#\s*include\s*[<"]({HEADERS})|\b(secure_)?getenv\s*\(|"/(proc|sys|dev)/', re.M)
+           r"|spawn\.h|libintl\.h|dirent\.h|langinfo\.h|link\.h|execinfo\.h|SDL|alsa/|xcb/|X11/|QDBus|\w*mmintrin\.h"
+           r"|immintrin\.h|arm_neon\.h|cpuid\.h|windows\.h|mach")
+PLATFORM = re.compile(rf'^\s*#\s*include\s*[<"]({HEADERS})|\b((secure_)?getenv|strerrordesc_np)\s*\(|"/(proc|sys|dev)/',
+                      re.M)
 COMMENT = re.compile(r"//[^\n]*|/\*.*?\*/", re.S)
 
 

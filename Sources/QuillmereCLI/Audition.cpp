@@ -3,6 +3,7 @@
 
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/DetailReport.h"
+#include "QuillmereCLI/Generating.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/ParameterOptions.h"
@@ -31,7 +32,7 @@ struct AuditionOptions {
 
     void addTo(CLI::App& app) {
         corpus.addTo(app);
-        addPath(app, "--output", output, "The file to write; replaced if it is there")
+        addPath(app, "--output", output, tr("The file to write; replaced if it is there"))
             ->type_name("FILE.wav")
             ->required();
         parameters.addTo(app);
@@ -45,7 +46,7 @@ struct AuditionOptions {
     void checkOutput() const {
         const std::string extension = Text::lowercase(Text::utf8(output.extension()));
         if (extension != ".wav" && extension != ".wave")
-            throwUsageError("--output", "must name a .wav file, not \"" + shownPath(output) + "\"");
+            throwUsageError("--output", tr("must name a .wav file, not \"{0}\"", shownPath(output)));
     }
 };
 
@@ -95,9 +96,9 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     SampleGenerator generator(std::move(bundle), compute.device().backend(), sounds);
 
     WorkProgress work;
-    work.phase = "generating";
-    work.message = "Generating…";
-    work.unit = "variation";
+    work.phase = translatable("generating");
+    work.message = Message("Generating…");
+    work.unit = WorkProgress::Unit::variation;
     work.totalSteps = 1;
     progress.report(work);
     cancel.check();
@@ -109,12 +110,9 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
     progress.finish();
     noteJournalProblem(keeper, console);
 
-    console.print("Wrote " + shownPath(output) + " (" + duration(seconds) + ").");
-    if (heard) console.print("Before learning: what " + startText(*heard) + " makes of the folder.");
-    console.print("Seed " + std::to_string(seed) +
-                  (options.parameters.seedWasGiven()
-                       ? "."
-                       : "; use --seed " + std::to_string(seed) + " to get the same again."));
+    console.print(tr("Wrote {0} ({1}).", shownPath(output), duration(seconds)));
+    if (heard) console.print(tr("Before learning: what {0} makes of the folder.", startText(*heard)));
+    console.print(seedText(seed, options.parameters.seedWasGiven()));
     DetailReport detail(options.parameters.detail(), sounds);
     detail.count(origin);
     detail.print(console);
@@ -135,7 +133,7 @@ void audition(const AuditionOptions& options, Console& console, const CancelFlag
 void addAudition(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<AuditionOptions>();
     CLI::App* const command =
-        app.add_subcommand("audition", "Write a single variation to a file of your choice");
+        app.add_subcommand("audition", tr("Write a single variation to a file of your choice"));
     options->addTo(*command);
     command->callback([options, &invocation] {
         options->checkOutput();

@@ -18,15 +18,15 @@ void Console::note(std::string_view line) {
     streams_.err << line << '\n' << std::flush;
 }
 
-void Console::fail(std::string_view message) {
+void Console::fail(const Message& message) {
     if (json_) {
         JSON event = makeEvent("error");
-        event["message"] = message;
+        event["message"] = message.english();
         emit(event);
     }
     // Before the failure, so that a log with both streams keeps their order.
     streams_.out << std::flush;
-    note("quillmere-cli: " + printable(message));
+    note("quillmere-cli: " + printable(Language::text(message)));
 }
 
 bool Console::flush() {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "QuillmereCLI/JSONEvents.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere::cli {
 
@@ -33,8 +34,8 @@ public:
     void emit(const JSON& event);
     // A line on err that is no failure.
     void note(std::string_view line);
-    // "quillmere-cli: " and the message on err, and an error event with --json.
-    void fail(std::string_view message);
+    // "quillmere-cli: " and the message on err, and an error event with --json, which is in English.
+    void fail(const Message& message);
 
     // Flushes out. False if it did not take everything, as on a full disk or a closed pipe.
     [[nodiscard]] bool flush();

@@ -18,12 +18,16 @@ double errorOf(const ModelBundle& model) {
 
 std::string gainText(double before, double after, std::int64_t steps) {
     constexpr double noticeable = 0.02;  // of the error
-    const std::string more = counted(steps, "more step", "more steps");
     if (after < before * (1 - noticeable))
-        return "That bought " + Text::fixed(100 * (1 - after / before), 0) + " % of the error with " + more +
-               ".";
-    return "That bought next to nothing with " + more +
-           "; more steps will hardly help. 'report' says what may.";
+        return trCounted(steps, "That bought {1} % of the error with {0} more step.",
+                         "That bought {1} % of the error with {0} more steps.",
+                         Text::fixed(100 * (1 - after / before), 0));
+    return trCounted(
+        steps,
+        "That bought next to nothing with {0} more step; more steps will hardly help. 'report' says "
+        "what may.",
+        "That bought next to nothing with {0} more steps; more steps will hardly help. 'report' "
+        "says what may.");
 }
 
 }  // namespace
@@ -47,12 +51,13 @@ void continueModel(const KnownCorpus& corpus, const ModelBundle& model, const Tr
 
     const double before = errorOf(model);
     const double after = errorOf(next);
-    console.print("Went on from " + counted(model.metadata.steps, "step", "steps") + " to " +
-                  std::to_string(next.metadata.steps) + ": error " + Text::fixed(before, 2) + " dB before, " +
-                  Text::fixed(after, 2) + " dB after.");
+    console.print(trCounted(model.metadata.steps,
+                            "Went on from {0} step to {1}: error {2} dB before, {3} dB after.",
+                            "Went on from {0} steps to {1}: error {2} dB before, {3} dB after.",
+                            next.metadata.steps, Text::fixed(before, 2), Text::fixed(after, 2)));
     console.print(gainText(before, after, stretch.steps));
-    console.print("Stored in " + shownPath(corpus.modelFolder) + ".");
-    console.print("Files that were made before can no longer be made again with this model.");
+    console.print(tr("Stored in {0}.", shownPath(corpus.modelFolder)));
+    console.print(tr("Files that were made before can no longer be made again with this model."));
 
     JSON result = makeResult("train");
     result["trained"] = true;

@@ -19,22 +19,31 @@ void DetailReport::count(const SampleOrigin& origin) {
 
 void DetailReport::print(Console& console) const {
     if (!(amount_ > 0)) return;
-    const std::string amount = "Detail " + Text::fixed(amount_, 2);
+    const std::string amount = Text::fixed(amount_, 2);
     if (withNoise_ < variations_)
-        console.print(amount + (origin_ == ClipSounds::Origin::model
-                                    ? " from the samples that were kept with the model."
-                                    : " from the learned samples."));
+        console.print(origin_ == ClipSounds::Origin::model
+                          ? tr("Detail {0} from the samples that were kept with the model.", amount)
+                          : tr("Detail {0} from the learned samples.", amount));
+    const std::string all = trCounted(variations_, "{0} variation", "{0} variations");
     if (nearCopies_ > 0)
-        console.note("Note: " + std::to_string(nearCopies_) + " of " +
-                     counted(variations_, "variation", "variations") + (nearCopies_ == 1 ? " is" : " are") +
-                     " nearly a copy of a learned sample; more sources, drift or samples keep them apart.");
+        console.note(
+            trCounted(nearCopies_,
+                      "Note: {0} of {1} is nearly a copy of a learned sample; more sources, drift or "
+                      "samples keep them apart.",
+                      "Note: {0} of {1} are nearly a copy of a learned sample; more sources, drift or "
+                      "samples keep them apart.",
+                      all));
     if (withNoise_ == 0) return;
-    console.note(origin_ == ClipSounds::Origin::none
-                     ? "Note: the folder no longer holds what was learned, so noise stands in for the detail "
-                       "of the samples."
-                     : "Note: for " + std::to_string(withNoise_) + " of " +
-                           counted(variations_, "variation", "variations") +
-                           " a learned sample could not be read; noise stands in for its detail.");
+    if (origin_ == ClipSounds::Origin::none) {
+        console.note(
+            tr("Note: the folder no longer holds what was learned, so noise stands in for the detail of the "
+               "samples."));
+    } else {
+        console.note(trCounted(
+            withNoise_,
+            "Note: for {0} of {1} a learned sample could not be read; noise stands in for its detail.",
+            "Note: for {0} of {1} a learned sample could not be read; noise stands in for its detail.", all));
+    }
 }
 
 void DetailReport::addTo(JSON& result) const {

@@ -12,17 +12,20 @@ namespace {
 using network::ComputeDevice;
 
 void print(const ComputeDevice& device, std::size_t index, bool isAutomatic, Console& console) {
+    const auto row = [&](const std::string& label, const std::string& text) {
+        constexpr std::size_t labelColumns = 10;
+        console.print("   " + labelled(label, labelColumns, text));
+    };
     console.print(std::to_string(index) + "  " + printable(device.name()) +
-                  (isAutomatic ? "  (taken unless --device says otherwise)" : ""));
-    console.print("   type      " + std::string(rawValue(device.type)));
+                  (isAutomatic ? "  " + tr("(taken unless --device says otherwise)") : ""));
+    row(tr("type"), trTable(rawValue(device.type)));
     if (device.type == ComputeDevice::Type::processor) return;
-    console.print("   driver    " + device.api + ", " + printable(device.driver));
-    console.print("   memory    " + byteSize(device.limits.memory) + ", tensors up to " +
-                  byteSize(device.limits.largestTensor));
-    console.print("   groups    " + std::to_string(device.limits.workGroupThreads) + " threads, " +
-                  byteSize(device.limits.sharedMemory) + " of shared memory, " +
-                  std::to_string(device.limits.storageBuffers) + " buffers");
-    if (!device.usable()) console.print("   unusable  " + printable(device.problem));
+    row(tr("driver"), device.api + ", " + printable(device.driver));
+    row(tr("memory"),
+        tr("{0}, tensors up to {1}", byteSize(device.limits.memory), byteSize(device.limits.largestTensor)));
+    row(tr("groups"), tr("{0} threads, {1} of shared memory, {2} buffers", device.limits.workGroupThreads,
+                         byteSize(device.limits.sharedMemory), device.limits.storageBuffers));
+    if (!device.usable()) row(tr("unusable"), printable(Language::text(device.problem)));
 }
 
 JSON toJSON(const ComputeDevice& device, std::size_t index, bool isAutomatic) {
@@ -64,7 +67,7 @@ void listDevices(Console& console) {
 
 void addDevices(CLI::App& app, Invocation& invocation) {
     const auto json = std::make_shared<bool>(false);
-    CLI::App* const command = app.add_subcommand("devices", "List what can compute, with its limits");
+    CLI::App* const command = app.add_subcommand("devices", tr("List what can compute, with its limits"));
     addJSON(*command, *json);
     command->callback([json, &invocation] {
         invocation.json = *json;

@@ -43,32 +43,32 @@ struct GenerateOptions {
 
     void addTo(CLI::App& app) {
         CLI::Option* const folder = corpus.addTo(app)->required(false);
-        addPath(app, "--output", output, "Folder for the new files")->type_name("DIR")->required();
+        addPath(app, "--output", output, tr("Folder for the new files"))->type_name("DIR")->required();
         CLI::Option* const howMany =
-            addWholeNumber(app, "--count", count, {1, 1'000'000}, "How many variations")
+            addWholeNumber(app, "--count", count, {1, 1'000'000}, tr("How many variations"))
                 ->default_str(std::to_string(count));
         constexpr std::int64_t mostVariations = 1'000'000'000'000;
         CLI::Option* const start =
             addWholeNumber(app, "--first", first, {1, mostVariations},
-                           "Number of the first variation, for a part of a larger job");
+                           tr("Number of the first variation, for a part of a larger job"));
         parameters.addTo(app);
         CLI::Option* const seed = app.get_option("--seed");
         start->needs(seed);
         CLI::Option* const recipe =
             addFiles(app, "--recipe", recipeFiles,
-                     "Make these files again, or those of these recipes; --set changes them");
+                     tr("Make these files again, or those of these recipes; --set changes them"));
         CLI::Option* const like =
-            addFiles(app, "--like", likedFiles, "Make new variations around these files");
+            addFiles(app, "--like", likedFiles, tr("Make new variations around these files"));
         CLI::Option* const at = addPlace(
-            app, "--at", place, "Make variations of this place on the map of the samples; see 'map'");
+            app, "--at", place, tr("Make variations of this place on the map of the samples; see 'map'"));
         addReal(app, "--closeness", closeness, {0, 1},
-                "How close to the files of --like or to the place: 1 between or at them, 0 far and wide")
-            ->default_str("0.7; 1 with --at");
+                tr("How close to the files of --like or to the place: 1 between or at them, 0 far and wide"))
+            ->default_str(tr("0.7; 1 with --at"));
         CLI::Option* const sameBody =
-            addPath(app, "--body", body, "Make variations at the place of this file, all else drawn anew")
+            addPath(app, "--body", body, tr("Make variations at the place of this file, all else drawn anew"))
                 ->type_name("FILE");
         CLI::Option* const sameSkin =
-            addPath(app, "--skin", skin, "The reverse: other places, all else drawn as for this file")
+            addPath(app, "--skin", skin, tr("The reverse: other places, all else drawn as for this file"))
                 ->type_name("FILE");
         for (CLI::Option* const other : {folder, howMany, start, seed})
             recipe->excludes(other);
@@ -91,7 +91,7 @@ struct GenerateOptions {
     void check() const {
         if (!isFromFiles() && !corpus.isGiven()) throw CLI::RequiredError("FOLDER");
         if (closeness && likedFiles.empty() && !place)
-            throwUsageError("--closeness", "says something only with --like or --at");
+            throwUsageError("--closeness", tr("says something only with --like or --at"));
     }
 
     // Whether known files are to be worked from, and not a corpus.
@@ -115,12 +115,10 @@ JSON resultJSON(const GenerationRequest& request, const std::vector<GeneratedSam
 
 void printResult(const GenerationRequest& request, const std::vector<GeneratedSample>& files,
                  bool seedWasGiven, const ProgressLine& progress, Console& console) {
-    console.print("Wrote " + counted(request.count, "variation", "variations") + " to " +
-                  shownPath(request.outputDirectory) + ":");
+    console.print(wroteText(request.count, request.outputDirectory));
     printFiles(files, console);
-    const std::string seed = std::to_string(request.seed);
-    console.print("Seed " + seed + (seedWasGiven ? "." : "; use --seed " + seed + " to get the same again."));
-    console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
+    console.print(seedText(request.seed, seedWasGiven));
+    console.print(progress.tookText());
 }
 
 // Draws from around the place, if one is given, and notes it in what the files have in common.
@@ -128,7 +126,7 @@ class PlaceDrawing {
 public:
     PlaceDrawing(const GenerateOptions& options, Console& console)
         : place_(options.place), closeness_(options.closeness.value_or(closenessToPlace)) {
-        if (place_) options.parameters.notePlaceless("--at gives the place in the model.", console);
+        if (place_) options.parameters.notePlaceless(tr("--at gives the place in the model."), console);
     }
     void noteIn(RecipeBase& base) const {
         if (!place_) return;
@@ -235,7 +233,7 @@ void generateFromFiles(const GenerateOptions& options, Console& console, const C
 void addGenerate(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<GenerateOptions>();
     CLI::App* const command =
-        app.add_subcommand("generate", "Write new samples; learns the folder first if need be");
+        app.add_subcommand("generate", tr("Write new samples; learns the folder first if need be"));
     options->addTo(*command);
     command->callback([options, &invocation] {
         options->check();

@@ -20,9 +20,9 @@ bool nameOrder(const GeneratedSample& a, const GeneratedSample& b) {
 
 void GeneratingReport::report(std::int64_t done) {
     WorkProgress work;
-    work.phase = "generating";
-    work.message = "Generating…";
-    work.unit = "variation";
+    work.phase = translatable("generating");
+    work.message = Message("Generating…");
+    work.unit = WorkProgress::Unit::variation;
     work.step = done;
     work.totalSteps = count_;
     work.fraction = static_cast<double>(done) / static_cast<double>(count_);
@@ -45,6 +45,16 @@ JSON filesJSON(const std::vector<GeneratedSample>& files) {
         list.push_back(std::move(item));
     }
     return list;
+}
+
+std::string wroteText(std::int64_t variations, const std::filesystem::path& folder) {
+    return trCounted(variations,
+                     "Wrote {0} variation to {1}:", "Wrote {0} variations to {1}:", shownPath(folder));
+}
+
+std::string seedText(std::uint64_t seed, bool wasGiven) {
+    if (wasGiven) return tr("Seed {0}.", seed);
+    return tr("Seed {0}; use --seed {0} to get the same again.", seed);
 }
 
 void printFiles(const std::vector<GeneratedSample>& files, Console& console) {
@@ -72,8 +82,9 @@ std::vector<GeneratedSample> generateFiles(SampleGenerator& generator, const Gen
     } catch (const std::exception&) {
         progress.finish();
         if (report.done() > 0) {
-            console.note(counted(report.done(), "file was", "files were") + " written to " +
-                         shownPath(request.outputDirectory) + " before that.");
+            console.note(trCounted(report.done(), "{0} file was written to {1} before that.",
+                                   "{0} files were written to {1} before that.",
+                                   shownPath(request.outputDirectory)));
         }
         throw;
     }

@@ -31,6 +31,10 @@ private:
 
 // A result event for the files of a job: path and seconds of each, in the order given.
 [[nodiscard]] JSON filesJSON(const std::vector<GeneratedSample>& files);
+// "Wrote 3 variations to DIR:"
+[[nodiscard]] std::string wroteText(std::int64_t variations, const std::filesystem::path& folder);
+// What people need to know of the seed of a command that draws.
+[[nodiscard]] std::string seedText(std::uint64_t seed, bool wasGiven);
 // Prints a line for each.
 void printFiles(const std::vector<GeneratedSample>& files, Console& console);
 

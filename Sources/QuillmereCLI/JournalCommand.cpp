@@ -18,8 +18,8 @@ void showJournal(std::optional<bool> change, Console& console) {
     const auto place = Journal::place();
     if (!place) throw Failure("There is no home directory to keep a journal in.");
     const std::uint64_t bytes = Journal(*place).bytes();
-    console.print(isOn ? "The journal is on: it knows how each new file is made."
-                       : "The journal is off: nothing is added to it.");
+    console.print(isOn ? tr("The journal is on: it knows how each new file is made.")
+                       : tr("The journal is off: nothing is added to it."));
     console.print("  " + shownPath(*place) + ", " + byteSize(bytes));
     JSON result = makeResult("journal");
     result["on"] = isOn;
@@ -33,13 +33,13 @@ void showJournal(std::optional<bool> change, Console& console) {
 void addJournal(CLI::App& app, Invocation& invocation) {
     const auto json = std::make_shared<bool>(false);
     CLI::App* const command =
-        app.add_subcommand("journal", "Say where the journal of the files made here is, or switch it");
+        app.add_subcommand("journal", tr("Say where the journal of the files made here is, or switch it"));
     addJSON(*command, *json);
     command->require_subcommand(0, 1);
-    CLI::App* const on = command->add_subcommand("on", "Note how each new file is made, from now on");
+    CLI::App* const on = command->add_subcommand("on", tr("Note how each new file is made, from now on"));
     addJSON(*on, *json);
     CLI::App* const off =
-        command->add_subcommand("off", "Note nothing any more; what was noted stays until it is deleted");
+        command->add_subcommand("off", tr("Note nothing any more; what was noted stays until it is deleted"));
     addJSON(*off, *json);
 
     // CLI11 calls the inner command's callback first.

@@ -36,29 +36,29 @@ struct KitOptions {
     bool json = false;
 
     void addTo(CLI::App& app) {
-        addFiles(app, "FILE", files, "Sounds that were made here, one for each key")
+        addFiles(app, "FILE", files, tr("Sounds that were made here, one for each key"))
             ->type_name("...")
             ->required();
-        addPath(app, "--output", output, "Folder in which the kit's own folder is made")
+        addPath(app, "--output", output, tr("Folder in which the kit's own folder is made"))
             ->type_name("DIR")
             ->required();
         const auto storeName = [this](const std::string& text) {
             if (Kit::plainName(text).find_first_not_of("._") == std::string::npos)
-                throwUsageError("--name", "must have a letter or a digit");
+                throwUsageError("--name", tr("must have a letter or a digit"));
             name = text;
         };
-        app.add_option_function<std::string>("--name", storeName, "What the kit is called")
+        app.add_option_function<std::string>("--name", storeName, tr("What the kit is called"))
             ->type_name("NAME")
             ->default_str(name);
         addWholeNumber(app, "--count", count, {1, Kit::mostSounds},
-                       "Sounds that take turns on each key, the chosen one among them")
+                       tr("Sounds that take turns on each key, the chosen one among them"))
             ->default_str(std::to_string(count));
-        addReal(app, "--close", closeness, {0, 1}, "How close to the chosen one: 1 at it, 0 far and wide")
+        addReal(app, "--close", closeness, {0, 1}, tr("How close to the chosen one: 1 at it, 0 far and wide"))
             ->default_str("0.8");
         addWholeNumber(app, "--layers", layers, {1, Kit::mostSounds},
-                       "Layers of velocity, each with so many sounds, the softest at the bottom")
+                       tr("Layers of velocity, each with so many sounds, the softest at the bottom"))
             ->default_str(std::to_string(layers));
-        addSeed(app, seed, "The same number gives the same kit")->default_str("a fresh one");
+        addSeed(app, seed, tr("The same number gives the same kit"))->default_str(tr("a fresh one"));
         recipes.addTo(app);
         compute.addTo(app);
         models.addTo(app);
@@ -67,11 +67,12 @@ struct KitOptions {
 
     void check() const {
         if (size().sounds() > Kit::mostSounds)
-            throwUsageError("--layers", "times --count must be " + std::to_string(Kit::mostSounds) +
-                                            " at most: an instrument has no room for more");
+            throwUsageError(
+                "--layers",
+                tr("times --count must be {0} at most: an instrument has no room for more", Kit::mostSounds));
         if (files.size() > Kit::mostInstruments)
-            throwUsageError("FILE", "may be given " + std::to_string(Kit::mostInstruments) +
-                                        " times: there are no more keys");
+            throwUsageError("FILE",
+                            tr("may be given {0} times: there are no more keys", Kit::mostInstruments));
     }
 
     [[nodiscard]] Kit::Size size() const {
@@ -104,8 +105,8 @@ std::vector<Chosen> chosenSounds(const KitOptions& options, const CancelFlag& ca
             chosen.push_back({{known.file, recipe}, parents});
     }
     if (chosen.size() > Kit::mostInstruments)
-        throw Failure("The files have " + std::to_string(chosen.size()) + " sounds; a kit has keys for " +
-                      std::to_string(Kit::mostInstruments) + ".");
+        throw Failure("The files have {0} sounds; a kit has keys for {1}.", chosen.size(),
+                      Kit::mostInstruments);
     return chosen;
 }
 
@@ -153,11 +154,12 @@ void makeKit(const KitOptions& options, Console& console, const CancelFlag& canc
     progress.finish();
 
     const std::string plain = Kit::plainName(options.name);
-    console.print("Wrote " + counted(std::ssize(kit.files()), "sound", "sounds") + " on " +
-                  counted(std::ssize(chosen), "key", "keys") + " to " + shownPath(kit.folder()) + ":");
-    console.print("  " + plain + ".sfz  for samplers that read SFZ");
-    console.print("  drumkit.xml  for Hydrogen");
-    console.print("Seed " + std::to_string(seed) + ".");
+    console.print(trCounted(std::ssize(kit.files()),
+                            "Wrote {0} sound on {1} to {2}:", "Wrote {0} sounds on {1} to {2}:",
+                            trCounted(std::ssize(chosen), "{0} key", "{0} keys"), shownPath(kit.folder())));
+    console.print("  " + plain + ".sfz  " + tr("for samplers that read SFZ"));
+    console.print("  drumkit.xml  " + tr("for Hydrogen"));
+    console.print(tr("Seed {0}.", seed));
 
     JSON result = makeResult("kit");
     result["seed"] = seed;
@@ -175,7 +177,7 @@ void makeKit(const KitOptions& options, Console& console, const CancelFlag& canc
 void addKit(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<KitOptions>();
     CLI::App* const command =
-        app.add_subcommand("kit", "Make an instrument for samplers out of sounds and close variations");
+        app.add_subcommand("kit", tr("Make an instrument for samplers out of sounds and close variations"));
     options->addTo(*command);
     command->callback([options, &invocation] {
         options->check();

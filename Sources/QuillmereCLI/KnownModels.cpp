@@ -23,8 +23,7 @@ SampleGenerator& KnownModels::of(const RecipeOrder& order, const CancelFlag& can
 
 std::unique_ptr<SampleGenerator> KnownModels::open(const RecipeOrder& order, const CancelFlag& cancel) {
     FoundModel found = findModel(order.recipe, root_, cancel.token());
-    if (!found.bundle)
-        throw Failure(Text::utf8(order.source) + ": " + missingModelText(order.recipe, found, root_));
+    if (!found.bundle) throw Failure("{0}: {1}", order.source, missingModelText(order.recipe, found, root_));
     ClipSounds sounds = order.recipe.detail > 0
                             ? learnedSounds(found, order.recipe.detailBasis, cancel.token())
                             : ClipSounds();

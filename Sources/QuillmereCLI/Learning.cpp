@@ -15,8 +15,8 @@ namespace quillmere::cli {
 KnownCorpus findCorpus(const std::filesystem::path& folder, const ModelsOption& models,
                        ProgressLine& progress, const CancelFlag& cancel) {
     WorkProgress work;
-    work.phase = "scanning";
-    work.message = "Scanning " + Text::utf8(folder.filename()) + "…";
+    work.phase = translatable("scanning");
+    work.message = Message("Scanning {0}…", folder.filename());
     progress.report(work);
     KnownCorpus corpus;
     corpus.summary = Corpus::scan(folder, {}, cancel.token());
@@ -36,8 +36,8 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, net
     cancel.check();
 
     WorkProgress work;
-    work.phase = "saving";
-    work.message = "Saving the model…";
+    work.phase = translatable("saving");
+    work.message = Message("Saving the model…");
     work.fraction = 1;
     progress.report(work);
     ModelStore::replace(bundle, corpus.modelFolder, cancel.token());
@@ -47,8 +47,8 @@ ModelBundle learn(const KnownCorpus& corpus, const TrainingOptions& options, net
 std::uint64_t keepSounds(const KnownCorpus& corpus, const ModelBundle& bundle, ProgressLine& progress,
                          const CancelFlag& cancel) {
     WorkProgress work;
-    work.phase = "saving";
-    work.message = "Saving the sounds…";
+    work.phase = translatable("saving");
+    work.message = Message("Saving the sounds…");
     work.fraction = 1;
     progress.report(work);
     const ClipSounds sounds = ClipSounds::inFolder(bundle, corpus.summary);
@@ -68,8 +68,9 @@ ModelBundle beforeLearning(const KnownCorpus& corpus, const TrainingOptions& opt
 
 ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
     const auto noteDamage = [&] {
-        console.note("The stored model cannot be used. To learn the folder again: quillmere-cli train " +
-                     corpus.arguments + " --retrain");
+        console.note(tr(
+            "The stored model cannot be used. To learn the folder again: quillmere-cli train {0} --retrain",
+            corpus.arguments));
     };
     try {
         return ModelStore::open(corpus.modelFolder);
@@ -84,9 +85,8 @@ ModelBundle loadModel(const KnownCorpus& corpus, Console& console) {
 
 ModelBundle storedModel(const KnownCorpus& corpus, Console& console) {
     if (!corpus.hasModel())
-        throw Failure(Text::utf8(corpus.summary.directory) +
-                      " has not been learned as it is now. To learn it: quillmere-cli train " +
-                      corpus.arguments);
+        throw Failure("{0} has not been learned as it is now. To learn it: quillmere-cli train {1}",
+                      corpus.summary.directory, corpus.arguments);
     return loadModel(corpus, console);
 }
 
@@ -112,25 +112,29 @@ void requireWritableFolder(const std::filesystem::path& folder) {
 }
 
 std::string startText(const ModelStart& start) {
-    if (start.kind == ModelStart::Kind::headStart) return "head start " + printable(start.name);
-    return "the model of " + printable(start.name);
+    if (start.kind == ModelStart::Kind::headStart) return tr("head start {0}", printable(start.name));
+    return tr("the model of {0}", printable(start.name));
 }
 
 std::string learnedText(const ModelBundle& bundle) {
     const auto clips = static_cast<std::int64_t>(bundle.metadata.clipNames.size());
-    const std::string onto =
-        bundle.metadata.start ? ", onto " + startText(*bundle.metadata.start) : std::string();
-    return "Learned " + counted(clips, "sample", "samples") + " (" +
-           std::string(rawValue(bundle.config.profile)) + " analysis, " +
-           Text::fixed(bundle.config.clipSeconds(), 1) + " s per sample)" + onto + ".";
+    const std::string analysis = Language::text(word(bundle.config.profile));
+    const std::string seconds = Text::fixed(bundle.config.clipSeconds(), 1);
+    if (!bundle.metadata.start)
+        return trCounted(clips, "Learned {0} sample ({1} analysis, {2} s per sample).",
+                         "Learned {0} samples ({1} analysis, {2} s per sample).", analysis, seconds);
+    return trCounted(clips, "Learned {0} sample ({1} analysis, {2} s per sample), onto {3}.",
+                     "Learned {0} samples ({1} analysis, {2} s per sample), onto {3}.", analysis, seconds,
+                     startText(*bundle.metadata.start));
 }
 
 std::string leftOutText(const KnownCorpus& corpus, const ModelBundle& bundle) {
     const auto total = static_cast<std::int64_t>(corpus.summary.files.size());
     const auto used = static_cast<std::int64_t>(bundle.metadata.clipNames.size());
     if (used >= total) return {};
-    return counted(total - used, "file was", "files were") + " left out; 'quillmere-cli scan " +
-           shellWord(corpus.summary.directory) + "' says why.";
+    return trCounted(total - used, "{0} file was left out; 'quillmere-cli scan {1}' says why.",
+                     "{0} files were left out; 'quillmere-cli scan {1}' says why.",
+                     shellWord(corpus.summary.directory));
 }
 
 }  // namespace quillmere::cli

@@ -11,6 +11,7 @@
 
 #include "QuillmereCLI/Cancellation.h"
 #include "QuillmereCLI/CommandLine.h"
+#include "QuillmereCore/Util/Language.h"
 
 namespace {
 
@@ -27,6 +28,7 @@ std::optional<std::size_t> terminalWidth() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    quillmere::Language::takeFromEnvironment(quillmere::Language::ownFolder());
     quillmere::cli::CancelFlag cancel;
     const quillmere::cli::SignalRoute route(cancel);
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);

@@ -19,9 +19,9 @@ struct MapOptions {
     bool json = false;
 };
 
-std::string nameOf(const ModelBundle& bundle, std::size_t clip) {
+Message nameOf(const ModelBundle& bundle, std::size_t clip) {
     const std::vector<std::string>& names = bundle.metadata.clipNames;
-    return clip < names.size() ? names[clip] : "sample " + std::to_string(clip + 1);
+    return clip < names.size() ? Message::verbatim(names[clip]) : Message("sample {0}", clip + 1);
 }
 
 std::string coordinate(double value) {
@@ -32,13 +32,14 @@ void print(const LatentMap& map, const ModelBundle& bundle, Console& console) {
     std::vector<std::vector<std::string>> rows{{"x", "y", ""}};
     for (std::size_t clip = 0; clip < map.places().size(); ++clip) {
         const MapPlace& place = map.places()[clip];
-        rows.push_back({coordinate(place.x), coordinate(place.y), printable(nameOf(bundle, clip))});
+        rows.push_back(
+            {coordinate(place.x), coordinate(place.y), printable(Language::text(nameOf(bundle, clip)))});
     }
     for (const std::string& line : table(rows))
         console.print(line);
     const auto [x, y] = map.shares();
-    console.print("x has " + Text::fixed(100 * x, 0) + " % of all differences of the samples, y " +
-                  Text::fixed(100 * y, 0) + " %.");
+    console.print(tr("x has {0} % of all differences of the samples, y {1} %.", Text::fixed(100 * x, 0),
+                     Text::fixed(100 * y, 0)));
 }
 
 JSON resultJSON(const LatentMap& map, const ModelBundle& bundle, const KnownCorpus& corpus) {
@@ -48,7 +49,7 @@ JSON resultJSON(const LatentMap& map, const ModelBundle& bundle, const KnownCorp
     JSON clips = JSON::array();
     for (std::size_t clip = 0; clip < map.places().size(); ++clip) {
         const MapPlace& place = map.places()[clip];
-        clips.push_back({{"name", nameOf(bundle, clip)}, {"x", place.x}, {"y", place.y}});
+        clips.push_back({{"name", nameOf(bundle, clip).english()}, {"x", place.x}, {"y", place.y}});
     }
     result["clips"] = std::move(clips);
     return result;
@@ -67,8 +68,9 @@ void drawMap(const MapOptions& options, Console& console, const CancelFlag& canc
     }
     progress.finish();
     print(map, bundle, console);
-    if (options.picture.isGiven()) console.print("Drawn in " + shownPath(options.picture.file()) + ".");
-    console.print("Next: quillmere-cli generate " + corpus.arguments + " --at X,Y --output FOLDER");
+    if (options.picture.isGiven()) console.print(tr("Drawn in {0}.", shownPath(options.picture.file())));
+    console.print(
+        tr("Next: {0}", "quillmere-cli generate " + corpus.arguments + " --at X,Y --output FOLDER"));
     console.emit(result);
 }
 
@@ -77,7 +79,7 @@ void drawMap(const MapOptions& options, Console& console, const CancelFlag& canc
 void addMap(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<MapOptions>();
     CLI::App* const command =
-        app.add_subcommand("map", "Show where the samples of a learned folder lie in the model");
+        app.add_subcommand("map", tr("Show where the samples of a learned folder lie in the model"));
     options->corpus.addTo(*command);
     options->picture.addTo(*command);
     options->models.addTo(*command);

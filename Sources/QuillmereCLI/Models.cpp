@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 // Why nothing more can be said of a model.
 struct Problem {
     std::string_view kind;  // also the key of its JSON form
-    std::string reason;
+    Message reason;
 };
 
 struct StoredModel {
@@ -27,17 +27,17 @@ struct StoredModel {
 };
 
 std::variant<ModelMetadata, Problem> inspect(const ModelStore::StoredFolder& stored) {
-    constexpr std::string_view damaged = "damaged";
-    if (!stored.holdsModel) return Problem{damaged, "only remains of a model that was being stored"};
+    constexpr std::string_view damaged = translatable("damaged");
+    if (!stored.holdsModel) return Problem{damaged, Message("only remains of a model that was being stored")};
     try {
         // The whole model: only its weights and latents tell whether they fit.
         return ModelStore::open(stored.folder).metadata;
     } catch (const FileError& error) {
         if (error.reason() == std::errc::no_such_file_or_directory)
-            return Problem{damaged, Text::utf8(error.file().filename()) + " is missing"};
-        return Problem{"unreadable", error.what()};
+            return Problem{damaged, Message("{0} is missing", error.file().filename())};
+        return Problem{translatable("unreadable"), error.message()};
     } catch (const Failure& failure) {
-        return Problem{damaged, failure.what()};
+        return Problem{damaged, failure.message()};
     }
 }
 
@@ -48,24 +48,39 @@ std::vector<StoredModel> storedModels(const fs::path& root) {
     return models;
 }
 
+// "2026-01-31, 2000 steps, percussive analysis, onto head start 1"
+std::string trainedText(const ModelMetadata& metadata) {
+    std::string text = ModelStore::isoDate(metadata.trainedAt);
+    text = tr("{0}, {1}", text, trCounted(metadata.steps, "{0} step", "{0} steps"));
+    if (metadata.analysis) {
+        const std::optional<AnalysisProfile> profile = analysisProfile(*metadata.analysis);
+        const std::string name = profile ? Language::text(word(*profile)) : printable(*metadata.analysis);
+        text = tr("{0}, {1}", text, tr("{0} analysis", name));
+    }
+    if (metadata.start) text = tr("{0}, {1}", text, tr("onto {0}", startText(*metadata.start)));
+    return text;
+}
+
 void print(const StoredModel& model, Console& console) {
+    const auto row = [&](const std::string& label, const std::string& text) {
+        constexpr std::size_t labelColumns = 10;
+        console.print("  " + labelled(label, labelColumns, text));
+    };
     console.print(printable(model.name()));
     if (const auto* problem = std::get_if<Problem>(&model.content)) {
-        console.print("  " + padded(problem->kind, 9) + " " + printable(problem->reason));
+        row(trTable(problem->kind), printable(Language::text(problem->reason)));
     } else {
         const ModelMetadata& metadata = std::get<ModelMetadata>(model.content);
-        console.print("  corpus    " + printable(metadata.corpusName) + ", " +
-                      counted(static_cast<std::int64_t>(metadata.clipNames.size()), "sample", "samples") +
-                      ", " + printable(metadata.corpusPath));
-        console.print("  trained   " + ModelStore::isoDate(metadata.trainedAt) + ", " +
-                      counted(metadata.steps, "step", "steps") +
-                      (metadata.analysis ? ", " + printable(*metadata.analysis) + " analysis" : "") +
-                      (metadata.start ? ", onto " + startText(*metadata.start) : ""));
+        row(tr("corpus"),
+            trCounted(std::ssize(metadata.clipNames), "{1}, {0} sample, {2}", "{1}, {0} samples, {2}",
+                      printable(metadata.corpusName), printable(metadata.corpusPath)));
+        row(tr("trained"), trainedText(metadata));
     }
-    console.print("  size      " + byteSize(model.stored.bytes));
+    row(tr("size"), byteSize(model.stored.bytes));
     if (model.stored.remains > 0)
-        console.print("  remains   " + byteSize(model.stored.remains) +
-                      " left behind while a model was being stored; 'models remove' deletes them too");
+        row(tr("remains"),
+            tr("{0} left behind while a model was being stored; 'models remove' deletes them too",
+               byteSize(model.stored.remains)));
 }
 
 JSON toJSON(const StoredModel& model) {
@@ -74,7 +89,7 @@ JSON toJSON(const StoredModel& model) {
     item["bytes"] = model.stored.bytes;
     if (model.stored.remains > 0) item["remains"] = model.stored.remains;
     if (const auto* problem = std::get_if<Problem>(&model.content)) {
-        item[std::string(problem->kind)] = problem->reason;
+        item[std::string(problem->kind)] = problem->reason.english();
         return item;
     }
     const ModelMetadata& metadata = std::get<ModelMetadata>(model.content);
@@ -97,10 +112,10 @@ void listModels(const fs::path& root, Console& console) {
         bytes += model.stored.bytes + model.stored.remains;
     }
     if (models.empty()) {
-        console.print("No models are stored in " + shownPath(root) + ".");
+        console.print(tr("No models are stored in {0}.", shownPath(root)));
     } else {
-        console.print(counted(static_cast<std::int64_t>(models.size()), "model", "models") + ", " +
-                      byteSize(bytes) + ", in " + shownPath(root) + ".");
+        console.print(trCounted(std::ssize(models), "{0} model, {1}, in {2}.", "{0} models, {1}, in {2}.",
+                                byteSize(bytes), shownPath(root)));
     }
     JSON result = makeResult("models");
     result["root"] = cli::toJSON(root);
@@ -116,8 +131,8 @@ bool isPlainName(const std::string& name) {
 void removeModel(const fs::path& root, const std::string& name, Console& console, const CancelFlag& cancel) {
     const fs::path folder = root / name;
     if (!isPlainName(name) || !ModelStore::remove(folder, cancel.token()))
-        throw Failure("There is no model named " + name + " in " + Text::utf8(root) + ".");
-    console.print("Removed " + printable(name) + ".");
+        throw Failure("There is no model named {0} in {1}.", name, root);
+    console.print(tr("Removed {0}.", printable(name)));
     JSON result = makeResult("models remove");
     result["removed"] = name;
     console.emit(result);
@@ -133,13 +148,13 @@ struct ModelsCommandOptions {
 
 void addModels(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<ModelsCommandOptions>();
-    CLI::App* const command = app.add_subcommand("models", "List the stored models, or remove one");
+    CLI::App* const command = app.add_subcommand("models", tr("List the stored models, or remove one"));
     options->models.addTo(*command);
     addJSON(*command, options->json);
     command->require_subcommand(0, 1);
 
-    CLI::App* const remove = command->add_subcommand("remove", "Delete a stored model");
-    remove->add_option("NAME", options->name, "Its name in the list")->type_name("")->required();
+    CLI::App* const remove = command->add_subcommand("remove", tr("Delete a stored model"));
+    remove->add_option("NAME", options->name, tr("Its name in the list"))->type_name("")->required();
     options->models.addTo(*remove);
     addJSON(*remove, options->json);
 

@@ -23,9 +23,9 @@ std::string shortNumber(double value) {
 }
 
 network::ChosenDevice::Listener listenerFor(Console& console) {
-    return {.opened = {}, .processorStandsIn = [&console](const std::string& message) {
+    return {.opened = {}, .processorStandsIn = [&console](const Message& message) {
                 if (console.terminalWidth()) console.redraw({});
-                console.note(printable(message));
+                console.note(printable(Language::text(message)));
             }};
 }
 
@@ -40,8 +40,8 @@ CLI::Option* addWholeNumber(CLI::App& app, const std::string& name, std::int64_t
     const auto store = [name, &target, range](const std::string& text) {
         const auto value = Text::parseInteger(text);
         if (!value || *value < range.lower || *value > range.upper) {
-            throwUsageError(name, "must be a whole number from " + std::to_string(range.lower) + " to " +
-                                      std::to_string(range.upper) + ", not " + quoted(text));
+            throwUsageError(name, tr("must be a whole number from {0} to {1}, not {2}", range.lower,
+                                     range.upper, quoted(text)));
         }
         target = *value;
     };
@@ -52,8 +52,8 @@ CLI::Option* addSeed(CLI::App& app, std::optional<std::uint64_t>& target, const 
     const auto store = [&target](const std::string& text) {
         target = Text::parseUnsigned(text);
         if (!target) {
-            throwUsageError("--seed",
-                            "must be a whole number from 0 to 18446744073709551615, not " + quoted(text));
+            throwUsageError(
+                "--seed", tr("must be a whole number from 0 to 18446744073709551615, not {0}", quoted(text)));
         }
     };
     return app.add_option_function<std::string>("--seed", store, help)->type_name("N");
@@ -62,7 +62,7 @@ CLI::Option* addSeed(CLI::App& app, std::optional<std::uint64_t>& target, const 
 CLI::Option* addPath(CLI::App& app, const std::string& name, std::filesystem::path& target,
                      const std::string& help) {
     const auto store = [name, &target](const std::string& text) {
-        if (text.empty()) throwUsageError(name, "must not be empty");
+        if (text.empty()) throwUsageError(name, tr("must not be empty"));
         target = text;
     };
     return app.add_option_function<std::string>(name, store, help)->type_name("PATH");
@@ -74,8 +74,8 @@ CLI::Option* addReal(CLI::App& app, const std::string& name, std::optional<doubl
         const auto value = Text::parseDouble(text);
         // Written so that NaN fails.
         if (!value || !(*value >= range.lower && *value <= range.upper)) {
-            throwUsageError(name, "must be a number from " + shortNumber(range.lower) + " to " +
-                                      shortNumber(range.upper) + ", not " + quoted(text));
+            throwUsageError(name, tr("must be a number from {0} to {1}, not {2}", shortNumber(range.lower),
+                                     shortNumber(range.upper), quoted(text)));
         }
         target = *value;
     };
@@ -89,7 +89,7 @@ CLI::Option* addPlace(CLI::App& app, const std::string& name, std::optional<MapP
         const auto x = Text::parseDouble(text.substr(0, comma));
         const auto y = comma < text.size() ? Text::parseDouble(text.substr(comma + 1)) : std::nullopt;
         if (!x || !y || !std::isfinite(*x) || !std::isfinite(*y))
-            throwUsageError(name, "must be two numbers like 1.5,-0.25, not " + quoted(text));
+            throwUsageError(name, tr("must be two numbers like 1.5,-0.25, not {0}", quoted(text)));
         target = MapPlace{*x, *y};
     };
     return app.add_option_function<std::string>(name, store, help)->type_name("X,Y");
@@ -97,19 +97,19 @@ CLI::Option* addPlace(CLI::App& app, const std::string& name, std::optional<MapP
 
 CLI::Option* addPrefix(CLI::App& app, std::string& target) {
     const auto store = [&target](const std::string& text) {
-        if (text.empty()) throwUsageError("--prefix", "must not be empty");
+        if (text.empty()) throwUsageError("--prefix", tr("must not be empty"));
         target = text;
     };
-    return app.add_option_function<std::string>("--prefix", store, "How the names of the files begin")
+    return app.add_option_function<std::string>("--prefix", store, tr("How the names of the files begin"))
         ->type_name("NAME")
-        ->default_str("the folder's name");
+        ->default_str(tr("the folder's name"));
 }
 
 CLI::Option* addChoice(CLI::App& app, const std::string& name, std::string& target,
                        const std::vector<std::string>& choices, const std::string& help) {
     const auto store = [name, &target, choices](const std::string& text) {
         if (std::find(choices.begin(), choices.end(), text) == choices.end())
-            throwUsageError(name, "must be one of " + enumeration(choices) + ", not " + quoted(text));
+            throwUsageError(name, tr("must be one of {0}, not {1}", enumeration(choices), quoted(text)));
         target = text;
     };
     std::string typeName;
@@ -119,13 +119,13 @@ CLI::Option* addChoice(CLI::App& app, const std::string& name, std::string& targ
 }
 
 void addJSON(CLI::App& app, bool& target) {
-    app.add_flag("--json", target, "Print one JSON object per line and nothing else");
+    app.add_flag("--json", target, tr("Print one JSON object per line and nothing else"));
 }
 
 void ModelsOption::addTo(CLI::App& app) {
-    addPath(app, "--models", directory_, "Folder of the stored models")
+    addPath(app, "--models", directory_, tr("Folder of the stored models"))
         ->type_name("DIR")
-        ->default_str("the user's own");
+        ->default_str(tr("the user's own"));
 }
 
 std::filesystem::path ModelsOption::root() const {
@@ -133,7 +133,7 @@ std::filesystem::path ModelsOption::root() const {
 }
 
 CLI::Option* CorpusOption::addTo(CLI::App& app) {
-    return addPath(app, "FOLDER", folder_, "Folder of audio samples")->type_name("")->required();
+    return addPath(app, "FOLDER", folder_, tr("Folder of audio samples"))->type_name("")->required();
 }
 
 std::filesystem::path CorpusOption::folder() const {
@@ -141,13 +141,14 @@ std::filesystem::path CorpusOption::folder() const {
 }
 
 void ComputeOptions::addTo(CLI::App& app) {
-    addWholeNumber(app, "--threads", threads_, {1, 1024}, "Threads to use")->default_str("one per processor");
+    addWholeNumber(app, "--threads", threads_, {1, 1024}, tr("Threads to use"))
+        ->default_str(tr("one per processor"));
     const auto storeDevice = [this](const std::string& text) {
-        if (text.empty()) throwUsageError("--device", "must not be empty");
+        if (text.empty()) throwUsageError("--device", tr("must not be empty"));
         device_ = text;
     };
     app.add_option_function<std::string>("--device", storeDevice,
-                                         "Where to compute; 'devices' lists numbers and names")
+                                         tr("Where to compute; 'devices' lists numbers and names"))
         ->type_name("auto|cpu|gpu|INDEX|NAME")
         ->default_str(device_);
 }
@@ -161,8 +162,7 @@ ComputeOptions::Scope::Scope(const ComputeOptions& options, network::Machine& ma
     try {
         (void)device_.device();
     } catch (const network::NoDeviceError& error) {
-        throw network::NoDeviceError(std::string(error.what()) +
-                                     " 'quillmere-cli devices' lists the devices.");
+        throw network::NoDeviceError("{0} 'quillmere-cli devices' lists the devices.", error.message());
     }
 }
 

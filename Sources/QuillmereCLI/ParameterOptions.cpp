@@ -49,7 +49,7 @@ Aesthetics readAesthetics(const std::filesystem::path& file) {
             throw InvalidParameterError("Phase passes (phaseIterations) are too many");
         return aesthetics;
     } catch (const Failure& failure) {
-        throw DecodingError(Text::utf8(file) + ": " + failure.what());
+        throw DecodingError("{0}: {1}", file, failure.message());
     }
 }
 
@@ -58,8 +58,8 @@ void setNoted(Aesthetics& aesthetics, const ParameterSpec& spec, double value, C
     aesthetics.set(spec, value);
     const double used = spec.value(aesthetics);
     if (used != value) {
-        console.note("Note: " + std::string(spec.id) + " goes from " + spec.format(spec.lower) + " to " +
-                     spec.format(spec.upper) + "; using " + spec.format(used) + ".");
+        console.note(tr("Note: {0} goes from {1} to {2}; using {3}.", spec.id, spec.format(spec.lower),
+                        spec.format(spec.upper), spec.format(used)));
     }
 }
 
@@ -69,16 +69,16 @@ void ParameterOptions::addTo(CLI::App& app, Ranges ranges) {
     const auto storePreset = [this](const std::string& name) {
         preset_ = Preset::named(name);
         if (preset_ == nullptr) {
-            throwUsageError("--preset", "must be one of " + enumeration(presetNames()) + ", not \"" +
-                                            printable(name) + "\"");
+            throwUsageError("--preset", tr("must be one of {0}, not \"{1}\"", enumeration(presetNames()),
+                                           printable(name)));
         }
     };
-    CLI::Option* const preset = app.add_option_function<std::string>("--preset", storePreset,
-                                                                     "Character to start from; see 'presets'")
+    CLI::Option* const preset = app.add_option_function<std::string>(
+                                       "--preset", storePreset, tr("Character to start from; see 'presets'"))
                                     ->type_name("NAME")
                                     ->default_str("Balanced");
     CLI::Option* const file =
-        addPath(app, "--aesthetics", file_, "Start from the twenty parameters of a JSON file instead")
+        addPath(app, "--aesthetics", file_, tr("Start from the twenty parameters of a JSON file instead"))
             ->type_name("FILE.json");
     file->excludes(preset);
 
@@ -97,18 +97,19 @@ void ParameterOptions::addTo(CLI::App& app, Ranges ranges) {
     };
     app.add_option_function<std::vector<std::string>>(
            "--set", storeAssignments,
-           takesRanges ? "Range of a parameter, as pitch=-12:12:7, or one value; may be repeated; see "
-                         "'parameters'"
-                       : "Change one parameter; may be repeated; see 'parameters'")
+           takesRanges ? tr("Range of a parameter, as pitch=-12:12:7, or one value; may be repeated; see "
+                            "'parameters'")
+                       : tr("Change one parameter; may be repeated; see 'parameters'"))
         ->type_name(takesRanges ? "ID=FROM:TO:COUNT" : "ID=VALUE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 
     addReal(app, "--detail", detail_, {0, 1},
-            "How much fine structure and attack to take from the samples themselves")
+            tr("How much fine structure and attack to take from the samples themselves"))
         ->default_str("0");
-    addSeed(app, seed_, "The same number gives the same result")->default_str("a fresh one");
-    formatOption_ = addChoice(app, "--format", format_, formatNames(), "Sample format")->default_str(format_);
+    addSeed(app, seed_, tr("The same number gives the same result"))->default_str(tr("a fresh one"));
+    formatOption_ =
+        addChoice(app, "--format", format_, formatNames(), tr("Sample format"))->default_str(format_);
 }
 
 std::optional<Sweep::Axis> ParameterOptions::parseRange(const std::string& text) {
@@ -121,12 +122,13 @@ std::optional<Sweep::Axis> ParameterOptions::parseRange(const std::string& text)
     const auto count =
         second < text.size() ? Text::parseInteger(text.substr(second + 1)) : std::optional<std::int64_t>();
     if (!to || !count || *count < fewest || *count > std::numeric_limits<int>::max())
-        throwUsageError("--set", "must look like pitch=-12:12:7, not \"" + printable(text) + "\"");
+        throwUsageError("--set", tr("must look like pitch=-12:12:7, not \"{0}\"", printable(text)));
     const ParameterSpec& spec = *from.spec;
     for (const double value : {from.value, *to}) {
         if (value < spec.lower || value > spec.upper)
-            throwUsageError("--set", std::string(spec.id) + " goes from " + spec.format(spec.lower) + " to " +
-                                         spec.format(spec.upper) + ", not to " + spec.format(value));
+            throwUsageError("--set",
+                            tr("{0} goes from {1} to {2}, not to {3}", spec.id, spec.format(spec.lower),
+                               spec.format(spec.upper), spec.format(value)));
     }
     return Sweep::Axis{from.spec, from.value, *to, *count};
 }
@@ -134,16 +136,16 @@ std::optional<Sweep::Axis> ParameterOptions::parseRange(const std::string& text)
 ParameterOptions::Assignment ParameterOptions::parseAssignment(const std::string& text) {
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos)
-        throwUsageError("--set", "must look like pitch=-3, not \"" + printable(text) + "\"");
+        throwUsageError("--set", tr("must look like pitch=-3, not \"{0}\"", printable(text)));
     const std::string id = text.substr(0, equals);
     const std::string number = text.substr(equals + 1);
     const ParameterSpec* const spec = Aesthetics::spec(id);
     if (spec == nullptr) {
-        throwUsageError("--set", "\"" + printable(id) + "\" is no parameter; the parameters are " +
-                                     enumeration(parameterIDs()));
+        throwUsageError("--set", tr("\"{0}\" is no parameter; the parameters are {1}", printable(id),
+                                    enumeration(parameterIDs())));
     }
     const auto value = ParameterSpec::parse(number);
-    if (!value) throwUsageError("--set", id + " must be a number, not \"" + printable(number) + "\"");
+    if (!value) throwUsageError("--set", tr("{0} must be a number, not \"{1}\"", id, printable(number)));
     return {spec, *value};
 }
 
@@ -163,7 +165,7 @@ Aesthetics ParameterOptions::changed(const Aesthetics& start, Console& console) 
 void ParameterOptions::notePlaceless(const std::string& reason, Console& console) const {
     for (const Assignment& assignment : assignments_) {
         if (assignment.spec->group != ParameterSpec::Group::latent) continue;
-        console.note("Note: " + std::string(assignment.spec->id) + " changes nothing here: " + reason);
+        console.note(tr("Note: {0} changes nothing here: {1}", assignment.spec->id, reason));
     }
 }
 

@@ -32,12 +32,13 @@ void print(std::span<const ParameterSpec> specs, Console& console) {
     for (const ParameterSpec& spec : specs) {
         if (group != spec.group) {
             if (group) console.print("");
-            console.print(rawValue(spec.group));
+            console.print(trTable(rawValue(spec.group)));
             group = spec.group;
         }
-        console.print("  " + padded(spec.id, idColumns) + spec.format(spec.lower) + " to " +
-                      spec.format(spec.upper) + ", default " + spec.format(spec.value(defaults)));
-        console.print("      " + std::string(spec.help));
+        console.print("  " + padded(spec.id, idColumns) +
+                      tr("{0} to {1}, default {2}", spec.format(spec.lower), spec.format(spec.upper),
+                         spec.format(spec.value(defaults))));
+        console.print("      " + trTable(spec.help));
     }
 }
 
@@ -54,7 +55,7 @@ void listParameters(Console& console) {
 
 void addParameters(CLI::App& app, Invocation& invocation) {
     const auto json = std::make_shared<bool>(false);
-    CLI::App* const command = app.add_subcommand("parameters", "List the parameters that --set takes");
+    CLI::App* const command = app.add_subcommand("parameters", tr("List the parameters that --set takes"));
     addJSON(*command, *json);
     command->callback([json, &invocation] {
         invocation.json = *json;

@@ -1,6 +1,7 @@
 #include "QuillmereCLI/PictureOption.h"
 
 #include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Picture/PictureFile.h"
 #include "QuillmereCore/Util/Paths.h"
 
@@ -8,10 +9,10 @@ namespace quillmere::cli {
 
 void PictureOption::addTo(CLI::App& app) {
     const auto store = [this](const std::string& text) {
-        if (PictureFile::problemWithName(text)) throwUsageError("--picture", "must end in .png or .svg");
+        if (PictureFile::problemWithName(text)) throwUsageError("--picture", tr("must end in .png or .svg"));
         file_ = text;
     };
-    app.add_option_function<std::string>("--picture", store, "Draw it into this file")
+    app.add_option_function<std::string>("--picture", store, tr("Draw it into this file"))
         ->type_name("FILE.png|svg");
 }
 

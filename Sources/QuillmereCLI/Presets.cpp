@@ -11,7 +11,7 @@ void listPresets(Console& console) {
     std::vector<std::vector<std::string>> rows;
     JSON presets = JSON::array();
     for (const Preset& preset : Preset::all()) {
-        rows.push_back({std::string(preset.name), std::string(preset.blurb)});
+        rows.push_back({std::string(preset.name), trTable(preset.blurb)});
         JSON item = JSON::object();
         item["name"] = preset.name;
         item["blurb"] = preset.blurb;
@@ -29,7 +29,7 @@ void listPresets(Console& console) {
 
 void addPresets(CLI::App& app, Invocation& invocation) {
     const auto json = std::make_shared<bool>(false);
-    CLI::App* const command = app.add_subcommand("presets", "List the presets");
+    CLI::App* const command = app.add_subcommand("presets", tr("List the presets"));
     addJSON(*command, *json);
     command->callback([json, &invocation] {
         invocation.json = *json;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "QuillmereCLI/Wording.h"
+#include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::cli {
@@ -26,14 +27,48 @@ std::string bar(double fraction, std::size_t width) {
     return "[" + std::string(filled, '#') + std::string(width - filled, '.') + "]";
 }
 
-std::string plural(std::string_view unit, std::int64_t count) {
-    return counted(count, unit, std::string(unit) + "s");
+std::string shown(const Message& message) {
+    return printable(Language::text(message));
+}
+
+// "10 variations"
+std::string amount(WorkProgress::Unit unit, std::int64_t count) {
+    switch (unit) {
+        case WorkProgress::Unit::none:
+            break;
+        case WorkProgress::Unit::step:
+            return trCounted(count, "{0} step", "{0} steps");
+        case WorkProgress::Unit::file:
+            return trCounted(count, "{0} file", "{0} files");
+        case WorkProgress::Unit::sample:
+            return trCounted(count, "{0} sample", "{0} samples");
+        case WorkProgress::Unit::variation:
+            return trCounted(count, "{0} variation", "{0} variations");
+    }
+    fatal("nothing is counted");
+}
+
+// "variation 3/10"
+std::string position(const WorkProgress& progress) {
+    switch (progress.unit) {
+        case WorkProgress::Unit::none:
+            break;
+        case WorkProgress::Unit::step:
+            return tr("step {0}/{1}", progress.step, progress.totalSteps);
+        case WorkProgress::Unit::file:
+            return tr("file {0}/{1}", progress.step, progress.totalSteps);
+        case WorkProgress::Unit::sample:
+            return tr("sample {0}/{1}", progress.step, progress.totalSteps);
+        case WorkProgress::Unit::variation:
+            return tr("variation {0}/{1}", progress.step, progress.totalSteps);
+    }
+    fatal("nothing is counted");
 }
 
 // The one line that stands for a phase where nothing can be redrawn.
 std::string phaseText(const WorkProgress& progress) {
-    if (progress.unit.empty()) return printable(progress.message);
-    return printable(progress.message) + " " + plural(progress.unit, progress.totalSteps);
+    if (progress.unit == WorkProgress::Unit::none) return shown(progress.message);
+    return shown(progress.message) + " " + amount(progress.unit, progress.totalSteps);
 }
 
 }  // namespace
@@ -46,7 +81,7 @@ WorkProgress workProgress(const TrainingProgress& progress) {
     work.totalSteps = progress.totalSteps;
     work.fraction = progress.fraction;
     work.secondsRemaining = progress.secondsRemaining;
-    if (progress.phase == TrainingProgress::Phase::training) work.unit = "step";
+    if (progress.phase == TrainingProgress::Phase::training) work.unit = WorkProgress::Unit::step;
     if (progress.phase != TrainingProgress::Phase::analysing)
         work.losses = WorkProgress::Losses{progress.loss, progress.reconstruction, progress.kl};
     return work;
@@ -54,15 +89,13 @@ WorkProgress workProgress(const TrainingProgress& progress) {
 
 std::string progressText(const WorkProgress& progress, std::size_t width) {
     const double fraction = std::isfinite(progress.fraction) ? std::clamp(progress.fraction, 0.0, 1.0) : 0.0;
-    std::vector<std::string> parts{printable(progress.message)};
+    const bool counts = progress.unit != WorkProgress::Unit::none;
+    std::vector<std::string> parts{shown(progress.message)};
     parts.push_back(Text::fixed(std::floor(fraction * 100), 0) + " %");
-    if (!progress.unit.empty()) {
-        parts.push_back(std::string(progress.unit) + " " + std::to_string(progress.step) + "/" +
-                        std::to_string(progress.totalSteps));
-    }
-    if (!progress.unit.empty() && progress.losses)
-        parts.push_back("loss " + Text::fixed(static_cast<double>(progress.losses->loss), 4));
-    if (progress.secondsRemaining) parts.push_back(roughDuration(*progress.secondsRemaining) + " left");
+    if (counts) parts.push_back(position(progress));
+    if (counts && progress.losses)
+        parts.push_back(tr("loss {0}", Text::fixed(static_cast<double>(progress.losses->loss), 4)));
+    if (progress.secondsRemaining) parts.push_back(tr("{0} left", roughDuration(*progress.secondsRemaining)));
 
     constexpr std::size_t frame = 4;  // brackets and two blanks
     const std::size_t used = columns(joined(parts));
@@ -81,7 +114,7 @@ void ProgressLine::report(const WorkProgress& progress) {
     if (console_.json()) {
         JSON event = makeEvent("progress");
         event["phase"] = progress.phase;
-        event["message"] = progress.message;
+        event["message"] = progress.message.english();
         event["step"] = progress.step;
         event["totalSteps"] = progress.totalSteps;
         event["fraction"] = progress.fraction;
@@ -135,10 +168,14 @@ JSON ProgressLine::timesJSON() const {
 std::string ProgressLine::timesText() const {
     std::string text;
     for (const PhaseTime& time : times_) {
-        if (!text.empty()) text += ", ";
-        text += time.phase + " " + duration(time.seconds);
+        const std::string part = trTable(time.phase) + " " + duration(time.seconds);
+        text = text.empty() ? part : tr("{0}, {1}", text, part);
     }
     return text;
+}
+
+std::string ProgressLine::tookText() const {
+    return tr("Took {0} ({1}).", duration(totalSeconds()), timesText());
 }
 
 double ProgressLine::totalSeconds() const {

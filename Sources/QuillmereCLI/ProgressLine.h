@@ -16,10 +16,12 @@ namespace quillmere::cli {
 
 // One report of long work.
 struct WorkProgress {
-    std::string phase;      // "scanning", "analysing", "training", "finishing", "saving" or "generating"
-    std::string message;    // for people
-    std::string_view unit;  // what step counts, singular; empty: counts are not shown
-    std::int64_t step = 0;  // units done
+    enum class Unit { none, step, file, sample, variation };
+
+    std::string phase;       // "scanning", "analysing", "training", …; a table's text
+    Message message;         // for people
+    Unit unit = Unit::none;  // what step counts; none: counts are not shown
+    std::int64_t step = 0;   // units done
     std::int64_t totalSteps = 0;
     double fraction = 0;  // of the learning or of the generating, 0 ... 1
 
@@ -61,6 +63,8 @@ public:
     [[nodiscard]] JSON timesJSON() const;
     // "training 1 min 2 s, finishing 0.10 s".
     [[nodiscard]] std::string timesText() const;
+    // "Took 1 min 3 s (training 1 min 2 s, finishing 0.10 s)."
+    [[nodiscard]] std::string tookText() const;
     [[nodiscard]] double totalSeconds() const;
 
 private:

@@ -11,6 +11,8 @@
 namespace quillmere::cli {
 namespace {
 
+constexpr std::size_t labelColumns = 11;
+
 struct RecipeCommandOptions {
     std::vector<std::filesystem::path> files;
     bool json = false;
@@ -37,22 +39,22 @@ std::string characterText(const Aesthetics& aesthetics) {
             fewest = std::move(texts);
         }
     }
-    const std::string name = "the preset " + std::string(nearest->name);
-    return fewest.empty() ? name : name + " with " + enumeration(fewest);
+    if (fewest.empty()) return tr("the preset {0}", nearest->name);
+    return tr("the preset {0} with {1}", nearest->name, enumeration(fewest));
 }
 
 std::string lineageText(const Lineage& lineage) {
     std::string text = printable(lineage.way);
     for (const auto& [name, value] : lineage.values)
         text += " " + printable(name) + " " + Text::fixed(value, 2);
-    if (!lineage.parents.empty()) text += ", from " + counted(std::ssize(lineage.parents), "file", "files");
-    return text;
+    if (lineage.parents.empty()) return text;
+    return trCounted(std::ssize(lineage.parents), "{1}, from {0} file", "{1}, from {0} files", text);
 }
 
 std::string fitText(const SoundFit& fit) {
     const double gain = 20 * std::log10(static_cast<double>(fit.gain));
-    return "to " + counted(static_cast<std::int64_t>(fit.samples), "sample", "samples") + " and by " +
-           Text::fixed(gain, 1) + " dB";
+    return trCounted(static_cast<std::int64_t>(fit.samples), "to {0} sample and by {1} dB",
+                     "to {0} samples and by {1} dB", Text::fixed(gain, 1));
 }
 
 std::string_view rawValue(KnownFile::Carrier carrier) {
@@ -72,26 +74,29 @@ bool isByteForByte(const KnownFile& known) {
 }
 
 std::string knownFromText(const KnownFile& known) {
-    if (known.carrier == KnownFile::Carrier::chunk) return "the file itself";
-    if (known.carrier == KnownFile::Carrier::document) return "this document";
-    return std::string("the journal, by its ") + (isByteForByte(known) ? "bytes" : "sound") + ": written " +
-           printable(known.entry->written) + " as " + printable(known.entry->file);
+    if (known.carrier == KnownFile::Carrier::chunk) return tr("the file itself");
+    if (known.carrier == KnownFile::Carrier::document) return tr("this document");
+    const std::string written = printable(known.entry->written);
+    const std::string file = printable(known.entry->file);
+    return isByteForByte(known) ? tr("the journal, by its bytes: written {0} as {1}", written, file)
+                                : tr("the journal, by its sound: written {0} as {1}", written, file);
 }
 
 void print(const KnownFile& known, const Recipe& recipe, Console& console) {
-    const auto line = [&](std::string_view name, const std::string& text) {
-        console.print("  " + padded(name, 10) + " " + text);
+    const auto line = [&](const std::string& name, const std::string& text) {
+        console.print("  " + labelled(name, labelColumns, text));
     };
-    line("known from", knownFromText(known));
-    line("made by", "quillmere " + printable(recipe.program) + " on " +
-                        (recipe.device == deviceProcessor ? "the processor" : printable(recipe.device)));
-    line("model", printable(recipe.corpusName) + ", " + printable(recipe.model.substr(0, 16)) + "…");
-    line("seed", std::to_string(recipe.seed) + ", variation " + std::to_string(recipe.index + 1));
-    line("character", characterText(recipe.aesthetics));
-    line("blend", blendText(recipe));
-    if (recipe.lineage) line("way", lineageText(*recipe.lineage));
-    if (recipe.fit) line("fitted", fitText(*recipe.fit));
-    line("format", std::string(label(recipe.format)));
+    const std::string device =
+        recipe.device == deviceProcessor ? tr("the processor") : printable(recipe.device);
+    line(tr("known from"), knownFromText(known));
+    line(tr("made by"), tr("quillmere {0} on {1}", printable(recipe.program), device));
+    line(tr("model"), printable(recipe.corpusName) + ", " + printable(recipe.model.substr(0, 16)) + "…");
+    line(tr("seed"), tr("{0}, variation {1}", recipe.seed, recipe.index + 1));
+    line(tr("character"), characterText(recipe.aesthetics));
+    line(tr("blend"), blendText(recipe));
+    if (recipe.lineage) line(tr("way"), lineageText(*recipe.lineage));
+    if (recipe.fit) line(tr("fitted"), fitText(*recipe.fit));
+    line(tr("format"), std::string(label(recipe.format)));
 }
 
 void print(const KnownFile& known, Console& console) {
@@ -99,15 +104,16 @@ void print(const KnownFile& known, Console& console) {
     console.print(shownPath(known.file));
     for (const Recipe& recipe : known.recipes)
         print(known, recipe, console);
-    console.print("  again      quillmere-cli generate --recipe " + shellWord(known.file) +
-                  " --output FOLDER");
+    console.print("  " +
+                  labelled(tr("again"), labelColumns,
+                           "quillmere-cli generate --recipe " + shellWord(known.file) + " --output FOLDER"));
 }
 
 JSON toJSON(const KnownFile& known) {
     JSON item = JSON::object();
     item["path"] = cli::toJSON(known.file);
     if (!known.problem.empty()) {
-        item["problem"] = known.problem;
+        item["problem"] = known.problem.english();
         return item;
     }
     item["knownFrom"] = rawValue(known.carrier);
@@ -138,17 +144,18 @@ void showRecipes(const RecipeCommandOptions& options, Console& console, const Ca
     if (problems == 0) return;
     if (files.size() == 1) throw Failure(files.front().problem);
     for (const KnownFile& known : files) {
-        if (!known.problem.empty()) console.note(printable(known.problem));
+        if (!known.problem.empty()) console.note(printable(Language::text(known.problem)));
     }
-    throw Failure(counted(problems, "file has", "files have") + " no recipe that can be read.");
+    throw Failure(Message::counted(problems, "{0} file has no recipe that can be read.",
+                                   "{0} files have no recipe that can be read."));
 }
 
 }  // namespace
 
 void addRecipe(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<RecipeCommandOptions>();
-    CLI::App* const command = app.add_subcommand("recipe", "Tell how a file was made");
-    addFiles(*command, "FILE", options->files, "Sounds, or documents of recipes")
+    CLI::App* const command = app.add_subcommand("recipe", tr("Tell how a file was made"));
+    addFiles(*command, "FILE", options->files, tr("Sounds, or documents of recipes"))
         ->type_name("...")
         ->required();
     addJSON(*command, options->json);

@@ -16,8 +16,9 @@ bool isJournalOn(Console& console) {
     try {
         return JournalPreference::isOn();
     } catch (const FileError& error) {
-        console.note("Note: the journal stays as it is, because it cannot be told whether it is wanted. " +
-                     printable(error.what()) + ".");
+        console.note(
+            tr("Note: the journal stays as it is, because it cannot be told whether it is wanted. {0}.",
+               printable(Language::text(error.message()))));
         return false;
     }
 }
@@ -26,9 +27,9 @@ bool isJournalOn(Console& console) {
 
 void RecipeOptions::addTo(CLI::App& app) {
     app.add_flag("--no-journal", noJournal_,
-                 "Note nowhere how the files were made: 'recipe' and 'verify' will not know them");
-    app.add_flag("--embed-recipe", embedded_, "Put its recipe into each file, behind the sound");
-    addPath(app, "--recipes", document_, "Append the recipes to this file")->type_name("FILE.jsonl");
+                 tr("Note nowhere how the files were made: 'recipe' and 'verify' will not know them"));
+    app.add_flag("--embed-recipe", embedded_, tr("Put its recipe into each file, behind the sound"));
+    addPath(app, "--recipes", document_, tr("Append the recipes to this file"))->type_name("FILE.jsonl");
 }
 
 RecipeCarriers RecipeOptions::carriers(Console& console) const {
@@ -52,10 +53,10 @@ void noteJournalProblem(const RecipeKeeper& keeper, Console& console) {
     noteJournalProblem(keeper.journalProblem(), console);
 }
 
-void noteJournalProblem(const std::optional<std::string>& problem, Console& console) {
+void noteJournalProblem(const std::optional<Message>& problem, Console& console) {
     if (problem) {
-        console.note("Note: how the files were made could not be noted everywhere. " + printable(*problem) +
-                     ".");
+        console.note(tr("Note: how the files were made could not be noted everywhere. {0}.",
+                        printable(Language::text(*problem))));
     }
 }
 
@@ -74,10 +75,10 @@ std::string blendText(const Recipe& recipe) {
     std::vector<std::string> texts;
     for (const SampleOrigin::Source& source : recipe.sources) {
         const std::string name =
-            source.name.empty() ? "sample " + std::to_string(source.clip + 1) : printable(source.name);
-        texts.push_back(Text::fixed(100.0 * static_cast<double>(source.weight), 0) + " % " + name);
+            source.name.empty() ? tr("sample {0}", source.clip + 1) : printable(source.name);
+        texts.push_back(tr("{0} % {1}", Text::fixed(100.0 * static_cast<double>(source.weight), 0), name));
     }
-    return texts.empty() ? "of nothing" : enumeration(texts);
+    return texts.empty() ? tr("of nothing") : enumeration(texts);
 }
 
 CLI::Option* addFiles(CLI::App& app, const std::string& name, std::vector<std::filesystem::path>& target,
@@ -85,7 +86,7 @@ CLI::Option* addFiles(CLI::App& app, const std::string& name, std::vector<std::f
     const auto store = [name, &target](const std::vector<std::string>& texts) {
         target.clear();
         for (const std::string& text : texts) {
-            if (text.empty()) throwUsageError(name, "must not be empty");
+            if (text.empty()) throwUsageError(name, tr("must not be empty"));
             target.emplace_back(text);
         }
     };

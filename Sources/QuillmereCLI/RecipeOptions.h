@@ -33,7 +33,7 @@ private:
 [[nodiscard]] RecipeBase recipeBase(network::ChosenDevice& device, const ModelMetadata& model);
 
 // Says so when the journal could not be written.
-void noteJournalProblem(const std::optional<std::string>& problem, Console& console);
+void noteJournalProblem(const std::optional<Message>& problem, Console& console);
 void noteJournalProblem(const RecipeKeeper& keeper, Console& console);
 
 // The user's own journal; nothing for a user without a home directory.

@@ -43,10 +43,10 @@ CorpusFile asCorpusFile(const fs::path& file) {
 }
 
 // Measures the candidates, in parallel; those that cannot be read stay without a print.
-void measure(std::vector<Candidate>& candidates, const SoundPrinter& printer, const std::string& message,
+void measure(std::vector<Candidate>& candidates, const SoundPrinter& printer, const Message& message,
              ProgressLine& progress, const CancelFlag& cancel) {
     WorkProgress work;
-    work.phase = "comparing";
+    work.phase = translatable("comparing");
     work.message = message;
     progress.report(work);
     parallelFor(candidates.size(), [&](std::size_t i) {
@@ -82,14 +82,13 @@ bool isSameFile(const fs::path& a, const fs::path& b) {
 
 // The folder that was named, or that of the model which made the file.
 fs::path corpusOf(const KnownFile& known, const RelativesOptions& options, const CancelFlag& cancel) {
-    constexpr const char* hint = "; name a folder to look in with --in";
     if (!options.folder.empty()) return ModelStore::corpusPath(options.folder);
-    if (!known.problem.empty()) throw Failure(known.problem + hint);
+    if (!known.problem.empty()) throw Failure("{0}; name a folder to look in with --in", known.problem);
     const Recipe& recipe = known.recipes.front();
     const FoundModel found = findModel(recipe, options.models.root(), cancel.token());
     if (!found.bundle) {
-        throw Failure(Text::utf8(known.file) + ": " + missingModelText(recipe, found, options.models.root()) +
-                      hint);
+        throw Failure("{0}: {1}; name a folder to look in with --in", known.file,
+                      missingModelText(recipe, found, options.models.root()));
     }
     return found.bundle->metadata.corpusPath;
 }
@@ -123,15 +122,15 @@ std::vector<Candidate> earlierResults(const std::string& corpusName, const Known
 std::string verdictText(Kinship kinship, const std::string& name) {
     switch (kinship) {
         case Kinship::copy:
-            return "a copy of " + name;
+            return tr("Verdict: a copy of {0}.", name);
         case Kinship::close:
-            return "close to " + name;
+            return tr("Verdict: close to {0}.", name);
         case Kinship::fresh:
-            return "new, of the kind of " + name;
+            return tr("Verdict: new, of the kind of {0}.", name);
         case Kinship::far:
             break;
     }
-    return "far from all of them";
+    return tr("Verdict: far from all of them.");
 }
 
 void print(const std::string& title, const std::vector<Relative>& relatives, Console& console) {
@@ -156,27 +155,27 @@ void findRelatives(const RelativesOptions& options, Console& console, const Canc
     ProgressLine progress(console);
     const KnownFile known = lookUp({options.file}, cancel).front();
     if (known.carrier == KnownFile::Carrier::document && known.problem.empty())
-        throw Failure(Text::utf8(known.file) + " holds recipes and no sound");
+        throw Failure("{0} holds recipes and no sound", known.file);
     const SoundPrinter printer;
     const std::optional<SoundPrint> sound = printer.print(asCorpusFile(options.file));
-    if (!sound) throw Failure(Text::utf8(options.file) + " is silent");
+    if (!sound) throw Failure("{0} is silent", options.file);
 
     const fs::path folder = corpusOf(known, options, cancel);
     std::vector<Candidate> samples = samplesIn(folder, options.file, cancel);
-    measure(samples, printer, "Comparing with " + Text::utf8(folder.filename()) + "…", progress, cancel);
+    measure(samples, printer, Message("Comparing with {0}…", folder.filename()), progress, cancel);
     std::vector<Candidate> results =
         earlierResults(ModelStore::corpusName(folder), known, options.results, cancel);
-    measure(results, printer, "Comparing with earlier results…", progress, cancel);
+    measure(results, printer, Message("Comparing with earlier results…"), progress, cancel);
     progress.finish();
 
     const std::vector<Relative> nearestSamples = nearest(*sound, samples, options.count);
     const std::vector<Relative> nearestResults = nearest(*sound, results, options.count);
-    if (nearestSamples.empty()) throw Failure(Text::utf8(folder) + " has no other sound to compare with");
+    if (nearestSamples.empty()) throw Failure("{0} has no other sound to compare with", folder);
     const Kinship verdict = kinship(nearestSamples.front().distance);
-    if (!known.recipes.empty()) console.print("Made of " + blendText(known.recipes.front()) + ".");
-    print("Nearest samples of " + shownPath(folder) + ":", nearestSamples, console);
-    print("Nearest earlier results:", nearestResults, console);
-    console.print("Verdict: " + verdictText(verdict, printable(nearestSamples.front().name)) + ".");
+    if (!known.recipes.empty()) console.print(tr("Made of {0}.", blendText(known.recipes.front())));
+    print(tr("Nearest samples of {0}:", shownPath(folder)), nearestSamples, console);
+    print(tr("Nearest earlier results:"), nearestResults, console);
+    console.print(verdictText(verdict, printable(nearestSamples.front().name)));
 
     JSON result = makeResult("relatives");
     result["path"] = cli::toJSON(options.file);
@@ -195,15 +194,15 @@ void findRelatives(const RelativesOptions& options, Console& console, const Canc
 void addRelatives(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<RelativesOptions>();
     CLI::App* const command =
-        app.add_subcommand("relatives", "Tell what a sound is made of, and what sounds like it");
-    addPath(*command, "FILE", options->file, "A sound, made here or not")->type_name("")->required();
-    addPath(*command, "--in", options->folder, "Folder of samples to look in")
+        app.add_subcommand("relatives", tr("Tell what a sound is made of, and what sounds like it"));
+    addPath(*command, "FILE", options->file, tr("A sound, made here or not"))->type_name("")->required();
+    addPath(*command, "--in", options->folder, tr("Folder of samples to look in"))
         ->type_name("FOLDER")
-        ->default_str("the one it was made from");
-    addWholeNumber(*command, "--count", options->count, {1, 1000}, "How many of each kind to show")
+        ->default_str(tr("the one it was made from"));
+    addWholeNumber(*command, "--count", options->count, {1, 1000}, tr("How many of each kind to show"))
         ->default_str(std::to_string(options->count));
     addWholeNumber(*command, "--results", options->results, {0, 1'000'000},
-                   "How many of the newest earlier results to look at")
+                   tr("How many of the newest earlier results to look at"))
         ->default_str(std::to_string(options->results));
     options->models.addTo(*command);
     addJSON(*command, options->json);

@@ -18,16 +18,16 @@ namespace {
 void noteWithoutEffect(const RemakingOrder& order, const ParameterOptions& parameters, Console& console) {
     if (order.way == RemakingOrder::Way::skin) return;
     parameters.notePlaceless(order.way == RemakingOrder::Way::like
-                                 ? "--closeness says how far the new ones go."
-                                 : "a recipe keeps the place in the model that was drawn.",
+                                 ? tr("--closeness says how far the new ones go.")
+                                 : tr("a recipe keeps the place in the model that was drawn."),
                              console);
 }
 
 void noteOtherDevice(const Recipe& recipe, const std::string& device, const std::filesystem::path& source,
                      Console& console) {
     if (recipe.device == device) return;
-    console.note("Note: " + shownPath(source) + " was made on another device (" + printable(recipe.device) +
-                 "); the last bits may differ.");
+    console.note(tr("Note: {0} was made on another device ({1}); the last bits may differ.",
+                    shownPath(source), printable(recipe.device)));
 }
 
 double detailOf(const Recipe& recipe, const ParameterOptions& parameters) {
@@ -89,8 +89,7 @@ std::vector<RecipeOrder> ordersForNew(const RemakingOrder& order, const std::vec
             known.back().detailBasis = DetailBasis::none;        // a new one takes what is there now
             (void)models.of({file.file, known.back()}, cancel);  // each has to fit its model
             if (recipe.model != known.front().model)
-                throw Failure(Text::utf8(file.file) + " was made with another model than " +
-                              Text::utf8(files.front().file));
+                throw Failure("{0} was made with another model than {1}", file.file, files.front().file);
         }
     }
     const Recipe& first = known.front();
@@ -213,12 +212,11 @@ void remake(const RemakingOrder& order, const ParameterOptions& parameters, cons
         rest = rest.subspan(together.size());
     }
     progress.finish();
-    console.print(isNew ? "Wrote " + counted(std::ssize(files), "variation", "variations") + " to " +
-                              shownPath(order.output) + ":"
-                        : "Made " + counted(std::ssize(files), "file", "files") + " again in " +
-                              shownPath(order.output) + ":");
+    console.print(isNew ? wroteText(std::ssize(files), order.output)
+                        : trCounted(std::ssize(files), "Made {0} file again in {1}:",
+                                    "Made {0} files again in {1}:", shownPath(order.output)));
     printFiles(files, console);
-    if (isNew) console.print("Seed " + std::to_string(seed) + ".");
+    if (isNew) console.print(tr("Seed {0}.", seed));
     console.emit(resultJSON(order, orders, seed, files, progress));
 }
 

@@ -26,14 +26,14 @@ struct ReportCommandOptions {
 
     void addTo(CLI::App& app) {
         corpus.addTo(app);
-        addPath(app, "--html", page, "Write it as a page with pictures and players, too")
+        addPath(app, "--html", page, tr("Write it as a page with pictures and players, too"))
             ->type_name("FILE.html");
-        addWholeNumber(app, "--examples", examples, {0, 1000}, "Samples to show on the page, worst first")
+        addWholeNumber(app, "--examples", examples, {0, 1000}, tr("Samples to show on the page, worst first"))
             ->default_str(std::to_string(examples));
         app.add_flag(
             "--hold-back", holdsBack,
-            "Train a model without one in ten of the samples and tell how it copes with these; takes "
-            "as long as training");
+            tr("Train a model without one in ten of the samples and tell how it copes with these; takes as "
+               "long as training"));
         compute.addTo(app);
         models.addTo(app);
         addJSON(app, json);
@@ -44,19 +44,19 @@ WorkProgress workProgress(const ReportProgress& report) {
     WorkProgress work;
     switch (report.part) {
         case ReportProgress::Part::reading:
-            work.phase = "analysing";
-            work.message = "Reading the samples…";
-            work.unit = "file";
+            work.phase = translatable("analysing");
+            work.message = Message("Reading the samples…");
+            work.unit = WorkProgress::Unit::file;
             break;
         case ReportProgress::Part::comparing:
-            work.phase = "comparing";
-            work.message = "Comparing the samples…";
-            work.unit = "sample";
+            work.phase = translatable("comparing");
+            work.message = Message("Comparing the samples…");
+            work.unit = WorkProgress::Unit::sample;
             break;
         case ReportProgress::Part::training:
-            work.phase = "training";
-            work.message = "Training without some of them…";
-            work.unit = "step";
+            work.phase = translatable("training");
+            work.message = Message("Training without some of them…");
+            work.unit = WorkProgress::Unit::step;
             break;
     }
     work.step = report.done;
@@ -79,35 +79,36 @@ void printTable(const std::string& title, const std::vector<std::vector<std::str
 }
 
 void print(const ReportCard& card, Console& console) {
-    console.print(card.verdict());
-    for (const std::string& sentence : card.advice())
-        console.print("- " + sentence);
-    console.print("Training: " + counted(card.steps, "step", "steps") + ", loss " +
-                  Text::fixed(static_cast<double>(card.finalLoss), 5) + ", reconstruction error " +
-                  Text::fixed(static_cast<double>(card.finalReconstructionError), 5) + ".");
+    console.print(Language::text(card.verdict()));
+    for (const Message& sentence : card.advice())
+        console.print("- " + Language::text(sentence));
+    console.print(trCounted(card.steps, "Training: {0} step, loss {1}, reconstruction error {2}.",
+                            "Training: {0} steps, loss {1}, reconstruction error {2}.",
+                            Text::fixed(static_cast<double>(card.finalLoss), 5),
+                            Text::fixed(static_cast<double>(card.finalReconstructionError), 5)));
     if (card.heldBack) {
-        console.print(
-            "Held back: " + counted(static_cast<std::int64_t>(card.heldBack->clips), "sample", "samples") +
-            ", " + dB(card.heldBack->heldBackDB) + " off; those learned meanwhile " +
-            dB(card.heldBack->learnedDB) + ".");
+        console.print(trCounted(static_cast<std::int64_t>(card.heldBack->clips),
+                                "Held back: {0} sample, {1} off; those learned meanwhile {2}.",
+                                "Held back: {0} samples, {1} off; those learned meanwhile {2}.",
+                                dB(card.heldBack->heldBackDB), dB(card.heldBack->learnedDB)));
     }
     std::vector<std::vector<std::string>> worst;
     for (const std::size_t clip : card.worst)
         worst.push_back({"  " + dB(card.clips[clip].errorDB), printable(card.clips[clip].name)});
-    printTable("Farthest off:", worst, console);
+    printTable(tr("Farthest off:"), worst, console);
     std::vector<std::vector<std::string>> pairs;
     for (const ReportCard::Pair& pair : card.nearDuplicates)
-        pairs.push_back({"  " + dB(pair.distanceDB), printable(card.clips[pair.first].name) + " and " +
-                                                         printable(card.clips[pair.second].name)});
-    printTable("Near-duplicates:", pairs, console);
+        pairs.push_back({"  " + dB(pair.distanceDB), tr("{0} and {1}", printable(card.clips[pair.first].name),
+                                                        printable(card.clips[pair.second].name))});
+    printTable(tr("Near-duplicates:"), pairs, console);
     std::vector<std::vector<std::string>> outliers;
     for (const std::size_t clip : card.outliers)
         outliers.push_back({"  " + dB(card.clips[clip].nearestDB), printable(card.clips[clip].name)});
-    printTable("Unlike all others:", outliers, console);
+    printTable(tr("Unlike all others:"), outliers, console);
     std::vector<std::vector<std::string>> blemishes;
     for (const ReportCard::Blemish& blemish : card.blemishes)
-        blemishes.push_back({"  " + std::string(rawValue(blemish.kind)), printable(blemish.name)});
-    printTable("Files that were not learned as they are:", blemishes, console);
+        blemishes.push_back({"  " + trTable(rawValue(blemish.kind)), printable(blemish.name)});
+    printTable(tr("Files that were not learned as they are:"), blemishes, console);
 }
 
 JSON namesJSON(const ReportCard& card, std::span<const std::size_t> clips) {
@@ -135,8 +136,10 @@ JSON resultJSON(const ReportCard& card, const KnownCorpus& corpus) {
     JSON result = makeResult("report");
     result["corpus"] = toJSON(corpus.summary.directory);
     result["grade"] = rawValue(card.grade());
-    result["verdict"] = card.verdict();
-    result["advice"] = card.advice();
+    result["verdict"] = card.verdict().english();
+    result["advice"] = JSON::array();
+    for (const Message& sentence : card.advice())
+        result["advice"].push_back(sentence.english());
     result["steps"] = card.steps;
     result["finalLoss"] = card.finalLoss;
     result["finalReconstructionError"] = card.finalReconstructionError;
@@ -153,7 +156,7 @@ JSON resultJSON(const ReportCard& card, const KnownCorpus& corpus) {
     JSON blemishes = JSON::array();
     for (const ReportCard::Blemish& blemish : card.blemishes)
         blemishes.push_back(
-            {{"name", blemish.name}, {"kind", rawValue(blemish.kind)}, {"reason", blemish.reason}});
+            {{"name", blemish.name}, {"kind", rawValue(blemish.kind)}, {"reason", blemish.reason.english()}});
     result["files"] = std::move(blemishes);
     if (card.heldBack) {
         result["heldBack"] = {{"clips", card.heldBack->clips},
@@ -183,7 +186,7 @@ void report(const ReportCommandOptions& options, Console& console, const CancelF
     }
     progress.finish();
     print(card, console);
-    if (!options.page.empty()) console.print("The page is " + shownPath(Paths::plain(options.page)) + ".");
+    if (!options.page.empty()) console.print(tr("The page is {0}.", shownPath(Paths::plain(options.page))));
     result["seconds"] = progress.timesJSON();
     console.emit(result);
 }
@@ -193,7 +196,7 @@ void report(const ReportCommandOptions& options, Console& console, const CancelF
 void addReport(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<ReportCommandOptions>();
     CLI::App* const command =
-        app.add_subcommand("report", "Tell how well a folder was learned, and what would help");
+        app.add_subcommand("report", tr("Tell how well a folder was learned, and what would help"));
     options->addTo(*command);
     command->callback([options, &invocation] {
         invocation.json = options->json;

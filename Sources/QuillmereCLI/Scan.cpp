@@ -21,7 +21,7 @@ struct ScanOptions {
 std::string sampleRatesText(const CorpusSummary& summary) {
     std::vector<std::string> rates;
     for (const auto& [rate, count] : summary.sampleRates)
-        rates.push_back(std::to_string(rate) + " Hz (" + counted(count, "file", "files") + ")");
+        rates.push_back(trCounted(count, "{1} Hz ({0} file)", "{1} Hz ({0} files)", rate));
     return enumeration(rates);
 }
 
@@ -43,7 +43,7 @@ std::string_view useName(FileFate::Use use) {
 std::string cutText(double clipSeconds, double fileSeconds) {
     const std::string clip = duration(clipSeconds);
     const std::string file = duration(fileSeconds);
-    return "cut at " + clip + (clip == file ? "" : " of " + file);
+    return clip == file ? tr("cut at {0}", clip) : tr("cut at {0} of {1}", clip, file);
 }
 
 std::string fateText(const FileFate& fate, double clipSeconds) {
@@ -55,18 +55,18 @@ std::string fateText(const FileFate& fate, double clipSeconds) {
             parts.push_back(cutText(clipSeconds, fate.seconds));
             break;
         case FileFate::Use::silent:
-            parts.emplace_back("left out: silent");
+            parts.emplace_back(tr("left out: silent"));
             break;
         case FileFate::Use::unreadable:
-            parts.push_back("left out: " + printable(fate.reason));
+            parts.push_back(tr("left out: {0}", printable(Language::text(fate.reason))));
             break;
     }
-    if (fate.damage.isTruncated) parts.emplace_back("ends before it should");
+    if (fate.damage.isTruncated) parts.emplace_back(tr("ends before it should"));
     if (fate.damage.silentSeconds > 0) {
-        parts.push_back("damaged: " + Text::fixed(1000 * fate.damage.silentSeconds, 0) +
-                        " ms of silence for lost sound");
+        parts.push_back(tr("damaged: {0} ms of silence for lost sound",
+                           Text::fixed(1000 * fate.damage.silentSeconds, 0)));
     }
-    if (fate.duplicateOf) parts.push_back("the same file as " + printable(*fate.duplicateOf));
+    if (fate.duplicateOf) parts.push_back(tr("the same file as {0}", printable(*fate.duplicateOf)));
     return enumeration(parts);
 }
 
@@ -81,43 +81,48 @@ std::vector<FileFate> notUsedAsTheyAre(const CorpusReport& report) {
     return fates;
 }
 
+std::string countText(const CorpusSummary& summary) {
+    const std::string length = duration(summary.totalSeconds);
+    if (summary.unreadable == 0) return tr("{0}, {1} in all", summary.fileCount(), length);
+    return tr("{0}, {1} in all, {2} unreadable", summary.fileCount(), length, summary.unreadable);
+}
+
 void print(const KnownCorpus& corpus, const CorpusReport& report, Console& console) {
     const CorpusSummary& summary = corpus.summary;
-    const auto row = [&](std::string_view label, const std::string& text) {
+    const auto row = [&](const std::string& label, const std::string& text) {
         constexpr std::size_t labelColumns = 13;
-        console.print("  " + padded(label, labelColumns) + text);
+        console.print("  " + labelled(label, labelColumns, text));
     };
     console.print(shownPath(summary.directory));
-    row("samples",
-        std::to_string(summary.fileCount()) + ", " + duration(summary.totalSeconds) + " in all" +
-            (summary.unreadable > 0 ? ", " + std::to_string(summary.unreadable) + " unreadable" : ""));
-    row("sample rate", std::to_string(summary.dominantSampleRate()) + " Hz" +
-                           (summary.sampleRates.size() > 1 ? "; found: " + sampleRatesText(summary) : ""));
-    row("clip length", duration(summary.suggestedClipSeconds()) + " suggested");
-    if (report.clipSeconds > 0) {
-        row("training", std::string(rawValue(report.profile)) + " analysis, " + duration(report.clipSeconds) +
-                            " per sample");
-    }
-    row("fingerprint", summary.fingerprint());
-    row("model", std::string(corpus.hasModel() ? "stored in " : "none yet; it would be ") +
-                     shownPath(corpus.modelFolder));
+    row(tr("samples"), countText(summary));
+    row(tr("sample rate"),
+        summary.sampleRates.size() > 1
+            ? tr("{0} Hz; found: {1}", summary.dominantSampleRate(), sampleRatesText(summary))
+            : tr("{0} Hz", summary.dominantSampleRate()));
+    row(tr("clip length"), tr("{0} suggested", duration(summary.suggestedClipSeconds())));
+    if (report.clipSeconds > 0)
+        row(tr("training"),
+            tr("{0} analysis, {1} per sample", word(report.profile), duration(report.clipSeconds)));
+    row(tr("fingerprint"), summary.fingerprint());
+    row(tr("model"), corpus.hasModel() ? tr("stored in {0}", shownPath(corpus.modelFolder))
+                                       : tr("none yet; it would be {0}", shownPath(corpus.modelFolder)));
 
     std::vector<std::vector<std::string>> rows;
     for (const FileFate& fate : notUsedAsTheyAre(report))
         rows.push_back({"  " + printable(fate.name), fateText(fate, report.clipSeconds)});
-    if (!rows.empty()) console.print("Not used as they are:");
+    if (!rows.empty()) console.print(tr("Not used as they are:"));
     for (const std::string& line : table(rows))
         console.print(line);
-    if (!summary.passedOver.empty()) console.print("Not looked into:");
+    if (!summary.passedOver.empty()) console.print(tr("Not looked into:"));
     for (const PassedOver& folder : summary.passedOver)
-        console.print("  " + printable(folder.folder) + ": " + folder.reason);
+        console.print("  " + printable(folder.folder) + ": " + Language::text(folder.reason));
 }
 
 JSON toJSON(const FileFate& fate) {
     JSON item = JSON::object();
     item["path"] = fate.name;
     item["use"] = useName(fate.use);
-    if (fate.use == FileFate::Use::unreadable) item["reason"] = fate.reason;
+    if (fate.use == FileFate::Use::unreadable) item["reason"] = fate.reason.english();
     item["seconds"] = fate.seconds;
     if (fate.damage.isTruncated) item["truncated"] = true;
     if (fate.damage.silentSeconds > 0) item["silentSeconds"] = fate.damage.silentSeconds;
@@ -135,7 +140,7 @@ JSON resultJSON(const KnownCorpus& corpus, const CorpusReport& report) {
         files.push_back(toJSON(fate));
     JSON passedOver = JSON::array();
     for (const PassedOver& folder : summary.passedOver)
-        passedOver.push_back(JSON{{"folder", folder.folder}, {"reason", folder.reason}});
+        passedOver.push_back(JSON{{"folder", folder.folder}, {"reason", folder.reason.english()}});
     JSON result = makeResult("scan");
     result["corpus"] = cli::toJSON(summary.directory);
     result["fileCount"] = summary.fileCount();
@@ -156,8 +161,9 @@ JSON resultJSON(const KnownCorpus& corpus, const CorpusReport& report) {
 
 CorpusReport inspect(const KnownCorpus& corpus, ProgressLine& progress, const CancelFlag& cancel) {
     WorkProgress work;
-    work.phase = "inspecting";
-    work.message = "Decoding " + counted(corpus.summary.fileCount(), "sample", "samples") + "…";
+    work.phase = translatable("inspecting");
+    work.message =
+        Message::counted(corpus.summary.fileCount(), "Decoding {0} sample…", "Decoding {0} samples…");
     progress.report(work);
     return Corpus::inspect(corpus.summary, cancel.token());
 }
@@ -178,7 +184,8 @@ void scan(const ScanOptions& options, Console& console, const CancelFlag& cancel
 
 void addScan(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<ScanOptions>();
-    CLI::App* const command = app.add_subcommand("scan", "Look at a folder of samples without learning it");
+    CLI::App* const command =
+        app.add_subcommand("scan", tr("Look at a folder of samples without learning it"));
     options->corpus.addTo(*command);
     options->models.addTo(*command);
     addJSON(*command, options->json);

@@ -20,16 +20,15 @@ fs::path modelFolder(const std::string& name, const fs::path& root) {
     for (const fs::path& folder : std::array<fs::path, 2>{root / name, ModelStore::corpusPath(name)}) {
         if (ModelStore::isStored(folder)) return folder;
     }
-    throw Failure("There is no model named " + name + " in " + Text::utf8(root) +
-                  ". 'quillmere-cli models' lists them.");
+    throw Failure("There is no model named {0} in {1}. 'quillmere-cli models' lists them.", name, root);
 }
 
 std::shared_ptr<const TrainingStart> openHeadStart(const fs::path& folder, Console& console) {
     try {
         return std::make_shared<const TrainingStart>(HeadStart::load(folder));
     } catch (const Failure& failure) {
-        console.note("The head start cannot be used: " + printable(failure.what()));
-        console.note("Learning begins from random weights instead.");
+        console.note(tr("The head start cannot be used: {0}", printable(Language::text(failure.message()))));
+        console.note(tr("Learning begins from random weights instead."));
         return nullptr;
     }
 }
@@ -38,17 +37,18 @@ std::shared_ptr<const TrainingStart> openHeadStart(const fs::path& folder, Conso
 
 void StartOption::addTo(CLI::App& app) {
     const auto store = [this](const std::string& text) {
-        if (text.empty()) throwUsageError("--start", "must not be empty");
+        if (text.empty()) throwUsageError("--start", tr("must not be empty"));
         start_ = text;
     };
-    app.add_option_function<std::string>("--start", store,
-                                         "Begin from random weights, from a network that knows many "
-                                         "sounds, or from a model of the same analysis ('models' lists them)")
+    app.add_option_function<std::string>(
+           "--start", store,
+           tr("Begin from random weights, from a network that knows many "
+              "sounds, or from a model of the same analysis ('models' lists them)"))
         ->type_name("fresh|head-start|MODEL")
         ->default_str(fresh);
-    addPath(app, "--head-start", headStartFolder_, "Folder of the head start")
+    addPath(app, "--head-start", headStartFolder_, tr("Folder of the head start"))
         ->type_name("DIR")
-        ->default_str("the program's own");
+        ->default_str(tr("the program's own"));
 }
 
 fs::path StartOption::headStartFolder() const {

@@ -41,7 +41,7 @@ struct SweepOptions {
 
     void addTo(CLI::App& app) {
         corpus.addTo(app);
-        addPath(app, "--output", output, "Folder for the new files")->type_name("DIR")->required();
+        addPath(app, "--output", output, tr("Folder for the new files"))->type_name("DIR")->required();
         parameters.addTo(app, ParameterOptions::Ranges::taken);
         addPrefix(app, prefix);
         picture.addTo(app);
@@ -53,16 +53,15 @@ struct SweepOptions {
 
     void check() const {
         const std::span<const Sweep::Axis> ranges = parameters.ranges();
-        if (ranges.empty()) throwUsageError("--set", "must give one range or two, like pitch=-12:12:7");
-        if (ranges.size() > 2) throwUsageError("--set", "can give two ranges at most");
+        if (ranges.empty()) throwUsageError("--set", tr("must give one range or two, like pitch=-12:12:7"));
+        if (ranges.size() > 2) throwUsageError("--set", tr("can give two ranges at most"));
         if (ranges.size() == 2 && ranges[0].spec == ranges[1].spec)
-            throwUsageError("--set", "gives two ranges of one parameter");
+            throwUsageError("--set", tr("gives two ranges of one parameter"));
         std::int64_t count = 1;
         for (const Sweep::Axis& axis : ranges)
             count *= axis.count;
         if (count > mostPoints)
-            throwUsageError("--set", "would make " + std::to_string(count) + " sounds; " +
-                                         std::to_string(mostPoints) + " are the most");
+            throwUsageError("--set", tr("would make {0} sounds; {1} are the most", count, mostPoints));
     }
 };
 
@@ -193,11 +192,11 @@ void sweep(const SweepOptions& options, Console& console, const CancelFlag& canc
     if (options.picture.isGiven()) options.picture.write(sheet.draw());
     progress.finish();
 
-    console.print("Wrote " + counted(std::ssize(files), "sound", "sounds") + " to " + shownPath(folder) +
-                  ":");
+    console.print(trCounted(std::ssize(files),
+                            "Wrote {0} sound to {1}:", "Wrote {0} sounds to {1}:", shownPath(folder)));
     printFiles(files, console);
-    if (options.picture.isGiven()) console.print("Drawn in " + shownPath(options.picture.file()) + ".");
-    console.print("Seed " + std::to_string(seed) + ".");
+    if (options.picture.isGiven()) console.print(tr("Drawn in {0}.", shownPath(options.picture.file())));
+    console.print(tr("Seed {0}.", seed));
     DetailReport detail(options.parameters.detail(), sounds);
     for (const GeneratedSample& file : files)
         detail.count(file.origin);
@@ -220,7 +219,7 @@ void sweep(const SweepOptions& options, Console& console, const CancelFlag& canc
 void addSweep(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<SweepOptions>();
     CLI::App* const command =
-        app.add_subcommand("sweep", "Write one sound along the range of a parameter, or of two");
+        app.add_subcommand("sweep", tr("Write one sound along the range of a parameter, or of two"));
     options->addTo(*command);
     command->callback([options, &invocation] {
         options->check();

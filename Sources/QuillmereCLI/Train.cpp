@@ -34,8 +34,12 @@ std::vector<std::string> qualityNames() {
 std::string qualitySteps(std::int64_t QualityInfo::*steps) {
     std::string text;
     for (std::size_t i = 0; i < allQualities.size(); ++i) {
-        if (i > 0) text += i + 1 == allQualities.size() ? " or " : ", ";
-        text += std::to_string(allQualities[i].*steps);
+        const std::string one = std::to_string(allQualities[i].*steps);
+        if (i == 0) {
+            text = one;
+        } else {
+            text = i + 1 == allQualities.size() ? tr("{0} or {1}", text, one) : tr("{0}, {1}", text, one);
+        }
     }
     return text;
 }
@@ -62,34 +66,37 @@ struct TrainOptions {
     void addTo(CLI::App& app) {
         corpus.addTo(app);
         addChoice(app, "--quality", quality, qualityNames(),
-                  "How long to train: " + qualitySteps(&QualityInfo::steps) + " steps, from a start " +
-                      qualitySteps(&QualityInfo::stepsFromStart))
+                  tr("How long to train: {0} steps, from a start {1}", qualitySteps(&QualityInfo::steps),
+                     qualitySteps(&QualityInfo::stepsFromStart)))
             ->default_str(quality);
-        addWholeNumber(app, "--steps", steps, {1, 10'000'000}, "Training steps, instead of the quality's");
+        addWholeNumber(app, "--steps", steps, {1, 10'000'000},
+                       tr("Training steps, instead of the quality's"));
         addChoice(app, "--analysis", analysis, {"auto", "percussive", "tonal"},
-                  "Fine in time (percussive) or in frequency (tonal)")
+                  tr("Fine in time (percussive) or in frequency (tonal)"))
             ->default_str(analysis);
-        addReal(app, "--clip-seconds", clipSeconds, {0.01, 60}, "Length to learn of each sample")
-            ->default_str("chosen from the samples");
-        addWholeNumber(app, "--latent-dim", latentDim, {1, 4096}, "Size of the latent vector")
+        addReal(app, "--clip-seconds", clipSeconds, {0.01, 60}, tr("Length to learn of each sample"))
+            ->default_str(tr("chosen from the samples"));
+        addWholeNumber(app, "--latent-dim", latentDim, {1, 4096}, tr("Size of the latent vector"))
             ->default_str(std::to_string(latentDim));
-        addWholeNumber(app, "--batch-size", batchSize, {1, 1024}, "Samples per step")
+        addWholeNumber(app, "--batch-size", batchSize, {1, 1024}, tr("Samples per step"))
             ->default_str(std::to_string(batchSize));
-        addReal(app, "--learning-rate", learningRate, {1e-6, 1}, "Peak step size")
-            ->default_str("0.001, from a start " + Text::fixed(static_cast<double>(startLearningRate), 4));
-        addReal(app, "--kl-weight", klWeight, {0, 1000}, "Pull towards an even latent space")
+        addReal(app, "--learning-rate", learningRate, {1e-6, 1}, tr("Peak step size"))
+            ->default_str(
+                tr("0.001, from a start {0}", Text::fixed(static_cast<double>(startLearningRate), 4)));
+        addReal(app, "--kl-weight", klWeight, {0, 1000}, tr("Pull towards an even latent space"))
             ->default_str("0.002");
-        addSeed(app, seed, "The same number trains the same model")->default_str("1");
+        addSeed(app, seed, tr("The same number trains the same model"))->default_str("1");
         start.addTo(app);
         compute.addTo(app);
         models.addTo(app);
-        app.add_flag("--retrain", retrain, "Train even if a model is stored, and replace it");
-        app.add_flag("--keep-sounds", keepSounds,
-                     "Keep the samples with the model, for --detail when the folder is gone or has changed");
+        app.add_flag("--retrain", retrain, tr("Train even if a model is stored, and replace it"));
+        app.add_flag(
+            "--keep-sounds", keepSounds,
+            tr("Keep the samples with the model, for --detail when the folder is gone or has changed"));
         addJSON(app, json);
         CLI::Option* const more =
             addWholeNumber(app, "--continue", continued, {1, 10'000'000},
-                           "Go on from the stored model by so many steps, and tell what they bought");
+                           tr("Go on from the stored model by so many steps, and tell what they bought"));
         for (const char* const decided : {"--quality", "--steps", "--analysis", "--clip-seconds",
                                           "--latent-dim", "--start", "--retrain", "--keep-sounds"})
             more->excludes(app.get_option(decided));
@@ -157,20 +164,21 @@ std::uint64_t mostSoundBytes(const CorpusSummary& corpus, const TrainOptions& op
 void announceSounds(const CorpusSummary& corpus, const TrainOptions& options, ProgressLine& progress,
                     Console& console) {
     progress.finish();
-    console.print("The sounds will take up to " + byteSize(mostSoundBytes(corpus, options)) +
-                  " with the model.");
+    console.print(
+        tr("The sounds will take up to {0} with the model.", byteSize(mostSoundBytes(corpus, options))));
 }
 
 void reportKept(std::optional<std::uint64_t> bytes, Console& console) {
-    if (bytes) console.print("The sounds are kept with the model (" + byteSize(*bytes) + ").");
+    if (bytes) console.print(tr("The sounds are kept with the model ({0}).", byteSize(*bytes)));
 }
 
 void reportStored(const KnownCorpus& corpus, const ModelBundle& bundle,
                   std::optional<std::uint64_t> soundBytes, Console& console) {
-    console.print("A model of this folder is stored already, trained " +
-                  ModelStore::isoDate(bundle.metadata.trainedAt) + " with " +
-                  counted(bundle.metadata.steps, "step", "steps") + ".");
-    console.print("Use --retrain to replace it.");
+    console.print(trCounted(bundle.metadata.steps,
+                            "A model of this folder is stored already, trained {1} with {0} step.",
+                            "A model of this folder is stored already, trained {1} with {0} steps.",
+                            ModelStore::isoDate(bundle.metadata.trainedAt)));
+    console.print(tr("Use --retrain to replace it."));
     reportKept(soundBytes, console);
     JSON result = modelJSON(corpus, bundle, false);
     if (soundBytes) result["soundBytes"] = *soundBytes;
@@ -181,14 +189,14 @@ void reportTrained(const KnownCorpus& corpus, const ModelBundle& bundle,
                    std::optional<std::uint64_t> soundBytes, const ProgressLine& progress, Console& console) {
     console.print(learnedText(bundle));
     if (const std::string leftOut = leftOutText(corpus, bundle); !leftOut.empty()) console.print(leftOut);
-    console.print("Loss " + Text::fixed(static_cast<double>(bundle.metadata.finalLoss), 5) +
-                  ", reconstruction error " +
-                  Text::fixed(static_cast<double>(bundle.metadata.finalReconstructionError), 5) + " after " +
-                  counted(bundle.metadata.steps, "step", "steps") + ".");
-    console.print("Stored in " + shownPath(corpus.modelFolder) + ".");
+    console.print(trCounted(bundle.metadata.steps, "Loss {1}, reconstruction error {2} after {0} step.",
+                            "Loss {1}, reconstruction error {2} after {0} steps.",
+                            Text::fixed(static_cast<double>(bundle.metadata.finalLoss), 5),
+                            Text::fixed(static_cast<double>(bundle.metadata.finalReconstructionError), 5)));
+    console.print(tr("Stored in {0}.", shownPath(corpus.modelFolder)));
     reportKept(soundBytes, console);
-    console.print("Took " + duration(progress.totalSeconds()) + " (" + progress.timesText() + ").");
-    console.print("Next: quillmere-cli generate " + corpus.arguments + " --output FOLDER");
+    console.print(progress.tookText());
+    console.print(tr("Next: {0}", "quillmere-cli generate " + corpus.arguments + " --output FOLDER"));
 
     JSON result = modelJSON(corpus, bundle, true);
     if (soundBytes) result["soundBytes"] = *soundBytes;
@@ -226,7 +234,8 @@ void train(const TrainOptions& options, Console& console, const CancelFlag& canc
 
 void addTrain(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<TrainOptions>();
-    CLI::App* const command = app.add_subcommand("train", "Learn a folder of samples and store the model");
+    CLI::App* const command =
+        app.add_subcommand("train", tr("Learn a folder of samples and store the model"));
     options->addTo(*command);
     command->callback([options, &invocation] {
         invocation.json = options->json;

@@ -63,25 +63,25 @@ Selection select(const std::vector<fs::path>& paths) {
 // A document has recipes, but no sound to compare with.
 void refuseDocument(KnownFile& known) {
     if (!known.problem.empty() || known.carrier != KnownFile::Carrier::document) return;
-    known.problem = Text::utf8(known.file) + " holds recipes and no sound";
+    known.problem = Message("{0} holds recipes and no sound", known.file);
 }
 
 std::string verdictText(const Verification& result) {
     switch (result.verdict) {
         case Verdict::sameBytes:
-            return "same bytes";
+            return tr("same bytes");
         case Verdict::sameSamples:
-            return "same samples in another container";
+            return tr("same samples in another container");
         case Verdict::different:
-            return "different: " + result.reason;
+            return tr("different: {0}", result.reason);
         case Verdict::modelMissing:
         case Verdict::modelChanged:
         case Verdict::unusable:
-            return "cannot be made again: " + result.reason;
+            return tr("cannot be made again: {0}", result.reason);
         case Verdict::unknown:
             break;
     }
-    return "nothing is known of it";
+    return tr("nothing is known of it");
 }
 
 JSON toJSON(const Verification& result) {
@@ -89,7 +89,7 @@ JSON toJSON(const Verification& result) {
     item["path"] = cli::toJSON(result.file);
     item["verdict"] = rawValue(result.verdict);
     if (result.firstDifference) item["firstDifference"] = *result.firstDifference;
-    if (!result.reason.empty()) item["reason"] = result.reason;
+    if (!result.reason.empty()) item["reason"] = result.reason.english();
     if (result.recipe) item["device"] = result.recipe->device;
     return item;
 }
@@ -111,9 +111,9 @@ void report(const std::vector<Verification>& results, const Selection& selection
         if (isFailure(results[i], selection.isNamed[i])) ++failures;
     }
     const std::int64_t same = counts[Verdict::sameBytes] + counts[Verdict::sameSamples];
-    console.print(counted(same, "file is", "files are") + " as made, " + std::to_string(failures) +
-                  (failures == 1 ? " is not, " : " are not, ") +
-                  counted(counts[Verdict::unknown], "file is", "files are") + " unknown.");
+    console.print(tr("{0}, {1}, {2}.", trCounted(same, "{0} file is as made", "{0} files are as made"),
+                     trCounted(failures, "{0} is not", "{0} are not"),
+                     trCounted(counts[Verdict::unknown], "{0} file is unknown", "{0} files are unknown")));
     JSON result = makeResult("verify");
     JSON totals = JSON::object();
     for (const auto& [verdict, count] : counts) {
@@ -123,7 +123,8 @@ void report(const std::vector<Verification>& results, const Selection& selection
     result["files"] = std::move(list);
     console.emit(result);
     if (failures > 0)
-        throw Failure(counted(failures, "file is", "files are") + " not what the recipe gives.");
+        throw Failure(Message::counted(failures, "{0} file is not what the recipe gives.",
+                                       "{0} files are not what the recipe gives."));
 }
 
 void verifyFiles(const VerifyOptions& options, Console& console, const CancelFlag& cancel) {
@@ -134,9 +135,9 @@ void verifyFiles(const VerifyOptions& options, Console& console, const CancelFla
     ProgressLine progress(console);
     const auto tell = [&](std::size_t done, std::size_t total) {
         WorkProgress work;
-        work.phase = "verifying";
-        work.message = "Verifying…";
-        work.unit = "file";
+        work.phase = translatable("verifying");
+        work.message = Message("Verifying…");
+        work.unit = WorkProgress::Unit::file;
         work.step = static_cast<std::int64_t>(done);
         work.totalSteps = static_cast<std::int64_t>(total);
         work.fraction = static_cast<double>(done) / static_cast<double>(total);
@@ -153,8 +154,10 @@ void verifyFiles(const VerifyOptions& options, Console& console, const CancelFla
 void addVerify(CLI::App& app, Invocation& invocation) {
     const auto options = std::make_shared<VerifyOptions>();
     CLI::App* const command = app.add_subcommand(
-        "verify", "Make files again and compare; tells whether they are as they were made");
-    addFiles(*command, "FILE", options->paths, "Sounds, or folders of them")->type_name("...")->required();
+        "verify", tr("Make files again and compare; tells whether they are as they were made"));
+    addFiles(*command, "FILE", options->paths, tr("Sounds, or folders of them"))
+        ->type_name("...")
+        ->required();
     options->compute.addTo(*command);
     options->models.addTo(*command);
     addJSON(*command, options->json);

@@ -43,8 +43,9 @@ bool isHarmless(UChar32 character) {
     return (U_GET_GC_MASK(character) & (U_GC_CC_MASK | U_GC_CF_MASK | U_GC_ZL_MASK | U_GC_ZP_MASK)) == 0;
 }
 
-bool isContinuationByte(char c) {
-    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+std::size_t columnsOf(UChar32 character) {
+    const int width = character < 0 ? 0 : u_getIntPropertyValue(character, UCHAR_EAST_ASIAN_WIDTH);
+    return width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
 }
 
 // Whether a shell takes the character as it is.
@@ -93,59 +94,66 @@ std::string shellWord(const std::filesystem::path& path) {
     return quoted + "'";
 }
 
+std::string trTable(std::string_view text) {
+    return Language::text(Message::fromTable(text));
+}
+
 std::string duration(double seconds) {
     if (!std::isfinite(seconds)) return "?";
-    if (seconds < 9.995) return Text::fixed(seconds, 2) + " s";
-    if (seconds < 59.95) return Text::fixed(seconds, 1) + " s";
+    if (seconds < 9.995) return tr("{0} s", Text::fixed(seconds, 2));
+    if (seconds < 59.95) return tr("{0} s", Text::fixed(seconds, 1));
     const double minutes = std::floor(std::round(seconds) / 60);
     if (minutes < 60) {
-        return Text::fixed(minutes, 0) + " min " + Text::fixed(std::round(seconds) - minutes * 60, 0) + " s";
+        return tr("{0} min {1} s", Text::fixed(minutes, 0),
+                  Text::fixed(std::round(seconds) - minutes * 60, 0));
     }
     const double hours = std::floor(std::round(seconds / 60) / 60);
-    return Text::fixed(hours, 0) + " h " + Text::fixed(std::round(seconds / 60) - hours * 60, 0) + " min";
+    return tr("{0} h {1} min", Text::fixed(hours, 0), Text::fixed(std::round(seconds / 60) - hours * 60, 0));
 }
 
 std::string roughDuration(double seconds) {
     const double whole = std::round(seconds);
-    return whole < 60 ? Text::fixed(whole, 0) + " s" : duration(whole);
+    return whole < 60 ? tr("{0} s", Text::fixed(whole, 0)) : duration(whole);
 }
 
 std::string byteSize(std::uint64_t bytes) {
-    if (bytes < 1000) return std::to_string(bytes) + " B";
-    constexpr std::array<std::string_view, 4> units{"kB", "MB", "GB", "TB"};
+    if (bytes < 1000) return tr("{0} B", bytes);
+    constexpr std::array<std::string_view, 4> units{translatable("kB"), translatable("MB"),
+                                                    translatable("GB"), translatable("TB")};
     double value = static_cast<double>(bytes) / 1000;
     std::size_t unit = 0;
     while (value >= 999.95 && unit + 1 < units.size()) {
         value /= 1000;
         ++unit;
     }
-    return Text::fixed(value, 1) + " " + std::string(units[unit]);
-}
-
-std::string counted(std::int64_t count, std::string_view singular, std::string_view plural) {
-    return std::to_string(count) + " " + std::string(count == 1 ? singular : plural);
+    return tr("{0} {1}", Text::fixed(value, 1), Message::fromTable(units[unit]));
 }
 
 std::string enumeration(const std::vector<std::string>& words) {
     std::string text;
     for (std::size_t i = 0; i < words.size(); ++i) {
-        if (i > 0) text += i + 1 == words.size() ? " and " : ", ";
-        text += words[i];
+        if (i == 0) {
+            text = words[i];
+        } else {
+            text = i + 1 == words.size() ? tr("{0} and {1}", text, words[i]) : tr("{0}, {1}", text, words[i]);
+        }
     }
     return text;
 }
 
 std::size_t columns(std::string_view text) {
-    return static_cast<std::size_t>(
-        std::count_if(text.begin(), text.end(), [](char c) { return !isContinuationByte(c); }));
+    std::size_t used = 0;
+    for (std::size_t next = 0; next < text.size();)
+        used += columnsOf(takeCharacter(text, next));
+    return used;
 }
 
 std::string cutToWidth(std::string_view text, std::size_t width) {
     std::size_t used = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (isContinuationByte(text[i])) continue;
-        if (used == width) return std::string(text.substr(0, i));
-        ++used;
+    for (std::size_t next = 0; next < text.size();) {
+        const std::size_t start = next;
+        used += columnsOf(takeCharacter(text, next));
+        if (used > width) return std::string(text.substr(0, start));
     }
     return std::string(text);
 }
@@ -153,6 +161,10 @@ std::string cutToWidth(std::string_view text, std::size_t width) {
 std::string padded(std::string_view text, std::size_t width) {
     const std::size_t used = columns(text);
     return std::string(text) + std::string(width > used ? width - used : 0, ' ');
+}
+
+std::string labelled(std::string_view label, std::size_t width, std::string_view text) {
+    return padded(label, std::max(width, columns(label) + 1)) + std::string(text);
 }
 
 std::vector<std::string> table(const std::vector<std::vector<std::string>>& rows) {

@@ -6,8 +6,27 @@
 #include <string_view>
 #include <vector>
 
-// Values as people read them. No function here depends on the locale.
+#include "QuillmereCore/Util/Language.h"
+#include "QuillmereCore/Util/Message.h"
+
+// Words and values as people read them: words in the user's language, numbers the same in all of them.
 namespace quillmere::cli {
+
+// A text in the user's language: a pattern and what stands in its places, as Message has them.
+template <typename... Arguments>
+[[nodiscard]] std::string tr(Pattern<sizeof...(Arguments)> pattern, const Arguments&... arguments) {
+    return Language::text(Message(pattern, arguments...));
+}
+
+// The same by a count, which {0} stands for: trCounted(n, "{0} file", "{0} files").
+template <typename... Arguments>
+[[nodiscard]] std::string trCounted(std::int64_t count, SingularPattern<sizeof...(Arguments) + 1> singular,
+                                    Pattern<sizeof...(Arguments) + 1> plural, const Arguments&... arguments) {
+    return Language::text(Message::counted(count, singular, plural, arguments...));
+}
+
+// The same of a table's text, which is marked as translatable.
+[[nodiscard]] std::string trTable(std::string_view text);
 
 // text with everything as an escape that would steer a terminal, or hide what a file is called: control
 // characters
@@ -28,13 +47,10 @@ namespace quillmere::cli {
 // "812 B", "48.1 kB", "2.3 MB": decimal units.
 [[nodiscard]] std::string byteSize(std::uint64_t bytes);
 
-// "1 file", "2 files".
-[[nodiscard]] std::string counted(std::int64_t count, std::string_view singular, std::string_view plural);
-
 // "a, b and c".
 [[nodiscard]] std::string enumeration(const std::vector<std::string>& words);
 
-// Number of Unicode characters of UTF-8 text; each counts as one column of a terminal.
+// Columns of a terminal that UTF-8 text takes: one for each character, two for the wide ones of East Asia.
 [[nodiscard]] std::size_t columns(std::string_view text);
 
 // text cut to at most width columns.
@@ -42,6 +58,9 @@ namespace quillmere::cli {
 
 // text followed by blanks up to width columns.
 [[nodiscard]] std::string padded(std::string_view text, std::size_t width);
+
+// The label, blanks up to width columns, but one at least, and the text.
+[[nodiscard]] std::string labelled(std::string_view label, std::size_t width, std::string_view text);
 
 // Rows of cells as lines: every column but the last as wide as its widest cell, two blanks between columns.
 [[nodiscard]] std::vector<std::string> table(const std::vector<std::vector<std::string>>& rows);

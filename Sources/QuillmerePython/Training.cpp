@@ -76,7 +76,9 @@ void bindProgress(py::module_& module) {
         .def_property_readonly(
             "phase", [](const TrainingProgress& report) { return rawValue(report.phase); },
             "'analysing', 'training' or 'finishing'.")
-        .def_readonly("message", &TrainingProgress::message, "The same for people.")
+        .def_property_readonly(
+            "message", [](const TrainingProgress& report) { return report.message.english(); },
+            "The same for people.")
         .def_readonly("step", &TrainingProgress::step, "The step that is done.")
         .def_readonly("total_steps", &TrainingProgress::totalSteps, "Of how many.")
         .def_readonly("loss", &TrainingProgress::loss, "Smoothed, as the next two.")

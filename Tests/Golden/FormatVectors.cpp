@@ -201,7 +201,8 @@ std::string message(const Json& input) {
     const auto kind = input.at("kind").get<std::string>();
     const std::filesystem::path path = input.value("path", "");
     if (kind == "unreadable")
-        return AudioIOError::unreadable(path, input.at("reason").get<std::string>()).what();
+        return AudioIOError::unreadable(path, Message::verbatim(input.at("reason").get<std::string>()))
+            .what();
     if (kind == "empty") return AudioIOError::empty(path).what();
     if (kind == "notAFolder") return messageOf<FileError>([&] { (void)Corpus::scan(path); });
     if (kind == "noUsableAudio") return TrainingError(TrainingError::Kind::noUsableAudio).what();

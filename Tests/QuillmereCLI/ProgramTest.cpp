@@ -208,7 +208,7 @@ TEST_F(ProgramTest, AClosedPipeIsAFailureAndNoCrash) {
 }
 
 TEST_F(ProgramTest, ALocaleWithDecimalCommasChangesNothing) {
-    const std::vector<std::string> german{"LC_ALL=de_DE.UTF-8", "LANG=de_DE.UTF-8"};
+    const std::vector<std::string> german{"LC_ALL=de_DE.UTF-8", "LANG=de_DE.UTF-8", "LANGUAGE=en"};
     EXPECT_EQ(Program({cli, "parameters"}, german).finish().out, Program({cli, "parameters"}).finish().out);
     trainModel();
     auto arguments = generateArguments("1");

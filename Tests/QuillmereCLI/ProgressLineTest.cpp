@@ -13,7 +13,7 @@ namespace {
 WorkProgress trainingAt(std::int64_t step, std::int64_t total) {
     TrainingProgress progress;
     progress.phase = TrainingProgress::Phase::training;
-    progress.message = "Training model…";
+    progress.message = Message("Training model…");
     progress.step = step;
     progress.totalSteps = total;
     progress.loss = 0.03125F;
@@ -25,7 +25,7 @@ WorkProgress trainingAt(std::int64_t step, std::int64_t total) {
 WorkProgress savingProgress() {
     WorkProgress progress;
     progress.phase = "saving";
-    progress.message = "Saving the model…";
+    progress.message = Message("Saving the model…");
     return progress;
 }
 

@@ -66,6 +66,21 @@ TEST(Wording, TableAlignsColumnsByCharacters) {
     EXPECT_EQ(lines[1], "long  y");
 }
 
+TEST(Wording, WideCharactersTakeTwoColumns) {
+    EXPECT_EQ(columns("学習 1/3"), 8U);
+    EXPECT_EQ(columns("ｶﾅ"), 2U) << "the narrow ones";
+    EXPECT_EQ(cutToWidth("学習中", 5), "学習") << "half a character is none";
+    EXPECT_EQ(padded("学習", 6), "学習  ");
+    const auto lines = table({{"学", "x"}, {"abc", "y"}});
+    EXPECT_EQ(lines[0], "学   x");
+    EXPECT_EQ(lines[1], "abc  y");
+}
+
+TEST(Wording, ALabelThatIsTooLongStaysApart) {
+    EXPECT_EQ(labelled("size", 8, "3 MB"), "size    3 MB");
+    EXPECT_EQ(labelled("fingerprint", 8, "1f"), "fingerprint 1f");
+}
+
 TEST(Wording, EnumerationEndsWithAnd) {
     EXPECT_EQ(enumeration({"a", "b", "c"}), "a, b and c");
     EXPECT_EQ(enumeration({"a"}), "a");

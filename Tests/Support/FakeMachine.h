@@ -31,7 +31,7 @@ public:
         device.identity.uuid.back() = static_cast<std::uint8_t>(std::count_if(
             devices.begin(), devices.end(), [&](const auto& other) { return other.name() == name; }));
         device.type = type;
-        device.problem = problem;
+        device.problem = Message::verbatim(problem);
         devices.push_back(device);
     }
     // Everything but the processor is unplugged.

@@ -338,7 +338,7 @@ void ModelController::train(const Returned& returned) {
     emit errorRaised({});
     lossHistory_.clear();
     training_ = TrainingProgress();
-    training_->message = "Starting…";
+    training_->message = Message("Starting…");
     emit progressed();
     trainCancel_ = std::make_shared<CancelFlag>();
     enough_ = std::make_shared<CancelFlag>();

@@ -14,14 +14,15 @@
 #include "QuillmereCore/Audio/ReadError.h"
 #include "QuillmereCore/Audio/Resampler.h"
 #include "QuillmereCore/Audio/WAVWriter.h"
-#include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* outOfMemory = "out of memory";
+Message outOfMemory() {
+    return Message("out of memory");
+}
 
 // Frames beyond this are outside the supported range, on the way in and out.
 constexpr std::size_t mostFrames = std::numeric_limits<std::uint32_t>::max();
@@ -55,9 +56,9 @@ auto reading(const fs::path& file, const Work& work) {
     try {
         return work();
     } catch (const ReadError& error) {
-        throw AudioIOError::unreadable(file, error.what(), error.isSystemTrouble());
+        throw AudioIOError::unreadable(file, error.phrase(), error.isSystemTrouble());
     } catch (const std::bad_alloc&) {
-        throw AudioIOError::unreadable(file, outOfMemory, true);
+        throw AudioIOError::unreadable(file, outOfMemory(), true);
     }
 }
 
@@ -86,7 +87,7 @@ public:
     void add(std::span<const float> samples, double from) {
         frames_ += static_cast<std::int64_t>(samples.size());
         if (static_cast<double>(frames_) > from * 3600 * longestHours)
-            throw ReadError("it lasts more than " + std::to_string(longestHours) + " hours");
+            throw ReadError("it lasts more than {0} hours", longestHours);
         convert([&](const AudioIO::SampleSink& sink) {
             if (std::exchange(isFirst_, false)) setUp(from);
             if (resampler_) {
@@ -107,8 +108,8 @@ private:
     void setUp(double from) {
         if (areEqualRates(from, to_)) return;
         if (std::max(from / to_, to_ / from) > greatestStreamRatio) {
-            throw ReadError("its sample rate of " + std::to_string(std::llround(from)) +
-                            " Hz is too far from " + std::to_string(std::llround(to_)) + " Hz");
+            throw ReadError("its sample rate of {0} Hz is too far from {1} Hz", std::llround(from),
+                            std::llround(to_));
         }
         resampler_.emplace(from, to_);
     }
@@ -181,18 +182,17 @@ std::optional<OutputFormat> outputFormat(std::string_view raw) {
     return std::nullopt;
 }
 
-AudioIOError::AudioIOError(Kind kind, fs::path file, const std::string& message)
-    : Failure(message), kind_(kind), file_(std::move(file)) {}
+AudioIOError::AudioIOError(Kind kind, fs::path file, Message message)
+    : Failure(std::move(message)), kind_(kind), file_(std::move(file)) {}
 
-AudioIOError AudioIOError::unreadable(const fs::path& file, const std::string& reason, bool isSystemTrouble) {
-    AudioIOError error(Kind::unreadable, file,
-                       "Could not read " + Text::utf8(file.filename()) + ": " + reason);
+AudioIOError AudioIOError::unreadable(const fs::path& file, const Message& reason, bool isSystemTrouble) {
+    AudioIOError error(Kind::unreadable, file, Message("Could not read {0}: {1}", file.filename(), reason));
     error.isSystemTrouble_ = isSystemTrouble;
     return error;
 }
 
 AudioIOError AudioIOError::empty(const fs::path& file) {
-    return {Kind::empty, file, Text::utf8(file.filename()) + " contains no audio"};
+    return {Kind::empty, file, Message("{0} contains no audio", file.filename())};
 }
 
 const std::set<std::string, std::less<>>& AudioIO::supportedExtensions() {
@@ -280,12 +280,12 @@ std::vector<std::byte> AudioIO::encode(std::span<const float> samples, const fs:
                                        OutputFormat format) {
     if (!WAVWriter::fits(samples.size(), format)) {
         throw FileError(file, std::make_error_code(std::errc::file_too_large),
-                        Text::utf8(file) + ": too long for a WAV file, which ends at 4 GiB");
+                        Message("{0}: too long for a WAV file, which ends at 4 GiB", file));
     }
     try {
         return WAVWriter::encode(samples, sampleRate, format);
     } catch (const std::bad_alloc&) {
-        throw AudioIOError::unreadable(file, outOfMemory);
+        throw AudioIOError::unreadable(file, outOfMemory());
     }
 }
 

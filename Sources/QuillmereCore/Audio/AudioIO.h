@@ -15,6 +15,7 @@
 
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -38,7 +39,7 @@ inline constexpr std::array<OutputFormat, 3> allOutputFormats{OutputFormat::wav1
 class AudioIOError : public Failure {
 public:
     enum class Kind { unreadable, empty };
-    static AudioIOError unreadable(const std::filesystem::path& file, const std::string& reason,
+    static AudioIOError unreadable(const std::filesystem::path& file, const Message& reason,
                                    bool isSystemTrouble = false);
     static AudioIOError empty(const std::filesystem::path& file);
 
@@ -49,7 +50,7 @@ public:
     [[nodiscard]] bool isSystemTrouble() const noexcept { return isSystemTrouble_; }
 
 private:
-    AudioIOError(Kind kind, std::filesystem::path file, const std::string& message);
+    AudioIOError(Kind kind, std::filesystem::path file, Message message);
     Kind kind_;
     std::filesystem::path file_;
     bool isSystemTrouble_ = false;

@@ -20,8 +20,9 @@ ReadError systemError(int code) {
 
 }  // namespace
 
-ReadError::ReadError(std::error_code reason)
-    : std::runtime_error(reason.message()), isSystemTrouble_(quillmere::isSystemTrouble(reason)) {}
+ReadError::ReadError(std::error_code reason) : ReadError(Message::system(reason)) {
+    isSystemTrouble_ = quillmere::isSystemTrouble(reason);
+}
 
 bool isSystemTrouble(std::error_code reason) noexcept {
     for (const std::errc code : {std::errc::too_many_files_open, std::errc::too_many_files_open_in_system,
@@ -106,8 +107,7 @@ void ByteSource::progress() noexcept {
 void ByteSource::supervise() const {
     throwIfCancelled(stop_);
     if (bytesRead_ > allowance_.bytes)
-        throw ReadError("it holds more than " + std::to_string(allowance_.bytes >> 20) +
-                        " MiB in a row without sound");
+        throw ReadError("it holds more than {0} MiB in a row without sound", allowance_.bytes >> 20);
     if (std::chrono::steady_clock::now() - lastProgress_ > allowance_.time)
         throw ReadError("it takes too long to read");
 }

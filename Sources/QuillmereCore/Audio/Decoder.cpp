@@ -76,10 +76,12 @@ Pointer allocated(typename Pointer::pointer object) {
     return Pointer(object);
 }
 
-std::string describe(int code) {
+// FFmpeg's own words.
+Message describe(int code) {
+    if (code == AVERROR_INVALIDDATA) return Message("Invalid data found when processing input");
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(code, text.data(), text.size());
-    return text.data();
+    return Message::verbatim(text.data());
 }
 
 // The library says that memory is short also when a file asks for more than the largest allocation.
@@ -324,7 +326,7 @@ private:
         stream_->discard = AVDISCARD_DEFAULT;
         if (stream_->codecpar->ch_layout.nb_channels <= 0) throw ReadError("it has no channels");
         if (sampleRate() < lowestRate || sampleRate() > highestRate) {
-            throw ReadError("its sample rate of " + std::to_string(sampleRate()) + " Hz is not supported");
+            throw ReadError("its sample rate of {0} Hz is not supported", sampleRate());
         }
     }
 

@@ -52,7 +52,7 @@ std::optional<std::string> findIn(ByteSource& bytes, std::string_view id) {
         at += static_cast<std::int64_t>(headerBytes);
         if (header.starts_with(id)) {
             if (length > static_cast<std::int64_t>(mostBytes) || length > bytes.size() - at)
-                throw ReadError("its chunk \"" + std::string(id) + "\" is cut off");
+                throw ReadError("its chunk \"{0}\" is cut off", id);
             return textAt(bytes, at, static_cast<std::size_t>(length));
         }
         at += length + length % 2;
@@ -82,7 +82,7 @@ std::optional<std::string> find(const std::filesystem::path& file, std::string_v
         ByteSource bytes(file, true, {}, {});
         return findIn(bytes, id);
     } catch (const ReadError& error) {
-        throw AudioIOError::unreadable(file, error.what(), error.isSystemTrouble());
+        throw AudioIOError::unreadable(file, error.phrase(), error.isSystemTrouble());
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "QuillmereCore/Util/JSONDocument.h"
+#include "QuillmereCore/Util/Message.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
@@ -15,8 +16,8 @@ using Group = ParameterSpec::Group;
 
 constexpr std::array<ParameterSpec, 20> parameterTable{{
     {.id = "sources",
-     .title = "Sources blended",
-     .help = "How many corpus samples are mixed together in each variation.",
+     .title = translatable("Sources blended"),
+     .help = translatable("How many corpus samples are mixed together in each variation."),
      .group = Group::latent,
      .lower = 1,
      .upper = 8,
@@ -26,9 +27,10 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::sources,
      .field = "sources"},
     {.id = "drift",
-     .title = "Drift",
-     .help = "Random wandering along the ways your samples already differ. 0 stays on the originals; high "
-             "values invent new in-between samples.",
+     .title = translatable("Drift"),
+     .help = translatable(
+         "Random wandering along the ways your samples already differ. 0 stays on the originals; high "
+         "values invent new in-between samples."),
      .group = Group::latent,
      .lower = 0,
      .upper = 4,
@@ -38,9 +40,10 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::drift,
      .field = "drift"},
     {.id = "mutation",
-     .title = "Mutation",
-     .help = "Noise in directions no corpus sample uses. This is where unfamiliar timbres and artefacts come "
-             "from.",
+     .title = translatable("Mutation"),
+     .help = translatable(
+         "Noise in directions no corpus sample uses. This is where unfamiliar timbres and artefacts come "
+         "from."),
      .group = Group::latent,
      .lower = 0,
      .upper = 4,
@@ -50,9 +53,10 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::mutation,
      .field = "mutation"},
     {.id = "extrapolation",
-     .title = "Push beyond",
-     .help = "Exaggerates what makes each result different from the corpus average (negative pulls toward "
-             "the average).",
+     .title = translatable("Push beyond"),
+     .help = translatable(
+         "Exaggerates what makes each result different from the corpus average (negative pulls toward "
+         "the average)."),
      .group = Group::latent,
      .lower = -0.9,
      .upper = 4,
@@ -62,9 +66,9 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::extrapolation,
      .field = "extrapolation"},
     {.id = "pitch",
-     .title = "Pitch",
-     .help =
-         "Shift the whole spectrum. Formants move with it, so extremes sound like tiny or giant versions.",
+     .title = translatable("Pitch"),
+     .help = translatable(
+         "Shift the whole spectrum. Formants move with it, so extremes sound like tiny or giant versions."),
      .group = Group::spectral,
      .lower = -36,
      .upper = 36,
@@ -74,8 +78,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::pitch,
      .field = "pitch"},
     {.id = "pitch-jitter",
-     .title = "Pitch jitter",
-     .help = "Each variation gets a random pitch offset within ± this amount.",
+     .title = translatable("Pitch jitter"),
+     .help = translatable("Each variation gets a random pitch offset within ± this amount."),
      .group = Group::spectral,
      .lower = 0,
      .upper = 24,
@@ -85,8 +89,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::pitchJitter,
      .field = "pitchJitter"},
     {.id = "stretch",
-     .title = "Time stretch",
-     .help = "Duration multiplier, independent of pitch.",
+     .title = translatable("Time stretch"),
+     .help = translatable("Duration multiplier, independent of pitch."),
      .group = Group::spectral,
      .lower = 0.1,
      .upper = 8,
@@ -96,8 +100,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::stretch,
      .field = "stretch"},
     {.id = "stretch-jitter",
-     .title = "Stretch jitter",
-     .help = "Each variation gets a random stretch within ± this many octaves (1 octave = 2×).",
+     .title = translatable("Stretch jitter"),
+     .help = translatable("Each variation gets a random stretch within ± this many octaves (1 octave = 2×)."),
      .group = Group::spectral,
      .lower = 0,
      .upper = 3,
@@ -107,8 +111,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::stretchJitter,
      .field = "stretchJitter"},
     {.id = "tilt",
-     .title = "Brightness tilt",
-     .help = "Boost highs and cut lows (positive) or the reverse, in dB per octave.",
+     .title = translatable("Brightness tilt"),
+     .help = translatable("Boost highs and cut lows (positive) or the reverse, in dB per octave."),
      .group = Group::spectral,
      .lower = -24,
      .upper = 24,
@@ -118,8 +122,9 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::tilt,
      .field = "tilt"},
     {.id = "contrast",
-     .title = "Contrast",
-     .help = "Above 1 deepens the valleys and gates quiet detail; below 1 fills them in with noise.",
+     .title = translatable("Contrast"),
+     .help = translatable(
+         "Above 1 deepens the valleys and gates quiet detail; below 1 fills them in with noise."),
      .group = Group::spectral,
      .lower = 0.25,
      .upper = 4,
@@ -129,8 +134,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::contrast,
      .field = "contrast"},
     {.id = "smear",
-     .title = "Smear",
-     .help = "Blurs the spectrogram in time and frequency: washes, halos, loss of definition.",
+     .title = translatable("Smear"),
+     .help = translatable("Blurs the spectrogram in time and frequency: washes, halos, loss of definition."),
      .group = Group::spectral,
      .lower = 0,
      .upper = 2,
@@ -140,8 +145,9 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::smear,
      .field = "smear"},
     {.id = "grit",
-     .title = "Grit",
-     .help = "Quantises spectral levels into coarse steps for a blocky, codec-damaged character.",
+     .title = translatable("Grit"),
+     .help =
+         translatable("Quantises spectral levels into coarse steps for a blocky, codec-damaged character."),
      .group = Group::spectral,
      .lower = 0,
      .upper = 1,
@@ -151,8 +157,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::grit,
      .field = "grit"},
     {.id = "roughness",
-     .title = "Roughness",
-     .help = "Random per-bin level noise: fizz, sandpaper, hiss.",
+     .title = translatable("Roughness"),
+     .help = translatable("Random per-bin level noise: fizz, sandpaper, hiss."),
      .group = Group::spectral,
      .lower = 0,
      .upper = 3,
@@ -162,9 +168,10 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::roughness,
      .field = "roughness"},
     {.id = "phase-iterations",
-     .title = "Phase passes",
-     .help = "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. "
-             "High = cleaner.",
+     .title = translatable("Phase passes"),
+     .help = translatable(
+         "Griffin–Lim iterations that reconstruct phase. Very low = buzzy, robotic, smeared transients. "
+         "High = cleaner."),
      .group = Group::signal,
      .lower = 0,
      .upper = 300,
@@ -174,8 +181,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::phaseIterations,
      .field = "phaseIterations"},
     {.id = "decay",
-     .title = "Extra decay",
-     .help = "Multiplies by an exponential fade with this time constant. 0 = off.",
+     .title = translatable("Extra decay"),
+     .help = translatable("Multiplies by an exponential fade with this time constant. 0 = off."),
      .group = Group::signal,
      .lower = 0,
      .upper = 2000,
@@ -185,8 +192,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::decay,
      .field = "decay"},
     {.id = "drive",
-     .title = "Drive",
-     .help = "Tanh saturation.",
+     .title = translatable("Drive"),
+     .help = translatable("Tanh saturation."),
      .group = Group::signal,
      .lower = 0,
      .upper = 48,
@@ -196,8 +203,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::drive,
      .field = "drive"},
     {.id = "crush-bits",
-     .title = "Bit depth",
-     .help = "Quantise the waveform. 24 = off.",
+     .title = translatable("Bit depth"),
+     .help = translatable("Quantise the waveform. 24 = off."),
      .group = Group::signal,
      .lower = 2,
      .upper = 24,
@@ -207,8 +214,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::crushBits,
      .field = "crushBits"},
     {.id = "decimate",
-     .title = "Sample-rate crush",
-     .help = "Hold every Nth sample (aliasing included). 1 = off.",
+     .title = translatable("Sample-rate crush"),
+     .help = translatable("Hold every Nth sample (aliasing included). 1 = off."),
      .group = Group::signal,
      .lower = 1,
      .upper = 64,
@@ -218,8 +225,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::decimate,
      .field = "decimate"},
     {.id = "reverse-chance",
-     .title = "Reverse chance",
-     .help = "Probability that a variation plays backwards.",
+     .title = translatable("Reverse chance"),
+     .help = translatable("Probability that a variation plays backwards."),
      .group = Group::signal,
      .lower = 0,
      .upper = 1,
@@ -229,8 +236,8 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
      .keyPath = &Aesthetics::reverseChance,
      .field = "reverseChance"},
     {.id = "normalize",
-     .title = "Peak level",
-     .help = "Every output is peak-normalised to this level.",
+     .title = translatable("Peak level"),
+     .help = translatable("Every output is peak-normalised to this level."),
      .group = Group::output,
      .lower = -24,
      .upper = 0,
@@ -244,11 +251,11 @@ constexpr std::array<ParameterSpec, 20> parameterTable{{
 // Members that a preset leaves out keep their defaults.
 constexpr std::array<Preset, 8> presetTable{{
     {.name = "Faithful",
-     .blurb = "Close relatives of the originals.",
+     .blurb = translatable("Close relatives of the originals."),
      .aesthetics = {.sources = 1, .drift = 0.15, .phaseIterations = 80}},
-    {.name = "Balanced", .blurb = "Blends of neighbours; plausible but new.", .aesthetics = {}},
+    {.name = "Balanced", .blurb = translatable("Blends of neighbours; plausible but new."), .aesthetics = {}},
     {.name = "Explore",
-     .blurb = "Clearly new samples that keep the family resemblance.",
+     .blurb = translatable("Clearly new samples that keep the family resemblance."),
      .aesthetics = {.sources = 3,
                     .drift = 1.0,
                     .mutation = 0.25,
@@ -257,7 +264,7 @@ constexpr std::array<Preset, 8> presetTable{{
                     .stretchJitter = 0.15,
                     .roughness = 0.2}},
     {.name = "Wild",
-     .blurb = "Far from home, but still musical.",
+     .blurb = translatable("Far from home, but still musical."),
      .aesthetics = {.sources = 4,
                     .drift = 1.6,
                     .mutation = 0.6,
@@ -271,7 +278,7 @@ constexpr std::array<Preset, 8> presetTable{{
                     .phaseIterations = 24,
                     .drive = 8}},
     {.name = "Extreme",
-     .blurb = "Everything cranked. Expect destruction.",
+     .blurb = translatable("Everything cranked. Expect destruction."),
      .aesthetics = {.sources = 6,
                     .drift = 3.0,
                     .mutation = 1.5,
@@ -288,7 +295,7 @@ constexpr std::array<Preset, 8> presetTable{{
                     .decimate = 4,
                     .reverseChance = 0.3}},
     {.name = "Lo-fi",
-     .blurb = "Crushed, saturated, dusty.",
+     .blurb = translatable("Crushed, saturated, dusty."),
      .aesthetics = {.drift = 0.3,
                     .tilt = -3,
                     .grit = 0.3,
@@ -297,7 +304,7 @@ constexpr std::array<Preset, 8> presetTable{{
                     .crushBits = 8,
                     .decimate = 3}},
     {.name = "Ghostly",
-     .blurb = "Long, blurred, washed-out echoes of the corpus.",
+     .blurb = translatable("Long, blurred, washed-out echoes of the corpus."),
      .aesthetics = {.sources = 4,
                     .drift = 0.8,
                     .stretch = 2.5,
@@ -307,16 +314,17 @@ constexpr std::array<Preset, 8> presetTable{{
                     .smear = 0.9,
                     .phaseIterations = 150}},
     {.name = "Robotic",
-     .blurb = "Few phase passes: buzzy, metallic, hard-edged.",
+     .blurb = translatable("Few phase passes: buzzy, metallic, hard-edged."),
      .aesthetics = {.drift = 0.5, .contrast = 1.6, .grit = 0.6, .phaseIterations = 3}},
 }};
 
-std::string nameForReader(const ParameterSpec& spec) {
-    return std::string(spec.title) + " (" + std::string(spec.field) + ")";
+Message nameForReader(const ParameterSpec& spec) {
+    return Message("{0} ({1})", Message::fromTable(spec.title), spec.field);
 }
 
 void requireFinite(const ParameterSpec& spec, double value) {
-    if (!std::isfinite(value)) throw InvalidParameterError(nameForReader(spec) + " must be a finite number");
+    if (!std::isfinite(value))
+        throw InvalidParameterError("{0} must be a finite number", nameForReader(spec));
 }
 
 bool isCount(const ParameterSpec& spec) {
@@ -394,13 +402,13 @@ std::optional<double> ParameterSpec::parse(std::string_view text) {
 std::string_view rawValue(ParameterSpec::Group group) {
     switch (group) {
         case Group::latent:
-            return "Departure from the corpus";
+            return translatable("Departure from the corpus");
         case Group::spectral:
-            return "Spectral shaping";
+            return translatable("Spectral shaping");
         case Group::signal:
-            return "Signal & degradation";
+            return translatable("Signal & degradation");
         case Group::output:
-            return "Output";
+            return translatable("Output");
     }
     fatal("no such parameter group");
 }
@@ -441,7 +449,7 @@ Aesthetics decodePreset(std::string_view text) {
     const auto object = json::parseObject<json::DoubleJson>(text);
     if (!object.contains(versionKey)) return decode(object, firstParameters);
     if (json::integerMember(object, versionKey) < 1)
-        throw DecodingError(json::quoted(versionKey) + " must be a positive integer");
+        throw DecodingError("{0} must be a positive integer", json::quoted(versionKey));
     return decode(object, 0);
 }
 
@@ -451,7 +459,7 @@ void validate(const Aesthetics& aesthetics) {
         const double value = spec.value(aesthetics);
         requireFinite(spec, value);
         if (isCount(spec) && std::abs(value) >= countLimit)
-            throw InvalidParameterError(nameForReader(spec) + " is too large");
+            throw InvalidParameterError("{0} is too large", nameForReader(spec));
     }
     // Leaves room for the factor that a frame count adds; below it no product overflows to infinity.
     constexpr double stretchLimit = 1.0e280;

@@ -51,7 +51,7 @@ std::optional<DecodedClip> ClipPreparation::decode(const CorpusFile& file, int s
     std::vector<float> samples = AudioIO::resample(std::move(audio.samples), audio.sampleRate, sampleRate);
     // Float files can hold anything; one such value would reach every weight of the network.
     if (!allFinite(samples))
-        throw AudioIOError::unreadable(file.url, "it holds samples that are not numbers");
+        throw AudioIOError::unreadable(file.url, Message("it holds samples that are not numbers"));
     auto trimmed = trimAndNormalise(std::move(samples), sampleRate);
     if (!trimmed) return std::nullopt;
     return DecodedClip{file.relativePath, std::move(*trimmed), seconds};

@@ -158,7 +158,8 @@ private:
         } catch (const std::system_error& error) {
             const Refusal refusal = meaningOf(error.code().value());
             if (refusal == Refusal::isTrouble) throw FileError(root_ / relativePath, error.code());
-            if (refusal == Refusal::isClosed) passedOver_.push_back({relativePath, error.code().message()});
+            if (refusal == Refusal::isClosed)
+                passedOver_.push_back({relativePath, Message::system(error.code())});
         }
     }
 
@@ -313,7 +314,7 @@ CorpusSummary Corpus::scan(const fs::path& directory, const ProgressCallback& pr
     std::error_code ignored;  // what cannot be looked at is no folder
     if (!fs::is_directory(directory, ignored)) {
         throw FileError(directory, std::make_error_code(std::errc::no_such_file_or_directory),
-                        Text::utf8(directory) + " is not a folder");
+                        Message("{0} is not a folder", directory));
     }
     CorpusSummary summary;
     summary.directory = directory;

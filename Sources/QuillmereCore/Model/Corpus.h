@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Util/Message.h"
 #include "QuillmereCore/Util/Progress.h"
 
 namespace quillmere {
@@ -23,7 +24,7 @@ struct CorpusFile {
 // A folder that a scan could not look into.
 struct PassedOver {
     std::string folder;  // below the corpus folder, as CorpusFile::relativePath
-    std::string reason;  // the system's words
+    Message reason;      // the system's words
 };
 
 // The result of one scan.

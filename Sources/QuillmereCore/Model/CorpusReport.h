@@ -8,6 +8,7 @@
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelConfig.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -21,7 +22,7 @@ struct FileFate {
     };
     std::string name;  // the file's relative path
     Use use = Use::whole;
-    std::string reason;                      // of unreadable: the sentence that names the file and says why
+    Message reason;                          // of unreadable: the sentence that names the file and says why
     double seconds = 0;                      // the file's length; 0 when unreadable or silent
     AudioIO::Damage damage;                  // of a file that is used all the same
     std::optional<std::string> duplicateOf;  // the first file with the same bytes; both are learned

@@ -33,15 +33,15 @@ struct Base {
     std::string digest;
 };
 
-std::string damaged(const fs::path& file, const std::string& problem) {
-    return Text::utf8(file) + ": " + problem;
+Message damaged(const fs::path& file, const Message& problem) {
+    return Message("{0}: {1}", file, problem);
 }
 
 std::string readFile(const fs::path& file) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(file, error);
     if (error) throw FileError(file, error);
-    if (size > maxFileSize) throw CorruptModelError(damaged(file, "too large for a head start"));
+    if (size > maxFileSize) throw CorruptModelError(damaged(file, Message("too large for a head start")));
     std::ifstream stream(file, std::ios::binary);
     std::string bytes(static_cast<std::size_t>(size), '\0');
     if (!stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))
@@ -77,7 +77,7 @@ struct Header {
 Header decodeHeader(const fs::path& file, std::string_view bytes) {
     const std::size_t end = bytes.find('\n', firstLine.size());
     if (!bytes.starts_with(firstLine) || end == std::string_view::npos)
-        throw CorruptModelError(damaged(file, "no head start of this version of the program"));
+        throw CorruptModelError(damaged(file, Message("no head start of this version of the program")));
     try {
         const json::Json object = json::parseObject(bytes.substr(firstLine.size(), end - firstLine.size()));
         return {.config = decodeModelConfig(json::objectMember(object, "config").dump()),
@@ -85,7 +85,7 @@ Header decodeHeader(const fs::path& file, std::string_view bytes) {
                 .digest = json::stringMember(object, "sha256"),
                 .size = end + 1};
     } catch (const DecodingError& error) {
-        throw DecodingError(damaged(file, error.what()));
+        throw DecodingError(damaged(file, error.message()));
     }
 }
 
@@ -95,10 +95,10 @@ Base loadBase(const fs::path& file, AnalysisProfile profile) {
     const std::string_view halves = std::string_view(bytes).substr(header.size);
     if (const auto problem = problemWith(header.config)) throw CorruptModelError(damaged(file, *problem));
     if (header.config.profile != profile)
-        throw CorruptModelError(damaged(file, "made for the other analysis"));
+        throw CorruptModelError(damaged(file, Message("made for the other analysis")));
     if (halves.size() != 2 * static_cast<std::size_t>(VAEArchitecture::weightCount(header.config)) ||
         sha256(std::as_bytes(std::span(halves))) != header.digest)
-        throw CorruptModelError(damaged(file, "differs from what was stored"));
+        throw CorruptModelError(damaged(file, Message("differs from what was stored")));
     return {.network = {header.config, decodeWeights(header.config, halves)},
             .version = header.version,
             .digest = header.digest};
@@ -129,7 +129,7 @@ TrainingStart load(const fs::path& folder) {
         const fs::path path = file(folder, profile);
         Base base = loadBase(path, profile);
         if (!version.empty() && base.version != version)
-            throw CorruptModelError(damaged(path, "of another version than the file beside it"));
+            throw CorruptModelError(damaged(path, Message("of another version than the file beside it")));
         version = base.version;
         digests += base.digest;
         networks.push_back(std::move(base.network));

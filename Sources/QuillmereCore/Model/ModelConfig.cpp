@@ -34,10 +34,6 @@ bool isImageSize(std::int64_t size) {
     return size >= sizeStep && size <= maxPixels && size % sizeStep == 0;
 }
 
-std::string has(const char* key, std::int64_t value) {
-    return std::string(key) + " is " + std::to_string(value);
-}
-
 }  // namespace
 
 std::string_view rawValue(AnalysisProfile profile) {
@@ -48,6 +44,18 @@ std::string_view rawValue(AnalysisProfile profile) {
             return "percussive";
         case AnalysisProfile::tonal:
             return "tonal";
+    }
+    fatal("unknown analysis profile");
+}
+
+Message word(AnalysisProfile profile) {
+    switch (profile) {
+        case AnalysisProfile::automatic:
+            return Message("auto");
+        case AnalysisProfile::percussive:
+            return Message("percussive");
+        case AnalysisProfile::tonal:
+            return Message("tonal");
     }
     fatal("unknown analysis profile");
 }
@@ -103,19 +111,19 @@ double ModelConfig::clipSeconds() const {
     return static_cast<double>(clipSamples()) / static_cast<double>(sampleRate);
 }
 
-std::optional<std::string> problemWith(const ModelConfig& config) {
+std::optional<Message> problemWith(const ModelConfig& config) {
     const auto& [sampleRate, nFFT, hop, nMels, frames, latentDim, profile] = config;
-    if (sampleRate < 1 || sampleRate > maxSampleRate) return has("sampleRate", sampleRate);
+    if (sampleRate < 1 || sampleRate > maxSampleRate) return Message("sampleRate is {0}", sampleRate);
     if (nFFT < 2 || nFFT > maxFFT || !std::has_single_bit(static_cast<std::uint64_t>(nFFT)))
-        return has("nFFT", nFFT) + ", not a power of two up to " + std::to_string(maxFFT);
-    if (hop < 1 || hop > nFFT) return has("hop", hop) + ", not from 1 to nFFT";
-    if (!isImageSize(nMels)) return has("nMels", nMels) + ", not a multiple of 32 within reason";
-    if (!isImageSize(frames)) return has("frames", frames) + ", not a multiple of 32 within reason";
+        return Message("nFFT is {0}, not a power of two up to {1}", nFFT, maxFFT);
+    if (hop < 1 || hop > nFFT) return Message("hop is {0}, not from 1 to nFFT", hop);
+    if (!isImageSize(nMels)) return Message("nMels is {0}, not a multiple of 32 within reason", nMels);
+    if (!isImageSize(frames)) return Message("frames is {0}, not a multiple of 32 within reason", frames);
     if (nMels * frames > maxPixels || frames * nFFT > maxSpectrum)
-        return has("nMels", nMels) + " and " + has("frames", frames) + ", together too many";
-    if (latentDim < 1 || latentDim > maxWeights) return has("latentDim", latentDim);
+        return Message("nMels is {0} and frames is {1}, together too many", nMels, frames);
+    if (latentDim < 1 || latentDim > maxWeights) return Message("latentDim is {0}", latentDim);
     if (VAEArchitecture::weightCount(config) > maxWeights)
-        return has("latentDim", latentDim) + ", too many for this image";
+        return Message("latentDim is {0}, too many for this image", latentDim);
     return std::nullopt;
 }
 
@@ -134,8 +142,7 @@ ModelConfig decodeModelConfig(std::string_view text) {
     const json::Json object = json::parseObject(text);
     const std::string& raw = json::stringMember(object, "profile");
     const std::optional<AnalysisProfile> profile = analysisProfile(raw);
-    if (!profile)
-        throw DecodingError("\"profile\" is " + json::quoted(raw) + ", which is no analysis profile");
+    if (!profile) throw DecodingError("\"profile\" is {0}, which is no analysis profile", json::quoted(raw));
     return {.sampleRate = json::integerMember(object, "sampleRate"),
             .nFFT = json::integerMember(object, "nFFT"),
             .hop = json::integerMember(object, "hop"),

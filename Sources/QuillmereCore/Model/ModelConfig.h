@@ -6,6 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "QuillmereCore/Util/Message.h"
+
 namespace quillmere {
 
 // How clips are analysed: fine in time, fine in frequency, or whichever suits the corpus.
@@ -15,6 +17,7 @@ inline constexpr std::array<AnalysisProfile, 3> allAnalysisProfiles{
     AnalysisProfile::automatic, AnalysisProfile::percussive, AnalysisProfile::tonal};
 
 [[nodiscard]] std::string_view rawValue(AnalysisProfile profile);  // "auto", "percussive", "tonal"
+[[nodiscard]] Message word(AnalysisProfile profile);               // the same for people, within a sentence
 [[nodiscard]] std::string_view label(AnalysisProfile profile);
 [[nodiscard]] std::optional<AnalysisProfile> analysisProfile(std::string_view rawValue);
 
@@ -49,7 +52,7 @@ struct ModelConfig {
 // or that would need gigabytes (an image of more than 2^20 pixels, about a minute of audio at 44.1 kHz; more
 // than 2^28 weights). For configurations from files and users; everything else in the library takes a
 // configuration that passes, and may stop the program for one that does not.
-[[nodiscard]] std::optional<std::string> problemWith(const ModelConfig& config);
+[[nodiscard]] std::optional<Message> problemWith(const ModelConfig& config);
 
 // One JSON object with exactly the seven keys, "profile" by its raw value. Decoding requires every key and
 // throws DecodingError.

@@ -26,10 +26,13 @@ namespace fs = std::filesystem;
 using json::Json;
 
 constexpr std::uint64_t maxDigestsSize = 1 << 16;
-constexpr const char* mismatch = "Model weights do not match the saved configuration";
 
-std::string message(const fs::path& file, const std::string& problem) {
-    return Text::utf8(file) + ": " + problem;
+Message mismatch() {
+    return Message("Model weights do not match the saved configuration");
+}
+
+Message message(const fs::path& file, const Message& problem) {
+    return Message("{0}: {1}", file, problem);
 }
 
 bool isMissing(const std::error_code& error) {
@@ -160,7 +163,8 @@ std::string digestOf(std::string_view name, std::string_view text) {
 }
 
 std::string readDigestsText(InputFile& file) {
-    if (file.size() > maxDigestsSize) throw CorruptModelError(message(file.path(), "too large for a model"));
+    if (file.size() > maxDigestsSize)
+        throw CorruptModelError(message(file.path(), Message("too large for a model")));
     return file.readAll();
 }
 
@@ -169,13 +173,13 @@ std::optional<Digests> readDigests(std::optional<InputFile>& file) {
     const std::string text = readDigestsText(*file);
     Digests digests{digestOf(manifestName, text), digestOf(weightsName, text)};
     if (digests.manifest.empty() || digests.weights.empty())
-        throw CorruptModelError(message(file->path(), "lacks the digest of a file"));
+        throw CorruptModelError(message(file->path(), Message("lacks the digest of a file")));
     return digests;
 }
 
 void requireDigest(const InputFile& file, const std::string& digest, const std::string& expected) {
     if (digest != expected)
-        throw CorruptModelError(message(file.path(), "differs from what was stored (SHA256SUMS)"));
+        throw CorruptModelError(message(file.path(), Message("differs from what was stored (SHA256SUMS)")));
 }
 
 // ---- model.json
@@ -234,7 +238,7 @@ std::string nested(const std::string& document) {
 std::chrono::sys_seconds decodeDate(const Json& metadata, const char* key) {
     const std::string& text = json::stringMember(metadata, key);
     const auto date = ModelStore::parseISODate(text);
-    if (!date) throw DecodingError(json::quoted(key) + " is " + json::quoted(text) + ", which is no date");
+    if (!date) throw DecodingError("{0} is {1}, which is no date", json::quoted(key), json::quoted(text));
     return *date;
 }
 
@@ -264,7 +268,7 @@ std::optional<ModelStart> decodeStart(const Json& metadata) {
                           .name = json::stringMember(start, "name"),
                           .identity = json::stringMember(start, "identity")};
     }
-    throw DecodingError("\"kind\" is " + json::quoted(kind) + ", which is no start");
+    throw DecodingError("\"kind\" is {0}, which is no start", json::quoted(kind));
 }
 
 std::vector<TrainingStretch> decodeContinued(const Json& metadata) {
@@ -328,7 +332,8 @@ ModelBundle decodeManifest(std::string_view text) {
 }
 
 ModelBundle readManifest(InputFile& file, const std::optional<Digests>& digests) {
-    if (file.size() > maxManifestSize) throw CorruptModelError(message(file.path(), "too large for a model"));
+    if (file.size() > maxManifestSize)
+        throw CorruptModelError(message(file.path(), Message("too large for a model")));
     const std::string text = file.readAll();
     try {
         ModelBundle bundle = decodeManifest(text);
@@ -337,7 +342,7 @@ ModelBundle readManifest(InputFile& file, const std::optional<Digests>& digests)
         if (digests) requireDigest(file, sha256(std::as_bytes(std::span(text))), digests->manifest);
         return bundle;
     } catch (const DecodingError& error) {
-        throw DecodingError(message(file.path(), error.what()));
+        throw DecodingError(message(file.path(), error.message()));
     }
 }
 
@@ -350,14 +355,14 @@ bool allFinite(std::span<const float> values) {
 std::vector<std::vector<float>> readWeights(InputFile& file, const ModelConfig& config,
                                             const std::optional<Digests>& digests) {
     if (file.size() != static_cast<std::uint64_t>(ModelStore::weightsSize(config)))
-        throw CorruptModelError(mismatch);
+        throw CorruptModelError(mismatch());
     std::vector<std::vector<float>> weights;
     std::optional<SHA256> digest;
     if (digests) digest.emplace();
     for (const VAEArchitecture::Param& param : VAEArchitecture::params(config)) {
         std::vector<float>& values = weights.emplace_back(static_cast<std::size_t>(param.elementCount()));
         const auto bytes = std::as_writable_bytes(std::span(values));
-        if (!file.read(bytes)) throw CorruptModelError(mismatch);
+        if (!file.read(bytes)) throw CorruptModelError(mismatch());
         if (digest) digest->update(bytes);
         if constexpr (std::endian::native == std::endian::big) {
             for (float& value : values)
@@ -366,7 +371,7 @@ std::vector<std::vector<float>> readWeights(InputFile& file, const ModelConfig& 
     }
     if (digest) requireDigest(file, digest->finish(), digests->weights);
     if (!std::ranges::all_of(weights, [](const auto& values) { return allFinite(values); }))
-        throw CorruptModelError(message(file.path(), "holds weights that are not finite"));
+        throw CorruptModelError(message(file.path(), Message("holds weights that are not finite")));
     return weights;
 }
 

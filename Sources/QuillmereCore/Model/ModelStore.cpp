@@ -40,8 +40,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string message(const fs::path& file, const std::string& problem) {
-    return Text::utf8(file) + ": " + problem;
+Message message(const fs::path& file, const Message& problem) {
+    return Message("{0}: {1}", file, problem);
 }
 
 bool allFinite(std::span<const float> values) {
@@ -86,8 +86,8 @@ bool isDateEnd(std::string_view text) {
 void requireFinite(const ModelBundle& bundle) {
     const std::array<float, 2> results{bundle.metadata.finalLoss, bundle.metadata.finalReconstructionError};
     if (allFinite(results) && allFinite(bundle.latents) && allFinite(bundle.weights)) return;
-    throw CorruptModelError("The model of " + bundle.metadata.corpusName +
-                            " holds values that are not finite and cannot be saved");
+    throw CorruptModelError("The model of {0} holds values that are not finite and cannot be saved",
+                            bundle.metadata.corpusName);
 }
 
 // Whether trouble says nothing of what it met with: there will be memory, or open files, another time.
@@ -215,13 +215,14 @@ void requireRoom(const fs::path& modelFolder) {
         throw FileError(place.root(), std::error_code(errno, std::generic_category()));
 }
 
-std::optional<std::string> problemWithNumber(std::span<const std::string> clipNames, std::int64_t latentDim) {
+std::optional<Message> problemWithNumber(std::span<const std::string> clipNames, std::int64_t latentDim) {
     const std::uint64_t size = ModelFiles::manifestBound(clipNames, latentDim);
     if (size <= ModelFiles::maxManifestSize) return std::nullopt;
     const auto clips = static_cast<std::uint64_t>(clipNames.size());
-    return "A model of " + std::to_string(clips) + " samples could not be opened again: at most about " +
-           std::to_string(clips * ModelFiles::maxManifestSize / size) +
-           " are possible. Learn a folder with fewer samples.";
+    return Message(
+        "A model of {0} samples could not be opened again: at most about {1} are possible. Learn a folder "
+        "with fewer samples.",
+        clips, clips * ModelFiles::maxManifestSize / size);
 }
 
 void save(const ModelBundle& bundle, const fs::path& modelFolder) {
@@ -301,7 +302,7 @@ bool remove(const fs::path& modelFolder, const std::stop_token& stop, std::chron
     place.sweep();
     if (!ModelFolder::holdsPart(place.folder())) return true;
     if (!ModelFolder::holdsNothingElse(place.folder()))
-        throw Failure(Text::utf8(place.folder()) + " holds other files too; nothing was removed.");
+        throw Failure("{0} holds other files too; nothing was removed.", place.folder());
     // What is half deleted must not pass for a model.
     const fs::path hidden = place.freeHiddenName();
     if (!moveFolder(place.folder(), hidden))
@@ -343,12 +344,12 @@ std::vector<StoredFolder> list(const fs::path& root) {
 
 void validate(const ModelBundle& bundle, const fs::path& modelFolder) {
     const fs::path file = modelFolder / ModelFiles::manifestName;
-    if (bundle.latents.empty()) throw CorruptModelError(message(file, "holds no latent vectors"));
+    if (bundle.latents.empty()) throw CorruptModelError(message(file, Message("holds no latent vectors")));
     const auto dim = static_cast<std::size_t>(bundle.config.latentDim);
     for (const std::vector<float>& latent : bundle.latents) {
         if (latent.size() < dim || !allFinite(latent))
             throw CorruptModelError(
-                message(file, "holds a latent vector without " + std::to_string(dim) + " finite values"));
+                message(file, Message("holds a latent vector without {0} finite values", dim)));
     }
 }
 

@@ -13,6 +13,7 @@
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -120,8 +121,8 @@ namespace ModelStore {
 void requireRoom(const std::filesystem::path& modelFolder);
 // Why a model of these clips could be stored but not opened again, with what helps, or nothing: its
 // model.json would be too large to be taken for one.
-[[nodiscard]] std::optional<std::string> problemWithNumber(std::span<const std::string> clipNames,
-                                                           std::int64_t latentDim);
+[[nodiscard]] std::optional<Message> problemWithNumber(std::span<const std::string> clipNames,
+                                                       std::int64_t latentDim);
 
 inline constexpr std::chrono::milliseconds storingPatience = std::chrono::seconds(10);
 

@@ -41,10 +41,11 @@ void requireLength(double seconds, std::int64_t sampleRate, std::span<const Anal
     for (const AnalysisProfile profile : profiles)
         longest = std::max(longest, ModelConfig::longestSeconds(sampleRate, profile));
     if (seconds <= longest) return;
-    throw Failure("At " + std::to_string(sampleRate) + " Hz " +
-                  Text::fixed(std::floor(longest * 10) / 10, 1) + " s of a sample can be learned, not " +
-                  Text::fixed(seconds, 1) +
-                  " s. Choose a shorter length, or convert the samples to a lower sample rate.");
+    throw Failure(
+        "At {0} Hz {1} s of a sample can be learned, not {2} s. Choose a shorter length, or convert the "
+        "samples "
+        "to a lower sample rate.",
+        sampleRate, Text::fixed(std::floor(longest * 10) / 10, 1), Text::fixed(seconds, 1));
 }
 
 // What can be said before the files are read.
@@ -61,7 +62,7 @@ void requireModel(const ModelConfig& config, std::span<const std::string> names)
     const std::array<AnalysisProfile, 1> profile{config.profile};
     requireLength(config.clipSeconds(), config.sampleRate, profile);
     if (const auto problem = problemWith(config))
-        throw Failure("Training is not possible with these settings: " + *problem);
+        throw Failure("Training is not possible with these settings: {0}", *problem);
     if (const auto problem = ModelStore::problemWithNumber(names, config.latentDim)) throw Failure(*problem);
 }
 

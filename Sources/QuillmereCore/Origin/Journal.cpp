@@ -70,7 +70,7 @@ std::optional<Journal::Line> tryDecodeAny(std::string_view line) {
 }
 
 RecipeError damagedEntry(const DecodingError& error) {
-    return {RecipeError::Kind::damaged, std::string("the entry is damaged: ") + error.what()};
+    return RecipeError(RecipeError::Kind::damaged, "the entry is damaged: {0}", error.message());
 }
 
 // ---- Files

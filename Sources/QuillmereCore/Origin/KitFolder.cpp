@@ -10,7 +10,6 @@
 #include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Paths.h"
-#include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
 namespace {
@@ -54,7 +53,7 @@ void KitFolder::addInstrument(const Chosen& chosen, SampleGenerator& generator, 
     samples.reserve(sounds.size());
     for (AuditionedSample& sound : sounds)
         samples.push_back(std::move(sound.samples));
-    if (samples.front().empty()) throw Failure(Text::utf8(chosen.source) + " is empty");
+    if (samples.front().empty()) throw Failure("{0} is empty", chosen.source);
     const Kit::Arrangement arrangement = Kit::arrange(samples, order_.size.layers);
     Kit::Instrument instrument{.name = chosen.source.stem().string(), .layers = {}};
     for (std::size_t place = 0; place < arrangement.order.size(); ++place) {

@@ -42,7 +42,7 @@ public:
     [[nodiscard]] const Kit::Description& description() const { return kit_; }
     [[nodiscard]] const std::vector<GeneratedSample>& files() const { return files_; }
     // As RecipeKeeper::journalProblem, of all files so far.
-    [[nodiscard]] const std::optional<std::string>& journalProblem() const { return problem_; }
+    [[nodiscard]] const std::optional<Message>& journalProblem() const { return problem_; }
 
     // Throws FileError unless the folder is missing or empty.
     void requireNew() const;
@@ -64,7 +64,7 @@ private:
     const std::filesystem::path folder_;
     Kit::Description kit_;
     std::vector<GeneratedSample> files_;
-    std::optional<std::string> problem_;
+    std::optional<Message> problem_;
 };
 
 }  // namespace quillmere

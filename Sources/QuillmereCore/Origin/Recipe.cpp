@@ -35,8 +35,8 @@ template <typename Word>
 std::vector<Word> words(const std::string& key, const std::string& digits) {
     const auto bytes = Text::parseHexadecimal(digits);
     if (!bytes || bytes->size() % sizeof(Word) != 0)
-        throw DecodingError(json::quoted(key) + " must be hexadecimal digits, " +
-                            std::to_string(2 * sizeof(Word)) + " per number");
+        throw DecodingError("{0} must be hexadecimal digits, {1} per number", json::quoted(key),
+                            2 * sizeof(Word));
     std::vector<Word> result(bytes->size() / sizeof(Word));
     for (std::size_t i = 0; i < bytes->size(); ++i)
         result[i / sizeof(Word)] |= static_cast<Word>(Word{(*bytes)[i]} << (8 * (i % sizeof(Word))));
@@ -143,7 +143,7 @@ SoundFit decodeFit(const Reader& object) {
 std::uint64_t unsignedMember(const Reader& object, const std::string& key) {
     const Reader& value = json::member(object, key);
     if (!value.is_number_unsigned())
-        throw DecodingError(json::quoted(key) + " must be a whole number from 0");
+        throw DecodingError("{0} must be a whole number from 0", json::quoted(key));
     return value.get<std::uint64_t>();
 }
 
@@ -201,9 +201,9 @@ void checkKind(const Reader& document) {
     const std::int64_t version = json::integerMember(document, "version");
     if (version > Recipe::version) {
         throw RecipeError(RecipeError::Kind::newer,
-                          "the recipe is of version " + std::to_string(version) +
-                              ", which a newer version of the program has written; this one knows up to " +
-                              std::to_string(Recipe::version));
+                          "the recipe is of version {0}, which a newer version of the program has written; "
+                          "this one knows up to {1}",
+                          version, Recipe::version);
     }
     if (version < 1) throw DecodingError("\"version\" must be 1 or more");
 }
@@ -259,7 +259,7 @@ std::string programVersion() {
 }
 
 RecipeError RecipeError::in(const std::filesystem::path& file) const {
-    return {kind_, Text::utf8(file) + ": " + what()};
+    return {kind_, Message("{0}: {1}", file, message())};
 }
 
 std::string encodeJSON(const Recipe& recipe) {
@@ -296,8 +296,7 @@ Recipe decodeRecipe(std::string_view text) {
     } catch (const RecipeError&) {
         throw;
     } catch (const Failure& failure) {
-        throw RecipeError(RecipeError::Kind::damaged,
-                          std::string("the recipe is damaged: ") + failure.what());
+        throw RecipeError(RecipeError::Kind::damaged, "the recipe is damaged: {0}", failure.message());
     }
 }
 

@@ -83,7 +83,10 @@ public:
         unusable,  // sound in itself, but it does not fit its model
         unknown,   // there is none
     };
-    RecipeError(Kind kind, const std::string& phrase) : Failure(phrase), kind_(kind) {}
+    RecipeError(Kind kind, Message phrase) : Failure(std::move(phrase)), kind_(kind) {}
+    template <typename... Arguments>
+    RecipeError(Kind kind, Pattern<sizeof...(Arguments)> pattern, const Arguments&... arguments)
+        : RecipeError(kind, Message(pattern, arguments...)) {}
 
     [[nodiscard]] Kind kind() const noexcept { return kind_; }
     // The same with the file's name before it.

@@ -35,7 +35,7 @@ GenerationHooks RecipeKeeper::hooks() {
     return hooks;
 }
 
-std::optional<std::string> RecipeKeeper::journalProblem() const {
+std::optional<Message> RecipeKeeper::journalProblem() const {
     const MutexLock lock(mutex_);
     return problem_;
 }
@@ -55,7 +55,7 @@ void RecipeKeeper::keepInJournal(const JournalEntry& entry) {
         journal_->append(entry);
     } catch (const FileError& error) {
         const MutexLock lock(mutex_);
-        if (!problem_) problem_ = error.what();
+        if (!problem_) problem_ = error.message();
     }
 }
 

@@ -7,6 +7,7 @@
 #include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Origin/Journal.h"
 #include "QuillmereCore/Origin/Recipe.h"
+#include "QuillmereCore/Util/Message.h"
 #include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere {
@@ -29,7 +30,7 @@ public:
     // Why a recipe is missing from the journal, a sentence; nothing if none is. The files are there all the
     // same: a journal that cannot be written is no reason to lose them. What cannot be written to the
     // document, in contrast, ends the job with a FileError.
-    [[nodiscard]] std::optional<std::string> journalProblem() const;
+    [[nodiscard]] std::optional<Message> journalProblem() const;
 
 private:
     void keep(const GenerationHooks::WrittenFile& file);
@@ -40,7 +41,7 @@ private:
     std::optional<Journal> journal_;
     std::optional<Journal> document_;
     mutable Mutex mutex_;
-    std::optional<std::string> problem_ QUILLMERE_GUARDED_BY(mutex_);
+    std::optional<Message> problem_ QUILLMERE_GUARDED_BY(mutex_);
 };
 
 }  // namespace quillmere

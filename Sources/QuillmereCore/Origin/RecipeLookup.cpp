@@ -27,7 +27,7 @@ auto reading(const fs::path& file, const Work& work) {
     try {
         return work();
     } catch (const ReadError& error) {
-        throw AudioIOError::unreadable(file, error.what(), error.isSystemTrouble());
+        throw AudioIOError::unreadable(file, error.phrase(), error.isSystemTrouble());
     }
 }
 
@@ -74,7 +74,7 @@ Recipe decodeEither(std::string_view text) {
     try {
         object = json::parseObject<Reader>(text);
     } catch (const DecodingError& error) {
-        throw RecipeError(RecipeError::Kind::damaged, std::string("the recipe is damaged: ") + error.what());
+        throw RecipeError(RecipeError::Kind::damaged, "the recipe is damaged: {0}", error.message());
     }
     const auto inner = object.find("recipe");
     return inner == object.end() ? decodeRecipe(text) : decodeRecipe(inner->dump());
@@ -94,8 +94,7 @@ std::vector<Recipe> decodeLines(std::string_view text, const fs::path& file) {
         try {
             recipes.push_back(decodeEither(line));
         } catch (const RecipeError& error) {
-            throw RecipeError(error.kind(),
-                              Text::utf8(file) + ", line " + std::to_string(number) + ": " + error.what());
+            throw RecipeError(error.kind(), "{0}, line {1}: {2}", file, number, error.message());
         }
     }
     return recipes;
@@ -133,7 +132,7 @@ KnownFile lookInto(const fs::path& file, const std::stop_token& stop) {
         }
         known.digests.sound = soundOf(file, stop);
     } catch (const Failure& failure) {
-        known.problem = failure.what();
+        known.problem = failure.message();
     }
     return known;
 }
@@ -150,9 +149,10 @@ void takeEntry(KnownFile& known, std::optional<JournalEntry> entry) {
         return;
     }
     known.isUnknown = true;
-    known.problem = Text::utf8(known.file) +
-                    ": nothing is known of where it comes from; it holds no recipe, and the journal has no "
-                    "file with its bytes or its sound";
+    known.problem = Message(
+        "{0}: nothing is known of where it comes from; it holds no recipe, and the journal has no file with "
+        "its bytes or its sound",
+        known.file);
 }
 
 }  // namespace
@@ -228,15 +228,15 @@ FoundModel findModel(const Recipe& recipe, const fs::path& root, const std::stop
 }
 
 void requireFit(const Recipe& recipe, const ModelBundle& model) {
-    const auto refuse = [](const char* part) {
+    if (std::ssize(recipe.latent) != model.config.latentDim)
         throw RecipeError(RecipeError::Kind::unusable,
-                          std::string("the recipe is damaged: its ") + part + " not fit the model");
-    };
-    if (std::ssize(recipe.latent) != model.config.latentDim) refuse("latent vector does");
+                          "the recipe is damaged: its latent vector does not fit the model");
     const auto isClip = [&](const SampleOrigin::Source& source) {
         return source.clip < model.latents.size();
     };
-    if (!std::ranges::all_of(recipe.sources, isClip)) refuse("sources do");
+    if (!std::ranges::all_of(recipe.sources, isClip))
+        throw RecipeError(RecipeError::Kind::unusable,
+                          "the recipe is damaged: its sources do not fit the model");
 }
 
 ClipSounds learnedSounds(const FoundModel& found, DetailBasis basis, const std::stop_token& stop) {
@@ -251,13 +251,13 @@ ClipSounds learnedSounds(const FoundModel& found, DetailBasis basis, const std::
     return ClipSounds::find(*found.bundle, Corpus::scan(folder, {}, stop), found.folder);
 }
 
-std::string missingModelText(const Recipe& recipe, const FoundModel& found, const fs::path& root) {
+Message missingModelText(const Recipe& recipe, const FoundModel& found, const fs::path& root) {
     const std::string name = ModelStore::folderName(recipe.corpusName, recipe.fingerprint);
     if (found.hasChanged)
-        return "the model " + name + " in " + Text::utf8(root) +
-               " is another one than the file was made with: the folder was learned again";
-    return "its model, that of the folder " + recipe.corpusName + ", is not among those in " +
-           Text::utf8(root);
+        return Message(
+            "the model {0} in {1} is another one than the file was made with: the folder was learned again",
+            name, root);
+    return Message("its model, that of the folder {0}, is not among those in {1}", recipe.corpusName, root);
 }
 
 }  // namespace quillmere

@@ -10,6 +10,7 @@
 
 #include "QuillmereCore/Origin/Journal.h"
 #include "QuillmereCore/Origin/Recipe.h"
+#include "QuillmereCore/Util/Message.h"
 
 // From a file to its recipe, and from a recipe to its model. Any thread.
 namespace quillmere {
@@ -27,7 +28,7 @@ struct KnownFile {
     FileDigests digests;          // sound is empty where nobody had to decode it; both are for a document
     std::optional<JournalEntry> entry;  // of the journal, where that has it
     std::string chunk;                  // the text of the recipe in the file
-    std::string problem;                // why there is no recipe: a sentence that names the file
+    Message problem;                    // why there is no recipe: a sentence that names the file
     bool isUnknown = false;             // the problem is that nothing is known of it
 };
 
@@ -65,7 +66,7 @@ void requireFit(const Recipe& recipe, const ModelBundle& model);
 [[nodiscard]] ClipSounds learnedSounds(const FoundModel& found, DetailBasis basis,
                                        const std::stop_token& stop = {});
 // Why there is none, a sentence without the file's name.
-[[nodiscard]] std::string missingModelText(const Recipe& recipe, const FoundModel& found,
-                                           const std::filesystem::path& root);
+[[nodiscard]] Message missingModelText(const Recipe& recipe, const FoundModel& found,
+                                       const std::filesystem::path& root);
 
 }  // namespace quillmere

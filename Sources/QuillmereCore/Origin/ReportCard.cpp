@@ -80,7 +80,7 @@ public:
             if (readings_[i].isUsable()) usable_.push_back(i);
         }
         if (usable_.size() != model.latents.size())
-            throw Failure(Text::utf8(corpus.directory) + " no longer holds what the model has learned.");
+            throw Failure("{0} no longer holds what the model has learned.", corpus.directory);
     }
 
     [[nodiscard]] std::span<const std::size_t> usable() const { return usable_; }
@@ -109,9 +109,9 @@ private:
     std::vector<std::size_t> usable_;  // positions among the readings
 };
 
-std::string damageText(const AudioIO::Damage& damage) {
-    if (damage.isTruncated) return "it ends before it should";
-    return Text::fixed(damage.silentSeconds, 2) + " s in it are lost";
+Message damageText(const AudioIO::Damage& damage) {
+    if (damage.isTruncated) return Message("it ends before it should");
+    return Message("{0} s in it are lost", Text::fixed(damage.silentSeconds, 2));
 }
 
 void addBlemishes(ReportCard& card, const LearnedFolder& folder, const CorpusSummary& corpus,
@@ -120,7 +120,7 @@ void addBlemishes(ReportCard& card, const LearnedFolder& folder, const CorpusSum
     using Outcome = ModelTrainer::ClipReading::Outcome;
     for (std::size_t i = 0; i < corpus.files.size(); ++i) {
         const ModelTrainer::ClipReading& reading = folder.readings()[i];
-        const auto add = [&](Kind kind, std::string reason) {
+        const auto add = [&](Kind kind, Message reason) {
             card.blemishes.push_back({corpus.files[i].relativePath, kind, std::move(reason)});
         };
         if (reading.outcome == Outcome::unreadable) add(Kind::unreadable, reading.reason);
@@ -218,34 +218,56 @@ ReportCard::HeldBack holdBack(const ModelBundle& model, const Images& images, ne
 
 // ---- In words
 
-std::string counted(std::size_t count, const char* one, const char* several) {
-    return count == 1 ? std::string("One ") + one : std::to_string(count) + " " + several;
-}
-
 std::string dB(double value) {
     return Text::fixed(value, 1) + " dB";
 }
 
-void adviseOnFiles(const ReportCard& card, std::vector<std::string>& advice) {
+Message adviceToLearnOn() {
+    return Message(
+        "Learn on (train --continue N tells what N more steps buy); if that is little, the samples are many "
+        "or "
+        "very different, and a greater --latent-dim or a folder for each kind may help.");
+}
+
+Message adviceOnOthers(const ReportCard::HeldBack& heldBack) {
+    return Message(
+        "Samples that it has not learned come out worse ({0} instead of {1}): it knows these samples rather "
+        "than "
+        "their kind. More samples help.",
+        dB(heldBack.heldBackDB), dB(heldBack.learnedDB));
+}
+
+void adviseOnFiles(const ReportCard& card, std::vector<Message>& advice) {
     using Kind = ReportCard::Blemish::Kind;
-    if (const std::size_t cut = card.count(Kind::cut); cut > 0)
-        advice.push_back(counted(cut, "sample is", "samples are") + " longer than the " +
-                         Text::fixed(card.clipSeconds, 1) +
-                         " s that are learned of each; learn more of each (--clip-seconds) if their ends "
-                         "matter.");
-    if (const std::size_t pairs = card.nearDuplicates.size(); pairs > 0)
-        advice.push_back(counted(pairs, "pair of samples is", "pairs of samples are") +
-                         " nearly the same; remove one of each, or the model gives it twice the weight.");
-    if (const std::size_t far = card.outliers.size(); far > 0)
-        advice.push_back(counted(far, "sample is", "samples are") +
-                         " unlike all others; add more of the kind, or move what does not belong here.");
-    const std::size_t lost = card.count(Kind::silent) + card.count(Kind::unreadable);
+    if (const auto cut = static_cast<std::int64_t>(card.count(Kind::cut)); cut > 0)
+        advice.push_back(Message::counted(
+            cut,
+            "One sample is longer than the {1} s that are learned of each; learn more of each "
+            "(--clip-seconds) "
+            "if their ends matter.",
+            "{0} samples are longer than the {1} s that are learned of each; learn more of each "
+            "(--clip-seconds) if their ends matter.",
+            Text::fixed(card.clipSeconds, 1)));
+    if (const auto pairs = std::ssize(card.nearDuplicates); pairs > 0)
+        advice.push_back(Message::counted(
+            pairs,
+            "One pair of samples is nearly the same; remove one of each, or the model gives it twice the "
+            "weight.",
+            "{0} pairs of samples are nearly the same; remove one of each, or the model gives it twice the "
+            "weight."));
+    if (const auto far = std::ssize(card.outliers); far > 0)
+        advice.push_back(Message::counted(
+            far, "One sample is unlike all others; add more of the kind, or move what does not belong here.",
+            "{0} samples are unlike all others; add more of the kind, or move what does not belong here."));
+    const auto lost = static_cast<std::int64_t>(card.count(Kind::silent) + card.count(Kind::unreadable));
     if (lost > 0)
-        advice.push_back(counted(lost, "file was", "files were") +
-                         " left out as silent or unreadable; replace or remove them.");
-    if (const std::size_t damaged = card.count(Kind::damaged); damaged > 0)
-        advice.push_back(counted(damaged, "file is", "files are") +
-                         " damaged and only learned in part; get a whole copy.");
+        advice.push_back(
+            Message::counted(lost, "One file was left out as silent or unreadable; replace or remove them.",
+                             "{0} files were left out as silent or unreadable; replace or remove them."));
+    if (const auto damaged = static_cast<std::int64_t>(card.count(Kind::damaged)); damaged > 0)
+        advice.push_back(
+            Message::counted(damaged, "One file is damaged and only learned in part; get a whole copy.",
+                             "{0} files are damaged and only learned in part; get a whole copy."));
 }
 
 }  // namespace
@@ -259,33 +281,27 @@ ReportCard::Grade ReportCard::grade() const {
     return errorDB < poorFromDB ? Grade::fair : Grade::poor;
 }
 
-std::string ReportCard::verdict() const {
-    const std::string error = " (" + dB(errorDB) + " off on average).";
+Message ReportCard::verdict() const {
     switch (grade()) {
         case Grade::good:
-            return "The model has learned its samples well" + error;
+            return Message("The model has learned its samples well ({0} off on average).", dB(errorDB));
         case Grade::fair:
-            return "The model has learned its samples in outline" + error;
+            return Message("The model has learned its samples in outline ({0} off on average).", dB(errorDB));
         case Grade::poor:
             break;
     }
-    return "The model has not learned its samples yet" + error;
+    return Message("The model has not learned its samples yet ({0} off on average).", dB(errorDB));
 }
 
-std::vector<std::string> ReportCard::advice() const {
-    std::vector<std::string> advice;
-    if (grade() != Grade::good)
-        advice.emplace_back(
-            "Learn on (train --continue N tells what N more steps buy); if that is little, the samples are "
-            "many "
-            "or very different, and a greater --latent-dim or a folder for each kind may help.");
+std::vector<Message> ReportCard::advice() const {
+    std::vector<Message> advice;
+    if (grade() != Grade::good) advice.push_back(adviceToLearnOn());
     if (heldBack && heldBack->heldBackDB > 2 * heldBack->learnedDB)
-        advice.push_back("Samples that it has not learned come out worse (" + dB(heldBack->heldBackDB) +
-                         " instead of " + dB(heldBack->learnedDB) +
-                         "): it knows these samples rather than their kind. More samples help.");
+        advice.push_back(adviceOnOthers(*heldBack));
     if (clips.size() < fewClips)
-        advice.push_back("There are " + std::to_string(clips.size()) +
-                         " samples; a few dozen give it more to blend.");
+        advice.push_back(Message::counted(std::ssize(clips),
+                                          "There are {0} samples; a few dozen give it more to blend.",
+                                          "There are {0} samples; a few dozen give it more to blend."));
     adviseOnFiles(*this, advice);
     return advice;
 }
@@ -305,15 +321,15 @@ std::string_view rawValue(ReportCard::Grade grade) {
 std::string_view rawValue(ReportCard::Blemish::Kind kind) {
     switch (kind) {
         case ReportCard::Blemish::Kind::cut:
-            return "cut";
+            return translatable("cut");
         case ReportCard::Blemish::Kind::silent:
-            return "silent";
+            return translatable("silent");
         case ReportCard::Blemish::Kind::unreadable:
-            return "unreadable";
+            return translatable("unreadable");
         case ReportCard::Blemish::Kind::damaged:
             break;
     }
-    return "damaged";
+    return translatable("damaged");
 }
 
 ReportCard makeReport(const ModelBundle& model, const CorpusSummary& corpus, network::Backend& backend,

@@ -13,6 +13,7 @@
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/Training/TrainingProgress.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -38,7 +39,7 @@ struct ReportCard {
         enum class Kind { cut, silent, unreadable, damaged };
         std::string name;
         Kind kind = Kind::cut;
-        std::string reason;  // a phrase or a sentence; may be empty
+        Message reason;  // a phrase or a sentence; may be empty
     };
     // What a model of nine in ten of the clips makes of the others.
     struct HeldBack {
@@ -65,9 +66,9 @@ struct ReportCard {
     // Good below 4 dB, poor from 8 dB on.
     [[nodiscard]] Grade grade() const;
     // A sentence for people.
-    [[nodiscard]] std::string verdict() const;
+    [[nodiscard]] Message verdict() const;
     // What to do about it: sentences, the most useful first; none where all is well.
-    [[nodiscard]] std::vector<std::string> advice() const;
+    [[nodiscard]] std::vector<Message> advice() const;
 };
 
 [[nodiscard]] std::string_view rawValue(ReportCard::Grade grade);         // "good", "fair", "poor"

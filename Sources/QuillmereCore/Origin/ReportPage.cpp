@@ -44,8 +44,8 @@ std::string cell(const std::string& text) {
 std::string head(const ReportCard& card) {
     std::string page = textElement("h1", "How well " + card.corpusName + " was learned");
     page += "<p class=\"verdict " + std::string(rawValue(card.grade())) + "\">" +
-            PictureFile::escaped(card.verdict()) + "</p>\n";
-    const std::vector<std::string> advice = card.advice();
+            PictureFile::escaped(card.verdict().english()) + "</p>\n";
+    const std::vector<Message> advice = card.advice();
     if (advice.empty()) return page;
     std::string items;
     for (const std::string& sentence : advice)
@@ -87,8 +87,9 @@ std::string findings(const ReportCard& card) {
                                   " dB from the nearest");
     std::string blemishes;
     for (const ReportCard::Blemish& blemish : card.blemishes)
-        blemishes += textElement("li", blemish.name + ": " + std::string(rawValue(blemish.kind)) +
-                                           (blemish.reason.empty() ? "" : " (" + blemish.reason + ")"));
+        blemishes +=
+            textElement("li", blemish.name + ": " + std::string(rawValue(blemish.kind)) +
+                                  (blemish.reason.empty() ? "" : " (" + blemish.reason.english() + ")"));
     return list("Near-duplicates", pairs) + list("Unlike all others", outliers) +
            list("Files that were not learned as they are", blemishes);
 }

@@ -26,7 +26,7 @@ void compareSound(Verification& result, std::span<const float> expected, int sam
     const AudioIO::MonoAudio audio = AudioIO::readMono(result.file);
     if (audio.sampleRate != sampleRate) {
         result.verdict = Verdict::different;
-        result.reason = "it has another sample rate";
+        result.reason = Message("it has another sample rate");
         return;
     }
     const auto [here, there] = std::ranges::mismatch(audio.samples, expected);
@@ -38,12 +38,13 @@ void compareSound(Verification& result, std::span<const float> expected, int sam
     result.firstDifference = static_cast<std::size_t>(here - audio.samples.begin());
     const bool isShorter = here == audio.samples.end();
     const bool isLonger = there == expected.end();
-    const std::string where = std::to_string(*result.firstDifference);
-    result.reason = isShorter  ? "it ends after " + where + " samples of " + std::to_string(expected.size())
-                    : isLonger ? "it goes on after its " + where + " samples"
-                               : "the first sample that differs is " + where;
+    const std::size_t where = *result.firstDifference;
+    result.reason = isShorter  ? Message("it ends after {0} samples of {1}", where, expected.size())
+                    : isLonger ? Message("it goes on after its {0} samples", where)
+                               : Message("the first sample that differs is {0}", where);
     if (result.recipe->device != deviceProcessor)
-        result.reason += "; it was made on another device (" + result.recipe->device + ")";
+        result.reason =
+            Message("{0}; it was made on another device ({1})", result.reason, result.recipe->device);
 }
 
 void compare(Verification& result, const KnownFile& known, std::span<const float> samples, int sampleRate) {
@@ -58,13 +59,16 @@ void compare(Verification& result, const KnownFile& known, std::span<const float
 void noteOtherBasis(Verification& result, DetailBasis basis) {
     if (result.isSame() || result.recipe->detailBasis == basis) return;
     const bool wasKept = result.recipe->detailBasis == DetailBasis::kept;
-    result.reason += wasKept ? "; the samples that its detail is from are no longer kept with the model"
-                             : "; the samples that its detail is from are no longer there as they were";
+    result.reason =
+        wasKept ? Message("{0}; the samples that its detail is from are no longer kept with the model",
+                          result.reason)
+                : Message("{0}; the samples that its detail is from are no longer there as they were",
+                          result.reason);
 }
 
 void refuse(Verification& result, const Failure& failure) {
     result.verdict = Verdict::unusable;
-    result.reason = failure.what();
+    result.reason = failure.message();
 }
 
 // The samples of each plan, or why there are none.

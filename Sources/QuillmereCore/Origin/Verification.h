@@ -12,6 +12,7 @@
 
 #include "QuillmereCore/Network/Backend.h"
 #include "QuillmereCore/Origin/RecipeLookup.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -34,7 +35,7 @@ struct Verification {
     std::optional<Recipe> recipe;
     // Of a different one: the first sample that differs, or the length of the shorter one where one goes on.
     std::optional<std::size_t> firstDifference;
-    std::string reason;  // of every verdict but the first two: a phrase, or a sentence that names the file
+    Message reason;  // of every verdict but the first two: a phrase, or a sentence that names the file
 
     [[nodiscard]] bool isSame() const {
         return verdict == Verdict::sameBytes || verdict == Verdict::sameSamples;

@@ -266,10 +266,10 @@ std::string dataAddress(std::span<const std::byte> content, const std::string& m
     return "data:" + mediaType + ";base64," + digits;
 }
 
-std::optional<std::string> problemWithName(const fs::path& file) {
+std::optional<Message> problemWithName(const fs::path& file) {
     const std::string extension = Text::lowercase(Text::utf8(file.extension()));
     if (extension == ".png" || extension == ".svg") return std::nullopt;
-    return "The name of a picture must end in .png or .svg, not " + Text::utf8(file.filename()) + ".";
+    return Message("The name of a picture must end in .png or .svg, not {0}.", file.filename());
 }
 
 void write(const Drawing& drawing, const fs::path& file) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "QuillmereCore/Picture/Drawing.h"
+#include "QuillmereCore/Util/Message.h"
 
 // Drawings as files. The same drawing gives the same SVG on every machine; the texts of a PNG are in a font
 // of the machine's. Stateless; any thread.
@@ -28,7 +29,7 @@ namespace quillmere::PictureFile {
 
 // Why a file of this name can be no picture, a sentence; nothing if its name ends in .png or .svg, in any
 // case.
-[[nodiscard]] std::optional<std::string> problemWithName(const std::filesystem::path& file);
+[[nodiscard]] std::optional<Message> problemWithName(const std::filesystem::path& file);
 // Replaces the file or creates it, as its name says; a large drawing gets fewer pixels per unit. Throws
 // Failure for a name with a problem, and FileError.
 void write(const Drawing& drawing, const std::filesystem::path& file);

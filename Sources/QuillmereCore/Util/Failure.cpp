@@ -6,8 +6,6 @@
 #include <limits>
 #include <utility>
 
-#include "QuillmereCore/Util/Text.h"
-
 namespace quillmere {
 
 void fatal(std::string_view message) {
@@ -35,10 +33,13 @@ long long roundedCount(double value) {
     return static_cast<long long>(rounded);
 }
 
-FileError::FileError(const std::filesystem::path& file, std::error_code reason)
-    : FileError(file, reason, Text::utf8(file) + ": " + reason.message()) {}
+Failure::Failure(Message message)
+    : std::runtime_error(message.english()), message_(std::make_shared<const Message>(std::move(message))) {}
 
-FileError::FileError(std::filesystem::path file, std::error_code reason, const std::string& message)
-    : Failure(message), file_(std::move(file)), reason_(reason) {}
+FileError::FileError(const std::filesystem::path& file, std::error_code reason)
+    : FileError(file, reason, Message("{0}: {1}", file, reason)) {}
+
+FileError::FileError(std::filesystem::path file, std::error_code reason, Message message)
+    : Failure(std::move(message)), file_(std::move(file)), reason_(reason) {}
 
 }  // namespace quillmere

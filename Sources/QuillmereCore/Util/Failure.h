@@ -1,11 +1,15 @@
 #pragma once
 
+#include <concepts>
 #include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <stop_token>
 #include <string>
 #include <string_view>
 #include <system_error>
+
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -25,10 +29,23 @@ inline void require(bool condition, std::string_view message) {
 // Rounds half away from zero; a value that is not finite or does not fit stops the program.
 [[nodiscard]] long long roundedCount(double value);
 
-// Base of every failure that a user can cause. what() is the sentence the user reads.
+// Base of every failure that a user can cause. what() is the sentence the user reads, in English; a program
+// that speaks another language shows message().
 class Failure : public std::runtime_error {
 public:
-    using std::runtime_error::runtime_error;
+    explicit Failure(Message message);
+    // As the Message of these arguments: Failure("{0} is silent", file).
+    template <typename... Arguments>
+    explicit Failure(Pattern<sizeof...(Arguments)> pattern, const Arguments&... arguments)
+        : Failure(Message(pattern, arguments...)) {}
+    // A sentence that is in the user's language already, as the window has them.
+    template <std::same_as<std::string> String>
+    explicit Failure(const String& sentence) : Failure(Message::verbatim(sentence)) {}
+
+    [[nodiscard]] const Message& message() const noexcept { return *message_; }
+
+private:
+    std::shared_ptr<const Message> message_;  // shared, because an exception's copy must not fail
 };
 
 // Trouble reported by the file system: what() names the file and gives the system's reason.
@@ -36,7 +53,7 @@ class FileError : public Failure {
 public:
     FileError(const std::filesystem::path& file, std::error_code reason);
     // For failures that have a sentence of their own.
-    FileError(std::filesystem::path file, std::error_code reason, const std::string& message);
+    FileError(std::filesystem::path file, std::error_code reason, Message message);
 
     [[nodiscard]] const std::filesystem::path& file() const noexcept { return file_; }
     [[nodiscard]] std::error_code reason() const noexcept { return reason_; }

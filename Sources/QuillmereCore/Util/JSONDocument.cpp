@@ -10,10 +10,6 @@ namespace {
 // Documents of this project are at most four levels deep; each level of a broken one costs memory.
 constexpr int maxDepth = 64;
 
-[[noreturn]] void wrongType(std::string_view key, const char* expected) {
-    throw DecodingError(quoted(key) + " must be " + expected);
-}
-
 }  // namespace
 
 std::string quoted(std::string_view text) {
@@ -31,7 +27,7 @@ Document parseObject(std::string_view text) {
         if (!document.is_object()) throw DecodingError("not a JSON object");
         return document;
     } catch (const typename Document::parse_error& error) {
-        throw DecodingError("not valid JSON (byte " + std::to_string(error.byte) + ")");
+        throw DecodingError("not valid JSON (byte {0})", error.byte);
     } catch (const typename Document::out_of_range&) {
         throw DecodingError("a number is too large");
     }
@@ -40,45 +36,45 @@ Document parseObject(std::string_view text) {
 template <typename Document>
 const Document& member(const Document& object, std::string_view key) {
     const auto found = object.find(std::string(key));
-    if (found == object.end()) throw DecodingError(quoted(key) + " is missing");
+    if (found == object.end()) throw DecodingError("{0} is missing", quoted(key));
     return *found;
 }
 
 template <typename Document>
 std::int64_t integerMember(const Document& object, std::string_view key) {
     const Document& value = member(object, key);
-    if (!value.is_number_integer()) wrongType(key, "an integer");
+    if (!value.is_number_integer()) throw DecodingError("{0} must be an integer", quoted(key));
     const bool tooLarge = value.is_number_unsigned() &&
                           value.template get<std::uint64_t>() > std::numeric_limits<std::int64_t>::max();
-    if (tooLarge) wrongType(key, "a 64-bit integer");
+    if (tooLarge) throw DecodingError("{0} must be a 64-bit integer", quoted(key));
     return value.template get<std::int64_t>();
 }
 
 template <typename Document>
 typename Document::number_float_t numberMember(const Document& object, std::string_view key) {
     const Document& value = member(object, key);
-    if (!value.is_number()) wrongType(key, "a number");
+    if (!value.is_number()) throw DecodingError("{0} must be a number", quoted(key));
     return value.template get<typename Document::number_float_t>();
 }
 
 template <typename Document>
 const std::string& stringMember(const Document& object, std::string_view key) {
     const Document& value = member(object, key);
-    if (!value.is_string()) wrongType(key, "a text");
+    if (!value.is_string()) throw DecodingError("{0} must be a text", quoted(key));
     return value.template get_ref<const std::string&>();
 }
 
 template <typename Document>
 const Document& objectMember(const Document& object, std::string_view key) {
     const Document& value = member(object, key);
-    if (!value.is_object()) wrongType(key, "an object");
+    if (!value.is_object()) throw DecodingError("{0} must be an object", quoted(key));
     return value;
 }
 
 template <typename Document>
 const Document& arrayMember(const Document& object, std::string_view key) {
     const Document& value = member(object, key);
-    if (!value.is_array()) wrongType(key, "a list");
+    if (!value.is_array()) throw DecodingError("{0} must be a list", quoted(key));
     return value;
 }
 

@@ -14,7 +14,7 @@ struct AppModelProbe {
                         float loss) {
         TrainingProgress record;
         record.phase = phase;
-        record.message = "record";
+        record.message = Message("record");
         record.step = step;
         record.loss = loss;
         model.receive(record);

@@ -71,7 +71,7 @@ TEST(OutputFormat, IsFoundByItsExactRawValueOnly) {
 }
 
 TEST(AudioIOError, NamesTheFileButNotItsFolder) {
-    EXPECT_STREQ(AudioIOError::unreadable("/some/folder/kick.wav", "out of memory").what(),
+    EXPECT_STREQ(AudioIOError::unreadable("/some/folder/kick.wav", Message("out of memory")).what(),
                  "Could not read kick.wav: out of memory");
     EXPECT_STREQ(AudioIOError::empty("/some/folder/kick.wav").what(), "kick.wav contains no audio");
 }

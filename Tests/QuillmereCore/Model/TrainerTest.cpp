@@ -472,7 +472,9 @@ TEST_F(TrainerRun, CancelledWhileReadingStopsBeforeTheAnalysis) {
 }
 
 TEST_F(TrainerRun, CancelledWhilePreparingStopsBeforeTheFirstStep) {
-    listener.stopAt = [](const TrainingProgress& r) { return r.message.starts_with("Analysing ("); };
+    listener.stopAt = [](const TrainingProgress& r) {
+        return r.message.english().starts_with("Analysing (");
+    };
     EXPECT_THROW((void)train(quickOptions()), CancellationError);
     EXPECT_EQ(listener.messages().back(), "Analysing (percussive, 1.0 s per sample)…");
 }

@@ -117,7 +117,7 @@ TEST_F(Keeping, AJournalThatCannotBeWrittenLosesNoFile) {
     RecipeKeeper keeper({.journal = journal}, base());
     EXPECT_EQ(generate(keeper).size(), 19U);
     ASSERT_TRUE(keeper.journalProblem().has_value());
-    EXPECT_NE(keeper.journalProblem()->find(journal.string()), std::string::npos);
+    EXPECT_NE(keeper.journalProblem()->english().find(journal.string()), std::string::npos);
 }
 
 TEST_F(Keeping, ADocumentThatCannotBeWrittenEndsTheJob) {

@@ -144,7 +144,7 @@ TEST_F(Reporting, ThePageIsWholeInItself) {
             EXPECT_TRUE(address.starts_with("data:")) << address.substr(0, 60);
     }
     EXPECT_THAT(page, HasSubstr("torn.wav: damaged"));
-    EXPECT_THAT(page, HasSubstr(card.verdict().substr(0, 20)));
+    EXPECT_THAT(page, HasSubstr(card.verdict().english().substr(0, 20)));
 }
 
 // ---- The words
@@ -176,7 +176,7 @@ TEST(ReportWords, EveryFindingComesWithWhatToDo) {
     for (const Kind kind : {Kind::cut, Kind::silent, Kind::unreadable, Kind::damaged})
         card.blemishes.push_back({"x", kind, {}});
     card.heldBack = ReportCard::HeldBack{2, 3, 9};
-    const std::vector<std::string> advice = card.advice();
+    const std::vector<Message> advice = card.advice();
     EXPECT_EQ(advice.size(), 8U);
     EXPECT_THAT(advice.front(), HasSubstr("train --continue"));
     EXPECT_THAT(advice, ::testing::Contains(HasSubstr("2 files were left out")));

@@ -57,7 +57,8 @@ TEST(Failure, FileErrorNamesTheFileAndTheReason) {
 }
 
 TEST(Failure, FileErrorKeepsASentenceOfItsOwn) {
-    const FileError error("/music", std::make_error_code(std::errc::no_space_on_device), "The disk is full.");
+    const FileError error("/music", std::make_error_code(std::errc::no_space_on_device),
+                          Message("The disk is full."));
     EXPECT_STREQ(error.what(), "The disk is full.");
     EXPECT_EQ(error.file(), "/music");
 }
@@ -71,6 +72,13 @@ TEST(Failure, CancellationIsNotAFailure) {
     } catch (const std::exception& error) {
         EXPECT_FALSE(std::string(error.what()).empty());
     }
+}
+
+TEST(Failure, MayHaveASentenceThatIsTranslatedAlready) {
+    const Failure failure(std::string("{0} ist voll."));
+    EXPECT_STREQ(failure.what(), "{0} ist voll.");
+    EXPECT_EQ(failure.message().translated([](const char*, const char*, std::uint64_t) { return "x"; }),
+              "{0} ist voll.");
 }
 
 }  // namespace

@@ -142,7 +142,8 @@ ClipReading readUsable(const CorpusFile& file, const ClipNeeds& needs, const std
     const AudioIO::StreamedAudio streamed = stream(
         file, needs.sampleRate, [&](std::span<const float> piece) { hold.add(piece); }, stop);
     // Float files can hold anything; one such value would reach every weight of the network.
-    if (!hold.isFinite()) throw AudioIOError::unreadable(file.url, "it holds samples that are not numbers");
+    if (!hold.isFinite())
+        throw AudioIOError::unreadable(file.url, Message("it holds samples that are not numbers"));
     if (hold.peak() <= clipLevels::silence) {
         reading.outcome = ClipReading::Outcome::silent;
         return reading;
@@ -185,7 +186,7 @@ ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs, const std::
         if (error.isSystemTrouble()) throw;
         ClipReading reading;
         reading.outcome = ClipReading::Outcome::unreadable;
-        reading.reason = error.what();
+        reading.reason = error.message();
         return reading;
     }
 }

@@ -11,6 +11,7 @@
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Model/Training/TrainingOptions.h"
+#include "QuillmereCore/Util/Message.h"
 #include "QuillmereCore/Util/Progress.h"
 
 // How a corpus becomes clips, and what the clips say about the best model for them. Training and the report
@@ -21,7 +22,7 @@ namespace quillmere::ModelTrainer {
 struct ClipReading {
     enum class Outcome { usable, silent, unreadable };
     Outcome outcome = Outcome::usable;
-    std::string reason;  // of unreadable: the sentence that names the file and says why
+    Message reason;  // of unreadable: the sentence that names the file and says why
 
     // Of a usable file. The clip's samples may end early (ClipNeeds); the rest is of the whole clip.
     DecodedClip clip;

@@ -47,7 +47,7 @@ ModelBundle continueTraining(const ModelBundle& model, const CorpusSummary& corp
                              const TrainingStretch& stretch, const ProgressCallback& progress,
                              const std::stop_token& stop, network::Backend& backend) {
     if (model.metadata.fingerprint != corpus.fingerprint())
-        throw Failure(Text::utf8(corpus.directory) + " no longer holds what the model has learned.");
+        throw Failure("{0} no longer holds what the model has learned.", corpus.directory);
     ModelBundle next = train(corpus, optionsFor(model, stretch), progress, stop, backend);
     require(next.config == model.config, "continueTraining: another configuration");
     next.metadata.start = model.metadata.start;

@@ -3,12 +3,12 @@
 namespace quillmere {
 namespace {
 
-const char* description(TrainingError::Kind kind) {
+Message description(TrainingError::Kind kind) {
     switch (kind) {
         case TrainingError::Kind::noUsableAudio:
-            return "No usable audio files were found in that folder.";
+            return Message("No usable audio files were found in that folder.");
         case TrainingError::Kind::diverged:
-            return "Training diverged (loss became NaN). Try again with a lower learning rate.";
+            return Message("Training diverged (loss became NaN). Try again with a lower learning rate.");
     }
     fatal("unknown training error");
 }

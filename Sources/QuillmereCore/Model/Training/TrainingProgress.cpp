@@ -10,11 +10,11 @@ namespace quillmere {
 std::string_view rawValue(TrainingProgress::Phase phase) {
     switch (phase) {
         case TrainingProgress::Phase::analysing:
-            return "analysing";
+            return translatable("analysing");
         case TrainingProgress::Phase::training:
-            return "training";
+            return translatable("training");
         case TrainingProgress::Phase::finishing:
-            return "finishing";
+            return translatable("finishing");
     }
     fatal("unknown training phase");
 }
@@ -22,7 +22,7 @@ std::string_view rawValue(TrainingProgress::Phase phase) {
 namespace ModelTrainer {
 namespace {
 
-TrainingProgress ofAnalysis(std::string message, double fraction = 0) {
+TrainingProgress ofAnalysis(Message message, double fraction = 0) {
     TrainingProgress record;
     record.message = std::move(message);
     record.fraction = fraction;
@@ -53,23 +53,23 @@ double trainingFraction(std::int64_t t, std::int64_t T) {
 }
 
 TrainingProgress readingStarted(std::int64_t files) {
-    return ofAnalysis("Reading " + std::to_string(files) + " samples…");
+    return ofAnalysis(Message::counted(files, "Reading {0} samples…", "Reading {0} samples…"));
 }
 
 TrainingProgress fileRead(std::int64_t done, std::int64_t files) {
-    return ofAnalysis("Reading samples… " + std::to_string(done) + "/" + std::to_string(files),
+    return ofAnalysis(Message("Reading samples… {0}/{1}", done, files),
                       0.06 * static_cast<double>(done) / static_cast<double>(files));
 }
 
 TrainingProgress analysisStarted(AnalysisProfile profile, double clipSeconds) {
-    return ofAnalysis("Analysing (" + std::string(rawValue(profile)) + ", " + Text::fixed(clipSeconds, 1) +
-                      " s per sample)…");
+    return ofAnalysis(
+        Message("Analysing ({0}, {1} s per sample)…", word(profile), Text::fixed(clipSeconds, 1)));
 }
 
 TrainingProgress stepDone(std::int64_t t, std::int64_t T, const SmoothedLosses& losses,
                           double elapsedSeconds) {
     return {.phase = TrainingProgress::Phase::training,
-            .message = "Training model…",
+            .message = Message("Training model…"),
             .step = t,
             .totalSteps = T,
             .loss = losses.loss.value(),
@@ -81,7 +81,7 @@ TrainingProgress stepDone(std::int64_t t, std::int64_t T, const SmoothedLosses& 
 
 TrainingProgress encodingStarted(std::int64_t t, std::int64_t T, float loss) {
     return {.phase = TrainingProgress::Phase::finishing,
-            .message = "Encoding corpus…",
+            .message = Message("Encoding corpus…"),
             .step = t,
             .totalSteps = T,
             .loss = loss,

@@ -8,6 +8,7 @@
 
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -15,7 +16,7 @@ namespace quillmere {
 struct TrainingProgress {
     enum class Phase { analysing, training, finishing };
     Phase phase = Phase::analysing;
-    std::string message;
+    Message message;
     std::int64_t step = 0;
     std::int64_t totalSteps = 0;
     float loss = 0;  // smoothed, as the next two

@@ -144,18 +144,17 @@ const TaughtNetwork* TrainingStart::networkFor(const ModelConfig& config) const 
     return found == networks_.end() ? nullptr : &*found;
 }
 
-std::optional<std::string> TrainingStart::problemWith(const ModelConfig& config) const {
+std::optional<Message> TrainingStart::problemWith(const ModelConfig& config) const {
     if (networkFor(config) != nullptr) return std::nullopt;
     const auto sameImages = std::ranges::find_if(
         networks_, [&](const TaughtNetwork& network) { return haveSameImages(network.config, config); });
     if (sameImages != networks_.end()) {
-        return "What the training is to start from has latent vectors of " +
-               std::to_string(sameImages->config.latentDim) + " numbers, not of " +
-               std::to_string(config.latentDim) + ".";
+        return Message("What the training is to start from has latent vectors of {0} numbers, not of {1}.",
+                       sameImages->config.latentDim, config.latentDim);
     }
-    return "What the training is to start from was learned with the " +
-           std::string(rawValue(networks_.front().config.profile)) + " analysis, not with the " +
-           std::string(rawValue(config.profile)) + " one.";
+    return Message(
+        "What the training is to start from was learned with the {0} analysis, not with the {1} one.",
+        word(networks_.front().config.profile), word(config.profile));
 }
 
 std::vector<std::vector<float>> TrainingStart::weightsFor(const ModelConfig& config,

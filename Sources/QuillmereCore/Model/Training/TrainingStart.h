@@ -8,6 +8,7 @@
 #include "QuillmereCore/Model/ModelConfig.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -31,7 +32,7 @@ public:
 
     // Why a training of this configuration cannot begin here, as a sentence; nothing if it can. The length of
     // the clips does not matter, nor does their rate.
-    [[nodiscard]] std::optional<std::string> problemWith(const ModelConfig& config) const;
+    [[nodiscard]] std::optional<Message> problemWith(const ModelConfig& config) const;
 
     // The weights to begin with, in VAEArchitecture::params(config) order; no problemWith. They are those of
     // the network itself where its images are as wide as config's, else see ofWidth.

@@ -50,8 +50,8 @@ Backend& ChosenDevice::backend() {
     return opened();
 }
 
-std::string ChosenDevice::automaticInstead(const std::string& reason) {
-    return reason + " The device is chosen automatically instead.";
+Message ChosenDevice::automaticInstead(const Message& reason) {
+    return Message("{0} The device is chosen automatically instead.", reason);
 }
 
 ChosenDevice::WithStandIn& ChosenDevice::opened() {
@@ -70,7 +70,7 @@ std::unique_ptr<ChosenDevice::WithStandIn> ChosenDevice::open(Opening& opening) 
         return openAs(choice_, opening);
     } catch (const DeviceError& error) {
         if (otherwise_ == Otherwise::fail || choice_.isProcessor()) throw;
-        opening.problem = automaticInstead(error.what());
+        opening.problem = automaticInstead(error.message());
     }
     return openAutomatically(opening);
 }
@@ -98,7 +98,7 @@ std::unique_ptr<ChosenDevice::WithStandIn> ChosenDevice::openAs(const DeviceChoi
 
 void ChosenDevice::processorStandsIn(const DeviceError& reason) const {
     if (listener_.processorStandsIn)
-        listener_.processorStandsIn(std::string(reason.what()) + " The processor is used instead.");
+        listener_.processorStandsIn(Message("{0} The processor is used instead.", reason.message()));
 }
 
 }  // namespace quillmere::network

@@ -9,6 +9,7 @@
 #include "QuillmereCore/Network/Backend.h"
 #include "QuillmereCore/Network/Device/DeviceChoice.h"
 #include "QuillmereCore/Network/Device/Machine.h"
+#include "QuillmereCore/Util/Message.h"
 #include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::network {
@@ -32,13 +33,13 @@ public:
     // How the opening went.
     struct Opening {
         ComputeDevice device;  // what computes
-        std::string problem;   // why it is not the one that was asked for, a sentence for the user; or empty
+        Message problem;       // why it is not the one that was asked for, a sentence for the user; or empty
         std::optional<std::vector<ComputeDevice>> devices;  // of the machine, where they had to be listed
     };
     // Told on the thread on which it happens; either may be empty. Neither may call the ChosenDevice in turn.
     struct Listener {
         std::function<void(const Opening&)> opened;  // once
-        std::function<void(const std::string& message)> processorStandsIn;
+        std::function<void(const Message& message)> processorStandsIn;
     };
 
     // machine must outlive it and its backend.
@@ -52,7 +53,7 @@ public:
     [[nodiscard]] Backend& backend();
 
     // The notice that a choice gives way to the automatic one for that reason, a sentence.
-    [[nodiscard]] static std::string automaticInstead(const std::string& reason);
+    [[nodiscard]] static Message automaticInstead(const Message& reason);
 
 private:
     class WithStandIn;

@@ -46,15 +46,15 @@ std::string_view rawValue(Type type) {
         case Type::processor:
             return processorText;
         case Type::discrete:
-            return "discrete";
+            return translatable("discrete");
         case Type::integrated:
-            return "integrated";
+            return translatable("integrated");
         case Type::virtualGPU:
-            return "virtual";
+            return translatable("virtual");
         case Type::software:
-            return "software";
+            return translatable("software");
         case Type::other:
-            return "other";
+            return translatable("other");
     }
     fatal("unknown device type");
 }

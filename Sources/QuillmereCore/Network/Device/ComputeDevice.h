@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/Message.h"
 
 // What can compute: which device it is, and what is known of it.
 namespace quillmere::network {
@@ -63,10 +64,10 @@ struct ComputeDevice {
 
     DeviceIdentity identity;
     Type type = Type::processor;
-    std::string driver;   // name and version; empty for the processor
-    std::string api;      // "Vulkan 1.3"; empty for the processor
-    Limits limits;        // zeros for the processor
-    std::string problem;  // why the network cannot run on it; empty if it can
+    std::string driver;  // name and version; empty for the processor
+    std::string api;     // "Vulkan 1.3"; empty for the processor
+    Limits limits;       // zeros for the processor
+    Message problem;     // why the network cannot run on it; empty if it can
 
     [[nodiscard]] const std::string& name() const { return identity.name; }
     [[nodiscard]] bool usable() const { return problem.empty(); }

@@ -114,21 +114,21 @@ const ComputeDevice* DeviceChoice::find(std::span<const ComputeDevice> devices) 
 const ComputeDevice& DeviceChoice::in(std::span<const ComputeDevice> devices) const {
     const ComputeDevice* const device = find(devices);
     if (device == nullptr) throw NoDeviceError(missing());
-    if (!device->usable()) throw DeviceError(device->name() + " cannot be used: " + device->problem);
+    if (!device->usable()) throw DeviceError("{0} cannot be used: {1}", device->name(), device->problem);
     return *device;
 }
 
-std::string DeviceChoice::missing() const {
+Message DeviceChoice::missing() const {
     switch (kind_) {
         case Kind::automatic:
         case Kind::anyGPU:
-            return "No graphics processor that can be used was found.";
+            return Message("No graphics processor that can be used was found.");
         case Kind::index:
         case Kind::partOfName:
-            return "There is no device \"" + text_ + "\".";
+            return Message("There is no device \"{0}\".", text_);
         case Kind::label:
         case Kind::device:
-            return name() + " is not there any more.";
+            return Message("{0} is not there any more.", name());
     }
     fatal("unknown kind of choice");
 }

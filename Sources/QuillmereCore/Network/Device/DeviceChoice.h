@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "QuillmereCore/Network/Device/ComputeDevice.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere::network {
 
@@ -47,7 +48,7 @@ public:
     // reason if it cannot be used.
     [[nodiscard]] const ComputeDevice& in(std::span<const ComputeDevice> devices) const;
     // The sentence that find() found none.
-    [[nodiscard]] std::string missing() const;
+    [[nodiscard]] Message missing() const;
 
     friend bool operator==(const DeviceChoice&, const DeviceChoice&) = default;
 

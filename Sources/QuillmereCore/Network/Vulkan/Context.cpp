@@ -43,8 +43,8 @@ std::uint32_t memoryType(const Context& context, std::uint32_t allowed, Buffer::
                 return type;
         }
     }
-    throw DeviceError(context.description().name() +
-                      " has no memory of the kind needed. Choose another device.");
+    throw DeviceError("{0} has no memory of the kind needed. Choose another device.",
+                      context.description().name());
 }
 
 std::filesystem::path cacheFolder() {
@@ -109,7 +109,7 @@ Context::Context(const ComputeDevice& description, std::optional<Validation> val
 void Context::open() {
     const std::optional<std::uint32_t> family = computeQueueFamily(physical_);
     if (!family)
-        throw DeviceError(description_.name() + " has no queue for computing. Choose another device.");
+        throw DeviceError("{0} has no queue for computing. Choose another device.", description_.name());
     queueFamily_ = *family;
     constexpr float priority = 1;
     VkDeviceQueueCreateInfo queue{};
@@ -139,9 +139,10 @@ void Context::open() {
 Buffer Context::makeBuffer(std::uint64_t count, Buffer::Place place) const {
     const std::uint64_t bytes = std::max<std::uint64_t>(count, 1) * sizeof(float);
     if (place == Buffer::Place::device && bytes > description_.limits.largestTensor) {
-        throw DeviceError(description_.name() + " takes tensors of at most " +
-                          megabytes(description_.limits.largestTensor) + ", and one of " + megabytes(bytes) +
-                          " is needed. Choose shorter clips, or another device.");
+        throw DeviceError(
+            "{0} takes tensors of at most {1}, and one of {2} is needed. Choose shorter clips, or another "
+            "device.",
+            description_.name(), megabytes(description_.limits.largestTensor), megabytes(bytes));
     }
     return {*this, bytes, place};
 }

@@ -103,14 +103,15 @@ void describeDriver(VkPhysicalDevice device, ComputeDevice& result) {
     if (driver.driverInfo[0] != '\0') result.driver += std::string(", ") + driver.driverInfo;
 }
 
-std::string problemOf(VkPhysicalDevice device, const VkPhysicalDeviceProperties& properties,
-                      const ComputeDevice::Limits& limits) {
+Message problemOf(VkPhysicalDevice device, const VkPhysicalDeviceProperties& properties,
+                  const ComputeDevice::Limits& limits) {
     if (properties.apiVersion < VK_API_VERSION_1_1)
-        return "its driver offers Vulkan " + versionText(properties.apiVersion) + ", and 1.1 is needed.";
-    if (!computeQueueFamily(device)) return "it has no queue for computing.";
+        return Message("its driver offers Vulkan {0}, and 1.1 is needed.",
+                       versionText(properties.apiVersion));
+    if (!computeQueueFamily(device)) return Message("it has no queue for computing.");
     if (limits.storageBuffers < mostBindings) {
-        return "a shader can use " + std::to_string(limits.storageBuffers) + " storage buffers, and " +
-               std::to_string(mostBindings) + " are needed.";
+        return Message("a shader can use {0} storage buffers, and {1} are needed.", limits.storageBuffers,
+                       mostBindings);
     }
     return {};
 }
@@ -123,13 +124,16 @@ void check(VkResult result, const std::string& device, const char* what) {
             return;
         case VK_ERROR_OUT_OF_DEVICE_MEMORY:
         case VK_ERROR_OUT_OF_HOST_MEMORY:
-            throw DeviceError(device + " has not enough free memory. Close other programs that use it, or " +
-                              "choose another device.");
+            throw DeviceError(
+                "{0} has not enough free memory. Close other programs that use it, or choose another device.",
+                device);
         case VK_ERROR_DEVICE_LOST:
-            throw DeviceError(device + " was lost while " + what + ". Try again, or choose another device.");
+            throw DeviceError("{0} was lost while {1}. Try again, or choose another device.", device, what);
         default:
-            throw DeviceError(device + " failed while " + what + " (Vulkan error " + std::to_string(result) +
-                              "). Update the graphics driver, or choose another device.");
+            throw DeviceError(
+                "{0} failed while {1} (Vulkan error {2}). Update the graphics driver, or choose another "
+                "device.",
+                device, what, static_cast<int>(result));
     }
 }
 
@@ -189,7 +193,7 @@ VkPhysicalDevice Instance::find(const DeviceIdentity& identity) const {
     for (const VkPhysicalDevice device : physicalDevices()) {
         if (describe(device).identity == identity) return device;
     }
-    throw DeviceError(identity.name + " is not there any more. Choose another device.");
+    throw DeviceError("{0} is not there any more. Choose another device.", identity.name);
 }
 
 ComputeDevice describe(VkPhysicalDevice device) {

@@ -165,9 +165,9 @@ void Sequence::recordDispatch(const Dispatch& dispatch) {
     const ComputeDevice& device = context_.description();
     for (std::size_t axis = 0; axis < dispatch.groups.size(); ++axis) {
         if (dispatch.groups[axis] > device.limits.workGroups[axis])
-            throw DeviceError(device.name() +
-                              " cannot compute images of this size. Choose shorter clips, or " +
-                              "another device.");
+            throw DeviceError(
+                "{0} cannot compute images of this size. Choose shorter clips, or another device.",
+                device.name());
     }
     const Pipeline pipeline = context_.pipeline(dispatch.shader, dispatch.constants);
     const VkDescriptorSet set = makeSet(dispatch, pipeline.setLayout);

@@ -125,7 +125,7 @@ TEST_F(DeviceOpening, ADeviceThatDoesNotOpenGivesWayToTheAutomaticOne) {
 }
 
 TEST_F(DeviceOpening, ADeviceThatCannotBeUsedGivesWayToTheAutomaticOne) {
-    machine.devices[2].problem = "it is too old.";
+    machine.devices[2].problem = Message("it is too old.");
     ChosenDevice device = choose(only(spare));
     EXPECT_EQ(device.device().name(), card);
     EXPECT_EQ(openings.at(0).problem,

@@ -58,10 +58,10 @@ TEST(DeviceChoice, AutoTakesTheProcessorBeforeASoftwareDevice) {
 
 TEST(DeviceChoice, AutoPassesOverAnUnusableDevice) {
     auto devices = machine({{"Card", Type::discrete}, {"Built in", Type::integrated}});
-    devices[1].problem = "it is too old.";
+    devices[1].problem = Message("it is too old.");
     EXPECT_EQ(chosen(devices, "auto"), 2);
     EXPECT_EQ(chosen(devices, "gpu"), 2);
-    devices[2].problem = "it is too old.";
+    devices[2].problem = Message("it is too old.");
     EXPECT_EQ(chosen(devices, "auto"), 0);
 }
 
@@ -92,13 +92,13 @@ TEST(DeviceChoice, APartOfANameChoosesInAnyCaseSoftwareIncluded) {
 
 TEST(DeviceChoice, ANamePrefersAUsableDevice) {
     auto devices = machine({{"Card", Type::discrete}, {"Card", Type::discrete}});
-    devices[1].problem = "it is too old.";
+    devices[1].problem = Message("it is too old.");
     EXPECT_EQ(chosen(devices, "card"), 2);
 }
 
 TEST(DeviceChoice, AnUnusableDeviceThatIsAskedForSaysWhy) {
     auto devices = machine({{"Card", Type::discrete}});
-    devices[1].problem = "it is too old.";
+    devices[1].problem = Message("it is too old.");
     EXPECT_EQ(failureOf(devices, "1"), "Card cannot be used: it is too old.");
     EXPECT_EQ(failureOf(devices, "card"), "Card cannot be used: it is too old.");
 }
