@@ -10,7 +10,7 @@
 set -euo pipefail
 
 # The one list of packages, by what they are needed for. A # stands for the version that a release puts into the name.
-build=(g++ cmake ninja-build ccache pkg-config
+build=(g++ cmake ninja-build ccache pkg-config gettext
        libavformat-dev libavcodec-dev libavutil-dev libsoxr-dev libicu-dev libhwy-dev libtbb-dev libssl-dev libcairo2-dev
        nlohmann-json3-dev libcli11-dev libvulkan-dev glslc)
 # The desktop application: what it needs besides to be built, and what it loads when it starts.
@@ -23,7 +23,7 @@ app=(qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libsdl2-dev "${a
 run=(libavformat# libavcodec# libavutil# libsoxr0 libicu# libhwy# libtbb# libssl# libcairo2 libvulkan1 "${app_run[@]}")
 test=(libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libpng-dev python3 sonic-pi-samples hydrogen-drumkits
       mesa-vulkan-drivers vulkan-validationlayers
-      appstream desktop-file-utils flatpak-builder mandoc man-db zsh fish
+      appstream desktop-file-utils flatpak-builder locales mandoc man-db zsh fish
       qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
 demo=(sonic-pi-samples)
 lint=(clang clang-format clang-tidy git python3)

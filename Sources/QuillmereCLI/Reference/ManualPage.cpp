@@ -174,6 +174,9 @@ void writeFiles(Page& page) {
     page.item(bold("XDG_DATA_HOME"), "Stands for " + italic("~/.local/share") + " where it is set.");
     page.item(bold("XDG_CONFIG_HOME"), "Stands for " + italic("~/.config") + " where it is set.");
     page.item(bold("XDG_CACHE_HOME"), "Stands for " + italic("~/.cache") + " where it is set.");
+    page.item(
+        bold("LC_ALL") + ", " + bold("LC_MESSAGES") + ", " + bold("LANG") + ", " + bold("LANGUAGE"),
+        "The language: English, German, Spanish, French or Japanese. Numbers and JSON are the same in all.");
 }
 
 void writeExitStatus(Page& page) {

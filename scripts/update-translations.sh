@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Takes the texts that people read out of the sources: writes Translations/quillmere.pot and brings the catalogues up to
+# date with it. With --extract FILE: only writes the texts to that file.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+extract() {
+    local keywords=(tr:1 trCounted:2,3 counted:2,3 translatable:1 Message:1 Failure:1 RecipeError:2)
+    for kind in Decoding CorruptModel Device NoDevice InvalidParameter Read; do
+        keywords+=("${kind}Error:1")
+    done
+    # The words of the programs that a terminal runs; the window has its own.
+    find Sources/QuillmereCore Sources/QuillmereCLI -name '*.h' -o -name '*.cpp' | LC_ALL=C sort |
+        xgettext --files-from=- --language=C++ --from-code=UTF-8 --keyword "${keywords[@]/#/--keyword=}" \
+            --add-comments=Translators --no-location --no-wrap --package-name=Quillmere --output=- |
+        sed -e '/^"POT-Creation-Date:/d' -e '/^#, c-format$/d' -e '1,/^$/{/^#/d}' >"$1"
+}
+
+if [[ ${1:-} == --extract ]]; then
+    extract "$2"
+    exit
+fi
+extract Translations/quillmere.pot
+for catalogue in Translations/*.po; do
+    msgmerge --quiet --update --backup=none --no-fuzzy-matching --no-wrap "$catalogue" Translations/quillmere.pot
+    msgattrib --no-obsolete --no-wrap --output-file="$catalogue" "$catalogue"
+    msgfmt --check --statistics --output-file=/dev/null "$catalogue" 2>&1 | sed "s|^|$catalogue: |"
+done
