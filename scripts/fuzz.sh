@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 
 seconds=${1:-60}
 targets=("${@:2}")
-((${#targets[@]})) || targets=(audio model parameters recipes names)
+((${#targets[@]})) || targets=(audio model parameters recipes names catalogues)
 
 scripts/setup.sh build lint
 cmake --preset fuzz

@@ -39,7 +39,8 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Targets, FuzzCorpusTest,
                          ::testing::Values(Target{"audio", fuzz::audio}, Target{"model", fuzz::model},
                                            Target{"parameters", fuzz::parameters},
-                                           Target{"recipes", fuzz::recipes}, Target{"names", fuzz::names}),
+                                           Target{"recipes", fuzz::recipes}, Target{"names", fuzz::names},
+                                           Target{"catalogues", fuzz::catalogues}),
                          [](const auto& tested) { return std::string(tested.param.name); });
 
 TEST_P(FuzzCorpusTest, EveryInputIsAnswered) {

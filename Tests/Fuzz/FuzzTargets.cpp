@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Origin/Journal.h"
 #include "QuillmereCore/Origin/RecipeLookup.h"
+#include "QuillmereCore/Util/Catalogue.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -153,6 +155,18 @@ void names(Bytes bytes) {
     Corpus::sortNaturally(again);
     require(std::ranges::equal(files, again, {}, &CorpusFile::relativePath, &CorpusFile::relativePath),
             "names have one order, however they came");
+}
+
+void catalogues(Bytes bytes) {
+    const std::optional<Catalogue> read = Catalogue::read(textOf(bytes));
+    if (!read) return;
+    require(read->find("", 1) == nullptr, "the header is no text");
+    for (const std::uint64_t count : {0U, 1U, 2U, 100U}) {
+        const char* const found = read->find("{0} file", count);
+        if (found == nullptr) continue;
+        require(*found != '\0', "a text that is found says something");
+        require(std::string_view(found).find('\x1B') == std::string_view::npos, "a text steers no terminal");
+    }
 }
 
 }  // namespace quillmere::fuzz

@@ -16,5 +16,6 @@ void model(Bytes bytes);       // model.json, a zero byte, and how weights.bin b
 void parameters(Bytes bytes);  // a file of parameters, and one of a preset
 void recipes(Bytes bytes);  // a recipe, a line of the journal, a document of recipes, a recipe in a WAV file
 void names(Bytes bytes);    // names of files, one per line
+void catalogues(Bytes bytes);  // a catalogue of texts in another language
 
 }  // namespace quillmere::fuzz

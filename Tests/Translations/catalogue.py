@@ -23,7 +23,7 @@ def unquoted(text: str) -> str:
 def read(file: Path) -> list[Entry]:
     """The first entry is the header, whose source is empty."""
     entries = []
-    for block in re.split(r"\n\s*\n", file.read_text()):
+    for block in re.split(r"\n\s*\n", file.read_text(encoding="utf-8")):
         entry = Entry()
         kind = None
         texts: dict[str, str] = {}

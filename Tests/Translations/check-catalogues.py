@@ -77,7 +77,7 @@ def glued_failures(project: Path):
     """The compiler refuses a pattern that is no literal, but takes a sentence that is ready, as the window has them."""
     for room in ("QuillmereCore", "QuillmereCLI"):
         for file in sorted((project / "Sources" / room).rglob("*.cpp")):
-            for match in THROWN.finditer(file.read_text()):
+            for match in THROWN.finditer(file.read_text(encoding="utf-8")):
                 if GLUED.search(match.group(1)):
                     yield f"{file.name} throws a sentence that is glued from pieces: {match.group(1)}"
 

@@ -20,6 +20,9 @@ import catalogue
 LOCALES = {"de": "de_AT", "es": "es_MX", "fr": "fr_FR", "ja": "ja_JP"}
 PROGRAM = Path(sys.argv[1])
 PROJECT = Path(sys.argv[2])
+# The environment without what names a language or a place of the user's.
+NEUTRAL = {name: value for name, value in os.environ.items() if not re.match("LANG|LC_|LOCPATH|XDG_", name)}
+NEUTRAL["VK_ICD_FILENAMES"] = "none"
 
 
 def write_sound(file: Path, rate: int) -> None:
@@ -62,9 +65,8 @@ class Speaking(unittest.TestCase):
             write_sound(cls.sounds / name, rate)
 
     def run_program(self, *arguments, program: Path = PROGRAM, **environment) -> subprocess.CompletedProcess:
-        return subprocess.run([program, *map(str, arguments)], text=True, capture_output=True, check=False, timeout=120,
-                              env={"PATH": os.environ["PATH"], "HOME": str(self.place), "VK_ICD_FILENAMES": "none",
-                                   **environment})
+        return subprocess.run([program, *map(str, arguments)], encoding="utf-8", capture_output=True, check=False,
+                              timeout=120, env={**NEUTRAL, "HOME": str(self.place), **environment})
 
     def in_each_language(self, check) -> None:
         """check(words, environment) for locales that the system need not have."""
@@ -89,7 +91,8 @@ class Speaking(unittest.TestCase):
 
     def test_english_is_what_the_sources_say(self) -> None:
         for environment in ({}, {"LANG": "C"}, {"LANG": "en_GB.UTF-8"}, {"LANG": "xx_XX"},
-                            {"LC_ALL": "C", "LANGUAGE": "de"}):
+                            {"LC_ALL": "C", "LANGUAGE": "de"}, {"LANG": "en_US.UTF-8", "LANGUAGE": "en_US:en:de"},
+                            {"LANG": "C.UTF-8"}, {"LC_ALL": "ja_JP.eucJP"}, {"LANG": "de_DE.UTF-8", "LC_CTYPE": "C"}):
             with self.subTest(environment=environment):
                 self.check_scan(Words(None), environment)
 
@@ -160,14 +163,27 @@ class Speaking(unittest.TestCase):
     def test_language_is_chosen_as_elsewhere(self) -> None:
         self.check_scan(Words("fr"), {"LC_ALL": "C.UTF-8", "LANGUAGE": "fr:de"})
         self.check_scan(Words("de"), {"LANG": "ja_JP.UTF-8", "LC_MESSAGES": "de_DE.UTF-8"})
-        self.check_scan(Words("es"), {"LANG": "de_DE.UTF-8", "LC_ALL": "es_ES"})
+        self.check_scan(Words("es"), {"LANG": "de_DE.UTF-8", "LC_ALL": "es_ES.UTF-8"})
+        self.check_scan(Words("de"), {"LANG": "de_DE.UTF-8", "LANGUAGE": ""})
 
     def test_an_installed_locale_does_the_same(self) -> None:
         """Of which only the words are taken: its numbers have commas."""
         folder = self.place / "locales"
         folder.mkdir()
         subprocess.run(["localedef", "--inputfile=de_DE", "--charmap=UTF-8", folder / "de_DE.UTF-8"], check=True)
-        self.check_scan(Words("de"), {"LC_ALL": "de_DE.UTF-8", "LOCPATH": str(folder)})
+        environment = {"LC_ALL": "de_DE.UTF-8", "LOCPATH": str(folder)}
+        comma = subprocess.run([sys.executable, "-c", "import locale; locale.setlocale(locale.LC_ALL, '');"
+                                "print(locale.localeconv()['decimal_point'])"], check=True, encoding="utf-8",
+                               capture_output=True, env={**NEUTRAL, **environment}).stdout
+        self.assertEqual(comma.strip(), ",", "the locale is there")
+        self.check_scan(Words("de"), environment)
+
+    def test_characters_of_an_installed_locale_are_its_own(self) -> None:
+        """A name without a character set is one of before UTF-8, where the system has it."""
+        folder = self.place / "old-locales"
+        folder.mkdir()
+        subprocess.run(["localedef", "--inputfile=de_DE", "--charmap=ISO-8859-1", folder / "de_DE"], check=True)
+        self.check_scan(Words(None), {"LC_ALL": "de_DE", "LOCPATH": str(folder)})
 
 
 if __name__ == "__main__":

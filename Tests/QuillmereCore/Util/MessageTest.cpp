@@ -5,9 +5,10 @@
 #include <cerrno>
 #include <cstring>
 #include <sstream>
+#include <string>
+#include <utility>
 
 #include "QuillmereCore/Util/Failure.h"
-#include "QuillmereCore/Util/Language.h"
 
 namespace quillmere {
 namespace {
@@ -95,11 +96,6 @@ TEST(Message, OfAFailureIsWhatItSays) {
     EXPECT_STREQ(failure.what(), "kick.wav: it is too long");
     EXPECT_EQ(failure.message().translated(loud), "kick.wav - TOO LONG");
     EXPECT_EQ(Failure(failure.message()).message(), failure.what());
-}
-
-TEST(Language, IsEnglishUntilAProgramAsksForAnother) {
-    EXPECT_EQ(Language::text(Message::counted(2, "{0} file", "{0} files")), "2 files");
-    EXPECT_EQ(Language::ownFolder().filename(), "locale");
 }
 
 }  // namespace
