@@ -18,6 +18,9 @@ public:
         : ReadError(Message(pattern, arguments...)) {}
     // The system refused something, in its own words.
     explicit ReadError(std::error_code reason);
+    // A move is a copy, which leaves its source a phrase, too.
+    ReadError(const ReadError&) = default;
+    ReadError& operator=(const ReadError&) = default;
 
     [[nodiscard]] const Message& phrase() const noexcept { return *phrase_; }
 

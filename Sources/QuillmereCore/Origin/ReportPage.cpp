@@ -48,7 +48,7 @@ std::string head(const ReportCard& card) {
     const std::vector<Message> advice = card.advice();
     if (advice.empty()) return page;
     std::string items;
-    for (const std::string& sentence : advice)
+    for (const Message& sentence : advice)
         items += textElement("li", sentence);
     return page + textElement("h2", "What to do") + element("ul", items);
 }

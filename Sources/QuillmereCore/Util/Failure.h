@@ -41,6 +41,9 @@ public:
     // A sentence that is in the user's language already, as the window has them.
     template <std::same_as<std::string> String>
     explicit Failure(const String& sentence) : Failure(Message::verbatim(sentence)) {}
+    // A move is a copy, which leaves its source a message, too.
+    Failure(const Failure&) = default;
+    Failure& operator=(const Failure&) = default;
 
     [[nodiscard]] const Message& message() const noexcept { return *message_; }
 

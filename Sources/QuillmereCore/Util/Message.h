@@ -90,9 +90,12 @@ public:
     // What the system says of an error.
     [[nodiscard]] static Message system(const std::error_code& error);
 
-    [[nodiscard]] const std::string& english() const noexcept { return english_; }
-    // The English text is what a message is.
-    operator const std::string&() const noexcept { return english_; }
+    [[nodiscard]] const std::string& english() const& noexcept { return english_; }
+    [[nodiscard]] std::string english() && noexcept { return std::move(english_); }
+    // The English text is what a message is. By value: a reference to that of a message which nobody keeps
+    // would be one to nothing.
+    operator std::string() const& { return english_; }
+    operator std::string() && noexcept { return std::move(english_); }
     [[nodiscard]] bool empty() const noexcept { return english_.empty(); }
 
     // In the language of lookup. Threads: as lookup.

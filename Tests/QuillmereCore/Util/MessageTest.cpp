@@ -98,5 +98,22 @@ TEST(Message, OfAFailureIsWhatItSays) {
     EXPECT_EQ(Failure(failure.message()).message(), failure.what());
 }
 
+TEST(Message, AsATextOutlivesIt) {
+    const auto made = [] {
+        return Message("{0} is silent", "a file whose name is too long to be kept in place");
+    };
+    const std::string& text = made();
+    EXPECT_EQ(text, "a file whose name is too long to be kept in place is silent");
+    const std::string& english = made().english();
+    EXPECT_EQ(english, text);
+}
+
+TEST(Message, OfAFailureIsThereAfterItWasMoved) {
+    Failure failure("{0} is silent", "a.wav");
+    const Failure moved = std::move(failure);
+    EXPECT_EQ(moved.message(), "a.wav is silent");
+    EXPECT_EQ(failure.message(), "a.wav is silent");  // NOLINT(bugprone-use-after-move): this is the test
+}
+
 }  // namespace
 }  // namespace quillmere
