@@ -9,6 +9,8 @@
 
 namespace quillmere {
 
+using Need = InspectorController::Need;
+
 AppModel::AppModel(Environment environment, QObject* parent)
     : QObject(parent),
       environment_(std::move(environment)),
@@ -33,11 +35,15 @@ AppModel::AppModel(Environment environment, QObject* parent)
       runs_(
           environment_, [this](const Aesthetics& values) { return character_.presets()->nameOf(values); },
           [this] { return model_.generator(); }),
-      measures_(environment_, {.prints = [this] { return inspector_.prints(); },
-                               .makePrints = [this] { inspector_.makePrints(); }}),
+      measures_(environment_,
+                {.prints = [this] { return inspector_.prints(); },
+                 .makePrints =
+                     [this](bool isAsked) { inspector_.makePrints(isAsked ? Need::novelty : Need::unasked); },
+                 .withdrawPrints = [this] { inspector_.withdraw(Need::unasked); }}),
       drops_(environment_, {.corpus = [this] { return corpus_.summary(); },
                             .prints = [this] { return inspector_.prints(); },
-                            .makePrints = [this] { inspector_.makePrints(); }}),
+                            .makePrints = [this] { inspector_.makePrints(Need::similar); },
+                            .withdrawPrints = [this] { inspector_.withdraw(Need::similar); }}),
       kits_(environment_, {.generator = [this] { return model_.preparedGenerator(); },
                            .outputFolder = [this] { return output_.folder(); },
                            .device = [this] { return devices_.chosen(); }}),

@@ -120,6 +120,7 @@ void DropsController::findSimilar() {
 
 void DropsController::cancel() {
     if (finding_) finding_->cancel();
+    if (isFinding() && !isComparing_) links_.withdrawPrints();
     endFinding();
 }
 

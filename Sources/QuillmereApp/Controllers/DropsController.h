@@ -47,7 +47,8 @@ public:
     struct Links {
         std::function<std::shared_ptr<const CorpusSummary>()> corpus;             // null for none
         std::function<std::shared_ptr<const Inspection::CorpusPrints>()> prints;  // null until made
-        std::function<void()> makePrints;  // comparisonChanged() follows
+        std::function<void()> makePrints;      // comparisonChanged() follows
+        std::function<void()> withdrawPrints;  // nobody waits for them any more
     };
 
     DropsController(const Environment& environment, Links links);

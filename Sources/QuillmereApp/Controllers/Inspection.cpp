@@ -27,6 +27,15 @@ QImage pictureOf(const PlayableSound& sound) {
         SoundPictures::MelPainter(sound.sampleRate, seconds, pictureColumns).paint(*sound.samples));
 }
 
+void forEach(std::size_t count, CorpusPrints::Pace pace, const std::function<void(std::size_t i)>& act) {
+    if (pace == CorpusPrints::Pace::quick) {
+        parallelFor(count, act);
+        return;
+    }
+    for (std::size_t i = 0; i < count; ++i)
+        act(i);
+}
+
 std::optional<SoundPrint> makePrint(const PlayableSound& sound) {
     const auto trimmed = ClipPreparation::trimAndNormalise(
         AudioIO::resample(*sound.samples, sound.sampleRate, SoundPrint::sampleRate), SoundPrint::sampleRate);
@@ -70,12 +79,12 @@ double brightness(const SoundPrint& print) {
 
 CorpusPrints::CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,
                            const std::function<void(std::int64_t done)>& progress,
-                           const std::stop_token& stop)
+                           const std::stop_token& stop, Pace pace)
     : corpus_(std::move(corpus)) {
     const SoundPrinter printer;
     std::vector<std::optional<SoundPrint>> measured(corpus_->files.size());
     std::atomic<std::int64_t> done = 0;
-    parallelFor(measured.size(), [&](std::size_t i) {
+    forEach(measured.size(), pace, [&](std::size_t i) {
         throwIfCancelled(stop);
         try {
             measured[i] = printer.print(corpus_->files[i]);

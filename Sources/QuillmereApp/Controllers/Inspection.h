@@ -39,10 +39,16 @@ struct Facts {
 // none. Immutable once made.
 class CorpusPrints {
 public:
-    // Reads and measures all files, on all processors. progress(done) comes from several threads. Throws
-    // AudioIOError for the system's trouble, and CancellationError.
+    enum class Pace {
+        quick,  // on all processors
+        calm,   // on the calling thread alone
+    };
+
+    // Reads and measures all files. progress(done) comes from several threads. Throws AudioIOError for the
+    // system's trouble, and CancellationError.
     CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,
-                 const std::function<void(std::int64_t done)>& progress, const std::stop_token& stop);
+                 const std::function<void(std::int64_t done)>& progress, const std::stop_token& stop,
+                 Pace pace = Pace::quick);
 
     struct Neighbour {
         std::string name;     // of the file, below its corpus

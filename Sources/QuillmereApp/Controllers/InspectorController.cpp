@@ -59,7 +59,7 @@ void InspectorController::setOpen(bool isOpen) {
     isOpen_ = isOpen;
     if (!isOpen) {
         inspectNothing();
-        if (!isNeededElsewhere_) stopComparing();
+        withdraw(Need::sound);
     }
     emit isOpenChanged();
 }
@@ -78,10 +78,14 @@ void InspectorController::setCorpus(std::shared_ptr<const CorpusSummary> corpus)
     if (facts_) compare();
 }
 
-void InspectorController::makePrints() {
+void InspectorController::makePrints(Need need) {
     if (!corpus_ || prints_) return;
-    isNeededElsewhere_ = true;
+    needs_.insert(need);
     measureCorpus();
+}
+
+void InspectorController::withdraw(Need need) {
+    if (needs_.erase(need) > 0 && needs_.empty()) stopComparing();
 }
 
 // ---- The subject
@@ -155,11 +159,24 @@ void InspectorController::taken(const std::shared_ptr<CancelFlag>& stale, Inspec
 
 void InspectorController::compare() {
     if (!facts_->print || !corpus_) return;
-    prints_ ? findNearest() : measureCorpus();
+    prints_ ? findNearest() : makePrints(Need::sound);
 }
 
+Inspection::CorpusPrints::Pace InspectorController::neededPace() const {
+    using Pace = Inspection::CorpusPrints::Pace;
+    return needs_ == std::set{Need::unasked} ? Pace::calm : Pace::quick;
+}
+
+// Begins anew, with all processors, when somebody asks for what was being made unasked.
 void InspectorController::measureCorpus() {
-    if (comparing_) return;
+    const auto pace = neededPace();
+    if (comparing_ && (pace == pace_ || pace == Inspection::CorpusPrints::Pace::calm)) return;
+    if (comparing_) comparing_->cancel();
+    pace_ = pace;
+    startMeasuring();
+}
+
+void InspectorController::startMeasuring() {
     comparing_ = std::make_shared<CancelFlag>();
     compared_ = 0;
     emit comparingChanged();
@@ -174,9 +191,9 @@ void InspectorController::measureCorpus() {
         });
     };
     tasks_.run(
-        [corpus = corpus_, progress, looks = environment().looks, stop = comparing_->token()] {
+        [corpus = corpus_, progress, looks = environment().looks, stop = comparing_->token(), pace = pace_] {
             Folders::requireAnswer(corpus->directory, *looks);
-            return std::make_shared<const Inspection::CorpusPrints>(corpus, progress, stop);
+            return std::make_shared<const Inspection::CorpusPrints>(corpus, progress, stop, pace);
         },
         [this, stop = comparing_](const std::shared_ptr<const Inspection::CorpusPrints>& prints) {
             if (stop->isCancelled()) return;
@@ -194,9 +211,9 @@ void InspectorController::measureCorpus() {
 }
 
 void InspectorController::endComparing() {
+    needs_.clear();
     if (!comparing_) return;
     comparing_.reset();
-    isNeededElsewhere_ = false;
     emit comparingChanged();
 }
 

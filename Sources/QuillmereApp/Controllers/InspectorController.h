@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,14 @@ public:
     static constexpr int nearestShown = 5;
     static constexpr int sourcesShown = 4;
 
+    // Who waits for the prints of the corpus.
+    enum class Need {
+        sound,    // the one that is looked at
+        similar,  // what is like a sound from elsewhere
+        novelty,  // how new sounds are
+        unasked,  // the same, before anybody wants to know
+    };
+
     explicit InspectorController(const Environment& environment);
     ~InspectorController() override;
 
@@ -72,10 +81,13 @@ public:
     void inspect(const CandidateHandle& candidate);
     void inspect(const GeneratedSample& sample, std::shared_ptr<const RecipeBase> base);
     void inspectNothing();
-    // The prints of the corpus's files: null until they are made, which makePrints begins. printsChanged:
-    // there are others, or none; printsFailed: they cannot be made.
+    // The prints of the corpus's files: null until they are made, which makePrints begins, on one thread as
+    // long as nobody has asked for them. printsChanged: there are others, or none; printsFailed: they cannot
+    // be made.
     [[nodiscard]] std::shared_ptr<const Inspection::CorpusPrints> prints() const { return prints_; }
-    void makePrints();
+    void makePrints(Need need);
+    // One who does not wait any more: the work ends when nobody does.
+    void withdraw(Need need);
     // What is known of it besides has changed: a candidate has become a file.
     void refresh();
     // A file has got another name.
@@ -157,6 +169,8 @@ private:
     void taken(const std::shared_ptr<CancelFlag>& stale, Inspection::Facts facts);
     void compare();
     void measureCorpus();
+    [[nodiscard]] Inspection::CorpusPrints::Pace neededPace() const;
+    void startMeasuring();
     void endComparing();
     void stopComparing();
     void findNearest();
@@ -182,7 +196,8 @@ private:
     QString problem_;
     std::shared_ptr<const Inspection::CorpusPrints> prints_;  // of the corpus, when they are made
     std::shared_ptr<CancelFlag> comparing_;                   // they are being made
-    bool isNeededElsewhere_ = false;                          // and not only to look at a sound
+    std::set<Need> needs_;                                    // of those who wait for the prints
+    Inspection::CorpusPrints::Pace pace_{};                   // of those that are being made
     int compared_ = 0;
     std::vector<Inspection::CorpusPrints::Neighbour> nearest_;
     bool isCompared_ = false;  // nearest_ is what there is

@@ -47,7 +47,7 @@ MeasuresController::MeasuresController(const Environment& environment, Links lin
     announceSoon_.setSingleShot(true);
     announceSoon_.setInterval(250ms);
     connect(&announceSoon_, &QTimer::timeout, this, &MeasuresController::announce);
-    connect(this, &Controller::activityChanged, this, &MeasuresController::goOn);
+    connect(this, &Controller::activityChanged, this, &MeasuresController::activityTurned);
 }
 
 void MeasuresController::setCorpus(const std::shared_ptr<const CorpusSummary>& corpus) {
@@ -59,6 +59,7 @@ void MeasuresController::setCorpus(const std::shared_ptr<const CorpusSummary>& c
     }
     isAsked_ = false;
     hasWanted_ = false;
+    hasGivenWay_ = false;
     hasFailed_ = false;
     comparisonChanged();
 }
@@ -85,8 +86,8 @@ void MeasuresController::comparisonFailed(const QString& reason) {
 }
 
 void MeasuresController::compareAnyway() {
-    isAsked_ = true;
-    if (std::exchange(hasFailed_, false)) hasWanted_ = false;
+    const bool wasAsked = std::exchange(isAsked_, true);
+    if (std::exchange(hasFailed_, false) || !wasAsked) hasWanted_ = false;
     wantComparison();
 }
 
@@ -126,13 +127,24 @@ void MeasuresController::wantComparison() {
     const bool isSmall = corpusFiles_ > 0 && corpusFiles_ <= mostUnasked;
     if (hasWanted_ || corpusFiles_ == 0 || !(isSmall || isAsked_) || activity().isBusy()) return;
     hasWanted_ = true;
-    links_.makePrints();
+    hasGivenWay_ = false;
+    links_.makePrints(isAsked_);
+}
+
+// What nobody has asked for gives way to what runs, and is begun anew after it.
+void MeasuresController::activityTurned() {
+    if (activity().isBusy() && hasWanted_ && !isAsked_ && !links_.prints()) {
+        hasWanted_ = false;
+        hasGivenWay_ = true;
+        links_.withdrawPrints();
+    }
+    goOn();
 }
 
 void MeasuresController::goOn() {
     isDue_ = false;
     if (isMeasuring_ || activity().isBusy()) return;
-    if (isAsked_ || !waiting_.empty()) wantComparison();
+    if (isAsked_ || hasGivenWay_ || !waiting_.empty()) wantComparison();
     if (waiting_.empty()) return;
     isMeasuring_ = true;
     const Job job = std::move(waiting_.front());

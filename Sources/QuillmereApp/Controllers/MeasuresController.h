@@ -31,7 +31,8 @@ public:
     // What it asks of others.
     struct Links {
         std::function<std::shared_ptr<const Inspection::CorpusPrints>()> prints;  // null until they are made
-        std::function<void()> makePrints;                                         // of the present corpus
+        std::function<void(bool isAsked)> makePrints;                             // of the present corpus
+        std::function<void()> withdrawPrints;                                     // that nobody has asked for
     };
 
     MeasuresController(const Environment& environment, Links links);
@@ -74,14 +75,16 @@ private:
 
     [[nodiscard]] SoundMeasure find(const QUrl& url, const PlayableSound& sound);
     void announce();
+    void activityTurned();
     void goOn();
     void wantComparison();
 
     const Links links_;
     std::size_t corpusFiles_ = 0;
-    bool isAsked_ = false;    // whatever the size of the corpus
-    bool hasWanted_ = false;  // prints of the present corpus
-    bool hasFailed_ = false;  // these cannot be made
+    bool isAsked_ = false;      // whatever the size of the corpus
+    bool hasWanted_ = false;    // prints of the present corpus
+    bool hasGivenWay_ = false;  // these, to something that runs
+    bool hasFailed_ = false;    // these cannot be made
     std::filesystem::path corpusFolder_;
     QHash<QUrl, Known> known_;
     std::deque<Job> waiting_;

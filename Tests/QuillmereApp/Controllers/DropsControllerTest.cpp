@@ -278,8 +278,10 @@ private slots:
         workshop.drops().drop({foreignSound(workshop.world)});
         QTRY_VERIFY(!workshop.drops().foreignName().isEmpty());
         workshop.drops().findSimilar();
+        QVERIFY(workshop.app.inspector()->isComparing());
         workshop.drops().cancel();
         QVERIFY(!workshop.drops().isFinding());
+        QVERIFY(!workshop.app.inspector()->isComparing());
         AppModelProbe::waitForWork(workshop.drops());
         AppModelProbe::waitForWork(*workshop.app.inspector());
         deliverEvents();

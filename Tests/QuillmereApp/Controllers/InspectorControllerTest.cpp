@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <semaphore>
+#include <set>
 #include <thread>
 
 #include "QuillmereApp/Controllers/InspectorController.h"
@@ -15,6 +16,7 @@
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Model/Corpus.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 namespace quillmere::testing {
 namespace {
@@ -470,15 +472,66 @@ private slots:
         holdComparisons(world, gate, measured);
         Desk desk(world);
         QSignalSpy made(&desk.inspector, &InspectorController::printsChanged);
-        desk.inspector.makePrints();
+        desk.inspector.makePrints(InspectorController::Need::similar);
         QVERIFY(desk.inspector.isComparing() && !desk.inspector.prints());
         desk.inspector.setOpen(false);
         QVERIFY(desk.inspector.isComparing());
         gate.open();
         QTRY_VERIFY(desk.inspector.prints());
         QCOMPARE(made.count(), 1);
-        desk.inspector.makePrints();  // once
+        desk.inspector.makePrints(InspectorController::Need::similar);  // once
         QVERIFY(!desk.inspector.isComparing());
+    }
+
+    void whatNobodyWaitsForAnyMoreEnds() {
+        TestWorld world;
+        Gate gate;
+        std::atomic<int> measured = 0;
+        holdComparisons(world, gate, measured);
+        Desk desk(world);
+        desk.inspector.makePrints(InspectorController::Need::similar);
+        desk.inspector.makePrints(InspectorController::Need::novelty);
+        desk.inspector.withdraw(InspectorController::Need::similar);
+        QVERIFY(desk.inspector.isComparing());
+        desk.inspector.withdraw(InspectorController::Need::similar);  // once
+        QVERIFY(desk.inspector.isComparing());
+        desk.inspector.withdraw(InspectorController::Need::novelty);
+        QVERIFY(!desk.inspector.isComparing());
+        gate.open();
+        AppModelProbe::waitForWork(desk.inspector);
+        deliverEvents();
+        QVERIFY(!desk.inspector.prints());
+    }
+
+    void whatNobodyHasAskedForTakesOneThread() {
+        TestWorld world;
+        Mutex mutex;
+        std::set<std::thread::id> threads;
+        world.environment.onProgress = [&](Run, std::int64_t) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));  // time for others to begin
+            const MutexLock lock(mutex);
+            threads.insert(std::this_thread::get_id());
+        };
+        Desk desk(world, 12);
+        desk.inspector.makePrints(InspectorController::Need::unasked);
+        QTRY_VERIFY(desk.inspector.prints());
+        QCOMPARE(threads.size(), std::size_t{1});
+    }
+
+    void whatSomebodyAsksForBeginsAnewWithAllProcessors() {
+        TestWorld world;
+        Gate gate;
+        std::atomic<int> measured = 0;
+        holdComparisons(world, gate, measured);
+        Desk desk(world);
+        desk.inspector.makePrints(InspectorController::Need::unasked);
+        QTRY_COMPARE(measured.load(), 1);
+        desk.inspector.makePrints(InspectorController::Need::novelty);
+        QTRY_VERIFY(measured.load() > 1);  // another thread, while the first is held
+        desk.inspector.withdraw(InspectorController::Need::unasked);
+        QVERIFY(desk.inspector.isComparing());
+        gate.open();
+        QTRY_VERIFY(desk.inspector.prints());
     }
 
     void saysThatTheCorpusCannotBeCompared() {
@@ -487,7 +540,7 @@ private slots:
         Desk desk(world);
         desk.inspector.setOpen(false);
         QSignalSpy failed(&desk.inspector, &InspectorController::printsFailed);
-        desk.inspector.makePrints();
+        desk.inspector.makePrints(InspectorController::Need::similar);
         QVERIFY(failed.wait());
         QVERIFY(failed.first().first().toString().contains("does not answer"));
         QCOMPARE(desk.told.error, QString());  // nobody looks at a sound

@@ -23,8 +23,13 @@ struct Laboratory {
     explicit Laboratory(int files = 3)
         : corpus(
               std::make_shared<const CorpusSummary>(Corpus::scan(toPath(world.makeCorpus("Drums", files))))),
-          measures(world.environment,
-                   {.prints = [this] { return prints; }, .makePrints = [this] { ++printsWanted; }}) {
+          measures(world.environment, {.prints = [this] { return prints; },
+                                       .makePrints =
+                                           [this](bool isAsked) {
+                                               ++printsWanted;
+                                               wasAsked = isAsked;
+                                           },
+                                       .withdrawPrints = [this] { ++printsWithdrawn; }}) {
         measures.setCorpus(corpus);
     }
 
@@ -42,6 +47,8 @@ struct Laboratory {
     std::shared_ptr<const CorpusSummary> corpus;
     std::shared_ptr<const Inspection::CorpusPrints> prints;
     int printsWanted = 0;
+    int printsWithdrawn = 0;
+    bool wasAsked = false;  // for those that were wanted last
     MeasuresController measures;
 };
 
@@ -106,6 +113,51 @@ private slots:
         laboratory.measures.compareAnyway();
         laboratory.measures.compareAnyway();
         QCOMPARE(laboratory.printsWanted, 1);
+        QVERIFY(laboratory.wasAsked);
+    }
+
+    void whatNobodyHasAskedForGivesWayToWhatRuns() {
+        Laboratory laboratory;
+        (void)laboratory.known(low, tone(200));
+        QCOMPARE(laboratory.printsWanted, 1);
+        QVERIFY(!laboratory.wasAsked);
+        laboratory.measures.setActivity({.isAuditioning = true});
+        QCOMPARE(laboratory.printsWithdrawn, 1);
+        laboratory.measures.setActivity({.isTraining = true});
+        QCOMPARE(laboratory.printsWithdrawn, 1);
+        laboratory.measures.setActivity({});
+        QCOMPARE(laboratory.printsWanted, 2);
+        QVERIFY(!laboratory.wasAsked);
+    }
+
+    void whatSomebodyHasAskedForGoesOn() {
+        Laboratory laboratory;
+        (void)laboratory.known(low, tone(200));
+        laboratory.measures.compareAnyway();
+        QCOMPARE(laboratory.printsWanted, 2);
+        QVERIFY(laboratory.wasAsked);
+        laboratory.measures.setActivity({.isTraining = true});
+        laboratory.measures.setActivity({});
+        QCOMPARE(laboratory.printsWithdrawn, 0);
+        QCOMPARE(laboratory.printsWanted, 2);
+    }
+
+    void theWindowsComparisonGivesWay() {
+        TestWorld world;
+        Gate gate;
+        world.holdRuns(gate);
+        gate.open();
+        AppModel app(world.environment);
+        prepare(app, world.makeCorpus("Drums"));
+        gate.close();
+        (void)app.measures()->of(world.url("Drums/hit0.wav"));
+        QTRY_VERIFY(app.inspector()->isComparing());
+        app.measures()->setActivity({.isTrying = true});
+        QVERIFY(!app.inspector()->isComparing());
+        app.measures()->setActivity({});
+        QVERIFY(app.inspector()->isComparing());
+        gate.open();
+        QTRY_VERIFY(app.inspector()->prints());
     }
 
     void whatWasWantedWhileSomethingRanFollows() {
