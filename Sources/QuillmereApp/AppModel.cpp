@@ -166,6 +166,7 @@ void AppModel::cancelAll() {
     model_.cancelLoading();
     generation_.cancel();
     candidates_.cancel();
+    files_.cancel();
     kits_.cancel();
     sweep_.close();
     corpus_.cancelScan();

@@ -20,6 +20,21 @@ QStringList changedList(QStringList paths, const QStringList& changed, bool isIn
     return paths.mid(0, FilesController::mostFavourites);
 }
 
+// As they are now, but for what became of them then.
+QStringList withoutChange(const QStringList& now, const QStringList& before, const QStringList& after) {
+    const QSet<QString> present(now.begin(), now.end());
+    const QSet<QString> old(before.begin(), before.end());
+    const QSet<QString> changed(after.begin(), after.end());
+    QStringList paths;
+    for (const QString& path : now) {
+        if (!old.contains(path) && !changed.contains(path)) paths.append(path);  // marked since
+    }
+    for (const QString& path : before) {
+        if (present.contains(path) || !changed.contains(path)) paths.append(path);
+    }
+    return paths.mid(0, FilesController::mostFavourites);
+}
+
 // One file by its name, more by their number.
 QString namesOf(std::size_t count, const std::filesystem::path& first) {
     return count == 1 ? toQString(first.filename()) : QStringLiteral("%1 files").arg(count);
@@ -44,23 +59,36 @@ FilesController::FilesController(const Environment& environment, Preferences& pr
       favourites_(preferences.value(favouritesKey).toStringList()),
       favouriteSet_(favourites_.begin(), favourites_.end()) {}
 
-void FilesController::changed(std::vector<Change> changes) {
-    steps_.push_back({.changes = std::move(changes), .when = std::chrono::steady_clock::now()});
+FilesController::~FilesController() {
+    cancel();
+}
+
+void FilesController::remember(Step step) {
+    step.when = std::chrono::steady_clock::now();
+    steps_.push_back(std::move(step));
     emit canUndoChanged();
 }
 
-// Up to the first that cannot be done.
+// Of what begins now: what was to end before has been told so.
+std::stop_token FilesController::stopToken() {
+    if (stop_->isCancelled()) stop_ = std::make_shared<CancelFlag>();
+    return stop_->token();
+}
+
+// Up to the first that cannot be done, or to the one at which it is asked to stop.
 FilesController::Outcome FilesController::tryAll(const std::vector<Change>& changes,
-                                                 const std::function<Change(const Change&)>& attempt) {
-    Outcome outcome{.done = {}, .left = changes, .problem = {}};
+                                                 const std::function<Change(const Change&)>& attempt,
+                                                 const std::stop_token& stop) {
+    Outcome outcome;
     try {
-        while (!outcome.left.empty()) {
-            outcome.done.push_back(attempt(outcome.left.front()));
-            outcome.left.erase(outcome.left.begin());
+        for (const Change& change : changes) {
+            if (stop.stop_requested()) break;
+            outcome.done.push_back(attempt(change));
         }
     } catch (const Failure& failure) {
         outcome.problem = failure.what();
     }
+    outcome.left.assign(changes.begin() + std::ssize(outcome.done), changes.end());
     return outcome;
 }
 
@@ -70,15 +98,17 @@ void FilesController::trash(const QList<QUrl>& files) {
     for (const QUrl& file : files)
         wanted.push_back({.from = toPath(file), .to = {}, .isInTrash = true});
     tasks_.run(
-        [move = environment().moveToTrash, wanted = std::move(wanted), looks = environment().looks] {
-            return tryAll(wanted, [&](Change change) {
+        [move = environment().moveToTrash, wanted = std::move(wanted), looks = environment().looks,
+         stop = stopToken()] {
+            const auto trashed = [&](Change change) {
                 Folders::requireAnswer(change.from.parent_path(), *looks);
                 const auto place = move(change.from);
                 if (!place)
                     throw Failure(Text::utf8(change.from.filename()) + " could not be moved to the trash.");
                 change.to = *place;
                 return change;
-            });
+            };
+            return tryAll(wanted, trashed, stop);
         },
         [this](const Outcome& outcome) {
             if (!outcome.done.empty()) hasTrashed(outcome.done);
@@ -96,10 +126,10 @@ void FilesController::hasTrashed(std::vector<Change> changes) {
         if (change.wasFavourite) favourites.append(file);
         emit trashed(file);
     }
-    if (!favourites.isEmpty()) setFavourites(favourites, false);
+    if (!favourites.isEmpty()) mark(favourites, false);
     emit filesChanged();
     emit notice(QStringLiteral("In the trash: %1").arg(namesOf(changes.size(), changes.front().from)));
-    changed(std::move(changes));
+    remember({.changes = std::move(changes), .marks = {}});
 }
 
 void FilesController::rename(const QUrl& file, const QString& name) {
@@ -118,7 +148,7 @@ void FilesController::rename(const QUrl& file, const QString& name) {
                 throw Failure("There is a file called " + Text::utf8(change.to.filename()) + " already.");
         },
         [this, change] {
-            changed({change});
+            remember({.changes = {change}, .marks = {}});
             tellRenamed(change.from, change.to);
         },
         [this](const TaskFailure& failure) { report(failure); });
@@ -129,9 +159,18 @@ bool FilesController::undo() {
     const Step step = steps_.back();
     steps_.pop_back();
     emit canUndoChanged();
+    if (step.marks) {
+        takeBackMarks(*step.marks);
+    } else {
+        takeBackFiles(step);
+    }
+    return true;
+}
+
+void FilesController::takeBackFiles(const Step& step) {
     tasks_.run(
-        [changes = step.changes, looks = environment().looks] {
-            return tryAll(changes, [&](const Change& change) {
+        [changes = step.changes, looks = environment().looks, stop = stopToken()] {
+            const auto takenBack = [&](const Change& change) {
                 Folders::requireAnswer(change.from.parent_path(), *looks);
                 Folders::requireAnswer(change.to.parent_path(), *looks);
                 const bool isBack = change.isInTrash ? Trash::restore(change.to, change.from)
@@ -140,15 +179,19 @@ bool FilesController::undo() {
                     throw Failure("Another file is called " + Text::utf8(change.from.filename()) +
                                   " by now.");
                 return change;
-            });
+            };
+            return tryAll(changes, takenBack, stop);
         },
         [this, when = step.when](const Outcome& outcome) {
             if (!outcome.done.empty()) hasTakenBack(outcome.done);
             if (!outcome.left.empty())
-                couldNotTakeBack({.changes = outcome.left, .when = when}, outcome.problem);
+                couldNotTakeBack({.changes = outcome.left, .marks = {}, .when = when}, outcome.problem);
         },
         [this, step](const TaskFailure& failure) { couldNotTakeBack(step, failure.message.toStdString()); });
-    return true;
+}
+
+void FilesController::takeBackMarks(const Marks& marks) {
+    editFavourites([marks](const QStringList& now) { return withoutChange(now, marks.before, marks.after); });
 }
 
 void FilesController::hasTakenBack(const std::vector<Change>& changes) {
@@ -162,7 +205,7 @@ void FilesController::hasTakenBack(const std::vector<Change>& changes) {
         if (change.wasFavourite) favourites.append(file);
         emit cameBack(file);
     }
-    if (!favourites.isEmpty()) setFavourites(favourites, true);
+    if (!favourites.isEmpty()) mark(favourites, true);
     emit filesChanged();
     emit notice(QStringLiteral("Back again: %1").arg(namesOf(changes.size(), changes.front().from)));
 }
@@ -170,7 +213,7 @@ void FilesController::hasTakenBack(const std::vector<Change>& changes) {
 void FilesController::couldNotTakeBack(Step left, const std::string& problem) {
     steps_.insert(std::ranges::upper_bound(steps_, left.when, {}, &Step::when), std::move(left));
     emit canUndoChanged();
-    emit errorRaised(QString::fromStdString(problem));
+    if (!problem.empty()) emit errorRaised(QString::fromStdString(problem));
 }
 
 double FilesController::lastChange() const {
@@ -181,8 +224,8 @@ void FilesController::tellRenamed(const std::filesystem::path& from, const std::
     const QUrl before = toUrl(from);
     const QUrl now = toUrl(to);
     if (isFavourite(before)) {
-        setFavourite(before, false);
-        setFavourite(now, true);
+        mark({before}, false);
+        mark({now}, true);
     }
     emit renamed(before, now);
 }
@@ -192,17 +235,28 @@ bool FilesController::isFavourite(const QUrl& file) const {
 }
 
 void FilesController::setFavourites(const QList<QUrl>& files, bool isFavourite) {
+    const bool changesSome =
+        std::ranges::any_of(files, [&](const QUrl& file) { return this->isFavourite(file) != isFavourite; });
+    QStringList before = favourites_;
+    mark(files, isFavourite);
+    if (changesSome)
+        remember({.changes = {}, .marks = Marks{.before = std::move(before), .after = favourites_}});
+}
+
+void FilesController::mark(const QList<QUrl>& files, bool isFavourite) {
     QStringList paths;
     for (const QUrl& file : files)
         paths.append(file.toLocalFile());
-    favourites_ = changedList(favourites_, paths, isFavourite);
+    editFavourites(
+        [paths, isFavourite](const QStringList& now) { return changedList(now, paths, isFavourite); });
+}
+
+void FilesController::editFavourites(const std::function<QStringList(const QStringList&)>& edited) {
+    favourites_ = edited(favourites_);
     favouriteSet_ = QSet<QString>(favourites_.begin(), favourites_.end());
     // What another window has marked meanwhile stays marked.
     preferences_.edit(
-        favouritesKey,
-        [paths, isFavourite](const QVariant& stored) {
-            return changedList(stored.toStringList(), paths, isFavourite);
-        },
+        favouritesKey, [edited](const QVariant& stored) { return edited(stored.toStringList()); },
         [](const QVariant&) {});
     emit favouritesChanged();
 }

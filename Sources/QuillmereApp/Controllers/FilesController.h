@@ -8,9 +8,13 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
+#include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/Controllers/Controller.h"
 #include "QuillmereApp/Preferences.h"
 
@@ -29,6 +33,7 @@ public:
 
     // Remembers favourites in preferences, which must outlive it.
     FilesController(const Environment& environment, Preferences& preferences);
+    ~FilesController() override;
 
     // Moves the files to the trash, in the background. One that cannot be moved there stays, as do those
     // after it, and ends as an error.
@@ -36,16 +41,20 @@ public:
     // Gives the file another name in its folder, in the background; ".wav" is added where it is missing. A
     // name that is taken, or is none, ends as an error.
     void rename(const QUrl& file, const QString& name);
-    // What was done last, of these two, is taken back. Where a file's name is another one's by now, it can be
+    // Favourites from now on, or none any more.
+    void setFavourites(const QList<QUrl>& files, bool isFavourite);
+    void setFavourite(const QUrl& file, bool isFavourite) { setFavourites({file}, isFavourite); }
+    // What was done last, of these, is taken back. Where a file's name is another one's by now, it can be
     // tried again later. False when there is nothing.
     Q_INVOKABLE bool undo();
     // When that was done, in seconds of a clock that all undoing goes by; 0 when there is nothing.
     Q_INVOKABLE [[nodiscard]] double lastChange() const;
 
+    // The file that is being moved is the last one; the others stay where they are.
+    void cancel() { stop_->cancel(); }
+
     [[nodiscard]] bool canUndo() const { return !steps_.empty(); }
     [[nodiscard]] bool isFavourite(const QUrl& file) const;
-    void setFavourite(const QUrl& file, bool isFavourite) { setFavourites({file}, isFavourite); }
-    void setFavourites(const QList<QUrl>& files, bool isFavourite);
 
 signals:
     void canUndoChanged();
@@ -67,9 +76,16 @@ private:
         bool wasFavourite = false;
     };
 
-    // What is taken back at once
+    // All favourites, the newest first.
+    struct Marks {
+        QStringList before;
+        QStringList after;
+    };
+
+    // What is taken back at once: files that were moved, or marks.
     struct Step {
         std::vector<Change> changes;
+        std::optional<Marks> marks;
         std::chrono::steady_clock::time_point when{};  // it was done
     };
     // Changes as far as they went well, and what became of the rest.
@@ -79,17 +95,25 @@ private:
         std::string problem;
     };
     [[nodiscard]] static Outcome tryAll(const std::vector<Change>& changes,
-                                        const std::function<Change(const Change&)>& attempt);
+                                        const std::function<Change(const Change&)>& attempt,
+                                        const std::stop_token& stop);
 
-    void changed(std::vector<Change> changes);
+    [[nodiscard]] std::stop_token stopToken();
+    void remember(Step step);
+    void takeBackFiles(const Step& step);
+    void takeBackMarks(const Marks& marks);
     void hasTrashed(std::vector<Change> changes);
     void hasTakenBack(const std::vector<Change>& changes);
     void couldNotTakeBack(Step left, const std::string& problem);
+    // Without a step.
+    void mark(const QList<QUrl>& files, bool isFavourite);
+    void editFavourites(const std::function<QStringList(const QStringList&)>& edited);
     void tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to);
 
     Preferences& preferences_;
-    std::vector<Step> steps_;     // in their order
-    QStringList favourites_;      // paths, the newest first
+    std::vector<Step> steps_;                                            // in their order
+    std::shared_ptr<CancelFlag> stop_ = std::make_shared<CancelFlag>();  // of the files that are being moved
+    QStringList favourites_;                                             // paths, the newest first
     QSet<QString> favouriteSet_;  // the same, for thousands of rows that ask
     BackgroundTasks tasks_{1};  // in order. Last: its destructor waits for work that knows the members above
 };

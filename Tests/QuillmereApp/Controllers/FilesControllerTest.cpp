@@ -9,6 +9,13 @@
 #include "QuillmereApp/Trash.h"
 
 namespace quillmere::testing {
+namespace {
+
+QStringList storedFavourites(const TestWorld& world) {
+    return Preferences(world.environment.settingsFile).value(FilesController::favouritesKey).toStringList();
+}
+
+}  // namespace
 
 class FilesControllerTest : public QObject {
     Q_OBJECT
@@ -62,6 +69,32 @@ private slots:
         QVERIFY(files.isFavourite(both[0]) && files.isFavourite(both[1]));
         files.setFavourites(both, false);
         QVERIFY(!files.isFavourite(both[0]) && !files.isFavourite(both[1]));
+    }
+
+    void thoseThatAreBeingMovedStopWhenAsked() {
+        TestWorld world;
+        QList<QUrl> all;
+        for (int i = 0; i < 20; ++i) {
+            const QString name = QStringLiteral("out/%1.wav").arg(i);
+            TestWorld::write(world.path(name), "one");
+            all.append(world.url(name));
+        }
+        Preferences preferences(world.environment.settingsFile);
+        FilesController* moving = nullptr;
+        world.environment.moveToTrash = [&, move = world.environment.moveToTrash](const auto& file) {
+            if (file.filename() == "2.wav") moving->cancel();
+            return move(file);
+        };
+        FilesController files(world.environment, preferences);
+        moving = &files;
+        const Told told(files);
+        files.trash(all);
+        QTRY_COMPARE(told.notices, QStringList("In the trash: 3 files"));
+        QCOMPARE(QDir(world.path("out")).count(), 17U + 2);  // with . and ..
+        QCOMPARE(told.error, QString());
+        QVERIFY(files.undo());  // what begins later is not stopped
+        QTRY_COMPARE(told.notices.size(), 2);
+        QCOMPARE(QDir(world.path("out")).count(), 20U + 2);
     }
 
     void whatCannotGoStays() {
@@ -129,8 +162,7 @@ private slots:
         TestWorld::write(world.path("out/a.wav"), "one");
         files.setFavourite(file, true);
         files.trash({file});
-        QTRY_VERIFY(files.canUndo());
-        QVERIFY(!files.isFavourite(file));
+        QTRY_VERIFY(!files.isFavourite(file));
         QVERIFY(files.undo());
         QTRY_VERIFY(files.isFavourite(file));
     }
@@ -236,6 +268,65 @@ private slots:
         files.rename(world.url("out/a.wav"), QStringLiteral("c"));
         QTRY_COMPARE(renamed.count(), 1);
         QVERIFY(files.isFavourite(world.url("out/c.wav")) && !files.isFavourite(world.url("out/a.wav")));
+    }
+
+    void marksOfSeveralAreTakenBackTogether() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const QUrl a = world.url("out/a.wav");
+        const QUrl b = world.url("out/b.wav");
+        const QUrl c = world.url("out/c.wav");
+        const auto marked = [&] {
+            return QList<bool>{files.isFavourite(a), files.isFavourite(b), files.isFavourite(c)};
+        };
+        files.setFavourite(a, true);
+        const double first = files.lastChange();
+        QVERIFY(files.canUndo() && first > 0);
+        files.setFavourites({a, b, c}, true);
+        files.setFavourites({a, b, c}, true);  // changes nothing
+        QCOMPARE(marked(), QList<bool>({true, true, true}));
+        QVERIFY(files.undo());
+        QCOMPARE(marked(), QList<bool>({true, false, false}));
+        QCOMPARE(files.lastChange(), first);
+        QVERIFY(files.undo());
+        QCOMPARE(marked(), QList<bool>({false, false, false}));
+        QVERIFY(!files.canUndo());
+        files.setFavourites({a, b}, true);
+        files.setFavourites({a, b}, false);
+        QVERIFY(files.undo());
+        QCOMPARE(marked(), QList<bool>({true, true, false}));
+        QTRY_COMPARE(storedFavourites(world),
+                     QStringList({world.path("out/a.wav"), world.path("out/b.wav")}));
+    }
+
+    void marksThatHadToMakeRoomComeBack() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const QUrl old = world.url("out/old.wav");
+        files.setFavourite(old, true);
+        QList<QUrl> many;
+        for (int i = 0; i < FilesController::mostFavourites; ++i)
+            many.append(world.url(QStringLiteral("out/%1.wav").arg(i)));
+        files.setFavourites(many, true);
+        QVERIFY(!files.isFavourite(old));
+        QVERIFY(files.undo());
+        QVERIFY(files.isFavourite(old) && !files.isFavourite(many.first()));
+    }
+
+    void whatWasMarkedSinceStaysMarked() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        files.setFavourite(world.url("out/a.wav"), true);
+        {
+            Preferences others(world.environment.settingsFile);
+            FilesController another(world.environment, others);
+            another.setFavourite(world.url("out/b.wav"), true);
+        }
+        QVERIFY(files.undo());
+        QTRY_COMPARE(storedFavourites(world), QStringList(world.path("out/b.wav")));
     }
 
     // The desktop's own, in a home of its own.

@@ -158,6 +158,9 @@ WindowCase {
         keyClick(Qt.Key_F);
         for (let row = 0; row < 3; ++row)
             verify(!item("tile-" + row).isFavourite);
+        keyClick(Qt.Key_Z, Qt.ControlModifier);
+        for (let row = 0; row < 3; ++row)
+            verify(item("tile-" + row).isFavourite);
     }
     function test_makesAKit() {
         generated(3);
