@@ -347,6 +347,22 @@ FocusScope {
                     Qt.callLater(stack.reveal, strip);
             }
         }
+        Connections {
+            target: content.app.inspector
+
+            function onIsOpenChanged() {
+                if (!content.wide && content.app.inspector.isOpen)
+                    Qt.callLater(stack.reveal, inspectorPane);
+            }
+        }
+        Connections {
+            target: content
+
+            function onShowsMapChanged() {
+                if (!content.wide && content.showsMap)
+                    Qt.callLater(stack.reveal, mapView);
+            }
+        }
     }
     Sheets {
         id: sheets

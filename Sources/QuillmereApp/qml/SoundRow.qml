@@ -104,6 +104,9 @@ Rectangle {
         Accessible.ignored: true
     }
     FocusRing {
+        objectName: "ring"
         shown: row.activeFocus
+        around: row.radius
+        gap: 0
     }
 }

@@ -210,6 +210,29 @@ WindowCase {
                 return top >= 0 && top + tile.height <= footer;
             }, limit);
     }
+    // In a narrow window the inspector and the map are far above the results.
+    function test_smallWindowsScrollToWhatIsOpened_data() {
+        return [Qt.size(800, 600), Qt.size(640, 480), Qt.size(480, 360)].map(size => ({
+                    "tag": size.width + "x" + size.height,
+                    "size": size
+                }));
+    }
+    function test_smallWindowsScrollToWhatIsOpened(row) {
+        generated(3);
+        resize(row.size.width, row.size.height);
+        focusOn("results");
+        const inSight = name => {
+            const top = item(name).mapToItem(null, 0, 0).y;
+            return top >= 0 && top + item(name).height <= item("generate").mapToItem(null, 0, 0).y;
+        };
+        keyClick(Qt.Key_I);
+        tryVerify(() => inSight("closeInspector"), limit);
+        keyClick(Qt.Key_I);
+        settle();
+        focusOn("results");
+        keyClick(Qt.Key_M);
+        tryVerify(() => inSight("closeMap"), limit);
+    }
     function test_footerStaysInView() {
         for (const size of sizes) {
             resize(size.width, size.height);

@@ -45,6 +45,18 @@ WindowCase {
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("file-0"), limit);
     }
+    function test_theListCutsNoFocusRingOff() {
+        scanned(3);
+        keyClick(Qt.Key_L, Qt.ControlModifier);
+        readFiles();
+        for (const name of ["file-0", "file-1", "file-2"]) {
+            const ring = Stage.find(item(name), "ring") ?? Array.from(item(name).children).find(child => child.objectName === "ring");
+            const list = item("corpusFileList");
+            const place = list.mapFromItem(ring, Qt.rect(0, 0, ring.width, ring.height));
+            verify(place.x >= 0 && place.y >= 0 && place.x + place.width <= list.width, name + " " + place);
+        }
+        verify(Stage.showsFocus(item("file-0")));
+    }
     function test_onlyWhatIsConspicuous() {
         Stage.makeFile("Drums/notes.wav");
         scanned(3);

@@ -10,6 +10,7 @@ Flickable {
     property bool scrolls: true
     readonly property bool overflows: scrolls && contentHeight > height + 0.5
 
+    // Of what is taller than the pane its beginning.
     function reveal(item: Item) {
         if (!item || !overflows)
             return;
@@ -18,7 +19,7 @@ Flickable {
         if (top - margin < contentY)
             contentY = Math.max(0, top - margin);
         else if (top + item.height + margin > contentY + height)
-            contentY = Math.min(contentHeight - height, top + item.height + margin - height);
+            contentY = Math.min(contentHeight - height, top - margin, top + item.height + margin - height);
     }
     function contains(item: Item): bool {
         for (let up = item; up; up = up.parent) {
