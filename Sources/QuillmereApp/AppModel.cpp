@@ -41,6 +41,7 @@ AppModel::AppModel(Environment environment, QObject* parent)
                      [this](bool isAsked) { inspector_.makePrints(isAsked ? Need::novelty : Need::unasked); },
                  .withdrawPrints = [this] { inspector_.withdraw(Need::unasked); }}),
       drops_(environment_, {.corpus = [this] { return corpus_.summary(); },
+                            .model = [this] { return model_.generator(); },
                             .prints = [this] { return inspector_.prints(); },
                             .makePrints = [this] { inspector_.makePrints(Need::similar); },
                             .withdrawPrints = [this] { inspector_.withdraw(Need::similar); }}),
@@ -209,7 +210,7 @@ void AppModel::makeKit(int row) {
     const ResultsModel& results = *generation_.results();
     std::vector<KitFolder::Chosen> sounds;
     for (const QUrl& file : results.chosenFiles(row)) {
-        const GeneratedSample& sample = results.samples()[static_cast<std::size_t>(results.rowOf(file))];
+        const GeneratedSample& sample = results.sampleAt(results.rowOf(file));
         if (const auto base = generation_.baseOf(file))
             sounds.push_back({.source = sample.url, .recipe = makeRecipe(sample.origin, *base)});
     }
@@ -241,7 +242,9 @@ void AppModel::takeSound(const KnownSound& sound) {
     }
     takeSettings(sound.recipe);
     offered_.reset();
-    const bool isOpen = model_.isReady() && model_.storedFolder() == sound.modelFolder;
+    // One that could not be stored has no folder.
+    const bool isOpen = model_.isReady() && (sound.present ? sound.present == model_.generator()
+                                                           : model_.storedFolder() == sound.modelFolder);
     if (isOpen || sound.modelFolder.empty() || sound.corpus.isEmpty()) {
         showTaken(sound);
         emit notice(isOpen
@@ -307,7 +310,7 @@ void AppModel::inspectResult(int row) {
     if (file.isEmpty()) {
         inspector_.inspectNothing();
     } else {
-        inspector_.inspect(results.samples()[static_cast<std::size_t>(row)], generation_.baseOf(file));
+        inspector_.inspect(results.sampleAt(row), generation_.baseOf(file));
     }
 }
 

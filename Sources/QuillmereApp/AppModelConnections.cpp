@@ -125,6 +125,9 @@ void AppModel::connectMeasures() {
     connect(&inspector_, &InspectorController::printsFailed, &measures_,
             &MeasuresController::comparisonFailed);
     connect(&candidates_, &CandidatesController::removed, &measures_, &MeasuresController::forget);
+    connect(generation_.results(), &ResultsModel::replaced, &measures_, [this] {
+        measures_.keepFiles([this](const QUrl& file) { return generation_.results()->rowOf(file) >= 0; });
+    });
 }
 
 void AppModel::connectDrops() {

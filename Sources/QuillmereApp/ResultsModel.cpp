@@ -111,7 +111,7 @@ void sortBy(std::vector<std::size_t>& indices, const Key& key) {
 ResultsModel::ResultsModel(std::shared_ptr<const FolderLooks> looks, QObject* parent)
     : QAbstractListModel(parent),
       looks_(std::move(looks)),
-      staleRows_(std::make_shared<CancelFlag>()),
+      staleFiles_(std::make_shared<CancelFlag>()),
       tasks_(2) {
     // A program that deletes a thousand files tells of each.
     refreshSoon_.setSingleShot(true);
@@ -121,7 +121,7 @@ ResultsModel::ResultsModel(std::shared_ptr<const FolderLooks> looks, QObject* pa
 }
 
 ResultsModel::~ResultsModel() {
-    staleRows_->cancel();
+    staleFiles_->cancel();
 }
 
 void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
@@ -134,11 +134,18 @@ void ResultsModel::setSamples(std::vector<GeneratedSample> samples) {
 
 void ResultsModel::replaceAll(std::vector<GeneratedSample> samples) {
     if (samples.empty() && all_.empty()) return;
-    all_ = std::move(samples);
+    staleFiles_->cancel();
+    staleFiles_ = std::make_shared<CancelFlag>();
     isOutdated_ = false;
-    // A filter was chosen for the files before.
-    if (std::exchange(onlyFavourites_, false)) emit onlyFavouritesChanged();
-    replaceRows(samplesAt(wanted()));
+    const bool hidSome = std::exchange(onlyFavourites_, false);  // chosen for the files before
+    resetRows([&] {
+        all_ = std::move(samples);
+        rows_.clear();
+        rowByFile_.assign(all_.size(), -1);
+        rows_ = takeRows(wanted());
+    });
+    if (hidSome) emit onlyFavouritesChanged();
+    emit replaced();
 }
 
 void ResultsModel::add(GeneratedSample sample) {
@@ -242,48 +249,75 @@ std::vector<std::size_t> ResultsModel::wanted() const {
     return indices;
 }
 
-std::vector<GeneratedSample> ResultsModel::samplesAt(const std::vector<std::size_t>& indices) const {
-    std::vector<GeneratedSample> samples;
-    samples.reserve(indices.size());
-    for (const std::size_t index : indices)
-        samples.push_back(all_[index]);
-    return samples;
+const GeneratedSample& ResultsModel::sampleAt(int row) const {
+    return all_[rows_.at(static_cast<std::size_t>(row)).file];
 }
 
-// What is known of the files stays known.
 void ResultsModel::showWanted() {
     isOutdated_ = holds_ > 0;
     if (isOutdated_) return;
-    const std::vector<std::size_t> indices = wanted();
-    const auto urlAt = [this](std::size_t index) -> const auto& {
-        return all_[index].url;
-    };
-    if (std::ranges::equal(indices, samples_, {}, urlAt, &GeneratedSample::url)) return;
-    QHash<QUrl, Row> known;
-    for (Row& row : rows_)
-        known.insert(row.url, std::move(row));
-    replaceRows(samplesAt(indices));
-    for (Row& row : rows_) {
-        const auto before = known.constFind(row.url);
-        if (before == known.constEnd()) continue;
-        row.exists = before->exists;
-        row.peaks = before->peaks;
-        row.peaksRequested = !before->peaks.isEmpty();
+    const std::vector<std::size_t> files = wanted();
+    if (std::ranges::equal(files, rows_, {}, {}, &Row::file)) return;
+    if (areShown(files)) {
+        permute(files);
+    } else {
+        resetRows([&] { rows_ = takeRows(files); });
     }
-    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {ExistsRole, PeaksRole});
 }
 
-void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
-    const bool playedOne = rowOf(playing_) >= 0;
-    staleRows_->cancel();
-    staleRows_ = std::make_shared<CancelFlag>();
-    beginResetModel();
-    samples_ = std::move(samples);
-    rows_.clear();
-    rows_.reserve(samples_.size());
+bool ResultsModel::areShown(const std::vector<std::size_t>& files) const {
+    return files.size() == rows_.size() &&
+           std::ranges::all_of(files, [this](std::size_t file) { return rowByFile_[file] >= 0; });
+}
+
+ResultsModel::Row ResultsModel::rowFor(std::size_t file) const {
+    const std::filesystem::path& path = all_[file].url;
+    return {.file = file, .url = toUrl(path), .fileName = toQString(path.filename()), .peaks = {}};
+}
+
+// What is known of the files stays known.
+std::vector<ResultsModel::Row> ResultsModel::takeRows(const std::vector<std::size_t>& files) {
+    std::vector<Row> rows;
+    rows.reserve(files.size());
+    for (const std::size_t file : files) {
+        const int row = rowByFile_[file];
+        rows.push_back(row < 0 ? rowFor(file) : std::move(rows_[static_cast<std::size_t>(row)]));
+    }
+    return rows;
+}
+
+void ResultsModel::indexRows() {
+    rowByFile_.assign(all_.size(), -1);
     rowByUrl_.clear();
-    for (const GeneratedSample& sample : samples_)
-        appendRow(sample);
+    rowByUrl_.reserve(count());
+    for (int row = 0; row < count(); ++row) {
+        const Row& one = rows_[static_cast<std::size_t>(row)];
+        rowByFile_[one.file] = row;
+        rowByUrl_.insert(one.url, row);
+    }
+}
+
+// The same rows in another order: a view stays where it is.
+void ResultsModel::permute(const std::vector<std::size_t>& files) {
+    emit layoutAboutToBeChanged({}, VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    std::vector<std::size_t> kept;
+    for (const QModelIndex& one : before)
+        kept.push_back(rows_[static_cast<std::size_t>(one.row())].file);
+    rows_ = takeRows(files);
+    indexRows();
+    QModelIndexList now;
+    for (const std::size_t file : kept)
+        now.append(index(rowByFile_[file]));
+    changePersistentIndexList(before, now);
+    emit layoutChanged({}, VerticalSortHint);
+}
+
+void ResultsModel::resetRows(const std::function<void()>& change) {
+    const bool playedOne = rowOf(playing_) >= 0;
+    beginResetModel();
+    change();
+    indexRows();
     endResetModel();
     emit countChanged();
     QSet<QUrl> selected = selected_;
@@ -294,47 +328,47 @@ void ResultsModel::replaceRows(std::vector<GeneratedSample> samples) {
 }
 
 void ResultsModel::addFile(GeneratedSample sample) {
-    all_.push_back(sample);
-    if (order_ == AsMade && !onlyFavourites_) {
-        addRow(std::move(sample));
-    } else {
-        showWanted();
+    all_.push_back(std::move(sample));
+    rowByFile_.push_back(-1);
+    if (onlyFavourites_ && !isFavourite_(toUrl(all_.back().url))) {
         emit countChanged();  // of all files
+        return;
     }
+    addRow(all_.size() - 1);
+    showWanted();  // in its place
 }
 
-void ResultsModel::addRow(GeneratedSample sample) {
+void ResultsModel::addRow(std::size_t file) {
     beginInsertRows({}, count(), count());
-    appendRow(sample);
-    samples_.push_back(std::move(sample));
+    rows_.push_back(rowFor(file));
+    rowByFile_[file] = count() - 1;
+    rowByUrl_.insert(rows_.back().url, count() - 1);
     endInsertRows();
     emit countChanged();
-    if (!watched_.contains(samples_.back().url.parent_path())) watchFolders();
-}
-
-void ResultsModel::appendRow(const GeneratedSample& sample) {
-    const QUrl url = toUrl(sample.url);
-    rowByUrl_.insert(url, count());
-    rows_.push_back({.url = url, .fileName = toQString(sample.url.filename()), .peaks = {}});
+    if (!watched_.contains(all_[file].url.parent_path())) watchFolders();
 }
 
 void ResultsModel::rename(const QUrl& from, const QUrl& to) {
     if (next_) renameIn(*next_, toPath(from), toPath(to));
-    if (isAmong(all_, toPath(from)) && playing_ == from) playing_ = to;
-    if (isAmong(all_, toPath(from)) && isAmong(all_, toPath(to))) {
-        std::vector<GeneratedSample> files = next_ ? *next_ : all_;
-        renameIn(files, toPath(from), toPath(to));
-        setSamples(std::move(files));
+    if (!isAmong(all_, toPath(from))) return;
+    if (playing_ == from) playing_ = to;
+    if (!isAmong(all_, toPath(to))) {
+        renameFile(from, to);
         return;
     }
+    std::vector<GeneratedSample> files = next_ ? *next_ : all_;
+    renameIn(files, toPath(from), toPath(to));
+    setSamples(std::move(files));
+}
+
+void ResultsModel::renameFile(const QUrl& from, const QUrl& to) {
     renameIn(all_, toPath(from), toPath(to));
     const int row = rowOf(from);
     if (row < 0) return;
-    const auto i = static_cast<std::size_t>(row);
-    samples_[i].url = toPath(to);
-    rows_[i].url = to;
-    rows_[i].fileName = to.fileName();
-    rows_[i].exists = true;
+    Row& renamed = rows_[static_cast<std::size_t>(row)];
+    renamed.url = to;
+    renamed.fileName = to.fileName();
+    renamed.exists = true;
     rowByUrl_.remove(from);
     rowByUrl_.insert(to, row);
     if (selected_.remove(from)) selected_.insert(to);
@@ -366,11 +400,11 @@ void ResultsModel::measuresChanged() {
 void ResultsModel::watchFolders() {
     if (!watcher_.directories().isEmpty()) watcher_.removePaths(watcher_.directories());
     watched_.clear();
-    for (const GeneratedSample& sample : samples_)
-        watched_.insert(sample.url.parent_path());
+    for (const Row& row : rows_)
+        watched_.insert(all_[row.file].url.parent_path());
     if (watched_.empty()) return;
     tasks_.run([folders = watched_, looks = looks_] { return answering(folders, *looks); },
-               [this, stale = staleRows_](const QStringList& found) {
+               [this, stale = staleFiles_](const QStringList& found) {
                    if (stale->isCancelled()) return;
                    for (const QString& folder : found)
                        watcher_.addPath(folder);
@@ -408,52 +442,59 @@ QList<QUrl> ResultsModel::existingFiles() const {
 }
 
 void ResultsModel::look(int row, std::function<void(bool exists)> answer) {
-    tasks_.run([file = samples_.at(static_cast<std::size_t>(row)).url, looks = looks_,
-                stale = staleRows_] { return existing({file}, *looks, *stale); },
-               [this, row, answer = std::move(answer), stale = staleRows_](const std::vector<bool>& exist) {
+    const std::size_t file = rows_.at(static_cast<std::size_t>(row)).file;
+    tasks_.run([path = all_[file].url, looks = looks_,
+                stale = staleFiles_] { return existing({path}, *looks, *stale); },
+               [this, file, answer = std::move(answer), stale = staleFiles_](const std::vector<bool>& exist) {
                    if (stale->isCancelled()) return;
-                   setExists(row, exist.front());
+                   setExists(file, exist.front());
                    answer(exist.front());
                },
                [](const TaskFailure&) {}, nextPriority_++);
 }
 
-void ResultsModel::setExists(int row, bool exists) {
-    if (std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
+// Its row may have another place by now, or none.
+void ResultsModel::setExists(std::size_t file, bool exists) {
+    const int row = rowByFile_[file];
+    if (row >= 0 && std::exchange(rows_[static_cast<std::size_t>(row)].exists, exists) != exists)
         announce(row, ExistsRole);
 }
 
 void ResultsModel::refresh() {
-    if (samples_.empty()) return;
-    std::vector<std::filesystem::path> files;
-    files.reserve(samples_.size());
-    for (const GeneratedSample& sample : samples_)
-        files.push_back(sample.url);
-    tasks_.run([files = std::move(files), looks = looks_,
-                stale = staleRows_] { return existing(files, *looks, *stale); },
-               [this, stale = staleRows_](const std::vector<bool>& exist) {
+    if (rows_.empty()) return;
+    std::vector<std::size_t> files;
+    std::vector<std::filesystem::path> paths;
+    for (const Row& row : rows_) {
+        files.push_back(row.file);
+        paths.push_back(all_[row.file].url);
+    }
+    tasks_.run([paths = std::move(paths), looks = looks_,
+                stale = staleFiles_] { return existing(paths, *looks, *stale); },
+               [this, files = std::move(files), stale = staleFiles_](const std::vector<bool>& exist) {
                    if (stale->isCancelled()) return;
-                   // Rows may have been added meanwhile.
-                   for (std::size_t row = 0; row < exist.size(); ++row)
-                       setExists(static_cast<int>(row), exist[row]);
+                   for (std::size_t i = 0; i < exist.size(); ++i)
+                       setExists(files[i], exist[i]);
                },
                [](const TaskFailure&) {}, nextPriority_++);
 }
 
 void ResultsModel::requestPeaks(int row) {
-    rows_[static_cast<std::size_t>(row)].peaksRequested = true;
-    tasks_.run([file = samples_[static_cast<std::size_t>(row)].url, looks = looks_,
-                stale = staleRows_] { return stale->isCancelled() ? QList<qreal>() : peaksOf(file, *looks); },
-               [this, row, stale = staleRows_](QList<qreal> peaks) {
-                   if (stale->isCancelled()) return;
-                   rows_[static_cast<std::size_t>(row)].peaks = std::move(peaks);
-                   announce(row, PeaksRole);
-               },
-               [this, stale = staleRows_](const TaskFailure&) {
-                   // No thumbnail: most likely the file is gone, which the row then shows.
-                   if (!stale->isCancelled()) refreshSoon_.start();
-               },
-               nextPriority_++);
+    Row& wanted = rows_[static_cast<std::size_t>(row)];
+    wanted.peaksRequested = true;
+    tasks_.run(
+        [path = all_[wanted.file].url, looks = looks_, stale = staleFiles_] {
+            return stale->isCancelled() ? QList<qreal>() : peaksOf(path, *looks);
+        },
+        [this, file = wanted.file, stale = staleFiles_](QList<qreal> peaks) {
+            if (stale->isCancelled() || rowByFile_[file] < 0) return;
+            rows_[static_cast<std::size_t>(rowByFile_[file])].peaks = std::move(peaks);
+            announce(rowByFile_[file], PeaksRole);
+        },
+        [this, stale = staleFiles_](const TaskFailure&) {
+            // No thumbnail: most likely the file is gone, which the row then shows.
+            if (!stale->isCancelled()) refreshSoon_.start();
+        },
+        nextPriority_++);
 }
 
 void ResultsModel::announce(int row, int role) {
@@ -466,17 +507,16 @@ int ResultsModel::rowCount(const QModelIndex& parent) const {
 
 QVariant ResultsModel::data(const QModelIndex& index, int role) const {
     if (!checkIndex(index, CheckIndexOption::IndexIsValid)) return {};
-    const auto i = static_cast<std::size_t>(index.row());
-    const Row& row = rows_[i];
+    const Row& row = rows_[static_cast<std::size_t>(index.row())];
     switch (role) {
         case UrlRole:
             return row.url;
         case FileNameRole:
             return row.fileName;
         case SecondsRole:
-            return samples_[i].seconds;
+            return all_[row.file].seconds;
         case DurationTextRole:
-            return TimeText::duration(samples_[i].seconds);
+            return TimeText::duration(all_[row.file].seconds);
         case ExistsRole:
             return row.exists;
         case IsPlayingRole:

@@ -77,8 +77,9 @@ public:
 
     [[nodiscard]] int count() const { return static_cast<int>(rows_.size()); }
     [[nodiscard]] int total() const { return static_cast<int>(all_.size()); }
-    // Of the rows; all(): every file, in the order in which they came.
-    [[nodiscard]] const std::vector<GeneratedSample>& samples() const { return samples_; }
+    // Of a row that is there.
+    [[nodiscard]] const GeneratedSample& sampleAt(int row) const;
+    // Every file, in the order in which they came.
     [[nodiscard]] const std::vector<GeneratedSample>& all() const { return all_; }
     [[nodiscard]] Order order() const { return order_; }
     void setOrder(Order order);
@@ -123,7 +124,7 @@ public:
     // Of all rows that existsAt.
     [[nodiscard]] QList<QUrl> existingFiles() const;
     // existsAt as it is at this moment, for answer, after a look in the background. No answer comes when the
-    // rows change meanwhile.
+    // files are others meanwhile.
     void look(int row, std::function<void(bool exists)> answer);
     // Looks at all files again in the background: call it when the window becomes active.
     Q_INVOKABLE void refresh();
@@ -139,11 +140,14 @@ signals:
     void selectionChanged();
     // What plays was one of the files, and is none of them any more.
     void playingGone();
+    // All files are others.
+    void replaced();
 
 private:
     friend struct AppModelProbe;  // for tests
 
     struct Row {
+        std::size_t file = 0;  // its place in all_
         QUrl url;
         QString fileName;
         bool exists = true;
@@ -153,14 +157,18 @@ private:
 
     // The rows as they are to be: places in all_.
     [[nodiscard]] std::vector<std::size_t> wanted() const;
-    [[nodiscard]] std::vector<GeneratedSample> samplesAt(const std::vector<std::size_t>& indices) const;
     void showWanted();
     void replaceAll(std::vector<GeneratedSample> samples);
-    void replaceRows(std::vector<GeneratedSample> samples);
+    [[nodiscard]] Row rowFor(std::size_t file) const;
+    [[nodiscard]] std::vector<Row> takeRows(const std::vector<std::size_t>& files);
+    [[nodiscard]] bool areShown(const std::vector<std::size_t>& files) const;
+    void permute(const std::vector<std::size_t>& files);
+    void resetRows(const std::function<void()>& change);
+    void indexRows();
     void addFile(GeneratedSample sample);
-    void addRow(GeneratedSample sample);
-    void appendRow(const GeneratedSample& sample);
-    void setExists(int row, bool exists);
+    void addRow(std::size_t file);
+    void renameFile(const QUrl& from, const QUrl& to);
+    void setExists(std::size_t file, bool exists);
     void setSelection(QSet<QUrl> selected);
     void requestPeaks(int row);
     void watchFolders();
@@ -170,8 +178,8 @@ private:
     std::vector<GeneratedSample> all_;
     Order order_ = AsMade;
     bool onlyFavourites_ = false;
-    std::vector<GeneratedSample> samples_;  // of the rows
     std::vector<Row> rows_;
+    std::vector<int> rowByFile_;  // of all_; -1 for none
     QHash<QUrl, int> rowByUrl_;
     std::function<bool(const QUrl& file)> isFavourite_ = [](const QUrl&) { return false; };
     std::function<SoundMeasure(const QUrl& file)> measureOf_ = [](const QUrl&) { return SoundMeasure(); };
@@ -183,8 +191,8 @@ private:
     QFileSystemWatcher watcher_;
     std::set<std::filesystem::path> watched_;  // the folders of the rows
     QTimer refreshSoon_;
-    std::shared_ptr<CancelFlag> staleRows_;  // set when the rows give way to others: late answers are dropped
-    int nextPriority_ = 0;                   // grows: the newest request is answered first
+    std::shared_ptr<CancelFlag> staleFiles_;  // set when all_ gives way to others: late answers are dropped
+    int nextPriority_ = 0;                    // grows: the newest request is answered first
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
 };
 

@@ -533,7 +533,7 @@ private slots:
         app.generate();
         QVERIFY(waitUntilIdle(app));
         QCOMPARE(app.results()->rowCount(), 2);
-        for (const GeneratedSample& sample : app.results()->samples()) {
+        for (const GeneratedSample& sample : app.results()->all()) {
             QCOMPARE(sample.origin.detail, 0.5);
             QCOMPARE(sample.origin.detailBasis, DetailBasis::sources);
         }
@@ -755,7 +755,7 @@ private slots:
         QVERIFY(waitUntilIdle(app));
         QVERIFY(modelIdentity(*app.bundle()) != first);
         for (std::size_t i = 0; i < 2; ++i) {
-            const SampleOrigin& origin = app.results()->samples()[i].origin;
+            const SampleOrigin& origin = app.results()->all()[i].origin;
             QCOMPARE(origin.model, first);
             QCOMPARE(origin.seed, SampleGenerator::variationSeed(42, i));
             QCOMPARE(origin.index, static_cast<std::int64_t>(i));

@@ -3,6 +3,8 @@
 #include <QAbstractItemModelTester>
 #include <QElapsedTimer>
 #include <QObject>
+#include <QPersistentModelIndex>
+#include <algorithm>
 #include <atomic>
 #include <memory>
 
@@ -263,19 +265,19 @@ private slots:
         model.add(anew);
         QCOMPARE(model.count(), 3);
         QCOMPARE(model.rowOf(toUrl(anew.url)), 2);
-        QCOMPARE(model.samples()[2].origin.seed, std::uint64_t{7777});
+        QCOMPARE(model.all()[2].origin.seed, std::uint64_t{7777});
         QCOMPARE(model.urlAt(1), toUrl(samples[2].url));
 
         model.rename(toUrl(samples[0].url), toUrl(anew.url));
         QCOMPARE(model.count(), 2);
         QCOMPARE(model.urlAt(0), toUrl(anew.url));
-        QVERIFY(model.samples()[0].origin.seed != 7777);
+        QVERIFY(model.all()[0].origin.seed != 7777);
 
         model.hold();
         model.add(anew);
         model.release();
         QCOMPARE(model.count(), 2);
-        QCOMPARE(model.samples()[1].origin.seed, std::uint64_t{7777});
+        QCOMPARE(model.all()[1].origin.seed, std::uint64_t{7777});
     }
 
     void aRowFollowsItsFileToAnotherName() {
@@ -285,7 +287,7 @@ private slots:
         const QUrl before = model.urlAt(0);
         const QUrl now = world.url("out/other.wav");
         model.hold();
-        model.setSamples(model.samples());
+        model.setSamples(model.all());
         QVERIFY(QFile::rename(before.toLocalFile(), now.toLocalFile()));
         model.rename(before, now);
         for (const bool isHeld : {true, false}) {
@@ -293,7 +295,7 @@ private slots:
             QCOMPARE(model.index(0).data(ResultsModel::FileNameRole).toString(), QStringLiteral("other.wav"));
             QCOMPARE(model.rowOf(now), 0);
             QCOMPARE(model.rowOf(before), -1);
-            QCOMPARE(model.samples().front().url, toPath(now));
+            QCOMPARE(model.all().front().url, toPath(now));
             if (isHeld) model.release();
         }
         model.rename(before, now);  // none of them
@@ -388,7 +390,7 @@ private slots:
         sortable.model.setOrder(static_cast<ResultsModel::Order>(order));
         QCOMPARE(sortable.labels(), expected);
         QCOMPARE(sortable.model.rowOf(sortable.model.urlAt(2)), 2);
-        QCOMPARE(toUrl(sortable.model.samples()[1].url), sortable.model.urlAt(1));
+        QCOMPARE(toUrl(sortable.model.sampleAt(1).url), sortable.model.urlAt(1));
         QCOMPARE(sortable.model.all().front().url, toPath(sortable.world.path("out/b.wav")));
         sortable.model.setOrder(ResultsModel::AsMade);
         QCOMPARE(sortable.labels(), QStringList({"b", "d", "a", "c"}));
@@ -396,18 +398,18 @@ private slots:
 
     void newMeasuresChangeTheOrderOnlyWhereItIsTheirs() {
         Sortable sortable;
-        QSignalSpy reset(&sortable.model, &ResultsModel::modelReset);
+        QSignalSpy moved(&sortable.model, &ResultsModel::layoutChanged);
         sortable.measures["c"].novelty = 0.5;
         sortable.model.measuresChanged();
-        QCOMPARE(reset.count(), 0);
+        QCOMPARE(moved.count(), 0);
         sortable.model.setOrder(ResultsModel::ByNovelty);
         QCOMPARE(sortable.labels(), QStringList({"c", "a", "d", "b"}));
-        QCOMPARE(reset.count(), 1);
+        QCOMPARE(moved.count(), 1);
         sortable.model.measuresSettled();
-        QCOMPARE(reset.count(), 1);
+        QCOMPARE(moved.count(), 1);
         sortable.measures["b"].novelty = 0.1;
         sortable.model.measuresChanged();  // no new places before it is over
-        QCOMPARE(reset.count(), 1);
+        QCOMPARE(moved.count(), 1);
         sortable.model.measuresSettled();
         QCOMPARE(sortable.labels().first(), QStringLiteral("b"));
     }
@@ -419,6 +421,60 @@ private slots:
         QTRY_VERIFY(!peaksOf(sortable.model, 0).isEmpty());
         sortable.model.setOrder(ResultsModel::ByName);
         QVERIFY(!peaksOf(sortable.model, 1).isEmpty());  // b
+    }
+
+    void anotherOrderMovesTheRowsAndKeepsThem() {
+        Sortable sortable;
+        const QAbstractItemModelTester tester(&sortable.model,
+                                              QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy reset(&sortable.model, &ResultsModel::modelReset);
+        sortable.model.toggleSelected(0);
+        const QPersistentModelIndex b(sortable.model.index(0));
+        sortable.model.setOrder(ResultsModel::ByLength);
+        QCOMPARE(b.row(), 1);
+        QCOMPARE(b.data(ResultsModel::LabelRole).toString(), QStringLiteral("b"));
+        QVERIFY(sortable.model.isSelected(1) && sortable.model.selectedCount() == 1);
+        QCOMPARE(b.data(ResultsModel::SecondsRole).toDouble(), 0.2);
+        QCOMPARE(reset.count(), 0);
+    }
+
+    void whatIsFoundOutGoesWhereTheFileIsByThen() {
+        Sortable sortable;
+        QVERIFY(QFile::remove(sortable.world.path("out/d.wav")));
+        QSignalSpy changed(&sortable.model, &ResultsModel::dataChanged);
+        QCOMPARE(peaksOf(sortable.model, 0), QList<qreal>());  // b
+        sortable.model.refresh();
+        sortable.model.setOrder(ResultsModel::ByName);
+        QTRY_VERIFY(!sortable.model.existsAt(3));  // d
+        QVERIFY(sortable.model.existsAt(1));
+        QTRY_VERIFY(std::ranges::any_of(changed, [](const QList<QVariant>& change) {
+            return change[0].value<QModelIndex>().row() == 1 &&
+                   change[2].value<QList<int>>() == QList<int>{ResultsModel::PeaksRole};
+        }));
+        QVERIFY(!peaksOf(sortable.model, 1).isEmpty());
+    }
+
+    void tellsWhenAllFilesAreOthers() {
+        Sortable sortable;
+        QSignalSpy replaced(&sortable.model, &ResultsModel::replaced);
+        sortable.model.setOrder(ResultsModel::ByName);
+        sortable.model.setOnlyFavourites(true);
+        QCOMPARE(replaced.count(), 0);
+        sortable.model.setSamples(sortable.model.all());
+        QCOMPARE(replaced.count(), 1);
+    }
+
+    void whatIsAddedMayBeHidden() {
+        Sortable sortable;
+        sortable.favourites = {"a", "y"};
+        sortable.model.setOnlyFavourites(true);
+        for (const char* const name : {"out/x.wav", "out/y.wav"}) {
+            GeneratedSample sample = sortable.model.all().front();
+            sample.url = toPath(sortable.world.path(name));
+            sortable.model.add(sample);
+        }
+        QCOMPARE(sortable.labels(), QStringList({"a", "y"}));
+        QCOMPARE(sortable.model.total(), 6);
     }
 
     void favouritesCanBeSeenAlone() {
@@ -454,8 +510,12 @@ private slots:
         sortable.model.setOrder(ResultsModel::ByName);
         GeneratedSample sample = sortable.model.all().front();
         sample.url = toPath(sortable.world.path("out/aa.wav"));
+        const QAbstractItemModelTester tester(&sortable.model,
+                                              QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QSignalSpy reset(&sortable.model, &ResultsModel::modelReset);
         sortable.model.add(sample);
         QCOMPARE(sortable.labels(), QStringList({"a", "aa", "b", "c", "d"}));
+        QCOMPARE(reset.count(), 0);
         QCOMPARE(sortable.model.total(), 5);
         sortable.model.rename(sortable.world.url("out/aa.wav"), sortable.world.url("out/x.wav"));
         QCOMPARE(sortable.labels(), QStringList({"a", "b", "c", "d", "x"}));

@@ -16,15 +16,13 @@ namespace {
 namespace fs = std::filesystem;
 using Inspection::CorpusPrints;
 
-KnownSound knownSound(const fs::path& file, double seconds, const Recipe& recipe, const fs::path& modelsRoot,
-                      const FolderLooks& looks, const std::stop_token& stop) {
-    KnownSound sound{.file = file, .seconds = seconds, .recipe = recipe, .modelFolder = {}, .corpus = {}};
-    const FoundModel found = findModel(recipe, modelsRoot, stop);
-    if (!found.bundle) return sound;
+void findItsModel(KnownSound& sound, const fs::path& modelsRoot, const FolderLooks& looks,
+                  const std::stop_token& stop) {
+    const FoundModel found = findModel(sound.recipe, modelsRoot, stop);
+    if (!found.bundle) return;
     sound.modelFolder = found.folder;
     const QString corpus = QString::fromStdString(found.bundle->metadata.corpusPath);
     if (looks.at(toPath(corpus)).kind == Place::Kind::folder) sound.corpus = corpus;
-    return sound;
 }
 
 std::vector<CorpusPrints::Neighbour> nearestTo(const fs::path& file, const CorpusPrints& prints) {
@@ -57,7 +55,8 @@ void DropsController::drop(const QList<QUrl>& urls) {
                                     .looks = environment().looks,
                                     .journal = environment().journalFile,
                                     .modelsRoot = environment().modelsRoot,
-                                    .hasCorpus = links_.corpus() != nullptr},
+                                    .hasCorpus = links_.corpus() != nullptr,
+                                    .model = links_.model()},
                 stop = looking_->token()] { return lookAt(question, stop); },
                [this, wanted = looking_](const Dropped& found) {
                    if (!wanted->isCancelled()) take(found);
@@ -82,9 +81,18 @@ DropsController::Dropped DropsController::lookAtFile(const Question& question, c
         question.journal ? std::optional<Journal>(*question.journal) : std::nullopt;
     const KnownFile known =
         std::move(lookUp(std::span(&question.path, 1), journal ? &*journal : nullptr, stop).front());
-    if (!known.recipes.empty())
-        return knownSound(question.path, info->duration, known.recipes.front(), question.modelsRoot,
-                          *question.looks, stop);
+    if (!known.recipes.empty()) {
+        KnownSound sound{.file = question.path,
+                         .seconds = info->duration,
+                         .recipe = known.recipes.front(),
+                         .modelFolder = {},
+                         .corpus = {},
+                         .present = {}};
+        if (question.model && question.model->identity() == sound.recipe.model)
+            sound.present = question.model;
+        findItsModel(sound, question.modelsRoot, *question.looks, stop);
+        return sound;
+    }
     if (!known.isUnknown) return Refusal{QString::fromStdString(known.problem)};
     if (!question.hasCorpus) return noSound;
     return Foreign{question.path};

@@ -13,6 +13,7 @@
 #include "QuillmereApp/CancelFlag.h"
 #include "QuillmereApp/Controllers/Controller.h"
 #include "QuillmereApp/Controllers/Inspection.h"
+#include "QuillmereCore/Generate/Generator.h"
 #include "QuillmereCore/Origin/Recipe.h"
 
 namespace quillmere {
@@ -24,6 +25,8 @@ struct KnownSound {
     Recipe recipe;
     std::filesystem::path modelFolder;  // of its model; empty where that is not stored
     QString corpus;                     // folder that this was learned from; empty where it is gone
+    // The model, if it was in use when the sound was dropped.
+    std::shared_ptr<const SampleGenerator> present;
 };
 
 // What is dropped on the window: a folder to learn, a sound that was made here, or one from elsewhere, which
@@ -46,6 +49,7 @@ public:
     // What it asks of others.
     struct Links {
         std::function<std::shared_ptr<const CorpusSummary>()> corpus;             // null for none
+        std::function<std::shared_ptr<const SampleGenerator>()> model;            // in use; null for none
         std::function<std::shared_ptr<const Inspection::CorpusPrints>()> prints;  // null until made
         std::function<void()> makePrints;      // comparisonChanged() follows
         std::function<void()> withdrawPrints;  // nobody waits for them any more
@@ -101,6 +105,7 @@ private:
         std::optional<std::filesystem::path> journal;
         std::filesystem::path modelsRoot;
         bool hasCorpus = false;
+        std::shared_ptr<const SampleGenerator> model;
     };
     [[nodiscard]] static Dropped lookAt(const Question& question, const std::stop_token& stop);
     [[nodiscard]] static Dropped lookAtFile(const Question& question, const std::stop_token& stop);

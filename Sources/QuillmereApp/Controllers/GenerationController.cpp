@@ -183,8 +183,8 @@ void GenerationController::ended(Ended run, const QUrl& folder) {
     } else {
         emit generationFinished(files);
         if (run.withNoise > 0) emit notice(noiseText(run.withNoise, files));
-        if (!run.noteProblem.isEmpty()) emit notice(run.noteProblem);
     }
+    if (files > 0 && !run.noteProblem.isEmpty()) emit notice(run.noteProblem);
 }
 
 void GenerationController::showEarlier(std::vector<GeneratedSample> samples,

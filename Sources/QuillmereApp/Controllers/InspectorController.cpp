@@ -124,6 +124,7 @@ void InspectorController::begin(std::optional<Subject> subject) {
     nearest_.clear();
     isCompared_ = false;
     inTurn_ = 0;
+    gain_ = 1;
     ++turn_;
     emit subjectChanged();
     emit factsChanged();
@@ -243,6 +244,7 @@ int InspectorController::toCompare() const {
 void InspectorController::togglePlay() {
     if (!facts_) return;
     inTurn_ = 0;
+    gain_ = 1;
     ++turn_;
     emit togglePlayRequested(soundURL(), facts_->sound);
 }
@@ -252,10 +254,11 @@ void InspectorController::setLoops(bool loops) {
 }
 
 void InspectorController::finished(const QUrl& url) {
-    if (loops_ && isOpen_ && facts_ && url == soundURL()) emit playRequested(soundURL(), facts_->sound);
+    if (loops_ && isOpen_ && facts_ && url == soundURL()) playSubject(gain_);
 }
 
 void InspectorController::playSubject(float gain) {
+    gain_ = gain;
     PlayableSound sound = facts_->sound;
     sound.gain = gain;
     emit playRequested(soundURL(), sound);

@@ -201,6 +201,7 @@ private:
     int compared_ = 0;
     std::vector<Inspection::CorpusPrints::Neighbour> nearest_;
     bool isCompared_ = false;  // nearest_ is what there is
+    float gain_ = 1;           // of the sound itself when it was played last
     int inTurn_ = 0;           // key of the relative that was played last, unless the sound was since
     quint64 turn_ = 0;         // grows with everything that is to be heard: only the newest is
     BackgroundTasks tasks_;    // last: its destructor waits for work that knows the members above

@@ -92,8 +92,14 @@ void MeasuresController::compareAnyway() {
 }
 
 void MeasuresController::forget(const QUrl& name) {
-    const auto known = known_.constFind(name);
-    if (known != known_.cend() && !known->isWaiting) known_.erase(known);
+    known_.remove(name);
+    std::erase_if(waiting_, [&](const Job& job) { return job.url == name; });
+}
+
+void MeasuresController::keepFiles(const std::function<bool(const QUrl& file)>& stays) {
+    const auto isGone = [&](const QUrl& url) { return url.isLocalFile() && !stays(url); };
+    known_.removeIf([&](QHash<QUrl, Known>::iterator known) { return isGone(known.key()); });
+    std::erase_if(waiting_, [&](const Job& job) { return isGone(job.url); });
 }
 
 void MeasuresController::announce() {
@@ -141,6 +147,12 @@ void MeasuresController::activityTurned() {
     goOn();
 }
 
+// Unless it was forgotten meanwhile.
+void MeasuresController::learn(const QUrl& url, Known known) {
+    const auto entry = known_.find(url);
+    if (entry != known_.end()) *entry = std::move(known);
+}
+
 void MeasuresController::goOn() {
     isDue_ = false;
     if (isMeasuring_ || activity().isBusy()) return;
@@ -154,18 +166,18 @@ void MeasuresController::goOn() {
             return measured(print ? print : Inspection::printOf(soundOf(job.url, job.sound, *looks)), corpus);
         },
         [this, url = job.url](const Measured& found) {
-            Known& known = known_[url];
-            known = {
-                .measure = found.measure, .print = found.print, .comparedWith = found.comparedWith.get()};
-            known.isHopeless = !found.print;
             isMeasuring_ = false;
+            learn(url, {.measure = found.measure,
+                        .print = found.print,
+                        .comparedWith = found.comparedWith.get(),
+                        .isHopeless = !found.print});
             if (found.print && found.comparedWith != links_.prints()) comparisonChanged();
             if (!announceSoon_.isActive()) announceSoon_.start();
             goOn();
         },
         [this, url = job.url](const TaskFailure&) {
-            known_[url] = {.measure = {}, .print = {}, .isHopeless = true};
             isMeasuring_ = false;
+            learn(url, {.measure = {}, .print = {}, .isHopeless = true});
             goOn();
         });
 }

@@ -44,8 +44,9 @@ public:
     void comparisonFailed(const QString& reason);
     // Somebody wants to know how new the sounds are, however long it takes.
     void compareAnyway();
-    // A sound is gone for good.
+    // A sound is gone for good; all files are but those that stay. What is known of them takes memory.
     void forget(const QUrl& name);
+    void keepFiles(const std::function<bool(const QUrl& file)>& stays);
 
     // What is known of a sound; what is not is measured, and changed() follows.
     [[nodiscard]] SoundMeasure of(const QUrl& file);
@@ -76,6 +77,7 @@ private:
     [[nodiscard]] SoundMeasure find(const QUrl& url, const PlayableSound& sound);
     void announce();
     void activityTurned();
+    void learn(const QUrl& url, Known known);
     void goOn();
     void wantComparison();
 

@@ -80,7 +80,9 @@ QString dateText(const std::string& made) {
 }  // namespace
 
 RunsController::RunsController(const Environment& environment, PresetNamer presetOf, PresentModel model)
-    : Controller(environment), presetOf_(std::move(presetOf)), model_(std::move(model)) {}
+    : Controller(environment), presetOf_(std::move(presetOf)), model_(std::move(model)) {
+    connect(this, &Controller::activityChanged, this, &RunsController::giveWay);
+}
 
 RunsController::~RunsController() {
     cancel();
@@ -95,6 +97,7 @@ void RunsController::setCorpus(std::shared_ptr<const CorpusSummary> corpus) {
 }
 
 void RunsController::setLooking(std::shared_ptr<CancelFlag> cancel) {
+    isOpening_ = false;
     cancel_ = std::move(cancel);
     assign(*this, isLooking_, cancel_ != nullptr, &RunsController::isLookingChanged);
 }
@@ -102,6 +105,16 @@ void RunsController::setLooking(std::shared_ptr<CancelFlag> cancel) {
 void RunsController::cancel() {
     if (cancel_) cancel_->cancel();
     setLooking(nullptr);
+}
+
+void RunsController::forget() {
+    if (!isOpening_) cancel();
+    take({});
+}
+
+// The results are to be those of the run that begins.
+void RunsController::giveWay() {
+    if (isOpening_ && activity().isGenerating) cancel();
 }
 
 void RunsController::take(std::vector<JournalRun> runs) {
@@ -146,6 +159,7 @@ void RunsController::open(int row) {
 void RunsController::openFiles(int row) {
     cancel();
     setLooking(std::make_shared<CancelFlag>());
+    isOpening_ = true;
     tasks_.run(
         [runs = runs_, row, looks = environment().looks, stop = cancel_->token()] {
             return samplesOf(runs->at(static_cast<std::size_t>(row)), *looks, stop);

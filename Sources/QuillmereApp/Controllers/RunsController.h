@@ -42,8 +42,8 @@ public:
 
     // Reads the journal. Does nothing unless canShow.
     Q_INVOKABLE void look();
-    // Nobody wants to see them any more.
-    Q_INVOKABLE void cancel();
+    // Nobody wants to see them any more: thousands of recipes take memory. What is being opened is.
+    Q_INVOKABLE void forget();
     // The files of a row are the results again; a set is rendered once more. Refused while something runs.
     Q_INVOKABLE void open(int row);
     // The parameters, the seed and the detail of a row are set again.
@@ -66,6 +66,8 @@ signals:
 private:
     friend struct AppModelProbe;  // for tests
 
+    void cancel();
+    void giveWay();
     void take(std::vector<JournalRun> runs);
     void setLooking(std::shared_ptr<CancelFlag> cancel);
     [[nodiscard]] const JournalRun* at(int row) const;
@@ -76,6 +78,7 @@ private:
     const PresentModel model_;
     std::shared_ptr<const CorpusSummary> corpus_;
     bool isLooking_ = false;
+    bool isOpening_ = false;              // in place of reading the journal
     std::shared_ptr<CancelFlag> cancel_;  // of the newest look or opening
     std::shared_ptr<const std::vector<JournalRun>> runs_ = std::make_shared<const std::vector<JournalRun>>();
     BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above

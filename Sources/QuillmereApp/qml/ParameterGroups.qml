@@ -68,17 +68,19 @@ Item {
         return result;
     }
 
-    // The parameter under the pointer, else that with the keyboard, else "".
+    // Where the pointer or the keyboard came last.
+    property ParameterRow meant: null
+
+    // The parameter under the pointer or with the keyboard, the newer of the two; "" for none.
     function pointedParameter(): string {
-        let focused = "";
+        if (meant && (meant.pointed || meant.sliderHasKeyboard))
+            return meant.parameterId;
         for (let row = 0; row < parameterRows.count; ++row) {
             const item = parameterRows.itemAt(row) as ParameterRow;
-            if (item.pointed)
+            if (item.pointed || item.sliderHasKeyboard)
                 return item.parameterId;
-            if (item.sliderHasKeyboard)
-                focused = item.parameterId;
         }
-        return focused;
+        return "";
     }
     function columnX(column: int): real {
         return column * (columnWidth + columnGap);
@@ -131,6 +133,10 @@ Item {
             emphasised: groups.emphasised
             isStop: index === groups.current
             onReached: groups.current = index
+            onPointedChanged: if (pointed)
+                groups.meant = this
+            onSliderHasKeyboardChanged: if (sliderHasKeyboard)
+                groups.meant = this
             onMoveRequested: rows => {
                 const next = parameterRows.itemAt(index + rows) as ParameterRow;
                 if (next)

@@ -154,6 +154,6 @@ Rectangle {
     }
     ToolTip {
         text: tile.fileName
-        shown: hover.hovered
+        shown: hover.hovered && name.truncated
     }
 }

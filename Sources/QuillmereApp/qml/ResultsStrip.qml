@@ -236,23 +236,41 @@ Rectangle {
             onClicked: strip.app.makeKit(list.currentIndex)
         }
     }
-    // Other rows: the selection stays with its file.
+    // Other rows, or another order: the selection stays with its file.
     Connections {
         property url selected
+        property url first
+        property bool inSight
 
         target: strip.files
 
-        function onModelAboutToBeReset() {
+        function remember() {
             selected = strip.files.urlAt(list.currentIndex);
-        }
-        function onModelReset() {
-            restore();
-            Qt.callLater(restore);  // the view begins anew, too
+            first = strip.files.urlAt(strip.anchor);
+            inSight = list.currentInSight();
         }
         function restore() {
             const row = strip.files.rowOf(selected);
             if (row >= 0)
                 list.currentIndex = row;
+            strip.anchor = Math.max(0, strip.files.rowOf(first));
+        }
+        function onModelAboutToBeReset() {
+            remember();
+        }
+        function onModelReset() {
+            restore();
+            Qt.callLater(restore);  // the view begins anew, too
+        }
+        function onLayoutAboutToBeChanged() {
+            remember();
+        }
+        // Who has scrolled away from it stays there.
+        function onLayoutChanged() {
+            if (inSight)
+                restore();
+            else
+                list.stayWhile(restore);
         }
     }
 }

@@ -12,14 +12,14 @@ Sheet {
     function openRow(row: int) {
         if (row < 0 || row >= earlier.runs.length || app.isBusy)
             return;
-        close();
         earlier.open(row);
+        close();
     }
     function useSettings(row: int) {
         if (row < 0 || row >= earlier.runs.length)
             return;
-        close();
         earlier.useSettings(row);
+        close();
     }
 
     objectName: "runs"
@@ -28,7 +28,7 @@ Sheet {
         earlier.look();
         list.forceActiveFocus(Qt.OtherFocusReason);
     }
-    onAboutToHide: earlier.cancel()
+    onAboutToHide: earlier.forget()
 
     Label {
         id: summary

@@ -25,6 +25,20 @@ GridView {
     function showCurrent() {
         positionViewAtIndex(currentIndex, GridView.Contain);
     }
+    function currentInSight(): bool {
+        const tile = currentItem;
+        return tile !== null && tile.x + tile.width > contentX && tile.x < contentX + width && tile.y + tile.height > contentY && tile.y < contentY + height;
+    }
+    // Does what makes another tile the current one without going there.
+    function stayWhile(act) {
+        const place = Qt.point(contentX, contentY);
+        const duration = highlightMoveDuration;
+        highlightMoveDuration = 0;
+        act();
+        highlightMoveDuration = duration;
+        contentX = place.x;
+        contentY = place.y;
+    }
     function go(key: int): bool {
         const page = inRows ? columns * Math.max(1, Math.floor(height / cellHeight)) : columns;
         if (key === Qt.Key_Left)

@@ -22,7 +22,7 @@ struct Workshop {
         app.generate();
         wait();
         sound = app.results()->urlAt(1);
-        latent = app.results()->samples()[1].origin.latent;
+        latent = app.results()->all()[1].origin.latent;
         app.setSeedText("");
         app.apply(*Preset::named("Balanced"));
         app.output()->setDetail(0);
@@ -36,8 +36,8 @@ struct Workshop {
     void verifyTaken(const QUrl& file) {
         QTRY_COMPARE(app.results()->rowOf(file), 0);
         QCOMPARE(app.results()->count(), 1);
-        QCOMPARE(app.results()->samples().front().origin.latent, latent);
-        QVERIFY(app.results()->samples().front().seconds > 0);
+        QCOMPARE(app.results()->all().front().origin.latent, latent);
+        QVERIFY(app.results()->all().front().seconds > 0);
         QCOMPARE(app.seedText(), QStringLiteral("7"));
         QCOMPARE(app.presetName(), QStringLiteral("Wild"));
         QCOMPARE(app.aesthetics(), Preset::named("Wild")->aesthetics);
@@ -193,8 +193,17 @@ private slots:
         workshop.verifyTaken(workshop.sound);
     }
 
+    void aModelThatIsNotStoredIsStillItsModel() {
+        Workshop workshop;
+        QVERIFY(QDir(workshop.world.path("data/Quillmere/Models")).removeRecursively());
+        workshop.drops().drop({workshop.sound});
+        workshop.verifyTaken(workshop.sound);
+        QCOMPARE(workshop.notices, QStringList("This sound was made here: its settings are set again."));
+    }
+
     void withoutItsModelTheSettingsComeBack() {
         Workshop workshop;
+        prepareTrained(workshop.app, workshop.world.makeCorpus("Bells", 4));
         QVERIFY(QDir(workshop.world.path("data/Quillmere/Models")).removeRecursively());
         workshop.drops().drop({workshop.sound});
         workshop.verifyTaken(workshop.sound);

@@ -481,7 +481,7 @@ private slots:
         QCOMPARE(base->format, OutputFormat::wav16);
         QVERIFY(!studio.runs.baseOf(world.url("out/none.wav")));
         // It is enough to make the file again.
-        const GeneratedSample made = studio.runs.results()->samples().front();
+        const GeneratedSample made = studio.runs.results()->all().front();
         const Recipe recipe = makeRecipe(made.origin, *base);
         const auto remade = studio.generator->remake(std::vector{recipe.plan()});
         QCOMPARE(AudioIO::readMono(made.url).samples,
@@ -519,7 +519,7 @@ private slots:
         QCOMPARE(runs[0].recipe().seed, studio.seed);
         for (int row = 0; row < 3; ++row) {
             const JournalEntry& entry = runs[0].files[static_cast<std::size_t>(row)];
-            const GeneratedSample& sample = studio.runs.results()->samples()[static_cast<std::size_t>(row)];
+            const GeneratedSample& sample = studio.runs.results()->all()[static_cast<std::size_t>(row)];
             QCOMPARE(entry.file, sample.url.string());
             QCOMPARE(entry.recipe, makeRecipe(sample.origin, *studio.runs.baseOf(toUrl(sample.url))));
             QCOMPARE(entry.digests.bytes, fileDigest(sample.url));
@@ -577,7 +577,7 @@ private slots:
         TestWorld world;
         Studio studio(world);
         generateAndWait(studio);
-        const std::vector<GeneratedSample> before = studio.runs.results()->samples();
+        const std::vector<GeneratedSample> before = studio.runs.results()->all();
         const auto base = std::make_shared<const RecipeBase>(RecipeBase{.corpusName = "before"});
         studio.folder = world.url("elsewhere");
         generateAndWait(studio);

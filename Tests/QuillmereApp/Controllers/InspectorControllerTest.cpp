@@ -297,6 +297,11 @@ private slots:
         QTRY_COMPARE(desk.played.size(), 2);
         QVERIFY(desk.sounds[0].gain > 1);
         QVERIFY(desk.sounds[1].gain < 1);
+        // Again and again as loud as before.
+        desk.inspector.setLoops(true);
+        desk.inspector.finished(QUrl(QStringLiteral("candidate:3")));
+        QCOMPARE(desk.played.size(), 3);
+        QCOMPARE(desk.sounds[2].gain, desk.sounds[1].gain);
     }
 
     void saysThatARelativeIsGone() {

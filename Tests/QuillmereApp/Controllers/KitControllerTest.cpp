@@ -136,7 +136,7 @@ private slots:
     void isOfOneModel() {
         TestWorld world;
         Studio studio(world);
-        const auto samples = studio.app.results()->samples();
+        const auto samples = studio.app.results()->all();
         const auto base = studio.app.generation()->baseOf(studio.app.results()->urlAt(0));
         world.steps = 3;
         studio.app.train();

@@ -77,7 +77,7 @@ private slots:
         const MapController& map = mapped.map();
         QCOMPARE(map.count(), 8);
         QCOMPARE(map.clips(), 5);
-        const auto& samples = mapped.app.results()->samples();
+        const auto& samples = mapped.app.results()->all();
         const ModelBundle& bundle = *mapped.app.bundle();
         const LatentMap expected(bundle.latents, static_cast<std::size_t>(bundle.config.latentDim));
         for (int i = 0; i < 3; ++i) {

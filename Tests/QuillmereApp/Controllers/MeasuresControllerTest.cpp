@@ -195,6 +195,32 @@ private slots:
         QCOMPARE(laboratory.measures.of(low, tone(200)), SoundMeasure());
     }
 
+    void filesThatAreGoneTakeNoMemory() {
+        Laboratory laboratory;
+        const QUrl file = laboratory.world.url("Drums/hit0.wav");
+        QTRY_VERIFY(laboratory.measures.of(file).brightness >= 0);
+        (void)laboratory.known(low, tone(200));
+        laboratory.measures.keepFiles([&](const QUrl& one) { return one == file; });
+        QVERIFY(laboratory.measures.of(file).brightness >= 0);
+        laboratory.measures.keepFiles([](const QUrl&) { return false; });
+        QCOMPARE(laboratory.measures.of(file), SoundMeasure());
+        QVERIFY(laboratory.measures.of(low, tone(200)).brightness >= 0);  // no file
+        QTRY_VERIFY(laboratory.measures.of(file).brightness >= 0);        // wanted again
+    }
+
+    void otherResultsTakeThePlaceOfWhatIsKnown() {
+        TestWorld world;
+        AppModel app(world.environment);
+        prepare(app, world.makeCorpus("Drums"));
+        const QUrl file = world.url("Drums/hit0.wav");
+        app.results()->setSamples({{.url = toPath(file), .seconds = 0.1}});
+        QTRY_VERIFY(app.measures()->of(file).brightness >= 0);
+        app.results()->setOnlyFavourites(true);  // hidden, and still a result
+        QVERIFY(app.measures()->of(file).brightness >= 0);
+        app.results()->setSamples({{.url = toPath(world.path("Drums/hit1.wav")), .seconds = 0.1}});
+        QCOMPARE(app.measures()->of(file), SoundMeasure());
+    }
+
     void withoutACorpusThereIsNothingToCompareWith() {
         Laboratory laboratory;
         laboratory.measures.setCorpus(nullptr);

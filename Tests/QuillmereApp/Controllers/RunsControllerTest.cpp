@@ -88,7 +88,7 @@ private slots:
 
     void filesAreTheResultsAgain() {
         Past past;
-        const std::vector<GeneratedSample> before = past.app.results()->samples();
+        const std::vector<GeneratedSample> before = past.app.results()->all();
         past.app.setSeedText("9");
         past.app.setOutputText(past.world.path("elsewhere"));
         past.app.generate();
@@ -99,7 +99,7 @@ private slots:
         QTRY_COMPARE(past.app.results()->urlAt(0), toUrl(before.front().url));
         QCOMPARE(past.app.results()->count(), 3);
         for (std::size_t i = 0; i < 3; ++i) {
-            const GeneratedSample& now = past.app.results()->samples()[i];
+            const GeneratedSample& now = past.app.results()->all()[i];
             QCOMPARE(now.url, before[i].url);
             QCOMPARE(now.origin.latent, before[i].origin.latent);
             QVERIFY(std::abs(now.seconds - before[i].seconds) < 1e-9);
@@ -178,6 +178,36 @@ private slots:
         past.runs().open(1);
         QVERIFY(!past.runs().isLooking());
         QCOMPARE(past.told.notices, QStringList({Activity::waitNotice(), Activity::waitNotice()}));
+    }
+
+    void aGenerationComesBeforeWhatIsBeingOpened() {
+        Past past;
+        past.look();
+        past.app.results()->setSamples({});
+        past.runs().open(1);
+        QVERIFY(past.runs().isLooking());
+        past.runs().setActivity({.isAuditioning = true});
+        QVERIFY(past.runs().isLooking());
+        past.runs().setActivity({.isGenerating = true});
+        QVERIFY(!past.runs().isLooking());
+        AppModelProbe::waitForWork(past.runs());
+        deliverEvents();
+        QCOMPARE(past.app.results()->count(), 0);
+    }
+
+    void whatNobodySeesIsForgottenButOpened() {
+        Past past;
+        past.look();
+        past.app.results()->setSamples({});
+        past.runs().open(1);
+        past.runs().forget();
+        QVERIFY(past.runs().runs().isEmpty());
+        QTRY_COMPARE(past.app.results()->count(), 3);
+        past.runs().look();
+        past.runs().forget();
+        AppModelProbe::waitForWork(past.runs());
+        deliverEvents();
+        QVERIFY(past.runs().runs().isEmpty());
     }
 
     void theyAreThoseOfTheFolder() {

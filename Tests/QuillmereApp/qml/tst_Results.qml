@@ -52,6 +52,13 @@ WindowCase {
         keyClick(Qt.Key_Home);
         compare(item("results").currentIndex, 0);
     }
+    function test_aNameThatIsSeenNeedsNoTip() {
+        generated(1);
+        const name = item("tile-0").fileName;
+        hover(item("tile-0"));
+        wait(200);
+        verifyNotSeen(name);
+    }
     function test_shortcutComesToTheResults() {
         generated(3);
         focusOn("seed");

@@ -126,6 +126,29 @@ WindowCase {
         chooseOrder("As made");
         compare(labels(), made);
     }
+    // Who looks at others is not taken back to the selected one.
+    function test_sortingLeavesTheViewWhereItIs() {
+        Stage.setResults(200);
+        settle();
+        const list = item("results");
+        list.currentIndex = 3;
+        const selected = app.generation.results.urlAt(3);
+        app.generation.results.order = ResultsModel.ByLength;
+        compare(list.currentIndex, app.generation.results.rowOf(selected));
+        verify(list.currentIndex > 3);
+        tryVerify(() => list.currentInSight(), limit);
+        wait(500);
+        list.contentX = 6000;
+        settle();
+        verify(!list.currentInSight());
+        app.generation.results.order = ResultsModel.AsMade;
+        compare(list.currentIndex, 3);
+        wait(500);
+        compare(list.contentX, 6000);
+        keyClick(Qt.Key_R, Qt.ControlModifier);
+        keyClick(Qt.Key_Right);
+        compare(list.currentIndex, 4);
+    }
     function test_tilesSayHowNewTheyAre() {
         generated(2);
         tryVerify(() => item("tile-0").novelty.length > 0, limit);

@@ -67,6 +67,12 @@ WindowCase {
         keyClick(Qt.Key_R);
         tryCompare(app.sweep, "parameterId", "drift", limit);
         idle();
+        keyClick(Qt.Key_Escape);
+        tryVerify(() => !has("sweep-0"), limit);
+        focusOn("slider-tilt");  // newer than the pointer
+        keyClick(Qt.Key_R);
+        tryCompare(app.sweep, "parameterId", "tilt", limit);
+        idle();
     }
     function test_withoutAModelItIsSaid() {
         focusOn("slider-pitch");
