@@ -118,6 +118,11 @@ std::string wordsOf(const CLI::ParseError& error) {
         const auto name = around(text, ": 1 required ");
         const auto type = name ? around((*name)[1], " missing") : std::nullopt;
         if (type) return tr("{0}: 1 required {1} missing", (*name)[0], (*type)[0]);
+        const auto most = around(text, ": At Most ");
+        const auto received = most ? around((*most)[1], " required but received ") : std::nullopt;
+        if (received)
+            return tr("{0}: At Most {1} required but received {2}", (*most)[0], (*received)[0],
+                      (*received)[1]);
     }
     return text;
 }

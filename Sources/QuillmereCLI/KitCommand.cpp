@@ -105,8 +105,9 @@ std::vector<Chosen> chosenSounds(const KitOptions& options, const CancelFlag& ca
             chosen.push_back({{known.file, recipe}, parents});
     }
     if (chosen.size() > Kit::mostInstruments)
-        throw Failure("The files have {0} sounds; a kit has keys for {1}.", chosen.size(),
-                      Kit::mostInstruments);
+        throw Failure(
+            Message::counted(std::ssize(chosen), "The files have {0} sounds; a kit has keys for {1}.",
+                             "The files have {0} sounds; a kit has keys for {1}.", Kit::mostInstruments));
     return chosen;
 }
 

@@ -118,7 +118,7 @@ std::string startText(const ModelStart& start) {
 
 std::string learnedText(const ModelBundle& bundle) {
     const auto clips = static_cast<std::int64_t>(bundle.metadata.clipNames.size());
-    const std::string analysis = Language::text(word(bundle.config.profile));
+    const std::string_view analysis = rawValue(bundle.config.profile);
     const std::string seconds = Text::fixed(bundle.config.clipSeconds(), 1);
     if (!bundle.metadata.start)
         return trCounted(clips, "Learned {0} sample ({1} analysis, {2} s per sample).",

@@ -53,9 +53,8 @@ std::string trainedText(const ModelMetadata& metadata) {
     std::string text = ModelStore::isoDate(metadata.trainedAt);
     text = tr("{0}, {1}", text, trCounted(metadata.steps, "{0} step", "{0} steps"));
     if (metadata.analysis) {
-        const std::optional<AnalysisProfile> profile = analysisProfile(*metadata.analysis);
-        const std::string name = profile ? Language::text(word(*profile)) : printable(*metadata.analysis);
-        text = tr("{0}, {1}", text, tr("{0} analysis", name));
+        // As it is typed: --analysis takes no other word.
+        text = tr("{0}, {1}", text, tr("{0} analysis", printable(*metadata.analysis)));
     }
     if (metadata.start) text = tr("{0}, {1}", text, tr("onto {0}", startText(*metadata.start)));
     return text;

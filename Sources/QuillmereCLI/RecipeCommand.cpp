@@ -86,11 +86,13 @@ void print(const KnownFile& known, const Recipe& recipe, Console& console) {
     const auto line = [&](const std::string& name, const std::string& text) {
         console.print("  " + labelled(name, labelColumns, text));
     };
-    const std::string device =
-        recipe.device == deviceProcessor ? tr("the processor") : printable(recipe.device);
     line(tr("known from"), knownFromText(known));
-    line(tr("made by"), tr("quillmere {0} on {1}", printable(recipe.program), device));
-    line(tr("model"), printable(recipe.corpusName) + ", " + printable(recipe.model.substr(0, 16)) + "…");
+    const std::string program = printable(recipe.program);
+    line(tr("made by"), recipe.device == deviceProcessor
+                            ? tr("quillmere {0} on the processor", program)
+                            : tr("quillmere {0} on {1}", program, printable(recipe.device)));
+    line(tr("model"),
+         tr("{0}, {1}", printable(recipe.corpusName), printable(recipe.model.substr(0, 16)) + "…"));
     line(tr("seed"), tr("{0}, variation {1}", recipe.seed, recipe.index + 1));
     line(tr("character"), characterText(recipe.aesthetics));
     line(tr("blend"), blendText(recipe));

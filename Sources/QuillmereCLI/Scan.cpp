@@ -84,7 +84,8 @@ std::vector<FileFate> notUsedAsTheyAre(const CorpusReport& report) {
 std::string countText(const CorpusSummary& summary) {
     const std::string length = duration(summary.totalSeconds);
     if (summary.unreadable == 0) return tr("{0}, {1} in all", summary.fileCount(), length);
-    return tr("{0}, {1} in all, {2} unreadable", summary.fileCount(), length, summary.unreadable);
+    return tr("{0}, {1} in all, {2}", summary.fileCount(), length,
+              trCounted(summary.unreadable, "{0} unreadable", "{0} unreadable"));
 }
 
 void print(const KnownCorpus& corpus, const CorpusReport& report, Console& console) {
@@ -102,7 +103,7 @@ void print(const KnownCorpus& corpus, const CorpusReport& report, Console& conso
     row(tr("clip length"), tr("{0} suggested", duration(summary.suggestedClipSeconds())));
     if (report.clipSeconds > 0)
         row(tr("training"),
-            tr("{0} analysis, {1} per sample", word(report.profile), duration(report.clipSeconds)));
+            tr("{0} analysis, {1} per sample", rawValue(report.profile), duration(report.clipSeconds)));
     row(tr("fingerprint"), summary.fingerprint());
     row(tr("model"), corpus.hasModel() ? tr("stored in {0}", shownPath(corpus.modelFolder))
                                        : tr("none yet; it would be {0}", shownPath(corpus.modelFolder)));
@@ -115,7 +116,7 @@ void print(const KnownCorpus& corpus, const CorpusReport& report, Console& conso
         console.print(line);
     if (!summary.passedOver.empty()) console.print(tr("Not looked into:"));
     for (const PassedOver& folder : summary.passedOver)
-        console.print("  " + printable(folder.folder) + ": " + Language::text(folder.reason));
+        console.print("  " + tr("{0}: {1}", printable(folder.folder), folder.reason));
 }
 
 JSON toJSON(const FileFate& fate) {

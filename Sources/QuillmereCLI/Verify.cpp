@@ -105,7 +105,7 @@ void report(const std::vector<Verification>& results, const Selection& selection
     std::map<Verdict, std::int64_t> counts;
     std::int64_t failures = 0;
     for (std::size_t i = 0; i < results.size(); ++i) {
-        console.print(shownPath(results[i].file) + ": " + printable(verdictText(results[i])));
+        console.print(tr("{0}: {1}", shownPath(results[i].file), printable(verdictText(results[i]))));
         list.push_back(toJSON(results[i]));
         ++counts[results[i].verdict];
         if (isFailure(results[i], selection.isNamed[i])) ++failures;

@@ -76,9 +76,12 @@ Pointer allocated(typename Pointer::pointer object) {
     return Pointer(object);
 }
 
-// FFmpeg's own words.
+// FFmpeg's own words, and the system's for an errno.
 Message describe(int code) {
     if (code == AVERROR_INVALIDDATA) return Message("Invalid data found when processing input");
+    constexpr int largestErrno = 4095;  // FFmpeg's own codes are four letters each
+    const int number = AVUNERROR(code);
+    if (number > 0 && number <= largestErrno) return Message::system({number, std::generic_category()});
     std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
     av_strerror(code, text.data(), text.size());
     return Message::verbatim(text.data());
@@ -535,6 +538,7 @@ public:
         readPackets();
         if (!ended_) send(nullptr);  // what the decoder still holds
         if (delivery_.delivered() == 0 && firstError_ < 0) throw ReadError(describe(firstError_));
+        // Translators: sound: whole, undamaged.
         if (silent_ > delivery_.delivered() - silent_) throw ReadError("more of it is damaged than sound");
         return {sampleRate_ > 0 ? sampleRate_ : input_.sampleRate(), delivery_.delivered(), silent_,
                 isTruncated()};

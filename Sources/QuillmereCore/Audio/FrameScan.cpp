@@ -244,6 +244,7 @@ private:
             lost += frames;
             if (frames > 0) result.losses.push_back({shown, frames});
         }
+        // Translators: sound: whole, undamaged.
         if (lost > frames_) throw ReadError("more of it is damaged than sound");
         // Encoders count the noting frame or not, and some are wrong by one.
         constexpr std::int64_t miscount = 2;

@@ -51,7 +51,7 @@ std::string_view rawValue(AnalysisProfile profile) {
 Message word(AnalysisProfile profile) {
     switch (profile) {
         case AnalysisProfile::automatic:
-            return Message("auto");
+            return Message::verbatim("auto");
         case AnalysisProfile::percussive:
             return Message("percussive");
         case AnalysisProfile::tonal:

@@ -219,10 +219,13 @@ std::optional<Message> problemWithNumber(std::span<const std::string> clipNames,
     const std::uint64_t size = ModelFiles::manifestBound(clipNames, latentDim);
     if (size <= ModelFiles::maxManifestSize) return std::nullopt;
     const auto clips = static_cast<std::uint64_t>(clipNames.size());
-    return Message(
+    return Message::counted(
+        std::ssize(clipNames),
         "A model of {0} samples could not be opened again: at most about {1} are possible. Learn a folder "
         "with fewer samples.",
-        clips, clips * ModelFiles::maxManifestSize / size);
+        "A model of {0} samples could not be opened again: at most about {1} are possible. Learn a folder "
+        "with fewer samples.",
+        clips * ModelFiles::maxManifestSize / size);
 }
 
 void save(const ModelBundle& bundle, const fs::path& modelFolder) {
@@ -349,7 +352,8 @@ void validate(const ModelBundle& bundle, const fs::path& modelFolder) {
     for (const std::vector<float>& latent : bundle.latents) {
         if (latent.size() < dim || !allFinite(latent))
             throw CorruptModelError(
-                message(file, Message("holds a latent vector without {0} finite values", dim)));
+                message(file, Message::counted(dim, "holds a latent vector without {0} finite values",
+                                               "holds a latent vector without {0} finite values")));
     }
 }
 

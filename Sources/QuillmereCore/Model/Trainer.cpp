@@ -43,8 +43,7 @@ void requireLength(double seconds, std::int64_t sampleRate, std::span<const Anal
     if (seconds <= longest) return;
     throw Failure(
         "At {0} Hz {1} s of a sample can be learned, not {2} s. Choose a shorter length, or convert the "
-        "samples "
-        "to a lower sample rate.",
+        "samples to a lower sample rate.",
         sampleRate, Text::fixed(std::floor(longest * 10) / 10, 1), Text::fixed(seconds, 1));
 }
 

@@ -225,15 +225,13 @@ std::string dB(double value) {
 Message adviceToLearnOn() {
     return Message(
         "Learn on (train --continue N tells what N more steps buy); if that is little, the samples are many "
-        "or "
-        "very different, and a greater --latent-dim or a folder for each kind may help.");
+        "or very different, and a greater --latent-dim or a folder for each kind may help.");
 }
 
 Message adviceOnOthers(const ReportCard::HeldBack& heldBack) {
     return Message(
         "Samples that it has not learned come out worse ({0} instead of {1}): it knows these samples rather "
-        "than "
-        "their kind. More samples help.",
+        "than their kind. More samples help.",
         dB(heldBack.heldBackDB), dB(heldBack.learnedDB));
 }
 

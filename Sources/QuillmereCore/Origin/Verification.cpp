@@ -39,8 +39,11 @@ void compareSound(Verification& result, std::span<const float> expected, int sam
     const bool isShorter = here == audio.samples.end();
     const bool isLonger = there == expected.end();
     const std::size_t where = *result.firstDifference;
-    result.reason = isShorter  ? Message("it ends after {0} samples of {1}", where, expected.size())
-                    : isLonger ? Message("it goes on after its {0} samples", where)
+    const auto count = static_cast<std::int64_t>(where);
+    result.reason = isShorter  ? Message::counted(count, "it ends after {0} samples of {1}",
+                                                  "it ends after {0} samples of {1}", expected.size())
+                    : isLonger ? Message::counted(count, "it goes on after its {0} samples",
+                                                  "it goes on after its {0} samples")
                                : Message("the first sample that differs is {0}", where);
     if (result.recipe->device != deviceProcessor)
         result.reason =

@@ -80,18 +80,20 @@ Buffer::Buffer(const Context& context, std::uint64_t bytes, Place place) : bytes
     info.size = bytes;
     info.usage = VK_BUFFER_USAGE_TRANSFER_SRC_BIT | VK_BUFFER_USAGE_TRANSFER_DST_BIT;
     if (place == Place::device) info.usage |= VK_BUFFER_USAGE_STORAGE_BUFFER_BIT;
-    buffer_ = context.make<BufferHandle>(vkCreateBuffer, info, "creating a buffer");
+    buffer_ = context.make<BufferHandle>(vkCreateBuffer, info, translatable("creating a buffer"));
     VkMemoryRequirements requirements{};
     vkGetBufferMemoryRequirements(device, buffer_.get(), &requirements);
     VkMemoryAllocateInfo allocation{};
     allocation.sType = VK_STRUCTURE_TYPE_MEMORY_ALLOCATE_INFO;
     allocation.allocationSize = requirements.size;
     allocation.memoryTypeIndex = memoryType(context, requirements.memoryTypeBits, place);
-    memory_ = context.make<MemoryHandle>(vkAllocateMemory, allocation, "taking memory");
-    context.check(vkBindBufferMemory(device, buffer_.get(), memory_.get(), 0), "binding memory");
+    memory_ = context.make<MemoryHandle>(vkAllocateMemory, allocation, translatable("taking memory"));
+    context.check(vkBindBufferMemory(device, buffer_.get(), memory_.get(), 0),
+                  translatable("binding memory"));
     if (place == Place::device) return;
     void* address = nullptr;
-    context.check(vkMapMemory(device, memory_.get(), 0, VK_WHOLE_SIZE, 0, &address), "mapping memory");
+    context.check(vkMapMemory(device, memory_.get(), 0, VK_WHOLE_SIZE, 0, &address),
+                  translatable("mapping memory"));
     mapped_ = {static_cast<float*>(address), static_cast<std::size_t>(bytes / sizeof(float))};
 }
 
@@ -121,7 +123,7 @@ void Context::open() {
     info.sType = VK_STRUCTURE_TYPE_DEVICE_CREATE_INFO;
     info.queueCreateInfoCount = 1;
     info.pQueueCreateInfos = &queue;
-    check(vkCreateDevice(physical_, &info, nullptr, &device_.object), "opening it");
+    check(vkCreateDevice(physical_, &info, nullptr, &device_.object), translatable("opening it"));
     {
         const MutexLock lock(queueMutex_);
         vkGetDeviceQueue(device(), queueFamily_, 0, &queue_);
@@ -163,7 +165,8 @@ void Context::loadPipelines() {
     info.sType = VK_STRUCTURE_TYPE_PIPELINE_CACHE_CREATE_INFO;
     info.initialDataSize = data.size();
     info.pInitialData = data.data();
-    cache_ = make<PipelineCacheHandle>(vkCreatePipelineCache, info, "creating the pipeline cache");
+    cache_ =
+        make<PipelineCacheHandle>(vkCreatePipelineCache, info, translatable("creating the pipeline cache"));
 }
 
 void Context::savePipelines() {
@@ -171,9 +174,11 @@ void Context::savePipelines() {
     if (!cacheIsNew_ || cacheFile_.empty()) return;
     cacheIsNew_ = false;
     std::size_t size = 0;
-    check(vkGetPipelineCacheData(device(), cache_.get(), &size, nullptr), "reading the pipeline cache");
+    check(vkGetPipelineCacheData(device(), cache_.get(), &size, nullptr),
+          translatable("reading the pipeline cache"));
     std::vector<std::byte> data(size);
-    check(vkGetPipelineCacheData(device(), cache_.get(), &size, data.data()), "reading the pipeline cache");
+    check(vkGetPipelineCacheData(device(), cache_.get(), &size, data.data()),
+          translatable("reading the pipeline cache"));
     std::error_code error;
     std::filesystem::create_directories(cacheFile_.parent_path(), error);
     if (error) return;  // as below
@@ -199,7 +204,8 @@ const Context::Layout& Context::layoutOf(Shader shader) {
     setInfo.bindingCount = static_cast<std::uint32_t>(bindings.size());
     setInfo.pBindings = bindings.data();
     Layout layout;
-    layout.set = make<SetLayoutHandle>(vkCreateDescriptorSetLayout, setInfo, "creating a descriptor layout");
+    layout.set = make<SetLayoutHandle>(vkCreateDescriptorSetLayout, setInfo,
+                                       translatable("creating a descriptor layout"));
     const VkDescriptorSetLayout set = layout.set.get();
     const VkPushConstantRange push{VK_SHADER_STAGE_COMPUTE_BIT, 0, pushConstantBytes};
     VkPipelineLayoutCreateInfo info{};
@@ -208,7 +214,8 @@ const Context::Layout& Context::layoutOf(Shader shader) {
     info.pSetLayouts = &set;
     info.pushConstantRangeCount = 1;
     info.pPushConstantRanges = &push;
-    layout.pipeline = make<PipelineLayoutHandle>(vkCreatePipelineLayout, info, "creating a pipeline layout");
+    layout.pipeline =
+        make<PipelineLayoutHandle>(vkCreatePipelineLayout, info, translatable("creating a pipeline layout"));
     return layouts_.emplace(shader, std::move(layout)).first->second;
 }
 
@@ -224,7 +231,8 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
     moduleInfo.sType = VK_STRUCTURE_TYPE_SHADER_MODULE_CREATE_INFO;
     moduleInfo.codeSize = code.size_bytes();
     moduleInfo.pCode = code.data();
-    const auto module = make<ShaderHandle>(vkCreateShaderModule, moduleInfo, "loading a shader");
+    const auto module =
+        make<ShaderHandle>(vkCreateShaderModule, moduleInfo, translatable("loading a shader"));
 
     std::vector<VkSpecializationMapEntry> entries;
     for (std::uint32_t i = 0; i < constants.size(); ++i)
@@ -241,7 +249,7 @@ Pipeline Context::pipeline(Shader shader, const std::vector<std::uint32_t>& cons
     info.layout = layout.pipeline.get();
     VkPipeline created = VK_NULL_HANDLE;
     check(vkCreateComputePipelines(device(), cache_.get(), 1, &info, nullptr, &created),
-          "compiling a shader");
+          translatable("compiling a shader"));
     handle = PipelineHandle(device(), created);
     cacheIsNew_ = true;
     return result();
@@ -255,17 +263,17 @@ void Context::checkRun(VkResult result, const char* what) {
 void Context::run(VkCommandBuffer commands) {
     VkFenceCreateInfo info{};
     info.sType = VK_STRUCTURE_TYPE_FENCE_CREATE_INFO;
-    const auto fence = make<FenceHandle>(vkCreateFence, info, "creating a fence");
+    const auto fence = make<FenceHandle>(vkCreateFence, info, translatable("creating a fence"));
     VkSubmitInfo submit{};
     submit.sType = VK_STRUCTURE_TYPE_SUBMIT_INFO;
     submit.commandBufferCount = 1;
     submit.pCommandBuffers = &commands;
     {
         const MutexLock lock(queueMutex_);
-        checkRun(vkQueueSubmit(queue_, 1, &submit, fence.get()), "starting work");
+        checkRun(vkQueueSubmit(queue_, 1, &submit, fence.get()), translatable("starting work"));
     }
     const VkFence waited = fence.get();
-    checkRun(vkWaitForFences(device(), 1, &waited, VK_TRUE, UINT64_MAX), "computing");
+    checkRun(vkWaitForFences(device(), 1, &waited, VK_TRUE, UINT64_MAX), translatable("computing"));
 }
 
 }  // namespace quillmere::network::vulkan

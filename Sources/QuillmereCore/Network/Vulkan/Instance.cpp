@@ -128,12 +128,13 @@ void check(VkResult result, const std::string& device, const char* what) {
                 "{0} has not enough free memory. Close other programs that use it, or choose another device.",
                 device);
         case VK_ERROR_DEVICE_LOST:
-            throw DeviceError("{0} was lost while {1}. Try again, or choose another device.", device, what);
+            throw DeviceError("{0} was lost while {1}. Try again, or choose another device.", device,
+                              Message::fromTable(what));
         default:
             throw DeviceError(
                 "{0} failed while {1} (Vulkan error {2}). Update the graphics driver, or choose another "
                 "device.",
-                device, what, static_cast<int>(result));
+                device, Message::fromTable(what), static_cast<int>(result));
     }
 }
 
@@ -146,7 +147,8 @@ Instance::Instance(std::optional<Validation> validation) : validation_(std::move
     info.sType = VK_STRUCTURE_TYPE_INSTANCE_CREATE_INFO;
     info.pApplicationInfo = &application;
     if (!validation_) {
-        check(vkCreateInstance(&info, nullptr, &instance_), loader, "loading the graphics drivers");
+        check(vkCreateInstance(&info, nullptr, &instance_), loader,
+              translatable("loading the graphics drivers"));
         return;
     }
     const char* const extension = VK_EXT_DEBUG_UTILS_EXTENSION_NAME;
@@ -162,11 +164,13 @@ Instance::Instance(std::optional<Validation> validation) : validation_(std::move
     info.ppEnabledLayerNames = &validationLayer;
     info.enabledExtensionCount = 1;
     info.ppEnabledExtensionNames = &extension;
-    check(vkCreateInstance(&info, nullptr, &instance_), loader, "loading the validation layers");
+    check(vkCreateInstance(&info, nullptr, &instance_), loader,
+          translatable("loading the validation layers"));
     // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): the loader's way to hand out functions
     const auto create = reinterpret_cast<PFN_vkCreateDebugUtilsMessengerEXT>(
         vkGetInstanceProcAddr(instance_, "vkCreateDebugUtilsMessengerEXT"));
-    check(create(instance_, &messenger, nullptr, &messenger_), loader, "watching the validation layers");
+    check(create(instance_, &messenger, nullptr, &messenger_), loader,
+          translatable("watching the validation layers"));
 }
 
 Instance::~Instance() {

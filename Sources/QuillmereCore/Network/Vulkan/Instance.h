@@ -13,7 +13,7 @@
 namespace quillmere::network::vulkan {
 
 // Throws DeviceError unless result is VK_SUCCESS, with a sentence that names the device and says what to do.
-// what completes "... failed while ".
+// what completes "... failed while ", a translatable text.
 void check(VkResult result, const std::string& device, const char* what);
 
 // Checks by the validation layers, for tests. Every message goes to onMessage, on the thread that causes it.

@@ -66,15 +66,15 @@ void Sequence::makePools() {
     VkCommandPoolCreateInfo commandInfo{};
     commandInfo.sType = VK_STRUCTURE_TYPE_COMMAND_POOL_CREATE_INFO;
     commandInfo.queueFamilyIndex = context_.queueFamily();
-    commandPool_ =
-        context_.make<CommandPoolHandle>(vkCreateCommandPool, commandInfo, "creating a command pool");
+    commandPool_ = context_.make<CommandPoolHandle>(vkCreateCommandPool, commandInfo,
+                                                    translatable("creating a command pool"));
     VkCommandBufferAllocateInfo commands{};
     commands.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_ALLOCATE_INFO;
     commands.commandPool = commandPool_.get();
     commands.level = VK_COMMAND_BUFFER_LEVEL_PRIMARY;
     commands.commandBufferCount = 1;
     context_.check(vkAllocateCommandBuffers(context_.device(), &commands, &commands_),
-                   "creating a command buffer");
+                   translatable("creating a command buffer"));
 
     std::uint32_t sets = 0;
     std::uint32_t descriptors = 0;
@@ -90,15 +90,16 @@ void Sequence::makePools() {
         info.maxSets = sets;
         info.poolSizeCount = 1;
         info.pPoolSizes = &size;
-        descriptorPool_ =
-            context_.make<DescriptorPoolHandle>(vkCreateDescriptorPool, info, "creating a descriptor pool");
+        descriptorPool_ = context_.make<DescriptorPoolHandle>(vkCreateDescriptorPool, info,
+                                                              translatable("creating a descriptor pool"));
     }
     if (mode_ == Mode::profiled && context_.timestampPeriod() > 0) {
         VkQueryPoolCreateInfo info{};
         info.sType = VK_STRUCTURE_TYPE_QUERY_POOL_CREATE_INFO;
         info.queryType = VK_QUERY_TYPE_TIMESTAMP;
         info.queryCount = static_cast<std::uint32_t>(operations_.size()) + 1;
-        queryPool_ = context_.make<QueryPoolHandle>(vkCreateQueryPool, info, "creating a clock");
+        queryPool_ =
+            context_.make<QueryPoolHandle>(vkCreateQueryPool, info, translatable("creating a clock"));
     }
 }
 
@@ -106,7 +107,7 @@ void Sequence::record() {
     makePools();
     VkCommandBufferBeginInfo begin{};
     begin.sType = VK_STRUCTURE_TYPE_COMMAND_BUFFER_BEGIN_INFO;
-    context_.check(vkBeginCommandBuffer(commands_, &begin), "beginning to record");
+    context_.check(vkBeginCommandBuffer(commands_, &begin), translatable("beginning to record"));
     if (queryPool_.get() != VK_NULL_HANDLE)
         vkCmdResetQueryPool(commands_, queryPool_.get(), 0,
                             static_cast<std::uint32_t>(operations_.size()) + 1);
@@ -126,7 +127,7 @@ void Sequence::record() {
         }
     }
     barrier(VK_PIPELINE_STAGE_HOST_BIT, VK_ACCESS_HOST_READ_BIT);
-    context_.check(vkEndCommandBuffer(commands_), "ending the recording");
+    context_.check(vkEndCommandBuffer(commands_), translatable("ending the recording"));
     context_.savePipelines();
 }
 
@@ -189,7 +190,7 @@ VkDescriptorSet Sequence::makeSet(const Dispatch& dispatch, VkDescriptorSetLayou
     info.descriptorSetCount = 1;
     info.pSetLayouts = &layout;
     VkDescriptorSet set = VK_NULL_HANDLE;
-    context_.check(vkAllocateDescriptorSets(context_.device(), &info, &set), "binding buffers");
+    context_.check(vkAllocateDescriptorSets(context_.device(), &info, &set), translatable("binding buffers"));
     std::vector<VkDescriptorBufferInfo> buffers;
     for (const Bound& bound : dispatch.buffers) {
         const Range& range = bound.range;
@@ -226,7 +227,7 @@ std::vector<OperationTime> Sequence::times() const {
         vkGetQueryPoolResults(context_.device(), queryPool_.get(), 0, stamps_,
                               ticks.size() * sizeof(std::uint64_t), ticks.data(), sizeof(std::uint64_t),
                               VK_QUERY_RESULT_64_BIT | VK_QUERY_RESULT_WAIT_BIT),
-        "reading the clock");
+        translatable("reading the clock"));
     std::vector<OperationTime> times;
     for (std::size_t i = 0; i < names_.size(); ++i) {
         const auto elapsed = static_cast<double>(ticks[i + 1] - ticks[i]);

@@ -257,6 +257,20 @@ TEST(VulkanBackend, EveryFailureNamesTheDeviceAndSaysWhatToDo) {
     EXPECT_EQ(failureOf([] { vulkan::check(VK_SUCCESS, "Card 9", "computing"); }), "no failure");
 }
 
+TEST(VulkanBackend, AFailureIsTranslatedWithWhatWasBeingDone) {
+    const auto lookup = [](const char* singular, const char*, std::uint64_t) {
+        return std::string_view(singular) == "computing" ? "RECHNEN" : singular;
+    };
+    for (const VkResult result : {VK_ERROR_DEVICE_LOST, VK_ERROR_INITIALIZATION_FAILED}) {
+        try {
+            vulkan::check(result, "Card 9", "computing");
+            ADD_FAILURE() << result;
+        } catch (const DeviceError& error) {
+            EXPECT_THAT(error.message().translated(lookup), ::testing::HasSubstr("while RECHNEN"));
+        }
+    }
+}
+
 TEST(VulkanBackend, ADeviceThatIsGoneDoesNotOpen) {
     ComputeDevice gone = testing::softwareDevice();
     gone.identity.uuid[0] = static_cast<std::uint8_t>(gone.identity.uuid[0] + 1);
