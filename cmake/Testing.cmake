@@ -70,7 +70,7 @@ function(quillmere_add_test name)
     else()
         set(arg_ENVIRONMENT VK_ICD_FILENAMES=none)
     endif()
-    list(APPEND arg_ENVIRONMENT LC_ALL=C)  # the programs speak English
+    list(APPEND arg_ENVIRONMENT LC_ALL=C.UTF-8 LANGUAGE=)  # the programs speak English
     quillmere_test_labels(labels ${kind})
     add_executable(${name} ${arg_SOURCES})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/Tests ${PROJECT_SOURCE_DIR}/Sources)

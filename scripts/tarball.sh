@@ -140,6 +140,11 @@ check_decoders() {
         die "with this FFmpeg samples give other numbers"
 }
 
+check_languages() {
+    [[ $(LC_ALL=de_DE.UTF-8 LANGUAGE= "$root/bin/quillmere-cli" scan 2>&1) == *"FOLDER ist erforderlich"* ]] ||
+        die "the programs speak English only"
+}
+
 build_ffmpeg
 build=(-D QUILLMERE_BUILD_APP=ON)
 [[ -f build/release/build.ninja ]] || build+=(-D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF)
@@ -161,6 +166,7 @@ copy_libraries
 copy_licences
 chmod --recursive go-w "$root"
 check_decoders
+check_languages
 
 tar --create --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner --directory="$place" "$name" |
     xz --threads=2 > "$place/$name.tar.xz"

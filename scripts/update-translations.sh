@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Takes the texts that people read out of the sources: writes Translations/quillmere.pot and brings the catalogues up to
-# date with it. With --extract FILE: only writes the texts to that file.
+# date with it. With --extract FILE: only writes the texts to that file. With --keywords: names what the texts stand in.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+# Functions and classes whose argument of that number is a text for people.
+keywords=(tr:1 trCounted:2,3 counted:2,3 translatable:1 Message:1 Failure:1 DecodingError:1 CorruptModelError:1
+    DeviceError:1 NoDeviceError:1 InvalidParameterError:1 ReadError:1 RecipeError:2)
+
 extract() {
-    local keywords=(tr:1 trCounted:2,3 counted:2,3 translatable:1 Message:1 Failure:1 RecipeError:2)
-    for kind in Decoding CorruptModel Device NoDevice InvalidParameter Read; do
-        keywords+=("${kind}Error:1")
-    done
     # The words of the programs that a terminal runs; the window has its own.
     find Sources/QuillmereCore Sources/QuillmereCLI -name '*.h' -o -name '*.cpp' | LC_ALL=C sort |
         xgettext --files-from=- --language=C++ --from-code=UTF-8 --keyword "${keywords[@]/#/--keyword=}" \
@@ -16,6 +16,10 @@ extract() {
         sed -e '/^"POT-Creation-Date:/d' -e '/^#, c-format$/d' -e '1,/^$/{/^#/d}' >"$1"
 }
 
+if [[ ${1:-} == --keywords ]]; then
+    printf '%s\n' "${keywords[@]}"
+    exit
+fi
 if [[ ${1:-} == --extract ]]; then
     extract "$2"
     exit

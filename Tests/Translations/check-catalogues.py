@@ -2,7 +2,8 @@
 """Checks the catalogues of Translations: check-catalogues.py PROJECT
 
 Every text of the sources must be in each, with as many plural forms as the language has, the same places and commands
-as the source, and nothing else; quillmere.pot must be what the sources have, and no failure be glued from pieces.
+as the source, and nothing else; quillmere.pot must be what the sources have, whatever takes a text in them be a keyword
+of scripts/update-translations.sh, and no failure be glued from pieces.
 """
 import re
 import subprocess
@@ -30,6 +31,12 @@ LABELS = {9: ("type", "driver", "memory", "groups", "unusable", "corpus", "train
 # What is thrown, with the arguments.
 THROWN = re.compile(r"\bthrow\s+[\w:]*(?:Failure|Error)\s*\(((?:[^();]|\((?:[^();]|\([^()]*\))*\))*)\)")
 GLUED = re.compile(r'"\s*\+|\+\s*"')
+
+# What takes a pattern: a function or a constructor, by its parameter, or a class that inherits its constructors.
+TAKES_PATTERN = re.compile(r"\b(\w+)\((?:[^(){};]|\([^()]*\))*?\b(?:Singular)?Pattern<sizeof")
+INHERITS = re.compile(r"\bclass (\w+)[^;{]*\{\s*public:\s*using (\w+)::\2;")
+# An object with a name, whose text xgettext does not see behind it.
+NAMED = re.compile(r"\b(?:Message|Failure|\w+Error) \w+[({]\s*\"")
 
 
 def columns(text: str) -> int:
@@ -73,13 +80,36 @@ def problems_of(entry: catalogue.Entry, forms: int):
             yield f"{shown} has characters that a terminal would not show: {text!r}"
 
 
+def sources_of(project: Path):
+    for room in ("QuillmereCore", "QuillmereCLI"):
+        for file in sorted((project / "Sources" / room).rglob("*")):
+            if file.suffix in (".h", ".cpp"):
+                yield file.name, file.read_text(encoding="utf-8")
+
+
 def glued_failures(project: Path):
     """The compiler refuses a pattern that is no literal, but takes a sentence that is ready, as the window has them."""
-    for room in ("QuillmereCore", "QuillmereCLI"):
-        for file in sorted((project / "Sources" / room).rglob("*.cpp")):
-            for match in THROWN.finditer(file.read_text(encoding="utf-8")):
-                if GLUED.search(match.group(1)):
-                    yield f"{file.name} throws a sentence that is glued from pieces: {match.group(1)}"
+    for name, text in sources_of(project):
+        for match in THROWN.finditer(text):
+            if GLUED.search(match.group(1)):
+                yield f"{name} throws a sentence that is glued from pieces: {match.group(1)}"
+
+
+def unknown_to_the_script(project: Path):
+    """Texts that would never reach a catalogue."""
+    listed = subprocess.run([project / "scripts/update-translations.sh", "--keywords"], encoding="utf-8",
+                            capture_output=True, check=True).stdout.split()
+    keywords = {keyword.split(":")[0] for keyword in listed}
+    takers = set()
+    for name, text in sources_of(project):
+        takers |= set(TAKES_PATTERN.findall(text)) | {kind for kind, base in INHERITS.findall(text)
+                                                      if base == "Failure" or base.endswith("Error")}
+        for match in NAMED.finditer(text):
+            yield f"{name} has a text behind a name, where xgettext does not see it: {match.group()}"
+    for taker in sorted(takers - keywords):
+        yield f"{taker} takes texts and is no keyword of scripts/update-translations.sh"
+    for keyword in sorted(keywords - takers - {"translatable"}):
+        yield f"{keyword} is a keyword of scripts/update-translations.sh and takes no text"
 
 
 def statistics(file: Path) -> str:
@@ -90,14 +120,15 @@ def statistics(file: Path) -> str:
 def main():
     project = Path(sys.argv[1])
     folder = project / "Translations"
-    problems = list(glued_failures(project))
+    problems = [*glued_failures(project), *unknown_to_the_script(project)]
     with tempfile.TemporaryDirectory() as place:
         fresh = Path(place) / "quillmere.pot"
         subprocess.run([project / "scripts/update-translations.sh", "--extract", fresh], check=True)
         if fresh.read_bytes() != (folder / "quillmere.pot").read_bytes():
             problems.append("quillmere.pot is not what the sources have; run scripts/update-translations.sh")
     sources = {(entry.singular, entry.plural) for entry in catalogue.read(folder / "quillmere.pot")}
-    if {file.stem for file in folder.glob("*.po")} != set(LANGUAGES):
+    # One of English would hold only what another platform calls otherwise.
+    if {file.stem for file in folder.glob("*.po")} - {"en"} != set(LANGUAGES):
         problems.append(f"the catalogues are not {', '.join(LANGUAGES)}")
     for language, forms in LANGUAGES.items():
         file = folder / f"{language}.po"

@@ -92,7 +92,7 @@ class Desktop:
                              ("XDG_CACHE_HOME", "cache"), ("XDG_RUNTIME_DIR", "runtime"), ("TMPDIR", "tmp")):
             os.makedirs(self.path(folder), mode=0o700)
             os.environ[name] = self.path(folder)
-        os.environ.update(LC_ALL="C.UTF-8", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="0",
+        os.environ.update(LC_ALL="C.UTF-8", LANGUAGE="", QT_LINUX_ACCESSIBILITY_ALWAYS_ON="1", NO_AT_BRIDGE="0",
                           GTK_A11Y="atspi")
 
     def _start_display(self):
