@@ -1,9 +1,9 @@
 // The longest time the window's thread was busy without looking at its events, in each part of a full run:
-// the real window offscreen, a corpus of 20,000 files, a training, a generation, an audition, and thousands
-// of results. Prints two figures per part: by the clock, which other programs on the machine lengthen, and in
-// processor time of the thread, which they do not.
+// the real window offscreen, a corpus of 20,000 files, a training, a generation, an audition, thousands of
+// results in every order, and a map of 20,000 points. Prints two figures per part: by the clock, which other
+// programs on the machine lengthen, and in processor time of the thread, which they do not.
 //
-//   WindowResponsiveness [FILES] [RESULTS]
+//   WindowResponsiveness [FILES] [RESULTS] [POINTS]
 
 #include <QElapsedTimer>
 #include <QQmlApplicationEngine>
@@ -20,7 +20,10 @@
 #include <filesystem>
 #include <string>
 
+#include "QuillmereApp/Items/PointMapItem.h"
 #include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereCore/Model/ModelIdentity.h"
+#include "Support/SmallModel.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
@@ -122,7 +125,45 @@ void scrollThrough(QQuickWindow& window) {
     }
 }
 
-void measure(int files, int results) {
+// Results all over the map of the model.
+std::vector<GeneratedSample> makePoints(const TestWorld& world, const AppModel& app, int count) {
+    std::vector<GeneratedSample> samples = makeResults(world, count);
+    const auto latents = testing::randomLatents(samples.size(), app.bundle()->latents.front().size(), 5);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        samples[i].origin.model = modelIdentity(*app.bundle());
+        samples[i].origin.latent = latents[i];
+    }
+    return samples;
+}
+
+// In every order, by what is measured while it goes on, too.
+void sortAll(AppModel& app) {
+    using namespace std::chrono_literals;
+    for (const auto order : {ResultsModel::ByName, ResultsModel::ByLength, ResultsModel::ByBrightness,
+                             ResultsModel::ByNovelty, ResultsModel::AsMade}) {
+        app.sortResults(order);
+        letPass(500ms);
+    }
+}
+
+void lookAtTheMap(AppModel& app, QQuickWindow& window) {
+    using namespace std::chrono_literals;
+    app.map()->setShown(true);
+    require(QTest::qWaitFor([&] { return app.map()->isReady(); }, 60000), app);
+    letPass(500ms);
+    QQuickItem* const item = itemNamed(QStringLiteral("points"), window.contentItem());
+    auto* const points = qobject_cast<PointMapItem*>(item);
+    if (points == nullptr) std::abort();
+    points->zoomAt({points->width() / 2, points->height() / 2}, 2);
+    for (int step = 0; step < 50; ++step) {
+        points->pan({step % 2 == 0 ? 10.0 : -10.0, 5.0});
+        letPass(10ms);
+    }
+    app.map()->selectBetween({-1e3, -1e3}, {1e3, 1e3});
+    letPass(100ms);
+}
+
+void measure(int files, int results, int points) {
     using namespace std::chrono_literals;
     TestWorld world;
     world.steps = 300;
@@ -183,6 +224,15 @@ void measure(int files, int results) {
     app.refresh();
     letPass(1000ms);
     watch.print("looking at their files again");
+    sortAll(app);
+    watch.print(qPrintable(QStringLiteral("sorting %1 results").arg(results)));
+    app.results()->setSamples(makePoints(world, app, points));
+    letPass(500ms);
+    watch.print(qPrintable(QStringLiteral("showing %1 results").arg(points)));
+    lookAtTheMap(app, *window);
+    watch.print(qPrintable(QStringLiteral("a map of %1 points").arg(points)));
+    app.map()->setShown(false);
+    letPass(100ms);
 
     app.appearance()->setMode(app.appearance()->isDark() ? Appearance::Light : Appearance::Dark);
     letPass(300ms);
@@ -200,5 +250,6 @@ int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QQuickStyle::setStyle(QStringLiteral("Basic"));
-    quillmere::measure(argc > 1 ? std::atoi(argv[1]) : 20000, argc > 2 ? std::atoi(argv[2]) : 5000);
+    quillmere::measure(argc > 1 ? std::atoi(argv[1]) : 20000, argc > 2 ? std::atoi(argv[2]) : 5000,
+                       argc > 3 ? std::atoi(argv[3]) : 20000);
 }
