@@ -68,6 +68,8 @@ void AppModel::connectRuns() {
     connect(generation_.results(), &ResultsModel::playingGone, &playback_, &PlaybackController::stop);
     connect(generation_.results(), &ResultsModel::countChanged, this, &AppModel::mapResults);
     connect(&map_, &MapController::isShownChanged, this, &AppModel::mapResults);
+    connect(&map_, &MapController::candidatesWanted, &candidates_, &CandidatesController::startRelated);
+    connect(&files_, &FilesController::favouritesChanged, &map_, &MapController::lookAtFavourites);
 }
 
 void AppModel::connectCandidates() {
@@ -76,6 +78,7 @@ void AppModel::connectCandidates() {
     connect(&candidates_, &CandidatesController::playRequested, &playback_, &PlaybackController::playSound);
     connect(&candidates_, &CandidatesController::togglePlayRequested, &playback_,
             &PlaybackController::togglePlaySound);
+    connect(&playback_, &PlaybackController::finished, &candidates_, &CandidatesController::finished);
     connect(&candidates_, &CandidatesController::removed, &playback_, &PlaybackController::stopIfPlaying);
     connect(&candidates_, &CandidatesController::kept, &generation_, &GenerationController::addKept);
     connect(&candidates_, &CandidatesController::kept, &inspector_, &InspectorController::refresh);
@@ -195,6 +198,7 @@ CandidatesController::Links AppModel::candidatesLinks() {
                 return folder;
             },
         .format = [this] { return output_.format(); },
+        .playsAll = [this] { return playback_.playsCandidates(); },
         .device = [this] { return devices_.chosen(); },
     };
 }

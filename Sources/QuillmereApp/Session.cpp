@@ -24,6 +24,7 @@ const QString seedKey = QStringLiteral("seed");
 const QString volumeKey = QStringLiteral("volume");
 const QString playsAtOnceKey = QStringLiteral("playsAtOnce");
 const QString followsSlidersKey = QStringLiteral("followsSliders");
+const QString playsCandidatesKey = QStringLiteral("playsCandidates");
 
 // In the order of ModelController::Start; as on a command line.
 const QStringList startNames{QStringLiteral("fresh"), QStringLiteral("head-start")};
@@ -77,6 +78,8 @@ void Session::watchAll() {
           [this] { preferences_.setValue(playsAtOnceKey, yesOrNo(playback_.playsAtOnce())); });
     watch(playback_, &PlaybackController::followsSlidersChanged, followsSlidersKey,
           [this] { preferences_.setValue(followsSlidersKey, yesOrNo(playback_.followsSliders())); });
+    watch(playback_, &PlaybackController::playsCandidatesChanged, playsCandidatesKey,
+          [this] { preferences_.setValue(playsCandidatesKey, yesOrNo(playback_.playsCandidates())); });
     watch(output_, &OutputController::countChanged, OutputController::countKey,
           [this] { output_.storeCount(); });
     watch(output_, &OutputController::folderTextChanged, OutputController::folderKey,
@@ -103,6 +106,7 @@ void Session::restore() {
     }
     playback_.setPlaysAtOnce(stored(playsAtOnceKey) == "yes");
     playback_.setFollowsSliders(stored(followsSlidersKey) == "yes");
+    playback_.setPlaysCandidates(stored(playsCandidatesKey) == "yes");
     character_.setSeedText(preferences_.text(seedKey).value_or(QString()));
     restoreCharacter();
 }

@@ -15,16 +15,20 @@
 
 namespace quillmere {
 
-// Candidates that have something in common with a sound (Likeness).
+inline constexpr int candidatesPerSet = 12;  // of a whole set
+
+// Candidates that have something in common with a sound, or with several (Likeness).
 struct CandidatesRelation {
     enum class Way {
-        like,  // places around its own
-        body,  // its place, and another skin
-        skin,  // other places, and its skin
+        like,   // places around its own
+        body,   // its place, and another skin
+        skin,   // other places, and its skin
+        inTurn  // places around those of several, one after the other
     };
     Way way = Way::like;
     Recipe parent{};
-    QString name{};  // of the parent, for people
+    QString name{};                 // of the parent, or of all, for people
+    std::vector<Recipe> parents{};  // of inTurn: at least one, of one model
 };
 
 // What a set of candidates is made with: that of a generation with the same seed, unless they are relatives.

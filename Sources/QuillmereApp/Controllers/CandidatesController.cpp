@@ -23,19 +23,29 @@ namespace {
 
 constexpr double closenessToParent = 0.7;
 
+bool isInTurn(const CandidatesOrder& order) {
+    return order.relation && order.relation->way == CandidatesRelation::Way::inTurn;
+}
+
+const Recipe& parentOf(const CandidatesRelation& relation, std::int64_t index) {
+    if (relation.way != CandidatesRelation::Way::inTurn) return relation.parent;
+    return relation.parents[static_cast<std::size_t>(index) % relation.parents.size()];
+}
+
 // The variation of that index that a generation with the order's seed makes, or a relative.
 SampleOrigin originOf(const SampleGenerator& generator, const CandidatesOrder& order, std::int64_t index) {
     if (!order.relation) {
         const auto seed = SampleGenerator::variationSeed(order.seed, static_cast<std::uint64_t>(index));
         return generator.draw(order.aesthetics, index, seed);
     }
-    const Recipe& parent = order.relation->parent;
+    const Recipe& parent = parentOf(*order.relation, index);
     switch (order.relation->way) {
         case CandidatesRelation::Way::body:
             return Likeness::sameBody(parent, order.seed, index);
         case CandidatesRelation::Way::skin:
             return Likeness::sameSkin(generator, parent, order.aesthetics, order.seed, index);
         case CandidatesRelation::Way::like:
+        case CandidatesRelation::Way::inTurn:
             break;
     }
     return Likeness::around(generator, std::span(&parent, 1), closenessToParent, order.seed, index);
@@ -50,7 +60,7 @@ VariationPlan planOf(const SampleGenerator& generator, const CandidatesOrder& or
 void requireItsModel(const SampleGenerator& generator, const CandidatesOrder& order) {
     if (!order.model.empty() && order.model != generator.identity())
         throw Failure("These candidates were made by another model. Open it first, or try new ones.");
-    if (order.relation && order.relation->parent.model != generator.identity())
+    if (order.relation && parentOf(*order.relation, 0).model != generator.identity())
         throw Failure("This sound was made by another model. Choose the folder that it was made from first.");
 }
 
@@ -62,6 +72,7 @@ Lineage lineageOf(const CandidatesRelation& relation) {
         case CandidatesRelation::Way::skin:
             return {.way = "skin", .parents = {}, .values = {}};
         case CandidatesRelation::Way::like:
+        case CandidatesRelation::Way::inTurn:
             break;
     }
     return {.way = "like", .parents = {}, .values = {{"closeness", closenessToParent}}};
@@ -152,10 +163,10 @@ void CandidatesController::setHasModel(bool hasModel) {
 void CandidatesController::start(const std::optional<CandidatesRelation>& relation) {
     startAs([this, relation] {
         CandidatesOrder order = links_.order();
-        if (relation) {
+        order.relation = relation;
+        if (relation && !isInTurn(order)) {
             order.aesthetics = relation->parent.aesthetics;
             order.detail = relation->parent.detail;
-            order.relation = relation;
         }
         return order;
     });
@@ -192,6 +203,8 @@ void CandidatesController::addSet(const SetHandle& set) {
     showSet(set);
     done_ = 0;
     emit progressed();
+    heard_.reset();
+    isHeardOver_ = false;
     trialCancel_ = std::make_shared<CancelFlag>();
     emit isTryingChanged();
 }
@@ -222,8 +235,33 @@ void CandidatesController::arrived(const SetHandle& set, const CandidateHandle& 
     makeRoom();
     ++done_;
     emit progressed();
-    if (done_ == 1 && !set->order.isNoted) note(set->order, *candidate);
-    if (done_ == 1 && !isCancelling()) emit playRequested(candidate->name, candidate->sound);
+    // The journal's note of a set has room for one parent.
+    if (done_ == 1 && !set->order.isNoted && !isInTurn(set->order)) note(set->order, *candidate);
+    if (isCancelling()) return;
+    if (done_ == 1) {
+        hear(candidate);
+    } else if (isHeardOver_ && links_.playsAll()) {
+        hearNext();
+    }
+}
+
+void CandidatesController::hear(const CandidateHandle& candidate) {
+    heard_ = candidate;
+    isHeardOver_ = false;
+    emit playRequested(candidate->name, candidate->sound);
+}
+
+// Who has stopped it, or plays something else, wants no more of them.
+void CandidatesController::finished(const QUrl& name) {
+    if (!heard_ || name != heard_->name) return;
+    isHeardOver_ = true;
+    if (links_.playsAll()) hearNext();
+}
+
+void CandidatesController::hearNext() {
+    const std::vector<CandidateHandle>& newest = sets_.back()->candidates;
+    const auto next = std::ranges::upper_bound(newest, heard_->number, {}, &Candidate::number);
+    if (next != newest.end()) hear(*next);
 }
 
 // Not before there is something in place of what goes. The newest set stays, however large it is.
@@ -286,6 +324,7 @@ void CandidatesController::showSet(const SetHandle& set) {
 
 void CandidatesController::forget(const SetHandle& set) {
     const SetHandle before = shown_ > 0 ? sets_[static_cast<std::size_t>(shown_) - 1] : nullptr;
+    if (set == sets_.back()) heard_.reset();
     std::erase(sets_, set);
     std::erase_if(discarded_, [&](const Discarded& entry) { return entry.set == set; });
     emit canUndoChanged();
@@ -311,6 +350,7 @@ QString CandidatesController::about() const {
         case CandidatesRelation::Way::skin:
             return QStringLiteral("New bodies for %1").arg(relation->name);
         case CandidatesRelation::Way::like:
+        case CandidatesRelation::Way::inTurn:
             break;
     }
     return QStringLiteral("Like %1").arg(relation->name);

@@ -42,7 +42,7 @@ class CandidatesController : public Controller {
     Q_PROPERTY(quillmere::CandidatesModel* list READ list CONSTANT)  // the shown set
 
 public:
-    static constexpr int candidatesPerSet = 12;
+    static constexpr int candidatesPerSet = quillmere::candidatesPerSet;
     // So many are kept in mind, and fewer where they are long: a set takes 2 MB per second of its sounds.
     static constexpr std::size_t mostSets = 16;
     static constexpr std::size_t mostBytes = std::size_t{256} << 20;
@@ -55,6 +55,7 @@ public:
         std::function<void(std::function<void()>)> whenModelIsLoaded;
         std::function<std::optional<QUrl>()> outputFolder;  // for what is kept
         std::function<OutputFormat()> format;
+        std::function<bool()> playsAll = [] { return false; };  // as they come, not the first alone
         // What the generator runs on; empty, or null, for the processor.
         std::function<std::shared_ptr<network::ChosenDevice>()> device{};
     };
@@ -64,10 +65,12 @@ public:
 
     void setHasModel(bool hasModel);
 
-    // Renders a set, one candidate after the other into list; the first is played as soon as it is there.
+    // Renders a set, one candidate after the other into list; the first is played as soon as it is there, and
+    // the others after it, if that is wanted.
     // While another run is active, and without a model, nothing happens but notice().
     Q_INVOKABLE void start() { start(std::nullopt); }
-    // A set of relatives, with the parameters and the detail of their parent.
+    // A set of relatives, with the parameters and the detail of their parent; those of several sounds have
+    // the present ones, and the journal has no note of them.
     void startRelated(const CandidatesRelation& relation) { start(relation); }
     // A set of an earlier time once more.
     void startEarlier(const CandidatesOrder& order);
@@ -89,6 +92,8 @@ public:
     Q_INVOKABLE [[nodiscard]] double lastDiscarded() const;
     // number: as shown.
     Q_INVOKABLE void show(int number);
+    // A sound has come to its end.
+    void finished(const QUrl& name);
     // A file that was kept has got another name.
     void rename(const QUrl& from, const QUrl& to);
     // A file that was kept has gone to the trash: the candidate can be kept again. Or it has come back from
@@ -146,6 +151,8 @@ private:
     void render(const SetHandle& set);
     void addSet(const SetHandle& set);
     void arrived(const SetHandle& set, const CandidateHandle& candidate);
+    void hear(const CandidateHandle& candidate);
+    void hearNext();
     void ended(const SetHandle& set, int withNoise);
     void showSet(const SetHandle& set);
     void forget(const SetHandle& set);
@@ -157,6 +164,8 @@ private:
     bool hasModel_ = false;
     std::shared_ptr<CancelFlag> trialCancel_;  // of the set that is being made
     int done_ = 0;
+    CandidateHandle heard_;       // of the newest set, what played by itself last
+    bool isHeardOver_ = false;    // and has come to its end
     std::deque<SetHandle> sets_;  // oldest first
     int shown_ = 0;
     std::vector<Discarded> discarded_;  // the last one last

@@ -43,7 +43,7 @@ public:
     void rename(const QUrl& file, const QString& name);
     // Favourites from now on, or none any more.
     void setFavourites(const QList<QUrl>& files, bool isFavourite);
-    void setFavourite(const QUrl& file, bool isFavourite) { setFavourites({file}, isFavourite); }
+    Q_INVOKABLE void setFavourite(const QUrl& file, bool isFavourite) { setFavourites({file}, isFavourite); }
     // What was done last, of these, is taken back. Where a file's name is another one's by now, it can be
     // tried again later. False when there is nothing.
     Q_INVOKABLE bool undo();

@@ -268,6 +268,12 @@ void GenerationController::auditionAt(Origin origin) {
     startAudition(links_.auditionRequest(auditionedSeed_), links_.generator(), std::move(origin));
 }
 
+void GenerationController::dropAudition() {
+    next_ = {};
+    followsNext_ = false;
+    auditionIsDropped_ = isAuditioning_;
+}
+
 void GenerationController::forgetOrigins() {
     next_ = {};
     auditionedOrigin_ = {};

@@ -93,6 +93,8 @@ public:
     // another audition runs, the newest wish waits for its end. Does nothing without a model and while
     // something else runs.
     void auditionAt(Origin origin);
+    // Nobody wants to hear the audition that runs, and what waits for its end.
+    void dropAudition();
     // There is another model, or none: origins that were of the one before mean nothing any more.
     void forgetOrigins();
     // An audition with the settings as they are now, and the seed and the place of the last one. While

@@ -1,5 +1,6 @@
 #include "QuillmereApp/Controllers/MapController.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -29,6 +30,7 @@ void MapController::setCorpus(std::shared_ptr<const CorpusSummary> corpus) {
     corpus_ = std::move(corpus);
     model_.reset();
     map_.reset();
+    clearRegion();
     placeAll();
     emit canShowChanged();
     if (!canShow()) setShown(false);
@@ -69,10 +71,8 @@ void MapController::makeMap() {
 void MapController::setResults(const std::vector<GeneratedSample>& samples) {
     results_.clear();
     for (const GeneratedSample& sample : samples)
-        results_.push_back({.url = toUrl(sample.url),
-                            .name = toQString(sample.url.filename()),
-                            .model = sample.origin.model,
-                            .latent = sample.origin.latent});
+        results_.push_back(
+            {.url = toUrl(sample.url), .name = toQString(sample.url.filename()), .origin = sample.origin});
     placeAll();
 }
 
@@ -82,13 +82,87 @@ void MapController::placeAll() {
     if (map_) {
         places_.assign(map_->places().begin(), map_->places().end());
         for (const Result& result : results_) {
-            if (result.model != identity_) continue;  // made by another one
+            if (result.origin.model != identity_) continue;  // made by another one
             shown_.push_back(&result);
-            places_.push_back(map_->placeOf(result.latent));
+            places_.push_back(map_->placeOf(result.origin.latent));
         }
     }
+    findFavourites();
     emit pointsChanged();
+    if (region_) findSelected();
 }
+
+// ---- Favourites
+
+void MapController::findFavourites() {
+    favourites_.clear();
+    for (int point = clips(); point < count(); ++point) {
+        if (links_.isFavourite(urlAt(point))) favourites_.push_back(point);
+    }
+}
+
+void MapController::lookAtFavourites() {
+    findFavourites();
+    emit favouritesChanged();
+}
+
+bool MapController::isFavouriteAt(int point) const {
+    return std::ranges::binary_search(favourites_, point);
+}
+
+// ---- Several points
+
+void MapController::selectBetween(QPointF one, QPointF other) {
+    if (!map_) return;
+    region_ = QRectF(one, other).normalized();
+    findSelected();
+}
+
+void MapController::clearRegion() {
+    if (!region_) return;
+    region_.reset();
+    selected_.clear();
+    emit regionChanged();
+}
+
+void MapController::findSelected() {
+    selected_.clear();
+    const auto isWithin = [](double low, double value, double high) { return low <= value && value <= high; };
+    for (int point = 0; point < count(); ++point) {
+        const MapPlace& place = places_[static_cast<std::size_t>(point)];
+        if (isWithin(region_->left(), place.x, region_->right()) &&
+            isWithin(region_->top(), place.y, region_->bottom()))
+            selected_.push_back(point);
+    }
+    emit regionChanged();
+}
+
+// A clip is its own and only source.
+SampleOrigin MapController::originOf(int point) const {
+    if (point >= clips()) return shown_[static_cast<std::size_t>(point - clips())]->origin;
+    const ModelBundle& bundle = model_->bundle();
+    const auto clip = static_cast<std::size_t>(point);
+    const std::vector<std::string>& names = bundle.metadata.clipNames;
+    SampleOrigin origin;
+    origin.latent = bundle.latents[clip];
+    origin.sources = {{.clip = clip, .name = clip < names.size() ? names[clip] : std::string(), .weight = 1}};
+    origin.model = identity_;
+    return origin;
+}
+
+// Of many those that lie evenly among them.
+void MapController::moreLikeThese() {
+    if (selected_.empty()) return;
+    CandidatesRelation wanted{.way = CandidatesRelation::Way::inTurn};
+    wanted.name = selected_.size() == 1 ? nameAt(selected_.front())
+                                        : QStringLiteral("%1 sounds of the map").arg(selected_.size());
+    const std::size_t parents = std::min<std::size_t>(selected_.size(), candidatesPerSet);
+    for (std::size_t i = 0; i < parents; ++i)
+        wanted.parents.push_back(makeRecipe(originOf(selected_[i * selected_.size() / parents]), {}));
+    emit candidatesWanted(wanted);
+}
+
+// ---- One place
 
 void MapController::audition(QPointF place) {
     if (!map_) return;
@@ -97,6 +171,12 @@ void MapController::audition(QPointF place) {
         return Likeness::atPlace(generator, *map, place, 1, seed, 0);
     });
 }
+
+void MapController::leavePlace() {
+    links_.dropAudition();
+}
+
+// ---- One point
 
 QUrl MapController::urlAt(int point) const {
     if (point < 0 || point >= count()) return {};

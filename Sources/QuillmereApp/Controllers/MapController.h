@@ -1,14 +1,17 @@
 #pragma once
 
 #include <QPointF>
+#include <QRectF>
 #include <QString>
 #include <QUrl>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "QuillmereApp/CancelFlag.h"
+#include "QuillmereApp/Controllers/Candidate.h"
 #include "QuillmereApp/Controllers/Controller.h"
 #include "QuillmereApp/Controllers/GenerationController.h"
 #include "QuillmereCore/Generate/Generator.h"
@@ -30,6 +33,10 @@ class MapController : public Controller {
     Q_PROPERTY(bool isReady READ isReady NOTIFY pointsChanged)  // the places are known
     Q_PROPERTY(int count READ count NOTIFY pointsChanged)       // of points
     Q_PROPERTY(int clips READ clips NOTIFY pointsChanged)       // of which are clips
+    // A rectangle of the map, in its units, whose points are selected.
+    Q_PROPERTY(bool hasRegion READ hasRegion NOTIFY regionChanged)
+    Q_PROPERTY(QRectF region READ region NOTIFY regionChanged)
+    Q_PROPERTY(int selectedCount READ selectedCount NOTIFY regionChanged)
     // "Near one another is what sounds alike. The plane shows 62 % of the differences."
     Q_PROPERTY(QString caption READ caption NOTIFY pointsChanged)
 
@@ -38,6 +45,8 @@ public:
     struct Links {
         std::function<std::shared_ptr<const SampleGenerator>()> model;  // the present one; null for none
         std::function<void(GenerationController::Origin)> audition;
+        std::function<void()> dropAudition{};
+        std::function<bool(const QUrl& file)> isFavourite = [](const QUrl&) { return false; };
     };
 
     MapController(const Environment& environment, Links links);
@@ -47,12 +56,26 @@ public:
     void setCorpus(std::shared_ptr<const CorpusSummary> corpus);
     // The files of the last generation.
     void setResults(const std::vector<GeneratedSample>& samples);
+    // Other results are favourites now.
+    void lookAtFavourites();
 
     // Makes a variation at that place and plays it.
     Q_INVOKABLE void audition(QPointF place);
+    // Nobody wants to hear that any more, if it is not there yet.
+    Q_INVOKABLE void leavePlace();
     // The file of a point; empty for none. Its name, relative to the folder it is in.
     Q_INVOKABLE [[nodiscard]] QUrl urlAt(int point) const;
     Q_INVOKABLE [[nodiscard]] QString nameAt(int point) const;
+    // Whether it is a result that is one of the favourites.
+    Q_INVOKABLE [[nodiscard]] bool isFavouriteAt(int point) const;
+
+    // ---- Several points
+
+    // Those in the rectangle between two places, and no others.
+    Q_INVOKABLE void selectBetween(QPointF one, QPointF other);
+    Q_INVOKABLE void clearRegion();
+    // A set of candidates around those that are selected: each around one of them, in turn.
+    Q_INVOKABLE void moreLikeThese();
 
     [[nodiscard]] bool canShow() const { return links_.model() != nullptr; }
     [[nodiscard]] bool isShown() const { return isShown_; }
@@ -63,11 +86,19 @@ public:
     [[nodiscard]] QString caption() const;
     // Of all points; none before isReady.
     [[nodiscard]] const std::vector<MapPlace>& places() const { return places_; }
+    [[nodiscard]] bool hasRegion() const { return region_.has_value(); }
+    [[nodiscard]] QRectF region() const { return region_.value_or(QRectF()); }
+    [[nodiscard]] int selectedCount() const { return static_cast<int>(selected_.size()); }
+    // The points of favourites, the least first.
+    [[nodiscard]] const std::vector<int>& favourites() const { return favourites_; }
 
 signals:
     void canShowChanged();
     void isShownChanged();
     void pointsChanged();
+    void favouritesChanged();
+    void regionChanged();
+    void candidatesWanted(const quillmere::CandidatesRelation& relation);
 
 private:
     friend struct AppModelProbe;  // for tests
@@ -76,12 +107,14 @@ private:
     struct Result {
         QUrl url;
         QString name;
-        std::string model;  // modelIdentity
-        std::vector<float> latent;
+        SampleOrigin origin;
     };
 
     void makeMap();
     void placeAll();
+    void findFavourites();
+    void findSelected();
+    [[nodiscard]] SampleOrigin originOf(int point) const;
 
     const Links links_;
     bool isShown_ = false;
@@ -93,7 +126,10 @@ private:
     std::vector<Result> results_;
     std::vector<const Result*> shown_;  // in the order of their points
     std::vector<MapPlace> places_;
-    BackgroundTasks tasks_;  // last: its destructor waits for work that knows the members above
+    std::vector<int> favourites_;
+    std::optional<QRectF> region_;
+    std::vector<int> selected_;  // the points in it
+    BackgroundTasks tasks_;      // last: its destructor waits for work that knows the members above
 };
 
 }  // namespace quillmere

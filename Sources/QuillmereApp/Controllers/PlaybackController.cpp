@@ -95,6 +95,10 @@ void PlaybackController::setFollowsSliders(bool follows) {
     assign(*this, followsSliders_, follows, &PlaybackController::followsSlidersChanged);
 }
 
+void PlaybackController::setPlaysCandidates(bool plays) {
+    assign(*this, playsCandidates_, plays, &PlaybackController::playsCandidatesChanged);
+}
+
 void PlaybackController::started(const QString&, double seconds) {
     playingSeconds_ = seconds;
     setPlaying(std::exchange(openingURL_, QUrl()));

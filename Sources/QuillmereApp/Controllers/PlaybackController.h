@@ -22,6 +22,9 @@ class PlaybackController : public Controller {
     Q_PROPERTY(bool playsAtOnce READ playsAtOnce WRITE setPlaysAtOnce NOTIFY playsAtOnceChanged)
     // A slider that rests is heard.
     Q_PROPERTY(bool followsSliders READ followsSliders WRITE setFollowsSliders NOTIFY followsSlidersChanged)
+    // Candidates play one after the other as they come, and not the first alone.
+    Q_PROPERTY(
+        bool playsCandidates READ playsCandidates WRITE setPlaysCandidates NOTIFY playsCandidatesChanged)
     Q_PROPERTY(double level READ level NOTIFY levelChanged)  // now: 0 (-60 dB or less) ... 1 (full scale)
     Q_PROPERTY(double playingSeconds READ playingSeconds NOTIFY playingURLChanged)  // how long it lasts
 
@@ -52,6 +55,8 @@ public:
     void setPlaysAtOnce(bool plays);
     [[nodiscard]] bool followsSliders() const { return followsSliders_; }
     void setFollowsSliders(bool follows);
+    [[nodiscard]] bool playsCandidates() const { return playsCandidates_; }
+    void setPlaysCandidates(bool plays);
     [[nodiscard]] double level() const { return level_; }
 
 signals:
@@ -59,6 +64,7 @@ signals:
     void volumeChanged();
     void playsAtOnceChanged();
     void followsSlidersChanged();
+    void playsCandidatesChanged();
     void levelChanged();
     // A sound has come to its end, unless something else was to be heard before that.
     void finished(const QUrl& url);
@@ -85,6 +91,7 @@ private:
     double volume_ = 1;
     bool playsAtOnce_ = false;
     bool followsSliders_ = false;
+    bool playsCandidates_ = false;
 };
 
 }  // namespace quillmere

@@ -15,18 +15,22 @@ namespace {
 
 constexpr double clipRadius = 3.2;
 constexpr double resultRadius = 4.6;
+constexpr double ringRadius = 8.4;
+constexpr double ringWidth = 1.6;
 constexpr double reach = 12;   // pixels from a point that still mean it
 constexpr double margin = 28;  // pixels around all points
 
-// How much of each pixel a disc covers that stands in the middle of the square, in 255ths.
+// How much of each pixel a disc covers that stands in the middle of the square, in 255ths; a ring, if it has
+// a hole.
 struct Stamp {
-    explicit Stamp(double radius) : side(2 * static_cast<int>(std::ceil(radius + 1)) + 1) {
+    Stamp(double radius, double hole) : side(2 * static_cast<int>(std::ceil(radius + 1)) + 1) {
         const int middle = side / 2;
         for (int y = 0; y < side; ++y) {
             for (int x = 0; x < side; ++x) {
                 const double distance = std::hypot(x - middle, y - middle);
-                coverage.push_back(static_cast<std::uint8_t>(
-                    std::lround(200 * std::clamp(radius + 0.5 - distance, 0.0, 1.0))));
+                const auto within = [&](double edge) { return std::clamp(edge + 0.5 - distance, 0.0, 1.0); };
+                const double share = within(radius) - (hole > 0 ? within(hole) : 0);
+                coverage.push_back(static_cast<std::uint8_t>(std::lround(200 * share)));
             }
         }
     }
@@ -35,10 +39,13 @@ struct Stamp {
     std::vector<std::uint8_t> coverage;  // [side][side]
 };
 
-// Discs of one colour that add up where they lie on one another.
+// Discs of one colour, or rings, that add up where they lie on one another.
 class Layer {
 public:
-    Layer(QSize size, double radius) : image_(size, QImage::Format_Alpha8), stamp_(radius) { image_.fill(0); }
+    explicit Layer(QSize size, double radius, double hole = 0)
+        : image_(size, QImage::Format_Alpha8), stamp_(radius, hole) {
+        image_.fill(0);
+    }
 
     void add(QPointF middle) {
         const int left = static_cast<int>(std::floor(middle.x())) - stamp_.side / 2;
@@ -75,7 +82,10 @@ void PointMapItem::setMap(MapController* map) {
     if (map == map_) return;
     if (map_) map_->disconnect(this);
     map_ = map;
-    if (map_) connect(map_, &MapController::pointsChanged, this, &PointMapItem::takePoints);
+    if (map_) {
+        connect(map_, &MapController::pointsChanged, this, &PointMapItem::takePoints);
+        connect(map_, &MapController::favouritesChanged, this, [this] { update(); });
+    }
     takePoints();
     emit mapChanged();
 }
@@ -254,6 +264,17 @@ void PointMapItem::paint(QPainter* painter) {
     };
     draw(places.first(clips), clipRadius, clipColor_);
     draw(places.subspan(clips), resultRadius, resultColor_);
+    drawFavourites(painter, size, ratio);
+}
+
+void PointMapItem::drawFavourites(QPainter* painter, QSize size, double ratio) const {
+    if (map_->favourites().empty()) return;
+    Layer rings(size, ringRadius * ratio, (ringRadius - ringWidth) * ratio);
+    for (const int point : map_->favourites()) {
+        const QPointF position = positionOf(point) * ratio;
+        if (QRectF(QPointF(), QSizeF(size)).contains(position)) rings.add(position);
+    }
+    painter->drawImage(QRectF(0, 0, width(), height()), rings.in(resultColor_));
 }
 
 }  // namespace quillmere

@@ -11,7 +11,7 @@
 namespace quillmere {
 
 // The points of a map, of which a part is seen: y grows upwards. Tens of thousands of points are painted in a
-// few milliseconds; where many lie on one another they are denser.
+// few milliseconds; where many lie on one another they are denser. Favourites have a ring.
 class PointMapItem : public QQuickPaintedItem {
     Q_OBJECT
     QML_NAMED_ELEMENT(PointMap)
@@ -37,6 +37,10 @@ public:
 
     Q_INVOKABLE [[nodiscard]] QPointF positionOf(int point) const;
     Q_INVOKABLE [[nodiscard]] QPointF placeAt(QPointF position) const;
+    // The reverse.
+    Q_INVOKABLE [[nodiscard]] QPointF positionOfPlace(QPointF place) const {
+        return positionOf(MapPlace{place.x(), place.y()});
+    }
     // The nearest point that is no farther than a fingertip's breadth, the topmost of equals; -1 for none.
     Q_INVOKABLE [[nodiscard]] int pointAt(QPointF position) const;
     // The nearest point that lies more in that direction (-1, 0 or 1 each, y upwards) than beside it; the
@@ -69,6 +73,7 @@ private:
     [[nodiscard]] bool seesAny() const;
     void measure();
     void changeView();
+    void drawFavourites(QPainter* painter, QSize size, double ratio) const;
 
     QPointer<MapController> map_;
     QColor clipColor_ = Qt::gray;

@@ -20,4 +20,11 @@ Menu {
         checked: menu.playback.followsSliders
         onTriggered: menu.playback.followsSliders = !menu.playback.followsSliders
     }
+    MenuItem {
+        objectName: "playsCandidates"
+        text: "Play candidates as they come"
+        checkable: true
+        checked: menu.playback.playsCandidates
+        onTriggered: menu.playback.playsCandidates = !menu.playback.playsCandidates
+    }
 }

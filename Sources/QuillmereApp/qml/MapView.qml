@@ -2,7 +2,8 @@ import QtQuick
 import QuillmereApp
 
 // The samples of the corpus and the results on a map, in place of the sliders. What the pointer rests on and
-// what the arrow keys come to is played; a click between the points makes a variation of that place.
+// what the arrow keys come to is played; a click between the points makes a variation of that place. A drag
+// sweeps through; with Shift, or the arrow keys with Ctrl, a region is selected.
 Card {
     id: view
 
@@ -45,6 +46,32 @@ Card {
             app.playback.togglePlay(map.urlAt(point));
         else
             app.playback.play(map.urlAt(point));
+    }
+    // As the pointer goes: the newest of all that is passed.
+    function sweepOver(point: int) {
+        map.leavePlace();
+        select(point);
+        app.playback.play(map.urlAt(point));
+    }
+    function sweepAcross(place: point) {
+        select(-1);
+        map.audition(place);
+    }
+    // The corners of the region, of which the keys move the second one.
+    property point corner
+    property point opposite
+    function selectTo(here: point) {
+        opposite = here;
+        map.selectBetween(corner, opposite);
+    }
+    function extend(dx: int, dy: int) {
+        const step = 30;
+        if (!map.hasRegion) {
+            corner = points.placeAt(points.middle());
+            opposite = corner;
+        }
+        const from = points.positionOfPlace(opposite);
+        selectTo(points.placeAt(Qt.point(from.x + step * dx, from.y - step * dy)));
     }
     function go(dx: int, dy: int) {
         const next = points.neighbour(current, dx, dy);
@@ -125,7 +152,7 @@ Card {
 
             Accessible.role: Accessible.Canvas
             Accessible.name: "Map of the samples"
-            Accessible.description: told.text
+            Accessible.description: told.spoken + (view.map.hasRegion ? ", " + selection.text : "")
             Accessible.focusable: true
             Accessible.onPressAction: view.play(view.current)
 
@@ -134,16 +161,17 @@ Card {
             Keys.onPressed: event => {
                 event.accepted = true;
                 const step = 60;
-                if (event.modifiers & Qt.ShiftModifier && [Qt.Key_Left, Qt.Key_Right, Qt.Key_Up, Qt.Key_Down].includes(event.key))
-                    points.pan(Qt.point(event.key === Qt.Key_Left ? step : event.key === Qt.Key_Right ? -step : 0, event.key === Qt.Key_Up ? step : event.key === Qt.Key_Down ? -step : 0));
-                else if (event.key === Qt.Key_Left)
-                    view.go(-1, 0);
-                else if (event.key === Qt.Key_Right)
-                    view.go(1, 0);
-                else if (event.key === Qt.Key_Up)
-                    view.go(0, 1);
-                else if (event.key === Qt.Key_Down)
-                    view.go(0, -1);
+                const dx = event.key === Qt.Key_Left ? -1 : event.key === Qt.Key_Right ? 1 : 0;
+                const dy = event.key === Qt.Key_Down ? -1 : event.key === Qt.Key_Up ? 1 : 0;
+                const isArrow = dx !== 0 || dy !== 0;
+                if (isArrow && event.modifiers & Qt.ControlModifier)
+                    view.extend(dx, dy);
+                else if (isArrow && event.modifiers & Qt.ShiftModifier)
+                    points.pan(Qt.point(-step * dx, step * dy));
+                else if (isArrow)
+                    view.go(dx, dy);
+                else if (event.key === Qt.Key_Escape && view.map.hasRegion && String(view.app.playback.playingURL).length === 0)
+                    view.map.clearRegion();
                 else if (event.key === Qt.Key_Plus || event.key === Qt.Key_Equal)
                     points.zoomAt(points.middle(), 1.5);
                 else if (event.key === Qt.Key_Minus)
@@ -204,6 +232,46 @@ Card {
                     }
                 }
             }
+            Rectangle {
+                id: region
+                objectName: "region"
+
+                function follow() {
+                    const box = view.map.region;
+                    const low = points.positionOfPlace(Qt.point(box.x, box.y));
+                    const high = points.positionOfPlace(Qt.point(box.x + box.width, box.y + box.height));
+                    x = low.x;
+                    y = high.y;
+                    width = high.x - low.x;
+                    height = low.y - high.y;
+                }
+
+                visible: view.map.hasRegion
+                color: "transparent"
+                border.width: 1
+                border.color: Theme.accent
+                Component.onCompleted: follow()
+
+                Connections {
+                    target: points
+
+                    function onViewChanged() {
+                        region.follow();
+                    }
+                }
+                Connections {
+                    target: view.map
+
+                    function onRegionChanged() {
+                        region.follow();
+                    }
+                }
+                Rectangle {
+                    anchors.fill: parent
+                    color: Theme.accent
+                    opacity: 0.12
+                }
+            }
             Timer {
                 id: hoverSoon
 
@@ -220,10 +288,38 @@ Card {
                 property point from
                 property point last
                 property bool drags: false
+                property bool pans: false
+                property bool selects: false
+                // What the drag plays: a point, or, while that is -1, the place it passed last.
+                property int swept: -1
+                property point heard
 
                 anchors.fill: parent
+                acceptedButtons: Qt.LeftButton | Qt.MiddleButton | Qt.RightButton
                 hoverEnabled: true
-                cursorShape: drags ? Qt.ClosedHandCursor : hoverSoon.point >= 0 ? Qt.PointingHandCursor : Qt.CrossCursor
+                cursorShape: drags && pans ? Qt.ClosedHandCursor : hoverSoon.point >= 0 && !drags ? Qt.PointingHandCursor : Qt.CrossCursor
+
+                function apart(one: point, other: point): real {
+                    return Math.abs(one.x - other.x) + Math.abs(one.y - other.y);
+                }
+                function drag(here: point) {
+                    if (pans)
+                        points.pan(Qt.point(here.x - last.x, here.y - last.y));
+                    else if (selects)
+                        view.selectTo(points.placeAt(here));
+                    else
+                        sweep(here);
+                }
+                function sweep(here: point) {
+                    const before = swept;
+                    swept = points.pointAt(here);
+                    if (swept >= 0 && swept !== before)
+                        view.sweepOver(swept);
+                    if (swept >= 0 || (before < 0 && apart(here, heard) < 12))
+                        return;
+                    heard = here;
+                    view.sweepAcross(points.placeAt(here));
+                }
 
                 function rest(here: point) {
                     const point = points.pointAt(here);
@@ -240,6 +336,12 @@ Card {
                     from = Qt.point(mouse.x, mouse.y);
                     last = from;
                     drags = false;
+                    pans = mouse.button !== Qt.LeftButton;
+                    selects = !pans && (mouse.modifiers & Qt.ShiftModifier) !== 0;
+                    swept = -1;
+                    heard = Qt.point(-100, -100);
+                    if (selects)
+                        view.corner = points.placeAt(from);
                 }
                 onPositionChanged: mouse => {
                     const here = Qt.point(mouse.x, mouse.y);
@@ -247,15 +349,17 @@ Card {
                         rest(here);
                         return;
                     }
-                    drags = drags || Math.abs(here.x - from.x) + Math.abs(here.y - from.y) > 6;
+                    drags = drags || apart(here, from) > 6;
                     if (drags)
-                        points.pan(Qt.point(here.x - last.x, here.y - last.y));
+                        drag(here);
                     last = here;
                 }
                 onReleased: mouse => {
                     const dragged = drags;
                     drags = false;
-                    if (dragged)
+                    if (selects && !dragged)
+                        view.map.clearRegion();
+                    if (dragged || selects || pans)
                         return;
                     const point = points.pointAt(Qt.point(mouse.x, mouse.y));
                     if (point >= 0) {
@@ -271,15 +375,86 @@ Card {
                 }
                 onWheel: wheel => points.zoomAt(Qt.point(wheel.x, wheel.y), Math.pow(1.0015, wheel.angleDelta.y))
             }
+            // What can be done with what is selected. Over the map, which is not to become another size by it.
+            Rectangle {
+                anchors.right: parent.right
+                anchors.bottom: parent.bottom
+                anchors.margins: Theme.inner
+                width: selected.width + 2 * Theme.inner
+                height: selected.height + 2 * Theme.tight
+                visible: view.map.hasRegion
+                radius: Theme.controlRadius
+                color: Theme.popup
+                border.color: Theme.controlLine
+
+                Row {
+                    id: selected
+                    x: Theme.inner
+                    y: Theme.tight
+                    spacing: Theme.inner
+
+                    Label {
+                        id: selection
+                        anchors.verticalCenter: parent.verticalCenter
+                        text: view.map.selectedCount + " selected"
+                        color: Theme.secondary
+                        font.family: Theme.figures
+                        font.pixelSize: Theme.smallSize
+                        wrapMode: Text.NoWrap
+                    }
+                    ActionButton {
+                        objectName: "moreLikeThese"
+                        height: 28
+                        enabled: view.map.selectedCount > 0 && view.app.candidates.canTry
+                        text: "More Like These"
+                        tip: "Candidates around the selected sounds"
+                        onClicked: view.map.moreLikeThese()
+                    }
+                    IconButton {
+                        objectName: "clearRegion"
+                        anchors.verticalCenter: parent.verticalCenter
+                        iconName: "xmark"
+                        iconSize: 12
+                        text: "Select nothing"
+                        tip: "Select nothing (Esc)"
+                        onClicked: view.map.clearRegion()
+                    }
+                }
+            }
         }
     }
     Label {
         id: told
+
+        // Which ones are favourites may change; the rest does with current.
+        property bool isFavourite: false
+        readonly property string spoken: text + (isFavourite ? ", favourite" : "")
+
+        function look() {
+            isFavourite = view.map.isFavouriteAt(view.current);
+        }
+
         width: view.bodyWidth
         text: view.current >= 0 ? view.map.nameAt(view.current) : "Click a point to hear it, or between the points for something new."
         color: view.current >= 0 ? Theme.text : Theme.secondary
         font.pixelSize: Theme.smallSize
         wrapMode: Text.NoWrap
         elide: Text.ElideMiddle
+        Accessible.name: spoken
+
+        Connections {
+            target: view
+
+            function onCurrentChanged() {
+                told.look();
+            }
+        }
+        Connections {
+            target: view.map
+
+            function onFavouritesChanged() {
+                told.look();
+            }
+        }
     }
 }

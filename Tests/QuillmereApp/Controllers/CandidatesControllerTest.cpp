@@ -5,6 +5,7 @@
 #include <atomic>
 #include <memory>
 #include <optional>
+#include <span>
 
 #include "QuillmereApp/Controllers/CandidatesController.h"
 #include "QuillmereApp/Support/AppModelProbe.h"
@@ -12,6 +13,7 @@
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Network/Backend.h"
+#include "QuillmereCore/Origin/Likeness.h"
 #include "QuillmereCore/Origin/Runs.h"
 #include "Support/SmallModel.h"
 
@@ -54,6 +56,7 @@ struct Studio {
                 },
             .outputFolder = [this] { return folder; },
             .format = [this] { return format; },
+            .playsAll = [this] { return playsAll; },
         };
     }
 
@@ -74,7 +77,8 @@ struct Studio {
     std::optional<QUrl> folder;
     OutputFormat format = OutputFormat::wav24;
     Gate holdGenerator;  // a set waits there before it begins
-    int opened = 0;      // how often the model was to be opened again
+    bool playsAll = false;
+    int opened = 0;  // how often the model was to be opened again
     bool isLoading = false;
     std::function<void()> waiting;  // for the model to be loaded
     QList<QUrl> played;
@@ -377,6 +381,79 @@ private slots:
     }
 
     // ---- Relatives
+
+    void allAreHeardOneAfterTheOtherIfThatIsWanted() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        QCOMPARE(studio.played.size(), 1);
+        studio.candidates.finished(studio.played.last());
+        QCOMPARE(studio.played.size(), 1);  // nobody wants it
+        studio.playsAll = true;
+        studio.played.clear();
+        tryAndWait(studio);
+        const auto nameOf = [&](int row) { return studio.candidates.list()->at(row)->name; };
+        QCOMPARE(studio.played, QList<QUrl>({nameOf(0)}));  // it sounds
+        studio.candidates.finished(QUrl(QStringLiteral("file:///other.wav")));
+        QCOMPARE(studio.played.size(), 1);
+        studio.candidates.finished(nameOf(0));
+        QCOMPARE(studio.played, QList<QUrl>({nameOf(0), nameOf(1)}));
+        studio.candidates.discard(2);
+        studio.candidates.finished(nameOf(1));
+        QCOMPARE(studio.played.last(), nameOf(2));  // the fourth
+        for (int row = 2; row < 11; ++row)
+            studio.candidates.finished(nameOf(row));
+        QCOMPARE(studio.played.size(), 11);
+    }
+
+    void whatComesLaterIsHeardWhenItComes() {
+        TestWorld world;
+        Gate gate;
+        world.holdRuns(gate);
+        Studio studio(world);
+        studio.playsAll = true;
+        studio.candidates.start();
+        QTRY_COMPARE(studio.played.size(), 1);
+        studio.candidates.finished(studio.played.last());
+        QCOMPARE(studio.played.size(), 1);  // there is no other one yet
+        gate.open();
+        QTRY_COMPARE(studio.played.size(), 2);
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.played.last(), studio.candidates.list()->at(1)->name);
+    }
+
+    void thoseAroundSeveralTakeThemInTurn() {
+        TestWorld world;
+        Studio studio(world);
+        tryAndWait(studio);
+        std::vector<Recipe> parents;
+        for (int row = 0; row < 5; ++row) {
+            const CandidateHandle parent = studio.candidates.list()->at(row);
+            parents.push_back(makeRecipe(parent->origin, *parent->base));
+        }
+        studio.order.seed = 77;
+        studio.order.aesthetics.pitch = 5;
+        studio.candidates.startRelated(
+            {.way = CandidatesRelation::Way::inTurn, .name = "5 sounds", .parents = parents});
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.told.error, QString());
+        QCOMPARE(studio.numbers(), wholeSet);
+        QCOMPARE(studio.candidates.about(), QStringLiteral("Like 5 sounds"));
+        for (int row = 0; row < 12; ++row) {
+            const CandidateHandle child = studio.candidates.list()->at(row);
+            const auto& parent = parents[static_cast<std::size_t>(row % 5)];
+            const SampleOrigin expected =
+                Likeness::around(*studio.generator, std::span(&parent, 1), 0.7, 77, row);
+            QCOMPARE(child->origin.latent, expected.latent);
+            QCOMPARE(child->base->aesthetics.pitch, 5.0);
+        }
+        QCOMPARE(runsIn(world).size(), 1U);  // the set of before alone
+        parents.front().model = "another";
+        studio.candidates.startRelated(
+            {.way = CandidatesRelation::Way::inTurn, .name = "5 sounds", .parents = parents});
+        QVERIFY(studio.waitUntilEnded());
+        QVERIFY(studio.told.error.startsWith("This sound was made by another model."));
+    }
 
     void relativesComeFromTheirParent() {
         TestWorld world;

@@ -226,6 +226,124 @@ private slots:
         QVERIFY(TestWorld::read(file) == without);
     }
 
+    void onAPointWhatIsMadeOfAPlaceIsNotHeard() {
+        Mapped mapped;
+        QSignalSpy played(mapped.app.generation(), &GenerationController::auditionFinished);
+        mapped.map().audition({0, 0});
+        mapped.map().audition({1, 0});
+        mapped.map().leavePlace();
+        QVERIFY(waitUntilIdle(mapped.app));
+        deliverEvents();
+        QVERIFY(!mapped.app.isBusy());
+        QCOMPARE(played.count(), 0);
+        mapped.map().audition({0, 0});
+        QVERIFY(waitUntilIdle(mapped.app));
+        QCOMPARE(played.count(), 1);
+    }
+
+    // ---- Several points
+
+    void aRegionHasThePointsThatLieInIt() {
+        Mapped mapped;
+        MapController& map = mapped.map();
+        QSignalSpy changed(&map, &MapController::regionChanged);
+        QVERIFY(!map.hasRegion());
+        const MapPlace second = map.places()[1];
+        map.selectBetween({second.x, second.y}, {second.x, second.y});  // the edges, too
+        QVERIFY(map.hasRegion());
+        const int there = static_cast<int>(std::ranges::count(map.places(), second));
+        QCOMPARE(map.selectedCount(), there);
+        map.selectBetween({1e6, -1e6}, {-1e6, 1e6});
+        QCOMPARE(map.selectedCount(), 5);
+        QCOMPARE(map.region(), QRectF(QPointF(-1e6, -1e6), QPointF(1e6, 1e6)));
+        map.selectBetween({1e6, 1e6}, {2e6, 2e6});
+        QCOMPARE(map.selectedCount(), 0);
+        QCOMPARE(changed.count(), 3);
+        map.clearRegion();
+        map.clearRegion();
+        QVERIFY(!map.hasRegion());
+        QCOMPARE(changed.count(), 4);
+        // It goes with the map.
+        map.selectBetween({1e6, -1e6}, {-1e6, 1e6});
+        prepare(mapped.app, mapped.world.makeCorpus("other"));
+        QVERIFY(!map.hasRegion());
+        QCOMPARE(map.selectedCount(), 0);
+    }
+
+    void resultsThatComeAreInTheRegion() {
+        Mapped mapped;
+        mapped.map().selectBetween({1e6, -1e6}, {-1e6, 1e6});
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(2);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QCOMPARE(mapped.map().selectedCount(), 7);
+    }
+
+    void candidatesComeAroundThePointsOfTheRegionInTurn() {
+        Mapped mapped;
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(2);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        QSignalSpy wanted(&mapped.map(), &MapController::candidatesWanted);
+        mapped.map().moreLikeThese();
+        QCOMPARE(wanted.count(), 0);  // of nothing
+        mapped.map().selectBetween({1e6, -1e6}, {-1e6, 1e6});
+        mapped.app.character()->randomise(1);
+        mapped.map().moreLikeThese();
+        QCOMPARE(wanted.count(), 1);
+        const auto relation = wanted.first().first().value<CandidatesRelation>();
+        QCOMPARE(relation.parents.size(), std::size_t{7});
+        QCOMPARE(relation.parents[3].latent, mapped.app.bundle()->latents[3]);
+        QCOMPARE(relation.parents[6].latent, mapped.app.results()->all()[1].origin.latent);
+        QVERIFY(waitUntilIdle(mapped.app));
+        QCOMPARE(mapped.app.errorMessage(), QString());
+        CandidatesController& candidates = *mapped.app.candidates();
+        QCOMPARE(candidates.list()->count(), 12);
+        QCOMPARE(candidates.about(), QStringLiteral("Like 7 sounds of the map"));
+        for (int row = 0; row < 12; ++row) {
+            const CandidateHandle candidate = candidates.list()->at(row);
+            const int point = row % 7;
+            if (point < 5) {
+                QCOMPARE(candidate->origin.sources.size(), std::size_t{1});
+                QCOMPARE(candidate->origin.sources[0].name,
+                         QStringLiteral("hit%1.wav").arg(point).toStdString());
+            }
+            QCOMPARE(candidate->base->aesthetics, mapped.app.aesthetics());
+        }
+    }
+
+    void ofManyPointsThoseAreTakenThatLieEvenlyAmongThem() {
+        Mapped mapped(24);
+        QSignalSpy wanted(&mapped.map(), &MapController::candidatesWanted);
+        mapped.map().selectBetween({1e6, -1e6}, {-1e6, 1e6});
+        mapped.map().moreLikeThese();
+        const auto relation = wanted.first().first().value<CandidatesRelation>();
+        QCOMPARE(relation.parents.size(), std::size_t{candidatesPerSet});
+        for (std::size_t i = 0; i < relation.parents.size(); ++i)
+            QCOMPARE(relation.parents[i].sources.front().clip, 2 * i);
+        QVERIFY(waitUntilIdle(mapped.app));
+    }
+
+    // ---- Favourites
+
+    void favouritesAreKnown() {
+        Mapped mapped;
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(2);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        MapController& map = mapped.map();
+        QSignalSpy changed(&map, &MapController::favouritesChanged);
+        mapped.app.files()->setFavourite(map.urlAt(6), true);
+        QCOMPARE(changed.count(), 1);
+        for (int point = -1; point < 8; ++point)
+            QCOMPARE(map.isFavouriteAt(point), point == 6);
+        mapped.app.files()->undo();
+        QVERIFY(!map.isFavouriteAt(6));
+    }
+
     // ---- What is seen of it
 
     void theWholeMapFitsAtFirst() {
@@ -368,6 +486,34 @@ private slots:
             reds += clip.red() > 200 && clip.blue() < 120 ? 1 : 0;
         }
         QVERIFY(reds > 0);  // a result may lie on some of them
+    }
+
+    void paintsARingAroundFavourites() {
+        Mapped mapped;
+        mapped.app.setOutputText(mapped.world.path("out"));
+        mapped.app.setCount(1);
+        mapped.app.generate();
+        QVERIFY(waitUntilIdle(mapped.app));
+        PointMapItem item;
+        item.setSize({400, 300});
+        item.setMap(&mapped.map());
+        item.setClipColor(Qt::white);
+        item.setResultColor(Qt::blue);
+        const auto blues = [&] {
+            QImage image(400, 300, QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            item.paint(&painter);
+            painter.end();
+            const QPoint middle = item.positionOf(5).toPoint();
+            int found = 0;
+            for (const QPoint& way : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)})
+                found += image.pixelColor(middle + 8 * way).red() < 160 ? 1 : 0;
+            return found;
+        };
+        QCOMPARE(blues(), 0);
+        mapped.app.files()->setFavourite(mapped.map().urlAt(5), true);
+        QCOMPARE(blues(), 4);
     }
 };
 

@@ -79,7 +79,32 @@ private slots:
         QVERIFY(waitUntilIdle(program.app));
     }
 
-    void theWheelZoomsAndADragPans() {
+    void aDragSweepsThroughAndTheNewestIsHeard() {
+        MapProgram program;
+        const QPointF position = program.points()->positionOf(3);
+        const int wanted = program.points()->pointAt(position);
+        const QPoint start = program.onScreen(program.emptyPlace());
+        point(moveTo(start) + QStringList{"mousedown", "1"} + moveTo(start + QPoint(15, 15)));
+        QVERIFY(program.plays(program.app.generation()->auditionURL()));
+        point(moveTo(program.onScreen(position)) + QStringList{"mouseup", "1"});
+        QVERIFY(program.plays(program.app.map()->urlAt(wanted)));
+        QVERIFY(waitUntilIdle(program.app));
+        QCOMPARE(program.app.playingURL(), program.app.map()->urlAt(wanted));
+    }
+
+    void shiftAndADragSelectARegion() {
+        MapProgram program;
+        const QPoint last(static_cast<int>(program.points()->width()) - 4,
+                          static_cast<int>(program.points()->height()) - 4);
+        point(moveTo(program.onScreen({4, 4})) + QStringList{"keydown", "shift", "mousedown", "1"} +
+              moveTo(program.onScreen(last / 2)) + moveTo(program.onScreen(last)) +
+              QStringList{"mouseup", "1", "keyup", "shift"});
+        QTRY_COMPARE(program.app.map()->selectedCount(), 6);
+        deliverEvents();
+        QVERIFY(!program.app.isBusy());
+    }
+
+    void theWheelZoomsAndTheMiddleButtonPans() {
         MapProgram program;
         const QPointF middle(program.points()->width() / 2, program.points()->height() / 2);
         point(moveTo(program.onScreen(middle)) + QStringList{"click", "--repeat", "8", "4"});
@@ -87,9 +112,9 @@ private slots:
         const QPointF from = program.emptyPlace();
         const QPointF place = program.points()->placeAt(from);
         const QPoint start = program.onScreen(from);
-        point(moveTo(start) + QStringList{"mousedown", "1"} + moveTo(start + QPoint(20, 0)) +
+        point(moveTo(start) + QStringList{"mousedown", "2"} + moveTo(start + QPoint(20, 0)) +
               moveTo(start + QPoint(60, 30)));
-        point(moveTo(start + QPoint(70, 40)) + QStringList{"mouseup", "1"});
+        point(moveTo(start + QPoint(70, 40)) + QStringList{"mouseup", "2"});
         QTRY_VERIFY((program.points()->placeAt(from + QPointF(70, 40)) - place).manhattanLength() <
                     (program.points()->placeAt(from) - place).manhattanLength());
         deliverEvents();

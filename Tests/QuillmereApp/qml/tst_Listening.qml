@@ -88,6 +88,19 @@ WindowCase {
         restartProgram();
         verify(app.playback.followsSliders);
     }
+    function test_candidatesPlayAsTheyComeIfThatIsWanted() {
+        verify(!app.playback.playsCandidates);
+        trained();
+        choose("Play candidates as they come");
+        mouseClick(item("try"));
+        idle();
+        for (let row = 0; row < 3; ++row) {
+            tryVerify(() => item("candidate-" + row).isPlaying, limit);
+            Stage.finishPlaying();
+        }
+        restartProgram();
+        verify(app.playback.playsCandidates);
+    }
     function test_theInspectedSoundLoops() {
         generated(1);
         focusOn("results");

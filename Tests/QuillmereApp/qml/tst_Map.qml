@@ -183,15 +183,103 @@ WindowCase {
         mouseClick(item("zoomOut"));
         compare(points.zoom, 1);
     }
-    function test_draggingPansAndPlaysNothing() {
+    function test_theMiddleButtonPansAndPlaysNothing() {
         shown();
         const points = item("points");
         for (let i = 0; i < 4; ++i)
             keyClick(Qt.Key_Plus);
         const before = points.positionOf(0);
-        Stage.flick(points, Qt.point(100, 100), Qt.point(140, 100));
+        dragOver([Qt.point(100, 100), Qt.point(120, 100), Qt.point(140, 100)], Qt.MiddleButton, Qt.NoModifier);
         verify(points.positionOf(0).x > before.x);
+        mouseClick(points, 20, 20, Qt.RightButton);
         verify(!app.isBusy);
+        compare(String(app.playback.playingURL), "");
+    }
+    // With a button down along these positions.
+    function dragOver(positions, button, modifiers) {
+        const points = item("points");
+        mousePress(points, positions[0].x, positions[0].y, button, modifiers);
+        for (const at of positions)
+            mouseMove(points, at.x, at.y, -1, button);
+        const last = positions[positions.length - 1];
+        mouseRelease(points, last.x, last.y, button, modifiers);
+    }
+    function test_aDragSweepsThrough() {
+        shown();
+        mouseClick(item("hoverPlays"));  // the drag alone
+        const from = emptyPlace();
+        const at = middleOf(1);
+        const point = item("points").pointAt(at);
+        dragOver([from, Qt.point((from.x + at.x) / 2, (from.y + at.y) / 2), at], Qt.LeftButton, Qt.NoModifier);
+        verifyPlays(point);
+        idle();
+        verifyPlays(point);  // what was made on the way is not heard any more
+        verifySeen(app.map.nameAt(point));
+        dragOver([at, Qt.point((from.x + at.x) / 2, (from.y + at.y) / 2), from], Qt.LeftButton, Qt.NoModifier);
+        tryVerify(isPlayingAudition, limit);
+        idle();
+    }
+    function test_shiftSelectsARegion() {
+        shown();
+        const points = item("points");
+        verify(!has("moreLikeThese"));
+        dragOver([Qt.point(2, 2), Qt.point(points.width / 2, 100), Qt.point(points.width - 2, points.height - 2)], Qt.LeftButton, Qt.ShiftModifier);
+        verifySeen("3 selected");
+        compare(app.map.selectedCount, 3);
+        verify(!app.isBusy);
+        compare(String(app.playback.playingURL), "");
+        const box = item("region");
+        fuzzyCompare(box.x, 2, 1);
+        fuzzyCompare(box.y, 2, 1);
+        fuzzyCompare(box.width, points.width - 4, 1);
+        fuzzyCompare(box.height, points.height - 4, 1);
+        compare(Stage.overlaps(window.contentItem), []);
+        mouseClick(item("moreLikeThese"));
+        idle();
+        compare(app.candidates.list.count, 12);
+        compare(app.candidates.about, "Like 3 sounds of the map");
+        mousePress(points, 5, 5, Qt.LeftButton, Qt.ShiftModifier);
+        mouseRelease(points, 5, 5, Qt.LeftButton, Qt.ShiftModifier);
+        verify(!app.map.hasRegion);
+        verify(!has("moreLikeThese"));
+    }
+    function test_keysSelectARegion() {
+        shown();
+        for (let i = 0; i < 3; ++i) {
+            keyClick(Qt.Key_Left, Qt.ControlModifier);
+            keyClick(Qt.Key_Down, Qt.ControlModifier);
+        }
+        verify(app.map.hasRegion);
+        const box = item("region");
+        fuzzyCompare(box.width, 90, 1);
+        fuzzyCompare(box.height, 90, 1);
+        compare(String(app.playback.playingURL), "");
+        for (let i = 0; i < 40; ++i) {
+            keyClick(Qt.Key_Right, Qt.ControlModifier);
+            keyClick(Qt.Key_Up, Qt.ControlModifier);
+        }
+        verify(box.width > 1000);
+        keyClick(Qt.Key_Escape);
+        verify(!app.map.hasRegion);
+        app.map.selectBetween(Qt.point(-1e6, -1e6), Qt.point(1e6, 1e6));
+        focusOn("moreLikeThese");
+        keyClick(Qt.Key_Return);
+        idle();
+        compare(app.candidates.list.count, 12);
+    }
+    function test_favouritesAreSaid() {
+        generated(1);
+        app.files.setFavourite(app.generation.results.urlAt(0), true);
+        keyClick(Qt.Key_M);
+        tryVerify(() => app.map.isReady, limit);
+        const at = middleOf(3);
+        const point = item("points").pointAt(at);
+        compare(point, 3);
+        mouseClick(item("points"), at.x, at.y);
+        verifyPlays(3);
+        compare(item("points").Accessible.description, app.map.nameAt(3) + ", favourite");
+        app.files.setFavourite(app.map.urlAt(3), false);
+        compare(item("points").Accessible.description, app.map.nameAt(3));
     }
     function test_resultsAreOnIt() {
         generated(4);
