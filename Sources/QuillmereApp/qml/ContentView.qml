@@ -53,8 +53,10 @@ FocusScope {
         Qt.callLater(focusMap);
     }
     function focusMap() {
-        if (mapView.item)
-            (mapView.item as MapView).takeKeyboard();
+        if (!mapView.item)
+            return;
+        (mapView.item as MapView).takeKeyboard();
+        stack.reveal(mapView);
     }
     // The slider under the pointer or with the keyboard, at seven places.
     function sweep() {
@@ -353,14 +355,6 @@ FocusScope {
             function onIsOpenChanged() {
                 if (!content.wide && content.app.inspector.isOpen)
                     Qt.callLater(stack.reveal, inspectorPane);
-            }
-        }
-        Connections {
-            target: content
-
-            function onShowsMapChanged() {
-                if (!content.wide && content.showsMap)
-                    Qt.callLater(stack.reveal, mapView);
             }
         }
     }

@@ -12,14 +12,17 @@ Sheet {
     function openRow(row: int) {
         if (row < 0 || row >= earlier.runs.length || app.isBusy)
             return;
-        earlier.open(row);
         close();
+        earlier.open(row);
+    }
+    function forget() {
+        earlier.forget();
     }
     function useSettings(row: int) {
         if (row < 0 || row >= earlier.runs.length)
             return;
-        earlier.useSettings(row);
         close();
+        earlier.useSettings(row);
     }
 
     objectName: "runs"
@@ -28,7 +31,7 @@ Sheet {
         earlier.look();
         list.forceActiveFocus(Qt.OtherFocusReason);
     }
-    onAboutToHide: earlier.forget()
+    onClosed: Qt.callLater(forget)  // not before a run of them is opened
 
     Label {
         id: summary

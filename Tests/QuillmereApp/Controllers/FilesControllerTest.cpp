@@ -90,11 +90,12 @@ private slots:
         const Told told(files);
         files.trash(all);
         QTRY_COMPARE(told.notices, QStringList("In the trash: 3 files"));
-        QCOMPARE(QDir(world.path("out")).count(), 17U + 2);  // with . and ..
+        const auto staying = [&] { return QDir(world.path("out")).entryList(QDir::Files).size(); };
+        QCOMPARE(staying(), 17);
         QCOMPARE(told.error, QString());
         QVERIFY(files.undo());  // what begins later is not stopped
         QTRY_COMPARE(told.notices.size(), 2);
-        QCOMPARE(QDir(world.path("out")).count(), 20U + 2);
+        QCOMPARE(staying(), 20);
     }
 
     void whatCannotGoStays() {

@@ -560,6 +560,21 @@ private slots:
             "How the files were made could not be noted everywhere. "));
     }
 
+    void saysSoOfARunThatWasCancelled() {
+        TestWorld world;
+        QDir().mkpath(world.path("data/Quillmere/journal.jsonl"));  // a folder has its name
+        Studio studio(world);
+        studio.count = 100000;
+        studio.runs.generate();
+        QVERIFY(QTest::qWaitFor([&] { return studio.runs.done() > 0; }, 30000));
+        studio.runs.cancel();
+        QVERIFY(waitUntilEnded(studio.runs));
+        QCOMPARE(studio.told.notices.size(), 2);
+        QVERIFY(studio.told.notices.first().startsWith("Cancelled: "));
+        QVERIFY(
+            studio.told.notices.last().startsWith("How the files were made could not be noted everywhere. "));
+    }
+
     void theJournalIsLeftAloneWhereNobodyCanTell() {
         TestWorld world;
         world.environment.journalIsOn = []() -> bool {

@@ -505,7 +505,8 @@ private slots:
             QPainter painter(&image);
             item.paint(&painter);
             painter.end();
-            const QPoint middle = item.positionOf(5).toPoint();
+            const QPointF position = item.positionOf(5);
+            const QPoint middle(static_cast<int>(position.x()), static_cast<int>(position.y()));
             int found = 0;
             for (const QPoint& way : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)})
                 found += image.pixelColor(middle + 8 * way).red() < 160 ? 1 : 0;
