@@ -40,10 +40,11 @@ struct MapProgram {
     [[nodiscard]] QPoint onScreen(QPointF position) const {
         return window->mapToGlobal(points()->mapToScene(position).toPoint());
     }
-    // Somewhere without a point.
+    // Somewhere without a point, there and a little farther down to the right.
     [[nodiscard]] QPointF emptyPlace() const {
         for (int y = 30; y < 400; y += 10) {
-            if (points()->pointAt({40.0, static_cast<double>(y)}) < 0) return {40.0, static_cast<double>(y)};
+            const QPointF place(40, y);
+            if (points()->pointAt(place) < 0 && points()->pointAt(place + QPointF(15, 15)) < 0) return place;
         }
         return {};
     }

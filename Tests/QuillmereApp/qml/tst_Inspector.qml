@@ -276,6 +276,9 @@ WindowCase {
         keyClick(Qt.Key_Escape);
         verify(!has("renameField"));
         compare(app.inspector.title, "Big.wav");
+        keyClick(Qt.Key_Z, Qt.ControlModifier);  // the mark comes before the name
+        verify(!app.inspectedIsFavourite());
+        compare(app.inspector.title, "Big.wav");
         keyClick(Qt.Key_Z, Qt.ControlModifier);
         tryCompare(app.inspector, "title", "Drums_var_0001.wav", limit);
     }
