@@ -128,9 +128,10 @@ void scrollThrough(QQuickWindow& window) {
 // Results all over the map of the model.
 std::vector<GeneratedSample> makePoints(const TestWorld& world, const AppModel& app, int count) {
     std::vector<GeneratedSample> samples = makeResults(world, count);
+    const std::string identity = modelIdentity(*app.bundle());
     const auto latents = testing::randomLatents(samples.size(), app.bundle()->latents.front().size(), 5);
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        samples[i].origin.model = modelIdentity(*app.bundle());
+        samples[i].origin.model = identity;
         samples[i].origin.latent = latents[i];
     }
     return samples;
