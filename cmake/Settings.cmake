@@ -47,6 +47,10 @@ elseif(NOT QUILLMERE_SANITIZE STREQUAL "")
     message(FATAL_ERROR "QUILLMERE_SANITIZE must be empty, address, thread or fuzz")
 endif()
 target_compile_options(QuillmereSettings INTERFACE ${sanitizers})
+# GCC and Clang do not say in the same way that they look at addresses.
+if(QUILLMERE_SANITIZE MATCHES "^(address|fuzz)$")
+    target_compile_definitions(QuillmereSettings INTERFACE QUILLMERE_ADDRESS_SANITIZER)
+endif()
 target_link_options(QuillmereSettings INTERFACE ${sanitizers})
 
 # quillmere_vector_code(file...)

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -17,6 +16,7 @@
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "Support/AudioFixtures.h"
 #include "Support/OtherUser.h"
+#include "Support/PeakMemory.h"
 #include "Support/Signals.h"
 #include "Support/TempFolder.h"
 #include "Support/WAVBytes.h"
@@ -28,6 +28,7 @@ namespace fs = std::filesystem;
 using testing::audioFixture;
 using testing::audioFixtures;
 using testing::OtherUser;
+using testing::peakMegabytes;
 using testing::readText;
 using ::testing::StartsWith;
 using testing::sweepFrames;
@@ -256,19 +257,6 @@ TEST(BadAudio, AChangeOfChannelsEndsTheRead) {
     EXPECT_EQ(outcomeOf("x.aac", mono + stereo).samples.size(), 9216U);
 }
 
-long peakMegabytes() {
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss / 1024;
-}
-
-// The address sanitizer keeps up to 256 MB of freed memory from use.
-#if defined(__SANITIZE_ADDRESS__)
-constexpr long peakLimit = 512;
-#else
-constexpr long peakLimit = 256;
-#endif
-
 // Seeded damage of three kinds. Nothing may crash, hang, print, or take memory that the file does not hold.
 TEST(BadAudio, DamagedFilesAreHarmless) {
     const long before = peakMegabytes();
@@ -295,7 +283,7 @@ TEST(BadAudio, DamagedFilesAreHarmless) {
     }
     EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
     EXPECT_GT(read, 100U);  // else nothing but headers was tried
-    EXPECT_LT(peakMegabytes() - before, peakLimit);
+    EXPECT_LT(peakMegabytes() - before, 256);
 }
 
 TEST(BadAudio, NothingIsPrintedAboutBadFiles) {

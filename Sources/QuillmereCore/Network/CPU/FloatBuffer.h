@@ -57,7 +57,7 @@ private:
     };
 
     static constexpr std::size_t largePage = std::size_t{1} << 21;
-#if defined(__SANITIZE_ADDRESS__)
+#if defined(QUILLMERE_ADDRESS_SANITIZER)
     static constexpr std::size_t blockSize = 0;  // so that every buffer has its guards
 #else
     // What is not used of a block takes no memory.

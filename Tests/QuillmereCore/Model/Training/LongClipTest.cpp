@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -16,6 +15,7 @@
 #include "QuillmereCore/Model/Training/ClipReading.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "Support/FLACBytes.h"
+#include "Support/PeakMemory.h"
 #include "Support/Signals.h"
 #include "Support/TempFolder.h"
 #include "Support/WAVBytes.h"
@@ -27,6 +27,7 @@ using ModelTrainer::ClipReading;
 using testing::constantFLAC;
 using testing::floatWAV;
 using testing::noise;
+using testing::peakMegabytes;
 using testing::sine;
 using testing::TempFolder;
 using testing::writeText;
@@ -113,12 +114,6 @@ TEST(LongClip, IsLeftWhenItIsCancelled) {
     std::stop_source stop;
     stop.request_stop();
     EXPECT_THROW((void)ModelTrainer::readClip(file, {}, stop.get_token()), CancellationError);
-}
-
-long peakMegabytes() {
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    return usage.ru_maxrss / 1024;
 }
 
 // 20 kilobytes that hold an hour of sound, and 200 bytes that would hold gigabytes at the rate of the others.
