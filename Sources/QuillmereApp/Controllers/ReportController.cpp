@@ -136,7 +136,7 @@ QString ReportController::verdict() const {
 QStringList ReportController::advice() const {
     QStringList sentences;
     if (!card_) return sentences;
-    for (const std::string& sentence : card_->advice())
+    for (const Message& sentence : card_->advice())
         sentences.append(QString::fromStdString(sentence));
     return sentences;
 }
