@@ -95,12 +95,19 @@ TEST(Catalogue, CutShortIsRefused) {
 TEST(Catalogue, WithPlacesOutsideIsRefused) {
     const std::string file = catalogueFile(usual());
     const std::size_t texts = 28 + 8 * usual().size();
-    // Revision, count, the two tables; a source's length and place, a text's.
-    for (const std::size_t at : {std::size_t{4}, std::size_t{8}, std::size_t{12}, std::size_t{16},
-                                 std::size_t{36}, std::size_t{40}, texts + 8, texts + 12}) {
+    // Count, the two tables; a source's length and place, a text's.
+    for (const std::size_t at : {std::size_t{8}, std::size_t{12}, std::size_t{16}, std::size_t{36},
+                                 std::size_t{40}, texts + 8, texts + 12}) {
         for (const std::uint32_t number : {0xFFFFFFFFU, 0x80000000U, static_cast<std::uint32_t>(file.size())})
             EXPECT_FALSE(Catalogue::read(withNumber(file, at, number))) << at << ' ' << number;
     }
+}
+
+TEST(Catalogue, OfALaterFormatIsRefused) {
+    constexpr std::size_t revisionAt = 4;
+    const std::string file = catalogueFile(usual());
+    EXPECT_TRUE(Catalogue::read(withNumber(file, revisionAt, 0x10001)));  // 1.1, with texts for other systems
+    EXPECT_FALSE(Catalogue::read(withNumber(file, revisionAt, 0x20000)));
 }
 
 TEST(Catalogue, WithATextThatDoesNotEndIsRefused) {
