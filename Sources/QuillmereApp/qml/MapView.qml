@@ -417,7 +417,10 @@ Card {
                         iconSize: 12
                         text: "Select nothing"
                         tip: "Select nothing (Esc)"
-                        onClicked: view.map.clearRegion()
+                        onClicked: {
+                            view.map.clearRegion();
+                            view.takeKeyboard();
+                        }
                     }
                 }
             }

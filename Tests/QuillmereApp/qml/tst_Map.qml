@@ -262,6 +262,11 @@ WindowCase {
         keyClick(Qt.Key_Escape);
         verify(!app.map.hasRegion);
         app.map.selectBetween(Qt.point(-1e6, -1e6), Qt.point(1e6, 1e6));
+        focusOn("clearRegion");
+        keyClick(Qt.Key_Return);
+        verify(!app.map.hasRegion);
+        compare(focusName(), "points");
+        app.map.selectBetween(Qt.point(-1e6, -1e6), Qt.point(1e6, 1e6));
         focusOn("moreLikeThese");
         keyClick(Qt.Key_Return);
         idle();
