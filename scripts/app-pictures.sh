@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Takes the pictures of the window in every state for docs/pictures (app-*.png), and makes a film of four of them: some
-# minutes. Arguments: beginnings of names, for only these pictures.
+# minutes. Arguments: beginnings of names, for only these pictures. With --language LANGUAGE first: that of the window,
+# and the pictures go to build/pictures/LANGUAGE.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -9,6 +10,10 @@ cmake --preset dev -DQUILLMERE_BUILD_APP=ON > /dev/null
 cmake --build --preset dev --target quillmere-pictures
 
 pictures=build/dev/Tests/QuillmereApp/qml/quillmere-pictures
+if [[ ${1:-} == --language ]]; then
+    "$pictures" --language "$2" "build/pictures/$2" "${@:3}"
+    exit
+fi
 "$pictures" docs/pictures "$@"
 
 # One window on a screen of 3840 x 2160 pixels.

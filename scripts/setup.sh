@@ -19,10 +19,10 @@ app_run=(libqt6core# libqt6dbus6 libqt6gui6 libqt6qml6 libqt6quick6 libqt6quickc
          qml6-module-qtquick-templates qml6-module-qtquick-layouts qml6-module-qtquick-dialogs
          qml6-module-qtquick-window qml6-module-qt-labs-folderlistmodel
          libsdl2-2.0-0 fonts-dejavu-core)
-app=(qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools libsdl2-dev "${app_run[@]}")
+app=(qt6-base-dev qt6-declarative-dev qt6-declarative-dev-tools qt6-l10n-tools libsdl2-dev "${app_run[@]}")
 run=(libavformat# libavcodec# libavutil# libsoxr0 libicu# libhwy# libtbb# libssl# libcairo2 libvulkan1 "${app_run[@]}")
 test=(libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libpng-dev python3 sonic-pi-samples hydrogen-drumkits
-      mesa-vulkan-drivers vulkan-validationlayers
+      mesa-vulkan-drivers vulkan-validationlayers fonts-vlgothic
       appstream desktop-file-utils flatpak-builder locales mandoc man-db zsh fish
       qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
 demo=(sonic-pi-samples)

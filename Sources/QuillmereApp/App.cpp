@@ -33,19 +33,23 @@
 #include "QuillmereApp/ClosingLimit.h"
 #include "QuillmereApp/DebugHooks.h"
 #include "QuillmereApp/GraphicsDevice.h"
+#include "QuillmereApp/WindowLanguage.h"
+#include "QuillmereCore/Util/Language.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
 namespace quillmere {
 namespace {
 
-[[noreturn]] void refuse(const char* reason) {
-    std::fprintf(stderr, "quillmere: %s\n", reason);
+[[noreturn]] void refuse(const Message& reason) {
+    std::fprintf(stderr, "quillmere: %s\n", Language::text(reason).c_str());
     std::_Exit(EXIT_FAILURE);
 }
 
-constexpr const char* noDisplay =
-    "There is no display to open a window on. Start it in a desktop session, or use quillmere-cli.";
+Message noDisplay() {
+    return Message(
+        "There is no display to open a window on. Start it in a desktop session, or use quillmere-cli.");
+}
 
 // Qt ends the program with a core dump when it finds no display.
 void requireDisplay() {
@@ -54,12 +58,12 @@ void requireDisplay() {
         platform.isEmpty() || platform.startsWith("xcb") || platform.startsWith("wayland");
     if (needsDisplay && qEnvironmentVariableIsEmpty("DISPLAY") &&
         qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
-        refuse(noDisplay);
+        refuse(noDisplay());
 }
 
 // Until the window is there, Qt's fatal messages are about the display: it is named but cannot be opened.
 void refuseOnFatal(QtMsgType type, const QMessageLogContext&, const QString& message) {
-    if (type == QtFatalMsg) refuse(noDisplay);
+    if (type == QtFatalMsg) refuse(noDisplay());
     if (type == QtCriticalMsg) std::fprintf(stderr, "quillmere: %s\n", qPrintable(message));
 }
 
@@ -158,6 +162,7 @@ int run(int argc, char** argv) {
     const std::optional<Arguments> arguments = parse(argc, argv, status);
     if (!arguments) return status;
 
+    Language::takeFromEnvironment(Language::ownFolder());
     requireDisplay();
     const QtMessageHandler usual = qInstallMessageHandler(refuseOnFatal);
     QGuiApplication::setApplicationName(QStringLiteral("Quillmere"));
@@ -167,8 +172,9 @@ int run(int argc, char** argv) {
     QGuiApplication app(qtArguments, argv);
     qInstallMessageHandler(usual);
     if (!hasFonts())
-        refuse(
-            "No fonts are installed, so nothing could be read. Install one, for example fonts-dejavu-core.");
+        refuse(Message(
+            "No fonts are installed, so nothing could be read. Install one, for example fonts-dejavu-core."));
+    const WindowLanguage language(Language::ownFolder());
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/quillmere.png")));
     chooseRenderer();
     QQuickStyle::setStyle(QStringLiteral("Basic"));
@@ -186,7 +192,7 @@ int run(int argc, char** argv) {
                                  {QStringLiteral("width"), size.width()},
                                  {QStringLiteral("height"), size.height()}});
     engine.load(QUrl(QStringLiteral("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml")));
-    if (engine.rootObjects().isEmpty()) refuse("The window could not be loaded.");
+    if (engine.rootObjects().isEmpty()) refuse(Message("The window could not be loaded."));
     DebugHooks::install(model);
     status = QGuiApplication::exec();
     closing.begin(status);

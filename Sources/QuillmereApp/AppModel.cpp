@@ -115,15 +115,16 @@ void AppModel::openStoredModel(const std::filesystem::path& ofTheFolder) {
     }
     model_.load(found);
     if (found == ofTheFolder) return;
-    emit notice(QStringLiteral(
-        "The folder has changed since this model was learned. Retrain to learn it as it is now."));
+    emit notice(tr("The folder has changed since this model was learned. Retrain to learn it as it is now."));
 }
 
 void AppModel::filesGone(int files) {
     corpus_.scanAgain();
-    emit notice((files == 1 ? QStringLiteral("1 file is gone since the scan.")
-                            : QStringLiteral("%1 files are gone since the scan.").arg(files)) +
-                QStringLiteral(" The folder is scanned again; start once more then."));
+    emit notice(files == 1
+                    ? tr("1 file is gone since the scan. The folder is scanned again; start once more then.")
+                    : tr("%n files are gone since the scan. The folder is scanned again; start once more "
+                         "then.",
+                         nullptr, files));
 }
 
 void AppModel::modelChanged() {
@@ -185,7 +186,7 @@ void AppModel::showInFileManager() {
     const QUrl last = generation_.lastOutputFolder();
     const QUrl folder = last.isEmpty() ? output_.folder().value_or(QUrl()) : last;
     if (folder.isEmpty()) {
-        setError(QStringLiteral("Choose an output folder first."));
+        setError(tr("Choose an output folder first."));
         return;
     }
     output_.show(folder, generation_.results()->existingFiles());
@@ -249,21 +250,19 @@ void AppModel::takeSound(const KnownSound& sound) {
                                                            : model_.storedFolder() == sound.modelFolder);
     if (isOpen || sound.modelFolder.empty() || sound.corpus.isEmpty()) {
         showTaken(sound);
-        emit notice(isOpen
-                        ? QStringLiteral("This sound was made here: its settings are set again.")
-                        : QStringLiteral("This sound was made here: its settings are set again. Its model or "
-                                         "the folder of that is gone."));
+        emit notice(isOpen ? tr("This sound was made here: its settings are set again.")
+                           : tr("This sound was made here: its settings are set again. Its model or "
+                                "the folder of that is gone."));
         return;
     }
     offered_ = sound;
     if (!corpus_.isChosen()) {  // nothing is lost
         openOfferedModel();
-        emit notice(
-            QStringLiteral("This sound was made here: its settings are set again, and its model is opened."));
+        emit notice(tr("This sound was made here: its settings are set again, and its model is opened."));
         return;
     }
     showTaken(sound);
-    emit notice(QStringLiteral("This sound was made here: its settings are set again."));
+    emit notice(tr("This sound was made here: its settings are set again."));
     emit modelOffered(QDir(sound.corpus).dirName());
 }
 

@@ -2,6 +2,7 @@
 
 #include <QThreadPool>
 
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Model/ModelStore.h"
 
 namespace quillmere {
@@ -48,17 +49,17 @@ std::optional<TaskFailure> BackgroundTasks::attempt(const std::function<void()>&
     try {
         function();
     } catch (const CancellationError& error) {
-        return TaskFailure{QString::fromUtf8(error.what()), Kind::cancelled};
+        return TaskFailure{Words::of(error), Kind::cancelled};
     } catch (const network::DeviceError& error) {
-        return TaskFailure{QString::fromUtf8(error.what()), Kind::device};
+        return TaskFailure{Words::of(error), Kind::device};
     } catch (const CorruptModelError& error) {
-        return TaskFailure{QString::fromUtf8(error.what()), Kind::damage};
+        return TaskFailure{Words::of(error), Kind::damage};
     } catch (const DecodingError& error) {
-        return TaskFailure{QString::fromUtf8(error.what()), Kind::damage};
+        return TaskFailure{Words::of(error), Kind::damage};
     } catch (const std::bad_alloc&) {
-        return TaskFailure{QStringLiteral("There is not enough memory for this.")};
+        return TaskFailure{Words::tr("There is not enough memory for this.")};
     } catch (const std::exception& error) {
-        return TaskFailure{QString::fromUtf8(error.what())};
+        return TaskFailure{Words::of(error)};
     }
     return std::nullopt;
 }

@@ -58,7 +58,7 @@ void CandidatesModel::setMeasures(std::function<SoundMeasure(const Candidate& ca
 }
 
 void CandidatesModel::measuresChanged() {
-    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole});
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole, NoveltyTextRole});
 }
 
 int CandidatesModel::rowCount(const QModelIndex& parent) const {
@@ -85,6 +85,8 @@ QVariant CandidatesModel::data(const QModelIndex& index, int role) const {
             return candidate.file.fileName();
         case NoveltyRole:
             return measureOf_(candidate).noveltyText();
+        case NoveltyTextRole:
+            return measureOf_(candidate).noveltyWord();
         default:
             return {};
     }
@@ -93,7 +95,7 @@ QVariant CandidatesModel::data(const QModelIndex& index, int role) const {
 QHash<int, QByteArray> CandidatesModel::roleNames() const {
     return {{NumberRole, "number"},     {SecondsRole, "seconds"},     {DurationTextRole, "durationText"},
             {PeaksRole, "peaks"},       {IsPlayingRole, "isPlaying"}, {IsKeptRole, "isKept"},
-            {FileNameRole, "fileName"}, {NoveltyRole, "novelty"}};
+            {FileNameRole, "fileName"}, {NoveltyRole, "novelty"},     {NoveltyTextRole, "noveltyText"}};
 }
 
 }  // namespace quillmere

@@ -19,6 +19,7 @@ namespace quillmere {
 //   isKept        bool: it has a file
 //   fileName      string, of that file; empty without one
 //   novelty       string, as that of ResultsModel
+//   noveltyText   string, as that of ResultsModel
 class CandidatesModel : public QAbstractListModel {
     Q_OBJECT
     QML_ELEMENT
@@ -35,6 +36,7 @@ public:
         IsKeptRole,
         FileNameRole,
         NoveltyRole,
+        NoveltyTextRole,
     };
 
     using QAbstractListModel::QAbstractListModel;

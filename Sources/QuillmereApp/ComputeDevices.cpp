@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "QuillmereApp/Preferences.h"
+#include "QuillmereApp/Words.h"
 
 namespace quillmere {
 namespace {
@@ -20,24 +21,24 @@ const QString choiceKey = QStringLiteral("computeDevice");
 QString kindOf(Type type) {
     switch (type) {
         case Type::processor:
-            return QStringLiteral("Works everywhere");
+            return Words::tr("Works everywhere");
         case Type::discrete:
-            return QStringLiteral("Graphics card");
+            return Words::tr("Graphics card");
         case Type::integrated:
-            return QStringLiteral("Integrated graphics");
+            return Words::tr("Integrated graphics");
         case Type::virtualGPU:
-            return QStringLiteral("Virtual graphics");
+            return Words::tr("Virtual graphics");
         case Type::software:
-            return QStringLiteral("Software driver, never chosen automatically");
+            return Words::tr("Software driver, never chosen automatically");
         case Type::other:
-            return QStringLiteral("Never chosen automatically");
+            return Words::tr("Never chosen automatically");
     }
     fatal("unknown device type");
 }
 
 QString detailOf(const ComputeDevice& device) {
     if (device.usable()) return kindOf(device.type);
-    return QStringLiteral("Cannot be used: ") + QString::fromStdString(device.problem);
+    return Words::tr("Cannot be used: %1").arg(Words::of(device.problem));
 }
 
 bool areSame(const ComputeDevice& a, const ComputeDevice& b) {
@@ -64,8 +65,7 @@ void ComputeDevices::restoreChoice() {
     if (!stored.empty() || !preferences_.value(choiceKey).isValid()) return;
     // Nobody listens to an object that is being made.
     tasks_.post([this] {
-        emit notice(
-            QStringLiteral("The stored choice of a device cannot be read. It is chosen automatically."));
+        emit notice(tr("The stored choice of a device cannot be read. It is chosen automatically."));
     });
 }
 
@@ -81,7 +81,7 @@ void ComputeDevices::choose(DeviceChoice choice) {
                 tasks_.post([this, number, opening] { opened(number, opening); });
             },
         .processorStandsIn =
-            [this, number](const std::string& message) {
+            [this, number](const Message& message) {
                 tasks_.post([this, number, message] { processorStandsIn(number, message); });
             },
     };
@@ -108,9 +108,9 @@ void ComputeDevices::opened(quint64 number, const ChosenDevice::Opening& opening
 }
 
 // For this run of the program only: the stored choice stays, for the day when its device is back.
-void ComputeDevices::fallBack(const std::string& problem) {
+void ComputeDevices::fallBack(const Message& problem) {
     choice_ = DeviceChoice();
-    problem_ = QString::fromStdString(problem);
+    problem_ = Words::of(problem);
     emit notice(problem_);
 }
 
@@ -120,8 +120,8 @@ void ComputeDevices::compiling() {
     emit changed();
 }
 
-void ComputeDevices::processorStandsIn(quint64 number, const std::string& message) {
-    const QString text = QString::fromStdString(message);
+void ComputeDevices::processorStandsIn(quint64 number, const Message& message) {
+    const QString text = Words::of(message);
     if (number == choiceNumber_) {  // what is shown of a newer choice stays
         processorStandsIn_ = true;
         problem_ = text;
@@ -164,7 +164,7 @@ void ComputeDevices::setDevices(std::vector<ComputeDevice> devices) {
     labels_ = network::labels(devices_);
     emit devicesChanged();
     if (choice_.find(devices_) == nullptr) {
-        const std::string problem = ChosenDevice::automaticInstead(choice_.missing());
+        const Message problem = ChosenDevice::automaticInstead(choice_.missing());
         choose(DeviceChoice());
         fallBack(problem);
     }
@@ -205,7 +205,7 @@ QString ComputeDevices::name() const {
     if (processorStandsIn_) return labelOf(devices_.front());
     if (isAutomatic()) {
         const QString automatic = automaticName();
-        return automatic.isEmpty() ? QStringLiteral("Automatic") : automatic;
+        return automatic.isEmpty() ? tr("Automatic") : automatic;
     }
     const ComputeDevice* const device = choice_.find(devices_);
     return device != nullptr ? labelOf(*device) : QString::fromStdString(choice_.name());

@@ -79,9 +79,9 @@ private:
     void restoreChoice();
     void choose(network::DeviceChoice choice);
     void opened(quint64 number, const network::ChosenDevice::Opening& opening);
-    void processorStandsIn(quint64 number, const std::string& message);
+    void processorStandsIn(quint64 number, const Message& message);
     void setDevices(std::vector<network::ComputeDevice> devices);
-    void fallBack(const std::string& problem);
+    void fallBack(const Message& problem);
     // device: one of devices_.
     [[nodiscard]] QString labelOf(const network::ComputeDevice& device) const;
 

@@ -5,15 +5,10 @@
 
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere {
-namespace {
-
-const QString fine = QStringLiteral("fine");
-
-}  // namespace
-
 void CorpusFilesModel::setFiles(std::shared_ptr<const CorpusSummary> corpus,
                                 std::shared_ptr<const CorpusReport> report) {
     beginResetModel();
@@ -51,36 +46,38 @@ QUrl CorpusFilesModel::urlAt(int row) const {
     return toUrl(corpus_->files[rows_[static_cast<std::size_t>(row)]].url);
 }
 
-QString CorpusFilesModel::stateOf(const FileFate& fate) {
+const char* CorpusFilesModel::wordFor(const FileFate& fate) {
     switch (fate.use) {
         case FileFate::Use::silent:
-            return QStringLiteral("silent");
+            return QT_TR_NOOP("silent");
         case FileFate::Use::unreadable:
-            return QStringLiteral("unreadable");
+            return QT_TR_NOOP("unreadable");
         case FileFate::Use::cut:
         case FileFate::Use::whole:
             break;
     }
-    if (fate.damage.any()) return QStringLiteral("damaged");
-    if (fate.use == FileFate::Use::cut) return QStringLiteral("cut");
-    return fate.duplicateOf ? QStringLiteral("copy") : fine;
+    if (fate.damage.any()) return QT_TR_NOOP("damaged");
+    if (fate.use == FileFate::Use::cut) return QT_TR_NOOP("cut");
+    return fate.duplicateOf ? QT_TR_NOOP("copy") : QT_TR_NOOP("fine");
+}
+
+QString CorpusFilesModel::stateOf(const FileFate& fate) {
+    return QString::fromLatin1(wordFor(fate));
 }
 
 QString CorpusFilesModel::detailOf(const FileFate& fate) const {
     QStringList parts;
-    if (fate.use == FileFate::Use::silent)
-        parts += QStringLiteral("There is nothing to hear, so it is left out.");
-    if (fate.use == FileFate::Use::unreadable) parts += QString::fromStdString(fate.reason);
-    if (fate.damage.isTruncated) parts += QStringLiteral("It ends before it should.");
+    if (fate.use == FileFate::Use::silent) parts += tr("There is nothing to hear, so it is left out.");
+    if (fate.use == FileFate::Use::unreadable) parts += Words::of(fate.reason);
+    if (fate.damage.isTruncated) parts += tr("It ends before it should.");
     if (fate.damage.silentSeconds > 0)
-        parts += QStringLiteral("Of %1 ms nothing could be read; they are silent.")
+        parts += tr("Of %1 ms nothing could be read; they are silent.")
                      .arg(QString::fromStdString(Text::fixed(1000 * fate.damage.silentSeconds, 0)));
     if (fate.use == FileFate::Use::cut)
-        parts += QStringLiteral("The first %1 s are learned.")
+        parts += tr("The first %1 s are learned.")
                      .arg(QString::fromStdString(Text::fixed(report_->clipSeconds, 1)));
     if (fate.duplicateOf)
-        parts += QStringLiteral("The same file as %1: it counts twice.")
-                     .arg(QString::fromStdString(*fate.duplicateOf));
+        parts += tr("The same file as %1: it counts twice.").arg(QString::fromStdString(*fate.duplicateOf));
     return parts.join(QLatin1Char(' '));
 }
 
@@ -98,6 +95,8 @@ QVariant CorpusFilesModel::data(const QModelIndex& index, int role) const {
             return urlAt(index.row());
         case UseRole:
             return stateOf(fate);
+        case UseTextRole:
+            return tr(wordFor(fate));
         case DetailRole:
             return detailOf(fate);
         case DurationTextRole:
@@ -108,11 +107,8 @@ QVariant CorpusFilesModel::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> CorpusFilesModel::roleNames() const {
-    return {{NameRole, "name"},
-            {UrlRole, "url"},
-            {UseRole, "use"},
-            {DetailRole, "detail"},
-            {DurationTextRole, "durationText"}};
+    return {{NameRole, "name"},       {UrlRole, "url"},       {UseRole, "use"},
+            {UseTextRole, "useText"}, {DetailRole, "detail"}, {DurationTextRole, "durationText"}};
 }
 
 }  // namespace quillmere

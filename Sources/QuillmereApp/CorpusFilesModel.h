@@ -16,6 +16,7 @@ namespace quillmere {
 //   name      string, relative to the folder
 //   url       file URL, to play it
 //   use       string: "fine", "cut", "silent", "unreadable", "damaged" or "copy"
+//   useText   string, the same for people
 //   detail    string: what that means for this file; empty where all is fine
 //   durationText  string: "1.24 s", or empty
 // All of them, or only those that are not fine.
@@ -32,6 +33,7 @@ public:
         UseRole,
         DetailRole,
         DurationTextRole,
+        UseTextRole,
     };
 
     using QAbstractListModel::QAbstractListModel;
@@ -57,6 +59,8 @@ signals:
 
 private:
     void replaceRows();
+    // The state, as the catalogues have it.
+    [[nodiscard]] static const char* wordFor(const FileFate& fate);
     [[nodiscard]] QString detailOf(const FileFate& fate) const;
 
     std::shared_ptr<const CorpusSummary> corpus_;

@@ -73,7 +73,7 @@ void FolderBrowser::makeFolder(const QString& name) {
     if (trimmed.isEmpty() || folder_.isEmpty()) return;
     if (trimmed.contains(QLatin1Char('/')) || trimmed == QLatin1String(".") ||
         trimmed == QLatin1String("..")) {
-        setProblem(QStringLiteral("A folder's name cannot contain a slash."));
+        setProblem(tr("A folder's name cannot contain a slash."));
         return;
     }
     read(QDir(folder_).filePath(trimmed), true);
@@ -85,7 +85,7 @@ void FolderBrowser::read(const QString& path, bool isMade) {
         [looks = looks_, path, isMade] {
             if (isMade) create(*looks, path);
             const Place::Kind kind = looks->at(toPath(path)).kind;
-            if (kind == Place::Kind::file) throw Failure("This is a file, not a folder.");
+            if (kind == Place::Kind::file) throw Failure(tr("This is a file, not a folder.").toStdString());
             if (kind != Place::Kind::folder) throw Failure(Folders::refusal(kind, path).toStdString());
             Content content{.folder = Folders::plain(path), .names = {}, .audioFiles = 0};
             QDirIterator entries(path, QDir::Dirs | QDir::Files | QDir::NoDotAndDotDot);

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "QuillmereApp/Controllers/Labels.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -11,11 +12,13 @@ namespace {
 
 QString stepsText(const ModelMetadata& metadata) {
     if (metadata.plannedSteps && metadata.continued.empty())
-        return QStringLiteral("%1 of %2 steps").arg(metadata.steps).arg(*metadata.plannedSteps);
+        return Words::tr("%1 of %n steps", nullptr, static_cast<int>(*metadata.plannedSteps))
+            .arg(metadata.steps);
     const auto* const quality = std::ranges::find(
         allQualities, metadata.steps, metadata.start ? &QualityInfo::stepsFromStart : &QualityInfo::steps);
-    if (quality != allQualities.end()) return text(quality->label);
-    return metadata.steps == 1 ? QStringLiteral("1 step") : QStringLiteral("%1 steps").arg(metadata.steps);
+    if (quality != allQualities.end()) return Words::inTable(quality->label);
+    return metadata.steps == 1 ? Words::tr("1 step")
+                               : Words::tr("%n steps", nullptr, static_cast<int>(metadata.steps));
 }
 
 }  // namespace
@@ -23,13 +26,13 @@ QString stepsText(const ModelMetadata& metadata) {
 QString ModelText::effort(const ModelMetadata& metadata) {
     QString steps = stepsText(metadata);
     if (!metadata.start) return steps;
-    return steps + (metadata.start->kind == ModelStart::Kind::headStart
-                        ? QStringLiteral(" from a head start")
-                        : QStringLiteral(" onto %1").arg(QString::fromStdString(metadata.start->name)));
+    return metadata.start->kind == ModelStart::Kind::headStart
+               ? Words::tr("%1 from a head start").arg(steps)
+               : Words::tr("%1 onto %2").arg(steps, QString::fromStdString(metadata.start->name));
 }
 
 QString ModelText::size(std::uintmax_t bytes) {
-    return QString::fromStdString(Text::fixed(static_cast<double>(bytes) / 1e6, 1)) + QStringLiteral(" MB");
+    return Words::tr("%1 MB").arg(QString::fromStdString(Text::fixed(static_cast<double>(bytes) / 1e6, 1)));
 }
 
 }  // namespace quillmere

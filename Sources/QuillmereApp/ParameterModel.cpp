@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "QuillmereApp/Words.h"
+
 namespace quillmere {
 namespace {
 
@@ -79,7 +81,7 @@ void ParameterModel::setValues(const Aesthetics& values) {
 QStringList ParameterModel::groupTitles() const {
     QStringList titles;
     for (const ParameterSpec::Group group : allParameterGroups)
-        titles.append(text(rawValue(group)));
+        titles.append(Words::inTable(rawValue(group)));
     return titles;
 }
 
@@ -157,9 +159,9 @@ QVariant ParameterModel::data(const QModelIndex& index, int role) const {
         case IdRole:
             return text(spec.id);
         case TitleRole:
-            return text(spec.title);
+            return Words::inTable(spec.title);
         case HelpRole:
-            return text(spec.help);
+            return Words::inTable(spec.help);
         case UnitRole:
             return text(spec.unit);
         case GroupRole:

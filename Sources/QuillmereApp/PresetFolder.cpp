@@ -9,6 +9,7 @@
 #include <system_error>
 
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -28,13 +29,13 @@ OwnPreset read(const QFileInfo& info) {
     OwnPreset preset{info.completeBaseName(), std::nullopt, {}, info.fileName()};
     QFile file(info.filePath());
     if (info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
-        preset.problem = QStringLiteral("The preset's file cannot be read.");
+        preset.problem = Words::tr("The preset's file cannot be read.");
         return preset;
     }
     try {
         preset.aesthetics = inRange(decodePreset(file.readAll().toStdString()));
     } catch (const Failure& failure) {
-        preset.problem = QString::fromUtf8(failure.what());
+        preset.problem = Words::of(failure);
     }
     return preset;
 }
@@ -73,14 +74,13 @@ void PresetFolder::remove(const QString& folder, const OwnPreset& preset) {
 }
 
 QString PresetFolder::problemWithName(const QString& name) {
-    if (name.trimmed().isEmpty()) return QStringLiteral("Give the preset a name.");
-    if (name.toUtf8().size() > longestName) return QStringLiteral("That name is too long.");
+    if (name.trimmed().isEmpty()) return Words::tr("Give the preset a name.");
+    if (name.toUtf8().size() > longestName) return Words::tr("That name is too long.");
     const bool hasControl =
         std::any_of(name.begin(), name.end(), [](QChar c) { return c.category() == QChar::Other_Control; });
     if (name.contains(QLatin1Char('/')) || name.startsWith(QLatin1Char('.')) || hasControl)
-        return QStringLiteral("A preset's name cannot begin with a dot or contain a slash.");
-    if (Preset::named(name.toStdString()) != nullptr)
-        return QStringLiteral("A built-in preset has that name.");
+        return Words::tr("A preset's name cannot begin with a dot or contain a slash.");
+    if (Preset::named(name.toStdString()) != nullptr) return Words::tr("A built-in preset has that name.");
     return {};
 }
 

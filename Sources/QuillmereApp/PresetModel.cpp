@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "QuillmereApp/Words.h"
+
 namespace quillmere {
 namespace {
 
@@ -80,8 +82,8 @@ QVariant PresetModel::data(const QModelIndex& index, int role) const {
         case NameRole:
             return nameAt(row);
         case BlurbRole:
-            if (!isOwn) return text(Preset::all()[static_cast<std::size_t>(row)].blurb);
-            if (own_.at(row - builtInCount()).aesthetics) return QStringLiteral("Your preset.");
+            if (!isOwn) return Words::inTable(Preset::all()[static_cast<std::size_t>(row)].blurb);
+            if (own_.at(row - builtInCount()).aesthetics) return tr("Your preset.");
             return own_.at(row - builtInCount()).problem;
         case IsOwnRole:
             return isOwn;

@@ -394,7 +394,7 @@ void ResultsModel::measuresSettled() {
 }
 
 void ResultsModel::measuresChanged() {
-    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole});
+    if (count() > 0) emit dataChanged(index(0), index(count() - 1), {NoveltyRole, NoveltyTextRole});
 }
 
 void ResultsModel::watchFolders() {
@@ -529,6 +529,8 @@ QVariant ResultsModel::data(const QModelIndex& index, int role) const {
             return selected_.contains(row.url);
         case NoveltyRole:
             return measureOf_(row.url).noveltyText();
+        case NoveltyTextRole:
+            return measureOf_(row.url).noveltyWord();
         case PeaksRole:
             // Only views read peaks, and only of the rows they show.
             if (!row.peaksRequested) const_cast<ResultsModel*>(this)->requestPeaks(index.row());
@@ -549,6 +551,7 @@ QHash<int, QByteArray> ResultsModel::roleNames() const {
             {IsFavouriteRole, "isFavourite"},
             {LabelRole, "label"},
             {NoveltyRole, "novelty"},
+            {NoveltyTextRole, "noveltyText"},
             {IsSelectedRole, "isSelected"}};
 }
 

@@ -35,6 +35,7 @@ namespace quillmere {
 //   label        string: what tells the file from the others, "7" for Drums_var_0007.wav
 //   isSelected   bool: one of several that something is to be done with
 //   novelty      string: "copy", "close", "new", "far"; empty while it is unknown
+//   noveltyText  string, the same for people
 // Thousands of rows cost nothing: files are looked at in the background, thumbnails only of the rows that
 // are read, newest request first. Files in a folder that does not answer count as gone until it does.
 //
@@ -65,6 +66,7 @@ public:
         IsFavouriteRole,
         LabelRole,
         NoveltyRole,
+        NoveltyTextRole,
         IsSelectedRole,
     };
 

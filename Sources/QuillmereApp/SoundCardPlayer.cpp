@@ -18,6 +18,7 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/Player.h"
 #include "QuillmereApp/QueuedCalls.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/ThreadSafety.h"
@@ -98,7 +99,7 @@ public:
         SDL_SetHint(SDL_HINT_AUDIO_DEVICE_APP_NAME, "Quillmere");
         SDL_SetHint(SDL_HINT_AUDIO_DEVICE_STREAM_NAME, "Sample");
         silenceALSA();
-        if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) throw Failure(reason());
+        if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) throw Failure(reason().toStdString());
         silenceALSA();  // SDL may have loaded it only now
         SDL_AudioSpec wanted{};
         wanted.freq = rate;
@@ -107,7 +108,7 @@ public:
         wanted.samples = bufferSamples;
         id_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, &obtained_, 0);
         if (id_ == 0) {
-            const std::string why = reason();
+            const std::string why = reason().toStdString();
             SDL_QuitSubSystem(SDL_INIT_AUDIO);
             throw Failure(why);
         }
@@ -122,7 +123,8 @@ public:
     void queue(const std::vector<float>& samples) {
         const auto bytes = samples.size() * sizeof(float);
         if (bytes > UINT32_MAX || SDL_QueueAudio(id_, samples.data(), static_cast<Uint32>(bytes)) != 0)
-            throw Failure(bytes > UINT32_MAX ? "The file is too long to be played." : reason());
+            throw Failure((bytes > UINT32_MAX ? Words::tr("The file is too long to be played.") : reason())
+                              .toStdString());
     }
     // What is in the device's own buffers when the queue runs empty is silence, not the end of the sound.
     void queueSilence() {
@@ -138,8 +140,8 @@ public:
     [[nodiscard]] bool isGone() const { return SDL_GetAudioDeviceStatus(id_) == SDL_AUDIO_STOPPED; }
 
 private:
-    static std::string reason() {
-        return std::string("There is no sound card to play through: ") + SDL_GetError();
+    static QString reason() {
+        return Words::tr("There is no sound card to play through: %1").arg(QString::fromUtf8(SDL_GetError()));
     }
 
     SDL_AudioSpec obtained_{};
@@ -222,7 +224,7 @@ private:
             tell([&] { events_.started(number, sound.seconds, peaks); });
             waitForTheEnd(number, device);
         } catch (const std::exception& error) {
-            const QString reason = QString::fromUtf8(error.what());
+            const QString reason = Words::of(error);
             tell([&] { events_.failed(number, reason); });
             return;
         }

@@ -11,6 +11,8 @@ struct SoundMeasure {
 
     // "copy", "close", "new", "far" (Kinship); empty while it is unknown.
     [[nodiscard]] QString noveltyText() const;
+    // The same for people.
+    [[nodiscard]] QString noveltyWord() const;
 
     friend bool operator==(const SoundMeasure&, const SoundMeasure&) = default;
 };

@@ -236,6 +236,11 @@ class Speaking(unittest.TestCase):
         self.check_scan(Words("es"), {"LANG": "de_DE.UTF-8", "LC_ALL": "es_ES.UTF-8"})
         self.check_scan(Words("de"), {"LANG": "de_DE.UTF-8", "LANGUAGE": ""})
 
+    def test_english_can_be_preferred_to_a_language_that_is_there(self) -> None:
+        here = self.run_program("scan", self.sounds)
+        there = self.run_program("scan", self.sounds, LC_ALL="C.UTF-8", LANGUAGE="en_GB:en:de")
+        self.assertEqual((there.stdout, there.stderr), (here.stdout, here.stderr))
+
     def test_an_installed_locale_does_the_same(self) -> None:
         """Of which only the words are taken: its numbers have commas."""
         folder = self.place / "locales"

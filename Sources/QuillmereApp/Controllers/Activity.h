@@ -2,6 +2,8 @@
 
 #include <QString>
 
+#include "QuillmereApp/Words.h"
+
 namespace quillmere {
 
 // What runs at a moment.
@@ -22,7 +24,7 @@ struct Activity {
 
     // What to tell the user whose wish has to wait until it has ended.
     [[nodiscard]] static QString waitNotice() {
-        return QStringLiteral("Wait until the present run has ended, or cancel it.");
+        return Words::tr("Wait until the present run has ended, or cancel it.");
     }
 
     friend bool operator==(const Activity&, const Activity&) = default;

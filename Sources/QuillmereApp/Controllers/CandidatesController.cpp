@@ -13,6 +13,7 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/ResultsModel.h"
 #include "QuillmereApp/Waveform.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Generate/SoundFile.h"
 #include "QuillmereCore/Origin/Likeness.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -59,9 +60,13 @@ VariationPlan planOf(const SampleGenerator& generator, const CandidatesOrder& or
 
 void requireItsModel(const SampleGenerator& generator, const CandidatesOrder& order) {
     if (!order.model.empty() && order.model != generator.identity())
-        throw Failure("These candidates were made by another model. Open it first, or try new ones.");
+        throw Failure(
+            Words::tr("These candidates were made by another model. Open it first, or try new ones.")
+                .toStdString());
     if (order.relation && parentOf(*order.relation, 0).model != generator.identity())
-        throw Failure("This sound was made by another model. Choose the folder that it was made from first.");
+        throw Failure(
+            Words::tr("This sound was made by another model. Choose the folder that it was made from first.")
+                .toStdString());
 }
 
 // As recipes say it.
@@ -194,7 +199,7 @@ void CandidatesController::begin(const OrderSource& order) {
         addSet(set);
         render(set);
     } else if (!hasModel_) {
-        emit notice(QStringLiteral("There is no model to try yet. Train one first, or press Generate."));
+        emit notice(tr("There is no model to try yet. Train one first, or press Generate."));
     }
 }
 
@@ -274,7 +279,7 @@ void CandidatesController::makeRoom() {
             emit removed(candidate->name);
     }
     if (sets_.size() < before)
-        emit notice(QStringLiteral("The oldest candidates were forgotten to make room for new ones."));
+        emit notice(tr("The oldest candidates were forgotten to make room for new ones."));
 }
 
 std::size_t CandidatesController::bytes() const {
@@ -343,17 +348,18 @@ QString CandidatesController::seed() const {
 QString CandidatesController::about() const {
     if (shown_ == 0) return {};
     const auto& relation = sets_[static_cast<std::size_t>(shown_) - 1]->order.relation;
-    if (!relation) return QStringLiteral("Seed %1").arg(seed());
+    if (!relation) return tr("Seed %1").arg(seed());
+    const QString name = Words::ofSound(relation->name);
     switch (relation->way) {
         case CandidatesRelation::Way::body:
-            return QStringLiteral("New skins of %1").arg(relation->name);
+            return tr("New skins of %1").arg(name);
         case CandidatesRelation::Way::skin:
-            return QStringLiteral("New bodies for %1").arg(relation->name);
+            return tr("New bodies for %1").arg(name);
         case CandidatesRelation::Way::like:
         case CandidatesRelation::Way::inTurn:
             break;
     }
-    return QStringLiteral("Like %1").arg(relation->name);
+    return tr("Like %1").arg(name);
 }
 
 void CandidatesController::copySeed() {
@@ -377,7 +383,7 @@ void CandidatesController::keep(int row) {
     if (!candidate || candidate->isKept() || candidate->isBeingKept) return;
     const std::optional<QUrl> folder = links_.outputFolder();
     if (!folder) {
-        emit errorRaised(QStringLiteral("Choose an output folder first."));
+        emit errorRaised(tr("Choose an output folder first."));
         return;
     }
     emit errorRaised({});
@@ -392,7 +398,7 @@ void CandidatesController::keep(int row) {
             candidate->base = written.base;
             list_.update(candidate);
             emit kept(written.sample, candidate->base);
-            emit notice(QStringLiteral("Kept: %1").arg(candidate->file.fileName()));
+            emit notice(tr("Kept: %1").arg(candidate->file.fileName()));
             if (!written.noteProblem.isEmpty()) emit notice(written.noteProblem);
         },
         [this, candidate](const TaskFailure& failure) {

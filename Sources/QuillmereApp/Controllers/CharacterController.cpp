@@ -141,7 +141,7 @@ void CharacterController::reloadPresets() {
 QString CharacterController::presetNameProblem(const QString& name) const {
     const QString trimmed = name.trimmed();
     if (QString problem = PresetFolder::problemWithName(trimmed); !problem.isEmpty()) return problem;
-    if (presets_.rowOf(trimmed) >= 0) return QStringLiteral("A preset of that name exists already.");
+    if (presets_.rowOf(trimmed) >= 0) return tr("A preset of that name exists already.");
     return {};
 }
 
@@ -155,7 +155,7 @@ void CharacterController::saveOwnPreset(const QString& name) {
     tasks_.run(
         [folder = environment().presetsFolder, trimmed, values] {
             if (!PresetFolder::save(folder, trimmed, values))
-                throw Failure("A preset of that name exists already.");
+                throw Failure(tr("A preset of that name exists already.").toStdString());
             return PresetFolder::list(folder);
         },
         [this, trimmed](QList<OwnPreset> own) {

@@ -219,7 +219,7 @@ QString CorpusController::path() const {
 }
 
 QString CorpusController::chooserMessage() const {
-    return QStringLiteral("Choose the folder of audio samples to learn from");
+    return tr("Choose the folder of audio samples to learn from");
 }
 
 QString CorpusController::scanTimeLeft() const {

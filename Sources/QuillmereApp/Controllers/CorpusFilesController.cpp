@@ -59,16 +59,17 @@ void CorpusFilesController::cancel() {
 QString CorpusFilesController::summary() const {
     if (!isRead_) return {};
     QStringList parts;
-    for (const char* const state : {"fine", "cut", "copy", "damaged", "silent", "unreadable"}) {
-        const int files = files_.countOf(QLatin1String(state));
-        if (files == 0) continue;
-        const bool areCopies = files > 1 && QLatin1String(state) == QLatin1String("copy");
-        parts += QStringLiteral("%1 %2").arg(files).arg(areCopies ? QStringLiteral("copies")
-                                                                  : QLatin1String(state));
-    }
+    const auto add = [&](const char* state, const auto& text) {
+        if (const int files = files_.countOf(QLatin1String(state)); files > 0) parts += text(files);
+    };
+    add("fine", [](int files) { return tr("%n fine", nullptr, files); });
+    add("cut", [](int files) { return tr("%n cut", nullptr, files); });
+    add("copy", [](int files) { return files == 1 ? tr("1 copy") : tr("%n copies", nullptr, files); });
+    add("damaged", [](int files) { return tr("%n damaged", nullptr, files); });
+    add("silent", [](int files) { return tr("%n silent", nullptr, files); });
+    add("unreadable", [](int files) { return tr("%n unreadable", nullptr, files); });
     const int all = corpus_->fileCount();
-    return (all == 1 ? QStringLiteral("1 file: ") : QStringLiteral("%1 files: ").arg(all)) +
-           parts.join(QStringLiteral(", "));
+    return (all == 1 ? tr("1 file: %1") : tr("%n files: %1", nullptr, all)).arg(parts.join(tr(", ")));
 }
 
 int CorpusFilesController::conspicuous() const {

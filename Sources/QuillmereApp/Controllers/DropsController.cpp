@@ -6,6 +6,7 @@
 
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Origin/RecipeLookup.h"
 #include "QuillmereCore/Util/Failure.h"
@@ -27,7 +28,7 @@ void findItsModel(KnownSound& sound, const fs::path& modelsRoot, const FolderLoo
 
 std::vector<CorpusPrints::Neighbour> nearestTo(const fs::path& file, const CorpusPrints& prints) {
     const auto print = Inspection::printOf(Inspection::read(file));
-    if (!print) throw Failure("This sound is silent: nothing is like it.");
+    if (!print) throw Failure(Words::tr("This sound is silent: nothing is like it.").toStdString());
     return prints.nearest(*print, DropsController::mostSimilar);
 }
 
@@ -93,7 +94,7 @@ DropsController::Dropped DropsController::lookAtFile(const Question& question, c
         findItsModel(sound, question.modelsRoot, *question.looks, stop);
         return sound;
     }
-    if (!known.isUnknown) return Refusal{QString::fromStdString(known.problem)};
+    if (!known.isUnknown) return Refusal{Words::of(known.problem)};
     if (!question.hasCorpus) return noSound;
     return Foreign{question.path};
 }

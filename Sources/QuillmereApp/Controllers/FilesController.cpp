@@ -7,8 +7,9 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/MoveFile.h"
 #include "QuillmereApp/Trash.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Failure.h"
-#include "QuillmereCore/Util/Text.h"
+#include "QuillmereCore/Util/Language.h"
 
 namespace quillmere {
 namespace {
@@ -37,7 +38,7 @@ QStringList withoutChange(const QStringList& now, const QStringList& before, con
 
 // One file by its name, more by their number.
 QString namesOf(std::size_t count, const std::filesystem::path& first) {
-    return count == 1 ? toQString(first.filename()) : QStringLiteral("%1 files").arg(count);
+    return count == 1 ? toQString(first.filename()) : Words::tr("%n files", nullptr, static_cast<int>(count));
 }
 
 // What somebody typed as the name of a sound; empty for what is no name.
@@ -86,7 +87,7 @@ FilesController::Outcome FilesController::tryAll(const std::vector<Change>& chan
             outcome.done.push_back(attempt(change));
         }
     } catch (const Failure& failure) {
-        outcome.problem = failure.what();
+        outcome.problem = Language::text(failure.message());
     }
     outcome.left.assign(changes.begin() + std::ssize(outcome.done), changes.end());
     return outcome;
@@ -104,7 +105,9 @@ void FilesController::trash(const QList<QUrl>& files) {
                 Folders::requireAnswer(change.from.parent_path(), *looks);
                 const auto place = move(change.from);
                 if (!place)
-                    throw Failure(Text::utf8(change.from.filename()) + " could not be moved to the trash.");
+                    throw Failure(tr("%1 could not be moved to the trash.")
+                                      .arg(toQString(change.from.filename()))
+                                      .toStdString());
                 change.to = *place;
                 return change;
             };
@@ -128,14 +131,14 @@ void FilesController::hasTrashed(std::vector<Change> changes) {
     }
     if (!favourites.isEmpty()) mark(favourites, false);
     emit filesChanged();
-    emit notice(QStringLiteral("In the trash: %1").arg(namesOf(changes.size(), changes.front().from)));
+    emit notice(tr("In the trash: %1").arg(namesOf(changes.size(), changes.front().from)));
     remember({.changes = std::move(changes), .marks = {}});
 }
 
 void FilesController::rename(const QUrl& file, const QString& name) {
     const QString wanted = soundName(name);
     if (wanted.isEmpty()) {
-        emit errorRaised(QStringLiteral("“%1” is no name for a file.").arg(name.trimmed()));
+        emit errorRaised(tr("“%1” is no name for a file.").arg(name.trimmed()));
         return;
     }
     const std::filesystem::path from = toPath(file);
@@ -145,7 +148,9 @@ void FilesController::rename(const QUrl& file, const QString& name) {
         [change, looks = environment().looks] {
             Folders::requireAnswer(change.from.parent_path(), *looks);
             if (!moveFile(change.from, change.to))
-                throw Failure("There is a file called " + Text::utf8(change.to.filename()) + " already.");
+                throw Failure(tr("There is a file called %1 already.")
+                                  .arg(toQString(change.to.filename()))
+                                  .toStdString());
         },
         [this, change] {
             remember({.changes = {change}, .marks = {}});
@@ -176,8 +181,9 @@ void FilesController::takeBackFiles(const Step& step) {
                 const bool isBack = change.isInTrash ? Trash::restore(change.to, change.from)
                                                      : moveFile(change.to, change.from);
                 if (!isBack)
-                    throw Failure("Another file is called " + Text::utf8(change.from.filename()) +
-                                  " by now.");
+                    throw Failure(tr("Another file is called %1 by now.")
+                                      .arg(toQString(change.from.filename()))
+                                      .toStdString());
                 return change;
             };
             return tryAll(changes, takenBack, stop);
@@ -207,7 +213,7 @@ void FilesController::hasTakenBack(const std::vector<Change>& changes) {
     }
     if (!favourites.isEmpty()) mark(favourites, true);
     emit filesChanged();
-    emit notice(QStringLiteral("Back again: %1").arg(namesOf(changes.size(), changes.front().from)));
+    emit notice(tr("Back again: %1").arg(namesOf(changes.size(), changes.front().from)));
 }
 
 void FilesController::couldNotTakeBack(Step left, const std::string& problem) {

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Paths.h"
 
@@ -19,11 +20,11 @@ bool isQuoted(const QString& text) {
 }  // namespace
 
 QString Folders::onlyLocal() {
-    return QStringLiteral("Only folders on this computer can be used.");
+    return Words::tr("Only folders on this computer can be used.");
 }
 
 QString Folders::noAnswer(const QString& path) {
-    return QStringLiteral("%1 does not answer. Check the drive or the network that it is on.").arg(path);
+    return Words::tr("%1 does not answer. Check the drive or the network that it is on.").arg(path);
 }
 
 void Folders::requireAnswer(const std::filesystem::path& folder, const FolderLooks& looks) {
@@ -48,7 +49,7 @@ QString Folders::typed(const QString& text, const QString& home) {
 
 Folders::Dropped Folders::dropped(const QList<QUrl>& urls) {
     if (urls.size() != 1)
-        return {.path = {}, .refusal = QStringLiteral("Drop one folder: the one that holds the samples.")};
+        return {.path = {}, .refusal = Words::tr("Drop one folder: the one that holds the samples.")};
     if (!urls.front().isLocalFile()) return {.path = {}, .refusal = onlyLocal()};
     return {.path = plain(urls.front().toLocalFile()), .refusal = {}};
 }
@@ -58,9 +59,9 @@ QString Folders::refusal(Place::Kind kind, const QString& path) {
         case Place::Kind::folder:
             return {};
         case Place::Kind::file:
-            return QStringLiteral("This is a file, not a folder. Drop the folder that holds it.");
+            return Words::tr("This is a file, not a folder. Drop the folder that holds it.");
         case Place::Kind::nothing:
-            return QStringLiteral("There is no folder %1.").arg(path);
+            return Words::tr("There is no folder %1.").arg(path);
         case Place::Kind::noAnswer:
             return noAnswer(path);
     }

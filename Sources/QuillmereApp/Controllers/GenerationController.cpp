@@ -89,7 +89,7 @@ void GenerationController::begin(Returned returned) {
     }
     const auto folder = links_.outputFolder();
     if (!folder) {
-        emit errorRaised(QStringLiteral("Choose an output folder first."));
+        emit errorRaised(tr("Choose an output folder first."));
         emit outputFolderMissing();
         returned();
         return;
@@ -99,8 +99,8 @@ void GenerationController::begin(Returned returned) {
         return;
     }
     if (!supplies_.hasSummary) {
-        emit notice(supplies_.corpusIsChosen ? QStringLiteral("This folder has not been scanned.")
-                                             : QStringLiteral("Choose a corpus first."));
+        emit notice(supplies_.corpusIsChosen ? tr("This folder has not been scanned.")
+                                             : tr("Choose a corpus first."));
         returned();
         return;
     }
@@ -212,12 +212,11 @@ std::shared_ptr<const RecipeBase> GenerationController::baseOf(const QUrl& resul
 }
 
 void GenerationController::endedEarly(TaskFailure failure, int files) {
-    const QString written = (total_ == 1 ? QStringLiteral("%1 of %2 variation written.")
-                                         : QStringLiteral("%1 of %2 variations written."))
-                                .arg(files)
-                                .arg(total_);
+    const QString written =
+        (total_ == 1 ? tr("%1 of 1 variation written.") : tr("%1 of %n variations written.", nullptr, total_))
+            .arg(files);
     if (failure.kind == TaskFailure::Kind::cancelled) {
-        emit notice(QStringLiteral("Cancelled: ") + written);
+        emit notice(tr("Cancelled: %1").arg(written));
     } else if (files > 0) {
         failure.message += QLatin1Char('\n') + written;
     }
@@ -253,7 +252,7 @@ void GenerationController::beginAudition(std::optional<std::uint64_t> seed, cons
         return;
     }
     if (!canAudition()) {
-        emit notice(QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
+        emit notice(tr("There is no model to audition yet. Train one first, or press Generate."));
         return;
     }
     startAudition(links_.auditionRequest(seed), links_.preview(), origin);
@@ -310,7 +309,7 @@ void GenerationController::startAudition(const AuditionRequest& request, const P
             if (!auditionIsDropped_) {
                 emit auditionFinished(auditionURL());
                 if (basis == DetailBasis::noise) emit notice(noiseText(1, 1));
-                if (isBeforeLearning) emit notice(QStringLiteral("Before learning: this is the head start."));
+                if (isBeforeLearning) emit notice(tr("Before learning: this is the head start."));
             }
             auditionEnded();
         },

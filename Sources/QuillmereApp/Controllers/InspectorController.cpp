@@ -7,6 +7,7 @@
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TimeText.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
@@ -297,14 +298,17 @@ std::optional<Recipe> InspectorController::recipe() const {
 }
 
 void InspectorController::wish(CandidatesRelation::Way way) {
-    if (const auto parent = recipe()) emit candidatesWanted({.way = way, .parent = *parent, .name = title()});
+    const auto parent = recipe();
+    if (!parent) return;
+    const QString name = isFile() ? title() : Words::keptName(subject_->candidate->number);
+    emit candidatesWanted({.way = way, .parent = *parent, .name = name});
 }
 
 void InspectorController::copyRecipe() {
     const auto copied = recipe();
     if (!copied) return;
     environment().copyText(QString::fromStdString(encodeJSON(*copied)));
-    emit notice(QStringLiteral("Recipe copied"));
+    emit notice(tr("Recipe copied"));
 }
 
 // ---- Values
@@ -312,7 +316,7 @@ void InspectorController::copyRecipe() {
 QString InspectorController::title() const {
     if (!subject_) return {};
     if (isFile()) return file().fileName();
-    return QStringLiteral("Candidate %1").arg(subject_->candidate->number);
+    return Words::ofSound(Words::keptName(subject_->candidate->number));
 }
 
 QUrl InspectorController::soundURL() const {
@@ -331,8 +335,8 @@ QString InspectorController::durationText() const {
 
 QString InspectorController::levelText() const {
     if (!facts_) return {};
-    if (!(facts_->level.loudness > 0)) return QStringLiteral("silent");
-    return QStringLiteral("%1, peak %2")
+    if (!(facts_->level.loudness > 0)) return tr("silent");
+    return tr("%1, peak %2")
         .arg(decibelText(LevelMatch::decibels(facts_->level.loudness)),
              decibelText(LevelMatch::decibels(facts_->level.peak)));
 }
@@ -413,21 +417,20 @@ bool InspectorController::isLikeSource() const {
 
 QString InspectorController::verdict() const {
     // Which one is not known.
-    if (isLikeSource() && !isLikeNearest())
-        return QStringLiteral("Nearly a copy of a sample that it is made of");
-    if (nearest_.empty()) return isCompared_ ? QStringLiteral("Nothing to compare with") : QString();
+    if (isLikeSource() && !isLikeNearest()) return tr("Nearly a copy of a sample that it is made of");
+    if (nearest_.empty()) return isCompared_ ? tr("Nothing to compare with") : QString();
     const QString name = nameOf(nearest_.front().name);
     switch (kinship(distance())) {
         case Kinship::copy:
-            return QStringLiteral("Nearly a copy of %1").arg(name);
+            return tr("Nearly a copy of %1").arg(name);
         case Kinship::close:
-            return QStringLiteral("Close to %1").arg(name);
+            return tr("Close to %1").arg(name);
         case Kinship::fresh:
-            return QStringLiteral("New, of the kind of %1").arg(name);
+            return tr("New, of the kind of %1").arg(name);
         case Kinship::far:
             break;
     }
-    return QStringLiteral("New, and far from every sample");
+    return tr("New, and far from every sample");
 }
 
 }  // namespace quillmere

@@ -9,6 +9,7 @@
 #include "QuillmereApp/Controllers/Noting.h"
 #include "QuillmereApp/Controllers/RecipeBases.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Origin/RecipeLookup.h"
 #include "QuillmereCore/Util/Failure.h"
 
@@ -31,8 +32,10 @@ std::string freeName(const fs::path& parent, const std::string& corpus) {
 void requireItsModel(const std::vector<KitFolder::Chosen>& sounds, const SampleGenerator& generator) {
     for (const KitFolder::Chosen& sound : sounds) {
         if (sound.recipe.model != generator.identity())
-            throw Failure("A sound of these was made by another model: " + sound.source.filename().string() +
-                          ". Choose sounds of one model.");
+            throw Failure(
+                Words::tr("A sound of these was made by another model: %1. Choose sounds of one model.")
+                    .arg(toQString(sound.source.filename()))
+                    .toStdString());
         requireFit(sound.recipe, generator.bundle());
     }
 }
@@ -76,16 +79,16 @@ void KitController::make(std::vector<KitFolder::Chosen> sounds) {
         return;
     }
     if (sounds.empty() || !hasModel_) {
-        emit notice(QStringLiteral("Choose sounds that the present model has made."));
+        emit notice(tr("Choose sounds that the present model has made."));
         return;
     }
     if (sounds.size() > Kit::mostInstruments) {
-        emit notice(QStringLiteral("A kit has keys for %1 sounds. Choose fewer.").arg(Kit::mostInstruments));
+        emit notice(tr("A kit has keys for %1 sounds. Choose fewer.").arg(Kit::mostInstruments));
         return;
     }
     const std::optional<QUrl> folder = links_.outputFolder();
     if (!folder) {
-        emit errorRaised(QStringLiteral("Choose an output folder first."));
+        emit errorRaised(tr("Choose an output folder first."));
         return;
     }
     emit errorRaised({});
@@ -115,7 +118,7 @@ void KitController::begin(Work work) {
     tasks_.run([work = std::move(work), stop = cancel_->token()] { return makeIn(work, stop); },
                [this](const Made& kit) {
                    ended();
-                   emit notice(QStringLiteral("Kit written: %1")
+                   emit notice(tr("Kit written: %1")
                                    .arg(Folders::displayed(toQString(kit.folder), environment().homeFolder)));
                    if (!kit.noteProblem.isEmpty()) emit notice(kit.noteProblem);
                    emit made(toUrl(kit.folder));
@@ -124,7 +127,7 @@ void KitController::begin(Work work) {
                    ended();
                    report(failure);
                    if (left->empty()) return;
-                   emit notice(QStringLiteral("The kit is not complete: %1")
+                   emit notice(tr("The kit is not complete: %1")
                                    .arg(Folders::displayed(toQString(*left), environment().homeFolder)));
                });
 }

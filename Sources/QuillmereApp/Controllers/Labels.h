@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "QuillmereApp/Words.h"
+
 // Values of the core library in pickers: their labels, and their places in the list of them.
 namespace quillmere {
 
@@ -16,7 +18,7 @@ template <typename Values>
 [[nodiscard]] QStringList labelsOf(const Values& values) {
     QStringList labels;
     for (const auto value : values)
-        labels.append(text(label(value)));
+        labels.append(Words::inTable(label(value)));
     return labels;
 }
 

@@ -6,6 +6,7 @@
 
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Origin/Likeness.h"
 
 namespace quillmere {
@@ -155,7 +156,7 @@ void MapController::moreLikeThese() {
     if (selected_.empty()) return;
     CandidatesRelation wanted{.way = CandidatesRelation::Way::inTurn};
     wanted.name = selected_.size() == 1 ? nameAt(selected_.front())
-                                        : QStringLiteral("%1 sounds of the map").arg(selected_.size());
+                                        : Words::keptNameOfMap(static_cast<int>(selected_.size()));
     const std::size_t parents = std::min<std::size_t>(selected_.size(), candidatesPerSet);
     for (std::size_t i = 0; i < parents; ++i)
         wanted.parents.push_back(makeRecipe(originOf(selected_[i * selected_.size() / parents]), {}));
@@ -196,7 +197,7 @@ QString MapController::nameAt(int point) const {
 QString MapController::caption() const {
     if (!map_) return {};
     const double share = map_->shares()[0] + map_->shares()[1];
-    return QStringLiteral("Near one another is what sounds alike; the map shows %1 % of the differences.")
+    return tr("Near one another is what sounds alike; the map shows %1 % of the differences.")
         .arg(std::lround(100 * share));
 }
 

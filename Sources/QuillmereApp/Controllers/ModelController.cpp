@@ -12,6 +12,7 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/ModelText.h"
 #include "QuillmereApp/TimeText.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Model/HeadStart.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
@@ -47,9 +48,9 @@ std::optional<TaskFailure> whyNotStored(const ModelBundle& bundle, const std::fi
     try {
         ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
     } catch (const ModelBusyError& error) {
-        return TaskFailure{QString::fromUtf8(error.what())};
+        return TaskFailure{Words::of(error)};
     } catch (const FileError& error) {
-        return TaskFailure{QString::fromUtf8(error.what())};
+        return TaskFailure{Words::of(error)};
     }
     return std::nullopt;
 }
@@ -157,9 +158,8 @@ QString ModelController::unstoredText() const {
     if (!isUnstored()) return {};
     const Unstored& newest = unstored_.back();
     if (newest.generator == generator_)
-        return QStringLiteral(
-            "This model is not stored yet. You can use it, but it is lost when the program ends.");
-    return QStringLiteral("The model of %1 is not stored yet. It is lost when the program ends.")
+        return tr("This model is not stored yet. You can use it, but it is lost when the program ends.");
+    return tr("The model of %1 is not stored yet. It is lost when the program ends.")
         .arg(QString::fromStdString(newest.generator->bundle().metadata.corpusName));
 }
 
@@ -185,7 +185,7 @@ void ModelController::hasStored(const Unstored& stored) {
     if (std::erase_if(unstored_, [&](const Unstored& other) { return other.generator == stored.generator; }) >
         0)
         emit isUnstoredChanged();
-    emit notice(QStringLiteral("The model is stored."));
+    emit notice(tr("The model is stored."));
     storeAgain();  // the others
 }
 
@@ -214,12 +214,10 @@ void ModelController::load(const std::filesystem::path& folder) {
 void ModelController::loadFailed(const TaskFailure& failure) {
     const bool isDamaged = failure.kind == TaskFailure::Kind::damage;
     const QString problem =
-        isDamaged ? QStringLiteral(
-                        "The stored model cannot be used. Retrain to get a new one; the files of "
-                        "the old one are kept.")
-                  : QStringLiteral(
-                        "The stored model could not be opened, which need not be its fault. Open it "
-                        "again, or retrain to get a new one; the files of the old one are kept.");
+        isDamaged ? tr("The stored model cannot be used. Retrain to get a new one; the files of "
+                       "the old one are kept.")
+                  : tr("The stored model could not be opened, which need not be its fault. Open it "
+                       "again, or retrain to get a new one; the files of the old one are kept.");
     endLoading(problem, !isDamaged);
     report(failure);
 }
@@ -230,10 +228,9 @@ void ModelController::openAgain() {
 
 void ModelController::cancelLoading() {
     if (!isLoading_) return;
-    endLoading(
-        QStringLiteral("The stored model was not opened. Open it, or retrain to get a new one; the files "
-                       "of the old one are kept."),
-        true);
+    endLoading(tr("The stored model was not opened. Open it, or retrain to get a new one; the files "
+                  "of the old one are kept."),
+               true);
 }
 
 // Without a model. Whoever waited for one is told last, when everything else is known.
@@ -338,7 +335,7 @@ void ModelController::train(const Returned& returned) {
     emit errorRaised({});
     lossHistory_.clear();
     training_ = TrainingProgress();
-    training_->message = Message("Starting…");
+    training_->message = Message::verbatim(tr("Starting…").toStdString());
     emit progressed();
     trainCancel_ = std::make_shared<CancelFlag>();
     enough_ = std::make_shared<CancelFlag>();
@@ -381,7 +378,7 @@ ModelController::Trained ModelController::learn(const Training& training) {
     try {
         options = training.order.options();
     } catch (const Failure& failure) {
-        tellOfStart(QString::fromUtf8(failure.what()));
+        tellOfStart(Words::of(failure));
         options = training.order.withStart(nullptr);
     }
     network::Backend& backend = training.device->backend();
@@ -408,8 +405,7 @@ void ModelController::learned(Trained trained, const std::shared_ptr<network::Ch
 // From work in the background.
 void ModelController::tellOfStart(const QString& problem) {
     tasks_.post([this, problem] {
-        emit notice(QStringLiteral("The head start cannot be used, so learning begins from scratch. ") +
-                    problem);
+        emit notice(tr("The head start cannot be used, so learning begins from scratch. %1").arg(problem));
     });
 }
 
@@ -454,7 +450,7 @@ const ModelBundle* ModelController::bundle() const {
 }
 
 QString ModelController::analysisLabel() const {
-    return bundle() ? text(label(bundle()->config.profile)) : QString();
+    return bundle() ? Words::inTable(label(bundle()->config.profile)) : QString();
 }
 
 double ModelController::clipSeconds() const {
@@ -477,14 +473,14 @@ QString ModelController::trainedQuality() const {
 QStringList ModelController::qualityLabels() const {
     QStringList labels;
     for (const QualityInfo& quality : allQualities)
-        labels.append(QString::fromUtf8(quality.label));
+        labels.append(Words::inTable(quality.label));
     return labels;
 }
 
 QStringList ModelController::qualityHelps() const {
     QStringList helps;
     for (const QualityInfo& quality : allQualities)
-        helps.append(QString::fromUtf8(quality.help));
+        helps.append(Words::inTable(quality.help));
     return helps;
 }
 
@@ -498,7 +494,7 @@ QStringList ModelController::analysisLabels() const {
 }
 
 QString ModelController::analysisHelp() const {
-    return QStringLiteral(
+    return tr(
         "Automatic picks a fine-frequency analysis for sustained, pitched samples and a fine-time analysis "
         "for percussive ones.");
 }
@@ -514,11 +510,11 @@ void ModelController::setAnalysisIndex(int index) {
 }
 
 QStringList ModelController::startLabels() const {
-    return {QStringLiteral("From scratch"), QStringLiteral("Head start")};
+    return {tr("From scratch"), tr("Head start")};
 }
 
 QString ModelController::startHelp() const {
-    return QStringLiteral(
+    return tr(
         "A head start begins with a network that has learned thousands of sounds made by rule: learning "
         "takes "
         "seconds, and Audition works before it.");
@@ -536,9 +532,9 @@ bool ModelController::canTrain() const {
 }
 
 QString ModelController::trainHint() const {
-    if (!corpusIsChosen_) return QStringLiteral("Choose a corpus first.");
-    if (summary_ && summary_->files.empty()) return QStringLiteral("No audio files found in this folder.");
-    if (!summary_ && !activity().isScanning) return QStringLiteral("This folder has not been scanned.");
+    if (!corpusIsChosen_) return tr("Choose a corpus first.");
+    if (summary_ && summary_->files.empty()) return tr("No audio files found in this folder.");
+    if (!summary_ && !activity().isScanning) return tr("This folder has not been scanned.");
     return {};
 }
 
@@ -547,7 +543,7 @@ QString ModelController::phase() const {
 }
 
 QString ModelController::message() const {
-    return training_ ? QString::fromStdString(training_->message) : QString();
+    return training_ ? Words::of(training_->message) : QString();
 }
 
 int ModelController::step() const {

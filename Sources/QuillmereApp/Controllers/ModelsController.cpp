@@ -13,18 +13,19 @@
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/ModelText.h"
 #include "QuillmereApp/Trash.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
 namespace {
 
 std::variant<ModelMetadata, QString> contentOf(const ModelStore::StoredFolder& stored) {
-    if (!stored.holdsModel) return QStringLiteral("Only remains of a model that was being stored.");
+    if (!stored.holdsModel) return Words::tr("Only remains of a model that was being stored.");
     try {
         // The whole model: only its weights and latents tell whether they fit.
         return ModelStore::open(stored.folder).metadata;
     } catch (const Failure& failure) {
-        return QString::fromUtf8(failure.what());
+        return Words::of(failure);
     }
 }
 
@@ -34,9 +35,9 @@ QString dateText(const ModelMetadata& metadata) {
 }
 
 QString detailOf(const ModelMetadata& metadata) {
-    const auto clips = metadata.clipNames.size();
-    return (clips == 1 ? QStringLiteral("1 sample") : QStringLiteral("%1 samples").arg(clips)) +
-           QStringLiteral(" · trained %1 · ").arg(dateText(metadata)) + ModelText::effort(metadata);
+    const auto clips = static_cast<int>(metadata.clipNames.size());
+    const QString samples = clips == 1 ? Words::tr("1 sample") : Words::tr("%n samples", nullptr, clips);
+    return Words::tr("%1 · trained %2 · %3").arg(samples, dateText(metadata), ModelText::effort(metadata));
 }
 
 enum class Sameness { none, names, sizes };
@@ -220,8 +221,9 @@ void ModelsController::remove(int row) {
             const std::optional<std::filesystem::path> inTrash = trash(folder);
             if (!inTrash)
                 throw Failure(
-                    "The model could not be moved to the trash. Delete it with: quillmere-cli models "
-                    "remove");
+                    tr("The model could not be moved to the trash. Delete it with: quillmere-cli models "
+                       "remove")
+                        .toStdString());
             return inTrash;
         },
         [this, removed = *entry](const std::optional<std::filesystem::path>& inTrash) {
@@ -279,9 +281,8 @@ QString ModelsController::totalText() const {
     std::uintmax_t bytes = 0;
     for (const Entry& entry : entries_)
         bytes += entry.stored.bytes + entry.stored.remains;
-    const auto count = entries_.size();
-    return (count == 1 ? QStringLiteral("1 model, ") : QStringLiteral("%1 models, ").arg(count)) +
-           ModelText::size(bytes);
+    const auto count = static_cast<int>(entries_.size());
+    return (count == 1 ? tr("1 model, %1") : tr("%n models, %1", nullptr, count)).arg(ModelText::size(bytes));
 }
 
 QString ModelsController::removedName() const {

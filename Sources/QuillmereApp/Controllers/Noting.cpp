@@ -1,12 +1,12 @@
 #include "QuillmereApp/Controllers/Noting.h"
 
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Failure.h"
 
 namespace quillmere {
 
-QString Noting::notNoted(const std::string& reason) {
-    return QStringLiteral("How the files were made could not be noted everywhere. %1.")
-        .arg(QString::fromStdString(reason));
+QString Noting::notNoted(const Message& reason) {
+    return Words::tr("How the files were made could not be noted everywhere. %1.").arg(Words::of(reason));
 }
 
 // A preference that cannot be read may well be that there be no journal.
@@ -14,9 +14,8 @@ RecipeCarriers Noting::carriers(QString& problem) const {
     try {
         if (!isOn_ || isOn_()) return {.journal = file_};
     } catch (const FileError& error) {
-        problem =
-            QStringLiteral("The journal stays as it is, because it cannot be told whether it is wanted. %1.")
-                .arg(QString::fromUtf8(error.what()));
+        problem = Words::tr("The journal stays as it is, because it cannot be told whether it is wanted. %1.")
+                      .arg(Words::of(error));
     }
     return {};
 }
@@ -33,7 +32,7 @@ QString Noting::note(const JournalSet& set) const {
     try {
         Journal(*where.journal).append(set);
     } catch (const FileError& error) {
-        return notNoted(error.what());
+        return notNoted(error.message());
     }
     return {};
 }

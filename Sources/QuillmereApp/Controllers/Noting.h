@@ -25,7 +25,7 @@ public:
     // The sentence to tell when keeper could not note all files; empty when it could.
     [[nodiscard]] static QString problemOf(const RecipeKeeper& keeper);
     // The same for that reason.
-    [[nodiscard]] static QString notNoted(const std::string& reason);
+    [[nodiscard]] static QString notNoted(const Message& reason);
 
     // Notes a set that is only heard. Returns the sentence to tell when that fails, else nothing.
     [[nodiscard]] QString note(const JournalSet& set) const;

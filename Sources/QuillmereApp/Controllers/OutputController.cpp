@@ -157,8 +157,8 @@ void OutputController::show(const QUrl& folder, const QList<QUrl>& files) {
                 stop = closing_.token()] { return show(folder, files, stop); },
                [this, folder](bool shown) {
                    if (!shown)
-                       emit errorRaised(QStringLiteral("No file manager could be opened. The folder is %1")
-                                            .arg(folder.toLocalFile()));
+                       emit errorRaised(
+                           tr("No file manager could be opened. The folder is %1").arg(folder.toLocalFile()));
                },
                [this](const TaskFailure& failure) { report(failure); });
 }
@@ -171,7 +171,7 @@ std::optional<QUrl> OutputController::folder() const {
 }
 
 QString OutputController::chooserMessage() const {
-    return QStringLiteral("Choose a folder for the generated samples — use New Folder to create one");
+    return tr("Choose a folder for the generated samples — use New Folder to create one");
 }
 
 void OutputController::setCount(int count) {

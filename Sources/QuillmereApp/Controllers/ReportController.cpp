@@ -7,6 +7,7 @@
 #include "QuillmereApp/Controllers/Labels.h"
 #include "QuillmereApp/FilePath.h"
 #include "QuillmereApp/TemporarySound.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -112,12 +113,12 @@ std::filesystem::path ReportController::exampleFile(const char* kind, std::size_
 QString ReportController::message() const {
     switch (progress_.part) {
         case ReportProgress::Part::reading:
-            return QStringLiteral("Reading the samples…");
+            return tr("Reading the samples…");
         case ReportProgress::Part::comparing:
         case ReportProgress::Part::training:
             break;
     }
-    return QStringLiteral("Comparing the samples…");
+    return tr("Comparing the samples…");
 }
 
 double ReportController::fraction() const {
@@ -130,14 +131,14 @@ QString ReportController::grade() const {
 }
 
 QString ReportController::verdict() const {
-    return card_ ? QString::fromStdString(card_->verdict()) : QString();
+    return card_ ? Words::of(card_->verdict()) : QString();
 }
 
 QStringList ReportController::advice() const {
     QStringList sentences;
     if (!card_) return sentences;
     for (const Message& sentence : card_->advice())
-        sentences.append(QString::fromStdString(sentence));
+        sentences.append(Words::of(sentence));
     return sentences;
 }
 
@@ -165,11 +166,13 @@ QVariantList ReportController::nearDuplicates() const {
         const ReportCard::Pair& pair = card_->nearDuplicates[i];
         const std::string& first = card_->clips[pair.first].name;
         const std::string& second = card_->clips[pair.second].name;
-        rows.append(QVariantMap{{QStringLiteral("first"), toQString(first)},
-                                {QStringLiteral("second"), toQString(second)},
-                                {QStringLiteral("distanceText"), decibels(pair.distanceDB)},
-                                {QStringLiteral("firstUrl"), original(first)},
-                                {QStringLiteral("secondUrl"), original(second)}});
+        rows.append(
+            QVariantMap{{QStringLiteral("first"), toQString(first)},
+                        {QStringLiteral("second"), toQString(second)},
+                        {QStringLiteral("both"), tr("%1 and %2").arg(toQString(first), toQString(second))},
+                        {QStringLiteral("distanceText"), decibels(pair.distanceDB)},
+                        {QStringLiteral("firstUrl"), original(first)},
+                        {QStringLiteral("secondUrl"), original(second)}});
     }
     return rows;
 }

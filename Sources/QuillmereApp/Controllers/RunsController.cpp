@@ -9,6 +9,7 @@
 #include "QuillmereApp/Controllers/Assign.h"
 #include "QuillmereApp/Controllers/Folders.h"
 #include "QuillmereApp/FilePath.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Audio/AudioIO.h"
 #include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
@@ -66,10 +67,6 @@ CandidatesOrder orderOf(const JournalSet& set) {
             .relation = relationOf(set),
             .isNoted = true,
             .model = set.first.model};
-}
-
-QString counted(qsizetype count, const QString& one, const QString& many) {
-    return count == 1 ? QStringLiteral("1 ") + one : QStringLiteral("%1 ").arg(count) + many;
 }
 
 QString dateText(const std::string& made) {
@@ -189,11 +186,13 @@ QVariantMap RunsController::shown(const JournalRun& run) const {
     QString what;
     QString place;
     if (run.set) {
-        what = counted(run.set->count, QStringLiteral("candidate"), QStringLiteral("candidates"));
+        const auto count = static_cast<int>(run.set->count);
+        what = count == 1 ? tr("1 candidate") : tr("%n candidates", nullptr, count);
         if (run.set->parent)
-            place = QStringLiteral("Relatives of %1").arg(QString::fromStdString(run.set->parent->name));
+            place = tr("Relatives of %1").arg(Words::ofSound(QString::fromStdString(run.set->parent->name)));
     } else {
-        what = counted(std::ssize(run.files), QStringLiteral("file"), QStringLiteral("files"));
+        const auto count = static_cast<int>(run.files.size());
+        what = count == 1 ? tr("1 file") : tr("%n files", nullptr, count);
         place =
             Folders::displayed(toQString(pathOf(run.files.front()).parent_path()), environment().homeFolder);
     }

@@ -9,6 +9,7 @@
 #include "QuillmereApp/ParameterModel.h"
 #include "QuillmereApp/ResultsModel.h"
 #include "QuillmereApp/Waveform.h"
+#include "QuillmereApp/Words.h"
 #include "QuillmereCore/Util/Parallel.h"
 
 namespace quillmere {
@@ -46,7 +47,7 @@ void SweepController::open(const QString& parameterId) {
         return;
     }
     if (!hasModel_) {
-        emit notice(QStringLiteral("There is no model to audition yet. Train one first, or press Generate."));
+        emit notice(tr("There is no model to audition yet. Train one first, or press Generate."));
         return;
     }
     emit errorRaised({});
@@ -150,7 +151,7 @@ QString SweepController::parameterId() const {
 }
 
 QString SweepController::title() const {
-    return spec_ ? text(spec_->title) : QString();
+    return spec_ ? Words::inTable(spec_->title) : QString();
 }
 
 int SweepController::currentPlace() const {

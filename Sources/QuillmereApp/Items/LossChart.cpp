@@ -72,9 +72,9 @@ void LossChart::setFont(const QFont& font) {
 }
 
 QString LossChart::description() const {
-    if (!points_ || points_->count() == 0) return QStringLiteral("No loss yet");
+    if (!points_ || points_->count() == 0) return tr("No loss yet");
     const LossPoint& last = points_->points().constLast();
-    return QStringLiteral("Loss %1 at step %2").arg(number(last.loss)).arg(last.id);
+    return tr("Loss %1 at step %2").arg(number(last.loss)).arg(last.id);
 }
 
 double LossChart::roundUp(double value) {

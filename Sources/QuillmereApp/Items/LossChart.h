@@ -42,8 +42,8 @@ public:
     void setTextColor(const QColor& color);
     [[nodiscard]] QFont font() const { return font_; }
     void setFont(const QFont& font);
-    [[nodiscard]] QString xTitle() const { return QStringLiteral("Step"); }
-    [[nodiscard]] QString yTitle() const { return QStringLiteral("Loss"); }
+    [[nodiscard]] QString xTitle() const { return tr("Step"); }
+    [[nodiscard]] QString yTitle() const { return tr("Loss"); }
     [[nodiscard]] QString description() const;
 
     void paint(QPainter* painter) override;

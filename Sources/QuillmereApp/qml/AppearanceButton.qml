@@ -9,7 +9,7 @@ IconButton {
 
     objectName: "appearance"
     iconName: appearance.mode === Appearance.Light ? "sun.max" : appearance.mode === Appearance.Dark ? "moon" : "circle.lefthalf.filled"
-    text: "Appearance"
+    text: qsTr("Appearance")
     onClicked: {
         loader.active = true;
         const menu = loader.item as AppearanceMenu;

@@ -7,19 +7,19 @@ Menu {
     required property Appearance appearance
 
     MenuItem {
-        text: "As the Desktop"
+        text: qsTr("As the Desktop")
         checkable: true
         checked: menu.appearance.mode === Appearance.System
         onTriggered: menu.appearance.mode = Appearance.System
     }
     MenuItem {
-        text: "Light"
+        text: qsTr("Light")
         checkable: true
         checked: menu.appearance.mode === Appearance.Light
         onTriggered: menu.appearance.mode = Appearance.Light
     }
     MenuItem {
-        text: "Dark"
+        text: qsTr("Dark")
         checkable: true
         checked: menu.appearance.mode === Appearance.Dark
         onTriggered: menu.appearance.mode = Appearance.Dark

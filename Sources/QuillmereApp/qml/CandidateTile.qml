@@ -15,11 +15,12 @@ Rectangle {
     required property bool isKept
     required property string fileName
     required property string novelty
+    required property string noveltyText
 
     property real playingSeconds: 0  // how long what plays lasts
     property bool selected: false
     property bool focused: false
-    readonly property string spokenName: "Candidate " + number
+    readonly property string spokenName: qsTr("Candidate %1").arg(number)
 
     signal selectRequested
     signal playRequested
@@ -34,7 +35,7 @@ Rectangle {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: spokenName
-    Accessible.description: durationText + (novelty.length > 0 ? ", " + novelty : "") + (isKept ? ", kept as " + fileName : "") + (isPlaying ? ", playing" : "")
+    Accessible.description: [durationText, noveltyText, isKept ? qsTr("kept as %1").arg(fileName) : "", isPlaying ? qsTr("playing") : ""].filter(part => part.length > 0).join(qsTr(", "))
     Accessible.selected: selected
     Accessible.onPressAction: playRequested()
 
@@ -56,8 +57,8 @@ Rectangle {
         iconName: tile.isPlaying ? "stop.fill" : "play.circle"
         iconSize: tile.isPlaying ? 14 : 20
         ink: tile.isPlaying ? Theme.accent : Theme.text
-        text: tile.isPlaying ? "Stop" : "Play"
-        Accessible.name: text + " " + tile.spokenName
+        text: tile.isPlaying ? qsTr("Stop") : qsTr("Play")
+        Accessible.name: (tile.isPlaying ? qsTr("Stop %1") : qsTr("Play %1")).arg(tile.spokenName)
         onClicked: {
             tile.selectRequested();
             tile.playRequested();
@@ -114,7 +115,7 @@ Rectangle {
             anchors.leftMargin: Theme.inner
             anchors.verticalCenter: parent.verticalCenter
             visible: text.length > 0
-            text: tile.novelty
+            text: tile.noveltyText
             color: tile.novelty === "copy" ? Theme.error : Theme.secondary
             font.pixelSize: 11
             wrapMode: Text.NoWrap
@@ -135,7 +136,7 @@ Rectangle {
                 color: Theme.good
             }
             Label {
-                text: "kept"
+                text: qsTr("kept")
                 color: Theme.good
                 font.pixelSize: 11
                 wrapMode: Text.NoWrap
@@ -149,9 +150,9 @@ Rectangle {
             TileButton {
                 objectName: "keep-" + tile.index
                 iconName: "checkmark"
-                text: "Keep"
-                tip: "Keep (K): write the file"
-                Accessible.name: text + " " + tile.spokenName
+                text: qsTr("Keep")
+                tip: qsTr("Keep (K): write the file")
+                Accessible.name: qsTr("Keep %1").arg(tile.spokenName)
                 onClicked: {
                     tile.selectRequested();
                     tile.keepRequested();
@@ -160,9 +161,9 @@ Rectangle {
             TileButton {
                 objectName: "discard-" + tile.index
                 iconName: "xmark"
-                text: "Discard"
-                tip: "Discard (X); Ctrl+Z brings it back"
-                Accessible.name: text + " " + tile.spokenName
+                text: qsTr("Discard")
+                tip: qsTr("Discard (X); Ctrl+Z brings it back")
+                Accessible.name: qsTr("Discard %1").arg(tile.spokenName)
                 onClicked: {
                     tile.selectRequested();
                     tile.discardRequested();

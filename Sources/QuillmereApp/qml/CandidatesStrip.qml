@@ -24,7 +24,7 @@ Rectangle {
     border.color: Theme.line
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Candidates"
+    Accessible.name: qsTr("Candidates")
 
     function takeKeyboard() {
         list.forceActiveFocus(Qt.ShortcutFocusReason);
@@ -66,7 +66,7 @@ Rectangle {
         id: heading
         x: Theme.outer
         y: Theme.between
-        text: "Candidates"
+        text: qsTr("Candidates")
         font.weight: Font.DemiBold
         wrapMode: Text.NoWrap
         Accessible.role: Accessible.Heading
@@ -76,7 +76,7 @@ Rectangle {
         anchors.left: heading.right
         anchors.leftMargin: Theme.inner
         anchors.baseline: heading.baseline
-        text: strip.candidates.isTrying ? strip.candidates.done + " of " + strip.candidates.perSet : list.count === 1 ? "1 sound" : list.count + " sounds"
+        text: strip.candidates.isTrying ? qsTr("%1 of %2").arg(strip.candidates.done).arg(strip.candidates.perSet) : list.count === 1 ? qsTr("1 sound") : qsTr("%n sounds", "", list.count)
         color: Theme.secondary
         font.family: Theme.figures
         font.pixelSize: Theme.smallSize
@@ -104,7 +104,7 @@ Rectangle {
             objectName: "copyCandidatesSeed"
             iconName: "doc.on.doc"
             iconSize: 14
-            text: "Copy the seed of these candidates"
+            text: qsTr("Copy the seed of these candidates")
             onClicked: strip.candidates.copySeed()
         }
     }
@@ -120,7 +120,7 @@ Rectangle {
             visible: strip.candidates.sets > 1
             enabled: strip.candidates.shown > 1
             iconName: "chevron.left"
-            text: "Older candidates"
+            text: qsTr("Older candidates")
             onClicked: strip.candidates.show(strip.candidates.shown - 1)
         }
         Label {
@@ -132,7 +132,7 @@ Rectangle {
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
-            Accessible.name: "Set " + strip.candidates.shown + " of " + strip.candidates.sets
+            Accessible.name: qsTr("Set %1 of %2").arg(strip.candidates.shown).arg(strip.candidates.sets)
         }
         IconButton {
             objectName: "newerSet"
@@ -140,7 +140,7 @@ Rectangle {
             visible: strip.candidates.sets > 1
             enabled: strip.candidates.shown < strip.candidates.sets
             iconName: "chevron.right"
-            text: "Newer candidates"
+            text: qsTr("Newer candidates")
             onClicked: strip.candidates.show(strip.candidates.shown + 1)
         }
         ActionButton {
@@ -148,7 +148,7 @@ Rectangle {
             height: 28
             quiet: true
             iconName: "magnifyingglass"
-            text: "Inspect"
+            text: qsTr("Inspect")
             tip: "I"
             visible: strip.width >= 500
             onClicked: strip.inspectRequested()
@@ -157,8 +157,8 @@ Rectangle {
             objectName: "showResults"
             height: 28
             quiet: true
-            text: "Results"
-            tip: "Ctrl+R"
+            text: qsTr("Results")
+            tip: qsTr("Ctrl+R")
             onClicked: strip.resultsRequested()
         }
     }
@@ -167,7 +167,7 @@ Rectangle {
         width: parent.width - 2 * Theme.outer
         anchors.verticalCenter: parent.verticalCenter
         visible: list.count === 0 && !strip.candidates.isTrying
-        text: strip.candidates.canUndo ? "All discarded. Ctrl+Z brings them back." : ""
+        text: strip.candidates.canUndo ? qsTr("All discarded. Ctrl+Z brings them back.") : ""
         color: Theme.secondary
         horizontalAlignment: Text.AlignHCenter
     }
@@ -179,7 +179,7 @@ Rectangle {
         // With the gap after the last tile.
         width: strip.width - 2 * Theme.outer + Theme.inner
         height: strip.height - y - Theme.between
-        label: "Candidates"
+        label: qsTr("Candidates")
         model: strip.candidates.list
         onMoved: strip.candidates.play(currentIndex)
         onGrowthRequested: by => strip.growthRequested(by)

@@ -16,7 +16,7 @@ Column {
     Label {
         height: section.headingHeight
         verticalAlignment: Text.AlignVCenter
-        text: "Chance"
+        text: qsTr("Chance")
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
         font.weight: Font.DemiBold
@@ -31,10 +31,10 @@ Column {
             id: button
             objectName: "randomise"
             width: Math.max(implicitWidth, section.titleWidth)
-            text: "Randomise"
+            text: qsTr("Randomise")
             iconName: "dice"
             leftPadding: 8
-            tip: "Moves every parameter that is not locked, by the amount beside"
+            tip: qsTr("Moves every parameter that is not locked, by the amount beside")
             onClicked: section.character.randomise(section.amount)
         }
         ThinSlider {
@@ -44,7 +44,7 @@ Column {
             anchors.right: share.left
             anchors.rightMargin: Theme.tight
             anchors.verticalCenter: button.verticalCenter
-            label: "Amount of Randomise"
+            label: qsTr("Amount of Randomise")
             valueText: share.text
             modelValue: section.amount
             position: section.amount

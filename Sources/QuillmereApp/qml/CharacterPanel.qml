@@ -33,14 +33,14 @@ Card {
         return groups.y + groups.parent.y + padding + groups.heightFor(rowHeight);
     }
 
-    title: "Character"
+    title: qsTr("Character")
     padding: 24
     trailing: [
         Label {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, detail.x - Theme.inner)
             visible: panel.character.isComparing || panel.character.presetEdited
-            text: panel.character.isComparing ? "Before" : panel.character.presetName + ", edited"
+            text: panel.character.isComparing ? qsTr("Before") : qsTr("%1, edited").arg(panel.character.presetName)
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
@@ -64,23 +64,23 @@ Card {
                 objectName: "showMap"
                 visible: panel.hasMap
                 iconName: "circle.grid.cross"
-                text: "Map"
-                tip: "Map of the samples (M)"
+                text: qsTr("Map")
+                tip: qsTr("Map of the samples (M)")
                 onClicked: panel.mapRequested()
             }
             IconButton {
                 objectName: "undo"
                 iconName: "arrow.uturn.backward"
-                text: "Undo"
-                tip: "Undo (Ctrl+Z)"
+                text: qsTr("Undo")
+                tip: qsTr("Undo (Ctrl+Z)")
                 enabled: panel.character.canUndo
                 onClicked: panel.character.undo()
             }
             IconButton {
                 objectName: "redo"
                 iconName: "arrow.uturn.forward"
-                text: "Redo"
-                tip: "Redo (Ctrl+Shift+Z)"
+                text: qsTr("Redo")
+                tip: qsTr("Redo (Ctrl+Shift+Z)")
                 enabled: panel.character.canRedo
                 onClicked: panel.character.redo()
             }

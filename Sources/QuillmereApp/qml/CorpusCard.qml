@@ -14,19 +14,19 @@ Card {
 
     objectName: "corpusCard"
     number: "1"
-    title: "Sample corpus"
+    title: qsTr("Sample corpus")
     highlighted: targeted
 
     // Before the first choice
     Label {
         width: card.bodyWidth
         visible: !card.app.corpus.isChosen
-        text: "Choose the folder of audio samples to learn from"
+        text: qsTr("Choose the folder of audio samples to learn from")
     }
     Label {
         width: card.bodyWidth
         visible: !card.app.corpus.isChosen
-        text: "Choose a folder of WAV, AIFF, FLAC, MP3 or M4A files. A few dozen is plenty."
+        text: qsTr("Choose a folder of WAV, AIFF, FLAC, MP3 or M4A files. A few dozen is plenty.")
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
     }
@@ -84,7 +84,7 @@ Card {
 
             Label {
                 id: scanning
-                text: "Scanning"
+                text: qsTr("Scanning")
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
@@ -104,7 +104,7 @@ Card {
             Label {
                 id: scanned
                 anchors.right: parent.right
-                text: card.app.corpus.scanTotal > 0 ? card.app.corpus.scanDone + " of " + card.app.corpus.scanTotal : ""
+                text: card.app.corpus.scanTotal > 0 ? qsTr("%1 of %2").arg(card.app.corpus.scanDone).arg(card.app.corpus.scanTotal) : ""
                 color: Theme.secondary
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -113,7 +113,7 @@ Card {
         }
         ProgressBar {
             width: parent.width
-            label: "Scanning"
+            label: qsTr("Scanning")
             indeterminate: card.app.corpus.scanTotal === 0
             value: card.app.corpus.scanTotal > 0 ? card.app.corpus.scanDone / card.app.corpus.scanTotal : 0
         }
@@ -130,8 +130,8 @@ Card {
             anchors.verticalCenter: parent.verticalCenter
             height: 20
             iconName: "magnifyingglass"
-            text: "Show the files"
-            tip: "What becomes of each file (Ctrl+L)"
+            text: qsTr("Show the files")
+            tip: qsTr("What becomes of each file (Ctrl+L)")
             onClicked: card.filesRequested()
         }
         Flow {
@@ -141,7 +141,7 @@ Card {
             spacing: Theme.inner
 
             Label {
-                text: card.app.corpus.fileCount + " samples"
+                text: qsTr("%n samples", "", card.app.corpus.fileCount)
                 wrapMode: Text.NoWrap
             }
             Dot {
@@ -162,7 +162,7 @@ Card {
         width: card.bodyWidth
         visible: card.app.corpus.isEmpty
         iconName: "exclamationmark.triangle.fill"
-        text: "No audio files found in this folder."
+        text: qsTr("No audio files found in this folder.")
         ink: Theme.warning
         textColor: Theme.text
     }
@@ -170,7 +170,7 @@ Card {
         width: card.bodyWidth
         visible: card.app.corpus.hasFewSamples
         iconName: "exclamationmark.triangle.fill"
-        text: "Very few samples — expect variations that stay close to them."
+        text: qsTr("Very few samples — expect variations that stay close to them.")
         ink: Theme.warning
         textColor: Theme.text
     }
@@ -178,7 +178,7 @@ Card {
         width: card.bodyWidth
         visible: card.app.corpus.unreadable > 0
         iconName: "exclamationmark.triangle.fill"
-        text: card.app.corpus.unreadable === 1 ? "1 file could not be read and is left out." : card.app.corpus.unreadable + " files could not be read and are left out."
+        text: card.app.corpus.unreadable === 1 ? qsTr("1 file could not be read and is left out.") : qsTr("%n files could not be read and are left out.", "", card.app.corpus.unreadable)
         ink: Theme.warning
         textColor: Theme.text
     }
@@ -186,7 +186,7 @@ Card {
         width: card.bodyWidth
         visible: card.app.corpus.variations > 0
         iconName: "exclamationmark.triangle.fill"
-        text: card.app.corpus.variations === 1 ? "1 file is named like a variation made here. It is learned like the others." : card.app.corpus.variations + " files are named like variations made here. They are learned like the others."
+        text: card.app.corpus.variations === 1 ? qsTr("1 file is named like a variation made here. It is learned like the others.") : qsTr("%n files are named like variations made here. They are learned like the others.", "", card.app.corpus.variations)
         ink: Theme.warning
         textColor: Theme.text
     }
@@ -194,7 +194,7 @@ Card {
         objectName: "scanAgain"
         width: card.bodyWidth
         visible: card.app.corpus.isChosen && !card.app.corpus.hasSummary && !card.app.corpus.isScanning
-        text: "Scan Again"
+        text: qsTr("Scan Again")
         onClicked: card.app.corpus.scanAgain()
     }
     Row {
@@ -205,17 +205,17 @@ Card {
             id: choose
             objectName: "chooseCorpus"
             width: parent.width - (recent.visible ? recent.width + parent.spacing : 0) - (stop.visible ? stop.width + parent.spacing : 0)
-            text: card.app.corpus.isChosen ? "Change Folder…" : "Choose Folder…"
+            text: card.app.corpus.isChosen ? qsTr("Change Folder…") : qsTr("Choose Folder…")
             prominent: !card.app.corpus.isChosen
             enabled: card.app.corpus.canChoose
-            tip: "Ctrl+O"
+            tip: qsTr("Ctrl+O")
             onClicked: card.app.corpus.openChooser()
         }
         ActionButton {
             id: stop
             objectName: "cancelScan"
             visible: card.app.corpus.isScanning
-            text: "Cancel"
+            text: qsTr("Cancel")
             onClicked: card.app.cancel()
         }
         IconButton {
@@ -228,7 +228,7 @@ Card {
             enabled: card.app.corpus.canChoose
             iconName: "chevron.down"
             iconSize: 13
-            text: "Recent folders"
+            text: qsTr("Recent folders")
             onClicked: {
                 recentMenu.active = true;
                 (recentMenu.item as RecentMenu).popup(recent, 0, recent.height + Theme.tight);

@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -15,7 +16,7 @@ Sheet {
     }
 
     objectName: "corpusFiles"
-    title: "Files of “" + app.corpus.name + "”"
+    title: qsTr("Files of “%1”").arg(app.corpus.name)
     onAboutToShow: {
         files.read();
         list.forceActiveFocus(Qt.OtherFocusReason);
@@ -27,7 +28,7 @@ Sheet {
         width: parent.width - (which.visible ? which.width + Theme.between : 0)
         height: Math.max(implicitHeight, which.height)
         verticalAlignment: Text.AlignVCenter
-        text: sheet.files.isRead ? sheet.files.summary : sheet.files.isReading ? "Reading the samples…" : "The files could not be read."
+        text: sheet.files.isRead ? sheet.files.summary : sheet.files.isReading ? qsTr("Reading the samples…") : qsTr("The files could not be read.")
         color: Theme.secondary
     }
     Segments {
@@ -36,8 +37,8 @@ Sheet {
         anchors.right: parent.right
         visible: sheet.files.conspicuous > 0
         width: Math.min(220, parent.width / 2)
-        label: "Which files"
-        labels: ["All", "Conspicuous"]
+        label: qsTr("Which files")
+        labels: [qsTr("All"), qsTr("Conspicuous")]
         currentIndex: sheet.files.showsAll ? 0 : 1
         onChosen: index => sheet.files.showsAll = index === 0
     }
@@ -45,7 +46,7 @@ Sheet {
         y: summary.height + Theme.inner
         width: parent.width
         visible: sheet.files.isReading
-        label: "Reading the samples"
+        label: qsTr("Reading the samples")
         indeterminate: true
     }
     ListView {
@@ -62,7 +63,7 @@ Sheet {
         model: sheet.files.files
 
         Accessible.role: Accessible.List
-        Accessible.name: "Files"
+        Accessible.name: qsTr("Files")
 
         onActiveFocusChanged: if (activeFocus && currentIndex < 0 && count > 0)
             currentIndex = 0
@@ -92,7 +93,7 @@ Sheet {
                     "url": url
                 }]
             title: name
-            value: (durationText.length > 0 ? durationText + "   " : "") + use
+            value: (durationText.length > 0 ? durationText + "   " : "") + useText
             valueColor: sheet.colorOf(use)
             selected: index === list.currentIndex && list.activeFocus
             onActiveFocusChanged: if (activeFocus)

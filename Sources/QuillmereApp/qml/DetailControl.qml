@@ -7,13 +7,13 @@ Row {
 
     required property OutputController output
     property bool emphasised: true
-    readonly property string help: "How much of the samples' own attacks, fine structure and tails the variations get. Ctrl+D plays the last audition with and without."
+    readonly property string help: qsTr("How much of the samples' own attacks, fine structure and tails the variations get. Ctrl+D plays the last audition with and without.")
 
     spacing: Theme.tight
 
     Label {
         anchors.verticalCenter: parent.verticalCenter
-        text: "Detail"
+        text: qsTr("Detail")
         wrapMode: Text.NoWrap
 
         HoverHandler {
@@ -28,7 +28,7 @@ Row {
         objectName: "detail"
         anchors.verticalCenter: parent.verticalCenter
         width: 96
-        label: "Detail"
+        label: qsTr("Detail")
         valueText: share.text
         tip: control.help
         modelValue: control.output.detail

@@ -15,8 +15,8 @@ T.Button {
         if (troubled)
             return devices.problem;
         if (devices.isAutomatic && devices.automaticName.length === 0)
-            return "Learns and generates on a graphics card if there is one, else on the processor.";
-        return "Learns and generates on: " + devices.name + (devices.isAutomatic ? " (chosen automatically)" : "");
+            return qsTr("Learns and generates on a graphics card if there is one, else on the processor.");
+        return (devices.isAutomatic ? qsTr("Learns and generates on: %1 (chosen automatically)") : qsTr("Learns and generates on: %1")).arg(devices.name);
     }
 
     objectName: "device"
@@ -30,7 +30,7 @@ T.Button {
     font.family: Theme.family
     font.pixelSize: Theme.smallSize
 
-    Accessible.name: "Device: " + text
+    Accessible.name: qsTr("Device: %1").arg(text)
     Accessible.description: tip
     Accessible.onPressAction: clicked()
 

@@ -18,12 +18,12 @@ Menu {
         objectName: "deviceWait"
         shown: !menu.app.canChooseDevice
         enabled: false
-        detail: "Wait until the present run has ended, or cancel it."
+        detail: qsTr("Wait until the present run has ended, or cancel it.")
     }
     DeviceEntry {
         objectName: "device-0"
-        text: "Automatic"
-        detail: menu.devices.automaticName.length > 0 ? menu.devices.automaticName : "A graphics card if there is one, else the processor"
+        text: qsTr("Automatic")
+        detail: menu.devices.automaticName.length > 0 ? menu.devices.automaticName : qsTr("A graphics card if there is one, else the processor")
         chosen: menu.devices.chosenIndex === 0
         enabled: menu.app.canChooseDevice
         onTriggered: menu.app.chooseDevice(0)
@@ -40,7 +40,7 @@ Menu {
         objectName: "deviceSearch"
         shown: menu.cards.length === 0
         enabled: false
-        detail: menu.devices.isListed ? "No graphics card was found." : "Looking for graphics cards…"
+        detail: menu.devices.isListed ? qsTr("No graphics card was found.") : qsTr("Looking for graphics cards…")
     }
 
     Instantiator {

@@ -34,7 +34,7 @@ Rectangle {
         anchors.left: icon.right
         anchors.leftMargin: Theme.inner + 2
         anchors.verticalCenter: icon.verticalCenter
-        text: "Something went wrong"
+        text: qsTr("Something went wrong")
         font.weight: Font.DemiBold
         wrapMode: Text.NoWrap
     }
@@ -63,7 +63,7 @@ Rectangle {
             font.pixelSize: Theme.textSize
             Accessible.role: Accessible.EditableText
             Accessible.readOnly: true
-            Accessible.name: "Message"
+            Accessible.name: qsTr("Message")
         }
     }
     FocusRing {
@@ -86,7 +86,7 @@ Rectangle {
         IconButton {
             objectName: "copyError"
             iconName: "doc.on.doc"
-            text: "Copy the message"
+            text: qsTr("Copy the message")
             ink: Theme.text
             onClicked: banner.app.copyError()
         }
@@ -94,7 +94,7 @@ Rectangle {
             objectName: "dismissError"
             iconName: "xmark"
             iconSize: 14
-            text: "Dismiss"
+            text: qsTr("Dismiss")
             ink: Theme.text
             onClicked: banner.app.dismissError()
         }

@@ -8,10 +8,10 @@ Dialog {
     required property FolderBrowser browser
     readonly property string found: {
         const files = browser.audioFiles;
-        return files === 0 ? "No audio files in this folder itself." : files === 1 ? "1 audio file in this folder." : files + " audio files in this folder.";
+        return files === 0 ? qsTr("No audio files in this folder itself.") : files === 1 ? qsTr("1 audio file in this folder.") : qsTr("%n audio files in this folder.", "", files);
     }
 
-    signal chosen(folder: url)
+    signal chosen(url folder)
 
     function show(message: string, startFolder: url) {
         title = message;
@@ -35,7 +35,7 @@ Dialog {
             objectName: "chooserPath"
             width: parent.width - up.width - Theme.inner
             text: chooser.browser.path
-            Accessible.name: "Folder"
+            Accessible.name: qsTr("Folder")
             // The first Return goes there, the next one uses it.
             onAccepted: {
                 if (text === chooser.browser.path) {
@@ -50,7 +50,7 @@ Dialog {
             id: up
             objectName: "chooserUp"
             anchors.right: parent.right
-            text: "Up"
+            text: qsTr("Up")
             enabled: !chooser.browser.isTop
             onClicked: chooser.browser.goUp()
         }
@@ -86,14 +86,14 @@ Dialog {
                 id: name
                 objectName: "newFolderName"
                 width: parent.width - make.width - parent.spacing
-                placeholderText: "Name of a new folder"
+                placeholderText: qsTr("Name of a new folder")
                 Accessible.name: placeholderText
                 onAccepted: make.clicked()
             }
             ActionButton {
                 id: make
                 objectName: "newFolder"
-                text: "New Folder"
+                text: qsTr("New Folder")
                 enabled: name.text.trim().length > 0
                 onClicked: {
                     chooser.browser.makeFolder(name.text);
@@ -109,12 +109,12 @@ Dialog {
 
             ActionButton {
                 objectName: "cancelChooser"
-                text: "Cancel"
+                text: qsTr("Cancel")
                 onClicked: chooser.close()
             }
             ActionButton {
                 objectName: "useFolder"
-                text: "Use Folder"
+                text: qsTr("Use Folder")
                 prominent: true
                 enabled: String(chooser.browser.folder).length > 0
                 onClicked: chooser.use()

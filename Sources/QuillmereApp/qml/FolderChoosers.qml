@@ -28,7 +28,9 @@ Item {
     function show(title: string, startFolder: url, taker: var) {
         take = taker;
         const drawn = drawnByToolkit();
-        const dialog = platformDialog.createObject(choosers, { title: title });
+        const dialog = platformDialog.createObject(choosers, {
+                "title": title
+            });
         if (String(startFolder).length > 0)
             dialog.currentFolder = startFolder;
         dialog.open();
@@ -49,7 +51,7 @@ Item {
         id: platformDialog
 
         FolderDialog {
-            acceptLabel: "Use Folder"
+            acceptLabel: qsTr("Use Folder")
             onAccepted: choosers.take(selectedFolder)
             onVisibleChanged: if (!visible)
                 destroy()

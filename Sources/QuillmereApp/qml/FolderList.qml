@@ -31,7 +31,7 @@ Rectangle {
         model: frame.browser.names
 
         Accessible.role: Accessible.List
-        Accessible.name: "Folders"
+        Accessible.name: qsTr("Folders")
 
         property string typed  // within a second
 

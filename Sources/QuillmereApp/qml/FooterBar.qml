@@ -15,7 +15,7 @@ Rectangle {
     color: Theme.card
 
     Accessible.role: Accessible.ToolBar
-    Accessible.name: "Actions"
+    Accessible.name: qsTr("Actions")
 
     function tell(text: string) {
         news = text;
@@ -37,7 +37,7 @@ Rectangle {
         target: footer.app.model
 
         function onTrainingFinished() {
-            footer.tell("Training finished.");
+            footer.tell(qsTr("Training finished."));
         }
     }
     Connections {
@@ -48,7 +48,7 @@ Rectangle {
                 footer.news = "";
         }
         function onGenerationFinished(files: int) {
-            footer.tell(files === 1 ? "1 variation written." : files + " variations written.");
+            footer.tell(files === 1 ? qsTr("1 variation written.") : qsTr("%n variations written.", "", files));
         }
     }
     Timer {
@@ -115,9 +115,9 @@ Rectangle {
             // As wide as its longer name, so that nothing moves while it plays.
             width: Math.max(implicitWidth, Math.ceil(idle.advanceWidth) + 16 + Theme.inner + leftPadding + rightPadding)
             height: 36
-            text: plays ? "Stop" : "Audition"
+            text: plays ? qsTr("Stop") : qsTr("Audition")
             iconName: plays ? "stop.fill" : "play.circle"
-            tip: plays ? "Esc" : "Render a single variation with the current settings and play it, without saving."
+            tip: plays ? qsTr("Esc") : qsTr("Render a single variation with the current settings and play it, without saving.")
             enabled: plays || footer.app.generation.canAudition
             phase: plays ? "stop" : enabled ? "audition" : ""
             onCommanded: plays ? footer.app.playback.stop() : footer.app.generation.audition()
@@ -126,14 +126,14 @@ Rectangle {
                 id: idle
                 font.family: Theme.family
                 font.pixelSize: Theme.textSize
-                text: "Audition"
+                text: qsTr("Audition")
             }
         }
         CommandButton {
             objectName: "try"
             height: 36
-            text: "Try " + footer.app.candidates.perSet
-            tip: "Render twelve variations to listen to, without saving; keep the ones you like (Ctrl+N)."
+            text: qsTr("Try %1").arg(footer.app.candidates.perSet)
+            tip: qsTr("Render twelve variations to listen to, without saving; keep the ones you like (Ctrl+N).")
             enabled: footer.app.candidates.canTry
             phase: enabled ? "try" : ""
             onCommanded: footer.app.candidates.start()
@@ -143,10 +143,10 @@ Rectangle {
             // As wide as its longest name, so that nothing moves while the count is changed.
             width: Math.max(implicitWidth, Math.ceil(widest.advanceWidth) + leftPadding + rightPadding)
             height: 36
-            text: "Generate " + footer.app.output.count + " Variations"
+            text: qsTr("Generate %n Variations", "", footer.app.output.count)
             prominent: footer.app.generation.canGenerate
             enabled: footer.app.generation.canGenerate
-            tip: "Ctrl+G"
+            tip: qsTr("Ctrl+G")
             phase: enabled ? "generate" : ""
             onCommanded: footer.app.generation.generate()
 
@@ -155,7 +155,7 @@ Rectangle {
                 font.family: Theme.family
                 font.pixelSize: Theme.textSize
                 font.weight: Font.DemiBold
-                text: "Generate 0000 Variations"
+                text: qsTr("Generate %n Variations", "", 8888)
             }
         }
     }

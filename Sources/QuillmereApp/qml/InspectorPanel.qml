@@ -31,7 +31,7 @@ Rectangle {
     border.color: Theme.line
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Inspector"
+    Accessible.name: qsTr("Inspector")
 
     function beginRenaming() {
         if (!inspector.isFile)
@@ -62,8 +62,8 @@ Rectangle {
         anchors.verticalCenter: close.verticalCenter
         width: Math.min(420, close.x - x - Theme.inner)
         visible: panel.renaming
-        tip: "Return renames, Esc leaves the name as it is."
-        Accessible.name: "New name of the file"
+        tip: qsTr("Return renames, Esc leaves the name as it is.")
+        Accessible.name: qsTr("New name of the file")
         onAccepted: {
             panel.app.renameInspectedFile(text);
             panel.endRenaming();
@@ -76,7 +76,7 @@ Rectangle {
         visible: !panel.renaming
         anchors.verticalCenter: close.verticalCenter
         width: close.x - x - Theme.inner
-        text: panel.inspector.hasSubject ? panel.inspector.title : "Inspector"
+        text: panel.inspector.hasSubject ? panel.inspector.title : qsTr("Inspector")
         font.pixelSize: Theme.titleSize
         font.weight: Font.DemiBold
         wrapMode: Text.NoWrap
@@ -90,8 +90,8 @@ Rectangle {
         anchors.right: parent.right
         anchors.rightMargin: Theme.inner + 2
         iconName: "xmark"
-        text: "Close the inspector"
-        tip: "Close (I or Esc)"
+        text: qsTr("Close the inspector")
+        tip: qsTr("Close (I or Esc)")
         onClicked: panel.inspector.isOpen = false
     }
     Label {
@@ -100,7 +100,7 @@ Rectangle {
         y: sound.y
         width: panel.inside
         visible: !panel.inspector.hasSubject || panel.inspector.problem.length > 0
-        text: panel.inspector.hasSubject ? panel.inspector.problem : "Select a candidate or a result below."
+        text: panel.inspector.hasSubject ? panel.inspector.problem : qsTr("Select a candidate or a result below.")
         color: Theme.secondary
     }
     SoundView {
@@ -115,7 +115,7 @@ Rectangle {
         image: panel.inspector.picture
         playing: panel.playing
         seconds: panel.app.playback.playingSeconds
-        label: panel.inspector.title + ", " + panel.inspector.durationText
+        label: [panel.inspector.title, panel.inspector.durationText].join(qsTr(", "))
         onPlayRequested: panel.inspector.togglePlay()
     }
     Item {
@@ -154,7 +154,7 @@ Rectangle {
         }
         Explained {
             id: level
-            tip: "How loud it is on average, and its loudest moment, below the most that a file can hold."
+            tip: qsTr("How loud it is on average, and its loudest moment, below the most that a file can hold.")
             objectName: "inspectedLevel"
             x: meter.visible ? meter.x + meter.width + Theme.inner : duration.width + Theme.inner
             anchors.verticalCenter: duration.verticalCenter
@@ -177,8 +177,8 @@ Rectangle {
         checked: panel.inspector.loops
         iconName: "repeat"
         ink: panel.inspector.loops ? Theme.accent : Theme.secondary
-        text: "Loop"
-        tip: "Play it again and again"
+        text: qsTr("Loop")
+        tip: qsTr("Play it again and again")
         onClicked: {
             panel.inspector.loops = !panel.inspector.loops;
             checked = Qt.binding(() => panel.inspector.loops);
@@ -191,9 +191,9 @@ Rectangle {
         width: panel.inColumns ? (panel.inside - Theme.outer) / 2 : panel.inside
         visible: panel.inspector.hasSubject
         app: panel.app
-        title: panel.inspector.isOfThisCorpus || panel.inspector.sources.length === 0 ? "Made of" : "Made of samples of another folder"
-        explanation: "The samples that the sound is a blend of, each with its share. Their keys play them and the sound in turn, equally loud."
-        absent: "Nobody knows any more."
+        title: panel.inspector.isOfThisCorpus || panel.inspector.sources.length === 0 ? qsTr("Made of") : qsTr("Made of samples of another folder")
+        explanation: qsTr("The samples that the sound is a blend of, each with its share. Their keys play them and the sound in turn, equally loud.")
+        absent: qsTr("Nobody knows any more.")
         relatives: panel.inspector.sources
     }
     RelativesList {
@@ -203,9 +203,9 @@ Rectangle {
         width: sources.width
         visible: panel.inspector.hasSubject
         app: panel.app
-        title: "Nearest in the corpus"
-        absent: panel.inspector.isComparing ? "Comparing: " + panel.inspector.compared + " of " + panel.inspector.toCompare : panel.inspector.isCopy ? "" : panel.inspector.verdict
-        explanation: "The samples that sound most like it. The decibels say how far apart the two are on average, over all bands and moments."
+        title: qsTr("Nearest in the corpus")
+        absent: panel.inspector.isComparing ? qsTr("Comparing: %1 of %2").arg(panel.inspector.compared).arg(panel.inspector.toCompare) : panel.inspector.isCopy ? "" : panel.inspector.verdict
+        explanation: qsTr("The samples that sound most like it. The decibels say how far apart the two are on average, over all bands and moments.")
         relatives: panel.inspector.nearest
     }
     Item {
@@ -258,36 +258,36 @@ Rectangle {
             objectName: "keepInspected"
             visible: !panel.inspector.isFile
             iconName: "checkmark"
-            text: "Keep"
-            tip: "Write the file (K)"
+            text: qsTr("Keep")
+            tip: qsTr("Write the file (K)")
             onClicked: panel.keepRequested()
         }
         ActionButton {
             objectName: "moreLikeThis"
             enabled: panel.inspector.hasRecipe && panel.app.candidates.canTry
-            text: "More like this"
-            tip: "Twelve candidates around its place"
+            text: qsTr("More like this")
+            tip: qsTr("Twelve candidates around its place")
             onClicked: panel.inspector.moreLikeThis()
         }
         ActionButton {
             objectName: "newSkins"
             enabled: panel.inspector.hasRecipe && panel.app.candidates.canTry
-            text: "New skin"
-            tip: "The same place, and all that is drawn after it anew"
+            text: qsTr("New skin")
+            tip: qsTr("The same place, and all that is drawn after it anew")
             onClicked: panel.inspector.newSkins()
         }
         ActionButton {
             objectName: "newBodies"
             enabled: panel.inspector.hasRecipe && panel.app.candidates.canTry
-            text: "New body"
-            tip: "Another place, and all that is drawn after it as here"
+            text: qsTr("New body")
+            tip: qsTr("Another place, and all that is drawn after it as here")
             onClicked: panel.inspector.newBodies()
         }
         ActionButton {
             objectName: "copyRecipe"
             enabled: panel.inspector.hasRecipe
-            text: "Copy recipe"
-            tip: "What it takes to make this sound again, as text"
+            text: qsTr("Copy recipe")
+            tip: qsTr("What it takes to make this sound again, as text")
             onClicked: panel.inspector.copyRecipe()
         }
         ActionButton {
@@ -296,7 +296,7 @@ Rectangle {
             checkable: true
             checked: panel.favourite
             iconName: panel.favourite ? "star.fill" : "star"
-            text: "Favourite"
+            text: qsTr("Favourite")
             onClicked: {
                 panel.app.toggleInspectedFavourite();
                 checked = Qt.binding(() => panel.favourite);
@@ -308,7 +308,7 @@ Rectangle {
             id: rename
             objectName: "renameInspected"
             enabled: panel.inspector.isFile
-            text: "Rename"
+            text: qsTr("Rename")
             tip: "F2"
             onClicked: panel.beginRenaming()
         }
@@ -316,15 +316,15 @@ Rectangle {
             objectName: "showInspected"
             enabled: panel.inspector.isFile
             iconName: "folder"
-            text: "Show file"
-            tip: "Show the file in the file manager"
+            text: qsTr("Show file")
+            tip: qsTr("Show the file in the file manager")
             onClicked: panel.app.showInspectedFile()
         }
         ActionButton {
             objectName: "trashInspected"
             enabled: panel.inspector.isFile
-            text: "Move to trash"
-            tip: "Into the desktop's trash; Ctrl+Z brings it back"
+            text: qsTr("Move to trash")
+            tip: qsTr("Into the desktop's trash; Ctrl+Z brings it back")
             onClicked: panel.app.trashInspectedFile()
         }
     }

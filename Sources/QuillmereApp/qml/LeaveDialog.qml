@@ -11,7 +11,7 @@ Dialog {
 
     signal leaveRequested
 
-    title: learns ? "Stop learning?" : "Close without storing?"
+    title: learns ? qsTr("Stop learning?") : qsTr("Close without storing?")
     onAboutToShow: keep.forceActiveFocus(Qt.TabFocusReason)
 
     Connections {
@@ -32,7 +32,7 @@ Dialog {
 
         Label {
             width: parent.width
-            text: dialog.learns ? "The model is still being learned. When the window closes, what it has learned so far is lost." : "A model could not be stored. When the window closes, what it has learned is lost."
+            text: dialog.learns ? qsTr("The model is still being learned. When the window closes, what it has learned so far is lost.") : qsTr("A model could not be stored. When the window closes, what it has learned is lost.")
             color: Theme.secondary
         }
         Row {
@@ -41,13 +41,13 @@ Dialog {
 
             ActionButton {
                 objectName: "leave"
-                text: "Close Anyway"
+                text: qsTr("Close Anyway")
                 onClicked: dialog.leaveRequested()
             }
             ActionButton {
                 id: keep
                 objectName: "keepLearning"
-                text: dialog.learns ? "Keep Learning" : "Store Again"
+                text: dialog.learns ? qsTr("Keep Learning") : qsTr("Store Again")
                 prominent: true
                 onClicked: {
                     if (!dialog.learns)

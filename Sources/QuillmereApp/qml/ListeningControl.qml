@@ -17,8 +17,8 @@ Row {
         objectName: "listening"
         anchors.verticalCenter: parent.verticalCenter
         iconName: control.playback.volume > 0 ? "speaker.wave.2" : "speaker"
-        text: "Listening"
-        tip: "What plays by itself; volume " + Math.round(control.playback.volume * 100) + " % (Up, Down)"
+        text: qsTr("Listening")
+        tip: qsTr("What plays by itself; volume %1 % (Up, Down)").arg(Math.round(control.playback.volume * 100))
         Keys.onUpPressed: control.playback.volume += 0.05
         Keys.onDownPressed: control.playback.volume -= 0.05
         onClicked: {
@@ -50,9 +50,9 @@ Row {
             objectName: "volume"
             width: parent.width
             height: 18
-            label: "Volume"
+            label: qsTr("Volume")
             valueText: Math.round(control.playback.volume * 100) + " %"
-            tip: "Volume, from the next sound on"
+            tip: qsTr("Volume, from the next sound on")
             modelValue: control.playback.volume
             position: modelValue
             defaultPosition: 1
@@ -74,8 +74,8 @@ Row {
             color: Theme.control
 
             Accessible.role: Accessible.ProgressBar
-            Accessible.name: "Level"
-            Accessible.description: control.playback.level > 0 ? Math.round(60 * control.playback.level - 60) + " dB" : "silent"
+            Accessible.name: qsTr("Level")
+            Accessible.description: control.playback.level > 0 ? Math.round(60 * control.playback.level - 60) + " dB" : qsTr("silent")
 
             Rectangle {
                 width: parent.width * control.playback.level

@@ -8,21 +8,21 @@ Menu {
 
     MenuItem {
         objectName: "playsAtOnce"
-        text: "Play results when they are selected"
+        text: qsTr("Play results when they are selected")
         checkable: true
         checked: menu.playback.playsAtOnce
         onTriggered: menu.playback.playsAtOnce = !menu.playback.playsAtOnce
     }
     MenuItem {
         objectName: "followsSliders"
-        text: "Play every change of a slider"
+        text: qsTr("Play every change of a slider")
         checkable: true
         checked: menu.playback.followsSliders
         onTriggered: menu.playback.followsSliders = !menu.playback.followsSliders
     }
     MenuItem {
         objectName: "playsCandidates"
-        text: "Play candidates as they come"
+        text: qsTr("Play candidates as they come")
         checkable: true
         checked: menu.playback.playsCandidates
         onTriggered: menu.playback.playsCandidates = !menu.playback.playsCandidates

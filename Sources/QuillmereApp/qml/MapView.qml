@@ -84,7 +84,7 @@ Card {
         points.forceActiveFocus(Qt.ShortcutFocusReason);
     }
 
-    title: "Map"
+    title: qsTr("Map")
     padding: 24
     trailing: Row {
         anchors.right: parent.right
@@ -97,29 +97,29 @@ Card {
             checked: true
             iconName: "waveform"
             ink: checked ? Theme.accent : Theme.secondary
-            text: "Play what the pointer rests on"
+            text: qsTr("Play what the pointer rests on")
             onToggled: hoverSoon.plays = checked
         }
         IconButton {
             objectName: "zoomOut"
             iconName: "minus"
-            text: "Zoom out"
-            tip: "Zoom out (−)"
+            text: qsTr("Zoom out")
+            tip: qsTr("Zoom out (−)")
             enabled: points.zoom > 1
             onClicked: points.zoomAt(Qt.point(points.width / 2, points.height / 2), 1 / 1.5)
         }
         IconButton {
             objectName: "zoomIn"
             iconName: "plus"
-            text: "Zoom in"
-            tip: "Zoom in (+)"
+            text: qsTr("Zoom in")
+            tip: qsTr("Zoom in (+)")
             onClicked: points.zoomAt(Qt.point(points.width / 2, points.height / 2), 1.5)
         }
         IconButton {
             objectName: "closeMap"
             iconName: "xmark"
-            text: "Back to the sliders"
-            tip: "Back to the sliders (M)"
+            text: qsTr("Back to the sliders")
+            tip: qsTr("Back to the sliders (M)")
             onClicked: view.closeRequested()
         }
     }
@@ -127,7 +127,7 @@ Card {
     Label {
         id: caption
         width: view.bodyWidth
-        text: view.map.isReady ? view.map.caption : "Placing the samples…"
+        text: view.map.isReady ? view.map.caption : qsTr("Placing the samples…")
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
     }
@@ -151,8 +151,8 @@ Card {
             resultColor: Theme.accent
 
             Accessible.role: Accessible.Canvas
-            Accessible.name: "Map of the samples"
-            Accessible.description: told.spoken + (view.map.hasRegion ? ", " + selection.text : "")
+            Accessible.name: qsTr("Map of the samples")
+            Accessible.description: [told.spoken, view.map.hasRegion ? selection.text : ""].filter(part => part.length > 0).join(qsTr(", "))
             Accessible.focusable: true
             Accessible.onPressAction: view.play(view.current)
 
@@ -396,7 +396,7 @@ Card {
                     Label {
                         id: selection
                         anchors.verticalCenter: parent.verticalCenter
-                        text: view.map.selectedCount + " selected"
+                        text: qsTr("%n selected", "", view.map.selectedCount)
                         color: Theme.secondary
                         font.family: Theme.figures
                         font.pixelSize: Theme.smallSize
@@ -406,8 +406,8 @@ Card {
                         objectName: "moreLikeThese"
                         height: 28
                         enabled: view.map.selectedCount > 0 && view.app.candidates.canTry
-                        text: "More Like These"
-                        tip: "Candidates around the selected sounds"
+                        text: qsTr("More Like These")
+                        tip: qsTr("Candidates around the selected sounds")
                         onClicked: view.map.moreLikeThese()
                     }
                     IconButton {
@@ -415,8 +415,8 @@ Card {
                         anchors.verticalCenter: parent.verticalCenter
                         iconName: "xmark"
                         iconSize: 12
-                        text: "Select nothing"
-                        tip: "Select nothing (Esc)"
+                        text: qsTr("Select nothing")
+                        tip: qsTr("Select nothing (Esc)")
                         onClicked: {
                             view.map.clearRegion();
                             view.takeKeyboard();
@@ -431,14 +431,14 @@ Card {
 
         // Which ones are favourites may change; the rest does with current.
         property bool isFavourite: false
-        readonly property string spoken: text + (isFavourite ? ", favourite" : "")
+        readonly property string spoken: [text, isFavourite ? qsTr("favourite") : ""].filter(part => part.length > 0).join(qsTr(", "))
 
         function look() {
             isFavourite = view.map.isFavouriteAt(view.current);
         }
 
         width: view.bodyWidth
-        text: view.current >= 0 ? view.map.nameAt(view.current) : "Click a point to hear it, or between the points for something new."
+        text: view.current >= 0 ? view.map.nameAt(view.current) : qsTr("Click a point to hear it, or between the points for something new.")
         color: view.current >= 0 ? Theme.text : Theme.secondary
         font.pixelSize: Theme.smallSize
         wrapMode: Text.NoWrap

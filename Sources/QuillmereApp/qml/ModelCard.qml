@@ -8,12 +8,12 @@ Card {
     required property AppModel app
     readonly property bool idle: !app.model.isTraining
     // In one piece: no line ends within the date.
-    readonly property string trainedAt: Qt.formatDateTime(app.model.learnedAt, "d MMM yyyy, hh:mm").replace(/ /g, "\u00a0")
+    readonly property string trainedAt: Qt.formatDateTime(app.model.learnedAt, qsTr("d MMM yyyy, hh:mm")).replace(/ /g, "\u00a0")
 
     signal reportRequested
 
     number: "2"
-    title: "Model"
+    title: qsTr("Model")
     trailing: DeviceButton {
         anchors.right: parent.right
         anchors.rightMargin: -rightPadding
@@ -26,7 +26,7 @@ Card {
     Label {
         width: card.bodyWidth
         visible: card.idle && !card.app.model.isReady && card.app.model.problem.length === 0 && !card.app.model.isLoading
-        text: "No model for this folder yet. It learns on this Mac — nothing leaves your machine. It's created automatically when you generate, or you can train it now."
+        text: qsTr("No model for this folder yet. It learns on this Mac — nothing leaves your machine. It's created automatically when you generate, or you can train it now.")
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
     }
@@ -42,21 +42,21 @@ Card {
         objectName: "openAgain"
         width: card.bodyWidth
         visible: card.idle && card.app.model.isUnopened && !card.app.model.isLoading
-        text: "Open the Model"
+        text: qsTr("Open the Model")
         onClicked: card.app.model.openAgain()
     }
     Note {
         width: card.bodyWidth
         visible: offer.visible
         iconName: "waveform"
-        text: (card.app.models.offeredByNames ? "Samples of the same names were learned in " : "The same samples were learned in ") + card.app.models.offered + "."
+        text: (card.app.models.offeredByNames ? qsTr("Samples of the same names were learned in %1.") : qsTr("The same samples were learned in %1.")).arg(card.app.models.offered)
     }
     ActionButton {
         id: offer
         objectName: "useOffered"
         width: card.bodyWidth
         visible: card.idle && card.app.models.offered.length > 0 && !card.app.model.isReady && !card.app.model.isLoading
-        text: "Use That Model"
+        text: qsTr("Use That Model")
         onClicked: card.app.models.useOffered()
     }
     OpeningView {
@@ -79,7 +79,7 @@ Card {
                 id: ready
                 width: showReport.x - Theme.tight
                 iconName: "checkmark.circle.fill"
-                text: "Trained and ready"
+                text: qsTr("Trained and ready")
                 ink: Theme.good
                 textColor: Theme.good
                 font.pixelSize: Theme.textSize
@@ -92,15 +92,15 @@ Card {
                 anchors.verticalCenter: parent.verticalCenter
                 height: 20
                 iconName: "magnifyingglass"
-                text: "Show what was learned"
-                tip: "How well the folder was learned (Ctrl+I)"
+                text: qsTr("Show what was learned")
+                tip: qsTr("How well the folder was learned (Ctrl+I)")
                 onClicked: card.reportRequested()
             }
         }
         Explained {
             width: parent.width
-            tip: "How the sound was taken apart, how much of each sample was learned, when, and for how long."
-            text: card.app.model.analysisLabel + " · " + card.app.model.clipSecondsText + " s per sample · trained " + card.trainedAt + " · " + card.app.model.trainedQuality
+            tip: qsTr("How the sound was taken apart, how much of each sample was learned, when, and for how long.")
+            text: qsTr("%1 · %2 s per sample · trained %3 · %4").arg(card.app.model.analysisLabel).arg(card.app.model.clipSecondsText).arg(card.trainedAt).arg(card.app.model.trainedQuality)
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
         }
@@ -120,7 +120,7 @@ Card {
         width: card.bodyWidth
         visible: card.idle && card.app.model.isUnstored
         enabled: !card.app.model.isStoring
-        text: "Store Again"
+        text: qsTr("Store Again")
         onClicked: card.app.model.storeAgain()
     }
 
@@ -141,7 +141,7 @@ Card {
         Segments {
             objectName: "quality"
             width: parent.width
-            label: "Quality"
+            label: qsTr("Quality")
             labels: card.app.model.qualityLabels
             tips: card.app.model.qualityHelps
             currentIndex: card.app.model.qualityIndex
@@ -162,7 +162,7 @@ Card {
         Explained {
             id: analysisLabel
             anchors.verticalCenter: parent.verticalCenter
-            text: "Analysis"
+            text: qsTr("Analysis")
             tip: card.app.model.analysisHelp
         }
         ComboBox {
@@ -170,7 +170,7 @@ Card {
             objectName: "analysis"
             anchors.right: parent.right
             width: Math.min(implicitWidth, parent.width - analysisLabel.width - Theme.between)
-            label: "Analysis"
+            label: qsTr("Analysis")
             model: card.app.model.analysisLabels
             tip: card.app.model.analysisHelp
             currentIndex: card.app.model.analysisIndex
@@ -189,7 +189,7 @@ Card {
             ComboBox {
                 id: start
                 objectName: "start"
-                label: "Start"
+                label: qsTr("Start")
                 model: card.app.model.startLabels
                 tip: card.app.model.startHelp
                 currentIndex: card.app.model.startIndex
@@ -208,9 +208,9 @@ Card {
                     objectName: "train"
                     parent: card.idle ? trainPlace : learning.cancelPlace
                     anchors.fill: parent
-                    text: !card.idle ? "Cancel" : card.app.model.isReady || card.app.model.problem.length > 0 ? "Retrain" : "Train Model"
+                    text: !card.idle ? qsTr("Cancel") : card.app.model.isReady || card.app.model.problem.length > 0 ? qsTr("Retrain") : qsTr("Train Model")
                     enabled: card.idle ? card.app.model.canTrain : !card.app.model.isCancelling
-                    tip: !card.idle ? "Esc" : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : "Ctrl+T"
+                    tip: !card.idle ? qsTr("Esc") : card.app.model.trainHint.length > 0 ? card.app.model.trainHint : qsTr("Ctrl+T")
                     phase: !card.idle ? "cancel" : enabled ? "train" : ""
                     onCommanded: card.idle ? card.app.model.train() : card.app.model.cancelTraining()
                 }

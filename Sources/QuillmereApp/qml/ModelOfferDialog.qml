@@ -8,7 +8,7 @@ Dialog {
     required property AppModel app
     property string corpus
 
-    title: "Open the model of this sound?"
+    title: qsTr("Open the model of this sound?")
     onAboutToShow: accept.forceActiveFocus(Qt.TabFocusReason)
 
     Column {
@@ -17,7 +17,7 @@ Dialog {
 
         Label {
             width: parent.width
-            text: "Another model has made it, one of “" + dialog.corpus + "”. With the present one its settings make other sounds. When it is opened, the list of results begins anew; the files stay."
+            text: qsTr("Another model has made it, one of “%1”. With the present one its settings make other sounds. When it is opened, the list of results begins anew; the files stay.").arg(dialog.corpus)
             color: Theme.secondary
         }
         Row {
@@ -26,13 +26,13 @@ Dialog {
 
             ActionButton {
                 objectName: "keepModel"
-                text: "Not Now"
+                text: qsTr("Not Now")
                 onClicked: dialog.close()
             }
             ActionButton {
                 id: accept
                 objectName: "openOfferedModel"
-                text: "Open It"
+                text: qsTr("Open It")
                 prominent: true
                 onClicked: {
                     dialog.close();

@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -16,7 +17,7 @@ Sheet {
     }
 
     objectName: "models"
-    title: "Stored models"
+    title: qsTr("Stored models")
     onAboutToShow: {
         stored.look();
         list.forceActiveFocus(Qt.OtherFocusReason);
@@ -26,7 +27,7 @@ Sheet {
         objectName: "restoreModel"
         visible: sheet.stored.removedName.length > 0
         iconName: "arrow.uturn.backward"
-        text: "Bring Back"
+        text: qsTr("Bring Back")
         tip: sheet.stored.removedName
         onClicked: sheet.stored.restore()
     }
@@ -34,7 +35,7 @@ Sheet {
     Label {
         id: summary
         width: parent.width
-        text: sheet.stored.models.length > 0 ? sheet.stored.totalText : sheet.stored.isLooking ? "Looking for stored models…" : "No folder has been learned yet."
+        text: sheet.stored.models.length > 0 ? sheet.stored.totalText : sheet.stored.isLooking ? qsTr("Looking for stored models…") : qsTr("No folder has been learned yet.")
         color: Theme.secondary
     }
     ListView {
@@ -60,7 +61,7 @@ Sheet {
         }
 
         Accessible.role: Accessible.List
-        Accessible.name: "Stored models"
+        Accessible.name: qsTr("Stored models")
 
         Keys.onReturnPressed: sheet.openRow(currentIndex)
         Keys.onEnterPressed: sheet.openRow(currentIndex)
@@ -95,7 +96,7 @@ Sheet {
 
         Accessible.role: Accessible.ListItem
         Accessible.name: modelData.name
-        Accessible.description: usable ? modelData.path + ", " + modelData.detail : modelData.problem
+        Accessible.description: usable ? [modelData.path, modelData.detail].join(qsTr(", ")) : modelData.problem
         Accessible.onPressAction: sheet.openRow(index)
 
         HoverHandler {
@@ -149,7 +150,7 @@ Sheet {
                 visible: entry.modelData.isOpen
                 height: Theme.controlHeight
                 verticalAlignment: Text.AlignVCenter
-                text: "In use"
+                text: qsTr("In use")
                 color: Theme.good
                 font.pixelSize: Theme.smallSize
                 wrapMode: Text.NoWrap
@@ -158,8 +159,8 @@ Sheet {
                 objectName: "openModel-" + entry.index
                 visible: !entry.modelData.isOpen && entry.usable
                 focusPolicy: Qt.NoFocus
-                text: "Open"
-                Accessible.name: "Open " + entry.modelData.name
+                text: qsTr("Open")
+                Accessible.name: qsTr("Open %1").arg(entry.modelData.name)
                 onClicked: sheet.openRow(entry.index)
             }
             IconButton {
@@ -168,9 +169,9 @@ Sheet {
                 anchors.verticalCenter: parent.verticalCenter
                 focusPolicy: Qt.NoFocus
                 iconName: "xmark"
-                text: entry.modelData.isRemains ? "Delete" : "Move to the trash"
-                tip: text + " (Del)"
-                Accessible.name: text + ": " + entry.modelData.name
+                text: entry.modelData.isRemains ? qsTr("Delete") : qsTr("Move to the trash")
+                tip: qsTr("%1 (Del)").arg(text)
+                Accessible.name: qsTr("%1: %2", "an action and what it is for").arg(text).arg(entry.modelData.name)
                 onClicked: sheet.stored.remove(entry.index)
             }
         }

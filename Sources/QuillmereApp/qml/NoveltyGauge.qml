@@ -10,7 +10,7 @@ Item {
     property real distance: -1  // dB; below 0: unknown
     property list<real> limits  // dB, where copy, close and new end
     property real farthest: 20  // dB, the end of the scale
-    readonly property var names: ["copy", "close", "new", "far"]
+    readonly property var names: [qsTr("copy", "how new a sound is"), qsTr("close", "how new a sound is"), qsTr("new", "how new a sound is"), qsTr("far", "how new a sound is")]
     readonly property bool known: distance >= 0
 
     function xOf(dB: real): real {
@@ -26,8 +26,8 @@ Item {
     implicitHeight: 30
 
     Accessible.role: Accessible.ProgressBar
-    Accessible.name: "Distance to the nearest sample"
-    Accessible.description: known ? distance.toFixed(1) + " dB" : "unknown"
+    Accessible.name: qsTr("Distance to the nearest sample")
+    Accessible.description: known ? distance.toFixed(1) + " dB" : qsTr("unknown")
 
     Repeater {
         model: gauge.names
@@ -66,7 +66,7 @@ Item {
         id: hover
     }
     ToolTip {
-        text: "How far it is from the nearest sample: as good as a copy, close to it, new and of the kind, or far from all of them."
+        text: qsTr("How far it is from the nearest sample: as good as a copy, close to it, new and of the kind, or far from all of them.")
         shown: hover.hovered
     }
     Rectangle {

@@ -22,7 +22,7 @@ Column {
     }
     Label {
         width: parent.width
-        text: "Opening the model…"
+        text: qsTr("Opening the model…")
         color: Theme.secondary
         font.pixelSize: Theme.smallSize
     }
@@ -34,14 +34,14 @@ Column {
         ProgressBar {
             width: parent.width - cancel.width - parent.spacing
             anchors.verticalCenter: parent.verticalCenter
-            label: "Opening the model"
+            label: qsTr("Opening the model")
             indeterminate: true
         }
         ActionButton {
             id: cancel
             objectName: "cancelLoading"
-            text: "Cancel"
-            tip: "Esc"
+            text: qsTr("Cancel")
+            tip: qsTr("Esc")
             onClicked: view.model.cancelLoading()
         }
     }

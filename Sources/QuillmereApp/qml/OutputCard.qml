@@ -10,20 +10,20 @@ Card {
     readonly property bool willBeCreated: app.output.status === OutputController.WillBeCreated
     readonly property bool exists: app.output.status === OutputController.Exists
     readonly property bool isUnusable: app.output.status === OutputController.IsNoFolder || app.output.status === OutputController.NoAnswer
-    readonly property string problem: app.output.status === OutputController.NoAnswer ? "This folder does not answer." : "This is a file, not a folder."
+    readonly property string problem: app.output.status === OutputController.NoAnswer ? qsTr("This folder does not answer.") : qsTr("This is a file, not a folder.")
 
     signal runsRequested
 
     number: "3"
-    title: "Output"
+    title: qsTr("Output")
     trailing: IconButton {
         objectName: "showRuns"
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
         visible: card.app.runs.canShow
         iconName: "clock.arrow.circlepath"
-        text: "Earlier runs"
-        tip: "What was made of this folder before (Ctrl+H)"
+        text: qsTr("Earlier runs")
+        tip: qsTr("What was made of this folder before (Ctrl+H)")
         onClicked: card.runsRequested()
     }
 
@@ -41,7 +41,7 @@ Card {
 
         Label {
             width: parent.width
-            text: "Folder path (created if it doesn't exist)"
+            text: qsTr("Folder path (created if it doesn't exist)")
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
         }
@@ -56,7 +56,7 @@ Card {
                 text: card.app.output.folderText
                 targeted: drop.containsDrag
                 tip: text
-                Accessible.name: "Output folder"
+                Accessible.name: qsTr("Output folder")
                 onTextEdited: card.app.output.folderText = text
                 onAccepted: nextItemInFocusChain().forceActiveFocus(Qt.TabFocusReason)
             }
@@ -67,7 +67,7 @@ Card {
                 height: Theme.controlHeight
                 framed: true
                 iconName: "folder"
-                text: "Choose the output folder"
+                text: qsTr("Choose the output folder")
                 onClicked: card.app.output.openChooser()
             }
         }
@@ -82,13 +82,13 @@ Card {
                 width: parent.width
                 visible: false
                 iconName: "folder"
-                text: "Existing folder — new files are added, nothing is overwritten."
+                text: qsTr("Existing folder — new files are added, nothing is overwritten.")
             }
             Note {
                 y: longest.y
                 width: parent.width
                 iconName: card.isUnusable ? "exclamationmark.triangle.fill" : card.willBeCreated ? "folder.badge.plus" : "folder"
-                text: card.willBeCreated ? "Folder will be created." : card.exists ? longest.text : card.isUnusable ? card.problem : "No folder chosen yet."
+                text: card.willBeCreated ? qsTr("Folder will be created.") : card.exists ? longest.text : card.isUnusable ? card.problem : qsTr("No folder chosen yet.")
                 ink: card.isUnusable ? Theme.warning : Theme.secondary
             }
         }
@@ -97,7 +97,7 @@ Card {
         width: card.bodyWidth
         visible: card.app.output.isInCorpus
         iconName: "exclamationmark.triangle.fill"
-        text: "This folder is in the corpus: the next scan finds what is written here, and the model no longer fits."
+        text: qsTr("This folder is in the corpus: the next scan finds what is written here, and the model no longer fits.")
         ink: Theme.warning
         textColor: Theme.text
     }
@@ -105,7 +105,7 @@ Card {
         objectName: "useSuggestion"
         width: card.bodyWidth
         visible: card.app.output.isInCorpus
-        text: "Use a Folder Beside It"
+        text: qsTr("Use a Folder Beside It")
         tip: card.app.output.suggestion
         onClicked: card.app.output.useSuggestion()
     }
@@ -118,13 +118,13 @@ Card {
             spacing: Theme.tight
 
             Label {
-                text: "Variations"
+                text: qsTr("Variations")
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
             SpinBox {
                 objectName: "count"
-                label: "Variations"
+                label: qsTr("Variations")
                 to: card.app.output.mostVariations
                 value: card.app.output.count
                 onValueModified: card.app.output.count = value
@@ -135,14 +135,14 @@ Card {
             spacing: Theme.tight
 
             Label {
-                text: "Format"
+                text: qsTr("Format")
                 color: Theme.secondary
                 font.pixelSize: Theme.smallSize
             }
             ComboBox {
                 objectName: "format"
                 width: parent.width
-                label: "Format"
+                label: qsTr("Format")
                 model: card.app.output.formatLabels
                 currentIndex: card.app.output.formatIndex
                 onActivated: index => card.app.output.formatIndex = index

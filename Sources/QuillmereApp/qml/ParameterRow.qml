@@ -3,7 +3,6 @@ import QuillmereApp
 
 // One parameter: title, slider, value, and what can be done to it. Places for everything are reserved, so that
 // nothing moves when a value changes or a button appears.
-//
 // All rows are one stop of the keyboard: Up and Down go from slider to slider, Return to the value and back, L
 // locks, Delete resets.
 Item {
@@ -149,7 +148,7 @@ Item {
         text: row.text
         horizontalAlignment: TextInput.AlignRight
         font.family: Theme.figures
-        Accessible.name: row.title + " value"
+        Accessible.name: qsTr("%1 value").arg(row.title)
         activeFocusOnTab: false
         onActiveFocusChanged: activeFocus ? selectAll() : deselect()
         onEditingFinished: commit()
@@ -182,10 +181,10 @@ Item {
         height: 24
         iconSize: 14
         iconName: "arrow.counterclockwise"
-        text: "Reset to default"
+        text: qsTr("Reset to default")
         focusPolicy: Qt.ClickFocus
         activeFocusOnTab: false
-        Accessible.name: "Reset to default: " + row.title
+        Accessible.name: qsTr("Reset to default: %1").arg(row.title)
         visible: !row.isDefault
         onClicked: {
             // The button goes away under the keyboard: its place is the slider's.
@@ -208,8 +207,8 @@ Item {
         iconName: row.locked ? "lock.fill" : "lock.open"
         // Not by opacity: assistive technology would not see it.
         ink: row.locked ? Theme.text : row.active ? Theme.secondary : "transparent"
-        text: row.locked ? "Unlock: let Randomise change it" : "Lock: keep it when randomising"
-        Accessible.name: "Lock " + row.title
+        text: row.locked ? qsTr("Unlock: let Randomise change it") : qsTr("Lock: keep it when randomising")
+        Accessible.name: qsTr("Lock %1").arg(row.title)
         onClicked: row.character.parameters.setLocked(row.parameterId, !row.locked)
     }
 }

@@ -32,7 +32,7 @@ T.RadioButton {
     text: name
 
     Accessible.name: name
-    Accessible.description: isEdited ? blurb + " Edited." : blurb
+    Accessible.description: isEdited ? qsTr("%1 Edited.").arg(blurb) : blurb
     Accessible.onPressAction: choose()
     Accessible.onToggleAction: choose()
 
@@ -90,7 +90,7 @@ T.RadioButton {
         focusPolicy: Qt.NoFocus
         activeFocusOnTab: false
         iconName: "xmark"
-        text: "Delete preset " + chip.name
+        text: qsTr("Delete preset %1").arg(chip.name)
         onClicked: chip.character.deleteOwnPreset(chip.name)
     }
 
@@ -99,7 +99,7 @@ T.RadioButton {
         around: parent.height / 2
     }
     ToolTip {
-        text: chip.isEdited ? chip.blurb + " (edited)" : chip.blurb
+        text: chip.isEdited ? qsTr("%1 (edited)").arg(chip.blurb) : chip.blurb
         shown: chip.hovered
     }
 }

@@ -26,7 +26,7 @@ Flow {
     spacing: Theme.tight
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Presets"
+    Accessible.name: qsTr("Presets")
 
     Repeater {
         id: presets
@@ -53,7 +53,7 @@ Flow {
         iconSize: 13
         framed: true
         corner: height / 2
-        text: "Save as preset"
+        text: qsTr("Save as preset")
         onClicked: chips.saveRequested()
     }
 }

@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -13,11 +14,11 @@ Menu {
     MenuSeparator {
     }
     MenuItem {
-        text: "Stored Models…"
+        text: qsTr("Stored Models…")
         onTriggered: menu.modelsRequested()
     }
     MenuItem {
-        text: "Forget These Folders"
+        text: qsTr("Forget These Folders")
         onTriggered: menu.corpus.forgetRecent()
     }
 

@@ -19,7 +19,7 @@ T.Button {
     hoverEnabled: true
 
     Accessible.role: Accessible.Button
-    Accessible.name: key === 0 ? name : playing ? "Play the sound itself" : "Play " + name
+    Accessible.name: key === 0 ? name : playing ? qsTr("Play the sound itself") : qsTr("Play %1").arg(name)
     Accessible.description: detail
     Accessible.onPressAction: clicked()
 

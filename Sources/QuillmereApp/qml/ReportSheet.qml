@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -11,13 +12,13 @@ Sheet {
     signal filesRequested
 
     objectName: "report"
-    title: "What was learned of “" + app.corpus.name + "”"
+    title: qsTr("What was learned of “%1”").arg(app.corpus.name)
     onAboutToShow: report.make()
     onClosed: report.cancel()
     actions: ActionButton {
         objectName: "reportFiles"
         quiet: true
-        text: "Show the Files…"
+        text: qsTr("Show the Files…")
         onClicked: {
             sheet.close();
             sheet.filesRequested();
@@ -35,7 +36,7 @@ Sheet {
         }
         ProgressBar {
             width: parent.width
-            label: "Report"
+            label: qsTr("Report")
             indeterminate: sheet.report.fraction === 0
             value: sheet.report.fraction
         }
@@ -55,7 +56,7 @@ Sheet {
         }
         ActionButton {
             objectName: "reportAgain"
-            text: "Try Again"
+            text: qsTr("Try Again")
             onClicked: sheet.report.make()
         }
     }
@@ -93,8 +94,8 @@ Sheet {
                 }
             }
             Section {
-                text: "Farthest off"
-                hint: "Space plays the sample and what was learned of it in turn."
+                text: qsTr("Farthest off")
+                hint: qsTr("Space plays the sample and what was learned of it in turn.")
                 visible: worst.count > 0
             }
             Repeater {
@@ -110,10 +111,10 @@ Sheet {
                     activeFocusOnTab: true
                     app: sheet.app
                     sounds: [{
-                            "name": "the sample",
+                            "name": qsTr("the sample"),
                             "url": modelData.originalUrl
                         }, {
-                            "name": "what was learned of it",
+                            "name": qsTr("what was learned of it"),
                             "url": modelData.learnedUrl
                         }]
                     title: modelData.name
@@ -121,7 +122,7 @@ Sheet {
                 }
             }
             Section {
-                text: "Nearly the same"
+                text: qsTr("Nearly the same")
                 visible: duplicates.count > 0
             }
             Repeater {
@@ -143,12 +144,12 @@ Sheet {
                             "name": modelData.second,
                             "url": modelData.secondUrl
                         }]
-                    title: modelData.first + " and " + modelData.second
+                    title: modelData.both
                     value: modelData.distanceText
                 }
             }
             Section {
-                text: "Unlike all others"
+                text: qsTr("Unlike all others")
                 visible: outliers.count > 0
             }
             Repeater {

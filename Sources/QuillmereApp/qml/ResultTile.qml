@@ -18,6 +18,7 @@ Rectangle {
     required property bool isFavourite
     required property string label
     required property string novelty
+    required property string noveltyText
     required property bool isSelected
 
     property bool selected: false
@@ -41,7 +42,7 @@ Rectangle {
 
     Accessible.role: Accessible.ListItem
     Accessible.name: fileName
-    Accessible.description: exists ? durationText + (novelty.length > 0 ? ", " + novelty : "") + (isFavourite ? ", favourite" : "") + (isPlaying ? ", playing" : "") : "This file is gone"
+    Accessible.description: exists ? [durationText, noveltyText, isFavourite ? qsTr("favourite") : "", isPlaying ? qsTr("playing") : ""].filter(part => part.length > 0).join(qsTr(", ")) : qsTr("This file is gone")
     Accessible.selected: selected || isSelected
     Accessible.onPressAction: app.playback.togglePlay(url)
 
@@ -91,8 +92,8 @@ Rectangle {
         iconName: tile.isPlaying ? "stop.fill" : "play.circle"
         iconSize: tile.isPlaying ? 14 : 20
         ink: tile.isPlaying ? Theme.accent : Theme.text
-        text: tile.isPlaying ? "Stop" : "Play"
-        Accessible.name: text + " " + tile.fileName
+        text: tile.isPlaying ? qsTr("Stop") : qsTr("Play")
+        Accessible.name: (tile.isPlaying ? qsTr("Stop %1") : qsTr("Play %1")).arg(tile.fileName)
         onClicked: {
             tile.app.generation.results.clearSelection();
             tile.selectRequested(Qt.NoModifier);
@@ -134,7 +135,7 @@ Rectangle {
         id: duration
         x: tile.width - width - 10
         y: name.y
-        text: tile.exists ? tile.durationText : "gone"
+        text: tile.exists ? tile.durationText : qsTr("gone")
         color: tile.exists ? Theme.secondary : Theme.disabled
         font.family: Theme.figures
         font.pixelSize: 11
@@ -146,7 +147,7 @@ Rectangle {
         anchors.rightMargin: Theme.inner
         y: name.y
         visible: tile.exists && tile.novelty.length > 0
-        text: tile.novelty
+        text: tile.noveltyText
         color: tile.novelty === "copy" ? Theme.error : Theme.secondary
         font.pixelSize: 11
         wrapMode: Text.NoWrap

@@ -29,7 +29,7 @@ Rectangle {
     border.color: Theme.line
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Results"
+    Accessible.name: qsTr("Results")
 
     function takeKeyboard() {
         list.forceActiveFocus(Qt.ShortcutFocusReason);
@@ -83,7 +83,7 @@ Rectangle {
         id: heading
         x: Theme.outer
         y: Theme.between
-        text: "Results"
+        text: qsTr("Results")
         font.weight: Font.DemiBold
         wrapMode: Text.NoWrap
         Accessible.role: Accessible.Heading
@@ -96,10 +96,10 @@ Rectangle {
         visible: strip.files.total > 0 && x + implicitWidth + Theme.inner + tools.width <= strip.buttonsX
         text: {
             if (strip.files.selectedCount > 0)
-                return strip.files.selectedCount + " selected";
+                return qsTr("%n selected", "", strip.files.selectedCount);
             if (strip.files.onlyFavourites)
-                return strip.files.count + " of " + strip.files.total;
-            return strip.files.total === 1 ? "1 file" : strip.files.total + " files";
+                return qsTr("%1 of %2").arg(strip.files.count).arg(strip.files.total);
+            return strip.files.total === 1 ? qsTr("1 file") : qsTr("%n files", "", strip.files.total);
         }
         color: Theme.secondary
         font.family: Theme.figures
@@ -114,7 +114,7 @@ Rectangle {
         height: 28
         visible: strip.app.candidates.sets > 0
         quiet: true
-        text: "Candidates"
+        text: qsTr("Candidates")
         onClicked: strip.candidatesRequested()
     }
     ActionButton {
@@ -126,7 +126,7 @@ Rectangle {
         height: 28
         quiet: true
         iconName: "folder"
-        text: "Show in Finder"
+        text: qsTr("Show in Finder")
         onClicked: strip.app.showInFileManager()
     }
     FileDrag {
@@ -140,7 +140,7 @@ Rectangle {
         width: parent.width - 2 * Theme.outer
         anchors.verticalCenter: parent.verticalCenter
         visible: list.count === 0
-        text: strip.files.total > 0 ? "None of these files is a favourite." : "The variations of the last run appear here."
+        text: strip.files.total > 0 ? qsTr("None of these files is a favourite.") : qsTr("The variations of the last run appear here.")
         color: Theme.secondary
         horizontalAlignment: Text.AlignHCenter
     }
@@ -153,7 +153,7 @@ Rectangle {
         width: strip.width - 2 * Theme.outer + Theme.inner
         height: strip.height - y - Theme.between
         visible: count > 0
-        label: "Results"
+        label: qsTr("Results")
         model: strip.app.generation.results
 
         Keys.onReturnPressed: strip.togglePlay()
@@ -207,7 +207,7 @@ Rectangle {
         visible: list.count > 0 && strip.width >= 500
         quiet: true
         iconName: "magnifyingglass"
-        text: "Inspect"
+        text: qsTr("Inspect")
         tip: "I"
         onClicked: strip.inspectRequested()
     }
@@ -224,15 +224,15 @@ Rectangle {
             objectName: "onlyFavourites"
             iconName: strip.files.onlyFavourites ? "star.fill" : "star"
             ink: strip.files.onlyFavourites ? Theme.accent : Theme.secondary
-            text: strip.files.onlyFavourites ? "Show all files" : "Show favourites only"
+            text: strip.files.onlyFavourites ? qsTr("Show all files") : qsTr("Show favourites only")
             onClicked: strip.files.onlyFavourites = !strip.files.onlyFavourites
         }
         IconButton {
             objectName: "makeKit"
             iconName: "square.grid.2x2"
             enabled: strip.app.kits.canMake && strip.files.count > 0
-            text: "Make a kit for samplers"
-            tip: "A kit for samplers of the selected sounds, each with three close variations"
+            text: qsTr("Make a kit for samplers")
+            tip: qsTr("A kit for samplers of the selected sounds, each with three close variations")
             onClicked: strip.app.makeKit(list.currentIndex)
         }
     }

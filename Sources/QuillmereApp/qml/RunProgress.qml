@@ -12,7 +12,7 @@ Item {
     readonly property bool learning: waiting && app.model.isTraining
     readonly property bool making: app.kits.isMaking
     readonly property bool cancelling: app.generation.isCancelling || app.candidates.isCancelling || app.kits.isCancelling || (learning && app.model.isCancelling)
-    readonly property string following: app.output.count === 1 ? "1 variation follows." : app.output.count + " variations follow."
+    readonly property string following: app.output.count === 1 ? qsTr("1 variation follows.") : qsTr("%n variations follow.", "", app.output.count)
     readonly property string timeLeft: learning ? app.model.timeLeft : generating ? app.generation.timeLeft : ""
     // Most auditions and candidates are over before anyone could read of them.
     property bool longAudition: false
@@ -50,14 +50,14 @@ Item {
                 id: figure
                 text: {
                     if (run.cancelling)
-                        return "Cancelling…";
+                        return qsTr("Cancelling…");
                     if (run.waiting)
-                        return run.learning ? "Learning first: " + run.following : "Opening the model: " + run.following;
+                        return (run.learning ? qsTr("Learning first: %1") : qsTr("Opening the model: %1")).arg(run.following);
                     if (run.making)
-                        return run.app.kits.done + " of " + run.app.kits.total;
+                        return qsTr("%1 of %2").arg(run.app.kits.done).arg(run.app.kits.total);
                     if (run.trying)
-                        return run.app.candidates.done + " of " + run.app.candidates.perSet;
-                    return run.generating ? run.app.generation.done + " of " + run.app.generation.total : "Rendering…";
+                        return qsTr("%1 of %2").arg(run.app.candidates.done).arg(run.app.candidates.perSet);
+                    return run.generating ? qsTr("%1 of %2").arg(run.app.generation.done).arg(run.app.generation.total) : qsTr("Rendering…");
                 }
                 font.family: Theme.figures
                 font.pixelSize: Theme.smallSize
@@ -87,7 +87,7 @@ Item {
         }
         ProgressBar {
             width: parent.width
-            label: run.learning ? "Learning" : run.waiting ? "Opening the model" : run.generating ? "Generating" : run.making ? "Making a kit" : "Rendering"
+            label: run.learning ? qsTr("Learning") : run.waiting ? qsTr("Opening the model") : run.generating ? qsTr("Generating") : run.making ? qsTr("Making a kit") : qsTr("Rendering")
             indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating && !run.trying && !run.making
             value: run.making ? run.app.kits.done / Math.max(1, run.app.kits.total) : run.learning ? run.app.model.fraction : run.trying ? run.app.candidates.done / run.app.candidates.perSet : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
         }
@@ -97,8 +97,8 @@ Item {
         objectName: "cancelGeneration"
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        text: "Cancel"
-        tip: "Esc"
+        text: qsTr("Cancel")
+        tip: qsTr("Esc")
         enabled: !run.cancelling
         phase: run.visible ? "cancel" : ""
         onCommanded: run.app.cancel()

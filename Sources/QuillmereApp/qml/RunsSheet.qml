@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -26,7 +27,7 @@ Sheet {
     }
 
     objectName: "runs"
-    title: "Earlier runs of “" + app.corpus.name + "”"
+    title: qsTr("Earlier runs of “%1”").arg(app.corpus.name)
     onAboutToShow: {
         earlier.look();
         list.forceActiveFocus(Qt.OtherFocusReason);
@@ -38,8 +39,8 @@ Sheet {
         width: parent.width
         text: {
             if (sheet.earlier.runs.length > 0)
-                return "Return opens a run, S sets its parameters and its seed again.";
-            return sheet.earlier.isLooking ? "Reading the journal…" : "The journal has no runs of this folder.";
+                return qsTr("Return opens a run, S sets its parameters and its seed again.");
+            return sheet.earlier.isLooking ? qsTr("Reading the journal…") : qsTr("The journal has no runs of this folder.");
         }
         color: Theme.secondary
     }
@@ -57,7 +58,7 @@ Sheet {
         model: sheet.earlier.runs
 
         Accessible.role: Accessible.List
-        Accessible.name: "Earlier runs"
+        Accessible.name: qsTr("Earlier runs")
 
         Keys.onReturnPressed: sheet.openRow(currentIndex)
         Keys.onEnterPressed: sheet.openRow(currentIndex)
@@ -80,7 +81,7 @@ Sheet {
 
         required property var modelData
         required property int index
-        readonly property string settings: (modelData.preset.length > 0 ? modelData.preset : "Own settings") + " · Seed " + modelData.seed
+        readonly property string settings: qsTr("%2 · Seed %1").arg(modelData.seed).arg(modelData.preset.length > 0 ? modelData.preset : qsTr("Own settings"))
 
         objectName: "run-" + index
         width: list.width - (bar.visible ? Theme.between : 0)
@@ -91,8 +92,8 @@ Sheet {
         border.color: list.activeFocus && ListView.isCurrentItem ? Theme.accent : Theme.line
 
         Accessible.role: Accessible.ListItem
-        Accessible.name: modelData.date + ", " + modelData.what
-        Accessible.description: settings + (modelData.place.length > 0 ? ", " + modelData.place : "")
+        Accessible.name: [modelData.date, modelData.what].join(qsTr(", "))
+        Accessible.description: [settings, modelData.place].filter(part => part.length > 0).join(qsTr(", "))
         Accessible.onPressAction: sheet.openRow(index)
 
         HoverHandler {
@@ -149,8 +150,8 @@ Sheet {
                 objectName: "openRun-" + entry.index
                 enabled: !sheet.app.isBusy
                 focusPolicy: Qt.NoFocus
-                text: entry.modelData.isSet ? "Render" : "Open"
-                Accessible.name: text + " " + entry.modelData.date
+                text: entry.modelData.isSet ? qsTr("Render") : qsTr("Open")
+                Accessible.name: (entry.modelData.isSet ? qsTr("Render %1") : qsTr("Open %1")).arg(entry.modelData.date)
                 onClicked: sheet.openRow(entry.index)
             }
             IconButton {
@@ -158,9 +159,9 @@ Sheet {
                 anchors.verticalCenter: parent.verticalCenter
                 focusPolicy: Qt.NoFocus
                 iconName: "arrow.uturn.backward"
-                text: "Set its parameters and its seed again"
-                tip: text + " (S)"
-                Accessible.name: text + ": " + entry.modelData.date
+                text: qsTr("Set its parameters and its seed again")
+                tip: qsTr("%1 (S)").arg(text)
+                Accessible.name: qsTr("%1: %2", "an action and what it is for").arg(text).arg(entry.modelData.date)
                 onClicked: sheet.useSettings(entry.index)
             }
         }

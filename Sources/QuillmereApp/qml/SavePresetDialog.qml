@@ -15,7 +15,7 @@ Dialog {
         close();
     }
 
-    title: "Save as Preset"
+    title: qsTr("Save as Preset")
     onAboutToShow: form.begin()
 
     SavePresetForm {

@@ -23,8 +23,8 @@ Column {
         id: field
         objectName: "presetName"
         width: parent.width
-        placeholderText: "Name"
-        Accessible.name: "Name"
+        placeholderText: qsTr("Name")
+        Accessible.name: qsTr("Name")
         onAccepted: form.saveRequested()
     }
     Label {
@@ -47,12 +47,12 @@ Column {
 
         ActionButton {
             objectName: "cancelPreset"
-            text: "Cancel"
+            text: qsTr("Cancel")
             onClicked: form.cancelRequested()
         }
         ActionButton {
             objectName: "confirmPreset"
-            text: "Save"
+            text: qsTr("Save")
             prominent: true
             enabled: form.saveable
             onClicked: form.saveRequested()

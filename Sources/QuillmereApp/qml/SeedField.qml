@@ -7,19 +7,19 @@ Item {
 
     required property CharacterController character
     required property real titleWidth
-    readonly property string help: "Enter a number to get identical results every time. Leave empty for a fresh roll."
+    readonly property string help: qsTr("Enter a number to get identical results every time. Leave empty for a fresh roll.")
 
     implicitHeight: field.height + (last.visible || ignored.visible ? last.height + Theme.tight : 0)
 
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Seed"
+    Accessible.name: qsTr("Seed")
 
     Label {
         id: title
         width: seed.titleWidth
         height: field.height
         verticalAlignment: Text.AlignVCenter
-        text: "Seed"
+        text: qsTr("Seed")
 
         HoverHandler {
             id: titleHover
@@ -36,10 +36,10 @@ Item {
         anchors.leftMargin: Theme.inner
         anchors.right: parent.right
         text: seed.character.seedText
-        placeholderText: seed.character.keepsSeed && seed.character.lastSeed.length > 0 ? "as the last run" : "random"
+        placeholderText: seed.character.keepsSeed && seed.character.lastSeed.length > 0 ? qsTr("as the last run") : qsTr("random")
         font.family: Theme.figures
         tip: seed.help
-        Accessible.name: "Seed"
+        Accessible.name: qsTr("Seed")
         onTextEdited: seed.character.seedText = text
     }
     Label {
@@ -50,7 +50,7 @@ Item {
         height: last.height
         verticalAlignment: Text.AlignVCenter
         visible: seed.character.seedText.trim().length > 0 && !seed.character.seedIsFixed
-        text: "Not a whole number: a fresh roll."
+        text: qsTr("Not a whole number: a fresh roll.")
         color: Theme.warning
         font.pixelSize: Theme.smallSize
     }
@@ -67,7 +67,7 @@ Item {
         Label {
             height: parent.height
             verticalAlignment: Text.AlignVCenter
-            text: "Last run: " + seed.character.lastSeed
+            text: qsTr("Last run: %1").arg(seed.character.lastSeed)
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -79,7 +79,7 @@ Item {
             height: 24
             iconSize: 14
             iconName: "doc.on.doc"
-            text: "Copy the seed of the last run"
+            text: qsTr("Copy the seed of the last run")
             onClicked: seed.character.copySeed()
         }
         IconButton {
@@ -88,7 +88,7 @@ Item {
             height: 24
             iconSize: 14
             iconName: "arrow.uturn.backward"
-            text: "Use the seed of the last run again"
+            text: qsTr("Use the seed of the last run again")
             onClicked: seed.character.reuseSeed()
         }
         IconButton {
@@ -102,8 +102,8 @@ Item {
             checked: seed.character.keepsSeed
             iconName: seed.character.keepsSeed ? "lock.fill" : "lock.open"
             ink: seed.character.keepsSeed ? Theme.accent : Theme.secondary
-            text: "Same seed"
-            tip: "The next runs take this seed, too (S), so that what you change is what you hear."
+            text: qsTr("Same seed")
+            tip: qsTr("The next runs take this seed, too (S), so that what you change is what you hear.")
             onClicked: {
                 seed.character.keepsSeed = !seed.character.keepsSeed;
                 checked = Qt.binding(() => seed.character.keepsSeed);

@@ -43,7 +43,7 @@ Dialog {
             ActionButton {
                 objectName: "closeSheet"
                 anchors.right: parent.right
-                text: "Close"
+                text: qsTr("Close")
                 onClicked: sheet.close()
             }
         }

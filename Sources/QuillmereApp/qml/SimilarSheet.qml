@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -10,7 +11,7 @@ Sheet {
     readonly property DropsController drops: app.drops
 
     objectName: "similar"
-    title: "“" + drops.foreignName + "”"
+    title: qsTr("“%1”").arg(drops.foreignName)
     onAboutToShow: find.forceActiveFocus(Qt.TabFocusReason)
     onClosed: drops.cancel()
     actions: ActionButton {
@@ -19,7 +20,7 @@ Sheet {
         visible: !sheet.drops.isFound
         enabled: !sheet.drops.isFinding
         prominent: enabled
-        text: "Find similar in the corpus"
+        text: qsTr("Find similar in the corpus")
         onClicked: sheet.drops.findSimilar()
     }
 
@@ -36,8 +37,8 @@ Sheet {
         width: parent.width
         text: {
             if (sheet.drops.isFound)
-                return sheet.drops.similar.length > 0 ? "The nearest sounds of the corpus, nearest first." : "There is nothing in the corpus to compare it with.";
-            return "This sound was not made here: nothing is known of how it was made.";
+                return sheet.drops.similar.length > 0 ? qsTr("The nearest sounds of the corpus, nearest first.") : qsTr("There is nothing in the corpus to compare it with.");
+            return qsTr("This sound was not made here: nothing is known of how it was made.");
         }
         color: Theme.secondary
     }
@@ -45,7 +46,7 @@ Sheet {
         y: summary.height + Theme.inner
         width: parent.width
         visible: sheet.drops.isFinding
-        label: "Comparing"
+        label: qsTr("Comparing")
         indeterminate: !sheet.app.inspector.isComparing
         value: sheet.app.inspector.toCompare > 0 ? sheet.app.inspector.compared / sheet.app.inspector.toCompare : 0
     }
@@ -63,7 +64,7 @@ Sheet {
         model: sheet.drops.similar
 
         Accessible.role: Accessible.List
-        Accessible.name: "Similar sounds"
+        Accessible.name: qsTr("Similar sounds")
 
         delegate: SoundRow {
             required property var modelData
@@ -73,7 +74,7 @@ Sheet {
             width: list.width - (bar.visible ? Theme.between : 0)
             app: sheet.app
             sounds: [{
-                    "name": "the sound from elsewhere",
+                    "name": qsTr("the sound from elsewhere"),
                     "url": sheet.drops.foreignUrl
                 }, {
                     "name": modelData.name,

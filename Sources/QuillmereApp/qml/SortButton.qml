@@ -10,7 +10,7 @@ IconButton {
     objectName: "sortResults"
     iconName: "arrow.up.arrow.down"
     ink: app.generation.results.order === ResultsModel.AsMade ? Theme.secondary : Theme.accent
-    text: "Sort the results"
+    text: qsTr("Sort the results")
     onClicked: {
         loader.active = true;
         (loader.item as SortMenu).popup(button, 0, height + Theme.tight);

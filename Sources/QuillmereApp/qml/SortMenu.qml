@@ -8,31 +8,31 @@ Menu {
     readonly property int order: app.generation.results.order
 
     MenuItem {
-        text: "As made"
+        text: qsTr("As made")
         checkable: true
         checked: menu.order === ResultsModel.AsMade
         onTriggered: menu.app.sortResults(ResultsModel.AsMade)
     }
     MenuItem {
-        text: "By name"
+        text: qsTr("By name")
         checkable: true
         checked: menu.order === ResultsModel.ByName
         onTriggered: menu.app.sortResults(ResultsModel.ByName)
     }
     MenuItem {
-        text: "Short to long"
+        text: qsTr("Short to long")
         checkable: true
         checked: menu.order === ResultsModel.ByLength
         onTriggered: menu.app.sortResults(ResultsModel.ByLength)
     }
     MenuItem {
-        text: "Dark to bright"
+        text: qsTr("Dark to bright")
         checkable: true
         checked: menu.order === ResultsModel.ByBrightness
         onTriggered: menu.app.sortResults(ResultsModel.ByBrightness)
     }
     MenuItem {
-        text: "Close to new"
+        text: qsTr("Close to new")
         checkable: true
         checked: menu.order === ResultsModel.ByNovelty
         onTriggered: menu.app.sortResults(ResultsModel.ByNovelty)

@@ -1,4 +1,5 @@
 pragma ComponentBehavior: Bound
+
 import QtQuick
 import QuillmereApp
 
@@ -64,7 +65,7 @@ Rectangle {
                 iconName: plays ? "stop.fill" : "play.circle"
                 iconSize: plays ? 14 : 20
                 ink: plays ? Theme.accent : Theme.text
-                text: (plays ? "Stop " : "Play ") + modelData.name
+                text: (plays ? qsTr("Stop %1") : qsTr("Play %1")).arg(modelData.name)
                 onClicked: row.app.playback.togglePlay(modelData.url)
             }
         }

@@ -15,8 +15,8 @@ Item {
     implicitHeight: Theme.between
 
     Accessible.role: Accessible.Separator
-    Accessible.name: "Height of the strip"
-    Accessible.description: "Ctrl+Up and Ctrl+Down"
+    Accessible.name: qsTr("Height of the strip")
+    Accessible.description: qsTr("Ctrl+Up and Ctrl+Down")
 
     Rectangle {
         anchors.centerIn: parent
@@ -48,7 +48,7 @@ Item {
         }
     }
     ToolTip {
-        text: "Drag for more rows (Ctrl+Up)"
+        text: qsTr("Drag for more rows (Ctrl+Up)")
         shown: area.containsMouse && !area.pressed && handle.mostRows > 1
     }
 }

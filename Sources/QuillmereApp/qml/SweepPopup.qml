@@ -47,7 +47,7 @@ T.Popup {
         focus: true
 
         Accessible.role: Accessible.List
-        Accessible.name: popup.sweep.title + ", seven values"
+        Accessible.name: qsTr("%1, seven values").arg(popup.sweep.title)
 
         Keys.onPressed: event => {
             event.accepted = true;
@@ -80,7 +80,7 @@ T.Popup {
         Label {
             anchors.right: parent.right
             visible: popup.width >= 480
-            text: "Return takes the value"
+            text: qsTr("Return takes the value")
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
             wrapMode: Text.NoWrap
@@ -110,7 +110,7 @@ T.Popup {
 
                     Accessible.role: Accessible.ListItem
                     Accessible.name: content ? content.text : ""
-                    Accessible.description: content && content.isCurrent ? "the present value" : ""
+                    Accessible.description: content && content.isCurrent ? qsTr("the present value") : ""
                     Accessible.selected: index === popup.current
                     Accessible.onPressAction: popup.go(index)
 

@@ -20,7 +20,7 @@ Column {
             id: message
             width: (stopHere.visible ? stopHere.x : cancelPlace.x) - Theme.inner
             anchors.verticalCenter: parent.verticalCenter
-            text: view.model.isCancelling ? "Cancelling…" : view.model.message
+            text: view.model.isCancelling ? qsTr("Cancelling…") : view.model.message
             font.weight: Font.DemiBold
         }
         CommandButton {
@@ -30,8 +30,8 @@ Column {
             anchors.rightMargin: Theme.inner
             visible: view.model.step > 0
             enabled: view.model.canStopHere
-            text: "Stop Here"
-            tip: "End the learning and keep what has been learned so far."
+            text: qsTr("Stop Here")
+            tip: qsTr("End the learning and keep what has been learned so far.")
             phase: enabled ? "stop" : ""
             onCommanded: view.model.stopHere()
         }
@@ -44,7 +44,7 @@ Column {
     }
     ProgressBar {
         width: parent.width
-        label: "Training"
+        label: qsTr("Training")
         indeterminate: view.model.phase !== "training"
         value: view.model.fraction
     }
@@ -54,7 +54,7 @@ Column {
 
         Label {
             id: step
-            text: "Step " + view.model.step + (view.model.totalSteps > 0 ? " of " + view.model.totalSteps : "")
+            text: view.model.totalSteps > 0 ? qsTr("Step %1 of %2").arg(view.model.step).arg(view.model.totalSteps) : qsTr("Step %1").arg(view.model.step)
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -82,14 +82,14 @@ Column {
         font.pixelSize: 11
 
         Accessible.role: Accessible.Chart
-        Accessible.name: "Loss by step"
+        Accessible.name: qsTr("Loss by step")
         Accessible.description: description
 
         HoverHandler {
             id: chartHover
         }
         ToolTip {
-            text: "The loss says how far what is drawn is from the samples: the lower the line, the closer. Listen to hear it."
+            text: qsTr("The loss says how far what is drawn is from the samples: the lower the line, the closer. Listen to hear it.")
             shown: chartHover.hovered
         }
     }
@@ -110,7 +110,7 @@ Column {
             iconName: plays ? "stop.fill" : "play.circle"
             iconSize: plays ? 14 : 20
             ink: plays ? Theme.accent : Theme.text
-            text: plays ? "Stop" : "Hear what has been learned so far"
+            text: plays ? qsTr("Stop") : qsTr("Hear what has been learned so far")
             onClicked: view.app.playback.togglePlay(view.model.sound.url)
         }
         Picture {
@@ -121,13 +121,13 @@ Column {
             visible: view.model.sound.isThere
             image: view.model.sound.picture
             Accessible.role: Accessible.Graphic
-            Accessible.name: "Mel image of what has been learned so far"
+            Accessible.name: qsTr("Mel image of what has been learned so far")
         }
         Label {
             id: heard
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
-            text: view.model.sound.isThere ? "Step " + view.model.sound.step : ""
+            text: view.model.sound.isThere ? qsTr("Step %1").arg(view.model.sound.step) : ""
             color: Theme.secondary
             font.family: Theme.figures
             font.pixelSize: Theme.smallSize
@@ -138,7 +138,7 @@ Column {
             width: parent.width - x
             anchors.verticalCenter: parent.verticalCenter
             visible: !view.model.sound.isThere
-            text: "You can listen in a few seconds."
+            text: qsTr("You can listen in a few seconds.")
             color: Theme.secondary
             font.pixelSize: Theme.smallSize
         }

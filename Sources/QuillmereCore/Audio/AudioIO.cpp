@@ -154,11 +154,11 @@ std::string_view rawValue(OutputFormat format) {
 std::string_view label(OutputFormat format) {
     switch (format) {
         case OutputFormat::wav16:
-            return "WAV 16-bit";
+            return translatable("WAV 16-bit");
         case OutputFormat::wav24:
-            return "WAV 24-bit";
+            return translatable("WAV 24-bit");
         case OutputFormat::wav32float:
-            return "WAV 32-bit float";
+            return translatable("WAV 32-bit float");
     }
     fatal("unknown output format");
 }

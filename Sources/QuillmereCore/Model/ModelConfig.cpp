@@ -63,11 +63,11 @@ Message word(AnalysisProfile profile) {
 std::string_view label(AnalysisProfile profile) {
     switch (profile) {
         case AnalysisProfile::automatic:
-            return "Automatic";
+            return translatable("Automatic");
         case AnalysisProfile::percussive:
-            return "Percussive (sharp attacks)";
+            return translatable("Percussive (sharp attacks)");
         case AnalysisProfile::tonal:
-            return "Tonal (sustained pitch)";
+            return translatable("Tonal (sustained pitch)");
     }
     fatal("unknown analysis profile");
 }

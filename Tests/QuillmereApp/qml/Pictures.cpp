@@ -1,10 +1,10 @@
 // Takes a picture of the window in every state and appearance and writes them as PNG files.
 //
-//     quillmere-pictures [--steps N] FOLDER [NAME...]
+//     quillmere-pictures [--steps N] [--language LANGUAGE] FOLDER [NAME...]
 //
-// N: steps of the training (default 500). NAME: only pictures whose names begin so. The model behind the
-// window is real: it scans, learns and generates in a folder of its own. Runs on the offscreen platform
-// unless another one is asked for.
+// N: steps of the training (default 500). LANGUAGE: "de" … (default: that of the sources). NAME: only
+// pictures whose names begin so. The model behind the window is real: it scans, learns and generates in a
+// folder of its own. Runs on the offscreen platform unless another one is asked for.
 
 #include <QDir>
 #include <QFile>
@@ -25,9 +25,12 @@
 #include <functional>
 #include <limits>
 #include <memory>
+#include <optional>
 
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/Support/TestWorld.h"
+#include "QuillmereApp/WindowLanguage.h"
+#include "QuillmereCore/Util/Language.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
@@ -50,6 +53,16 @@ void useDesktopFont() {
         QGuiApplication::setFont(QFont(name));
         return;
     }
+}
+
+// From now on the window speaks that language, as if the environment asked for it.
+void speak(const QString& language, std::optional<WindowLanguage>& window) {
+    qputenv("LC_ALL", language.toUtf8());
+    qunsetenv("LANGUAGE");
+    Language::takeFromEnvironment(QUILLMERE_CATALOGUES);
+    if (Language::name() != language.toStdString())
+        qFatal("There is no catalogue of %s.", qPrintable(language));
+    window.emplace(QUILLMERE_CATALOGUES);
 }
 
 class Photographer {
@@ -384,8 +397,14 @@ int main(int argc, char** argv) {
         steps = arguments[1].toInt();
         arguments = arguments.mid(2);
     }
+    std::optional<quillmere::WindowLanguage> language;
+    if (arguments.size() > 1 && arguments[0] == QLatin1String("--language")) {
+        quillmere::testing::speak(arguments[1], language);
+        arguments = arguments.mid(2);
+    }
     if (arguments.isEmpty() || steps < 1) {
-        std::fprintf(stderr, "usage: quillmere-pictures [--steps N] FOLDER [NAME...]\n");
+        std::fprintf(stderr,
+                     "usage: quillmere-pictures [--steps N] [--language LANGUAGE] FOLDER [NAME...]\n");
         return 2;
     }
     quillmere::testing::Photographer(arguments[0], arguments.mid(1), steps).takeAll();

@@ -18,6 +18,8 @@
 #include <thread>
 #include <vector>
 
+#include "QuillmereCore/Util/Language.h"
+
 namespace quillmere::testing {
 namespace {
 
@@ -96,6 +98,14 @@ Stage::~Stage() {
     letScansGo();
     letModelsGo();
     letTrainingsGo();
+}
+
+QString Stage::language() {
+    return QString::fromStdString(Language::name());
+}
+
+QString Stage::wantedLanguage() {
+    return qEnvironmentVariable("QUILLMERE_TEST_LANGUAGE");
 }
 
 void Stage::restart() {

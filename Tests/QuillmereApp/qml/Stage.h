@@ -25,6 +25,9 @@ class Stage : public QObject {
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(quillmere::AppModel* app READ app NOTIFY appChanged)
+    // That of the core, and the one that it should be; both empty for the sources' own.
+    Q_PROPERTY(QString language READ language CONSTANT)
+    Q_PROPERTY(QString wantedLanguage READ wantedLanguage CONSTANT)
 
 public:
     explicit Stage(QObject* parent = nullptr);
@@ -32,6 +35,8 @@ public:
 
     [[nodiscard]] AppModel* app() const { return app_.get(); }
     [[nodiscard]] TestWorld& world() { return *world_; }
+    [[nodiscard]] static QString language();
+    [[nodiscard]] static QString wantedLanguage();
 
     // A new world and a new model: nothing is chosen, trained or remembered. Windows on the old model must be
     // gone.

@@ -53,9 +53,9 @@ WindowCase {
         for (const size of [Qt.size(1700, 900), Qt.size(1180, 820), Qt.size(900, 600), Qt.size(640, 480)]) {
             resize(size.width, size.height);
             tryVerify(() => {
-                const place = list.currentItem.mapToItem(list, 0, 0);
-                return place.x >= 0 && place.x + list.currentItem.width <= list.width && place.y >= 0 && place.y < list.height;
-            }, limit, size.width + "x" + size.height);
+                    const place = list.currentItem.mapToItem(list, 0, 0);
+                    return place.x >= 0 && place.x + list.currentItem.width <= list.width && place.y >= 0 && place.y < list.height;
+                }, limit, size.width + "x" + size.height);
         }
     }
     function test_shortcutTakesWhatIsTyped() {

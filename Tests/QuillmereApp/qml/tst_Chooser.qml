@@ -84,7 +84,10 @@ WindowCase {
         tryVerify(() => has("folder-loops"), limit);
         const folders = item("chooserFolders");
         tryCompare(folders, "activeFocus", true, limit);
-        const letters = { "l": "loops", "k": "Kicks" };
+        const letters = {
+            "l": "loops",
+            "k": "Kicks"
+        };
         for (const letter in letters) {
             folders.typed = "";
             keyClick(letter);

@@ -82,8 +82,8 @@ WindowCase {
     }
     function test_droppedFolderBecomesTheCorpusAnywhere_data() {
         return ["corpusCard", "train", "slider-pitch", "seed", "generate"].map(name => ({
-                    "tag": name
-                }));
+                        "tag": name
+                    }));
     }
     function test_droppedFolderBecomesTheCorpusAnywhere(row) {
         const folder = Stage.makeCorpus("Dropped");

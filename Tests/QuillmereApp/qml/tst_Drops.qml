@@ -16,7 +16,6 @@ WindowCase {
     }
 
     // ---- Dropping
-
     function test_aSoundThatWasMadeHere() {
         app.character.seedText = "7";
         generated(3);
@@ -97,7 +96,6 @@ WindowCase {
     }
 
     // ---- Several results
-
     function test_selectsByMouse() {
         generated(4);
         clickTile(0);

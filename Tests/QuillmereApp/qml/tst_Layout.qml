@@ -195,9 +195,9 @@ WindowCase {
     }
     function test_smallWindowsScrollToWhatIsNew_data() {
         return [Qt.size(800, 600), Qt.size(640, 480), Qt.size(480, 360)].map(size => ({
-                    "tag": size.width + "x" + size.height,
-                    "size": size
-                }));
+                        "tag": size.width + "x" + size.height,
+                        "size": size
+                    }));
     }
     function test_smallWindowsScrollToWhatIsNew(row) {
         resize(row.size.width, row.size.height);

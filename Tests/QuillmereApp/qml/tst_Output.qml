@@ -108,9 +108,9 @@ WindowCase {
             "99999999999999": 1000000
         };
         return Object.keys(texts).map(text => ({
-                    "tag": text,
-                    "count": texts[text]
-                }));
+                        "tag": text,
+                        "count": texts[text]
+                    }));
     }
     function test_countTakesWholeNumbersOnly(row) {
         type("countInput", row.tag);

@@ -104,7 +104,6 @@ WindowCase {
     }
 
     // ---- The order of the results
-
     function chooseOrder(text) {
         mouseClick(item("sortResults"));
         tryVerify(() => Stage.findText(window.contentItem, text) !== null, limit);
@@ -173,7 +172,6 @@ WindowCase {
     }
 
     // ---- More rows
-
     function test_theStripIsDraggedTaller() {
         Stage.setResults(30);
         settle();

@@ -101,7 +101,6 @@ WindowCase {
     }
 
     // ---- The state before
-
     function test_aHeldKeyShowsTheStateBefore() {
         trained();
         focusOn("slider-pitch");

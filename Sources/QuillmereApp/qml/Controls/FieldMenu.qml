@@ -8,22 +8,22 @@ Menu {
     required property T.TextField field
 
     MenuItem {
-        text: "Cut"
+        text: qsTr("Cut")
         enabled: menu.field.selectedText.length > 0 && !menu.field.readOnly
         onTriggered: menu.field.cut()
     }
     MenuItem {
-        text: "Copy"
+        text: qsTr("Copy")
         enabled: menu.field.selectedText.length > 0
         onTriggered: menu.field.copy()
     }
     MenuItem {
-        text: "Paste"
+        text: qsTr("Paste")
         enabled: menu.field.canPaste
         onTriggered: menu.field.paste()
     }
     MenuItem {
-        text: "Select All"
+        text: qsTr("Select All")
         enabled: menu.field.length > 0
         onTriggered: menu.field.selectAll()
     }

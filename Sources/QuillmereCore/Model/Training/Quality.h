@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "QuillmereCore/Model/Training/TrainingOptions.h"
+#include "QuillmereCore/Util/Message.h"
 
 namespace quillmere {
 
@@ -33,9 +34,11 @@ inline constexpr float startLearningRate = 0.0005F;
 
 // In the order in which they are offered; the index is the enumerator's value.
 inline constexpr std::array<QualityInfo, 3> allQualities{{
-    {Quality::quick, "quick", "Quick", "Minutes-ish. Blurrier, good for trying things out.", 800, 100},
-    {Quality::standard, "standard", "Standard", "Balanced.", 2000, 300},
-    {Quality::thorough, "thorough", "Thorough", "Longest. Sharpest reconstructions.", 5000, 1000},
+    {Quality::quick, "quick", translatable("Quick"),
+     translatable("Minutes-ish. Blurrier, good for trying things out."), 800, 100},
+    {Quality::standard, "standard", translatable("Standard"), translatable("Balanced."), 2000, 300},
+    {Quality::thorough, "thorough", translatable("Thorough"),
+     translatable("Longest. Sharpest reconstructions."), 5000, 1000},
 }};
 
 [[nodiscard]] constexpr const QualityInfo& info(Quality quality) {
