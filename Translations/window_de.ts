@@ -271,7 +271,7 @@
     </message>
     <message>
         <source>Change Folder…</source>
-        <translation>Ordner wechseln …</translation>
+        <translation>Anderer Ordner …</translation>
     </message>
     <message>
         <source>Choose Folder…</source>
@@ -511,7 +511,7 @@
     </message>
     <message>
         <source>Try %1</source>
-        <translation>%1 probieren</translation>
+        <translation>%1 testen</translation>
     </message>
     <message>
         <source>Render twelve variations to listen to, without saving; keep the ones you like (Ctrl+N).</source>
@@ -1281,7 +1281,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>Im Dateimanager zeigen</translation>
+        <translation>In Dateien zeigen</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1480,7 +1480,7 @@
     </message>
     <message>
         <source>Not a whole number: a fresh roll.</source>
-        <translation>Keine ganze Zahl: Es wird neu gewürfelt.</translation>
+        <translation>Keine ganze Zahl: wird gewürfelt.</translation>
     </message>
     <message>
         <source>Last run: %1</source>

@@ -1281,7 +1281,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>Ver en el gestor de archivos</translation>
+        <translation>Ver en Archivos</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1480,7 +1480,7 @@
     </message>
     <message>
         <source>Not a whole number: a fresh roll.</source>
-        <translation>No es un número entero: tirada nueva.</translation>
+        <translation>No es un entero: tirada nueva.</translation>
     </message>
     <message>
         <source>Last run: %1</source>

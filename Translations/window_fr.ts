@@ -271,7 +271,7 @@
     </message>
     <message>
         <source>Change Folder…</source>
-        <translation>Changer de dossier…</translation>
+        <translation>Autre dossier…</translation>
     </message>
     <message>
         <source>Choose Folder…</source>
@@ -511,7 +511,7 @@
     </message>
     <message>
         <source>Try %1</source>
-        <translation>En essayer %1</translation>
+        <translation>Essayer %1</translation>
     </message>
     <message>
         <source>Render twelve variations to listen to, without saving; keep the ones you like (Ctrl+N).</source>
@@ -1281,7 +1281,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>Voir dans les fichiers</translation>
+        <translation>Voir dans Fichiers</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1480,7 +1480,7 @@
     </message>
     <message>
         <source>Not a whole number: a fresh roll.</source>
-        <translation>Pas un nombre entier&#xa0;: nouveau tirage.</translation>
+        <translation>Pas un entier&#xa0;: nouveau tirage.</translation>
     </message>
     <message>
         <source>Last run: %1</source>

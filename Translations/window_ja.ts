@@ -1271,7 +1271,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>ファイルマネージャーで表示</translation>
+        <translation>「ファイル」で表示</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
