@@ -32,10 +32,8 @@ GridView {
     // Does what makes another tile the current one without going there.
     function stayWhile(act) {
         const place = Qt.point(contentX, contentY);
-        const duration = highlightMoveDuration;
-        highlightMoveDuration = 0;
         act();
-        highlightMoveDuration = duration;
+        showCurrent();  // at once: a highlight on its way would take the view along
         contentX = place.x;
         contentY = place.y;
     }
