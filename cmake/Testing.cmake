@@ -51,9 +51,10 @@ function(quillmere_test_labels variable)
     set(${variable} ${labels} PARENT_SCOPE)
 endfunction()
 
-# Build what is so labelled.
+# Build what is so labelled; the third, what is both.
 add_custom_target(fast-tests)
 add_custom_target(core-tests)
+add_custom_target(fast-core-tests)
 
 # quillmere_add_test(NAME SOURCES file... [LIBRARIES lib...] [ENVIRONMENT variable=value...] [WHOLE] [SLOW])
 # One executable per subject. Each of its cases is a ctest test of its own, unless WHOLE is given: then
@@ -82,6 +83,9 @@ function(quillmere_add_test name)
             add_dependencies(${group}-tests ${name})
         endif()
     endforeach()
+    if("fast" IN_LIST labels AND "core" IN_LIST labels)
+        add_dependencies(fast-core-tests ${name})
+    endif()
     if(arg_WHOLE)
         add_test(NAME ${name} COMMAND ${name})
         set_tests_properties(${name} PROPERTIES ENVIRONMENT "${arg_ENVIRONMENT}" LABELS "${labels}")

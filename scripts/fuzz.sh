@@ -12,7 +12,7 @@ seconds=${1:-60}
 targets=("${@:2}")
 ((${#targets[@]})) || targets=(audio model parameters recipes names catalogues)
 
-scripts/setup.sh build lint
+scripts/setup.sh build sanitize
 cmake --preset fuzz
 cmake --build --preset fuzz --target "${targets[@]/#/fuzz-}"
 export ASAN_OPTIONS=allocator_may_return_null=0:detect_leaks=0

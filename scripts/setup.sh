@@ -4,7 +4,7 @@
 #   scripts/setup.sh [GROUP...]          (build, if nothing is named)
 #   scripts/setup.sh --list GROUP...     names the packages, a line each, and installs nothing
 #
-# The groups: build app run test demo lint coverage releases package python tarball guide pictures sound peers scale, or all.
+# The groups: build app run test demo lint sanitize coverage releases package python tarball guide pictures sound peers scale, or all.
 #
 # For Debian 12 and 13. Needs root, or a user with sudo.
 set -euo pipefail
@@ -27,6 +27,7 @@ test=(libgtest-dev libgmock-dev libbenchmark-dev libxml2-dev libpng-dev python3 
       qml6-module-qttest xvfb xdotool x11-utils openbox dbus at-spi2-core python3-gi gir1.2-atspi-2.0)
 demo=(sonic-pi-samples)
 lint=(clang clang-format clang-tidy git python3)
+sanitize=(clang libclang-rt-dev llvm)
 coverage=(gcovr python3)
 releases=(ccache debootstrap util-linux)
 package=(dpkg-dev file git gzip lintian)
@@ -43,7 +44,7 @@ die() {
     exit 1
 }
 
-groups=(build app app_run run test demo lint coverage releases package python tarball guide pictures sound peers scale)
+groups=(build app app_run run test demo lint sanitize coverage releases package python tarball guide pictures sound peers scale)
 only_list=
 if [[ ${1:-} == --list ]]; then
     shift
