@@ -149,7 +149,7 @@ class Speaking(unittest.TestCase):
 
     def test_a_value_is_told_as_it_is_typed(self) -> None:
         def check(words, environment) -> None:
-            analysis = words.of("{0} analysis, {1} per sample", "percussive", words.of("{0} s", "0.25"))
+            analysis = words.of("{0} analysis, {1} per sample", "percussive", words.of("{0} s", "0.37"))
             self.assertIn(analysis, self.run_program("scan", self.sounds, **environment).stdout)
 
         self.in_each_language(check)
