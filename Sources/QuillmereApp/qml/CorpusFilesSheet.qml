@@ -82,6 +82,7 @@ Sheet {
             required property string name
             required property url url
             required property string use
+            required property string useText
             required detail
             required property string durationText
 
