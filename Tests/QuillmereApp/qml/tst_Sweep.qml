@@ -69,6 +69,7 @@ WindowCase {
         idle();
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("sweep-0"), limit);
+        hover(item("slider-drift"));
         focusOn("slider-tilt");  // newer than the pointer
         keyClick(Qt.Key_R);
         tryCompare(app.sweep, "parameterId", "tilt", limit);
