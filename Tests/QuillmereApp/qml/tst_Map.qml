@@ -215,7 +215,7 @@ WindowCase {
         idle();
         verifyPlays(point);  // what was made on the way is not heard any more
         verifySeen(app.map.nameAt(point));
-        dragOver([at, Qt.point((from.x + at.x) / 2, (from.y + at.y) / 2), from], Qt.LeftButton, Qt.NoModifier);
+        Stage.flick(item("points"), at, from);
         tryVerify(isPlayingAudition, limit);
         idle();
     }
