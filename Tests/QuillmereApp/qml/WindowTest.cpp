@@ -36,6 +36,8 @@ public slots:
     void applicationAvailable() {
         if (!qEnvironmentVariableIsEmpty("QUILLMERE_TEST_LANGUAGE")) language_.emplace(catalogues);
     }
+    // While there is still an application to take it from.
+    void cleanupTestCase() { language_.reset(); }
 
 public:
     Languages() {
