@@ -119,6 +119,10 @@ private:
 
 }  // namespace
 
+const std::string& JournalRun::made() const {
+    return set ? set->made : std::ranges::min_element(files, {}, &JournalEntry::written)->written;
+}
+
 std::vector<JournalRun> runsOf(const RunsCorpus& corpus, const Journal& journal, const RunsLimits& limits,
                                const std::stop_token& stop) {
     const std::string name = member("corpus", corpus.name);

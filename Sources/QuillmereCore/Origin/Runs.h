@@ -16,9 +16,10 @@ struct JournalRun {
     std::vector<JournalEntry> files;  // by the indices of their variations; none for a set
     std::optional<JournalSet> set{};
 
-    // Of its first sound, and when that was made.
+    // Of its first variation.
     [[nodiscard]] const Recipe& recipe() const { return set ? set->first : files.front().recipe; }
-    [[nodiscard]] const std::string& made() const { return set ? set->made : files.front().written; }
+    // When it began, as JournalEntry::written. Candidates are kept in any order.
+    [[nodiscard]] const std::string& made() const;
 };
 
 // The corpus whose runs are wanted. Any of these is enough: a folder that has other files by now has another

@@ -18,12 +18,14 @@ using testing::TempFolder;
 class EarlierRuns : public ::testing::Test {
 protected:
     // One file of a run.
-    void write(std::uint64_t seed, std::int64_t index, const std::string& where = "/out/") const {
+    void write(std::uint64_t seed, std::int64_t index, const std::string& where = "/out/",
+               const std::string& when = "2026-01-02T03:04:05Z") const {
         const std::string file = where + std::to_string(seed) + "_" + std::to_string(index) + "_" +
                                  std::to_string(written++) + ".wav";
         JournalEntry entry = sampleEntry('a', 'b', file);
         entry.recipe.seed = seed;
         entry.recipe.index = index;
+        entry.written = when;
         journal.append(entry);
     }
     [[nodiscard]] std::vector<JournalRun> runs(const RunsLimits& limits = {}) const {
@@ -52,6 +54,13 @@ JournalSet sampleSet() {
 
 TEST_F(EarlierRuns, NoJournalHasNone) {
     EXPECT_TRUE(runs().empty());
+}
+
+TEST_F(EarlierRuns, BeginWithTheFileThatWasWrittenFirst) {
+    write(7, 5, "/out/", "2026-01-02T03:04:05Z");
+    write(7, 2, "/out/", "2026-01-02T03:09:00Z");
+    EXPECT_EQ(runs().at(0).recipe().index, 2);
+    EXPECT_EQ(runs().at(0).made(), "2026-01-02T03:04:05Z");
 }
 
 TEST_F(EarlierRuns, FilesOfOneJobAreOneRunInTheirOrder) {
