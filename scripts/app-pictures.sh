@@ -14,13 +14,14 @@ if [[ ${1:-} == --language ]]; then
     "$pictures" --language "$2" "build/pictures/$2" "${@:3}"
     exit
 fi
-"$pictures" docs/pictures "$@"
+# In the English of an English desktop, not in that of the sources.
+"$pictures" --language en docs/pictures "$@"
 
 # One window on a screen of 3840 x 2160 pixels.
 if (($# == 0)); then
     folder=$(mktemp -d)
     trap 'rm -rf "$folder"' EXIT
-    QT_SCALE_FACTOR=2 "$pictures" "$folder" results-1080p
+    QT_SCALE_FACTOR=2 "$pictures" --language en "$folder" results-1080p
     convert "$folder/app-results-1080p.png" -strip +dither -colors 255 PNG8:docs/pictures/app-results-4k.png
 fi
 
