@@ -1786,7 +1786,7 @@
     <message numerus="yes">
         <source>%1 of %n steps</source>
         <translation>
-            <numerusform>%1 étapes sur %n</numerusform>
+            <numerusform>%1 étape sur %n</numerusform>
             <numerusform>%1 étapes sur %n</numerusform>
         </translation>
     </message>

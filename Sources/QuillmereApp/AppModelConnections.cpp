@@ -79,6 +79,7 @@ void AppModel::connectCandidates() {
     connect(&candidates_, &CandidatesController::togglePlayRequested, &playback_,
             &PlaybackController::togglePlaySound);
     connect(&playback_, &PlaybackController::finished, &candidates_, &CandidatesController::finished);
+    connect(&playback_, &PlaybackController::asked, &candidates_, &CandidatesController::asked);
     connect(&candidates_, &CandidatesController::removed, &playback_, &PlaybackController::stopIfPlaying);
     connect(&candidates_, &CandidatesController::kept, &generation_, &GenerationController::addKept);
     connect(&candidates_, &CandidatesController::kept, &inspector_, &InspectorController::refresh);

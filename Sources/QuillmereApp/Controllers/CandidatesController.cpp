@@ -208,8 +208,7 @@ void CandidatesController::addSet(const SetHandle& set) {
     showSet(set);
     done_ = 0;
     emit progressed();
-    heard_.reset();
-    isHeardOver_ = false;
+    hearNoMore();
     trialCancel_ = std::make_shared<CancelFlag>();
     emit isTryingChanged();
 }
@@ -245,7 +244,7 @@ void CandidatesController::arrived(const SetHandle& set, const CandidateHandle& 
     if (isCancelling()) return;
     if (done_ == 1) {
         hear(candidate);
-    } else if (isHeardOver_ && links_.playsAll()) {
+    } else if (heard_ && isHeardOver_ && links_.playsAll()) {
         hearNext();
     }
 }
@@ -254,9 +253,21 @@ void CandidatesController::hear(const CandidateHandle& candidate) {
     heard_ = candidate;
     isHeardOver_ = false;
     emit playRequested(candidate->name, candidate->sound);
+    const int row = list_.rowOf(candidate);
+    if (row >= 0) emit heard(row);
 }
 
-// Who has stopped it, or plays something else, wants no more of them.
+void CandidatesController::hearNoMore() {
+    heard_.reset();
+    isHeardOver_ = false;
+}
+
+void CandidatesController::asked(const QUrl& name) {
+    if (!heard_) return;
+    if (name != heard_->name) return hearNoMore();
+    isHeardOver_ = false;
+}
+
 void CandidatesController::finished(const QUrl& name) {
     if (!heard_ || name != heard_->name) return;
     isHeardOver_ = true;
@@ -329,7 +340,7 @@ void CandidatesController::showSet(const SetHandle& set) {
 
 void CandidatesController::forget(const SetHandle& set) {
     const SetHandle before = shown_ > 0 ? sets_[static_cast<std::size_t>(shown_) - 1] : nullptr;
-    if (set == sets_.back()) heard_.reset();
+    if (set == sets_.back()) hearNoMore();
     std::erase(sets_, set);
     std::erase_if(discarded_, [&](const Discarded& entry) { return entry.set == set; });
     emit canUndoChanged();

@@ -94,6 +94,9 @@ public:
     Q_INVOKABLE void show(int number);
     // A sound has come to its end.
     void finished(const QUrl& name);
+    // A sound is to be played, or none any more: who stops the candidates that follow one another, or plays
+    // something else, wants no more of them.
+    void asked(const QUrl& name);
     // A file that was kept has got another name.
     void rename(const QUrl& from, const QUrl& to);
     // A file that was kept has gone to the trash: the candidate can be kept again. Or it has come back from
@@ -125,6 +128,8 @@ signals:
     void commanded();
     void playRequested(const QUrl& name, const quillmere::PlayableSound& sound);
     void togglePlayRequested(const QUrl& name, const quillmere::PlayableSound& sound);
+    // One of the shown set plays by itself.
+    void heard(int row);
     // A candidate that may be playing is gone.
     void removed(const QUrl& name);
     void broughtBack(int row);
@@ -153,6 +158,7 @@ private:
     void arrived(const SetHandle& set, const CandidateHandle& candidate);
     void hear(const CandidateHandle& candidate);
     void hearNext();
+    void hearNoMore();
     void ended(const SetHandle& set, int withNoise);
     void showSet(const SetHandle& set);
     void forget(const SetHandle& set);

@@ -139,7 +139,7 @@ void MeasuresController::wantComparison() {
 
 // What nobody has asked for gives way to what runs, and is begun anew after it.
 void MeasuresController::activityTurned() {
-    if (activity().isBusy() && hasWanted_ && !isAsked_ && !links_.prints()) {
+    if (activity().isBusy() && hasWanted_ && !hasFailed_ && !isAsked_ && !links_.prints()) {
         hasWanted_ = false;
         hasGivenWay_ = true;
         links_.withdrawPrints();

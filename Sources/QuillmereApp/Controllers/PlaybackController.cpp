@@ -24,16 +24,18 @@ PlaybackController::PlaybackController(const Environment& environment)
 }
 
 void PlaybackController::play(const QUrl& file) {
-    stop();
+    silence();
     if (!file.isLocalFile()) return;
     openingURL_ = file;
     player_->play(file.toLocalFile());
+    emit asked(file);
 }
 
 void PlaybackController::playSound(const QUrl& name, const PlayableSound& sound) {
-    stop();
+    silence();
     openingURL_ = name;
     player_->playSound(name.toString(), sound);
+    emit asked(name);
 }
 
 void PlaybackController::togglePlay(const QUrl& file) {
@@ -49,6 +51,12 @@ bool PlaybackController::stopped(const QUrl& url) {
 }
 
 bool PlaybackController::stop() {
+    const bool sounds = silence();
+    if (sounds) emit asked({});
+    return sounds;
+}
+
+bool PlaybackController::silence() {
     const bool sounds = !openingURL_.isEmpty() || !playingURL_.isEmpty();
     player_->stop();
     playTimer_.stop();

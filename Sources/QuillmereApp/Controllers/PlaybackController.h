@@ -66,6 +66,8 @@ signals:
     void followsSlidersChanged();
     void playsCandidatesChanged();
     void levelChanged();
+    // A sound is to be heard from now on, or none any more: an empty one.
+    void asked(const QUrl& url);
     // A sound has come to its end, unless something else was to be heard before that.
     void finished(const QUrl& url);
     // A file could not be played: most likely it is gone.
@@ -77,6 +79,7 @@ private:
     void setPlaying(const QUrl& file);
     void clearIfPlayed();
     void measureLevel();
+    bool silence();
     // Whether it played, or was about to, and is stopped now.
     bool stopped(const QUrl& url);
 

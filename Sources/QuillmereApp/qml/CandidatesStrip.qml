@@ -12,6 +12,7 @@ Rectangle {
     readonly property CandidatesController candidates: app.candidates
     readonly property bool hasKeyboard: list.activeFocus
     readonly property int row: list.currentIndex
+    property int heardRow: 0 // of what has played by itself
 
     signal resultsRequested
     // So many rows more (or, negative, fewer).
@@ -59,6 +60,12 @@ Rectangle {
 
         function onBroughtBack(row: int) {
             list.currentIndex = row;
+        }
+        // What is heard is what K keeps, unless somebody has gone elsewhere.
+        function onHeard(row: int) {
+            if (list.currentIndex < 0 || list.currentIndex === strip.heardRow)
+                list.currentIndex = row;
+            strip.heardRow = row;
         }
     }
 

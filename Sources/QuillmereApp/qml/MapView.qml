@@ -387,6 +387,13 @@ Card {
                 color: Theme.popup
                 border.color: Theme.controlLine
 
+                // Nothing that is done here is meant for the map.
+                MouseArea {
+                    anchors.fill: parent
+                    acceptedButtons: Qt.AllButtons
+                    hoverEnabled: true
+                    onWheel: wheel => wheel.accepted = true
+                }
                 Row {
                     id: selected
                     x: Theme.inner

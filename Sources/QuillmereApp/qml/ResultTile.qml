@@ -155,6 +155,6 @@ Rectangle {
     }
     ToolTip {
         text: tile.fileName
-        shown: hover.hovered && name.truncated
+        shown: hover.hovered && (name.truncated || tile.fileName !== tile.label + ".wav")
     }
 }

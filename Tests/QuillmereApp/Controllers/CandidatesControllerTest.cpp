@@ -406,6 +406,36 @@ private slots:
         QCOMPARE(studio.played.size(), 11);
     }
 
+    void whoStopsThemOrHearsSomethingElseHearsNoMore() {
+        TestWorld world;
+        Studio studio(world);
+        studio.playsAll = true;
+        for (const QUrl& asked : {QUrl(), QUrl(QStringLiteral("file:///other.wav"))}) {
+            studio.played.clear();
+            tryAndWait(studio);
+            const QUrl first = studio.candidates.list()->at(0)->name;
+            studio.candidates.asked(first);
+            studio.candidates.asked(asked);
+            studio.candidates.finished(first);  // which was played once more, later
+            QCOMPARE(studio.played, QList<QUrl>({first}));
+        }
+    }
+
+    void whatComesLaterCutsNothingOff() {
+        TestWorld world;
+        Gate gate;
+        world.holdRuns(gate);
+        Studio studio(world);
+        studio.playsAll = true;
+        studio.candidates.start();
+        QTRY_COMPARE(studio.played.size(), 1);
+        studio.candidates.finished(studio.played.last());
+        studio.candidates.asked(studio.played.last());  // again, by hand
+        gate.open();
+        QVERIFY(studio.waitUntilEnded());
+        QCOMPARE(studio.played.size(), 1);
+    }
+
     void whatComesLaterIsHeardWhenItComes() {
         TestWorld world;
         Gate gate;

@@ -173,6 +173,16 @@ private slots:
         QCOMPARE(laboratory.printsWanted, 1);
     }
 
+    void aComparisonThatFailsIsNotBegunAgain() {
+        Laboratory laboratory;
+        (void)laboratory.known(low, tone(200));
+        QCOMPARE(laboratory.printsWanted, 1);
+        laboratory.measures.comparisonFailed("Broken.");
+        laboratory.measures.setActivity({.isTrying = true});
+        laboratory.measures.setActivity({});
+        QCOMPARE(laboratory.printsWanted, 1);
+    }
+
     void aComparisonThatFailsIsToldOfWhereItWasWanted() {
         Laboratory laboratory;
         Told told(laboratory.measures);

@@ -101,6 +101,27 @@ WindowCase {
         restartProgram();
         verify(app.playback.playsCandidates);
     }
+    function test_theCandidateThatIsHeardIsKept() {
+        trained();
+        app.output.folderText = Stage.path("out");
+        choose("Play candidates as they come");
+        mouseClick(item("try"));
+        idle();
+        for (let row = 0; row < 2; ++row) {
+            tryVerify(() => item("candidate-" + row).isPlaying, limit);
+            Stage.finishPlaying();
+        }
+        tryVerify(() => item("candidate-2").isPlaying, limit);
+        focusOn("candidates");
+        keyClick(Qt.Key_K);
+        tryVerify(() => item("candidate-2").isKept, limit);
+        verify(!item("candidate-0").isKept);
+        // Who looks at another one stays there.
+        item("candidates").currentIndex = 0;
+        Stage.finishPlaying();
+        tryVerify(() => item("candidate-3").isPlaying, limit);
+        compare(item("candidates").currentIndex, 0);
+    }
     function test_theInspectedSoundLoops() {
         generated(1);
         focusOn("results");

@@ -52,12 +52,12 @@ WindowCase {
         keyClick(Qt.Key_Home);
         compare(item("results").currentIndex, 0);
     }
-    function test_aNameThatIsSeenNeedsNoTip() {
+    function test_aNumberTellsItsFile() {
         generated(1);
         const name = item("tile-0").fileName;
-        hover(item("tile-0"));
-        wait(200);
         verifyNotSeen(name);
+        hover(item("tile-0"));
+        verifySeen(name);
     }
     function test_shortcutComesToTheResults() {
         generated(3);
