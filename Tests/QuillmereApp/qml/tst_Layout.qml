@@ -213,9 +213,9 @@ WindowCase {
     // In a narrow window the inspector and the map are far above the results.
     function test_smallWindowsScrollToWhatIsOpened_data() {
         return [Qt.size(800, 600), Qt.size(640, 480), Qt.size(480, 360)].map(size => ({
-                    "tag": size.width + "x" + size.height,
-                    "size": size
-                }));
+                        "tag": size.width + "x" + size.height,
+                        "size": size
+                    }));
     }
     function test_smallWindowsScrollToWhatIsOpened(row) {
         generated(3);
