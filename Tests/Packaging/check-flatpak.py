@@ -60,7 +60,7 @@ def source_problems(manifest):
 
 
 def name_problems(manifest, project: Path):
-    metadata = project / "Packaging" / manifest["rename-appdata-file"]
+    metadata = project / "Packaging" / (manifest["rename-appdata-file"] + ".in")
     component = ElementTree.parse(metadata).getroot().findtext("id")
     if manifest["id"] != component:
         yield f"the manifest is that of {manifest['id']}, the metadata that of {component}"
