@@ -5,6 +5,7 @@
 #include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
+#include "QuillmereCore/Util/UserFolders.h"
 #include "QuillmerePython/Arrays.h"
 #include "QuillmerePython/Bindings.h"
 #include "QuillmerePython/Interruption.h"
@@ -42,7 +43,7 @@ std::shared_ptr<ModelBundle> open(const std::filesystem::path& folder) {
 std::filesystem::path modelFolder(const CorpusSummary& corpus,
                                   const std::optional<std::filesystem::path>& root) {
     if (root) return ModelStore::directory(corpus, *root);
-    if (!ModelStore::dataDirectory()) throw py::value_error("there is no home directory: root must be given");
+    if (!UserFolders::data()) throw py::value_error("there is no home directory: root must be given");
     return ModelStore::directory(corpus);
 }
 
