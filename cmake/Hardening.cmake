@@ -11,11 +11,13 @@ include(CheckCXXCompilerFlag)
 
 option(QUILLMERE_HARDENING "Check optimised programs for mistakes that let attackers in, while they run" ON)
 set(QUILLMERE_IS_HARDENED OFF)
-# What becomes a part of the Python module, or of a shared library, must be as free of its place as that is; programs
-# need less.
-set(QUILLMERE_PLACE_FREE -fPIE)
+# What becomes a part of the Python module, or of a shared library (-D CMAKE_POSITION_INDEPENDENT_CODE=ON), must be as
+# free of its place as that is; programs need less.
 if(QUILLMERE_BUILD_PYTHON)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+endif()
+set(QUILLMERE_PLACE_FREE -fPIE)
+if(CMAKE_POSITION_INDEPENDENT_CODE)
     set(QUILLMERE_PLACE_FREE -fPIC -fno-semantic-interposition)
 endif()
 if(QUILLMERE_HARDENING AND QUILLMERE_SANITIZE STREQUAL "" AND CMAKE_BUILD_TYPE MATCHES "^(Release|RelWithDebInfo)$")

@@ -48,21 +48,24 @@ public:
         }
         return std::nullopt;
     }
-    // The functions that it takes from shared libraries.
-    [[nodiscard]] std::vector<std::string> imports() const {
+    // The names that it takes from shared libraries, and those that it offers to them.
+    [[nodiscard]] std::vector<std::string> imports() const { return dynamicNames(true); }
+    [[nodiscard]] std::vector<std::string> exports() const { return dynamicNames(false); }
+
+private:
+    [[nodiscard]] std::vector<std::string> dynamicNames(bool ofOthers) const {
         const auto table =
             std::ranges::find(sections_, static_cast<unsigned>(SHT_DYNSYM), &Elf64_Shdr::sh_type);
         if (table == sections_.end()) return {};
         const Elf64_Shdr& names = sections_.at(table->sh_link);
-        std::vector<std::string> imports;
+        std::vector<std::string> found;
         for (std::size_t i = 0; i < table->sh_size / sizeof(Elf64_Sym); ++i) {
             const auto symbol = at<Elf64_Sym>(table->sh_offset + i * sizeof(Elf64_Sym));
-            if (symbol.st_shndx == SHN_UNDEF) imports.push_back(text(names.sh_offset + symbol.st_name));
+            if ((symbol.st_shndx == SHN_UNDEF) == ofOthers)
+                found.push_back(text(names.sh_offset + symbol.st_name));
         }
-        return imports;
+        return found;
     }
-
-private:
     template <typename Record>
     [[nodiscard]] Record at(std::size_t offset) const {
         if (offset > bytes_.size() || bytes_.size() - offset < sizeof(Record))
@@ -131,6 +134,13 @@ TEST_P(HardeningTest, LooksForLibrariesNowhereButInTheSystem) {
 TEST_P(HardeningTest, AsksNoShell) {
     for (const std::string& import : binary.imports())
         EXPECT_TRUE(import != "system" && import != "popen" && import != "wordexp") << import;
+}
+
+TEST_P(HardeningTest, OffersNothingOfItsOwnToLibraries) {
+    const std::vector<std::string> exports = binary.exports();
+    ASSERT_FALSE(exports.empty()) << "not even what it shares with the C++ library";
+    for (const std::string& name : exports)
+        EXPECT_EQ(name.find("9quillmere"), std::string::npos) << name;
 }
 
 TEST_P(HardeningTest, ChecksItsStackItsBuffersAndItsIndices) {
