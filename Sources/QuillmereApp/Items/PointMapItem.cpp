@@ -19,6 +19,7 @@ constexpr double ringRadius = 8.4;
 constexpr double ringWidth = 1.6;
 constexpr double reach = 12;   // pixels from a point that still mean it
 constexpr double margin = 28;  // pixels around all points
+constexpr double beyond = 14;  // pixels from the outermost points to the end of the map
 
 // How much of each pixel a disc covers that stands in the middle of the square, in 255ths; a ring, if it has
 // a hole.
@@ -180,6 +181,12 @@ QPointF PointMapItem::placeAt(QPointF position) const {
             centre_.y() - (position.y() - height() / 2) / scale()};
 }
 
+QPointF PointMapItem::nearestOnMap(QPointF place) const {
+    const double room = beyond / scale();
+    return {std::clamp(place.x(), bounds_.left() - room, bounds_.right() + room),
+            std::clamp(place.y(), bounds_.top() - room, bounds_.bottom() + room)};
+}
+
 int PointMapItem::pointAt(QPointF position) const {
     if (!map_) return -1;
     const QPointF place = placeAt(position);
@@ -237,10 +244,17 @@ void PointMapItem::pan(QPointF by) {
 }
 
 void PointMapItem::reveal(int point) {
-    if (!map_ || point < 0 || point >= map_->count()) return;
-    const QPointF position = positionOf(point);
-    const QRectF seen(margin, margin, std::max(0.0, width() - 2 * margin),
-                      std::max(0.0, height() - 2 * margin));
+    if (map_ && point >= 0 && point < map_->count()) revealPosition(positionOf(point), margin);
+}
+
+void PointMapItem::revealPlace(QPointF place) {
+    revealPosition(positionOfPlace(place), beyond);
+}
+
+// With that many pixels around it.
+void PointMapItem::revealPosition(QPointF position, double around) {
+    const QRectF seen(around, around, std::max(0.0, width() - 2 * around),
+                      std::max(0.0, height() - 2 * around));
     const QPointF nearest(std::clamp(position.x(), seen.left(), seen.right()),
                           std::clamp(position.y(), seen.top(), seen.bottom()));
     if (nearest != position) pan(nearest - position);

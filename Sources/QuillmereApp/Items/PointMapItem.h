@@ -41,6 +41,8 @@ public:
     Q_INVOKABLE [[nodiscard]] QPointF positionOfPlace(QPointF place) const {
         return positionOf(MapPlace{place.x(), place.y()});
     }
+    // The place itself, or the nearest to it where the map has ended: a little beyond the outermost points.
+    Q_INVOKABLE [[nodiscard]] QPointF nearestOnMap(QPointF place) const;
     // The nearest point that is no farther than a fingertip's breadth, the topmost of equals; -1 for none.
     Q_INVOKABLE [[nodiscard]] int pointAt(QPointF position) const;
     // The nearest point that lies more in that direction (-1, 0 or 1 each, y upwards) than beside it; the
@@ -53,8 +55,9 @@ public:
     Q_INVOKABLE void zoomAt(QPointF position, double factor);
     Q_INVOKABLE void pan(QPointF by);
     Q_INVOKABLE void fit();
-    // Pans as far as it takes to see the point.
+    // Pans as far as it takes to see the point, or a place that is on the map.
     Q_INVOKABLE void reveal(int point);
+    Q_INVOKABLE void revealPlace(QPointF place);
 
     void paint(QPainter* painter) override;
 
@@ -69,6 +72,7 @@ protected:
 private:
     [[nodiscard]] double scale() const { return fitScale_ * zoom_; }
     [[nodiscard]] QPointF positionOf(MapPlace place) const;
+    void revealPosition(QPointF position, double around);
     void takePoints();
     [[nodiscard]] bool seesAny() const;
     void measure();

@@ -14,6 +14,9 @@ Card {
     property url currentURL
     // The point that was clicked last, unless something else was played since; -1 for none.
     property int clicked: -1
+    // The corners of the region, of which the keys move the second one.
+    property point corner
+    property point opposite
 
     signal closeRequested
 
@@ -57,9 +60,6 @@ Card {
         select(-1);
         map.audition(place);
     }
-    // The corners of the region, of which the keys move the second one.
-    property point corner
-    property point opposite
     function selectTo(here: point) {
         opposite = here;
         map.selectBetween(corner, opposite);
@@ -71,7 +71,13 @@ Card {
             opposite = corner;
         }
         const from = points.positionOfPlace(opposite);
-        selectTo(points.placeAt(Qt.point(from.x + step * dx, from.y - step * dy)));
+        selectTo(points.nearestOnMap(points.placeAt(Qt.point(from.x + step * dx, from.y - step * dy))));
+        points.revealPlace(opposite);
+    }
+    // A sample of the corpus is none.
+    function switchFavourite() {
+        if (current >= map.clips)
+            app.files.setFavourite(currentURL, !map.isFavouriteAt(current));
     }
     function go(dx: int, dy: int) {
         const next = points.neighbour(current, dx, dy);
@@ -180,6 +186,8 @@ Card {
                     points.fit();
                 else if (event.key === Qt.Key_Space || event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
                     view.play(view.current);
+                else if (event.key === Qt.Key_F && event.modifiers === Qt.NoModifier)
+                    view.switchFavourite();
                 else
                     event.accepted = false;
             }
@@ -297,6 +305,8 @@ Card {
                 anchors.fill: parent
                 acceptedButtons: Qt.LeftButton | Qt.MiddleButton | Qt.RightButton
                 hoverEnabled: true
+                // A narrow window scrolls under a finger, beside the map.
+                preventStealing: true
                 cursorShape: drags && pans ? Qt.ClosedHandCursor : hoverSoon.point >= 0 && !drags ? Qt.PointingHandCursor : Qt.CrossCursor
 
                 function apart(one: point, other: point): real {
@@ -368,6 +378,12 @@ Card {
                     }
                     view.select(-1);
                     view.map.audition(points.placeAt(Qt.point(mouse.x, mouse.y)));
+                }
+                // Something else has taken the pointer.
+                onCanceled: {
+                    if (drags && !pans && !selects)
+                        view.map.leavePlace();
+                    drags = false;
                 }
                 onExited: {
                     hoverSoon.stop();

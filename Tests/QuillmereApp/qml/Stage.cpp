@@ -88,6 +88,22 @@ QPoint middleOf(const QQuickItem& item) {
     return item.mapToScene({item.width() / 2, item.height() / 2}).toPoint();
 }
 
+void sendMouse(QQuickItem& item, QEvent::Type type, QPointF place, Qt::MouseButton button,
+               Qt::MouseButtons down) {
+    const QPointF inWindow = item.mapToScene(place);
+    QMouseEvent event(type, inWindow, inWindow, item.window()->mapToGlobal(inWindow), button, down,
+                      Qt::NoModifier);
+    QCoreApplication::sendEvent(item.window(), &event);
+}
+
+// The left button goes down at from and stays there while the pointer moves to to.
+void drag(QQuickItem& item, QPointF from, QPointF to) {
+    constexpr int moves = 4;
+    sendMouse(item, QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
+    for (int i = 1; i <= moves; ++i)
+        sendMouse(item, QEvent::MouseMove, from + (to - from) * i / moves, Qt::NoButton, Qt::LeftButton);
+}
+
 }  // namespace
 
 Stage::Stage(QObject* parent) : QObject(parent) {
@@ -255,17 +271,13 @@ void Stage::drop(QQuickItem* item, const QList<QUrl>& files) const {
 }
 
 void Stage::flick(QQuickItem* item, QPointF from, QPointF to) const {
-    const auto send = [&](QEvent::Type type, QPointF place, Qt::MouseButton button, Qt::MouseButtons down) {
-        const QPointF inWindow = item->mapToScene(place);
-        QMouseEvent event(type, inWindow, inWindow, item->window()->mapToGlobal(inWindow), button, down,
-                          Qt::NoModifier);
-        QCoreApplication::sendEvent(item->window(), &event);
-    };
-    constexpr int moves = 4;
-    send(QEvent::MouseButtonPress, from, Qt::LeftButton, Qt::LeftButton);
-    for (int i = 1; i <= moves; ++i)
-        send(QEvent::MouseMove, from + (to - from) * i / moves, Qt::NoButton, Qt::LeftButton);
-    send(QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
+    drag(*item, from, to);
+    sendMouse(*item, QEvent::MouseButtonRelease, to, Qt::LeftButton, Qt::NoButton);
+}
+
+void Stage::loseDrag(QQuickItem* item, QPointF from, QPointF to) const {
+    drag(*item, from, to);
+    item->window()->mouseGrabberItem()->ungrabMouse();
 }
 
 void Stage::setAccessibleValue(QQuickItem* item, double value) const {

@@ -98,6 +98,8 @@ public:
     Q_INVOKABLE void drop(QQuickItem* item, const QList<QUrl>& files) const;
     // The left button goes down at from, moves to to, and goes up, with nothing happening in between.
     Q_INVOKABLE void flick(QQuickItem* item, QPointF from, QPointF to) const;
+    // The same, but before the button goes up something else takes the pointer.
+    Q_INVOKABLE void loseDrag(QQuickItem* item, QPointF from, QPointF to) const;
     // Assistive technology appears: controls that exist take notice.
     Q_INVOKABLE void switchAccessibilityOn();
     // As assistive technology does it.
