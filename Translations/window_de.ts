@@ -609,7 +609,7 @@
     </message>
     <message>
         <source>More like this</source>
-        <translation>Mehr davon</translation>
+        <translation>Ähnliche</translation>
     </message>
     <message>
         <source>Twelve candidates around its place</source>
@@ -719,7 +719,7 @@
     </message>
     <message>
         <source>silent</source>
-        <translation>still</translation>
+        <translation>stumm</translation>
     </message>
 </context>
 <context>
@@ -734,7 +734,7 @@
     </message>
     <message>
         <source>Play candidates as they come</source>
-        <translation>Kandidaten abspielen, sobald sie da sind</translation>
+        <translation>Kandidaten nacheinander abspielen</translation>
     </message>
 </context>
 <context>
@@ -796,7 +796,7 @@
     </message>
     <message>
         <source>More Like These</source>
-        <translation>Mehr davon</translation>
+        <translation>Ähnliche</translation>
     </message>
     <message>
         <source>Candidates around the selected sounds</source>
@@ -1281,7 +1281,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>In Dateien zeigen</translation>
+        <translation>Im Dateimanager zeigen</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1541,8 +1541,12 @@
         <translation>Ähnliche Klänge</translation>
     </message>
     <message>
-        <source>the sound from elsewhere</source>
-        <translation>der fremde Klang</translation>
+        <source>Stop %1</source>
+        <translation>%1 stoppen</translation>
+    </message>
+    <message>
+        <source>Play %1</source>
+        <translation>%1 abspielen</translation>
     </message>
 </context>
 <context>
@@ -1715,7 +1719,7 @@
     </message>
     <message>
         <source>This sound is silent: nothing is like it.</source>
-        <translation>Dieser Klang ist still: Nichts ist ihm ähnlich.</translation>
+        <translation>Dieser Klang ist stumm: Nichts ist ihm ähnlich.</translation>
     </message>
     <message numerus="yes">
         <source>%n files</source>
@@ -1904,6 +1908,10 @@
             <numerusform>%n Klänge der Karte</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Processor</source>
+        <translation>Prozessor</translation>
+    </message>
 </context>
 <context>
     <name>quillmere::AppModel</name>
@@ -1955,7 +1963,7 @@
     </message>
     <message>
         <source>New skins of %1</source>
-        <translation>Neue Häute für %1</translation>
+        <translation>Neue Haut für %1</translation>
     </message>
     <message>
         <source>New bodies for %1</source>
@@ -2036,8 +2044,8 @@
     <message numerus="yes">
         <source>%n silent</source>
         <translation>
-            <numerusform>%n still</numerusform>
-            <numerusform>%n still</numerusform>
+            <numerusform>%n stumm</numerusform>
+            <numerusform>%n stumm</numerusform>
         </translation>
     </message>
     <message numerus="yes">
@@ -2067,7 +2075,7 @@
     <name>quillmere::CorpusFilesModel</name>
     <message>
         <source>silent</source>
-        <translation>still</translation>
+        <translation>stumm</translation>
     </message>
     <message>
         <source>unreadable</source>
@@ -2099,7 +2107,7 @@
     </message>
     <message>
         <source>Of %1 ms nothing could be read; they are silent.</source>
-        <translation>%1 ms waren nicht lesbar; sie sind still.</translation>
+        <translation>%1 ms waren nicht lesbar; sie sind stumm.</translation>
     </message>
     <message>
         <source>The first %1 s are learned.</source>
@@ -2194,7 +2202,7 @@
     </message>
     <message>
         <source>silent</source>
-        <translation>still</translation>
+        <translation>stumm</translation>
     </message>
     <message>
         <source>%1, peak %2</source>

@@ -22,7 +22,7 @@
     <name>ResultsStrip</name>
     <message>
         <source>Show in Finder</source>
-        <translation>Show in Files</translation>
+        <translation>Show in File Manager</translation>
     </message>
 </context>
 <context>

@@ -1281,7 +1281,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>Ver en Archivos</translation>
+        <translation>Ver en el gestor de archivos</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1541,8 +1541,12 @@
         <translation>Sonidos similares</translation>
     </message>
     <message>
-        <source>the sound from elsewhere</source>
-        <translation>el sonido de fuera</translation>
+        <source>Stop %1</source>
+        <translation>Parar %1</translation>
+    </message>
+    <message>
+        <source>Play %1</source>
+        <translation>Reproducir %1</translation>
     </message>
 </context>
 <context>
@@ -1715,7 +1719,7 @@
     </message>
     <message>
         <source>This sound is silent: nothing is like it.</source>
-        <translation>Este sonido es silencio: nada se le parece.</translation>
+        <translation>Este sonido está en silencio: nada se le parece.</translation>
     </message>
     <message numerus="yes">
         <source>%n files</source>
@@ -1903,6 +1907,10 @@
             <numerusform>%n sonido del mapa</numerusform>
             <numerusform>%n sonidos del mapa</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Processor</source>
+        <translation>Procesador</translation>
     </message>
 </context>
 <context>

@@ -734,7 +734,7 @@
     </message>
     <message>
         <source>Play candidates as they come</source>
-        <translation>Lire les candidats dès qu&apos;ils arrivent</translation>
+        <translation>Lire les candidats l&apos;un après l&apos;autre</translation>
     </message>
 </context>
 <context>
@@ -1043,7 +1043,7 @@
     </message>
     <message>
         <source>Earlier runs</source>
-        <translation>Essais précédents</translation>
+        <translation>Générations précédentes</translation>
     </message>
     <message>
         <source>What was made of this folder before (Ctrl+H)</source>
@@ -1281,7 +1281,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>Voir dans Fichiers</translation>
+        <translation>Voir dans le gestionnaire de fichiers</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1289,7 +1289,7 @@
     </message>
     <message>
         <source>The variations of the last run appear here.</source>
-        <translation>Les variations du dernier essai apparaissent ici.</translation>
+        <translation>Les variations de la dernière génération apparaissent ici.</translation>
     </message>
     <message>
         <source>Inspect</source>
@@ -1378,11 +1378,11 @@
     <name>RunsSheet</name>
     <message>
         <source>Earlier runs of “%1”</source>
-        <translation>Essais précédents de «&#xa0;%1&#xa0;»</translation>
+        <translation>Générations précédentes de «&#xa0;%1&#xa0;»</translation>
     </message>
     <message>
         <source>Return opens a run, S sets its parameters and its seed again.</source>
-        <translation>Entrée ouvre un essai, S reprend ses paramètres et sa graine.</translation>
+        <translation>Entrée ouvre une génération, S reprend ses paramètres et sa graine.</translation>
     </message>
     <message>
         <source>Reading the journal…</source>
@@ -1390,11 +1390,11 @@
     </message>
     <message>
         <source>The journal has no runs of this folder.</source>
-        <translation>Le journal n&apos;a aucun essai de ce dossier.</translation>
+        <translation>Le journal n&apos;a aucune génération de ce dossier.</translation>
     </message>
     <message>
         <source>Earlier runs</source>
-        <translation>Essais précédents</translation>
+        <translation>Générations précédentes</translation>
     </message>
     <message>
         <source>%2 · Seed %1</source>
@@ -1500,7 +1500,7 @@
     </message>
     <message>
         <source>The next runs take this seed, too (S), so that what you change is what you hear.</source>
-        <translation>Les essais suivants prennent aussi cette graine (S), pour que vous entendiez ce que vous changez.</translation>
+        <translation>Les générations suivantes prennent aussi cette graine (S), pour que vous entendiez ce que vous changez.</translation>
     </message>
 </context>
 <context>
@@ -1541,8 +1541,12 @@
         <translation>Sons semblables</translation>
     </message>
     <message>
-        <source>the sound from elsewhere</source>
-        <translation>le son venu d&apos;ailleurs</translation>
+        <source>Stop %1</source>
+        <translation>Arrêter %1</translation>
+    </message>
+    <message>
+        <source>Play %1</source>
+        <translation>Lire %1</translation>
     </message>
 </context>
 <context>
@@ -1903,6 +1907,10 @@
             <numerusform>%n son de la carte</numerusform>
             <numerusform>%n sons de la carte</numerusform>
         </translation>
+    </message>
+    <message>
+        <source>Processor</source>
+        <translation>Processeur</translation>
     </message>
 </context>
 <context>

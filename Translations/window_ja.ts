@@ -610,7 +610,7 @@
     </message>
     <message>
         <source>New skin</source>
-        <translation>新しい肌</translation>
+        <translation>新しいスキン</translation>
     </message>
     <message>
         <source>The same place, and all that is drawn after it anew</source>
@@ -618,7 +618,7 @@
     </message>
     <message>
         <source>New body</source>
-        <translation>新しい体</translation>
+        <translation>新しいボディ</translation>
     </message>
     <message>
         <source>Another place, and all that is drawn after it as here</source>
@@ -1271,7 +1271,7 @@
     </message>
     <message>
         <source>Show in Finder</source>
-        <translation>「ファイル」で表示</translation>
+        <translation>ファイルマネージャーで表示</translation>
     </message>
     <message>
         <source>None of these files is a favourite.</source>
@@ -1530,8 +1530,12 @@
         <translation>似た音</translation>
     </message>
     <message>
-        <source>the sound from elsewhere</source>
-        <translation>外部の音</translation>
+        <source>Stop %1</source>
+        <translation>%1 を停止</translation>
+    </message>
+    <message>
+        <source>Play %1</source>
+        <translation>%1 を再生</translation>
     </message>
 </context>
 <context>
@@ -1888,6 +1892,10 @@
             <numerusform>マップの %n 個の音</numerusform>
         </translation>
     </message>
+    <message>
+        <source>Processor</source>
+        <translation>プロセッサー</translation>
+    </message>
 </context>
 <context>
     <name>quillmere::AppModel</name>
@@ -1938,11 +1946,11 @@
     </message>
     <message>
         <source>New skins of %1</source>
-        <translation>%1 の新しい肌</translation>
+        <translation>%1 の新しいスキン</translation>
     </message>
     <message>
         <source>New bodies for %1</source>
-        <translation>%1 の新しい体</translation>
+        <translation>%1 の新しいボディ</translation>
     </message>
     <message>
         <source>Like %1</source>
@@ -2376,7 +2384,7 @@
     </message>
     <message>
         <source>Relatives of %1</source>
-        <translation>%1 の親戚</translation>
+        <translation>%1 から派生</translation>
     </message>
     <message>
         <source>1 file</source>

@@ -26,8 +26,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "QuillmereApp/AppModel.h"
 #include "QuillmereApp/ClosingLimit.h"
@@ -141,28 +143,60 @@ struct Arguments {
     std::string folder;
 };
 
+std::string inWords(const Message& text) {
+    return Language::text(text);
+}
+
+// The library's own words, in the user's language.
+void nameParts(CLI::App& cli) {
+    const auto formatter = std::make_shared<CLI::Formatter>();
+    formatter->label("Usage", inWords(Message("Usage")));
+    formatter->label("OPTIONS", inWords(Message("OPTIONS")));
+    formatter->label("Positionals", inWords(Message("Positionals")));
+    cli.formatter(formatter);
+    cli.option_defaults()->group(inWords(Message("Options")));  // before there are options
+    cli.set_help_flag("-h,--help", inWords(Message("Print this help message and exit")));
+}
+
+// The arguments that mean nothing here.
+std::string unexpected(const std::vector<std::string>& arguments) {
+    const std::string all = CLI::detail::join(arguments, " ");
+    return inWords(arguments.size() == 1 ? Message("The following argument was not expected: {0}", all)
+                                         : Message("The following arguments were not expected: {0}", all));
+}
+
 // Nothing: the program is to end with the status given.
 std::optional<Arguments> parse(int argc, char** argv, int& status) {
+    constexpr int usageError = 2;
     Arguments arguments;
-    CLI::App cli("Learns the character of a folder of audio samples and generates new ones.", "quillmere");
-    cli.set_version_flag("--version", "quillmere " QUILLMERE_VERSION);
-    cli.add_option("folder", arguments.folder, "Folder of samples to open as the corpus")
+    CLI::App cli(inWords(Message("Learns the character of a folder of short audio samples and generates new "
+                                 "ones.")),
+                 "quillmere");
+    nameParts(cli);
+    cli.set_version_flag("--version", "quillmere " QUILLMERE_VERSION,
+                         inWords(Message("Print the version and exit")));
+    cli.add_option("folder", arguments.folder, inWords(Message("Folder of samples to open as the corpus")))
         ->option_text("FOLDER");
+    cli.allow_extras();  // and refused below, in the user's language
     try {
         cli.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        status = cli.exit(error, std::cout, std::cerr) == 0 ? EXIT_SUCCESS : 2;
+        status = cli.exit(error, std::cout, std::cerr) == 0 ? EXIT_SUCCESS : usageError;
         return std::nullopt;
     }
-    return arguments;
+    if (cli.remaining().empty()) return arguments;
+    std::fprintf(stderr, "%s\n%s\n", unexpected(cli.remaining()).c_str(),
+                 inWords(Message("Run with --help for more information.")).c_str());
+    status = usageError;
+    return std::nullopt;
 }
 
 int run(int argc, char** argv) {
+    Language::takeFromEnvironment(Language::ownFolder());
     int status = EXIT_SUCCESS;
     const std::optional<Arguments> arguments = parse(argc, argv, status);
     if (!arguments) return status;
 
-    Language::takeFromEnvironment(Language::ownFolder());
     requireDisplay();
     const QtMessageHandler usual = qInstallMessageHandler(refuseOnFatal);
     QGuiApplication::setApplicationName(QStringLiteral("Quillmere"));

@@ -41,6 +41,17 @@ QString detailOf(const ComputeDevice& device) {
     return Words::tr("Cannot be used: %1").arg(Words::of(device.problem));
 }
 
+// Names of a list, the processor's in the user's language.
+QStringList namesOf(std::span<const ComputeDevice> devices) {
+    const std::vector<std::string> labels = network::labels(devices);
+    QStringList names;
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        const bool isProcessor = devices[i].type == Type::processor;
+        names.append(isProcessor ? Words::tr("Processor") : QString::fromStdString(labels[i]));
+    }
+    return names;
+}
+
 bool areSame(const ComputeDevice& a, const ComputeDevice& b) {
     return a.identity == b.identity && a.type == b.type && a.problem == b.problem;
 }
@@ -52,7 +63,7 @@ ComputeDevices::ComputeDevices(const Environment& environment, Preferences& pref
       environment_(environment),
       preferences_(preferences),
       devices_{ComputeDevice::processor()},
-      labels_(network::labels(devices_)),
+      names_(namesOf(devices_)),
       tasks_(1) {
     restoreChoice();
 }
@@ -161,7 +172,7 @@ void ComputeDevices::setDevices(std::vector<ComputeDevice> devices) {
     if (!isNews) return;
     isListed_ = true;
     devices_ = std::move(devices);
-    labels_ = network::labels(devices_);
+    names_ = namesOf(devices_);
     emit devicesChanged();
     if (choice_.find(devices_) == nullptr) {
         const Message problem = ChosenDevice::automaticInstead(choice_.missing());
@@ -176,7 +187,7 @@ QVariantList ComputeDevices::devices() const {
     for (std::size_t i = 0; i < devices_.size(); ++i) {
         const std::string_view type = network::rawValue(devices_[i].type);
         list.append(QVariantMap{
-            {QStringLiteral("name"), QString::fromStdString(labels_[i])},
+            {QStringLiteral("name"), names_[static_cast<qsizetype>(i)]},
             {QStringLiteral("type"), QString::fromUtf8(type.data(), static_cast<qsizetype>(type.size()))},
             {QStringLiteral("detail"), detailOf(devices_[i])},
             {QStringLiteral("usable"), devices_[i].usable()}});
@@ -190,25 +201,24 @@ int ComputeDevices::chosenIndex() const {
     return device == nullptr ? -1 : static_cast<int>(device - devices_.data()) + 1;
 }
 
-QString ComputeDevices::labelOf(const ComputeDevice& device) const {
-    return QString::fromStdString(labels_[static_cast<std::size_t>(&device - devices_.data())]);
+QString ComputeDevices::nameOf(const ComputeDevice& device) const {
+    return names_[&device - devices_.data()];
 }
 
 QString ComputeDevices::automaticName() const {
-    if (isAutomatic() && opened_)
-        return QString::fromStdString(network::labels(std::span(&*opened_, 1)).front());
-    if (isListed_) return labelOf(DeviceChoice().in(devices_));
-    return environment_.mayHaveGraphicsCard ? QString() : labelOf(devices_.front());
+    if (isAutomatic() && opened_) return namesOf(std::span(&*opened_, 1)).front();
+    if (isListed_) return nameOf(DeviceChoice().in(devices_));
+    return environment_.mayHaveGraphicsCard ? QString() : nameOf(devices_.front());
 }
 
 QString ComputeDevices::name() const {
-    if (processorStandsIn_) return labelOf(devices_.front());
+    if (processorStandsIn_) return nameOf(devices_.front());
     if (isAutomatic()) {
         const QString automatic = automaticName();
         return automatic.isEmpty() ? tr("Automatic") : automatic;
     }
     const ComputeDevice* const device = choice_.find(devices_);
-    return device != nullptr ? labelOf(*device) : QString::fromStdString(choice_.name());
+    return device != nullptr ? nameOf(*device) : QString::fromStdString(choice_.name());
 }
 
 }  // namespace quillmere

@@ -3,10 +3,10 @@
 #include <QObject>
 #include <QQmlEngine>
 #include <QString>
+#include <QStringList>
 #include <QVariantList>
 #include <memory>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "QuillmereApp/BackgroundTask.h"
@@ -83,12 +83,12 @@ private:
     void setDevices(std::vector<network::ComputeDevice> devices);
     void fallBack(const Message& problem);
     // device: one of devices_.
-    [[nodiscard]] QString labelOf(const network::ComputeDevice& device) const;
+    [[nodiscard]] QString nameOf(const network::ComputeDevice& device) const;
 
     const Environment& environment_;
     Preferences& preferences_;
     std::vector<network::ComputeDevice> devices_;
-    std::vector<std::string> labels_;  // of devices_
+    QStringList names_;  // of devices_, for people
     bool isListed_ = false;
     bool isListing_ = false;
     network::DeviceChoice choice_;

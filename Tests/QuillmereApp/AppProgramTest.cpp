@@ -147,6 +147,49 @@ private slots:
         }
     }
 
+    void answersInTheUsersLanguage_data() {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("help");
+        QTest::addColumn<QString>("refusal");
+        QTest::newRow("English") << "C"
+                                 << "Usage: quillmere [OPTIONS] [folder]"
+                                 << "The following arguments were not expected: two three\nRun with --help";
+        QTest::newRow("German") << "de_DE"
+                                << "Aufruf: quillmere [OPTIONEN] [folder]"
+                                << "Diese Argumente wurden nicht erwartet: two three\n";
+        QTest::newRow("Spanish") << "es_ES"
+                                 << "Uso: quillmere "
+                                 << ": two three\n";
+        QTest::newRow("French") << "fr_FR"
+                                << "Utilisation"
+                                << "two three\n";
+        QTest::newRow("Japanese") << "ja_JP"
+                                  << "quillmere "
+                                  << "two three\n";
+    }
+    // And of what the library of the command line says itself, nothing is left in English.
+    void answersInTheUsersLanguage() {
+        QFETCH(QString, language);
+        QFETCH(QString, help);
+        QFETCH(QString, refusal);
+        const QMap<QString, QString> variables{{"LC_ALL", language + ".UTF-8"}};
+        Run asked(variables, {"--help"});
+        asked.start();
+        QVERIFY(asked.ends());
+        const QString told = QString::fromUtf8(asked.process.readAllStandardOutput());
+        QVERIFY2(told.contains(help), qPrintable(told));
+        Run refused(variables, {"one", "two", "three"});
+        refused.start();
+        QVERIFY(refused.ends());
+        QCOMPARE(refused.process.exitCode(), 2);
+        const QString why = QString::fromUtf8(refused.process.readAllStandardError());
+        QVERIFY2(why.contains(refusal), qPrintable(why));
+        if (language == "C") return;
+        for (const char* const english :
+             {"Usage", "Positionals", "Print ", "Display ", "Folder of", "Learns", "following", "Run with"})
+            QVERIFY2(!told.contains(english) && !why.contains(english), english);
+    }
+
     void refusesUnknownArguments() {
         for (const QStringList& arguments : {QStringList{"--nonsense"}, QStringList{"one", "two"}}) {
             Run run({}, arguments);

@@ -29,7 +29,7 @@ SAME = re.compile(r"^(?:Quillmere| – Quillmere| dB| %| MB|%1 (?:dB|kHz|%)|Spac
 NOT_SHOWN = re.compile(r"#include|QML_UNCREATABLE|\bfatal\(|\brequire\(|\bcli\.|CLI::App|fprintf|SDL_SetHint|hasFamily"
                        r"|const char\* family|name\.contains|Q_DECLARE_TR_FUNCTIONS|EditHistory history_|\" Kit\""
                        r"|setStyle|candidatePrefix|mapEnding|QStringList generic|QStringLiteral\(\"(?:Serif|Sans Serif|yyyy-MM-dd HH:mm|Read|ShowItems"
-                       r"|ShowFolders|SettingChanged)\"\)|\"Folder of samples to open")
+                       r"|ShowFolders|SettingChanged)\"\)|formatter->label")
 
 
 def without_comments(text: str) -> str:

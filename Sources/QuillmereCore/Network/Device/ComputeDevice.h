@@ -79,7 +79,7 @@ struct ComputeDevice {
 [[nodiscard]] std::string_view rawValue(ComputeDevice::Type type);
 
 // Names for people, one per device of a list and no two alike: "Processor", and "X" and "X (2)" for two cards
-// of the name X. They hold for this list only: the order of cards may change.
+// of the name X. They hold for this list only: the order of cards may change. In English.
 [[nodiscard]] std::vector<std::string> labels(std::span<const ComputeDevice> devices);
 
 }  // namespace quillmere::network
