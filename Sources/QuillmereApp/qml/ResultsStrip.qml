@@ -22,6 +22,13 @@ Rectangle {
     // The leftmost of what stands at the right of the heading.
     readonly property real buttonsX: inspect.visible ? inspect.x : toCandidates.visible ? toCandidates.x : inFinder.x
 
+    // Of the button at the right, without its words.
+    readonly property real roomForWords: {
+        const before = heading.x + heading.width + (tools.visible ? Theme.inner + tools.width : 0);
+        const others = (inspect.visible ? inspect.width : 0) + (toCandidates.visible ? toCandidates.width : 0);
+        return width - before - Theme.inner - others - inFinder.leftPadding - inFinder.rightPadding - Theme.inner;
+    }
+
     // As high as one row, unless its place is higher.
     implicitHeight: list.y + list.tileHeight + Theme.between
     radius: Theme.cardRadius
@@ -126,8 +133,17 @@ Rectangle {
         height: 28
         quiet: true
         iconName: "folder"
-        text: qsTr("Show in Finder")
+        // The icon alone where there is no room.
+        text: besideIcon + words.advanceWidth <= strip.roomForWords ? words.text : ""
+        tip: text.length > 0 ? "" : words.text
+        Accessible.name: words.text
+        Accessible.description: ""
         onClicked: strip.app.showInFileManager()
+    }
+    TextMetrics {
+        id: words
+        font: inFinder.font
+        text: qsTr("Show in Finder")
     }
     FileDrag {
         id: fileDrag

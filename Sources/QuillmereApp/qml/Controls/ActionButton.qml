@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import QuillmereApp
 
-// A button with words. prominent: the one filled button of the place; quiet: words only.
+// A button with words, or with an icon alone. prominent: the one filled button of the place; quiet: words only.
 T.Button {
     id: control
 
@@ -10,6 +10,7 @@ T.Button {
     property bool quiet: false
     property string iconName
     property string tip
+    readonly property real besideIcon: icon.width + content.spacing  // where the words begin
 
     readonly property color ink: {
         if (!enabled)
@@ -57,6 +58,7 @@ T.Button {
             spacing: Theme.inner - 1
 
             Icon {
+                id: icon
                 name: control.iconName
                 color: control.ink
                 visible: name.length > 0
@@ -66,6 +68,7 @@ T.Button {
             }
             Text {
                 text: control.text
+                visible: text.length > 0
                 color: control.ink
                 font: control.font
                 textFormat: Text.PlainText
