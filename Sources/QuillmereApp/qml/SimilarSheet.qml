@@ -32,9 +32,28 @@ Sheet {
                 list.forceActiveFocus(Qt.OtherFocusReason);
         }
     }
+    // Of the sound itself, above those of the rows.
+    IconButton {
+        id: foreign
+
+        readonly property bool plays: String(sheet.app.playback.playingURL) === String(sheet.drops.foreignUrl)
+
+        objectName: "playForeign"
+        x: Theme.tight
+        iconName: plays ? "stop.fill" : "play.circle"
+        iconSize: plays ? 14 : 20
+        ink: plays ? Theme.accent : Theme.text
+        text: (plays ? qsTr("Stop %1") : qsTr("Play %1")).arg(sheet.drops.foreignName)
+        onClicked: sheet.app.playback.togglePlay(sheet.drops.foreignUrl)
+    }
     Label {
         id: summary
-        width: parent.width
+
+        readonly property real end: Math.max(foreign.height, y + height)
+
+        x: foreign.x + foreign.width + Theme.inner
+        y: Math.max(0, Math.round((foreign.height - height) / 2))
+        width: parent.width - x
         text: {
             if (sheet.drops.isFound)
                 return sheet.drops.similar.length > 0 ? qsTr("The nearest sounds of the corpus, nearest first.") : qsTr("There is nothing in the corpus to compare it with.");
@@ -43,7 +62,7 @@ Sheet {
         color: Theme.secondary
     }
     ProgressBar {
-        y: summary.height + Theme.inner
+        y: summary.end + Theme.inner
         width: parent.width
         visible: sheet.drops.isFinding
         label: qsTr("Comparing")
@@ -53,7 +72,7 @@ Sheet {
     ListView {
         id: list
         objectName: "similarList"
-        y: summary.height + Theme.inner
+        y: summary.end + Theme.inner
         width: parent.width
         height: parent.height - y
         visible: sheet.drops.isFound
@@ -74,12 +93,13 @@ Sheet {
             width: list.width - (bar.visible ? Theme.between : 0)
             app: sheet.app
             sounds: [{
-                    "name": qsTr("the sound from elsewhere"),
+                    "name": sheet.drops.foreignName,
                     "url": sheet.drops.foreignUrl
                 }, {
                     "name": modelData.name,
                     "url": modelData.url
                 }]
+            buttonsFrom: 1
             next: 1
             title: modelData.name
             value: modelData.detail

@@ -10,6 +10,7 @@ Rectangle {
 
     required property AppModel app
     property var sounds: []  // {name, url}, at least one
+    property int buttonsFrom: 0  // the ones before it have their buttons elsewhere
     property string title
     property string detail
     property string value
@@ -53,7 +54,7 @@ Rectangle {
         anchors.verticalCenter: parent.verticalCenter
 
         Repeater {
-            model: row.sounds
+            model: row.sounds.slice(row.buttonsFrom)
 
             IconButton {
                 required property var modelData

@@ -66,6 +66,7 @@ WindowCase {
         tryVerify(() => has("similar-2"), limit);
         verifySeen("hit2.wav");
         verifySeen("The nearest sounds of the corpus, nearest first.");
+        compare(Stage.countItems(window.contentItem, "play hit"), 3);  // one button a row
         tryCompare(Stage.focused(window.contentItem), "objectName", "similar-0", limit);
         const first = app.drops.similar[0];
         keyClick(Qt.Key_Space);
@@ -75,6 +76,20 @@ WindowCase {
         keyClick(Qt.Key_Escape);
         tryVerify(() => !has("similar-0"), limit);
         compare(String(app.playback.playingURL), "");
+    }
+    function test_aSoundFromElsewhereIsHeardByItsButton() {
+        trained();
+        Stage.makeCorpus("Elsewhere", 1);
+        Stage.drop(item("corpusCard"), [Stage.url("Elsewhere/hit0.wav")]);
+        mouseClick(item("playForeign"));
+        tryCompare(app.playback, "playingURL", app.drops.foreignUrl, limit);
+        compare(item("playForeign").text, "Stop hit0.wav");
+        mouseClick(item("playForeign"));
+        compare(String(app.playback.playingURL), "");
+        mouseClick(item("findSimilar"));
+        tryVerify(() => has("similar-0"), limit);
+        mouseClick(item("play " + app.drops.similar[1].name));
+        tryCompare(app.playback, "playingURL", app.drops.similar[1].url, limit);
     }
     function test_similarFitsIntoEveryWindow_data() {
         return [[480, 360], [800, 600], [1180, 820], [3840, 2160]].map(size => ({
