@@ -10,10 +10,16 @@ FocusScope {
     required property AppModel app
     readonly property bool wide: width >= 900
     readonly property bool broad: width >= 1700
+    // High enough for all sliders below one another: their column is narrow then, and the results have the rest.
+    readonly property bool tall: broad && height >= 1300
     readonly property real cardsWidth: wide ? Math.round(Math.max(312, Math.min(400, width * 0.285))) : width - 2 * Theme.outer
     readonly property real besideCards: width - cardsWidth - 2 * Theme.outer - Theme.between
     // Longer sliders would be no better ones: what is beyond is for the results.
-    readonly property real characterWidth: broad ? Math.round(Math.min(1080, besideCards * 0.58)) : wide ? besideCards : cardsWidth
+    readonly property real characterWidth: {
+        if (!broad)
+            return wide ? besideCards : cardsWidth;
+        return tall && !showsMap ? 620 : Math.round(Math.min(1080, besideCards * 0.58));
+    }
     readonly property real tallestRow: 46
     // What a strip that is dragged taller leaves of the sliders.
     readonly property real leastCharacter: 220

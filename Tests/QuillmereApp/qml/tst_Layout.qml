@@ -185,6 +185,35 @@ WindowCase {
         const down = Math.floor(list.height / list.cellHeight);
         verify(across * down >= row.shown, across + " by " + down);
     }
+    // All sliders below one another fill its height, and the results have the rest of the width.
+    function test_largeWindowsHaveOneColumnOfSliders() {
+        resize(2560, 1440);
+        Stage.setResults(200);
+        settle();
+        const bottomOf = name => item(name).mapToItem(null, 0, item(name).height).y;
+        compare(item("slider-phase-iterations").mapToItem(null, 0, 0).x, item("slider-drift").mapToItem(null, 0, 0).x);
+        verify(!item("characterPane").overflows);
+        verify(bottomOf("seed") > 0.8 * bottomOf("characterPane"), bottomOf("seed") + " of " + bottomOf("characterPane"));
+        verify(item("slider-drift").width >= 300, "slider " + item("slider-drift").width);
+        generateNowhere();
+        tryVerify(() => has("errorBanner"), limit);
+        settle();
+        verify(!item("characterPane").overflows);
+        resize(2560, 1200);
+        verify(item("slider-phase-iterations").mapToItem(null, 0, 0).x > item("slider-drift").mapToItem(null, 0, 0).x);
+    }
+    function test_theMapOfALargeWindowIsWide() {
+        resize(2560, 1440);
+        trained();
+        const before = item("slider-drift").width;
+        keyClick(Qt.Key_M);
+        tryVerify(() => app.map.isReady, limit);
+        settle();
+        verify(item("points").width > 900, "map " + item("points").width);
+        keyClick(Qt.Key_M);
+        settle();
+        compare(item("slider-drift").width, before);
+    }
     function test_broadWindowsKeepAPlaceForTheResults() {
         resize(1920, 1080);
         verifySeen("The variations of the last run appear here.");
