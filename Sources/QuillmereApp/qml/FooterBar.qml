@@ -8,6 +8,8 @@ Rectangle {
     required property AppModel app
     // No room for words beside the buttons: they have a line of their own.
     readonly property bool narrow: width < 840
+    // Not even for the words of all buttons: the first has its icon alone.
+    readonly property bool cramped: appearanceButton.x + appearanceButton.width + Theme.tight + audition.fullWidth + trying.width + generating.width + 2 * actions.spacing + Theme.outer > width
     // The last thing worth telling that is no failure; it goes away by itself.
     property string news
 
@@ -112,10 +114,14 @@ Rectangle {
             readonly property bool plays: String(footer.app.playback.playingURL) === String(footer.app.generation.auditionURL)
 
             objectName: "audition"
-            // As wide as its longer name, so that nothing moves while it plays.
-            width: Math.max(implicitWidth, Math.ceil(idle.advanceWidth) + 16 + Theme.inner + leftPadding + rightPadding)
+            readonly property string words: plays ? qsTr("Stop") : qsTr("Audition")
+            // Of its longer name, so that nothing moves while it plays.
+            readonly property real fullWidth: Math.ceil(idle.advanceWidth) + 16 + Theme.inner + leftPadding + rightPadding
+
+            width: footer.cramped ? implicitWidth : Math.max(implicitWidth, fullWidth)
             height: 36
-            text: plays ? qsTr("Stop") : qsTr("Audition")
+            text: footer.cramped ? "" : words
+            Accessible.name: words
             iconName: plays ? "stop.fill" : "play.circle"
             tip: plays ? qsTr("Esc") : qsTr("Render a single variation with the current settings and play it, without saving.")
             enabled: plays || footer.app.generation.canAudition
@@ -130,6 +136,7 @@ Rectangle {
             }
         }
         CommandButton {
+            id: trying
             objectName: "try"
             height: 36
             text: qsTr("Try %1").arg(footer.app.candidates.perSet)
@@ -139,6 +146,7 @@ Rectangle {
             onCommanded: footer.app.candidates.start()
         }
         CommandButton {
+            id: generating
             objectName: "generate"
             // As wide as its longest name, so that nothing moves while the count is changed.
             width: Math.max(implicitWidth, Math.ceil(widest.advanceWidth) + leftPadding + rightPadding)

@@ -11,6 +11,8 @@ Dialog {
 
     signal leaveRequested
 
+    // In some languages the buttons need more than other questions do.
+    width: Math.min(Math.max(400, buttons.width + leftPadding + rightPadding), (parent ? parent.width : 400) - 2 * Theme.outer)
     title: learns ? qsTr("Stop learning?") : qsTr("Close without storing?")
     onAboutToShow: keep.forceActiveFocus(Qt.TabFocusReason)
 
@@ -36,6 +38,7 @@ Dialog {
             color: Theme.secondary
         }
         Row {
+            id: buttons
             anchors.right: parent.right
             spacing: Theme.inner
 

@@ -65,6 +65,13 @@ bool isClipped(const QQuickItem& item) {
            item.property("contentHeight").toDouble() > item.height() + rounding;
 }
 
+bool isInMenu(const QQuickItem& item) {
+    for (const QQuickItem* up = &item; up != nullptr; up = up->parentItem()) {
+        if (up->inherits("QQuickMenuItem")) return true;
+    }
+    return false;
+}
+
 bool takesKeyboard(const QQuickItem& item) {
     return item.isEnabled() && item.activeFocusOnTab();
 }
@@ -317,6 +324,23 @@ QStringList Stage::clippedTexts(QQuickItem* any) const {
     QStringList found;
     visitWindow(any, [&](QQuickItem& item) {
         if (isClipped(item)) found.append(describe(item));
+    });
+    return found;
+}
+
+QStringList Stage::menuTexts(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (item.inherits("QQuickText") && isInMenu(item)) found.append(item.property("text").toString());
+    });
+    found.removeAll(QString());
+    return found;
+}
+
+QStringList Stage::cutMenuTexts(QQuickItem* any) const {
+    QStringList found;
+    visitWindow(any, [&](QQuickItem& item) {
+        if (isInMenu(item) && item.property("truncated").toBool()) found.append(describe(item));
     });
     return found;
 }

@@ -113,6 +113,9 @@ public:
     // Descriptions of texts that are cut off: wider than their place or elided. Names of files and folders
     // may be elided.
     Q_INVOKABLE [[nodiscard]] QStringList clippedTexts(QQuickItem* any) const;
+    // What the open menus say, and what of it is cut off.
+    Q_INVOKABLE [[nodiscard]] QStringList menuTexts(QQuickItem* any) const;
+    Q_INVOKABLE [[nodiscard]] QStringList cutMenuTexts(QQuickItem* any) const;
     // Descriptions of texts and controls that reach beyond the window to the left or right.
     Q_INVOKABLE [[nodiscard]] QStringList itemsOutside(QQuickItem* any) const;
     // Descriptions of what takes the keyboard but tells assistive technology no name or no role.
