@@ -11,16 +11,15 @@ IconButton {
     iconName: appearance.mode === Appearance.Light ? "sun.max" : appearance.mode === Appearance.Dark ? "moon" : "circle.lefthalf.filled"
     text: qsTr("Appearance")
     onClicked: {
-        loader.active = true;
-        const menu = loader.item as AppearanceMenu;
+        const menu = loader.made() as AppearanceMenu;
         menu.popup(button, 0, -menu.implicitHeight - Theme.tight);
     }
 
-    Loader {
+    Later {
         id: loader
-        active: false
-        sourceComponent: AppearanceMenu {
-            appearance: button.appearance
-        }
+        view: "AppearanceMenu.qml"
+        needs: ({
+                "appearance": button.appearance
+            })
     }
 }

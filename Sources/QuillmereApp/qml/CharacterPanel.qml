@@ -91,10 +91,7 @@ Card {
         width: panel.bodyWidth
         character: panel.character
         emphasised: panel.emphasised
-        onSaveRequested: {
-            saveDialog.active = true;
-            (saveDialog.item as SavePresetDialog).open();
-        }
+        onSaveRequested: (saveDialog.made() as SavePresetDialog).open()
     }
     ParameterGroups {
         id: groups
@@ -104,12 +101,12 @@ Card {
         rowHeight: panel.rowHeight
         emphasised: panel.emphasised
     }
-    Loader {
+    Later {
         id: saveDialog
-        active: false
         visible: false
-        sourceComponent: SavePresetDialog {
-            character: panel.character
-        }
+        view: "SavePresetDialog.qml"
+        needs: ({
+                "character": panel.character
+            })
     }
 }

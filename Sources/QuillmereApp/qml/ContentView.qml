@@ -74,23 +74,18 @@ FocusScope {
         target: content.app.sweep
 
         function onOpenChanged() {
-            sweepPopup.active = sweepPopup.active || content.app.sweep.isOpen;
-            if (!sweepPopup.item)
-                return;
-            const popup = sweepPopup.item as SweepPopup;
             if (content.app.sweep.isOpen)
-                popup.open();
-            else
-                popup.close();
+                (sweepPopup.made() as SweepPopup).open();
+            else if (sweepPopup.item)
+                (sweepPopup.item as SweepPopup).close();
         }
     }
-    Loader {
+    Later {
         id: sweepPopup
-        active: false
-        sourceComponent: SweepPopup {
-            app: content.app
-            y: parent ? Math.round((parent.height - height) / 2) : 0
-        }
+        view: "SweepPopup.qml"
+        needs: ({
+                "app": content.app
+            })
     }
     // While B is held: the state before. What opens meanwhile gets the present one.
     onActiveFocusChanged: {
@@ -280,37 +275,42 @@ FocusScope {
             height: content.wide ? stack.characterHeight : contentHeight
             scrolls: content.wide
             contentHeight: {
-                if (inspectorPane.active)
+                if (inspectorPane.wanted)
                     return inspectorPane.height;
-                return mapView.active ? content.mapHeight : character.height;
+                return mapView.wanted ? content.mapHeight : character.height;
             }
 
             // In the place of the sliders while it is open.
-            Loader {
+            Later {
                 id: inspectorPane
-                active: content.app.inspector.isOpen
+                wanted: content.app.inspector.isOpen
                 width: content.characterWidth
-                height: active && item ? Math.max((item as InspectorPanel).implicitHeight, content.wide ? stack.characterHeight : 0) : 0
-                sourceComponent: InspectorPanel {
-                    app: content.app
-                    room: content.wide ? stack.characterHeight : 0
-                    onKeepRequested: strip.keep()
+                height: item ? Math.max((item as InspectorPanel).implicitHeight, content.wide ? stack.characterHeight : 0) : 0
+                view: "InspectorPanel.qml"
+                needs: ({
+                        "app": content.app
+                    })
+                onLoaded: {
+                    const panel = item as InspectorPanel;
+                    panel.room = Qt.binding(() => content.wide ? stack.characterHeight : 0);
+                    panel.keepRequested.connect(strip.keep);
                 }
             }
             // There as well, unless the inspector is.
-            Loader {
+            Later {
                 id: mapView
-                active: content.showsMap
+                wanted: content.showsMap
                 width: content.characterWidth
                 height: content.mapHeight
-                sourceComponent: MapView {
-                    app: content.app
-                    onCloseRequested: content.switchMap()
-                }
+                view: "MapView.qml"
+                needs: ({
+                        "app": content.app
+                    })
+                onLoaded: (item as MapView).closeRequested.connect(content.switchMap)
             }
             CharacterPanel {
                 id: character
-                visible: !inspectorPane.active && !mapView.active
+                visible: !inspectorPane.wanted && !mapView.wanted
                 hasMap: content.app.map.canShow
                 onMapRequested: content.switchMap()
                 width: content.characterWidth

@@ -230,19 +230,18 @@ Card {
             iconSize: 13
             text: qsTr("Recent folders")
             onClicked: {
-                recentMenu.active = true;
-                (recentMenu.item as RecentMenu).popup(recent, 0, recent.height + Theme.tight);
+                (recentMenu.made() as RecentMenu).popup(recent, 0, recent.height + Theme.tight);
             }
         }
     }
-    Loader {
+    Later {
         id: recentMenu
-        active: false
         visible: false
-        sourceComponent: RecentMenu {
-            corpus: card.app.corpus
-            onModelsRequested: card.modelsRequested()
-        }
+        view: "RecentMenu.qml"
+        needs: ({
+                "corpus": card.app.corpus
+            })
+        onLoaded: (item as RecentMenu).modelsRequested.connect(card.modelsRequested)
     }
     component Dot: Label {
         text: "·"

@@ -38,8 +38,7 @@ T.Button {
     Keys.onEnterPressed: clicked()
 
     onClicked: {
-        loader.active = true;
-        const menu = loader.item as DeviceMenu;
+        const menu = loader.made() as DeviceMenu;
         menu.popup(button, button.width - menu.implicitWidth, button.height + Theme.tight);
     }
 
@@ -80,12 +79,12 @@ T.Button {
         color: button.down ? Theme.controlPressed : button.hovered ? Theme.controlHover : "transparent"
     }
 
-    Loader {
+    Later {
         id: loader
-        active: false
-        sourceComponent: DeviceMenu {
-            app: button.app
-        }
+        view: "DeviceMenu.qml"
+        needs: ({
+                "app": button.app
+            })
     }
     FocusRing {
         shown: button.visualFocus

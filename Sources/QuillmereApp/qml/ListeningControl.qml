@@ -22,8 +22,7 @@ Row {
         Keys.onUpPressed: control.playback.volume += 0.05
         Keys.onDownPressed: control.playback.volume -= 0.05
         onClicked: {
-            menu.active = true;
-            const opened = menu.item as ListeningMenu;
+            const opened = menu.made() as ListeningMenu;
             opened.popup(button, 0, -opened.implicitHeight - Theme.tight);
         }
 
@@ -31,12 +30,12 @@ Row {
             acceptedDevices: PointerDevice.Mouse | PointerDevice.TouchPad
             onWheel: event => control.playback.volume += event.angleDelta.y / 2400
         }
-        Loader {
+        Later {
             id: menu
-            active: false
-            sourceComponent: ListeningMenu {
-                playback: control.playback
-            }
+            view: "ListeningMenu.qml"
+            needs: ({
+                    "playback": control.playback
+                })
         }
     }
     Item {

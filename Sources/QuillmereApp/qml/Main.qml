@@ -8,7 +8,7 @@ T.ApplicationWindow {
 
     required property AppModel app
     // Shortcuts rest while a folder chooser is open.
-    readonly property bool listening: !choosers.active || !(choosers.item as FolderChoosers).open
+    readonly property bool listening: !choosers.item || !(choosers.item as FolderChoosers).open
 
     // The user has agreed to lose what is being learned.
     property bool leaving: false
@@ -57,8 +57,7 @@ T.ApplicationWindow {
         if (!(app.model.isTraining || app.model.isUnstored) || leaving)
             return;
         close.accepted = false;
-        leave.active = true;
-        (leave.item as LeaveDialog).open();
+        (leave.made() as LeaveDialog).open();
     }
 
     Commands {
@@ -81,35 +80,33 @@ T.ApplicationWindow {
         target: root.app.corpus
 
         function onChooserRequested(startFolder: url) {
-            choosers.active = true;
-            (choosers.item as FolderChoosers).chooseCorpus(startFolder);
+            (choosers.made() as FolderChoosers).chooseCorpus(startFolder);
         }
     }
     Connections {
         target: root.app.output
 
         function onChooserRequested(startFolder: url) {
-            choosers.active = true;
-            (choosers.item as FolderChoosers).chooseOutput(startFolder);
+            (choosers.made() as FolderChoosers).chooseOutput(startFolder);
         }
     }
     // Dialogs take their time to load: not before they are asked for.
-    Loader {
+    Later {
         id: choosers
-        active: false
-        sourceComponent: FolderChoosers {
-            app: root.app
-        }
+        view: "FolderChoosers.qml"
+        needs: ({
+                "app": root.app
+            })
     }
-    Loader {
+    Later {
         id: leave
-        active: false
-        sourceComponent: LeaveDialog {
-            app: root.app
-            onLeaveRequested: {
+        view: "LeaveDialog.qml"
+        needs: ({
+                "app": root.app
+            })
+        onLoaded: (item as LeaveDialog).leaveRequested.connect(() => {
                 root.leaving = true;
                 root.close();
-            }
-        }
+            })
     }
 }

@@ -49,7 +49,7 @@ Item {
         const ending = unit.length > 0 ? figures.advanceWidth(" " + unit) : 0;
         return Math.ceil(longest + ending) + field.leftPadding + field.rightPadding + 2;
     }
-    readonly property bool active: hover.hovered || slider.activeFocus || field.activeFocus || lockButton.activeFocus || resetButton.activeFocus
+    readonly property bool active: hover.hovered || slider.activeFocus || field.activeFocus || lockButton.activeFocus || reset.activeFocus
 
     implicitHeight: 28
 
@@ -138,7 +138,7 @@ Item {
             text = Qt.binding(() => row.text);
         }
 
-        anchors.right: resetButton.left
+        anchors.right: reset.left
         anchors.verticalCenter: parent.verticalCenter
         width: row.valueWidth
         height: 24
@@ -172,25 +172,33 @@ Item {
             event.accepted = true;
         }
     }
-    IconButton {
-        id: resetButton
-        objectName: "reset-" + row.parameterId
+    // There is one for every row, and at first none is needed.
+    Loader {
+        id: reset
+
+        readonly property bool needed: !row.isDefault
+
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
         width: 24
         height: 24
-        iconSize: 14
-        iconName: "arrow.counterclockwise"
-        text: qsTr("Reset to default")
-        focusPolicy: Qt.ClickFocus
-        activeFocusOnTab: false
-        Accessible.name: qsTr("Reset to default: %1").arg(row.title)
-        visible: !row.isDefault
-        onClicked: {
-            // The button goes away under the keyboard: its place is the slider's.
-            if (activeFocus)
-                slider.forceActiveFocus(Qt.TabFocusReason);
-            row.character.parameters.reset(row.parameterId);
+        active: false
+        visible: needed
+        onNeededChanged: active = active || needed
+        sourceComponent: IconButton {
+            objectName: "reset-" + row.parameterId
+            iconSize: 14
+            iconName: "arrow.counterclockwise"
+            text: qsTr("Reset to default")
+            focusPolicy: Qt.ClickFocus
+            activeFocusOnTab: false
+            Accessible.name: qsTr("Reset to default: %1").arg(row.title)
+            onClicked: {
+                // The button goes away under the keyboard: its place is the slider's.
+                if (activeFocus)
+                    slider.forceActiveFocus(Qt.TabFocusReason);
+                row.character.parameters.reset(row.parameterId);
+            }
         }
     }
     IconButton {

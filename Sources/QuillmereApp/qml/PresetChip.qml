@@ -78,20 +78,22 @@ T.RadioButton {
             visible: chip.isEdited
         }
     }
-    IconButton {
-        objectName: "delete-" + chip.name
+    Loader {
         anchors.right: parent.right
         anchors.rightMargin: 4
         anchors.verticalCenter: parent.verticalCenter
-        width: 20
-        height: 20
-        iconSize: 10
-        visible: chip.isOwn
-        focusPolicy: Qt.NoFocus
-        activeFocusOnTab: false
-        iconName: "xmark"
-        text: qsTr("Delete preset %1").arg(chip.name)
-        onClicked: chip.character.deleteOwnPreset(chip.name)
+        active: chip.isOwn
+        sourceComponent: IconButton {
+            objectName: "delete-" + chip.name
+            width: 20
+            height: 20
+            iconSize: 10
+            focusPolicy: Qt.NoFocus
+            activeFocusOnTab: false
+            iconName: "xmark"
+            text: qsTr("Delete preset %1").arg(chip.name)
+            onClicked: chip.character.deleteOwnPreset(chip.name)
+        }
     }
 
     FocusRing {

@@ -10,54 +10,48 @@ Item {
     function showFiles() {
         if (!app.corpusFiles.canShow)
             return;
-        files.active = true;
-        (files.item as CorpusFilesSheet).open();
+        (files.made() as CorpusFilesSheet).open();
     }
     function showReport() {
         if (!app.report.canMake)
             return;
-        report.active = true;
-        (report.item as ReportSheet).open();
+        (report.made() as ReportSheet).open();
     }
 
     function showRuns() {
         if (!app.runs.canShow)
             return;
-        runs.active = true;
-        (runs.item as RunsSheet).open();
+        (runs.made() as RunsSheet).open();
     }
     function showSimilar() {
-        similar.active = true;
-        (similar.item as SimilarSheet).open();
+        (similar.made() as SimilarSheet).open();
     }
     function showModels() {
-        models.active = true;
-        (models.item as ModelsSheet).open();
+        (models.made() as ModelsSheet).open();
     }
 
-    Loader {
+    Later {
         id: models
-        active: false
-        sourceComponent: ModelsSheet {
-            app: sheets.app
-        }
+        view: "ModelsSheet.qml"
+        needs: ({
+                "app": sheets.app
+            })
     }
     Connections {
         target: sheets.app
 
         function onModelOffered(corpus) {
-            offer.active = true;
-            const dialog = offer.item as ModelOfferDialog;
+            const dialog = offer.made() as ModelOfferDialog;
             dialog.corpus = corpus;
             dialog.open();
         }
     }
-    Loader {
+    Later {
         id: offer
-        active: false
-        sourceComponent: ModelOfferDialog {
-            app: sheets.app
-        }
+        view: "ModelOfferDialog.qml"
+        needs: ({
+                "app": sheets.app
+            })
     }
     Connections {
         target: sheets.app.drops
@@ -66,33 +60,33 @@ Item {
             sheets.showSimilar();
         }
     }
-    Loader {
+    Later {
         id: similar
-        active: false
-        sourceComponent: SimilarSheet {
-            app: sheets.app
-        }
+        view: "SimilarSheet.qml"
+        needs: ({
+                "app": sheets.app
+            })
     }
-    Loader {
+    Later {
         id: runs
-        active: false
-        sourceComponent: RunsSheet {
-            app: sheets.app
-        }
+        view: "RunsSheet.qml"
+        needs: ({
+                "app": sheets.app
+            })
     }
-    Loader {
+    Later {
         id: files
-        active: false
-        sourceComponent: CorpusFilesSheet {
-            app: sheets.app
-        }
+        view: "CorpusFilesSheet.qml"
+        needs: ({
+                "app": sheets.app
+            })
     }
-    Loader {
+    Later {
         id: report
-        active: false
-        sourceComponent: ReportSheet {
-            app: sheets.app
-            onFilesRequested: sheets.showFiles()
-        }
+        view: "ReportSheet.qml"
+        needs: ({
+                "app": sheets.app
+            })
+        onLoaded: (item as ReportSheet).filesRequested.connect(sheets.showFiles)
     }
 }

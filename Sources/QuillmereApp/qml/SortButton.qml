@@ -12,15 +12,14 @@ IconButton {
     ink: app.generation.results.order === ResultsModel.AsMade ? Theme.secondary : Theme.accent
     text: qsTr("Sort the results")
     onClicked: {
-        loader.active = true;
-        (loader.item as SortMenu).popup(button, 0, height + Theme.tight);
+        (loader.made() as SortMenu).popup(button, 0, height + Theme.tight);
     }
 
-    Loader {
+    Later {
         id: loader
-        active: false
-        sourceComponent: SortMenu {
-            app: button.app
-        }
+        view: "SortMenu.qml"
+        needs: ({
+                "app": button.app
+            })
     }
 }

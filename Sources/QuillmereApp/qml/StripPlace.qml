@@ -12,7 +12,8 @@ Item {
     readonly property bool hasKeyboard: candidatesHaveKeyboard || (!showsCandidates && results.hasKeyboard)
     readonly property bool candidatesHaveKeyboard: showsCandidates && candidates !== null && candidates.hasKeyboard
     property bool candidatesWanted: false
-    readonly property CandidatesStrip candidates: candidatesLoader.item as CandidatesStrip
+    // A CandidatesStrip, whose file is not read before there are any.
+    readonly property var candidates: candidatesLoader.item
 
     // Of the selected tile
     readonly property int row: showsCandidates ? (candidates ? candidates.row : -1) : results.row
@@ -143,16 +144,20 @@ Item {
         onInspectRequested: place.toggleInspector()
     }
     // Not before there are any: the window is to be there soon.
-    Loader {
+    Later {
         id: candidatesLoader
         anchors.fill: parent
-        active: place.hasCandidates
+        wanted: place.hasCandidates
         visible: place.showsCandidates
-        sourceComponent: CandidatesStrip {
-            app: place.app
-            onResultsRequested: place.showResults()
-            onGrowthRequested: by => place.grow(by)
-            onInspectRequested: place.toggleInspector()
+        view: "CandidatesStrip.qml"
+        needs: ({
+                "app": place.app
+            })
+        onLoaded: {
+            const strip = item as CandidatesStrip;
+            strip.resultsRequested.connect(place.showResults);
+            strip.growthRequested.connect(place.grow);
+            strip.inspectRequested.connect(place.toggleInspector);
         }
     }
     StripHandle {

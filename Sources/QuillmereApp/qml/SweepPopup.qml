@@ -21,6 +21,7 @@ T.Popup {
     objectName: "sweep"
     parent: T.Overlay.overlay
     x: parent ? Math.round((parent.width - width) / 2) : 0
+    y: parent ? Math.round((parent.height - height) / 2) : 0
     width: Math.min(720, (parent ? parent.width : 720) - 2 * Theme.outer)
     height: 118
     padding: Theme.between

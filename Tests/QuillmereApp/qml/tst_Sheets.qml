@@ -5,6 +5,7 @@ import QuillmereStage
 
 // The large dialogs: the files of the corpus, and what was learned of them.
 WindowCase {
+    id: testCase
     name: "Sheets"
 
     function readFiles() {
@@ -18,6 +19,32 @@ WindowCase {
         tryVerify(() => has("worst-0"), limit);
     }
 
+    Component {
+        id: laterView
+
+        Later {
+            view: "qrc:/qt-project.org/imports/QuillmereApp/qml/OpeningView.qml"
+            needs: ({
+                    "model": testCase.app.model
+                })
+        }
+    }
+    function test_aViewIsMadeWhenItIsFirstWanted() {
+        const later = createTemporaryObject(laterView, window.contentItem);
+        verify(!later.item);
+        const view = later.made();
+        compare(view.model, app.model);
+        compare(later.made(), view);
+        later.wanted = true;
+        compare(later.item, view);
+        later.wanted = false;
+        verify(!later.item);
+        later.wanted = true;
+        verify(later.item);
+        verify(createTemporaryObject(laterView, window.contentItem, {
+                "wanted": true
+            }).item);
+    }
     function test_theFilesByMouse() {
         scanned(3);
         click("showFiles");

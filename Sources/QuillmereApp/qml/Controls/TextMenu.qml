@@ -11,8 +11,7 @@ Item {
     anchors.fill: parent
 
     function open(x: real, y: real) {
-        loader.active = true;
-        (loader.item as FieldMenu).popup(context, x, y);
+        (loader.made() as FieldMenu).popup(context, x, y);
     }
 
     TapHandler {
@@ -25,11 +24,11 @@ Item {
         enabled: context.field.activeFocus
         onActivated: context.open(0, context.height)
     }
-    Loader {
+    Later {
         id: loader
-        active: false
-        sourceComponent: FieldMenu {
-            field: context.field
-        }
+        view: Qt.resolvedUrl("FieldMenu.qml")
+        needs: ({
+                "field": context.field
+            })
     }
 }
