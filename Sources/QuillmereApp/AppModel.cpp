@@ -160,17 +160,24 @@ void AppModel::cancel() {
     // An audition while the model is learned was begun last: the learning goes on without it.
     if (generation_.isAuditioning() && model_.isTraining()) {
         generation_.cancel();
-    } else {
-        cancelAll();
+        return;
     }
+    const bool runs = isBusy() || model_.isLoading();
+    cancelRuns();
+    // Who cancels a run does not mean the files that go to the trash meanwhile.
+    if (!runs) files_.cancel();
 }
 
 void AppModel::cancelAll() {
+    cancelRuns();
+    files_.cancel();
+}
+
+void AppModel::cancelRuns() {
     model_.cancelTraining();
     model_.cancelLoading();
     generation_.cancel();
     candidates_.cancel();
-    files_.cancel();
     kits_.cancel();
     sweep_.close();
     corpus_.cancelScan();

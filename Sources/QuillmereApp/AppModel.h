@@ -100,8 +100,8 @@ public:
 
     // ---- What concerns several subjects
 
-    // Stops whatever runs (training, generation, scan, audition, candidates, kit, sweep), the opening of a
-    // model, and files on their way to the trash or back.
+    // Stops whatever runs (training, generation, scan, audition, candidates, kit, sweep) and the opening of a
+    // model; where there is nothing of these, files on their way to the trash or back.
     Q_INVOKABLE void cancel();
     // Looks again for the output folder, the results and the own presets, which other programs may have
     // changed: call it when the window becomes active.
@@ -229,6 +229,7 @@ private:
     void openStoredModel(const std::filesystem::path& ofTheFolder);
     void activityOfControllersChanged();
     void cancelAll();
+    void cancelRuns();
     void setError(const QString& message);
 
     const Environment environment_;

@@ -14,28 +14,6 @@
 namespace quillmere {
 namespace {
 
-QStringList changedList(QStringList paths, const QStringList& changed, bool isIn) {
-    const QSet<QString> all(changed.begin(), changed.end());
-    paths.removeIf([&](const QString& path) { return all.contains(path); });
-    if (isIn) paths = changed + paths;
-    return paths.mid(0, FilesController::mostFavourites);
-}
-
-// As they are now, but for what became of them then.
-QStringList withoutChange(const QStringList& now, const QStringList& before, const QStringList& after) {
-    const QSet<QString> present(now.begin(), now.end());
-    const QSet<QString> old(before.begin(), before.end());
-    const QSet<QString> changed(after.begin(), after.end());
-    QStringList paths;
-    for (const QString& path : now) {
-        if (!old.contains(path) && !changed.contains(path)) paths.append(path);  // marked since
-    }
-    for (const QString& path : before) {
-        if (present.contains(path) || !changed.contains(path)) paths.append(path);
-    }
-    return paths.mid(0, FilesController::mostFavourites);
-}
-
 // One file by its name, more by their number.
 QString namesOf(std::size_t count, const std::filesystem::path& first) {
     return count == 1 ? toQString(first.filename()) : Words::tr("%n files", nullptr, static_cast<int>(count));
@@ -61,13 +39,54 @@ FilesController::FilesController(const Environment& environment, Preferences& pr
       favouriteSet_(favourites_.begin(), favourites_.end()) {}
 
 FilesController::~FilesController() {
-    cancel();
+    stop_->cancel();
 }
 
-void FilesController::remember(Step step) {
-    step.when = std::chrono::steady_clock::now();
-    steps_.push_back(std::move(step));
+// ---- Steps
+
+void FilesController::remember(const StepHandle& step) {
+    if (steps_.size() == mostSteps) steps_.erase(steps_.begin());
+    steps_.push_back(step);
     emit canUndoChanged();
+}
+
+void FilesController::forget(const StepHandle& step) {
+    if (std::erase(steps_, step) > 0) emit canUndoChanged();
+}
+
+bool FilesController::undo() {
+    if (steps_.empty()) return false;
+    const StepHandle step = steps_.back();
+    steps_.pop_back();
+    emit canUndoChanged();
+    if (!step->marks) {
+        takeBackFiles(step);
+        return true;
+    }
+    const auto takeBack = [this, step] {
+        editFavourites([step](const QStringList& now) { return withoutMarks(now, *step->marks); });
+        emit favouritesChanged();
+    };
+    // What comes back before may bring its marks along.
+    if (waiting_ == 0) {
+        takeBack();
+    } else {
+        inTurn([] { return Outcome(); }, [takeBack](const Outcome&) { takeBack(); });
+    }
+    return true;
+}
+
+double FilesController::lastChange() const {
+    return steps_.empty() ? 0 : std::chrono::duration<double>(steps_.back()->when.time_since_epoch()).count();
+}
+
+// ---- Work in the background
+
+// Tells once: when it is asked again in a destructor, those that listen may have gone.
+void FilesController::cancel() {
+    if (stop_->isCancelled()) return;
+    stop_->cancel();
+    if (isMoving()) emit movingChanged();
 }
 
 // Of what begins now: what was to end before has been told so.
@@ -76,15 +95,39 @@ std::stop_token FilesController::stopToken() {
     return stop_->token();
 }
 
+void FilesController::expect(int files) {
+    toMove_ += files;
+    emit movingChanged();
+}
+
+void FilesController::hasMoved() {
+    ++moved_;
+    emit movingChanged();
+}
+
+void FilesController::inTurn(std::function<Outcome()> work, std::function<void(const Outcome&)> ended) {
+    ++waiting_;
+    const auto over = [this, ended = std::move(ended)](const Outcome& outcome) {
+        if (--waiting_ == 0) {
+            moved_ = toMove_ = 0;
+            emit movingChanged();
+        }
+        ended(outcome);
+    };
+    tasks_.run(std::move(work), over, [over](const TaskFailure& failure) {
+        over({.done = {}, .left = {}, .problem = failure.message.toStdString()});
+    });
+}
+
 // Up to the first that cannot be done, or to the one at which it is asked to stop.
-FilesController::Outcome FilesController::tryAll(const std::vector<Change>& changes,
-                                                 const std::function<Change(const Change&)>& attempt,
+FilesController::Outcome FilesController::tryAll(const std::vector<Change>& changes, const Attempt& attempt,
                                                  const std::stop_token& stop) {
     Outcome outcome;
     try {
         for (const Change& change : changes) {
             if (stop.stop_requested()) break;
             outcome.done.push_back(attempt(change));
+            tasks_.post([this] { hasMoved(); });
         }
     } catch (const Failure& failure) {
         outcome.problem = Language::text(failure.message());
@@ -93,14 +136,37 @@ FilesController::Outcome FilesController::tryAll(const std::vector<Change>& chan
     return outcome;
 }
 
+// What has been done, and what was not because it was asked to stop.
+void FilesController::tellOf(const Outcome& outcome, const QString& pattern) {
+    const auto& [done, left, problem] = outcome;
+    const bool wasStopped = !left.empty() && problem.empty();
+    if (!done.empty() && wasStopped) {
+        emit notice(tr("%1. Not moved: %2")
+                        .arg(pattern.arg(namesOf(done.size(), done.front().from)),
+                             namesOf(left.size(), left.front().from)));
+    } else if (!done.empty()) {
+        emit notice(pattern.arg(namesOf(done.size(), done.front().from)));
+    } else if (wasStopped) {
+        emit notice(tr("Not moved: %1").arg(namesOf(left.size(), left.front().from)));
+    }
+    if (!problem.empty()) emit errorRaised(QString::fromStdString(problem));
+}
+
+// ---- The trash
+
 void FilesController::trash(const QList<QUrl>& files) {
     if (files.isEmpty()) return;
+    const auto step = std::make_shared<Step>();
     std::vector<Change> wanted;
-    for (const QUrl& file : files)
+    for (const QUrl& file : files) {
         wanted.push_back({.from = toPath(file), .to = {}, .isInTrash = true});
-    tasks_.run(
-        [move = environment().moveToTrash, wanted = std::move(wanted), looks = environment().looks,
-         stop = stopToken()] {
+        if (isFavourite(file)) step->favourites.insert(file.toLocalFile());
+    }
+    remember(step);
+    expect(static_cast<int>(wanted.size()));
+    inTurn(
+        [this, move = environment().moveToTrash, wanted = std::move(wanted), looks = environment().looks,
+         stop = stopToken(), changes = step->changes] {
             const auto trashed = [&](Change change) {
                 Folders::requireAnswer(change.from.parent_path(), *looks);
                 const auto place = move(change.from);
@@ -111,29 +177,31 @@ void FilesController::trash(const QList<QUrl>& files) {
                 change.to = *place;
                 return change;
             };
-            return tryAll(wanted, trashed, stop);
+            Outcome outcome = tryAll(wanted, trashed, stop);
+            *changes = outcome.done;
+            return outcome;
         },
-        [this](const Outcome& outcome) {
-            if (!outcome.done.empty()) hasTrashed(outcome.done);
-            if (!outcome.problem.empty()) emit errorRaised(QString::fromStdString(outcome.problem));
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+        [this, step](const Outcome& outcome) { hasTrashed(step, outcome); });
 }
 
-void FilesController::hasTrashed(std::vector<Change> changes) {
-    QList<QUrl> favourites;
-    for (Change& change : changes) {
+void FilesController::hasTrashed(const StepHandle& step, const Outcome& outcome) {
+    QStringList favourites;
+    for (const Change& change : outcome.done) {
         const QUrl file = toUrl(change.from);
         // The name may be another file's soon.
-        change.wasFavourite = isFavourite(file);
-        if (change.wasFavourite) favourites.append(file);
+        if (isFavourite(file)) favourites.append(file.toLocalFile());
         emit trashed(file);
     }
     if (!favourites.isEmpty()) mark(favourites, false);
-    emit filesChanged();
-    emit notice(tr("In the trash: %1").arg(namesOf(changes.size(), changes.front().from)));
-    remember({.changes = std::move(changes), .marks = {}});
+    if (outcome.done.empty()) {
+        forget(step);
+    } else {
+        emit filesChanged();
+    }
+    tellOf(outcome, tr("In the trash: %1"));
 }
+
+// ---- Names
 
 void FilesController::rename(const QUrl& file, const QString& name) {
     const QString wanted = soundName(name);
@@ -144,37 +212,38 @@ void FilesController::rename(const QUrl& file, const QString& name) {
     const std::filesystem::path from = toPath(file);
     const Change change{.from = from, .to = from.parent_path() / toPath(wanted)};
     if (change.to == from) return;
-    tasks_.run(
-        [change, looks = environment().looks] {
-            Folders::requireAnswer(change.from.parent_path(), *looks);
-            if (!moveFile(change.from, change.to))
-                throw Failure(tr("There is a file called %1 already.")
-                                  .arg(toQString(change.to.filename()))
-                                  .toStdString());
+    const auto step = std::make_shared<Step>();
+    remember(step);
+    expect(1);
+    inTurn(
+        [this, change, looks = environment().looks, changes = step->changes] {
+            const auto renamed = [&](const Change& one) {
+                Folders::requireAnswer(one.from.parent_path(), *looks);
+                if (!moveFile(one.from, one.to))
+                    throw Failure(tr("There is a file called %1 already.")
+                                      .arg(toQString(one.to.filename()))
+                                      .toStdString());
+                return one;
+            };
+            Outcome outcome = tryAll({change}, renamed, {});
+            *changes = outcome.done;
+            return outcome;
         },
-        [this, change] {
-            remember({.changes = {change}, .marks = {}});
-            tellRenamed(change.from, change.to);
-        },
-        [this](const TaskFailure& failure) { report(failure); });
+        [this, step](const Outcome& outcome) { hasRenamed(step, outcome); });
 }
 
-bool FilesController::undo() {
-    if (steps_.empty()) return false;
-    const Step step = steps_.back();
-    steps_.pop_back();
-    emit canUndoChanged();
-    if (step.marks) {
-        takeBackMarks(*step.marks);
-    } else {
-        takeBackFiles(step);
-    }
-    return true;
+void FilesController::hasRenamed(const StepHandle& step, const Outcome& outcome) {
+    for (const Change& change : outcome.done)
+        tellRenamed(change.from, change.to);
+    if (outcome.done.empty()) forget(step);
+    if (!outcome.problem.empty()) emit errorRaised(QString::fromStdString(outcome.problem));
 }
 
-void FilesController::takeBackFiles(const Step& step) {
-    tasks_.run(
-        [changes = step.changes, looks = environment().looks, stop = stopToken()] {
+// ---- Back again
+
+void FilesController::takeBackFiles(const StepHandle& step) {
+    inTurn(
+        [this, looks = environment().looks, stop = stopToken(), changes = step->changes] {
             const auto takenBack = [&](const Change& change) {
                 Folders::requireAnswer(change.from.parent_path(), *looks);
                 Folders::requireAnswer(change.to.parent_path(), *looks);
@@ -186,54 +255,98 @@ void FilesController::takeBackFiles(const Step& step) {
                                       .toStdString());
                 return change;
             };
-            return tryAll(changes, takenBack, stop);
+            tasks_.post([this, files = static_cast<int>(changes->size())] { expect(files); });
+            Outcome outcome = tryAll(*changes, takenBack, stop);
+            *changes = outcome.left;
+            return outcome;
         },
-        [this, when = step.when](const Outcome& outcome) {
-            if (!outcome.done.empty()) hasTakenBack(outcome.done);
-            if (!outcome.left.empty())
-                couldNotTakeBack({.changes = outcome.left, .marks = {}, .when = when}, outcome.problem);
-        },
-        [this, step](const TaskFailure& failure) { couldNotTakeBack(step, failure.message.toStdString()); });
+        [this, step](const Outcome& outcome) { hasTakenBack(step, outcome); });
 }
 
-void FilesController::takeBackMarks(const Marks& marks) {
-    editFavourites([marks](const QStringList& now) { return withoutChange(now, marks.before, marks.after); });
+void FilesController::hasTakenBack(const StepHandle& step, const Outcome& outcome) {
+    if (!outcome.done.empty()) areBack(*step, outcome.done);
+    if (!step->changes->empty()) {
+        const auto when = [](const StepHandle& one) { return one->when; };
+        steps_.insert(std::ranges::upper_bound(steps_, step->when, {}, when), step);
+        emit canUndoChanged();
+    }
+    tellOf(outcome, tr("Back again: %1"));
 }
 
-void FilesController::hasTakenBack(const std::vector<Change>& changes) {
-    QList<QUrl> favourites;
+void FilesController::areBack(const Step& step, const std::vector<Change>& changes) {
+    QStringList favourites;
     for (const Change& change : changes) {
         const QUrl file = toUrl(change.from);
         if (!change.isInTrash) {
             tellRenamed(change.to, change.from);
             continue;
         }
-        if (change.wasFavourite) favourites.append(file);
+        if (step.favourites.contains(file.toLocalFile())) favourites.append(file.toLocalFile());
         emit cameBack(file);
     }
     if (!favourites.isEmpty()) mark(favourites, true);
     emit filesChanged();
-    emit notice(tr("Back again: %1").arg(namesOf(changes.size(), changes.front().from)));
 }
 
-void FilesController::couldNotTakeBack(Step left, const std::string& problem) {
-    steps_.insert(std::ranges::upper_bound(steps_, left.when, {}, &Step::when), std::move(left));
-    emit canUndoChanged();
-    if (!problem.empty()) emit errorRaised(QString::fromStdString(problem));
-}
-
-double FilesController::lastChange() const {
-    return steps_.empty() ? 0 : std::chrono::duration<double>(steps_.back().when.time_since_epoch()).count();
-}
-
+// Those that listen find the file by its new name among the favourites.
 void FilesController::tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to) {
     const QUrl before = toUrl(from);
     const QUrl now = toUrl(to);
-    if (isFavourite(before)) {
-        mark({before}, false);
-        mark({now}, true);
+    const bool wasFavourite = isFavourite(before);
+    if (wasFavourite) {
+        editFavourites([from = before.toLocalFile(), to = now.toLocalFile()](QStringList paths) {
+            paths.removeAll(to);
+            std::ranges::replace(paths, from, to);
+            return paths;
+        });
     }
     emit renamed(before, now);
+    if (wasFavourite) emit favouritesChanged();
+}
+
+// ---- Favourites
+
+QStringList FilesController::withMarks(QStringList paths, const QStringList& changed, bool isIn) {
+    const QSet<QString> all(changed.begin(), changed.end());
+    paths.removeIf([&](const QString& path) { return all.contains(path); });
+    if (isIn) paths = changed + paths;
+    return paths.mid(0, mostFavourites);
+}
+
+FilesController::Marks FilesController::marksOf(const QStringList& now, const QStringList& changed,
+                                                bool isIn) {
+    const QSet<QString> all(changed.begin(), changed.end());
+    Marks marks{.added = isIn ? changed.mid(0, mostFavourites) : QStringList(), .removed = {}};
+    qsizetype room = mostFavourites - marks.added.size();
+    for (qsizetype place = 0; place < now.size(); ++place) {
+        if (!all.contains(now[place]) && room > 0) {
+            --room;
+        } else {
+            marks.removed.emplace_back(place, now[place]);
+        }
+    }
+    return marks;
+}
+
+// As they are now, but for what became of them then.
+QStringList FilesController::withoutMarks(const QStringList& now, const Marks& marks) {
+    const QSet<QString> present(now.begin(), now.end());
+    const QSet<QString> added(marks.added.begin(), marks.added.end());
+    QStringList paths;
+    auto next = now.begin();
+    const auto takeUpTo = [&](qsizetype place) {
+        for (; paths.size() < place && next != now.end(); ++next) {
+            if (!added.contains(*next)) paths.append(*next);
+        }
+    };
+    for (const auto& [place, path] : marks.removed) {
+        // One that was moved to the front has to be there still, any other not to be there again.
+        if (present.contains(path) != added.contains(path)) continue;
+        takeUpTo(place);
+        paths.append(path);
+    }
+    takeUpTo(mostFavourites);
+    return paths.mid(0, mostFavourites);
 }
 
 bool FilesController::isFavourite(const QUrl& file) const {
@@ -241,20 +354,22 @@ bool FilesController::isFavourite(const QUrl& file) const {
 }
 
 void FilesController::setFavourites(const QList<QUrl>& files, bool isFavourite) {
-    const bool changesSome =
-        std::ranges::any_of(files, [&](const QUrl& file) { return this->isFavourite(file) != isFavourite; });
-    QStringList before = favourites_;
-    mark(files, isFavourite);
-    if (changesSome)
-        remember({.changes = {}, .marks = Marks{.before = std::move(before), .after = favourites_}});
+    QStringList paths;
+    bool changesSome = false;
+    for (const QUrl& file : files) {
+        paths.append(file.toLocalFile());
+        changesSome = changesSome || this->isFavourite(file) != isFavourite;
+    }
+    const auto step = std::make_shared<Step>();
+    step->marks = marksOf(favourites_, paths, isFavourite);
+    mark(paths, isFavourite);
+    if (changesSome) remember(step);
 }
 
-void FilesController::mark(const QList<QUrl>& files, bool isFavourite) {
-    QStringList paths;
-    for (const QUrl& file : files)
-        paths.append(file.toLocalFile());
+void FilesController::mark(const QStringList& paths, bool isFavourite) {
     editFavourites(
-        [paths, isFavourite](const QStringList& now) { return changedList(now, paths, isFavourite); });
+        [paths, isFavourite](const QStringList& now) { return withMarks(now, paths, isFavourite); });
+    emit favouritesChanged();
 }
 
 void FilesController::editFavourites(const std::function<QStringList(const QStringList&)>& edited) {
@@ -264,7 +379,6 @@ void FilesController::editFavourites(const std::function<QStringList(const QStri
     preferences_.edit(
         favouritesKey, [edited](const QVariant& stored) { return edited(stored.toStringList()); },
         [](const QVariant&) {});
-    emit favouritesChanged();
 }
 
 }  // namespace quillmere

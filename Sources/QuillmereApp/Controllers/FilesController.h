@@ -6,12 +6,14 @@
 #include <QStringList>
 #include <QUrl>
 #include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "QuillmereApp/CancelFlag.h"
@@ -21,15 +23,22 @@
 namespace quillmere {
 
 // What is done to files that were written: into the desktop's trash, another name, a favourite; and back.
+// Files are moved in the background; what is asked for meanwhile is done, and taken back, in its turn.
 class FilesController : public Controller {
     Q_OBJECT
     QML_ELEMENT
     QML_UNCREATABLE("AppModel owns it")
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY canUndoChanged)
+    // Files are on their way, or wait for it: so many of so many are where they are to be.
+    Q_PROPERTY(bool isMoving READ isMoving NOTIFY movingChanged)
+    Q_PROPERTY(bool isCancelling READ isCancelling NOTIFY movingChanged)  // asked to stop, still moving
+    Q_PROPERTY(int moved READ moved NOTIFY movingChanged)
+    Q_PROPERTY(int toMove READ toMove NOTIFY movingChanged)
 
 public:
-    static const QString favouritesKey;          // in the preferences
-    static constexpr int mostFavourites = 5000;  // the oldest are forgotten
+    static const QString favouritesKey;             // in the preferences
+    static constexpr int mostFavourites = 5000;     // the oldest are forgotten
+    static constexpr std::size_t mostSteps = 1000;  // that can be taken back; the oldest are forgotten
 
     // Remembers favourites in preferences, which must outlive it.
     FilesController(const Environment& environment, Preferences& preferences);
@@ -44,20 +53,26 @@ public:
     // Favourites from now on, or none any more.
     void setFavourites(const QList<QUrl>& files, bool isFavourite);
     Q_INVOKABLE void setFavourite(const QUrl& file, bool isFavourite) { setFavourites({file}, isFavourite); }
-    // What was done last, of these, is taken back. Where a file's name is another one's by now, it can be
-    // tried again later. False when there is nothing.
+    // What was asked for last, of these, is taken back, after it is done. Where a file's name is another
+    // one's by now, it can be tried again later. False when there is nothing.
     Q_INVOKABLE bool undo();
-    // When that was done, in seconds of a clock that all undoing goes by; 0 when there is nothing.
+    // When that was asked for, in seconds of a clock that all undoing goes by; 0 when there is nothing.
     Q_INVOKABLE [[nodiscard]] double lastChange() const;
 
-    // The file that is being moved is the last one; the others stay where they are.
-    void cancel() { stop_->cancel(); }
+    // The file that is being moved is the last one; the others stay where they are, and a notice says how
+    // many.
+    void cancel();
 
     [[nodiscard]] bool canUndo() const { return !steps_.empty(); }
+    [[nodiscard]] bool isMoving() const { return toMove_ > 0; }
+    [[nodiscard]] bool isCancelling() const { return isMoving() && stop_->isCancelled(); }
+    [[nodiscard]] int moved() const { return moved_; }
+    [[nodiscard]] int toMove() const { return toMove_; }
     [[nodiscard]] bool isFavourite(const QUrl& file) const;
 
 signals:
     void canUndoChanged();
+    void movingChanged();
     // A file has gone or has come back.
     void filesChanged();
     // Before filesChanged: which.
@@ -73,45 +88,58 @@ private:
         std::filesystem::path from;
         std::filesystem::path to;  // where the file is now
         bool isInTrash = false;
-        bool wasFavourite = false;
     };
 
-    // All favourites, the newest first.
+    // What became of the favourites: few of thousands.
     struct Marks {
-        QStringList before;
-        QStringList after;
+        QStringList added;                                   // the newest first
+        std::vector<std::pair<qsizetype, QString>> removed;  // with their places before, in their order
     };
 
     // What is taken back at once: files that were moved, or marks.
     struct Step {
-        std::vector<Change> changes;
-        std::optional<Marks> marks;
-        std::chrono::steady_clock::time_point when{};  // it was done
+        std::chrono::steady_clock::time_point when = std::chrono::steady_clock::now();  // it was asked for
+        std::optional<Marks> marks{};
+        QSet<QString> favourites{};  // of the files, when they were to go
+        // As far as it has come. Belongs to the work in the background, and to what answers it.
+        std::shared_ptr<std::vector<Change>> changes = std::make_shared<std::vector<Change>>();
     };
+    using StepHandle = std::shared_ptr<Step>;
     // Changes as far as they went well, and what became of the rest.
     struct Outcome {
         std::vector<Change> done;
         std::vector<Change> left;
-        std::string problem;
+        std::string problem;  // empty for those that were asked to stop
     };
-    [[nodiscard]] static Outcome tryAll(const std::vector<Change>& changes,
-                                        const std::function<Change(const Change&)>& attempt,
-                                        const std::stop_token& stop);
+    using Attempt = std::function<Change(const Change&)>;
+
+    [[nodiscard]] Outcome tryAll(const std::vector<Change>& changes, const Attempt& attempt,
+                                 const std::stop_token& stop);
+    [[nodiscard]] static QStringList withMarks(QStringList paths, const QStringList& changed, bool isIn);
+    [[nodiscard]] static Marks marksOf(const QStringList& now, const QStringList& changed, bool isIn);
+    [[nodiscard]] static QStringList withoutMarks(const QStringList& now, const Marks& marks);
 
     [[nodiscard]] std::stop_token stopToken();
-    void remember(Step step);
-    void takeBackFiles(const Step& step);
-    void takeBackMarks(const Marks& marks);
-    void hasTrashed(std::vector<Change> changes);
-    void hasTakenBack(const std::vector<Change>& changes);
-    void couldNotTakeBack(Step left, const std::string& problem);
-    // Without a step.
-    void mark(const QList<QUrl>& files, bool isFavourite);
+    void remember(const StepHandle& step);
+    void forget(const StepHandle& step);
+    void inTurn(std::function<Outcome()> work, std::function<void(const Outcome&)> ended);
+    void expect(int files);
+    void hasMoved();
+    void takeBackFiles(const StepHandle& step);
+    void hasTrashed(const StepHandle& step, const Outcome& outcome);
+    void hasRenamed(const StepHandle& step, const Outcome& outcome);
+    void hasTakenBack(const StepHandle& step, const Outcome& outcome);
+    void areBack(const Step& step, const std::vector<Change>& changes);
+    void tellOf(const Outcome& outcome, const QString& pattern);
+    void mark(const QStringList& paths, bool isFavourite);
     void editFavourites(const std::function<QStringList(const QStringList&)>& edited);
     void tellRenamed(const std::filesystem::path& from, const std::filesystem::path& to);
 
     Preferences& preferences_;
-    std::vector<Step> steps_;                                            // in their order
+    std::vector<StepHandle> steps_;  // in their order
+    int waiting_ = 0;                // pieces of work that have not ended
+    int moved_ = 0;
+    int toMove_ = 0;
     std::shared_ptr<CancelFlag> stop_ = std::make_shared<CancelFlag>();  // of the files that are being moved
     QStringList favourites_;                                             // paths, the newest first
     QSet<QString> favouriteSet_;  // the same, for thousands of rows that ask

@@ -103,6 +103,7 @@ void MapController::findFavourites() {
 }
 
 void MapController::lookAtFavourites() {
+    if (!isShown_) return;
     findFavourites();
     emit favouritesChanged();
 }

@@ -56,7 +56,7 @@ public:
     void setCorpus(std::shared_ptr<const CorpusSummary> corpus);
     // The files of the last generation.
     void setResults(const std::vector<GeneratedSample>& samples);
-    // Other results are favourites now.
+    // Other results are favourites now. While it is not shown, it finds them when it is.
     void lookAtFavourites();
 
     // Makes a variation at that place and plays it.

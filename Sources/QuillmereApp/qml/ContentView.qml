@@ -44,7 +44,7 @@ FocusScope {
             return;
         if (app.inspector.isOpen)
             app.inspector.isOpen = false;
-        else if (app.isBusy || app.model.isLoading)
+        else if (app.isBusy || app.model.isLoading || app.files.isMoving)
             app.cancel();
         else if (app.errorMessage.length > 0)
             app.dismissError();

@@ -11,18 +11,21 @@ Item {
     readonly property bool waiting: app.generation.isWaiting
     readonly property bool learning: waiting && app.model.isTraining
     readonly property bool making: app.kits.isMaking
-    readonly property bool cancelling: app.generation.isCancelling || app.candidates.isCancelling || app.kits.isCancelling || (learning && app.model.isCancelling)
+    readonly property bool runs: generating || waiting || making || auditioning
+    readonly property bool moving: longMove && !runs
+    readonly property bool cancelling: moving ? app.files.isCancelling : app.generation.isCancelling || app.candidates.isCancelling || app.kits.isCancelling || (learning && app.model.isCancelling)
     readonly property string following: app.output.count === 1 ? qsTr("1 variation follows.") : qsTr("%n variations follow.", "", app.output.count)
     readonly property string timeLeft: learning ? app.model.timeLeft : generating ? app.generation.timeLeft : ""
-    // Most auditions and candidates are over before anyone could read of them.
+    // Most auditions and candidates are over before anyone could read of them, as are files that are moved.
     property bool longAudition: false
+    property bool longMove: false
     readonly property bool trying: app.candidates.isTrying
     readonly property bool auditioning: trying || app.generation.isAuditioning
     // Shown for a while in place of the time left
     property string news
 
     implicitHeight: Theme.controlHeight
-    visible: generating || waiting || making || longAudition
+    visible: generating || waiting || making || longAudition || moving
 
     onAuditioningChanged: {
         if (auditioning)
@@ -32,6 +35,23 @@ Item {
         longAudition = false;
     }
 
+    Connections {
+        target: run.app.files
+
+        function onMovingChanged() {
+            if (!run.app.files.isMoving) {
+                moveTimer.stop();
+                run.longMove = false;
+            } else if (!moveTimer.running && !run.longMove) {
+                moveTimer.start();
+            }
+        }
+    }
+    Timer {
+        id: moveTimer
+        interval: Theme.patience
+        onTriggered: run.longMove = run.app.files.isMoving
+    }
     Timer {
         id: patience
         interval: Theme.patience
@@ -53,6 +73,8 @@ Item {
                         return qsTr("Cancelling…");
                     if (run.waiting)
                         return (run.learning ? qsTr("Learning first: %1") : qsTr("Opening the model: %1")).arg(run.following);
+                    if (run.moving)
+                        return qsTr("Moving files: %1 of %2").arg(run.app.files.moved).arg(run.app.files.toMove);
                     if (run.making)
                         return qsTr("%1 of %2").arg(run.app.kits.done).arg(run.app.kits.total);
                     if (run.trying)
@@ -87,9 +109,9 @@ Item {
         }
         ProgressBar {
             width: parent.width
-            label: run.learning ? qsTr("Learning") : run.waiting ? qsTr("Opening the model") : run.generating ? qsTr("Generating") : run.making ? qsTr("Making a kit") : qsTr("Rendering")
-            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating && !run.trying && !run.making
-            value: run.making ? run.app.kits.done / Math.max(1, run.app.kits.total) : run.learning ? run.app.model.fraction : run.trying ? run.app.candidates.done / run.app.candidates.perSet : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
+            label: run.moving ? qsTr("Moving files") : run.learning ? qsTr("Learning") : run.waiting ? qsTr("Opening the model") : run.generating ? qsTr("Generating") : run.making ? qsTr("Making a kit") : qsTr("Rendering")
+            indeterminate: run.learning ? run.app.model.phase !== "training" : !run.generating && !run.trying && !run.making && !run.moving
+            value: run.moving ? run.app.files.moved / Math.max(1, run.app.files.toMove) : run.making ? run.app.kits.done / Math.max(1, run.app.kits.total) : run.learning ? run.app.model.fraction : run.trying ? run.app.candidates.done / run.app.candidates.perSet : run.app.generation.total > 0 ? run.app.generation.done / run.app.generation.total : 0
         }
     }
     CommandButton {

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "QuillmereApp/Controllers/FilesController.h"
+#include "QuillmereApp/Support/Gate.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereApp/Trash.h"
@@ -13,6 +14,14 @@ namespace {
 
 QStringList storedFavourites(const TestWorld& world) {
     return Preferences(world.environment.settingsFile).value(FilesController::favouritesKey).toStringList();
+}
+
+// Nothing goes to the trash while the gate is closed.
+void holdTrash(TestWorld& world, Gate& gate) {
+    world.environment.moveToTrash = [&gate, move = world.environment.moveToTrash](const auto& file) {
+        gate.pass();
+        return move(file);
+    };
 }
 
 }  // namespace
@@ -89,13 +98,38 @@ private slots:
         moving = &files;
         const Told told(files);
         files.trash(all);
-        QTRY_COMPARE(told.notices, QStringList("In the trash: 3 files"));
+        QCOMPARE(files.toMove(), 20);
+        QTRY_COMPARE(told.notices, QStringList("In the trash: 3 files. Not moved: 17 files"));
         const auto staying = [&] { return QDir(world.path("out")).entryList(QDir::Files).size(); };
         QCOMPARE(staying(), 17);
         QCOMPARE(told.error, QString());
         QVERIFY(files.undo());  // what begins later is not stopped
         QTRY_COMPARE(told.notices.size(), 2);
         QCOMPARE(staying(), 20);
+    }
+
+    void thoseThatHaveToWaitStayWhenAsked() {
+        TestWorld world;
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        Gate gate;
+        gate.close();
+        holdTrash(world, gate);
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        files.trash({world.url("out/a.wav")});
+        files.trash({world.url("out/b.wav")});
+        QVERIFY(files.isMoving() && !files.isCancelling());
+        QCOMPARE(files.toMove(), 2);
+        files.cancel();
+        QVERIFY(files.isCancelling());
+        gate.open();
+        QTRY_VERIFY(!files.isMoving());
+        QVERIFY(!files.isCancelling());
+        QVERIFY(QFileInfo::exists(world.path("out/b.wav")));
+        QCOMPARE(told.notices.last(), QStringLiteral("Not moved: b.wav"));
+        QCOMPARE(files.toMove(), 0);
     }
 
     void whatCannotGoStays() {
@@ -118,7 +152,7 @@ private slots:
         const Told told(files);
         TestWorld::write(world.path("out/a.wav"), "one");
         files.trash({world.url("out/a.wav")});
-        QTRY_VERIFY(files.canUndo());
+        QTRY_VERIFY(!files.isMoving());
         TestWorld::write(world.path("out/a.wav"), "another");
         QVERIFY(files.undo());
         QTRY_COMPARE(told.error, QStringLiteral("Another file is called a.wav by now."));
@@ -142,7 +176,8 @@ private slots:
             TestWorld::write(world.path(file), name);
             const double before = files.lastChange();
             files.trash({world.url(file)});
-            QTRY_VERIFY(files.lastChange() > before);
+            QVERIFY(files.lastChange() > before);
+            QTRY_VERIFY(!files.isMoving());
         }
         TestWorld::write(world.path("out/b.wav"), "another");
         QVERIFY(files.undo());
@@ -194,7 +229,7 @@ private slots:
         TestWorld::write(world.path("out/a.wav"), "one");
         TestWorld::write(world.path("out/b.wav"), "two");
         files.trash({world.url("out/b.wav")});
-        QTRY_VERIFY(files.canUndo());
+        QTRY_VERIFY(!files.isMoving());
         world.cutOff("out");
         const auto verifyTold = [&] {
             QTRY_VERIFY2(told.error.contains("does not answer"), qPrintable(told.error));
@@ -328,6 +363,117 @@ private slots:
         }
         QVERIFY(files.undo());
         QTRY_COMPARE(storedFavourites(world), QStringList(world.path("out/b.wav")));
+    }
+
+    void aFavouriteKeepsItsPlaceUnderAnotherName() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        TestWorld::write(world.path("out/a.wav"), "one");
+        files.setFavourites({world.url("out/z.wav"), world.url("out/a.wav"), world.url("out/b.wav")}, true);
+        QSignalSpy changed(&files, &FilesController::favouritesChanged);
+        bool isKnownByItsName = false;
+        connect(&files, &FilesController::renamed, this,
+                [&](const QUrl&, const QUrl& to) { isKnownByItsName = files.isFavourite(to); });
+        files.rename(world.url("out/a.wav"), QStringLiteral("c"));
+        QTRY_COMPARE(changed.count(), 1);
+        QVERIFY(isKnownByItsName);
+        QTRY_COMPARE(storedFavourites(world), QStringList({world.path("out/z.wav"), world.path("out/c.wav"),
+                                                           world.path("out/b.wav")}));
+        deliverEvents();
+        QCOMPARE(changed.count(), 1);
+    }
+
+    // ---- What is asked for while files are on their way
+
+    void marksAreTakenBackAfterTheFiles() {
+        TestWorld world;
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        Gate gate;
+        holdTrash(world, gate);
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        const QList<QUrl> both{world.url("out/a.wav"), world.url("out/b.wav")};
+        files.setFavourites(both, true);
+        gate.close();
+        files.trash(both);
+        QVERIFY(files.undo());  // the files, as soon as they are there
+        QVERIFY(files.isFavourite(both[0]) && files.isFavourite(both[1]));
+        gate.open();
+        QTRY_COMPARE(told.notices, QStringList({"In the trash: 2 files", "Back again: 2 files"}));
+        QVERIFY(QFileInfo::exists(world.path("out/a.wav")) && QFileInfo::exists(world.path("out/b.wav")));
+        QVERIFY(files.isFavourite(both[0]) && files.isFavourite(both[1]));
+        QVERIFY(files.undo());
+        QVERIFY(!files.isFavourite(both[0]) && !files.isFavourite(both[1]));
+        QVERIFY(!files.canUndo());
+    }
+
+    void quickStepsBackComeInTheirOrder() {
+        TestWorld world;
+        TestWorld::write(world.path("out/a.wav"), "one");
+        Gate gate;
+        gate.close();
+        holdTrash(world, gate);
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        const QUrl file = world.url("out/a.wav");
+        files.setFavourite(file, true);
+        files.trash({file});
+        QVERIFY(files.undo() && files.undo() && !files.undo());
+        gate.open();
+        QTRY_VERIFY(told.notices.contains("Back again: a.wav") && !files.isFavourite(file));
+        QTRY_VERIFY(!files.isMoving());
+        QVERIFY(QFileInfo::exists(world.path("out/a.wav")) && !files.isFavourite(file));
+        QVERIFY(!files.canUndo());
+    }
+
+    void whatIsMarkedMeanwhileIsTakenBackFirst() {
+        TestWorld world;
+        TestWorld::write(world.path("out/a.wav"), "one");
+        Gate gate;
+        gate.close();
+        holdTrash(world, gate);
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const QUrl other = world.url("out/b.wav");
+        files.trash({world.url("out/a.wav")});
+        files.setFavourite(other, true);
+        QVERIFY(files.undo());
+        gate.open();
+        QTRY_VERIFY(!files.isFavourite(other));
+        QTRY_VERIFY(!files.isMoving());
+        QVERIFY(!QFileInfo::exists(world.path("out/a.wav")));
+        QVERIFY(files.undo());
+        QTRY_VERIFY(QFileInfo::exists(world.path("out/a.wav")));
+    }
+
+    void noMoreStepsAreKeptThanThereIsRoomFor() {
+        TestWorld world;
+        TestWorld::write(world.path("file"), "one");
+        Preferences preferences(world.path("file/no.conf"));  // a thousand writes take their time
+        FilesController files(world.environment, preferences);
+        for (std::size_t i = 0; i <= FilesController::mostSteps; ++i)
+            files.setFavourite(world.url(QStringLiteral("out/%1.wav").arg(i)), true);
+        for (std::size_t i = 0; i < FilesController::mostSteps; ++i)
+            QVERIFY(files.undo());
+        QVERIFY(!files.canUndo());
+        QVERIFY(files.isFavourite(world.url("out/0.wav")) && !files.isFavourite(world.url("out/1.wav")));
+    }
+
+    void marksThatAreTakenAwayComeBackToTheirPlaces() {
+        TestWorld world;
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const QList<QUrl> all{world.url("a.wav"), world.url("b.wav"), world.url("c.wav"), world.url("d.wav")};
+        files.setFavourites(all, true);
+        files.setFavourites({all[3], all[1]}, false);
+        files.setFavourites({all[2], all[1]}, true);  // one of them is there and goes to the front
+        QVERIFY(files.undo() && files.undo());
+        QTRY_COMPARE(storedFavourites(world), QStringList({world.path("a.wav"), world.path("b.wav"),
+                                                           world.path("c.wav"), world.path("d.wav")}));
     }
 
     // The desktop's own, in a home of its own.

@@ -121,6 +121,7 @@ Stage::~Stage() {
     letScansGo();
     letModelsGo();
     letTrainingsGo();
+    letTrashGo();
 }
 
 QString Stage::language() {
@@ -135,6 +136,7 @@ void Stage::restart() {
     letScansGo();
     letModelsGo();
     letTrainingsGo();
+    letTrashGo();
     blocksModels_ = false;
     app_.reset();
     world_ = std::make_unique<TestWorld>();
@@ -144,6 +146,10 @@ void Stage::restart() {
         if (run != Run::training) return;
         trainings_.pass();
         if (done > 0 && blocksModels_.exchange(false)) blockRoot();
+    };
+    world_->environment.moveToTrash = [this, move = world_->environment.moveToTrash](const auto& file) {
+        trash_.pass();
+        return move(file);
     };
     restartProgram();
 }

@@ -78,6 +78,9 @@ public:
     // Trainings stop before their first step until they are let go.
     Q_INVOKABLE void holdTrainings();
     Q_INVOKABLE void letTrainingsGo();
+    // Files that are to go to the trash wait until they are let go.
+    Q_INVOKABLE void holdTrash() { trash_.close(); }
+    Q_INVOKABLE void letTrashGo() { trash_.open(); }
     // Trainings of programs that start later can be heard all the time.
     Q_INVOKABLE void listenOften() { world_->environment.glimpseInterval = {}; }
     // When the next training has begun its steps, its model cannot be stored any more, or it can again.
@@ -150,6 +153,7 @@ private:
     Gate scans_;
     Gate models_;
     Gate trainings_;
+    Gate trash_;
     std::atomic<bool> blocksModels_ = false;
     std::unique_ptr<TestWorld> world_;
     std::unique_ptr<AppModel> app_;

@@ -156,6 +156,35 @@ WindowCase {
         verifySeen("Back again: 2 files");
         tryVerify(() => item("tile-0").exists && item("tile-1").exists, limit);
     }
+    function test_showsHowFarTheFilesAreAndStopsThem() {
+        generated(3);
+        focusOn("results");
+        keyClick(Qt.Key_A, Qt.ControlModifier);
+        Stage.holdTrash();
+        keyClick(Qt.Key_Delete);
+        verifySeen("Moving files: 0 of 3");
+        keyClick(Qt.Key_Escape);
+        verifySeen("Cancelling…");
+        Stage.letTrashGo();
+        tryVerify(() => seesMatch(/^In the trash: .*_0001\.wav\. Not moved: 2 files$/), limit);
+        verifyNotSeen("Cancelling…");
+        tryVerify(() => !item("tile-0").exists, limit);
+        verify(item("tile-1").exists && item("tile-2").exists);
+    }
+    function test_filesAreNotCancelledWithARun() {
+        generated(2);
+        focusOn("results");
+        Stage.holdTrash();
+        keyClick(Qt.Key_Delete);
+        verify(app.files.isMoving);
+        startTraining();
+        app.cancel();
+        idle();
+        verify(!app.files.isCancelling);
+        app.cancel();
+        verify(app.files.isCancelling);
+        Stage.letTrashGo();
+    }
     function test_favouritesOfTheSelection() {
         generated(3);
         focusOn("results");
