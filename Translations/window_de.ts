@@ -1373,6 +1373,14 @@
         <source>Esc</source>
         <translation>Esc</translation>
     </message>
+    <message>
+        <source>Moving files: %1 of %2</source>
+        <translation>Dateien werden verschoben: %1 von %2</translation>
+    </message>
+    <message>
+        <source>Moving files</source>
+        <translation>Dateien werden verschoben</translation>
+    </message>
 </context>
 <context>
     <name>RunsSheet</name>
@@ -2143,6 +2151,14 @@
     <message>
         <source>Back again: %1</source>
         <translation>Wieder da: %1</translation>
+    </message>
+    <message>
+        <source>%1. Not moved: %2</source>
+        <translation>%1. Nicht verschoben: %2</translation>
+    </message>
+    <message>
+        <source>Not moved: %1</source>
+        <translation>Nicht verschoben: %1</translation>
     </message>
 </context>
 <context>

@@ -1373,6 +1373,14 @@
         <source>Esc</source>
         <translation>Échap</translation>
     </message>
+    <message>
+        <source>Moving files: %1 of %2</source>
+        <translation>Déplacement des fichiers&#xa0;: %1 sur %2</translation>
+    </message>
+    <message>
+        <source>Moving files</source>
+        <translation>Déplacement des fichiers</translation>
+    </message>
 </context>
 <context>
     <name>RunsSheet</name>
@@ -2143,6 +2151,14 @@
     <message>
         <source>Back again: %1</source>
         <translation>De retour&#xa0;: %1</translation>
+    </message>
+    <message>
+        <source>%1. Not moved: %2</source>
+        <translation>%1. Non déplacés&#xa0;: %2</translation>
+    </message>
+    <message>
+        <source>Not moved: %1</source>
+        <translation>Non déplacés&#xa0;: %1</translation>
     </message>
 </context>
 <context>

@@ -1362,6 +1362,14 @@
         <source>Esc</source>
         <translation>Esc</translation>
     </message>
+    <message>
+        <source>Moving files: %1 of %2</source>
+        <translation>ファイルを移動中: %1 / %2</translation>
+    </message>
+    <message>
+        <source>Moving files</source>
+        <translation>ファイルを移動中</translation>
+    </message>
 </context>
 <context>
     <name>RunsSheet</name>
@@ -2119,6 +2127,14 @@
     <message>
         <source>Back again: %1</source>
         <translation>元に戻しました: %1</translation>
+    </message>
+    <message>
+        <source>%1. Not moved: %2</source>
+        <translation>%1。移動していないもの: %2</translation>
+    </message>
+    <message>
+        <source>Not moved: %1</source>
+        <translation>移動していないもの: %1</translation>
     </message>
 </context>
 <context>
