@@ -254,3 +254,5 @@ int main(int argc, char** argv) {
     quillmere::measure(argc > 1 ? std::atoi(argv[1]) : 20000, argc > 2 ? std::atoi(argv[2]) : 5000,
                        argc > 3 ? std::atoi(argv[3]) : 20000);
 }
+    sortAll(app);
+    watch.print(qPrintable(QStringLiteral("sorting %1 results").arg(points)));

@@ -259,7 +259,7 @@ void ResultsModel::showWanted() {
     const std::vector<std::size_t> files = wanted();
     if (std::ranges::equal(files, rows_, {}, {}, &Row::file)) return;
     if (areShown(files)) {
-        permute(files);
+        files.size() <= mostMoved ? permute(files) : reorder(files);
     } else {
         resetRows([&] { rows_ = takeRows(files); });
     }
@@ -311,6 +311,14 @@ void ResultsModel::permute(const std::vector<std::size_t>& files) {
         now.append(index(rowByFile_[file]));
     changePersistentIndexList(before, now);
     emit layoutChanged({}, VerticalSortHint);
+}
+
+// The same, shown anew.
+void ResultsModel::reorder(const std::vector<std::size_t>& files) {
+    beginResetModel();
+    rows_ = takeRows(files);
+    indexRows();
+    endResetModel();
 }
 
 void ResultsModel::resetRows(const std::function<void()>& change) {

@@ -72,6 +72,9 @@ public:
 
     // Stretches per thumbnail; fewer when the file has fewer samples.
     static constexpr int peakCount = 128;
+    // Rows that change their places one by one when they are sorted: a view's work grows with the square of
+    // their number. More of them are shown anew, and whoever looks restores what was looked at.
+    static constexpr std::size_t mostMoved = 1000;
 
     explicit ResultsModel(std::shared_ptr<const FolderLooks> looks = std::make_shared<FolderLooks>(),
                           QObject* parent = nullptr);
@@ -165,6 +168,7 @@ private:
     [[nodiscard]] std::vector<Row> takeRows(const std::vector<std::size_t>& files);
     [[nodiscard]] bool areShown(const std::vector<std::size_t>& files) const;
     void permute(const std::vector<std::size_t>& files);
+    void reorder(const std::vector<std::size_t>& files);
     void resetRows(const std::function<void()>& change);
     void indexRows();
     void addFile(GeneratedSample sample);

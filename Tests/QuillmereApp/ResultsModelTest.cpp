@@ -414,6 +414,32 @@ private slots:
         QCOMPARE(sortable.labels().first(), QStringLiteral("b"));
     }
 
+    // One move after the other would take a view seconds.
+    void thousandsOfRowsAreShownAnewInAnotherOrder() {
+        TestWorld world;
+        ResultsModel model;
+        const QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        std::vector<GeneratedSample> samples;
+        for (int i = 0; i < static_cast<int>(ResultsModel::mostMoved); ++i)
+            samples.push_back({toPath(world.path(QStringLiteral("%1.wav").arg(i))), 1.0 / (i + 1)});
+        QSignalSpy moved(&model, &ResultsModel::layoutChanged);
+        QSignalSpy reset(&model, &ResultsModel::modelReset);
+        model.setSamples(samples);
+        QCOMPARE(reset.count(), 1);
+        model.setOrder(ResultsModel::ByLength);
+        QCOMPARE(QList<qsizetype>({moved.count(), reset.count()}), QList<qsizetype>({1, 1}));
+        samples.push_back({toPath(world.path(QStringLiteral("last.wav"))), 1e-6});
+        model.setOrder(ResultsModel::AsMade);
+        model.setSamples(samples);
+        const QUrl first = model.urlAt(0);
+        model.toggleSelected(0);
+        model.setOrder(ResultsModel::ByLength);
+        QCOMPARE(QList<qsizetype>({moved.count(), reset.count()}), QList<qsizetype>({2, 3}));
+        QCOMPARE(model.urlAt(0).fileName(), QStringLiteral("last.wav"));
+        QCOMPARE(model.rowOf(first), model.count() - 1);
+        QVERIFY(model.isSelected(model.count() - 1));
+    }
+
     void whatIsKnownOfARowStaysKnown() {
         Sortable sortable;
         QSignalSpy changed(&sortable.model, &ResultsModel::dataChanged);

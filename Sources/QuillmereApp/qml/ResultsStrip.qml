@@ -257,6 +257,8 @@ Rectangle {
         property url selected
         property url first
         property bool inSight
+        property point place
+        property int rows
 
         target: strip.files
 
@@ -264,6 +266,8 @@ Rectangle {
             selected = strip.files.urlAt(list.currentIndex);
             first = strip.files.urlAt(strip.anchor);
             inSight = list.currentInSight();
+            place = Qt.point(list.contentX, list.contentY);
+            rows = list.count;
         }
         function restore() {
             const row = strip.files.rowOf(selected);
@@ -271,22 +275,25 @@ Rectangle {
                 list.currentIndex = row;
             strip.anchor = Math.max(0, strip.files.rowOf(first));
         }
+        // Who has scrolled away from it stays there.
+        function comeBack() {
+            if (!inSight && list.count === rows && strip.files.rowOf(selected) >= 0)
+                list.stayAt(place, restore);
+            else
+                restore();
+        }
         function onModelAboutToBeReset() {
             remember();
         }
         function onModelReset() {
             restore();
-            Qt.callLater(restore);  // the view begins anew, too
+            Qt.callLater(comeBack);  // the view begins anew, too
         }
         function onLayoutAboutToBeChanged() {
             remember();
         }
-        // Who has scrolled away from it stays there.
         function onLayoutChanged() {
-            if (inSight)
-                restore();
-            else
-                list.stayWhile(restore);
+            comeBack();
         }
     }
 }

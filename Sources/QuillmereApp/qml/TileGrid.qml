@@ -31,7 +31,9 @@ GridView {
     }
     // Does what makes another tile the current one without going there.
     function stayWhile(act) {
-        const place = Qt.point(contentX, contentY);
+        stayAt(Qt.point(contentX, contentY), act);
+    }
+    function stayAt(place: point, act) {
         act();
         showCurrent();  // at once: a highlight on its way would take the view along
         contentX = place.x;
