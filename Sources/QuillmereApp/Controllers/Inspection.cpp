@@ -42,6 +42,16 @@ std::optional<SoundPrint> makePrint(const PlayableSound& sound) {
     return trimmed ? std::optional(SoundPrinter().print(*trimmed)) : std::nullopt;
 }
 
+// Null for a silent or an unreadable one.
+std::shared_ptr<const SoundPrint> printOf(const SoundPrinter& printer, const CorpusFile& file) {
+    try {
+        if (auto print = printer.print(file)) return std::make_shared<const SoundPrint>(*std::move(print));
+    } catch (const AudioIOError& error) {
+        if (error.isSystemTrouble()) throw;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 PlayableSound read(const std::filesystem::path& file) {
@@ -77,27 +87,37 @@ double brightness(const SoundPrint& print) {
     return weighted / sum / (SoundPrint::bands - 1);
 }
 
+std::optional<std::shared_ptr<const SoundPrint>> MeasuredFiles::of(std::size_t file) const {
+    const MutexLock lock(mutex_);
+    const auto found = prints_.find(file);
+    return found == prints_.end() ? std::nullopt : std::optional(found->second);
+}
+
+void MeasuredFiles::add(std::size_t file, std::shared_ptr<const SoundPrint> print) {
+    const MutexLock lock(mutex_);
+    prints_.insert_or_assign(file, std::move(print));
+}
+
 CorpusPrints::CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,
                            const std::function<void(std::int64_t done)>& progress,
-                           const std::stop_token& stop, Pace pace)
+                           const std::stop_token& stop, Pace pace,
+                           const std::shared_ptr<MeasuredFiles>& known)
     : corpus_(std::move(corpus)) {
     const SoundPrinter printer;
-    std::vector<std::optional<SoundPrint>> measured(corpus_->files.size());
+    std::vector<std::shared_ptr<const SoundPrint>> measured(corpus_->files.size());
     std::atomic<std::int64_t> done = 0;
     forEach(measured.size(), pace, [&](std::size_t i) {
         throwIfCancelled(stop);
-        try {
-            measured[i] = printer.print(corpus_->files[i]);
-        } catch (const AudioIOError& error) {
-            if (error.isSystemTrouble()) throw;
-        }
+        const auto before = known->of(i);
+        measured[i] = before ? *before : printOf(printer, corpus_->files[i]);
+        if (!before) known->add(i, measured[i]);
         progress(++done);
     });
     std::vector<SoundPrint> prints;
     for (std::size_t i = 0; i < measured.size(); ++i) {
         if (!measured[i]) continue;
         files_.push_back(i);
-        prints.push_back(std::move(*measured[i]));
+        prints.push_back(*measured[i]);
     }
     index_.emplace(prints);
 }

@@ -2,9 +2,11 @@
 
 #include <QImage>
 #include <QList>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -15,6 +17,7 @@
 #include "QuillmereApp/Player.h"
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Origin/SoundPrint.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 
 // What is found out about a sound that is looked at closely. Takes its time: for work in the background.
 namespace quillmere::Inspection {
@@ -35,6 +38,19 @@ struct Facts {
 // Where the energy of a sound lies among the bands of its print: 0 in the lowest ... 1 in the highest one.
 [[nodiscard]] double brightness(const SoundPrint& print);
 
+// What has been measured of the files of one corpus: an attempt that is stopped leaves it to the next one.
+// Any thread.
+class MeasuredFiles {
+public:
+    // Of the file of that number: null for one that has no print; nothing while it has not been measured.
+    [[nodiscard]] std::optional<std::shared_ptr<const SoundPrint>> of(std::size_t file) const;
+    void add(std::size_t file, std::shared_ptr<const SoundPrint> print);
+
+private:
+    mutable Mutex mutex_;
+    std::map<std::size_t, std::shared_ptr<const SoundPrint>> prints_ QUILLMERE_GUARDED_BY(mutex_);
+};
+
 // The prints of a corpus's files, to find those that a sound is near to. Silent and unreadable files have
 // none. Immutable once made.
 class CorpusPrints {
@@ -44,11 +60,13 @@ public:
         calm,   // on the calling thread alone
     };
 
-    // Reads and measures all files. progress(done) comes from several threads. Throws AudioIOError for the
-    // system's trouble, and CancellationError.
+    // Reads and measures all files but those that known has, to which the others are added; progress(done)
+    // counts both and comes from several threads. Throws AudioIOError for the system's trouble, and
+    // CancellationError.
     CorpusPrints(std::shared_ptr<const CorpusSummary> corpus,
                  const std::function<void(std::int64_t done)>& progress, const std::stop_token& stop,
-                 Pace pace = Pace::quick);
+                 Pace pace = Pace::quick,
+                 const std::shared_ptr<MeasuredFiles>& known = std::make_shared<MeasuredFiles>());
 
     struct Neighbour {
         std::string name;     // of the file, below its corpus

@@ -70,6 +70,7 @@ void InspectorController::setCorpus(std::shared_ptr<const CorpusSummary> corpus)
     corpus_ = std::move(corpus);
     fingerprint_ = corpus_ ? corpus_->fingerprint() : std::string();
     prints_.reset();
+    measured_ = std::make_shared<Inspection::MeasuredFiles>();
     nearest_.clear();
     isCompared_ = false;
     ++turn_;
@@ -193,14 +194,16 @@ void InspectorController::startMeasuring() {
         });
     };
     tasks_.run(
-        [corpus = corpus_, progress, looks = environment().looks, stop = comparing_->token(), pace = pace_] {
+        [corpus = corpus_, progress, looks = environment().looks, stop = comparing_->token(), pace = pace_,
+         known = measured_] {
             Folders::requireAnswer(corpus->directory, *looks);
-            return std::make_shared<const Inspection::CorpusPrints>(corpus, progress, stop, pace);
+            return std::make_shared<const Inspection::CorpusPrints>(corpus, progress, stop, pace, known);
         },
         [this, stop = comparing_](const std::shared_ptr<const Inspection::CorpusPrints>& prints) {
             if (stop->isCancelled()) return;
             endComparing();
             prints_ = prints;
+            measured_ = std::make_shared<Inspection::MeasuredFiles>();  // its work is done
             emit printsChanged();
             if (facts_) compare();
         },

@@ -195,9 +195,11 @@ private:
     std::optional<Inspection::Facts> facts_;
     QString problem_;
     std::shared_ptr<const Inspection::CorpusPrints> prints_;  // of the corpus, when they are made
-    std::shared_ptr<CancelFlag> comparing_;                   // they are being made
-    std::set<Need> needs_;                                    // of those who wait for the prints
-    Inspection::CorpusPrints::Pace pace_{};                   // of those that are being made
+    std::shared_ptr<Inspection::MeasuredFiles> measured_ =
+        std::make_shared<Inspection::MeasuredFiles>();  // of the corpus, by attempts that were stopped
+    std::shared_ptr<CancelFlag> comparing_;             // they are being made
+    std::set<Need> needs_;                              // of those who wait for the prints
+    Inspection::CorpusPrints::Pace pace_{};             // of those that are being made
     int compared_ = 0;
     std::vector<Inspection::CorpusPrints::Neighbour> nearest_;
     bool isCompared_ = false;  // nearest_ is what there is

@@ -539,6 +539,29 @@ private slots:
         QTRY_VERIFY(desk.inspector.prints());
     }
 
+    void whatWasMeasuredBeforeIsNotMeasuredAgain() {
+        TestWorld world;
+        Gate gate;
+        std::atomic<int> measured = 0;
+        holdComparisons(world, gate, measured);
+        Desk desk(world);
+        desk.inspector.makePrints(InspectorController::Need::unasked);
+        QTRY_COMPARE(measured.load(), 1);
+        desk.inspector.withdraw(InspectorController::Need::unasked);
+        gate.open();
+        AppModelProbe::waitForWork(desk.inspector);
+        QVERIFY(!desk.inspector.prints());
+        // It could not be measured any more.
+        const auto first = Inspection::printOf(Inspection::read(toPath(world.path("Drums/hit0.wav"))));
+        QVERIFY(first && QFile::remove(world.path("Drums/hit0.wav")));
+        desk.inspector.makePrints(InspectorController::Need::unasked);
+        QTRY_VERIFY(desk.inspector.prints());
+        const auto nearest = desk.inspector.prints()->nearest(*first, 1);
+        QCOMPARE(nearest.size(), std::size_t{1});
+        QCOMPARE(nearest.front().name, std::string("hit0.wav"));
+        QCOMPARE(nearest.front().distance, 0.0);
+    }
+
     void saysThatTheCorpusCannotBeCompared() {
         TestWorld world;
         world.cutOff("Drums");
