@@ -78,7 +78,6 @@ void AppModel::connectCandidates() {
     connect(&candidates_, &CandidatesController::playRequested, &playback_, &PlaybackController::playSound);
     connect(&candidates_, &CandidatesController::togglePlayRequested, &playback_,
             &PlaybackController::togglePlaySound);
-    connect(&playback_, &PlaybackController::finished, &candidates_, &CandidatesController::finished);
     connect(&playback_, &PlaybackController::asked, &candidates_, &CandidatesController::asked);
     connect(&candidates_, &CandidatesController::removed, &playback_, &PlaybackController::stopIfPlaying);
     connect(&candidates_, &CandidatesController::kept, &generation_, &GenerationController::addKept);
@@ -92,7 +91,10 @@ void AppModel::connectInspector() {
     connect(&inspector_, &InspectorController::playRequested, &playback_, &PlaybackController::playSound);
     connect(&inspector_, &InspectorController::togglePlayRequested, &playback_,
             &PlaybackController::togglePlaySound);
-    connect(&playback_, &PlaybackController::finished, &inspector_, &InspectorController::finished);
+    // A sound that is played again and again is followed by no other one.
+    connect(&playback_, &PlaybackController::finished, this, [this](const QUrl& name) {
+        if (!inspector_.playsAgain(name)) candidates_.finished(name);
+    });
     connect(&inspector_, &InspectorController::candidatesWanted, &candidates_,
             &CandidatesController::startRelated);
     connect(&files_, &FilesController::trashed, &candidates_, &CandidatesController::fileTrashed);

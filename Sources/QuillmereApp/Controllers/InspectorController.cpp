@@ -257,8 +257,10 @@ void InspectorController::setLoops(bool loops) {
     assign(*this, loops_, loops, &InspectorController::loopsChanged);
 }
 
-void InspectorController::finished(const QUrl& url) {
-    if (loops_ && isOpen_ && facts_ && url == soundURL()) playSubject(gain_);
+bool InspectorController::playsAgain(const QUrl& url) {
+    const bool isLooped = loops_ && isOpen_ && facts_ && url == soundURL();
+    if (isLooped) playSubject(gain_);
+    return isLooped;
 }
 
 void InspectorController::playSubject(float gain) {

@@ -93,8 +93,8 @@ public:
     // A file has got another name.
     void rename(const QUrl& from, const QUrl& to);
 
-    // A sound has come to its end.
-    void finished(const QUrl& url);
+    // A sound has come to its end: whether it is played once more, which this begins.
+    [[nodiscard]] bool playsAgain(const QUrl& url);
 
     // ---- What can be heard, at one level
 

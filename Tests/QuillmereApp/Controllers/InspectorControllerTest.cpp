@@ -299,7 +299,7 @@ private slots:
         QVERIFY(desk.sounds[1].gain < 1);
         // Again and again as loud as before.
         desk.inspector.setLoops(true);
-        desk.inspector.finished(QUrl(QStringLiteral("candidate:3")));
+        QVERIFY(desk.inspector.playsAgain(QUrl(QStringLiteral("candidate:3"))));
         QCOMPARE(desk.played.size(), 3);
         QCOMPARE(desk.sounds[2].gain, desk.sounds[1].gain);
     }
@@ -458,15 +458,15 @@ private slots:
         Desk desk(world);
         const CandidateHandle candidate = desk.candidate(hit(500));
         inspectAndWait(desk, candidate);
-        desk.inspector.finished(candidate->name);
+        QVERIFY(!desk.inspector.playsAgain(candidate->name));
         QVERIFY(desk.played.isEmpty());
         desk.inspector.setLoops(true);
-        desk.inspector.finished(QUrl(QStringLiteral("candidate:99")));
+        QVERIFY(!desk.inspector.playsAgain(QUrl(QStringLiteral("candidate:99"))));
         QVERIFY(desk.played.isEmpty());
-        desk.inspector.finished(candidate->name);
+        QVERIFY(desk.inspector.playsAgain(candidate->name));
         QCOMPARE(desk.played, QStringList(candidate->name.toString()));
         desk.inspector.setOpen(false);
-        desk.inspector.finished(candidate->name);
+        QVERIFY(!desk.inspector.playsAgain(candidate->name));
         QCOMPARE(desk.played.size(), 1);
     }
 
