@@ -17,7 +17,9 @@ Sheet {
         earlier.open(row);
     }
     function forget() {
-        earlier.forget();
+        // Unless it was opened again meanwhile.
+        if (!visible)
+            earlier.forget();
     }
     function useSettings(row: int) {
         if (row < 0 || row >= earlier.runs.length)
