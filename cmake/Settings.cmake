@@ -64,6 +64,11 @@ function(quillmere_vector_code)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
         list(APPEND options -mtune=icelake-server)
     endif()
+    # Highway marks what it has for NEON as code for processors with AES, which compilers put into no function without
+    # that mark, such as the constructors that they make themselves. Nothing here uses AES: the programs run without it.
+    if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64" AND NOT CMAKE_CXX_FLAGS MATCHES "-m(arch|cpu)=")
+        list(APPEND options -march=armv8-a+crypto)
+    endif()
     if(QUILLMERE_SANITIZE MATCHES "^(address|fuzz)$")
         set(options -O1 -fno-sanitize=null,alignment,object-size)
     elseif(QUILLMERE_SANITIZE STREQUAL "thread")

@@ -4,7 +4,7 @@
 #   scripts/setup.sh [GROUP...]          (build, if nothing is named)
 #   scripts/setup.sh --list GROUP...     names the packages, a line each, and installs nothing
 #
-# The groups: build app run test demo lint sanitize coverage releases package python tarball guide pictures sound peers scale, or all.
+# The groups: build app run test demo lint sanitize coverage releases arm64 package python tarball guide pictures sound peers scale, or all.
 #
 # For Debian 12 and 13. Needs root, or a user with sudo.
 set -euo pipefail
@@ -30,6 +30,7 @@ lint=(clang clang-format clang-tidy git python3)
 sanitize=(clang libclang-rt-dev llvm)
 coverage=(gcovr python3)
 releases=(ccache debootstrap util-linux)
+arm64=(g++-aarch64-linux-gnu qemu-user)
 package=(dpkg-dev file git gzip lintian)
 python=(pybind11-dev python3-dev python3-numpy python3-pytest python3-wheel)
 tarball=(dpkg-dev file git make nasm patchelf xz-utils)
@@ -44,7 +45,7 @@ die() {
     exit 1
 }
 
-groups=(build app app_run run test demo lint sanitize coverage releases package python tarball guide pictures sound peers scale)
+groups=(build app app_run run test demo lint sanitize coverage releases arm64 package python tarball guide pictures sound peers scale)
 only_list=
 if [[ ${1:-} == --list ]]; then
     shift
