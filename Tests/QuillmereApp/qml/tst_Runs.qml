@@ -125,6 +125,11 @@ WindowCase {
         chooseOrder("As made");
         compare(labels(), made);
     }
+    // On its way to the current tile it takes the view along.
+    function isHighlightThere(): bool {
+        const list = item("results");
+        return list.highlightItem.x === list.currentItem.x && list.highlightItem.y === list.currentItem.y;
+    }
     // Who looks at others is not taken back to the selected one.
     function test_sortingLeavesTheViewWhereItIs() {
         Stage.setResults(200);
@@ -136,13 +141,13 @@ WindowCase {
         compare(list.currentIndex, app.generation.results.rowOf(selected));
         verify(list.currentIndex > 3);
         tryVerify(() => list.currentInSight(), limit);
-        wait(500);
+        tryVerify(isHighlightThere, limit);
         list.contentX = 6000;
         settle();
         verify(!list.currentInSight());
         app.generation.results.order = ResultsModel.AsMade;
         compare(list.currentIndex, 3);
-        wait(500);
+        tryVerify(isHighlightThere, limit);
         compare(list.contentX, 6000);
         keyClick(Qt.Key_R, Qt.ControlModifier);
         keyClick(Qt.Key_Right);
