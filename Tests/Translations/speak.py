@@ -168,7 +168,7 @@ class Speaking(unittest.TestCase):
     def test_tables_are_in_the_language(self) -> None:
         def check(words, environment) -> None:
             for command, text in (("parameters", "Tanh saturation."), ("parameters", "Signal & degradation"),
-                                  ("presets", "Far from home, but still musical.")):
+                                  ("presets", "Far from home, but still musical."), ("devices", "cpu")):
                 self.assertIn(words.of(text), self.run_program(command, **environment).stdout)
 
         self.in_each_language(check)

@@ -10,7 +10,7 @@ namespace {
 
 using Type = ComputeDevice::Type;
 
-constexpr std::string_view processorText = "cpu";
+constexpr std::string_view processorText = translatable("cpu");
 constexpr std::string_view vulkanPrefix = "vulkan:";
 
 }  // namespace
