@@ -38,25 +38,26 @@ endif()
 
 if(QUILLMERE_SANITIZE STREQUAL "address")
     set(sanitizers -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    # Clang counts the branches taken as well, for the programs in Tests/Fuzz: one build serves both.
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+        list(APPEND sanitizers -fsanitize=fuzzer-no-link)
+    endif()
 elseif(QUILLMERE_SANITIZE STREQUAL "thread")
     set(sanitizers -fsanitize=thread -fno-omit-frame-pointer)
-elseif(QUILLMERE_SANITIZE STREQUAL "fuzz")
-    # As for addresses, and the branches that an input takes are counted.
-    set(sanitizers -fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
 elseif(NOT QUILLMERE_SANITIZE STREQUAL "")
-    message(FATAL_ERROR "QUILLMERE_SANITIZE must be empty, address, thread or fuzz")
+    message(FATAL_ERROR "QUILLMERE_SANITIZE must be empty, address or thread")
 endif()
 target_compile_options(QuillmereSettings INTERFACE ${sanitizers})
 # GCC and Clang do not say in the same way that they look at addresses.
-if(QUILLMERE_SANITIZE MATCHES "^(address|fuzz)$")
+if(QUILLMERE_SANITIZE STREQUAL "address")
     target_compile_definitions(QuillmereSettings INTERFACE QUILLMERE_ADDRESS_SANITIZER)
 endif()
 target_link_options(QuillmereSettings INTERFACE ${sanitizers})
 
 # quillmere_vector_code(file...)
 # Files with nothing but vector code: full optimisation even in builds made for debugging. Under the sanitizers
-# the checks of every unrolled load would take minutes to compile: less optimisation, and no undefined-behaviour
-# checks of pointers, which the address sanitizer watches anyway.
+# the checks of every unrolled load would take minutes to compile: less optimisation, addresses looked at by a call
+# each, and of undefined behaviour what numbers can do; pointers are the address sanitizer's anyway.
 function(quillmere_vector_code)
     set(options -O3)
     # The default tuning spills addresses into vector registers in large butterflies. Tuning changes neither the
@@ -64,15 +65,21 @@ function(quillmere_vector_code)
     if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
         list(APPEND options -mtune=icelake-server)
     endif()
+    if(QUILLMERE_SANITIZE STREQUAL "address")
+        set(options -O1 -fno-sanitize=undefined
+            -fsanitize=signed-integer-overflow,shift,integer-divide-by-zero,float-cast-overflow,bounds)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+            list(APPEND options -fno-sanitize=fuzzer-no-link -mllvm -asan-instrumentation-with-call-threshold=0)
+        else()
+            list(APPEND options --param=asan-instrumentation-with-call-threshold=0)
+        endif()
+    elseif(QUILLMERE_SANITIZE STREQUAL "thread")
+        set(options -O1)
+    endif()
     # Highway marks what it has for NEON as code for processors with AES, which compilers put into no function without
     # that mark, such as the constructors that they make themselves. Nothing here uses AES: the programs run without it.
     if(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64" AND NOT CMAKE_CXX_FLAGS MATCHES "-m(arch|cpu)=")
         list(APPEND options -march=armv8-a+crypto)
-    endif()
-    if(QUILLMERE_SANITIZE MATCHES "^(address|fuzz)$")
-        set(options -O1 -fno-sanitize=null,alignment,object-size)
-    elseif(QUILLMERE_SANITIZE STREQUAL "thread")
-        set(options -O1)
     endif()
     quillmere_unharden(options)
     set_source_files_properties(${ARGN} TARGET_DIRECTORY QuillmereCore PROPERTIES COMPILE_OPTIONS "${options}")

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Tries inputs of all kinds on everything that reads what others wrote, each target of Tests/Fuzz for so many seconds
-# (60 unless told otherwise), all processors at work. What it learns stays in build/fuzz/corpus for the next time. An
-# input that ends a target is kept in build/fuzz/found: mend what it shows, and add it, as small as it can be made,
-# to Tests/Fuzz/Corpus.
+# (60 unless told otherwise), as many targets at once as there are processors. What it learns stays in
+# build/fuzz/corpus for the next time. An input that ends a target is kept in build/fuzz/found: mend what it shows, and
+# add it, as small as it can be made, to Tests/Fuzz/Corpus.
 #
 # scripts/fuzz.sh [SECONDS [TARGET...]]
 set -euo pipefail
@@ -13,20 +13,25 @@ targets=("${@:2}")
 ((${#targets[@]})) || targets=(audio model parameters recipes names catalogues)
 
 scripts/setup.sh build sanitize
-cmake --preset fuzz
-cmake --build --preset fuzz --target "${targets[@]/#/fuzz-}"
+cmake --preset asan -D QUILLMERE_BUILD_TESTS=ON
+cmake --build --preset asan --target "${targets[@]/#/fuzz-}"
 export ASAN_OPTIONS=allocator_may_return_null=0:detect_leaks=0
 export UBSAN_OPTIONS=print_stacktrace=1
 mkdir -p build/fuzz/found
-status=0
-for target in "${targets[@]}"; do
-    mkdir -p "build/fuzz/corpus/$target"
-    seeds=("Tests/Fuzz/Corpus/$target")
+
+# try_inputs TARGET
+try_inputs() {
+    local target=$1 status=0
+    local seeds=("Tests/Fuzz/Corpus/$target")
     [[ $target == audio ]] && seeds+=(Tests/Data/Audio)
-    printf '\n== %s\n' "$target"
-    build/fuzz/Tests/Fuzz/fuzz-"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=16384 \
+    mkdir -p "build/fuzz/corpus/$target"
+    build/asan/Tests/Fuzz/fuzz-"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=16384 \
         -print_final_stats=1 -artifact_prefix="build/fuzz/found/$target-" "build/fuzz/corpus/$target" "${seeds[@]}" \
         2> "build/fuzz/$target.log" || status=1
+    printf '\n== %s\n' "$target"
     grep -E '^(==[0-9]+==|SUMMARY|stat::(number_of_executed_units|peak_rss_mb))|DONE' "build/fuzz/$target.log" || true
-done
-exit $status
+    return $status
+}
+export -f try_inputs
+export seconds
+printf '%s\n' "${targets[@]}" | xargs --max-procs="$(nproc)" --replace bash -c 'try_inputs {}'

@@ -34,7 +34,7 @@ if [[ ${1:-} == --fast ]]; then
     selection+=(--label-regex '^fast$')
 fi
 
-packages=(build test)
+packages=(build test sanitize)
 [[ $app == OFF ]] || packages+=(app)
 scripts/setup.sh "${packages[@]}"
 for preset in "${presets[@]}"; do
