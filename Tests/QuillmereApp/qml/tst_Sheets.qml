@@ -42,8 +42,8 @@ WindowCase {
         later.wanted = true;
         verify(later.item);
         verify(createTemporaryObject(laterView, window.contentItem, {
-                "wanted": true
-            }).item);
+                    "wanted": true
+                }).item);
     }
     function test_theFilesByMouse() {
         scanned(3);
