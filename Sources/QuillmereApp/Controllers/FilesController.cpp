@@ -45,7 +45,8 @@ FilesController::~FilesController() {
 // ---- Steps
 
 void FilesController::remember(const StepHandle& step) {
-    if (steps_.size() == mostSteps) steps_.erase(steps_.begin());
+    while (steps_.size() >= mostSteps)
+        steps_.erase(steps_.begin());
     steps_.push_back(step);
     emit canUndoChanged();
 }
@@ -156,6 +157,7 @@ void FilesController::tellOf(const Outcome& outcome, const QString& pattern) {
 
 void FilesController::trash(const QList<QUrl>& files) {
     if (files.isEmpty()) return;
+    const std::stop_token stop = stopToken();
     const auto step = std::make_shared<Step>();
     std::vector<Change> wanted;
     for (const QUrl& file : files) {
@@ -166,7 +168,7 @@ void FilesController::trash(const QList<QUrl>& files) {
     expect(static_cast<int>(wanted.size()));
     inTurn(
         [this, move = environment().moveToTrash, wanted = std::move(wanted), looks = environment().looks,
-         stop = stopToken(), changes = step->changes] {
+         stop, changes = step->changes] {
             const auto trashed = [&](Change change) {
                 Folders::requireAnswer(change.from.parent_path(), *looks);
                 const auto place = move(change.from);
@@ -212,11 +214,12 @@ void FilesController::rename(const QUrl& file, const QString& name) {
     const std::filesystem::path from = toPath(file);
     const Change change{.from = from, .to = from.parent_path() / toPath(wanted)};
     if (change.to == from) return;
+    const std::stop_token stop = stopToken();
     const auto step = std::make_shared<Step>();
     remember(step);
     expect(1);
     inTurn(
-        [this, change, looks = environment().looks, changes = step->changes] {
+        [this, change, looks = environment().looks, stop, changes = step->changes] {
             const auto renamed = [&](const Change& one) {
                 Folders::requireAnswer(one.from.parent_path(), *looks);
                 if (!moveFile(one.from, one.to))
@@ -225,7 +228,7 @@ void FilesController::rename(const QUrl& file, const QString& name) {
                                       .toStdString());
                 return one;
             };
-            Outcome outcome = tryAll({change}, renamed, {});
+            Outcome outcome = tryAll({change}, renamed, stop);
             *changes = outcome.done;
             return outcome;
         },
@@ -235,8 +238,9 @@ void FilesController::rename(const QUrl& file, const QString& name) {
 void FilesController::hasRenamed(const StepHandle& step, const Outcome& outcome) {
     for (const Change& change : outcome.done)
         tellRenamed(change.from, change.to);
-    if (outcome.done.empty()) forget(step);
-    if (!outcome.problem.empty()) emit errorRaised(QString::fromStdString(outcome.problem));
+    if (!outcome.done.empty()) return;
+    forget(step);
+    tellOf(outcome, {});
 }
 
 // ---- Back again

@@ -61,7 +61,7 @@ public:
 
     // The file that is being moved is the last one; the others stay where they are, and a notice says how
     // many.
-    void cancel();
+    Q_INVOKABLE void cancel();
 
     [[nodiscard]] bool canUndo() const { return !steps_.empty(); }
     [[nodiscard]] bool isMoving() const { return toMove_ > 0; }

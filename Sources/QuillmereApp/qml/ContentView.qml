@@ -18,7 +18,7 @@ FocusScope {
     readonly property real characterWidth: {
         if (!broad)
             return wide ? besideCards : cardsWidth;
-        return tall && !showsMap ? 620 : Math.round(Math.min(1080, besideCards * 0.58));
+        return tall && !showsMap && !app.inspector.isOpen ? 620 : Math.round(Math.min(1080, besideCards * 0.58));
     }
     readonly property real tallestRow: 46
     // What a strip that is dragged taller leaves of the sliders.
@@ -44,7 +44,7 @@ FocusScope {
             return;
         if (app.inspector.isOpen)
             app.inspector.isOpen = false;
-        else if (app.isBusy || app.model.isLoading || app.files.isMoving)
+        else if (app.isBusy || app.model.isLoading || (app.files.isMoving && !app.files.isCancelling))
             app.cancel();
         else if (app.errorMessage.length > 0)
             app.dismissError();

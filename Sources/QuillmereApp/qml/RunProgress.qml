@@ -122,7 +122,8 @@ Item {
         text: qsTr("Cancel")
         tip: qsTr("Esc")
         enabled: !run.cancelling
-        phase: run.visible ? "cancel" : ""
-        onCommanded: run.app.cancel()
+        phase: !run.visible ? "" : run.moving ? "files" : "cancel"
+        // A model that is being learned meanwhile has a button of its own.
+        onCommanded: run.moving ? run.app.files.cancel() : run.app.cancel()
     }
 }

@@ -132,6 +132,32 @@ private slots:
         QCOMPARE(files.toMove(), 0);
     }
 
+    void aRenameThatHasToWaitIsStopped() {
+        TestWorld world;
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        Gate gate;
+        gate.close();
+        holdTrash(world, gate);
+        Preferences preferences(world.environment.settingsFile);
+        FilesController files(world.environment, preferences);
+        const Told told(files);
+        files.cancel();  // of nothing: what begins later does not know of it
+        files.trash({world.url("out/a.wav")});
+        files.rename(world.url("out/b.wav"), QStringLiteral("c"));
+        QVERIFY(files.isMoving() && !files.isCancelling());
+        files.cancel();
+        gate.open();
+        QTRY_VERIFY(!files.isMoving());
+        QVERIFY(QFileInfo::exists(world.path("out/b.wav")));
+        QCOMPARE(told.notices.last(), QStringLiteral("Not moved: b.wav"));
+        QCOMPARE(told.error, QString());
+        files.rename(world.url("out/b.wav"), QStringLiteral("c"));
+        QVERIFY(!files.isCancelling());
+        QTRY_VERIFY(!files.isMoving());
+        QVERIFY(QFileInfo::exists(world.path("out/c.wav")));
+    }
+
     void whatCannotGoStays() {
         TestWorld world;
         world.hasTrash = false;

@@ -185,6 +185,22 @@ WindowCase {
         verify(app.files.isCancelling);
         Stage.letTrashGo();
     }
+    function test_theFilesButtonLeavesTheLearning() {
+        generated(2);
+        focusOn("results");
+        Stage.holdTrash();
+        keyClick(Qt.Key_Delete);
+        verify(app.files.isMoving);
+        startTraining();
+        verifySeen("Moving files: 0 of 1");
+        mouseClick(item("cancelGeneration"));
+        verify(app.files.isCancelling);
+        verify(app.model.isTraining && !app.model.isCancelling);
+        Stage.letTrashGo();
+        tryVerify(() => !app.files.isMoving, limit);
+        app.cancel();
+        idle();
+    }
     function test_favouritesOfTheSelection() {
         generated(3);
         focusOn("results");
