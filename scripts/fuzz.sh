@@ -28,8 +28,10 @@ try_inputs() {
     build/asan/Tests/Fuzz/fuzz-"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=16384 \
         -print_final_stats=1 -artifact_prefix="build/fuzz/found/$target-" "build/fuzz/corpus/$target" "${seeds[@]}" \
         2> "build/fuzz/$target.log" || status=1
-    printf '\n== %s\n' "$target"
-    grep -E '^(==[0-9]+==|SUMMARY|stat::(number_of_executed_units|peak_rss_mb))|DONE' "build/fuzz/$target.log" || true
+    local told
+    told=$(grep -E '^(==[0-9]+==|SUMMARY|stat::(number_of_executed_units|peak_rss_mb))|DONE' "build/fuzz/$target.log") ||
+        told="(nothing)"
+    printf '\n== %s\n%s\n' "$target" "$told"
     return $status
 }
 export -f try_inputs
