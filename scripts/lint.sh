@@ -23,8 +23,11 @@ fi
 clang-format --dry-run -Werror "${files[@]}"
 [[ -z $format_only ]] || exit 0
 
-# The sources include what Qt's tools make of the headers, and the shaders.
+# The sources include what Qt's moc makes of them, and the shaders. CMake's own target for the former would compile the
+# libraries first, which no analysis reads; what is made for resources is not read either.
 cmake --preset clang -D QUILLMERE_BUILD_APP=ON -D QUILLMERE_BUILD_TESTS=ON > /dev/null
-made=$(cmake --build --preset clang --target autogen) || { printf '%s\n' "$made"; exit 1; }
+cmake --build --preset clang --target QuillmereShaders > /dev/null
+find build/clang -path '*_autogen.dir/AutogenInfo.json' -not -regex '.*_\(qmlcache\|resources_[0-9]+\|init\)_autogen.dir/.*' \
+    -print0 | xargs --null --max-procs="$(nproc)" --replace cmake -E cmake_autogen {} Release
 mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$')
 scripts/tidy.py build/clang "${sources[@]}"

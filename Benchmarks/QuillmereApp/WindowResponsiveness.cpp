@@ -170,8 +170,10 @@ void hearAuditions(AppModel& app, QQuickWindow& window) {
     window.requestActivate();
     require(QTest::qWaitForWindowActive(&window), app);
     const double first = millisecondsToSound(app, window);
+    constexpr std::size_t times = 10;
     std::vector<double> more;
-    for (int i = 0; i < 10; ++i)
+    more.reserve(times);
+    for (std::size_t i = 0; i < times; ++i)
         more.push_back(millisecondsToSound(app, window));
     std::ranges::sort(more);
     std::printf("%-34s %8.1f ms; then %.1f ms, longest %.1f ms\n", "from the key to the sound", first,

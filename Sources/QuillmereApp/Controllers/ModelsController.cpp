@@ -218,7 +218,7 @@ void ModelsController::remove(int row) {
                 (void)ModelStore::remove(folder, {}, std::chrono::milliseconds(0));
                 return std::nullopt;
             }
-            const std::optional<std::filesystem::path> inTrash = trash(folder);
+            std::optional<std::filesystem::path> inTrash = trash(folder);
             if (!inTrash)
                 throw Failure(
                     tr("The model could not be moved to the trash. Delete it with: quillmere-cli models "
