@@ -3,26 +3,35 @@
 
 mutate.py [--mutants N] [--seed N] [--only TEXT] [--jobs N]
 
-A copy of the working tree in build/mutate is built once. Then, for each of N mutants drawn from the files below, one
-line is changed there (a comparison, an operator, a number, a condition, a call left out), the tests of that file are
-built and run, and the line is restored. A mutant that does not compile is replaced by another one. What no test has
-noticed is listed at the end and in build/mutate/survivors.txt: each needs a test, or a reason why the change makes no
-difference.
+Copies of the working tree, one for each job, are built once in build/mutate. Then, for each of N mutants drawn from the
+files below, one line is changed (a comparison, an operator, a number, a condition, a call left out), the tests of that
+file are built and run, and the line is restored. A mutant that does not compile is replaced by another one. What no
+test has noticed is listed at the end and in build/mutate/survivors.txt: each needs a test, or a reason why the change
+makes no difference.
+
+Takes some ten seconds of a processor for each mutant. What has been tried is kept in build/mutate/outcomes.jsonl, and a
+run that was stopped goes on from there, as long as neither the file that is broken nor the tests have changed.
 """
 
 import argparse
+import dataclasses
+import hashlib
+import json
+import os
 import pathlib
+import queue
 import random
 import re
 import resource
 import shutil
 import subprocess
 import sys
+import threading
 import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-COPY = ROOT / "build" / "mutate" / "tree"
-BUILD = COPY / "build" / "no-window"
+PLACE = ROOT / "build" / "mutate"
+OUTCOMES = PLACE / "outcomes.jsonl"
 CORE = "Sources/QuillmereCore/"
 # Of the processor and of address space; many times what any of the tests needs.
 TEST_SECONDS = 120
@@ -88,19 +97,33 @@ def candidates(file):
     return found
 
 
-def copy_tree():
-    """The files of the working tree that git knows; those that are as they were keep their times."""
+@dataclasses.dataclass
+class Mutant:
+    file: str
+    number: int  # of the line, from 0
+    line: str  # that takes its place
+
+    def key(self, stamp):
+        text = f"{self.file}\0{self.number}\0{self.line}\0{stamp}"
+        return hashlib.sha256(text.encode()).hexdigest()[:24]
+
+    def shown(self):
+        before = (ROOT / self.file).read_text(encoding="utf-8").splitlines()[self.number]
+        return f"{self.file}:{self.number + 1}\n  - {before.strip()}\n  + {self.line.strip()}"
+
+
+def tracked():
     listing = subprocess.run(["git", "ls-files", "-z"], cwd=ROOT, capture_output=True, check=True).stdout
-    for name in listing.decode().split("\0"):
-        source, target = ROOT / name, COPY / name
-        if not source.is_file() or (target.is_file() and target.read_bytes() == source.read_bytes()):
-            continue
-        target.parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(source, target)
+    return [name for name in listing.decode().split("\0") if (ROOT / name).is_file()]
 
 
-def run(command, **options):
-    return subprocess.run(command, cwd=COPY, capture_output=True, check=False, **options).returncode
+def stamps(files):
+    """For each file what its outcomes depend on, as far as it changes often: itself and all tests."""
+    tests = hashlib.sha256()
+    for name in tracked():
+        if name.startswith("Tests/"):
+            tests.update(name.encode() + b"\0" + (ROOT / name).read_bytes())
+    return {file: hashlib.sha256((ROOT / file).read_bytes() + tests.digest()).hexdigest() for file in files}
 
 
 # A mutant that never ends, or takes ever more memory, is noticed, too.
@@ -109,16 +132,108 @@ def limit_test():
     resource.setrlimit(resource.RLIMIT_AS, (TEST_BYTES, TEST_BYTES))
 
 
-def build(programs, jobs):
-    return run(["cmake", "--build", str(BUILD), f"-j{jobs}", "--target", *programs]) == 0
+class Workshop:
+    """A copy of the tree, to break something in."""
+
+    def __init__(self, number):
+        self.tree = PLACE / f"tree-{number}"
+        self.build = self.tree / "build" / "no-window"
+
+    def run(self, command, **options):
+        environment = {**os.environ, "CCACHE_BASEDIR": str(self.tree)}
+        return subprocess.run(command, cwd=self.tree, env=environment, capture_output=True, check=False,
+                              **options).returncode
+
+    def prepare(self, programs, jobs):
+        """Files that are as they were keep their times."""
+        for name in tracked():
+            source, target = ROOT / name, self.tree / name
+            if target.is_file() and target.read_bytes() == source.read_bytes():
+                continue
+            target.parent.mkdir(parents=True, exist_ok=True)
+            shutil.copy(source, target)
+        if self.run(["cmake", "--preset", "no-window", "-D", "QUILLMERE_BUILD_TESTS=ON", "-D",
+                     "QUILLMERE_BUILD_BENCHMARKS=OFF"]):
+            sys.exit("The copy cannot be configured.")
+        if not self.builds(programs, jobs):
+            sys.exit("The copy does not build.")
+
+    def builds(self, programs, jobs=1):
+        return self.run(["cmake", "--build", str(self.build), f"-j{jobs}", "--target", *programs]) == 0
+
+    def fails(self, program):
+        binary = next(path for path in self.build.glob(f"Tests/**/{program}") if path.is_file())
+        return self.run([str(binary), "--gtest_brief=1"], preexec_fn=limit_test) != 0
+
+    def outcome(self, mutant, programs):
+        """"invalid", "noticed" or "survived"."""
+        original = (ROOT / mutant.file).read_text(encoding="utf-8")
+        lines = original.splitlines(keepends=True)
+        lines[mutant.number] = mutant.line + "\n"
+        broken = self.tree / mutant.file
+        broken.write_text("".join(lines), encoding="utf-8")
+        try:
+            for program in programs:
+                if not self.builds([program]):
+                    return "invalid"
+                if self.fails(program):
+                    return "noticed"
+            return "survived"
+        finally:
+            broken.write_text(original, encoding="utf-8")
 
 
-def is_noticed(programs):
-    for program in programs:
-        binary = next(path for path in BUILD.glob(f"Tests/**/{program}") if path.is_file())
-        if run([str(binary), "--gtest_brief=1"], preexec_fn=limit_test) != 0:
-            return True
-    return False
+class Survey:
+    """Tries mutants in their order until enough have been tried. Any thread."""
+
+    def __init__(self, pool, wanted, subjects):
+        self.subjects = subjects
+        self.wanted = wanted
+        self.stamps = stamps(subjects)
+        self.known = {}
+        if OUTCOMES.exists():
+            for line in OUTCOMES.read_text().splitlines():
+                entry = json.loads(line)
+                self.known[entry["key"]] = entry["outcome"]
+        self.outcomes = {}  # by place in the order
+        self.pool = pool
+        self.todo = queue.SimpleQueue()
+        for place in range(len(pool)):
+            self.todo.put(place)
+        self.lock = threading.Lock()
+        self.start = time.monotonic()
+
+    def tried(self):
+        """The first ones that were wanted, as (mutant, outcome)."""
+        valid = [(self.pool[place], self.outcomes[place]) for place in sorted(self.outcomes)
+                 if self.outcomes[place] != "invalid"]
+        return valid[:self.wanted]
+
+    def work(self, workshop):
+        while True:
+            with self.lock:
+                if self.todo.empty() or len(self.tried()) >= self.wanted:
+                    return
+                place = self.todo.get()
+            mutant = self.pool[place]
+            key = mutant.key(self.stamps[mutant.file])
+            outcome = self.known.get(key)
+            if outcome is None:
+                outcome = workshop.outcome(mutant, self.subjects[mutant.file])
+            with self.lock:
+                self.note(place, mutant, key, outcome)
+
+    def note(self, place, mutant, key, outcome):
+        self.outcomes[place] = outcome
+        if key not in self.known:
+            with OUTCOMES.open("a") as file:
+                file.write(json.dumps({"key": key, "outcome": outcome}) + "\n")
+        if outcome == "survived":
+            print(mutant.shown(), flush=True)
+        tried = self.tried()
+        if outcome != "invalid" and len(tried) % 10 == 0:
+            noticed = sum(outcome == "noticed" for _, outcome in tried)
+            print(f"{len(tried)} mutants, {noticed} noticed, {time.monotonic() - self.start:.0f} s", flush=True)
 
 
 def main():
@@ -126,42 +241,32 @@ def main():
     parser.add_argument("--mutants", type=int, default=300)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--only", default="", help="files whose path holds this text")
-    parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
     options = parser.parse_args()
 
     subjects = {file: tests for file, tests in SUBJECTS.items() if options.only in file}
     programs = sorted({test for tests in subjects.values() for test in tests})
-    copy_tree()
-    if run(["cmake", "--preset", "no-window", "-D", "QUILLMERE_BUILD_TESTS=ON", "-D", "QUILLMERE_BUILD_BENCHMARKS=OFF"]):
-        sys.exit("The copy cannot be configured.")
-    if not build(programs, options.jobs):
-        sys.exit("The copy does not build.")
+    workshops = [Workshop(number) for number in range(options.jobs)]
+    for workshop in workshops:
+        workshop.prepare(programs, options.jobs)
     for program in programs:
-        if is_noticed([program]):
+        if workshops[0].fails(program):
             sys.exit(f"{program} fails before anything is broken.")
 
-    pool = [(file, number, line) for file in subjects for number, line in candidates(file)]
+    pool = [Mutant(file, number, line) for file in subjects for number, line in candidates(file)]
     random.Random(options.seed).shuffle(pool)
-    noticed, survivors, start = 0, [], time.monotonic()
-    while pool and noticed + len(survivors) < options.mutants:
-        file, number, line = pool.pop()
-        original = (ROOT / file).read_text(encoding="utf-8")
-        lines = original.splitlines(keepends=True)
-        lines[number] = line + "\n"
-        (COPY / file).write_text("".join(lines), encoding="utf-8")
-        if build(subjects[file], options.jobs):
-            if is_noticed(subjects[file]):
-                noticed += 1
-            else:
-                survivors.append(f"{file}:{number + 1}\n  - {original.splitlines()[number].strip()}\n  + {line.strip()}")
-                print(survivors[-1], flush=True)
-        (COPY / file).write_text(original, encoding="utf-8")
-        done = noticed + len(survivors)
-        if done and done % 10 == 0:
-            print(f"{done} mutants, {noticed} noticed, {time.monotonic() - start:.0f} s", flush=True)
-    (ROOT / "build" / "mutate" / "survivors.txt").write_text("\n".join(survivors) + "\n", encoding="utf-8")
-    total = noticed + len(survivors)
-    print(f"{noticed} of {total} mutants noticed ({100 * noticed / max(1, total):.1f} %)")
+    survey = Survey(pool, options.mutants, subjects)
+    threads = [threading.Thread(target=survey.work, args=(workshop,)) for workshop in workshops]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+
+    tried = survey.tried()
+    survivors = [mutant.shown() for mutant, outcome in tried if outcome == "survived"]
+    (PLACE / "survivors.txt").write_text("\n".join(survivors) + "\n", encoding="utf-8")
+    noticed = len(tried) - len(survivors)
+    print(f"{noticed} of {len(tried)} mutants noticed ({100 * noticed / max(1, len(tried)):.1f} %)")
 
 
 if __name__ == "__main__":
