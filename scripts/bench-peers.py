@@ -25,7 +25,8 @@ import time
 import wave
 from pathlib import Path
 
-TORCH = Path(__file__).resolve().parent.parent / "Benchmarks" / "peers" / "torch_peer.py"
+PEERS = Path(__file__).resolve().parent.parent / "Benchmarks" / "peers"
+TORCH = PEERS / "torch_peer.py"
 RATE = 44100
 
 
@@ -56,6 +57,12 @@ def torch(*work):
         return json.loads(subprocess.run(command, capture_output=True, text=True, check=True).stdout)
 
     return run
+
+
+def numpy_detail(_):
+    report = subprocess.run(["taskset", "--cpu-list", "0", sys.executable, PEERS / "detail_peer.py"], capture_output=True,
+                            text=True, check=True).stdout
+    return json.loads(report)
 
 
 def beside_a_busy_process(work):
@@ -156,6 +163,8 @@ ROWS = [
     ("variation, Balanced, 192 frames, one core", "ms",
      ours("Generate/GenerationBenchmark", "latentToFile/percussive/Balanced/real_time", "0"),
      torch("variation:1024:192:96")),
+    ("variation with detail, 320 frames, one core", "ms",
+     ours("Generate/DetailBenchmark", "detailed/percussive", "0"), numpy_detail),
     ("features of one clip, 192 frames, one core", "ms",
      ours("Model/FeaturesBenchmark", "FeatureExtractor/features/nFFT:1024/nMels:96/frames:192", "0"),
      torch("features:1024:192:96")),
