@@ -901,6 +901,10 @@
         <source>Ctrl+T</source>
         <translation>Strg+T</translation>
     </message>
+    <message>
+        <source>Detail then works also when the folder has been moved or changed. Counts from the next training.</source>
+        <translation>Detail geht dann auch, wenn der Ordner verschoben oder verändert worden ist. Gilt ab dem nächsten Training.</translation>
+    </message>
 </context>
 <context>
     <name>ModelOfferDialog</name>
@@ -2359,6 +2363,18 @@
     <message>
         <source>This folder has not been scanned.</source>
         <translation>Dieser Ordner wurde nicht durchsucht.</translation>
+    </message>
+    <message>
+        <source>The sounds could not be kept with the model. %1</source>
+        <translation>Die Klänge konnten nicht beim Modell aufbewahrt werden. %1</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too</source>
+        <translation>Auch die Klänge speichern</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too (up to %1 MB)</source>
+        <translation>Auch die Klänge speichern (bis zu %1 MB)</translation>
     </message>
 </context>
 <context>

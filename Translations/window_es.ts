@@ -901,6 +901,10 @@
         <source>Ctrl+T</source>
         <translation>Ctrl+T</translation>
     </message>
+    <message>
+        <source>Detail then works also when the folder has been moved or changed. Counts from the next training.</source>
+        <translation>El detalle funciona entonces aunque la carpeta se haya movido o haya cambiado. Vale desde el próximo entrenamiento.</translation>
+    </message>
 </context>
 <context>
     <name>ModelOfferDialog</name>
@@ -2359,6 +2363,18 @@
     <message>
         <source>This folder has not been scanned.</source>
         <translation>Esta carpeta no se ha explorado.</translation>
+    </message>
+    <message>
+        <source>The sounds could not be kept with the model. %1</source>
+        <translation>No se pudieron conservar los sonidos con el modelo. %1</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too</source>
+        <translation>Guardar también los sonidos</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too (up to %1 MB)</source>
+        <translation>Guardar también los sonidos (hasta %1 MB)</translation>
     </message>
 </context>
 <context>

@@ -901,6 +901,10 @@
         <source>Ctrl+T</source>
         <translation>Ctrl+T</translation>
     </message>
+    <message>
+        <source>Detail then works also when the folder has been moved or changed. Counts from the next training.</source>
+        <translation>Le détail marche alors même si le dossier a été déplacé ou modifié. Compte à partir du prochain entraînement.</translation>
+    </message>
 </context>
 <context>
     <name>ModelOfferDialog</name>
@@ -2359,6 +2363,18 @@
     <message>
         <source>This folder has not been scanned.</source>
         <translation>Ce dossier n&apos;a pas été analysé.</translation>
+    </message>
+    <message>
+        <source>The sounds could not be kept with the model. %1</source>
+        <translation>Les sons n&apos;ont pas pu être conservés avec le modèle. %1</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too</source>
+        <translation>Enregistrer aussi les sons</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too (up to %1 MB)</source>
+        <translation>Enregistrer aussi les sons (%1 Mo au plus)</translation>
     </message>
 </context>
 <context>

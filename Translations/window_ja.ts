@@ -893,6 +893,10 @@
         <source>Ctrl+T</source>
         <translation>Ctrl+T</translation>
     </message>
+    <message>
+        <source>Detail then works also when the folder has been moved or changed. Counts from the next training.</source>
+        <translation>フォルダを移動したり変更したりした後でもディテールが使えます。次の学習から有効です。</translation>
+    </message>
 </context>
 <context>
     <name>ModelOfferDialog</name>
@@ -2334,6 +2338,18 @@
     <message>
         <source>This folder has not been scanned.</source>
         <translation>このフォルダーはスキャンされていません。</translation>
+    </message>
+    <message>
+        <source>The sounds could not be kept with the model. %1</source>
+        <translation>音をモデルと一緒に保存できませんでした。%1</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too</source>
+        <translation>音も保存する</translation>
+    </message>
+    <message>
+        <source>Store the sounds, too (up to %1 MB)</source>
+        <translation>音も保存する（最大 %1 MB）</translation>
     </message>
 </context>
 <context>

@@ -23,7 +23,7 @@ TELLS = re.compile(
     r"^ ?(Learns the character|Learn |Reads |to get the same|from the |with the model|Use --retrain|Minutes-ish|Balanced"
     r"|Longest|Automatic picks|No model for this|Choose a folder of WAV|Render a single|Render twelve|All discarded|Nobody knows any more|Select a candidate|Return renames|Existing folder|Folder will be"
     r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
-    r"|How much of|End the learning and keep|You can listen in|The model is stored|No folder has been learned"
+    r"|How much of|Detail then works|End the learning and keep|You can listen in|The model is stored|No folder has been learned"
     r"|Space plays|Return opens a run|The nearest sounds of|How loud it is|How the sound was|How far it is|The samples that|The next runs take|The loss says|Near one another|. of the differences|Click a point"
     r"|Samples of the same names|The same samples were|Another model has made it|”. With the present one|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
     r"|The journal is o|While this file is|That bought|(% of the error with|more steps\b.*|steps to|dB before,|dB after\.)$"

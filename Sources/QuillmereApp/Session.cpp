@@ -16,6 +16,7 @@ using namespace std::chrono_literals;
 const QString qualityKey = QStringLiteral("quality");
 const QString analysisKey = QStringLiteral("analysis");
 const QString startKey = QStringLiteral("start");
+const QString soundsKey = QStringLiteral("sounds");
 const QString formatKey = QStringLiteral("format");
 const QString detailKey = QStringLiteral("detail");
 const QString parametersKey = QStringLiteral("parameters");
@@ -65,6 +66,8 @@ void Session::watchAll() {
           [this] { preferences_.setValue(analysisKey, text(rawValue(model_.analysis()))); });
     watch(model_, &ModelController::startChanged, startKey,
           [this] { preferences_.setValue(startKey, startNames.at(model_.startIndex())); });
+    watch(model_, &ModelController::keepsSoundsChanged, soundsKey,
+          [this] { preferences_.setValue(soundsKey, yesOrNo(model_.keepsSounds())); });
     watch(character_, &CharacterController::presetChanged, presetKey, [this] { storeCharacter(); });
     watch(character_, &CharacterController::seedTextChanged, seedKey,
           [this] { preferences_.setValue(seedKey, character_.seedText()); });
@@ -96,6 +99,7 @@ void Session::restore() {
         model_.setAnalysisIndex(indexIn(allAnalysisProfiles, *profile));
     model_.setStartIndex(
         static_cast<int>(startNames.indexOf(preferences_.text(startKey).value_or(QString()))));
+    model_.setKeepsSounds(stored(soundsKey) == "yes");
     if (const auto format = outputFormat(stored(formatKey)))
         output_.setFormatIndex(indexIn(allOutputFormats, *format));
     if (const auto detail = preferences_.text(detailKey)) output_.setDetail(detail->toDouble());

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -13,8 +11,7 @@
 #include "QuillmereCLI/Options.h"
 #include "QuillmereCLI/StartOption.h"
 #include "QuillmereCLI/Wording.h"
-#include "QuillmereCore/Model/KeptSounds.h"
-#include "QuillmereCore/Model/Training/ClipReading.h"
+#include "QuillmereCore/Generate/Detail/ClipSounds.h"
 #include "QuillmereCore/Model/Training/Quality.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Util/Text.h"
@@ -151,21 +148,11 @@ JSON modelJSON(const KnownCorpus& corpus, const ModelBundle& bundle, bool traine
     return result;
 }
 
-// At most what the sounds of a corpus can take: nobody knows yet which length each is cut to.
-std::uint64_t mostSoundBytes(const CorpusSummary& corpus, const TrainOptions& options) {
-    const int rate = corpus.dominantSampleRate();
-    const ModelTrainer::ClipNeeds needs = ModelTrainer::needsOf(options.training(nullptr), rate);
-    double samples = 0;
-    for (const double seconds : corpus.durations)
-        samples += std::min(std::ceil(seconds * rate), static_cast<double>(needs.keptSamples));
-    return KeptSounds::size(corpus.files.size(), static_cast<std::uint64_t>(samples));
-}
-
 void announceSounds(const CorpusSummary& corpus, const TrainOptions& options, ProgressLine& progress,
                     Console& console) {
     progress.finish();
-    console.print(
-        tr("The sounds will take up to {0} with the model.", byteSize(mostSoundBytes(corpus, options))));
+    console.print(tr("The sounds will take up to {0} with the model.",
+                     byteSize(ClipSounds::mostToKeep(corpus, options.training(nullptr)))));
 }
 
 void reportKept(std::optional<std::uint64_t> bytes, Console& console) {

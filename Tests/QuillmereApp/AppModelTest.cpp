@@ -371,6 +371,7 @@ private slots:
             app.model()->setQualityIndex(0);
             app.model()->setAnalysisIndex(2);
             app.model()->setStartIndex(1);
+            app.model()->setKeepsSounds(true);
             app.character()->applyPreset("Wild");
             app.character()->parameters()->setValue("pitch", -7);
             aesthetics = app.aesthetics();
@@ -384,6 +385,7 @@ private slots:
         QCOMPARE(app.quality(), Quality::quick);
         QCOMPARE(app.analysis(), AnalysisProfile::tonal);
         QVERIFY(app.model()->start() == ModelController::Start::headStart);
+        QVERIFY(app.model()->keepsSounds());
         QCOMPARE(app.presetName(), QStringLiteral("Wild"));
         QVERIFY(app.character()->presetEdited());
         QVERIFY(app.aesthetics() == aesthetics);
@@ -456,6 +458,7 @@ private slots:
         QCOMPARE(app.analysis(), AnalysisProfile::automatic);
         QCOMPARE(app.format(), OutputFormat::wav24);
         QVERIFY(app.model()->start() == ModelController::Start::scratch);
+        QVERIFY(!app.model()->keepsSounds());
         QCOMPARE(app.output()->detail(), 0.0);
         QVERIFY(app.aesthetics() == Aesthetics());
         QCOMPARE(app.presetName(), QStringLiteral("Balanced"));
@@ -537,6 +540,25 @@ private slots:
             QCOMPARE(sample.origin.detail, 0.5);
             QCOMPARE(sample.origin.detailBasis, DetailBasis::sources);
         }
+    }
+
+    void keptSoundsStandInForThoseOfAnotherFolder() {
+        TestWorld world;
+        AppModel app(world.environment);
+        app.model()->setKeepsSounds(true);
+        prepareTrained(app, world.makeCorpus("Drums"));
+        const auto model = app.model()->storedFolder();
+        prepare(app, world.makeCorpus("Others", 2));
+        QVERIFY(!app.model()->isReady());
+        app.model()->load(model);
+        QVERIFY(waitUntilIdle(app));
+        app.setOutputText(world.path("out"));
+        app.setCount(2);
+        app.output()->setDetail(1);
+        generateAndWait(app);
+        QCOMPARE(app.results()->rowCount(), 2);
+        for (const GeneratedSample& sample : app.results()->all())
+            QCOMPARE(sample.origin.detailBasis, DetailBasis::kept);
     }
 
     void noiseInPlaceOfTheSamplesIsToldOf() {

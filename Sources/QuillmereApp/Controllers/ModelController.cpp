@@ -34,25 +34,17 @@ int goneFiles(const CorpusSummary& summary) {
     return static_cast<int>(std::ranges::count_if(summary.files, isGone));
 }
 
-// To be called in the background. With the sounds of the corpus, if that is what the model has learned.
-std::shared_ptr<SampleGenerator> makeGenerator(ModelBundle bundle, const CorpusSummary* corpus,
+// To be called in the background.
+std::shared_ptr<SampleGenerator> makeGenerator(ModelBundle bundle, ClipSounds sounds,
                                                network::Backend& backend) {
-    ClipSounds sounds = corpus ? ClipSounds::inFolder(bundle, *corpus) : ClipSounds();
     return std::make_shared<SampleGenerator>(std::move(bundle), backend, std::move(sounds));
 }
 
-// Stores a model. Returns why that could not be done where it may be done later, so that nothing is lost of
-// what took minutes to learn. Throws as ModelStore::replace for everything else.
-std::optional<TaskFailure> whyNotStored(const ModelBundle& bundle, const std::filesystem::path& folder,
-                                        const std::stop_token& cancel, ModelStore::Former former) {
-    try {
-        ModelStore::replace(bundle, folder, cancel, ModelStore::storingPatience, former);
-    } catch (const ModelBusyError& error) {
-        return TaskFailure{Words::of(error)};
-    } catch (const FileError& error) {
-        return TaskFailure{Words::of(error)};
-    }
-    return std::nullopt;
+// The sounds that a model has learned: those of the corpus, if that is it, or those that are kept with the
+// model, which the corpus may be null for.
+ClipSounds soundsOf(const ModelBundle& bundle, const CorpusSummary* corpus,
+                    const std::filesystem::path& folder) {
+    return corpus ? ClipSounds::find(bundle, *corpus, folder) : ClipSounds::keptWith(bundle, folder);
 }
 
 }  // namespace
@@ -61,6 +53,7 @@ std::optional<TaskFailure> whyNotStored(const ModelBundle& bundle, const std::fi
 struct ModelController::TrainingOrder {
     Quality quality;
     AnalysisProfile profile;
+    bool keepsSounds;
     std::optional<std::filesystem::path> headStart;  // its folder; absent: random weights
     std::function<TrainingOptions(TrainingOptions)> adjust;
 
@@ -107,6 +100,8 @@ ModelController::ModelController(const Environment& environment, ComputeDevices&
     connect(this, &ModelController::progressed, this, &ModelController::canStopHereChanged);
     connect(this, &ModelController::isTrainingChanged, this, &ModelController::canStopHereChanged);
     connect(this, &ModelController::isCancellingChanged, this, &ModelController::canStopHereChanged);
+    connect(this, &ModelController::qualityChanged, this, &ModelController::keptSoundsTextChanged);
+    connect(this, &ModelController::analysisChanged, this, &ModelController::keptSoundsTextChanged);
     connect(&sound_, &LearningSound::notice, this, &Controller::notice);
 }
 
@@ -121,6 +116,7 @@ void ModelController::setCorpus(bool isChosen, std::shared_ptr<const CorpusSumma
     if (summary != summary_) cancelPreview();
     summary_ = std::move(summary);
     emit canTrainChanged();
+    emit keptSoundsTextChanged();
 }
 
 // ---- The model
@@ -150,7 +146,8 @@ void ModelController::addUnstored(Unstored unstored) {
 }
 
 void ModelController::removeUnstored(const std::filesystem::path& folder) {
-    if (std::erase_if(unstored_, [&](const Unstored& unstored) { return unstored.folder == folder; }) > 0)
+    if (std::erase_if(unstored_,
+                      [&](const Unstored& unstored) { return unstored.storing.folder == folder; }) > 0)
         emit isUnstoredChanged();
 }
 
@@ -168,9 +165,8 @@ void ModelController::storeAgain() {
     assign(*this, isStoring_, true, &ModelController::isStoringChanged);
     emit errorRaised({});
     tasks_.run(
-        [unstored = unstored_.back(), cancel = storeCancel_.token()] {
-            ModelStore::replace(unstored.generator->bundle(), unstored.folder, cancel,
-                                ModelStore::storingPatience, unstored.former);
+        [this, unstored = unstored_.back(), cancel = storeCancel_.token()] {
+            store(unstored.generator->bundle(), unstored.storing, cancel);
         },
         [this, stored = unstored_.back()] { hasStored(stored); },
         [this](const TaskFailure& failure) {
@@ -201,7 +197,9 @@ void ModelController::load(const std::filesystem::path& folder) {
     const auto device = deviceToCompileFor();
     tasks_.run(
         [folder, device, corpus = summary_] {
-            return makeGenerator(ModelStore::open(folder), corpus.get(), device->backend());
+            ModelBundle bundle = ModelStore::open(folder);
+            ClipSounds sounds = soundsOf(bundle, corpus.get(), folder);
+            return makeGenerator(std::move(bundle), std::move(sounds), device->backend());
         },
         [this, load, device](std::shared_ptr<SampleGenerator> generator) {
             if (load == load_) setGenerator(std::move(generator), device);
@@ -258,17 +256,19 @@ std::shared_ptr<network::ChosenDevice> ModelController::deviceToCompileFor() {
 PreparedGenerator ModelController::preparedGenerator() {
     // Nothing when the generator is where it should be.
     const auto device = generatorDevice_ == devices_.chosen() ? nullptr : deviceToCompileFor();
-    return [this, generator = generator_, device, corpus = summary_] {
-        return moved(generator, device, corpus.get());
+    return [this, generator = generator_, device, corpus = summary_, folder = folder_] {
+        return moved(generator, device, corpus.get(), folder);
     };
 }
 
 // Called in the background: the generator compiled anew for device, which may be null to leave it as it is.
 std::shared_ptr<SampleGenerator> ModelController::moved(const std::shared_ptr<SampleGenerator>& generator,
                                                         const std::shared_ptr<network::ChosenDevice>& device,
-                                                        const CorpusSummary* corpus) {
+                                                        const CorpusSummary* corpus,
+                                                        const std::filesystem::path& folder) {
     if (!device) return generator;
-    auto compiled = makeGenerator(generator->bundle(), corpus, device->backend());
+    const ModelBundle& bundle = generator->bundle();
+    auto compiled = makeGenerator(bundle, soundsOf(bundle, corpus, folder), device->backend());
     tasks_.post([this, generator, compiled, device] {
         if (generator_ != generator) return;  // another model has been chosen
         generator_ = compiled;
@@ -290,7 +290,8 @@ PreparedGenerator ModelController::preview() {
     return [this, order = trainingOrder(), summary = summary_, cancel = previewCancel_] {
         ModelBundle bundle =
             ModelTrainer::beforeLearning(*summary, order.options(), {}, cancel->token(), *processor_);
-        auto made = makeGenerator(std::move(bundle), summary.get(), *processor_);
+        ClipSounds sounds = ClipSounds::inFolder(bundle, *summary);
+        auto made = makeGenerator(std::move(bundle), std::move(sounds), *processor_);
         tasks_.post([this, made, cancel] {
             if (cancel == previewCancel_) preview_ = made;
         });
@@ -306,10 +307,11 @@ void ModelController::cancelPreview() {
 
 // ---- The training
 
-ModelController::TrainingOrder ModelController::trainingOrder() {
+ModelController::TrainingOrder ModelController::trainingOrder() const {
     return {
         .quality = quality_,
         .profile = analysis_,
+        .keepsSounds = keepsSounds_,
         .headStart = start_ == Start::headStart ? std::optional(environment().headStartFolder) : std::nullopt,
         .adjust = environment().adjustTraining};
 }
@@ -386,10 +388,13 @@ ModelController::Trained ModelController::learn(const Training& training) {
         ModelTrainer::train(summary, options, training.progress, training.cancel, backend, training.hooks);
     Trained trained;
     trained.folder = folder;
-    trained.storingFailure = whyNotStored(bundle, folder, training.cancel, training.former);
-    if (trained.storingFailure)
-        trained.unstored = Unstored{.generator = nullptr, .folder = folder, .former = training.former};
-    trained.generator = makeGenerator(std::move(bundle), &summary, backend);
+    const Storing storing{.folder = folder,
+                          .former = training.former,
+                          .sounds = training.order.keepsSounds ? training.summary : nullptr};
+    trained.storingFailure = whyNotStored(bundle, storing, training.cancel);
+    if (trained.storingFailure) trained.unstored = Unstored{.generator = nullptr, .storing = storing};
+    ClipSounds sounds = ClipSounds::inFolder(bundle, summary);
+    trained.generator = makeGenerator(std::move(bundle), std::move(sounds), backend);
     if (trained.unstored) trained.unstored->generator = trained.generator;
     return trained;
 }
@@ -407,6 +412,41 @@ void ModelController::tellOfStart(const QString& problem) {
     tasks_.post([this, problem] {
         emit notice(tr("The head start cannot be used, so learning begins from scratch. %1").arg(problem));
     });
+}
+
+// In the background. Throws as ModelStore::replace.
+void ModelController::store(const ModelBundle& bundle, const Storing& storing,
+                            const std::stop_token& cancel) {
+    const std::string sounds = storing.sounds ? soundsToKeep(bundle, *storing.sounds, cancel) : std::string();
+    ModelStore::replace(bundle, storing.folder, cancel, ModelStore::storingPatience, storing.former, sounds);
+}
+
+// In the background. A model is worth more than its sounds: without those that cannot be read it is stored
+// all the same.
+std::string ModelController::soundsToKeep(const ModelBundle& bundle, const CorpusSummary& corpus,
+                                          const std::stop_token& cancel) {
+    try {
+        return ClipSounds::inFolder(bundle, corpus).toKeep(bundle, cancel);
+    } catch (const Failure& failure) {
+        tasks_.post([this, problem = Words::of(failure)] {
+            emit notice(tr("The sounds could not be kept with the model. %1").arg(problem));
+        });
+        return {};
+    }
+}
+
+// Stores a model. Returns why that could not be done where it may be done later, so that nothing is lost of
+// what took minutes to learn. Throws as ModelStore::replace for everything else.
+std::optional<TaskFailure> ModelController::whyNotStored(const ModelBundle& bundle, const Storing& storing,
+                                                         const std::stop_token& cancel) {
+    try {
+        store(bundle, storing, cancel);
+    } catch (const ModelBusyError& error) {
+        return TaskFailure{Words::of(error)};
+    } catch (const FileError& error) {
+        return TaskFailure{Words::of(error)};
+    }
+    return std::nullopt;
 }
 
 void ModelController::trainingEnded(const Returned& returned) {
@@ -525,6 +565,20 @@ void ModelController::setStartIndex(int index) {
     start_ = static_cast<Start>(index);
     cancelPreview();
     emit startChanged();
+}
+
+void ModelController::setKeepsSounds(bool keeps) {
+    assign(*this, keepsSounds_, keeps, &ModelController::keepsSoundsChanged);
+}
+
+// The length of the clips depends on the analysis, and the size on the folder.
+QString ModelController::keptSoundsText() const {
+    if (!summary_ || summary_->files.empty()) return tr("Store the sounds, too");
+    const TrainingOptions options = trainingOrder().withStart(nullptr);
+    constexpr double megabyte = 1e6;
+    const double size = static_cast<double>(ClipSounds::mostToKeep(*summary_, options)) / megabyte;
+    return tr("Store the sounds, too (up to %1 MB)")
+        .arg(QString::fromStdString(Text::fixed(std::max(size, 0.1), 1)));
 }
 
 bool ModelController::canTrain() const {

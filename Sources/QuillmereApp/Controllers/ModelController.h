@@ -55,6 +55,9 @@ class ModelController : public Controller {
     Q_PROPERTY(QStringList startLabels READ startLabels CONSTANT)
     Q_PROPERTY(QString startHelp READ startHelp CONSTANT)
     Q_PROPERTY(int startIndex READ startIndex WRITE setStartIndex NOTIFY startChanged)
+    // A training stores the sounds of the folder with the model.
+    Q_PROPERTY(bool keepsSounds READ keepsSounds WRITE setKeepsSounds NOTIFY keepsSoundsChanged)
+    Q_PROPERTY(QString keptSoundsText READ keptSoundsText NOTIFY keptSoundsTextChanged)  // with their size
     // ---- The training
     Q_PROPERTY(bool isTraining READ isTraining NOTIFY isTrainingChanged)
     Q_PROPERTY(
@@ -154,6 +157,9 @@ public:
     [[nodiscard]] Start start() const { return start_; }
     [[nodiscard]] int startIndex() const { return static_cast<int>(start_); }
     void setStartIndex(int index);
+    [[nodiscard]] bool keepsSounds() const { return keepsSounds_; }
+    void setKeepsSounds(bool keeps);
+    [[nodiscard]] QString keptSoundsText() const;
 
     [[nodiscard]] bool isTraining() const { return isTraining_; }
     [[nodiscard]] bool isCancelling() const { return isCancelling_; }
@@ -179,6 +185,8 @@ signals:
     void qualityChanged();
     void analysisChanged();
     void startChanged();
+    void keepsSoundsChanged();
+    void keptSoundsTextChanged();
     void isTrainingChanged();
     void isCancellingChanged();
     void canStopHereChanged();
@@ -194,11 +202,16 @@ private:
 
     struct Trained;
     struct Training;
-    // A model that could not be stored, where it belongs, and what becomes of the one that is there.
-    struct Unstored {
-        std::shared_ptr<SampleGenerator> generator;
+    // Where a model belongs, what becomes of the one that is there, and what is stored with it.
+    struct Storing {
         std::filesystem::path folder;
         ModelStore::Former former;
+        std::shared_ptr<const CorpusSummary> sounds;  // of which the sounds are kept; null: of none
+    };
+    // A model that could not be stored.
+    struct Unstored {
+        std::shared_ptr<SampleGenerator> generator;
+        Storing storing;
     };
 
     void setGenerator(std::shared_ptr<SampleGenerator> generator,
@@ -210,15 +223,21 @@ private:
     [[nodiscard]] std::shared_ptr<network::ChosenDevice> deviceToCompileFor();
     [[nodiscard]] std::shared_ptr<SampleGenerator> moved(const std::shared_ptr<SampleGenerator>& generator,
                                                          const std::shared_ptr<network::ChosenDevice>& device,
-                                                         const CorpusSummary* corpus);
+                                                         const CorpusSummary* corpus,
+                                                         const std::filesystem::path& folder);
     struct TrainingOrder;
-    [[nodiscard]] TrainingOrder trainingOrder();
+    [[nodiscard]] TrainingOrder trainingOrder() const;
     [[nodiscard]] Trained learn(const Training& training);
     void learned(Trained trained, const std::shared_ptr<network::ChosenDevice>& device);
     void addUnstored(Unstored unstored);
     void removeUnstored(const std::filesystem::path& folder);
     void hasStored(const Unstored& stored);
     void tellOfStart(const QString& problem);
+    void store(const ModelBundle& bundle, const Storing& storing, const std::stop_token& cancel);
+    [[nodiscard]] std::string soundsToKeep(const ModelBundle& bundle, const CorpusSummary& corpus,
+                                           const std::stop_token& cancel);
+    [[nodiscard]] std::optional<TaskFailure> whyNotStored(const ModelBundle& bundle, const Storing& storing,
+                                                          const std::stop_token& cancel);
     void trainingEnded(const Returned& returned);
     void receive(const TrainingProgress& progress);
 
@@ -238,6 +257,7 @@ private:
     Quality quality_ = Quality::standard;
     AnalysisProfile analysis_ = AnalysisProfile::automatic;
     Start start_ = Start::scratch;
+    bool keepsSounds_ = false;
     const std::unique_ptr<network::Backend> processor_;  // for previews and glimpses
     std::shared_ptr<SampleGenerator> preview_;           // of summary_, before it is learned
     std::shared_ptr<CancelFlag> previewCancel_ = std::make_shared<CancelFlag>();

@@ -177,6 +177,15 @@ Card {
             onActivated: index => card.app.model.analysisIndex = index
         }
     }
+    CheckBox {
+        objectName: "keepsSounds"
+        width: card.bodyWidth
+        visible: card.idle
+        text: card.app.model.keptSoundsText
+        tip: qsTr("Detail then works also when the folder has been moved or changed. Counts from the next training.")
+        checked: card.app.model.keepsSounds
+        onToggled: card.app.model.keepsSounds = checked
+    }
     Column {
         width: card.bodyWidth
         spacing: 6

@@ -12,6 +12,7 @@
 #include "QuillmereApp/Support/AppModelProbe.h"
 #include "QuillmereApp/Support/TestWorld.h"
 #include "QuillmereApp/Support/Told.h"
+#include "QuillmereCore/Model/KeptSounds.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "Support/HeadStartFiles.h"
 
@@ -556,6 +557,19 @@ private slots:
         QVERIFY(!model.isStoring());
     }
 
+    void theSoundsOfAModelThatCouldNotBeStoredAreStoredWithIt() {
+        Unstorable unstorable;
+        ModelController& model = unstorable.learner.model;
+        model.setKeepsSounds(true);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isUnstored());
+        QFile::remove(unstorable.root);
+        model.storeAgain();
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(KeptSounds::open(*model.bundle(), model.storedFolder()).has_value());
+    }
+
     void aModelThatIsNotStoredIsStoredWhenAnotherFolderIsChosen() {
         Unstorable unstorable;
         const Learner& learner = unstorable.learner;
@@ -594,6 +608,40 @@ private slots:
         QVERIFY(ModelStore::open(folder).weights == weights);
         QCOMPARE(model.unstoredText(), QString());
     }
+
+    // ---- Sounds kept with the model
+
+    void keepsTheSoundsOfWhatItLearnsOnlyWhenAsked() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        model.setKeepsSounds(true);
+        learner.openTrained(world.makeCorpus("corpus"));
+        const auto kept = KeptSounds::open(*model.bundle(), model.storedFolder());
+        QVERIFY(kept.has_value());
+        for (std::size_t clip = 0; clip < 3; ++clip)
+            QVERIFY(!kept->read(clip).value_or(std::vector<float>()).empty());
+        model.setKeepsSounds(false);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(!KeptSounds::open(*model.bundle(), model.storedFolder()).has_value());
+    }
+
+    void saysHowMuchTheSoundsTake() {
+        TestWorld world;
+        Learner learner(world);
+        ModelController& model = learner.model;
+        const QSignalSpy changes(&model, &ModelController::keptSoundsTextChanged);
+        QCOMPARE(model.keptSoundsText(), QStringLiteral("Store the sounds, too"));
+        learner.open(world.makeCorpus("short", 3, 0.1));
+        QCOMPARE(model.keptSoundsText(), QStringLiteral("Store the sounds, too (up to 0.1 MB)"));
+        QVERIFY(!changes.isEmpty());
+        // At 8 kHz and 16 bits.
+        learner.open(world.makeCorpus("long", 40, 0.5));
+        QCOMPARE(model.keptSoundsText(), QStringLiteral("Store the sounds, too (up to 0.3 MB)"));
+    }
+
+    // ---- Trouble
 
     void reportsAModelThatCannotBeStored() {
         TestWorld world;

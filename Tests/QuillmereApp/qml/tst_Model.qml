@@ -58,6 +58,20 @@ WindowCase {
         keyClick(Qt.Key_Up);
         verify(!item("audition").enabled);
     }
+    function test_keepsSounds() {
+        scanned(3);
+        verifySeen("Store the sounds, too (up to 0.1 MB)");
+        click("keepsSounds");
+        verify(app.model.keepsSounds);
+        verify(item("keepsSounds").checked);
+        focusOn("keepsSounds");
+        keyClick(Qt.Key_Return);
+        verify(!app.model.keepsSounds);
+        keyClick(Qt.Key_Space);
+        verify(app.model.keepsSounds);
+        app.model.keepsSounds = false;
+        verify(!item("keepsSounds").checked);
+    }
     function test_trainAndRetrain() {
         scanned(3);
         click("train");

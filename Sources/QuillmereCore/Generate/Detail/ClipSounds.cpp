@@ -1,5 +1,7 @@
 #include "QuillmereCore/Generate/Detail/ClipSounds.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <map>
 
@@ -69,6 +71,15 @@ std::string ClipSounds::toKeep(const ModelBundle& model, const std::stop_token& 
         if (const auto samples = read(clip, stop)) clips[clip] = KeptSounds::quantise(*samples);
     });
     return KeptSounds::encode(model, clips);
+}
+
+std::uint64_t ClipSounds::mostToKeep(const CorpusSummary& corpus, const TrainingOptions& options) {
+    const int rate = corpus.dominantSampleRate();
+    const auto longest = static_cast<double>(ModelTrainer::needsOf(options, rate).keptSamples);
+    double samples = 0;
+    for (const double seconds : corpus.durations)
+        samples += std::min(std::ceil(seconds * rate), longest);
+    return KeptSounds::size(corpus.files.size(), static_cast<std::uint64_t>(samples));
 }
 
 std::string_view rawValue(ClipSounds::Origin origin) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <stop_token>
@@ -11,6 +12,7 @@
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/KeptSounds.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "QuillmereCore/Model/Trainer.h"
 
 namespace quillmere {
 
@@ -50,6 +52,10 @@ public:
     // The bytes that keep them with the model (ModelStore::replace): 16 bits a sample, so they are no longer
     // quite what read gives. A clip that cannot be read is left out. Throws as read.
     [[nodiscard]] std::string toKeep(const ModelBundle& model, const std::stop_token& stop) const;
+    // The most bytes that this can be, before anything is learned of a corpus: nobody knows by then which
+    // length its clips are cut to.
+    [[nodiscard]] static std::uint64_t mostToKeep(const CorpusSummary& corpus,
+                                                  const TrainingOptions& options);
 
 private:
     Origin origin_ = Origin::none;
