@@ -4,19 +4,41 @@
 # build/fuzz/corpus for the next time. An input that ends a target is kept in build/fuzz/found: mend what it shows, and
 # add it, as small as it can be made, to Tests/Fuzz/Corpus.
 #
-# scripts/fuzz.sh [SECONDS [TARGET...]]
+# With --ffmpeg as the first argument the samples alone, and FFmpeg's own libraries, built for that from Debian's source,
+# are watched by the sanitizer, too: it sees what goes wrong inside of them, and the fuzzer which of their code it has
+# reached. That is for hours; building takes some minutes.
+#
+# scripts/fuzz.sh [--ffmpeg] [SECONDS [TARGET...]]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+build=build/asan
+all=(audio model parameters recipes names catalogues)
+configure=(-D QUILLMERE_BUILD_TESTS=ON)
+groups=(build sanitize)
+if [[ ${1:-} == --ffmpeg ]]; then
+    shift
+    build=build/asan-ffmpeg
+    all=(audio)
+    groups+=(tarball)
+fi
 seconds=${1:-60}
 targets=("${@:2}")
-((${#targets[@]})) || targets=(audio model parameters recipes names catalogues)
+((${#targets[@]})) || targets=("${all[@]}")
 
-scripts/setup.sh build sanitize
-cmake --preset asan -D QUILLMERE_BUILD_TESTS=ON
-cmake --build --preset asan --target "${targets[@]/#/fuzz-}"
+scripts/setup.sh "${groups[@]}"
 export ASAN_OPTIONS=allocator_may_return_null=0:detect_leaks=0
 export UBSAN_OPTIONS=print_stacktrace=1
+if [[ $build == build/asan-ffmpeg ]]; then
+    place=$PWD/build/ffmpeg-sanitized
+    # Without assembly, in which the sanitizer sees nothing.
+    scripts/build-ffmpeg.sh "$place" --prefix="$place/installed" --cc=clang --disable-asm --disable-stripping \
+        --extra-cflags='-g1 -fsanitize=address,fuzzer-no-link' --extra-ldflags='-fsanitize=address'
+    export PKG_CONFIG_PATH=$place/installed/lib/pkgconfig
+    configure+=(-D QUILLMERE_BUILD_APP=OFF)
+fi
+cmake --preset asan -B "$build" "${configure[@]}"
+cmake --build "$build" --target "${targets[@]/#/fuzz-}"
 mkdir -p build/fuzz/found
 
 # try_inputs TARGET
@@ -25,7 +47,7 @@ try_inputs() {
     local seeds=("Tests/Fuzz/Corpus/$target")
     [[ $target == audio ]] && seeds+=(Tests/Data/Audio)
     mkdir -p "build/fuzz/corpus/$target"
-    build/asan/Tests/Fuzz/fuzz-"$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=16384 \
+    "$build/Tests/Fuzz/fuzz-$target" -max_total_time="$seconds" -timeout=20 -rss_limit_mb=2048 -max_len=16384 \
         -print_final_stats=1 -artifact_prefix="build/fuzz/found/$target-" "build/fuzz/corpus/$target" "${seeds[@]}" \
         2> "build/fuzz/$target.log" || status=1
     local told
@@ -35,5 +57,5 @@ try_inputs() {
     return $status
 }
 export -f try_inputs
-export seconds
+export seconds build
 printf '%s\n' "${targets[@]}" | xargs --max-procs="$(nproc)" --replace bash -c 'try_inputs {}'

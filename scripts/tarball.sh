@@ -33,33 +33,6 @@ desktop+='|drm|gbm|wayland-(client|cursor|egl|server)|asound)\.so'
 # What comes with the compilers.
 never='^(ld-linux.*|lib(c|m|dl|rt|pthread|resolv|util|stdc\+\+|gcc_s))\.so'
 
-# Sources of this release, by lists of our own: nothing of the system's changes.
-build_ffmpeg() {
-    local apt=$place/apt options
-    mapfile -t options < <(grep '^--' Packaging/ffmpeg.options)
-    if [[ ! -d $place/ffmpeg/source ]]; then
-        mkdir -p "$apt"/{lists/partial,cache/archives/partial} "$place/ffmpeg"
-        echo "deb-src ${QUILLMERE_MIRROR:-http://deb.debian.org/debian} $release main" > "$apt/sources.list"
-        local own=(-qq -o "Dir::Etc::SourceList=$apt/sources.list" -o Dir::Etc::SourceParts=- -o "Dir::State::Lists=$apt/lists"
-            -o "Dir::Cache=$apt/cache" -o APT::Sandbox::User=)
-        apt-get "${own[@]}" update
-        (cd "$place/ffmpeg" && apt-get "${own[@]}" source ffmpeg)
-        mv "$place"/ffmpeg/ffmpeg-*/ "$place/ffmpeg/source"
-    fi
-    if ! cmp --quiet Packaging/ffmpeg.options "$place/ffmpeg/built"; then
-        rm -rf "$place/ffmpeg"/{build,installed,built}
-        mkdir "$place/ffmpeg/build"
-        (
-            cd "$place/ffmpeg/build"
-            ../source/configure --prefix=/usr "${options[@]}"
-            make --jobs="${QUILLMERE_JOBS:-$(nproc)}"
-            make install DESTDIR="$place/ffmpeg/installed"
-        ) > "$place/ffmpeg/log" 2>&1 || { tail --lines=30 "$place/ffmpeg/log"; die "FFmpeg could not be built"; }
-        grep --quiet '^License: LGPL version 2.1 or later' "$place/ffmpeg/log" || die "FFmpeg has another licence"
-        cp Packaging/ffmpeg.options "$place/ffmpeg/built"
-    fi
-}
-
 # What a file is linked with, by name and place, but what comes with the compilers.
 libraries_of() {
     LD_LIBRARY_PATH=$place/ffmpeg/installed/usr/lib ldd "$@" | sed -nE 's/^\t(\S+) => (\/\S+) .*/\1 \2/p' |
@@ -145,7 +118,8 @@ check_languages() {
         die "the programs speak English only"
 }
 
-build_ffmpeg
+scripts/build-ffmpeg.sh "$place/ffmpeg"
+grep --quiet '^License: LGPL version 2.1 or later' "$place/ffmpeg/log" || die "FFmpeg has another licence"
 build=(-D QUILLMERE_BUILD_APP=ON)
 [[ -f build/release/build.ninja ]] || build+=(-D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF)
 cmake --preset release "${build[@]}" > /dev/null
