@@ -1,5 +1,6 @@
 #include <cmath>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "QuillmereCLI/Commands.h"
@@ -30,11 +31,12 @@ std::string characterText(const Aesthetics& aesthetics) {
         }
         return texts;
     };
-    const Preset* nearest = nullptr;
-    std::vector<std::string> fewest;
-    for (const Preset& preset : Preset::all()) {
+    const std::span<const Preset> presets = Preset::all();
+    const Preset* nearest = &presets.front();
+    std::vector<std::string> fewest = differences(*nearest);
+    for (const Preset& preset : presets) {
         std::vector<std::string> texts = differences(preset);
-        if (nearest == nullptr || texts.size() < fewest.size()) {
+        if (texts.size() < fewest.size()) {
             nearest = &preset;
             fewest = std::move(texts);
         }
