@@ -16,7 +16,6 @@ namespace quillmere {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 using testing::SFZDocument;
 using testing::XMLDocument;
 
