@@ -24,7 +24,6 @@ namespace quillmere {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::bytesOf;
 using testing::randomLatents;
 using testing::readText;
 using testing::smallModel;
