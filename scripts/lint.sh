@@ -29,5 +29,16 @@ cmake --preset clang -D QUILLMERE_BUILD_APP=ON -D QUILLMERE_BUILD_TESTS=ON > /de
 cmake --build --preset clang --target QuillmereShaders > /dev/null
 find build/clang -path '*_autogen.dir/AutogenInfo.json' -not -regex '.*_\(qmlcache\|resources_[0-9]+\|init\)_autogen.dir/.*' \
     -print0 | xargs --null --max-procs="$(nproc)" --replace cmake -E cmake_autogen {} Release
-mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$')
-scripts/tidy.py build/clang "${sources[@]}"
+mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$' | grep --invert-match '^Sources/QuillmerePython/')
+failed=0
+((${#sources[@]} == 0)) || scripts/tidy.py build/clang "${sources[@]}" || failed=1
+
+# The module for Python is no part of other builds.
+mapfile -t module < <(printf '%s\n' "${files[@]}" | grep '^Sources/QuillmerePython/.*\.cpp$')
+if ((${#module[@]})); then
+    scripts/setup.sh python
+    cmake --preset clang -B build/clang-python -D QUILLMERE_BUILD_PYTHON=ON -D QUILLMERE_BUILD_APP=OFF \
+        -D QUILLMERE_BUILD_TESTS=OFF -D Python_EXECUTABLE=/usr/bin/python3 > /dev/null
+    scripts/tidy.py build/clang-python "${module[@]}" || failed=1
+fi
+exit "$failed"
