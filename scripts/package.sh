@@ -4,6 +4,8 @@
 # Two runs on one commit give the same bytes: dates are that of the commit, or SOURCE_DATE_EPOCH.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+# What is in the package, and the entries of its archive, have the permissions that the mask leaves.
+umask 022
 
 scripts/setup.sh build app package
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
