@@ -16,13 +16,25 @@ QStringList storedFavourites(const TestWorld& world) {
     return Preferences(world.environment.settingsFile).value(FilesController::favouritesKey).toStringList();
 }
 
-// Nothing goes to the trash while the gate is closed.
-void holdTrash(TestWorld& world, Gate& gate) {
-    world.environment.moveToTrash = [&gate, move = world.environment.moveToTrash](const auto& file) {
-        gate.pass();
-        return move(file);
-    };
-}
+// The files out/a.wav and out/b.wav, and a trash that takes nothing while the gate is closed.
+struct HeldTrash {
+    TestWorld world;
+    Gate gate;
+    Preferences preferences{world.environment.settingsFile};
+    FilesController files{prepared(), preferences};
+    const Told told{files};
+
+private:
+    const Environment& prepared() {
+        TestWorld::write(world.path("out/a.wav"), "one");
+        TestWorld::write(world.path("out/b.wav"), "two");
+        world.environment.moveToTrash = [this, move = world.environment.moveToTrash](const auto& file) {
+            gate.pass();
+            return move(file);
+        };
+        return world.environment;
+    }
+};
 
 }  // namespace
 
@@ -109,22 +121,18 @@ private slots:
     }
 
     void thoseThatHaveToWaitStayWhenAsked() {
-        TestWorld world;
-        TestWorld::write(world.path("out/a.wav"), "one");
-        TestWorld::write(world.path("out/b.wav"), "two");
-        Gate gate;
-        gate.close();
-        holdTrash(world, gate);
-        Preferences preferences(world.environment.settingsFile);
-        FilesController files(world.environment, preferences);
-        const Told told(files);
+        HeldTrash held;
+        const TestWorld& world = held.world;
+        FilesController& files = held.files;
+        const Told& told = held.told;
+        held.gate.close();
         files.trash({world.url("out/a.wav")});
         files.trash({world.url("out/b.wav")});
         QVERIFY(files.isMoving() && !files.isCancelling());
         QCOMPARE(files.toMove(), 2);
         files.cancel();
         QVERIFY(files.isCancelling());
-        gate.open();
+        held.gate.open();
         QTRY_VERIFY(!files.isMoving());
         QVERIFY(!files.isCancelling());
         QVERIFY(QFileInfo::exists(world.path("out/b.wav")));
@@ -133,21 +141,17 @@ private slots:
     }
 
     void aRenameThatHasToWaitIsStopped() {
-        TestWorld world;
-        TestWorld::write(world.path("out/a.wav"), "one");
-        TestWorld::write(world.path("out/b.wav"), "two");
-        Gate gate;
-        gate.close();
-        holdTrash(world, gate);
-        Preferences preferences(world.environment.settingsFile);
-        FilesController files(world.environment, preferences);
-        const Told told(files);
+        HeldTrash held;
+        const TestWorld& world = held.world;
+        FilesController& files = held.files;
+        const Told& told = held.told;
+        held.gate.close();
         files.cancel();  // of nothing: what begins later does not know of it
         files.trash({world.url("out/a.wav")});
         files.rename(world.url("out/b.wav"), QStringLiteral("c"));
         QVERIFY(files.isMoving() && !files.isCancelling());
         files.cancel();
-        gate.open();
+        held.gate.open();
         QTRY_VERIFY(!files.isMoving());
         QVERIFY(QFileInfo::exists(world.path("out/b.wav")));
         QCOMPARE(told.notices.last(), QStringLiteral("Not moved: b.wav"));
@@ -413,21 +417,17 @@ private slots:
     // ---- What is asked for while files are on their way
 
     void marksAreTakenBackAfterTheFiles() {
-        TestWorld world;
-        TestWorld::write(world.path("out/a.wav"), "one");
-        TestWorld::write(world.path("out/b.wav"), "two");
-        Gate gate;
-        holdTrash(world, gate);
-        Preferences preferences(world.environment.settingsFile);
-        FilesController files(world.environment, preferences);
-        const Told told(files);
+        HeldTrash held;
+        const TestWorld& world = held.world;
+        FilesController& files = held.files;
+        const Told& told = held.told;
         const QList<QUrl> both{world.url("out/a.wav"), world.url("out/b.wav")};
         files.setFavourites(both, true);
-        gate.close();
+        held.gate.close();
         files.trash(both);
         QVERIFY(files.undo());  // the files, as soon as they are there
         QVERIFY(files.isFavourite(both[0]) && files.isFavourite(both[1]));
-        gate.open();
+        held.gate.open();
         QTRY_COMPARE(told.notices, QStringList({"In the trash: 2 files", "Back again: 2 files"}));
         QVERIFY(QFileInfo::exists(world.path("out/a.wav")) && QFileInfo::exists(world.path("out/b.wav")));
         QVERIFY(files.isFavourite(both[0]) && files.isFavourite(both[1]));
@@ -437,19 +437,16 @@ private slots:
     }
 
     void quickStepsBackComeInTheirOrder() {
-        TestWorld world;
-        TestWorld::write(world.path("out/a.wav"), "one");
-        Gate gate;
-        gate.close();
-        holdTrash(world, gate);
-        Preferences preferences(world.environment.settingsFile);
-        FilesController files(world.environment, preferences);
-        const Told told(files);
+        HeldTrash held;
+        const TestWorld& world = held.world;
+        FilesController& files = held.files;
+        const Told& told = held.told;
+        held.gate.close();
         const QUrl file = world.url("out/a.wav");
         files.setFavourite(file, true);
         files.trash({file});
         QVERIFY(files.undo() && files.undo() && !files.undo());
-        gate.open();
+        held.gate.open();
         QTRY_VERIFY(told.notices.contains("Back again: a.wav") && !files.isFavourite(file));
         QTRY_VERIFY(!files.isMoving());
         QVERIFY(QFileInfo::exists(world.path("out/a.wav")) && !files.isFavourite(file));
@@ -457,18 +454,15 @@ private slots:
     }
 
     void whatIsMarkedMeanwhileIsTakenBackFirst() {
-        TestWorld world;
-        TestWorld::write(world.path("out/a.wav"), "one");
-        Gate gate;
-        gate.close();
-        holdTrash(world, gate);
-        Preferences preferences(world.environment.settingsFile);
-        FilesController files(world.environment, preferences);
+        HeldTrash held;
+        const TestWorld& world = held.world;
+        FilesController& files = held.files;
+        held.gate.close();
         const QUrl other = world.url("out/b.wav");
         files.trash({world.url("out/a.wav")});
         files.setFavourite(other, true);
         QVERIFY(files.undo());
-        gate.open();
+        held.gate.open();
         QTRY_VERIFY(!files.isFavourite(other));
         QTRY_VERIFY(!files.isMoving());
         QVERIFY(!QFileInfo::exists(world.path("out/a.wav")));
