@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "QuillmereCore/DSP/PhaseIntegration.h"
 #include "QuillmereCore/Generate/Detail/Donor.h"
@@ -63,16 +64,25 @@ struct DonorFrames {
     std::vector<float> levels;      // [frames][bands]
     float loudest = 0;              // of the levels
     std::vector<Phase> phases;      // of the first knownFrames, [..][bins]
+    bool isNoise = false;           // whether only a share of its fine structure counts
 };
 
 // One variation at work.
 class Variation {
 public:
-    Variation(BandMaps& maps, STFT& stft, std::size_t frames)
-        : maps_(maps), stft_(stft), frames_(frames), bins_(maps.bins()), bands_(maps.bands()) {}
+    // shareOfNoise: of the fine structure of noise at each bin. Keeps all it is given by reference.
+    Variation(BandMaps& maps, STFT& stft, std::span<const float> shareOfNoise, std::size_t frames)
+        : maps_(maps),
+          stft_(stft),
+          share_(shareOfNoise),
+          frames_(frames),
+          bins_(maps.bins()),
+          bands_(maps.bands()) {}
 
     [[nodiscard]] DonorFrames analyse(std::span<const float> donor, std::span<const long long> centres) {
-        DonorFrames found{std::vector<float>(frames_ * bins_), std::vector<float>(frames_ * bands_), 0, {}};
+        DonorFrames found;
+        found.magnitudes.resize(frames_ * bins_);
+        found.levels.resize(frames_ * bands_);
         std::vector<float> re(chunkFrames * bins_);
         std::vector<float> im(chunkFrames * bins_);
         for (std::size_t t = 0; t < frames_; t += chunkFrames) {
@@ -95,10 +105,23 @@ public:
         return found;
     }
 
-    // Turns the donor's magnitudes into those of the variation. levels: [frames][bands], wanted; for another
-    // pitch on return those that it leads to. share: of the fine structure at each bin. Fills known() and
-    // leaves the magnitudes where the donor's were.
-    void shape(DonorFrames& donor, std::span<float> levels, double ratio, std::span<const float> share,
+    // Whether the donor is silent where the variation sounds: then it has no fine structure to give. levels:
+    // [frames][bands], wanted.
+    [[nodiscard]] bool outlasts(std::span<const float> levels, const DonorFrames& donor) const {
+        constexpr float audible = 3.2e-3F;  // -50 dB of the loudest
+        constexpr float silent = 3.2e-4F;   // -70 dB
+        const float least = audible * std::ranges::max(levels);
+        const float most = silent * donor.loudest;
+        for (std::size_t i = 0; i < levels.size(); ++i) {
+            if (levels[i] > least && donor.levels[i] <= most) return true;
+        }
+        return false;
+    }
+
+    // Turns the donor's magnitudes into those of the variation. noise: as long, takes the donor's place where
+    // that is silent; null for none. levels: [frames][bands], wanted; for another pitch on return those that
+    // it leads to. Fills known() and leaves the magnitudes where the donor's were.
+    void shape(DonorFrames& donor, const DonorFrames* noise, std::span<float> levels, double ratio,
                float amount) {
         std::vector<float> wanted(chunkFrames * bins_);
         std::vector<float> envelope(chunkFrames * bins_);
@@ -117,10 +140,18 @@ public:
             maps_.inverse(trustHere, ofBins(trust));
             maps_.inverse(donorLevels, ofBins(envelope));
             if (t == 0) noteKnown(trust, count, donor.phases.size());
-            for (std::size_t i = 0; i < count * bins_ && !share.empty(); ++i)
-                trust[i] *= share[i % bins_];
+            if (donor.isNoise) scaleByShare(ofBins(trust));
             const auto magnitudes = std::span(donor.magnitudes).subspan(t * bins_, count * bins_);
             applyFineStructure(ofBins(wanted), magnitudes, ofBins(envelope), ofBins(trust), amount);
+            if (noise) {
+                for (float& value : ofBins(trust))
+                    value = 1 - std::clamp(value, 0.0F, 1.0F);
+                scaleByShare(ofBins(trust));
+                maps_.inverse(std::span(noise->levels).subspan(t * bands_, count * bands_), ofBins(envelope));
+                applyFineStructure(ofBins(wanted),
+                                   std::span(noise->magnitudes).subspan(t * bins_, count * bins_),
+                                   ofBins(envelope), ofBins(trust), amount);
+            }
             maps_.refine(ofBins(wanted), levelsHere, refinements);
             std::ranges::copy(ofBins(wanted), magnitudes.begin());
         }
@@ -142,6 +173,11 @@ private:
         maps_.forward(here, levels);
     }
 
+    void scaleByShare(std::span<float> values) const {
+        for (std::size_t i = 0; i < values.size(); ++i)
+            values[i] *= share_[i % bins_];
+    }
+
     void noteKnown(std::span<const float> trust, std::size_t count, std::size_t size) {
         constexpr float enough = 0.5F;
         known_.clear();
@@ -151,6 +187,7 @@ private:
 
     BandMaps& maps_;
     STFT& stft_;
+    std::span<const float> share_;
     std::size_t frames_;
     std::size_t bins_;
     std::size_t bands_;
@@ -160,7 +197,11 @@ private:
 }  // namespace
 
 DetailRenderer::DetailRenderer(const FeatureExtractor& extractor)
-    : extractor_(extractor), maps_(extractor.bank()), attack_(AttackFrames::forHop(extractor.config().hop)) {}
+    : extractor_(extractor),
+      maps_(extractor.bank()),
+      attack_(AttackFrames::forHop(extractor.config().hop)),
+      shareOfNoise_(shareOfNoise(maps_.bins(), static_cast<double>(extractor.config().sampleRate) /
+                                                   static_cast<double>(extractor.config().nFFT))) {}
 
 std::vector<float> DetailRenderer::waveform(std::span<const float> image, const Aesthetics& aesthetics,
                                             const Settings& settings, STFT& stft, SeededRNG& rng) {
@@ -175,10 +216,17 @@ std::vector<float> DetailRenderer::waveform(std::span<const float> image, const 
     // Parameters may lie far beyond the sliders, and a donor that is read very slowly is very long.
     const double donorRatio = std::clamp(ratio, 1 / farthestRatio, farthestRatio);
     const double length = static_cast<double>(extractor_.config().clipSamples()) / donorRatio;
-    Variation variation(maps_, stft, frames);
+    Variation variation(maps_, stft, shareOfNoise_, frames);
     const std::vector<float> sound = donorAt(donorRatio, settings, noise);
     DonorFrames donor = variation.analyse(sound, donorCentres(shaped.frames, stft.hop(), length, noise));
-    variation.shape(donor, levels, ratio, shareOf(settings), settings.amount);
+    donor.isNoise = settings.sources == nullptr;
+    std::optional<DonorFrames> instead;
+    if (!donor.isNoise && variation.outlasts(levels, donor)) {
+        const std::vector<float> all = hiss(checkedMultiply(stft.hop(), shaped.frames), noise);
+        instead = variation.analyse(
+            all, donorCentres(shaped.frames, stft.hop(), static_cast<double>(all.size()), noise));
+    }
+    variation.shape(donor, instead ? &*instead : nullptr, levels, ratio, settings.amount);
 
     const std::span<const std::uint8_t> known =
         settings.sources ? variation.known() : std::span<const std::uint8_t>();
@@ -208,14 +256,6 @@ std::vector<float> DetailRenderer::donorAt(double ratio, const Settings& setting
                                    : syntheticDonor(static_cast<std::size_t>(config.clipSamples()),
                                                     static_cast<int>(config.sampleRate), noise);
     return ratio == 1 ? donor : readFaster(donor, ratio);
-}
-
-// How much of the donor's fine structure counts at each bin; empty for all of it everywhere.
-std::vector<float> DetailRenderer::shareOf(const Settings& settings) const {
-    if (settings.sources) return {};
-    const ModelConfig& config = extractor_.config();
-    return shareOfNoise(maps_.bins(),
-                        static_cast<double>(config.sampleRate) / static_cast<double>(config.nFFT));
 }
 
 }  // namespace quillmere::Detail

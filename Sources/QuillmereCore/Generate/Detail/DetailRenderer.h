@@ -45,11 +45,11 @@ public:
 private:
     [[nodiscard]] std::vector<float> sharpened(std::span<const float> image, const Settings& settings) const;
     [[nodiscard]] std::vector<float> donorAt(double ratio, const Settings& settings, SeededRNG& noise) const;
-    [[nodiscard]] std::vector<float> shareOf(const Settings& settings) const;
 
     const FeatureExtractor& extractor_;
     BandMaps maps_;
     AttackFrames attack_;
+    std::vector<float> shareOfNoise_;  // of its fine structure at each bin
 };
 
 }  // namespace quillmere::Detail

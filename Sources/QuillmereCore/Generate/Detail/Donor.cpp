@@ -57,12 +57,18 @@ void Detail::addScaled(std::span<const float> samples, float share, std::span<fl
         out[n] += share * samples[n];
 }
 
-std::vector<float> Detail::syntheticDonor(std::size_t samples, int sampleRate, SeededRNG& rng) {
+std::vector<float> Detail::hiss(std::size_t samples, SeededRNG& rng) {
     constexpr float deviation = 0.05F;
-    std::vector<float> donor(samples);
+    std::vector<float> noise(samples);
+    for (float& sample : noise)
+        sample = deviation * rng.gaussian();
+    return noise;
+}
+
+std::vector<float> Detail::syntheticDonor(std::size_t samples, int sampleRate, SeededRNG& rng) {
     const std::size_t start = std::min(samples, static_cast<std::size_t>(std::max(sampleRate, 0) / 1000));
-    for (std::size_t n = start; n < samples; ++n)
-        donor[n] = deviation * rng.gaussian();
+    std::vector<float> donor(samples);
+    std::ranges::copy(hiss(samples - start, rng), donor.begin() + static_cast<std::ptrdiff_t>(start));
     if (start < samples) donor[start] += 1.0F;
     return donor;
 }

@@ -18,6 +18,9 @@ inline constexpr int attackPace = 4;
 // out += share * samples, as far as both go.
 void addScaled(std::span<const float> samples, float share, std::span<float> out);
 
+// Gaussian noise, 26 dB below full scale.
+[[nodiscard]] std::vector<float> hiss(std::size_t samples, SeededRNG& rng);
+
 // What stands in for sources that cannot be had: a click 1 ms after the beginning, where an attack would be,
 // and noise from there on.
 [[nodiscard]] std::vector<float> syntheticDonor(std::size_t samples, int sampleRate, SeededRNG& rng);

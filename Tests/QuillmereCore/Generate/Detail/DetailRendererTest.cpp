@@ -156,11 +156,47 @@ TEST(DetailRenderer, CopesWithParametersFarBeyondTheSliders) {
     EXPECT_EQ(scene.render({.contrast = -1e30}).size(), 2048U);
 }
 
-TEST(DetailRenderer, ASilentDonorGivesTheSmoothImage) {
+TEST(DetailRenderer, ASilentDonorGivesWayToNoise) {
     Scene scene;
     std::ranges::fill(scene.material.donor, 0.0F);
     EXPECT_TRUE(isFinite(scene.render({})));
     EXPECT_GT(std::ranges::max(scene.render({})), 1e-3F);
+}
+
+// How far the loudest sample of each hop stands out of it, on average: some 3 for noise, more for pulses.
+double crest(std::span<const float> samples, std::size_t hop) {
+    double sum = 0;
+    const std::size_t hops = samples.size() / hop;
+    for (std::size_t i = 0; i < hops; ++i) {
+        double power = 0;
+        double loudest = 0;
+        for (const float x : samples.subspan(i * hop, hop)) {
+            power += static_cast<double>(x) * static_cast<double>(x);
+            loudest = std::max(loudest, std::abs(static_cast<double>(x)));
+        }
+        sum += loudest / std::sqrt(power / static_cast<double>(hop));
+    }
+    return sum / static_cast<double>(hops);
+}
+
+TEST(DetailRenderer, WhatOutlastsItsSourcesDoesNotBuzz) {
+    Scene scene({.sampleRate = 44100,
+                 .nFFT = 1024,
+                 .hop = 256,
+                 .nMels = 128,
+                 .frames = 32,
+                 .latentDim = 4,
+                 .profile = AnalysisProfile::percussive});
+    const std::size_t half = scene.material.donor.size() / 2;
+    std::fill(scene.material.donor.begin() + static_cast<std::ptrdiff_t>(half), scene.material.donor.end(),
+              0.0F);
+    for (std::size_t i = 0; i < scene.image.size(); ++i) {  // the second half hisses
+        if (i % 32 >= 16) scene.image[i] = 0.3F;
+    }
+    const auto hop = static_cast<std::size_t>(scene.config.hop);
+    const Signal samples = scene.render({});
+    const auto end = std::span(samples).subspan(half + 4 * hop);
+    EXPECT_LT(crest(end, hop), 3.25);  // 3.5 with a pulse in each frame
 }
 
 TEST(DetailRenderer, ASilentImageIsSilent) {
