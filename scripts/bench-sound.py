@@ -62,6 +62,8 @@ class Sounds:
     seconds: float  # it took to make them
     descriptors: np.ndarray
     frame_rate: np.ndarray
+    beating: np.ndarray  # nan where a sound is too short for it
+    roughness: np.ndarray
     images: np.ndarray
     waves: np.ndarray
 
@@ -130,8 +132,8 @@ def divided(source, output):
 def measured_file(path):
     samples = measures.read(path)
     sound = measures.aligned(samples)
-    return (measures.descriptors(samples), measures.frame_rate(sound), measures.band_image(sound),
-            measures.wave_spectrum(sound))
+    return (measures.descriptors(samples), measures.frame_rate(sound), measures.beating(sound),
+            measures.roughness(sound), measures.band_image(sound), measures.wave_spectrum(sound))
 
 
 def measured(name, folder, seconds, pool):
@@ -158,12 +160,15 @@ class Reference:
         # Of a set with itself the unbiased estimate is below 0.
         values, deviation = (None, None) if sounds is self.held else measures.discrepancy_and_deviation(
             self.standardised(sounds.descriptors), self.standardised(self.held.descriptors), self.width)
+        lasting = sounds.beating[~np.isnan(sounds.beating)]
         rise, length = np.exp(sounds.descriptors[:, 1]), np.exp(sounds.descriptors[:, 2])
         result = {"set": sounds.name, "files": len(sounds.files), "discrepancy": values, "deviation": deviation,
                   "half height": measures.median_interval(rise), "length": measures.median_interval(length),
                   "fine": measures.median_interval(sounds.descriptors[:, 8]),
                   "ripple": measures.median_interval(sounds.descriptors[:, 9]),
                   "frame rate": measures.median_interval(sounds.frame_rate),
+                  "beating": measures.median_interval(lasting) if len(lasting) else None,
+                  "roughness": measures.median_interval(sounds.roughness),
                   "partials": measures.median_interval(sounds.descriptors[:, 10]),
                   "seconds": sounds.seconds / len(sounds.files) * 100}
         own = sounds is self.learned
@@ -261,6 +266,9 @@ COLUMNS = [
     ("Frame rate", "dB that its modulation stands out of the envelope's spectrum, median",
      lambda row: f"{row['frame rate'][0]:.0f}"),
     ("Partials", "dB above their floor, median", lambda row: f"{row['partials'][0]:.1f}"),
+    ("Beats", "dB that the levels of bands go up and down where a sound lasts, median",
+     lambda row: "–" if row["beating"] is None else f"{row['beating'][0]:.2f}"),
+    ("Roughness", "dissonance of the partials, median", lambda row: f"{row['roughness'][0]:.2f}"),
     ("Correlation", "largest with a learned waveform: median / 90th percentile", lambda row: pair(row["correlation"])),
     ("s / 100", "seconds for a hundred files", lambda row: f"{row['seconds']:.1f}" if row["seconds"] else "–"),
 ]

@@ -123,6 +123,53 @@ def frame_rate(samples, hop=256):
     return float(10 * np.log10(power[at].mean() / np.median(power[around])))
 
 
+def beating(samples, size=2048, hop=128):
+    """How much the levels of critical bands go up and down, four to thirty times a second, where a sound lasts: RMS
+    in dB, weighted by the bands' maxima; not a number for a sound that nowhere lasts for 0.4 s. Partials that are a few
+    hertz apart beat."""
+    power = spectrogram(samples, size, hop) ** 2
+    band = np.floor(21.4 * np.log10(4.37 * np.arange(power.shape[1]) / size * RATE / 1000 + 1))  # Glasberg and Moore
+    levels = [10 * np.log10(power[:, band == i].sum(axis=1) + 1e-12) for i in range(3, 28)]
+    loudest = max(level.max() for level in levels)
+    width = int(0.25 * RATE / hop) | 1
+    found, weights = [], []
+    for level in levels:
+        lasting = longest_run(level > level.max() - 25)
+        if level.max() < loudest - 30 or len(lasting) < 1.5 * width:
+            continue
+        course = level[lasting]
+        slow = np.convolve(np.pad(course, width // 2, mode="edge"), np.full(width, 1 / width), mode="valid")
+        found.append(np.sqrt(((course - slow)[width // 3:-(width // 3)] ** 2).mean()))
+        weights.append(10 ** (level.max() / 20))
+    return float(np.average(found, weights=weights)) if found else np.nan
+
+
+def longest_run(chosen):
+    """Indices of the longest stretch of true values."""
+    places = np.flatnonzero(chosen)
+    return max(np.split(places, np.flatnonzero(np.diff(places) > 1) + 1), key=len)
+
+
+def roughness(samples, size=8192, hop=2048):
+    """Sensory dissonance of the 24 loudest peaks of a spectrum (Sethares: Local consonance and the relationship between
+    timbre and scale, 1993), relative to their energy: the median of the loud frames. Two sets of partials at once are
+    rougher than one."""
+    spectrum = spectrogram(samples, size, hop)
+    energy = (spectrum ** 2).sum(axis=1)
+    values = []
+    for frame in spectrum[energy > energy.max() * 1e-2][:24]:
+        level = 20 * np.log10(frame + 1e-9)
+        peaks = np.nonzero((level[1:-1] > level[:-2]) & (level[1:-1] >= level[2:]))[0] + 1
+        peaks = peaks[(peaks > 8) & (level[peaks] > level.max() - 40)]
+        peaks = peaks[np.argsort(-level[peaks])[:24]]
+        frequency, strength = peaks * RATE / size, frame[peaks]
+        i, j = np.triu_indices(len(peaks), 1)
+        apart = np.abs(frequency[i] - frequency[j]) * 0.24 / (0.0207 * np.minimum(frequency[i], frequency[j]) + 18.96)
+        pairs = np.minimum(strength[i], strength[j]) * 5 * (np.exp(-3.51 * apart) - np.exp(-5.75 * apart))
+        values.append(pairs.sum() * strength.max() / (strength ** 2).sum() if len(peaks) else 0)
+    return float(np.median(values)) if values else 0.0
+
+
 def descriptors(samples):
     """The numbers that DESCRIPTORS names."""
     rise, half = attack(samples)
