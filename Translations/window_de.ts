@@ -818,10 +818,6 @@
 <context>
     <name>ModelCard</name>
     <message>
-        <source>d MMM yyyy, hh:mm</source>
-        <translation>dd.MM.yyyy, hh:mm</translation>
-    </message>
-    <message>
         <source>Model</source>
         <translation>Modell</translation>
     </message>
@@ -1923,6 +1919,10 @@
     <message>
         <source>Processor</source>
         <translation>Prozessor</translation>
+    </message>
+    <message>
+        <source>d MMM yyyy, hh:mm</source>
+        <translation>dd.MM.yyyy, hh:mm</translation>
     </message>
 </context>
 <context>

@@ -818,10 +818,6 @@
 <context>
     <name>ModelCard</name>
     <message>
-        <source>d MMM yyyy, hh:mm</source>
-        <translation>dd/MM/yyyy, hh:mm</translation>
-    </message>
-    <message>
         <source>Model</source>
         <translation>Modelo</translation>
     </message>
@@ -1923,6 +1919,10 @@
     <message>
         <source>Processor</source>
         <translation>Procesador</translation>
+    </message>
+    <message>
+        <source>d MMM yyyy, hh:mm</source>
+        <translation>dd/MM/yyyy, hh:mm</translation>
     </message>
 </context>
 <context>

@@ -810,10 +810,6 @@
 <context>
     <name>ModelCard</name>
     <message>
-        <source>d MMM yyyy, hh:mm</source>
-        <translation>yyyy/MM/dd hh:mm</translation>
-    </message>
-    <message>
         <source>Model</source>
         <translation>モデル</translation>
     </message>
@@ -1907,6 +1903,10 @@
     <message>
         <source>Processor</source>
         <translation>プロセッサー</translation>
+    </message>
+    <message>
+        <source>d MMM yyyy, hh:mm</source>
+        <translation>yyyy/MM/dd hh:mm</translation>
     </message>
 </context>
 <context>

@@ -1,5 +1,6 @@
 #include "QuillmereApp/ModelText.h"
 
+#include <QDateTime>
 #include <algorithm>
 
 #include "QuillmereApp/Controllers/Labels.h"
@@ -29,6 +30,10 @@ QString ModelText::effort(const ModelMetadata& metadata) {
     return metadata.start->kind == ModelStart::Kind::headStart
                ? Words::tr("%1 from a head start").arg(steps)
                : Words::tr("%1 onto %2").arg(steps, QString::fromStdString(metadata.start->name));
+}
+
+QString ModelText::learnedAt(const ModelMetadata& metadata) {
+    return Words::of(QDateTime::fromSecsSinceEpoch(metadata.trainedAt.time_since_epoch().count()));
 }
 
 QString ModelText::size(std::uintmax_t bytes) {

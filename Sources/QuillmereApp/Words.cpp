@@ -24,6 +24,10 @@ QString Words::inTable(std::string_view text) {
     return of(Message::fromTable(text));
 }
 
+QString Words::of(const QDateTime& date) {
+    return date.toLocalTime().toString(tr("d MMM yyyy, hh:mm"));
+}
+
 QString Words::keptName(int candidate) {
     return candidatePrefix + QString::number(candidate);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QDateTime>
 #include <QString>
 #include <exception>
 #include <string_view>
@@ -22,6 +23,9 @@ public:
     [[nodiscard]] static QString of(const std::exception& error);
     // A text of one of the core's tables, which says by translatable() that the catalogues have it.
     [[nodiscard]] static QString inTable(std::string_view text);
+
+    // Day and time of day, to the minute, in local time.
+    [[nodiscard]] static QString of(const QDateTime& date);
 
     // What a candidate is called where its name is kept: the same in every language.
     [[nodiscard]] static QString keptName(int candidate);

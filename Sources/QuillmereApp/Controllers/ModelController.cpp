@@ -501,9 +501,8 @@ QString ModelController::clipSecondsText() const {
     return bundle() ? QString::fromStdString(Text::fixed(clipSeconds(), 1)) : QString();
 }
 
-QDateTime ModelController::learnedAt() const {
-    if (!bundle()) return {};
-    return QDateTime::fromSecsSinceEpoch(bundle()->metadata.trainedAt.time_since_epoch().count());
+QString ModelController::learnedAt() const {
+    return bundle() ? ModelText::learnedAt(bundle()->metadata) : QString();
 }
 
 QString ModelController::trainedQuality() const {

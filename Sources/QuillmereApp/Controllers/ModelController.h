@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDateTime>
 #include <QStringList>
 #include <filesystem>
 #include <functional>
@@ -32,7 +31,7 @@ class ModelController : public Controller {
     Q_PROPERTY(bool isReady READ isReady NOTIFY bundleChanged)
     Q_PROPERTY(QString analysisLabel READ analysisLabel NOTIFY bundleChanged)      // of its profile
     Q_PROPERTY(QString clipSecondsText READ clipSecondsText NOTIFY bundleChanged)  // "1.5"
-    Q_PROPERTY(QDateTime learnedAt READ learnedAt NOTIFY bundleChanged)            // local time
+    Q_PROPERTY(QString learnedAt READ learnedAt NOTIFY bundleChanged)
     // How long it was trained: the label of a quality, or "250 steps".
     Q_PROPERTY(QString trainedQuality READ trainedQuality NOTIFY bundleChanged)
     // Why the stored model of this corpus is not in use, with advice; empty otherwise.
@@ -134,7 +133,7 @@ public:
     [[nodiscard]] QString analysisLabel() const;
     [[nodiscard]] double clipSeconds() const;
     [[nodiscard]] QString clipSecondsText() const;
-    [[nodiscard]] QDateTime learnedAt() const;
+    [[nodiscard]] QString learnedAt() const;
     [[nodiscard]] QString trainedQuality() const;
     [[nodiscard]] QString problem() const { return problem_; }
     [[nodiscard]] bool isUnopened() const { return isUnopened_; }

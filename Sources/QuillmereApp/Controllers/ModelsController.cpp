@@ -1,6 +1,5 @@
 #include "QuillmereApp/Controllers/ModelsController.h"
 
-#include <QDateTime>
 #include <QVariantMap>
 #include <algorithm>
 #include <chrono>
@@ -29,15 +28,11 @@ std::variant<ModelMetadata, QString> contentOf(const ModelStore::StoredFolder& s
     }
 }
 
-QString dateText(const ModelMetadata& metadata) {
-    const auto date = QDateTime::fromSecsSinceEpoch(metadata.trainedAt.time_since_epoch().count());
-    return date.toString(QStringLiteral("yyyy-MM-dd HH:mm"));
-}
-
 QString detailOf(const ModelMetadata& metadata) {
     const auto clips = static_cast<int>(metadata.clipNames.size());
     const QString samples = clips == 1 ? Words::tr("1 sample") : Words::tr("%n samples", nullptr, clips);
-    return Words::tr("%1 · trained %2 · %3").arg(samples, dateText(metadata), ModelText::effort(metadata));
+    return Words::tr("%1 · trained %2 · %3")
+        .arg(samples, ModelText::learnedAt(metadata), ModelText::effort(metadata));
 }
 
 enum class Sameness { none, names, sizes };

@@ -70,8 +70,7 @@ CandidatesOrder orderOf(const JournalSet& set) {
 }
 
 QString dateText(const std::string& made) {
-    const QDateTime date = QDateTime::fromString(QString::fromStdString(made), Qt::ISODate);
-    return date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+    return Words::of(QDateTime::fromString(QString::fromStdString(made), Qt::ISODate));
 }
 
 }  // namespace

@@ -8,7 +8,7 @@ Card {
     required property AppModel app
     readonly property bool idle: !app.model.isTraining
     // In one piece: no line ends within the date.
-    readonly property string trainedAt: Qt.formatDateTime(app.model.learnedAt, qsTr("d MMM yyyy, hh:mm")).replace(/ /g, "\u00a0")
+    readonly property string trainedAt: app.model.learnedAt.replace(/ /g, "\u00a0")
 
     signal reportRequested
 

@@ -81,7 +81,7 @@ private slots:
         QCOMPARE(past.value(1, "what").toString(), QStringLiteral("3 files"));
         QCOMPARE(past.value(1, "seed").toString(), QStringLiteral("7"));
         QCOMPARE(past.value(1, "place").toString(), past.world.path("out"));
-        const QDateTime date = QDateTime::fromString(past.value(1, "date").toString(), "yyyy-MM-dd HH:mm");
+        const QDateTime date = QDateTime::fromString(past.value(1, "date").toString(), "d MMM yyyy, hh:mm");
         QVERIFY(date.isValid());
         QVERIFY(std::abs(date.secsTo(QDateTime::currentDateTime())) < 600);
     }
