@@ -93,6 +93,11 @@ def texture(samples, size=1024, hop=256):
     return deviations[loud].mean(), flatness[loud].mean(), ripple
 
 
+def maxima(level):
+    """Indices of the values that stand above their neighbours."""
+    return np.nonzero((level[1:-1] > level[:-2]) & (level[1:-1] >= level[2:]))[0] + 1
+
+
 def partials(samples, size=8192, hop=2048):
     """How far the ten loudest peaks of the loud frames stand above the median of the critical band around them, in dB:
     the median."""
@@ -101,7 +106,7 @@ def partials(samples, size=8192, hop=2048):
     heights = []
     for frame in spectrum[energy > energy.max() * 1e-3][:24]:
         level = 20 * np.log10(frame + 1e-9)
-        peaks = np.nonzero((level[1:-1] > level[:-2]) & (level[1:-1] >= level[2:]))[0] + 1
+        peaks = maxima(level)
         peaks = peaks[peaks > 10]
         for peak in peaks[np.argsort(-level[peaks])[:10]]:
             bandwidth = 24.7 * (4.37 * peak * RATE / size / 1000 + 1)  # Glasberg and Moore, 1990
@@ -159,7 +164,7 @@ def roughness(samples, size=8192, hop=2048):
     values = []
     for frame in spectrum[energy > energy.max() * 1e-2][:24]:
         level = 20 * np.log10(frame + 1e-9)
-        peaks = np.nonzero((level[1:-1] > level[:-2]) & (level[1:-1] >= level[2:]))[0] + 1
+        peaks = maxima(level)
         peaks = peaks[(peaks > 8) & (level[peaks] > level.max() - 40)]
         peaks = peaks[np.argsort(-level[peaks])[:24]]
         frequency, strength = peaks * RATE / size, frame[peaks]
