@@ -93,20 +93,20 @@ def texture(samples, size=1024, hop=256):
     return deviations[loud].mean(), flatness[loud].mean(), ripple
 
 
-def maxima(level):
-    """Indices of the values that stand above their neighbours."""
-    return np.nonzero((level[1:-1] > level[:-2]) & (level[1:-1] >= level[2:]))[0] + 1
+def loud_frames(spectrum, share):
+    """The first 24 frames with more than that share of the loudest one's energy: magnitudes, levels in dB, and the bins
+    that stand above their neighbours."""
+    energy = (spectrum ** 2).sum(axis=1)
+    for frame in spectrum[energy > energy.max() * share][:24]:
+        level = 20 * np.log10(frame + 1e-9)
+        yield frame, level, np.nonzero((level[1:-1] > level[:-2]) & (level[1:-1] >= level[2:]))[0] + 1
 
 
 def partials(samples, size=8192, hop=2048):
     """How far the ten loudest peaks of the loud frames stand above the median of the critical band around them, in dB:
     the median."""
-    spectrum = spectrogram(samples, size, hop)
-    energy = (spectrum ** 2).sum(axis=1)
     heights = []
-    for frame in spectrum[energy > energy.max() * 1e-3][:24]:
-        level = 20 * np.log10(frame + 1e-9)
-        peaks = maxima(level)
+    for _, level, peaks in loud_frames(spectrogram(samples, size, hop), 1e-3):
         peaks = peaks[peaks > 10]
         for peak in peaks[np.argsort(-level[peaks])[:10]]:
             bandwidth = 24.7 * (4.37 * peak * RATE / size / 1000 + 1)  # Glasberg and Moore, 1990
@@ -159,12 +159,8 @@ def roughness(samples, size=8192, hop=2048):
     """Sensory dissonance of the 24 loudest peaks of a spectrum (Sethares: Local consonance and the relationship between
     timbre and scale, 1993), relative to their energy: the median of the loud frames. Two sets of partials at once are
     rougher than one."""
-    spectrum = spectrogram(samples, size, hop)
-    energy = (spectrum ** 2).sum(axis=1)
     values = []
-    for frame in spectrum[energy > energy.max() * 1e-2][:24]:
-        level = 20 * np.log10(frame + 1e-9)
-        peaks = maxima(level)
+    for frame, level, peaks in loud_frames(spectrogram(samples, size, hop), 1e-2):
         peaks = peaks[(peaks > 8) & (level[peaks] > level.max() - 40)]
         peaks = peaks[np.argsort(-level[peaks])[:24]]
         frequency, strength = peaks * RATE / size, frame[peaks]

@@ -22,7 +22,8 @@ struct SourceMaterial {
 
 // The other way from a decoded image to samples (Rendering::waveform is the usual one): levels come from the
 // image, the fine structure, the attack and the first phases from the sources, the tails from what decoding
-// did to the clips, and all other phases from the magnitudes themselves. No iteration.
+// did to the clips, and all other phases from the magnitudes themselves. Where the sources have ended and the
+// image has not, the fine structure is that of noise. No iteration.
 // Threads: an instance owns scratch memory; one thread at a time.
 class DetailRenderer {
 public:
