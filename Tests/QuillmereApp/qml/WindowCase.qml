@@ -112,6 +112,7 @@ TestCase {
     }
     function click(name) {
         const target = item(name);
+        settle();  // what has just appeared has no place yet to scroll to
         target.forceActiveFocus(Qt.OtherFocusReason);  // scrolls to it
         settle();
         mouseClick(target);
