@@ -1,8 +1,10 @@
 // The model of a corpus: its training with options, progress, cancellation and failures, and the stored one.
 
 #include <QObject>
+#include <QRegularExpression>
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -14,6 +16,7 @@
 #include "QuillmereApp/Support/Told.h"
 #include "QuillmereCore/Model/KeptSounds.h"
 #include "QuillmereCore/Model/ModelStore.h"
+#include "Support/FaultLayer.h"
 #include "Support/HeadStartFiles.h"
 
 namespace quillmere::testing {
@@ -568,6 +571,30 @@ private slots:
         model.storeAgain();
         QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
         QVERIFY(KeptSounds::open(*model.bundle(), model.storedFolder()).has_value());
+    }
+
+    void aModelIsStoredWithoutSoundsThatCannotBeRead() {
+        Unstorable unstorable;
+        const Learner& learner = unstorable.learner;
+        ModelController& model = unstorable.learner.model;
+        model.setKeepsSounds(true);
+        model.train();
+        QVERIFY(waitUntilLearned(model));
+        QVERIFY(model.isUnstored());
+        QFile::remove(unstorable.root);
+        watchFiles({learner.summary->directory,
+                    [](const FileCall& call) { return call.kind == FileCall::Kind::open ? EIO : 0; }});
+        model.storeAgain();
+        const bool isDone = QTest::qWaitFor([&] { return !model.isStoring(); }, 30000);
+        watchFilesNoMore();
+        QVERIFY(isDone);
+        QVERIFY(!model.isUnstored());
+        QVERIFY(!KeptSounds::open(*model.bundle(), model.storedFolder()).has_value());
+        QCOMPARE(learner.told.error, QString());
+        const QStringList notices = learner.told.notices;
+        const QRegularExpression why("^The sounds could not be kept with the model\\. .+Input/output error");
+        QVERIFY2(notices.indexOf(why) >= 0, qPrintable(notices.join('\n')));
+        QCOMPARE(learner.told.notices.last(), QStringLiteral("The model is stored."));
     }
 
     void aModelThatIsNotStoredIsStoredWhenAnotherFolderIsChosen() {
