@@ -9,6 +9,7 @@ cd "$(dirname "$0")/.."
 keywords=(tr:1 trCounted:2,3 counted:2,3 translatable:1 Message:1 Failure:1 DecodingError:1 CorruptModelError:1
     DeviceError:1 NoDeviceError:1 InvalidParameterError:1 ReadError:1 RecipeError:2)
 
+# Which formats the tool takes the patterns for depends on its version; they are of no format that it knows.
 extract() {
     # The words of the programs that a terminal runs, and what the window says there; else it has its own.
     {
@@ -17,7 +18,8 @@ extract() {
     } |
         xgettext --files-from=- --language=C++ --from-code=UTF-8 --keyword "${keywords[@]/#/--keyword=}" \
             --add-comments=Translators --no-location --no-wrap --package-name=Quillmere --output=- |
-        sed -e '/^"POT-Creation-Date:/d' -e '/^#, c-format$/d' -e '1,/^$/{/^#/d}' >"$1"
+        sed -e '/^"POT-Creation-Date:/d' -e '1,/^$/{/^#/d}' \
+            -e '/^#, \(c\|c++\)-format\(, \(c\|c++\)-format\)*$/d' >"$1"
 }
 
 # extract_window LANGUAGE FILE: brings the catalogue up to date; what is translated in it stays.
