@@ -188,6 +188,8 @@ Rectangle {
         height: strip.height - y - Theme.between
         label: qsTr("Candidates")
         model: strip.candidates.list
+        // A view that makes tiles ahead of sight takes fright when keys discard these meanwhile.
+        cacheBuffer: 0
         onMoved: strip.candidates.play(currentIndex)
         onGrowthRequested: by => strip.growthRequested(by)
 
