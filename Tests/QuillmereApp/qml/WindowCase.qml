@@ -71,8 +71,15 @@ TestCase {
     function has(name): bool {
         return Stage.find(window.contentItem, name) !== null;
     }
+    // It is where it belongs: what has just appeared has no place before the next frame.
     function item(name) {
         tryVerify(() => has(name), limit, name + " is not in the window");
+        for (let up = Stage.find(window.contentItem, name); up; up = up.parent) {
+            if (isPolishScheduled(up)) {
+                settle();
+                break;
+            }
+        }
         return Stage.find(window.contentItem, name);
     }
     function sees(text): bool {
@@ -112,7 +119,6 @@ TestCase {
     }
     function click(name) {
         const target = item(name);
-        settle();  // what has just appeared has no place yet to scroll to
         target.forceActiveFocus(Qt.OtherFocusReason);  // scrolls to it
         settle();
         mouseClick(target);
