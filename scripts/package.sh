@@ -8,16 +8,12 @@ cd "$(dirname "$0")/.."
 umask 022
 
 scripts/setup.sh build app package
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-export SOURCE_DATE_EPOCH
 
 # What the window loads when it starts, and no library names.
 depends=$(scripts/setup.sh --list app_run | grep --extended-regexp '^(qml6|fonts)-' | paste --serial --delimiters=, |
     sed 's/,/, /g')
-build=(-D QUILLMERE_BUILD_APP=ON -D QUILLMERE_PACKAGE_DEPENDS="$depends")
-[[ -f build/release/build.ninja ]] || build+=(-D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF)
-cmake --preset release "${build[@]}"
-cmake --build --preset release --target quillmere quillmere-cli reference
+source scripts/program.sh
+build_for_package -D QUILLMERE_PACKAGE_DEPENDS="$depends"
 rm -rf build/package
 cpack --config build/release/CPackConfig.cmake -B build/package
 

@@ -10,6 +10,22 @@ build_program() {
     cmake --build --preset release --target quillmere-cli
 }
 
+# Builds the programs and their pages for a package: with the date of the commit, or SOURCE_DATE_EPOCH, in them,
+# whatever was built before. Arguments go to the configuration.
+build_for_package() {
+    local settings=(-D QUILLMERE_BUILD_APP=ON "$@")
+    SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
+    export SOURCE_DATE_EPOCH
+    if [[ -f build/release/build.ninja ]]; then
+        # They have the dates of the views' files, or that of another commit.
+        find build/release/Sources -path '*/.rcc/qrc_*.cpp' -delete
+    else
+        settings+=(-D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF)
+    fi
+    cmake --preset release "${settings[@]}"
+    cmake --build --preset release --target quillmere quillmere-cli reference
+}
+
 # Copies the 72 drum hits of Debian's sonic-pi-samples (CC0) to the folder $1. Copies, because links are not
 # scanned; with their times, because these are part of the fingerprint.
 collect_drum_hits() {

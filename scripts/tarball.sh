@@ -10,6 +10,7 @@
 # bare system would read no sample.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source scripts/program.sh
 
 die() {
     echo "tarball.sh: $*" >&2
@@ -20,8 +21,6 @@ die() {
 release=$(. /etc/os-release && echo "$VERSION_CODENAME")
 [[ $release == bookworm ]] || die "Debian 12 is the oldest system that it shall run on; make it there"
 scripts/setup.sh build app tarball
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
-export SOURCE_DATE_EPOCH
 
 place=$PWD/build/tarball
 mkdir -p "$place"
@@ -118,12 +117,9 @@ check_languages() {
         die "the programs speak English only"
 }
 
+build_for_package
 scripts/build-ffmpeg.sh "$place/ffmpeg"
 grep --quiet '^License: LGPL version 2.1 or later' "$place/ffmpeg/log" || die "FFmpeg has another licence"
-build=(-D QUILLMERE_BUILD_APP=ON)
-[[ -f build/release/build.ninja ]] || build+=(-D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF)
-cmake --preset release "${build[@]}" > /dev/null
-cmake --build --preset release --target quillmere quillmere-cli reference
 version=$(sed -nE 's/^project\(Quillmere VERSION (\S+) .*/\1/p' CMakeLists.txt)
 name=quillmere-$version-$(uname --machine)
 root=$place/$name
