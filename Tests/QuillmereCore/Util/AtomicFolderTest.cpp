@@ -120,7 +120,7 @@ TEST(SyncFolder, SaysWhatWentWrong) {
     EXPECT_FALSE(syncFolder(folder.path()));
     EXPECT_EQ(syncFolder(folder / "missing"), std::errc::no_such_file_or_directory);
     for (const auto& [error, isFailure] : {std::pair{EIO, true}, {EINVAL, false}, {ENOTSUP, false}}) {
-        const SystemCallsAsk asking([error = error](const SystemCall&) { return error; });
+        const SystemCallsAsk asking([code = error](const SystemCall&) { return code; });
         EXPECT_EQ(static_cast<bool>(syncFolder(folder.path())), isFailure) << error;
     }
 }
