@@ -144,7 +144,7 @@ TEST(Recipe, EveryMissingPartIsDamageThatIsNamed) {
     const JSON document = JSON::parse(encodeJSON(sampleRecipe()));
     for (const auto& [key, value] : document.items()) {
         if (key == "quillmere") continue;
-        const auto [kind, phrase] = failureOf(changed([&key = key](JSON& copy) { copy.erase(key); }));
+        const auto [kind, phrase] = failureOf(changed([&name = key](JSON& copy) { copy.erase(name); }));
         EXPECT_EQ(kind, RecipeError::Kind::damaged) << key;
         EXPECT_THAT(phrase, HasSubstr("\"" + key + "\"")) << key;
         EXPECT_THAT(phrase, HasSubstr("the recipe is damaged: "));
@@ -157,7 +157,7 @@ TEST(Recipe, EveryWrongTypeIsDamage) {
         if (key == "quillmere") continue;
         for (const JSON& wrong : {JSON(true), JSON("x"), JSON(-1.5), JSON::array({1}), JSON({{"a", 1}})}) {
             if (wrong.type() == value.type()) continue;
-            EXPECT_EQ(failureOf(changed([&key = key, &wrong](JSON& copy) { copy[key] = wrong; })).first,
+            EXPECT_EQ(failureOf(changed([&name = key, &wrong](JSON& copy) { copy[name] = wrong; })).first,
                       RecipeError::Kind::damaged)
                 << key << " " << wrong;
         }
