@@ -80,6 +80,13 @@ struct Unstorable {
         });
         return world;
     }
+    // Learns a model that cannot be stored, and then makes room for it.
+    [[nodiscard]] bool learn() {
+        learner.model.train();
+        const bool isUnstored = waitUntilLearned(learner.model) && learner.model.isUnstored();
+        QFile::remove(root);
+        return isUnstored;
+    }
 
     TestWorld world;
     QString root;
@@ -564,10 +571,7 @@ private slots:
         Unstorable unstorable;
         ModelController& model = unstorable.learner.model;
         model.setKeepsSounds(true);
-        model.train();
-        QVERIFY(waitUntilLearned(model));
-        QVERIFY(model.isUnstored());
-        QFile::remove(unstorable.root);
+        QVERIFY(unstorable.learn());
         model.storeAgain();
         QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
         QVERIFY(KeptSounds::open(*model.bundle(), model.storedFolder()).has_value());
@@ -578,10 +582,7 @@ private slots:
         const Learner& learner = unstorable.learner;
         ModelController& model = unstorable.learner.model;
         model.setKeepsSounds(true);
-        model.train();
-        QVERIFY(waitUntilLearned(model));
-        QVERIFY(model.isUnstored());
-        QFile::remove(unstorable.root);
+        QVERIFY(unstorable.learn());
         watchFiles({learner.summary->directory,
                     [](const FileCall& call) { return call.kind == FileCall::Kind::open ? EIO : 0; }});
         model.storeAgain();
@@ -601,11 +602,7 @@ private slots:
         Unstorable unstorable;
         const Learner& learner = unstorable.learner;
         ModelController& model = unstorable.learner.model;
-        const QString& root = unstorable.root;
-        model.train();
-        QVERIFY(waitUntilLearned(model));
-        QVERIFY(model.isUnstored());
-        QFile::remove(root);
+        QVERIFY(unstorable.learn());
         const auto folder = ModelStore::directory(*learner.summary, learner.root);
         model.forget();
         QVERIFY(!model.isReady());
