@@ -17,8 +17,8 @@ build_for_package() {
     SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
     export SOURCE_DATE_EPOCH
     if [[ -f build/release/build.ninja ]]; then
-        # They have the dates of the views' files, or that of another commit.
-        find build/release/Sources -path '*/.rcc/qrc_*.cpp' -delete
+        # They have the dates of the views' files, or that of another commit. In .rcc or, with newer Qt, .qt/rcc.
+        find build/release/Sources -path '*rcc/qrc_*.cpp' ! -name '*_init.cpp' -delete
     else
         settings+=(-D QUILLMERE_BUILD_TESTS=OFF -D QUILLMERE_BUILD_BENCHMARKS=OFF)
     fi
