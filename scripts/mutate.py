@@ -37,14 +37,18 @@ CORE = "Sources/QuillmereCore/"
 TEST_SECONDS = 120
 TEST_BYTES = 8 << 30
 
-# What is broken, and the programs that should notice.
+# What is broken, and what should notice: programs, each with a filter of its tests if not all are about the file.
 SUBJECTS = {
-    CORE + "Generate/LatentSampler.cpp": ["LatentSamplerTest", "GoldenTest"],
-    CORE + "Generate/Rendering.cpp": ["RenderingTest", "GoldenTest"],
-    CORE + "Generate/Finishing.cpp": ["FinishingTest", "GoldenTest"],
+    CORE + "Generate/LatentSampler.cpp": ["LatentSamplerTest", "GoldenTest Sampler.*"],
+    CORE + "Generate/Rendering.cpp": ["RenderingTest", "GoldenTest Render.*"],
+    CORE + "Generate/Finishing.cpp": ["FinishingTest", "GoldenTest Finish.*"],
+    CORE + "Generate/Detail/Attack.cpp": ["AttackTest", "GoldenTest Detail.*"],
+    CORE + "Generate/Detail/Donor.cpp": ["DonorTest", "GoldenTest Detail.*"],
+    CORE + "Generate/Detail/FineStructure.cpp": ["FineStructureTest", "GoldenTest Detail.*"],
+    CORE + "Generate/Detail/TailCurve.cpp": ["TailCurveTest", "GoldenTest Detail.*"],
     CORE + "Model/ModelStore.cpp": ["ModelStoreTest", "ModelReplaceTest"],
     CORE + "Model/ModelPlace.cpp": ["ModelReplaceTest", "ModelStoreTest"],
-    CORE + "Model/Training/Schedule.cpp": ["ScheduleTest", "GoldenTest"],
+    CORE + "Model/Training/Schedule.cpp": ["TrainingTest", "GoldenTest Trainer.*"],
     CORE + "Util/AtomicFile.cpp": ["AtomicFileTest", "DurabilityTest"],
     CORE + "Origin/Journal.cpp": ["JournalTest", "JournalProcessTest"],
 }
@@ -132,6 +136,10 @@ def limit_test():
     resource.setrlimit(resource.RLIMIT_AS, (TEST_BYTES, TEST_BYTES))
 
 
+def program_of(tests):
+    return tests.split()[0]
+
+
 class Workshop:
     """A copy of the tree, to break something in."""
 
@@ -161,11 +169,14 @@ class Workshop:
     def builds(self, programs, jobs=1):
         return self.run(["cmake", "--build", str(self.build), f"-j{jobs}", "--target", *programs]) == 0
 
-    def fails(self, program):
-        binary = next(path for path in self.build.glob(f"Tests/**/{program}") if path.is_file())
-        return self.run([str(binary), "--gtest_brief=1"], preexec_fn=limit_test) != 0
+    def fails(self, tests):
+        program = program_of(tests)
+        selection = tests.removeprefix(program).strip() or "*"
+        (binary,) = (path for path in self.build.glob(f"Tests/**/{program}") if path.is_file())
+        arguments = ["--gtest_brief=1", f"--gtest_filter={selection}"]
+        return self.run([str(binary), *arguments], preexec_fn=limit_test) != 0
 
-    def outcome(self, mutant, programs):
+    def outcome(self, mutant, noticers):
         """"invalid", "noticed" or "survived"."""
         original = (ROOT / mutant.file).read_text(encoding="utf-8")
         lines = original.splitlines(keepends=True)
@@ -173,10 +184,10 @@ class Workshop:
         broken = self.tree / mutant.file
         broken.write_text("".join(lines), encoding="utf-8")
         try:
-            for program in programs:
-                if not self.builds([program]):
+            for tests in noticers:
+                if not self.builds([program_of(tests)]):
                     return "invalid"
-                if self.fails(program):
+                if self.fails(tests):
                     return "noticed"
             return "survived"
         finally:
@@ -245,13 +256,14 @@ def main():
     options = parser.parse_args()
 
     subjects = {file: tests for file, tests in SUBJECTS.items() if options.only in file}
-    programs = sorted({test for tests in subjects.values() for test in tests})
+    noticers = sorted({tests for several in subjects.values() for tests in several})
+    programs = sorted({program_of(tests) for tests in noticers})
     workshops = [Workshop(number) for number in range(options.jobs)]
     for workshop in workshops:
         workshop.prepare(programs, options.jobs)
-    for program in programs:
-        if workshops[0].fails(program):
-            sys.exit(f"{program} fails before anything is broken.")
+    for tests in noticers:
+        if workshops[0].fails(tests):
+            sys.exit(f"{tests} fails before anything is broken.")
 
     pool = [Mutant(file, number, line) for file in subjects for number, line in candidates(file)]
     random.Random(options.seed).shuffle(pool)
