@@ -5,6 +5,7 @@
 #include "QuillmereCLI/Commands.h"
 #include "QuillmereCLI/Learning.h"
 #include "QuillmereCLI/Options.h"
+#include "QuillmereCLI/StartOption.h"
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Network/Device/GPU.h"
 #include "QuillmereCore/Origin/ReportPage.h"
@@ -171,8 +172,11 @@ void report(const ReportCommandOptions& options, Console& console, const CancelF
     ProgressLine progress(console);
     const KnownCorpus corpus = findCorpus(options.corpus.folder(), options.models, progress, cancel);
     const ModelBundle bundle = storedModel(corpus, console);
+    ReportOptions reportOptions{.holdsBack = options.holdsBack};
+    if (options.holdsBack && bundle.metadata.start)
+        reportOptions.start = openAgain(*bundle.metadata.start, options.models.root());
     const ReportCard card = makeReport(
-        bundle, corpus.summary, compute.device().backend(), {.holdsBack = options.holdsBack},
+        bundle, corpus.summary, compute.device().backend(), reportOptions,
         [&](const ReportProgress& work) { progress.report(workProgress(work)); }, cancel.token());
     JSON result = resultJSON(card, corpus);
     if (!options.page.empty()) {

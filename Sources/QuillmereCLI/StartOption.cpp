@@ -4,6 +4,7 @@
 
 #include "QuillmereCLI/Wording.h"
 #include "QuillmereCore/Model/HeadStart.h"
+#include "QuillmereCore/Model/ModelIdentity.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/Text.h"
@@ -59,6 +60,15 @@ std::shared_ptr<const TrainingStart> StartOption::open(const ModelsOption& model
     if (start_ == fresh) return nullptr;
     if (start_ == headStart) return openHeadStart(headStartFolder(), console);
     return std::make_shared<const TrainingStart>(ModelStore::open(modelFolder(start_, models.root())));
+}
+
+std::shared_ptr<const TrainingStart> openAgain(const ModelStart& start, const fs::path& root) {
+    if (start.kind == ModelStart::Kind::headStart)
+        return std::make_shared<const TrainingStart>(HeadStart::load(HeadStart::ownFolder()));
+    if (const auto model = findIdentified(start.identity, root))
+        return std::make_shared<const TrainingStart>(model->bundle);
+    throw Failure("The model of {0} that this one was learned onto is no longer there as it was.",
+                  start.name);
 }
 
 }  // namespace quillmere::cli

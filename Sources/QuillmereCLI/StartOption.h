@@ -28,4 +28,9 @@ private:
     std::filesystem::path headStartFolder_;  // empty: by the environment, or the program's own
 };
 
+// What a model says that it began from, to begin there again: the head start of this program, whichever it
+// was, or that very model, if it is in root. Throws as HeadStart::load, or Failure where it is not.
+[[nodiscard]] std::shared_ptr<const TrainingStart> openAgain(const ModelStart& start,
+                                                             const std::filesystem::path& root);
+
 }  // namespace quillmere::cli

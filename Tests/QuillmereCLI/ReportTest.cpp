@@ -2,6 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "QuillmereCLI/RunCommand.h"
+#include "QuillmereCore/Model/ModelStore.h"
+#include "Support/Environment.h"
+#include "Support/HeadStartFiles.h"
 #include "Support/XMLDocument.h"
 
 namespace quillmere::testing {
@@ -61,6 +64,51 @@ TEST_F(Report, HoldsSamplesBackOnRequest) {
     const Outcome outcome = report({"--hold-back", "--json"});
     EXPECT_EQ(outcome.event("result")["heldBack"]["clips"], 1);
     EXPECT_THAT(report({"--hold-back"}).out, HasSubstr("Held back: 1 sample"));
+}
+
+TEST_F(Report, TheTrialBeginsWhereTheModelBegan) {
+    const fs::path headStart = folder / "head start";
+    writeHeadStart(headStart);
+    const EnvironmentVariable variable("QUILLMERE_HEAD_START", headStart.string());
+    const std::vector<std::string> train{"train", corpus.string(), "--steps",   "1", "--batch-size",
+                                         "1",     "--start",       "head-start"};
+    ASSERT_EQ(runCommand(withModels(train)).exitCode, 0);
+    const auto heldBackError = [&] {
+        return report({"--hold-back", "--json"}).event("result")["heldBack"]["error"];
+    };
+    const cli::JSON onto = heldBackError();
+    ModelBundle fresh = ModelStore::open(modelFolder());
+    fresh.metadata.start.reset();
+    const ModelBundle learned = ModelStore::open(modelFolder());
+    ModelStore::replace(fresh, modelFolder());
+    EXPECT_NE(heldBackError(), onto);
+
+    ModelStore::replace(learned, modelFolder());
+    fs::remove(headStart / "tonal.base");
+    const Outcome outcome = report({"--hold-back"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("tonal.base"));
+    EXPECT_EQ(report().exitCode, 0);
+}
+
+TEST_F(Report, TheTrialNeedsTheModelThatItBeganFrom) {
+    trainModel();
+    const fs::path first = modelFolder();
+    const fs::path other = folder / "other";
+    fs::copy(corpus, other);
+    fs::remove(fs::directory_iterator(other)->path());
+    const std::vector<std::string> train{
+        "train", other.string(),   "--steps", "1",       "--batch-size",           "1", "--latent-dim",
+        "4",     "--clip-seconds", "0.1",     "--start", first.filename().string()};
+    ASSERT_EQ(runCommand(withModels(train)).exitCode, 0);
+    const auto reportOther = [&] {
+        return runCommand(withModels({"report", other.string(), "--hold-back"}));
+    };
+    EXPECT_EQ(reportOther().exitCode, 0) << reportOther().err;
+    fs::remove_all(first);
+    const Outcome outcome = reportOther();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("that this one was learned onto is no longer there as it was."));
 }
 
 TEST_F(Report, NeedsALearnedFolder) {

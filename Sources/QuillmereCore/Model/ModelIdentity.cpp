@@ -4,12 +4,15 @@
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "QuillmereCore/Util/Digest.h"
 
 namespace quillmere {
 namespace {
+
+namespace fs = std::filesystem;
 
 std::string line(std::string_view name, const std::string& value) {
     return std::string(name) + " " + value + "\n";
@@ -41,6 +44,17 @@ std::string latentsDigest(const ModelBundle& bundle) {
     return digest.finish();
 }
 
+// Nothing if the folder holds another model, or one that cannot be opened, which is as good as missing.
+std::optional<IdentifiedModel> openIdentified(const std::string& identity, const fs::path& folder) {
+    try {
+        ModelBundle bundle = ModelStore::open(folder);
+        if (modelIdentity(bundle) == identity) return IdentifiedModel{folder, std::move(bundle)};
+    } catch (const Failure&) {
+        return std::nullopt;
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 std::string modelIdentity(const ModelBundle& bundle) {
@@ -56,6 +70,20 @@ std::string modelIdentity(const ModelBundle& bundle) {
     text += line("weights", weightsDigest(bundle));
     text += line("latents", std::to_string(bundle.latents.size()) + " " + latentsDigest(bundle));
     return sha256(std::as_bytes(std::span(text)));
+}
+
+std::optional<IdentifiedModel> findIdentified(const std::string& identity, const fs::path& root,
+                                              const fs::path& likely, const std::stop_token& stop) {
+    throwIfCancelled(stop);
+    if (!likely.empty() && ModelStore::isStored(likely)) {
+        if (auto found = openIdentified(identity, likely)) return found;
+    }
+    for (const ModelStore::StoredFolder& stored : ModelStore::list(root)) {
+        throwIfCancelled(stop);
+        if (!stored.holdsModel || stored.folder == likely) continue;
+        if (auto found = openIdentified(identity, stored.folder)) return found;
+    }
+    return std::nullopt;
 }
 
 }  // namespace quillmere

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <filesystem>
+#include <optional>
+#include <stop_token>
 #include <string>
 
 #include "QuillmereCore/Model/ModelStore.h"
@@ -20,5 +23,17 @@ namespace quillmere {
 // Takes about as long as reading the weights from memory does, so ask once. bundle: one that
 // ModelStore::validate accepts.
 [[nodiscard]] std::string modelIdentity(const ModelBundle& bundle);
+
+struct IdentifiedModel {
+    std::filesystem::path folder;
+    ModelBundle bundle;
+};
+// The stored model with this identity: looked for in the folder likely, if it is not empty, then in all
+// models of root. Models that cannot be opened are passed over. Throws FileError when root cannot be read,
+// and CancellationError.
+[[nodiscard]] std::optional<IdentifiedModel> findIdentified(const std::string& identity,
+                                                            const std::filesystem::path& root,
+                                                            const std::filesystem::path& likely = {},
+                                                            const std::stop_token& stop = {});
 
 }  // namespace quillmere

@@ -201,30 +201,10 @@ std::string fileDigest(const fs::path& file, const std::stop_token& stop) {
 }
 
 FoundModel findModel(const Recipe& recipe, const fs::path& root, const std::stop_token& stop) {
-    FoundModel found;
-    const auto tryFolder = [&](const fs::path& folder) {
-        throwIfCancelled(stop);
-        try {
-            ModelBundle bundle = ModelStore::open(folder);
-            if (modelIdentity(bundle) != recipe.model) return;
-            found.bundle = std::move(bundle);
-            found.folder = folder;
-        } catch (const Failure&) {
-            // A model that cannot be opened is not this one, or as good as missing.
-            return;
-        }
-    };
     const fs::path likely = root / ModelStore::folderName(recipe.corpusName, recipe.fingerprint);
-    const bool isThere = ModelStore::isStored(likely);
-    if (isThere) tryFolder(likely);
-    if (!found.bundle) {
-        for (const ModelStore::StoredFolder& stored : ModelStore::list(root)) {
-            if (found.bundle) break;
-            if (stored.holdsModel && stored.folder != likely) tryFolder(stored.folder);
-        }
-    }
-    found.hasChanged = !found.bundle && isThere;
-    return found;
+    auto model = findIdentified(recipe.model, root, likely, stop);
+    if (!model) return {.bundle = {}, .folder = {}, .hasChanged = ModelStore::isStored(likely)};
+    return {.bundle = std::move(model->bundle), .folder = std::move(model->folder)};
 }
 
 void requireFit(const Recipe& recipe, const ModelBundle& model) {

@@ -196,7 +196,8 @@ bool isHeldBack(std::size_t clip, std::size_t clips) {
     return clips >= 20 ? clip % 10 == 5 : clip % 3 == 1;
 }
 
-ReportCard::HeldBack holdBack(const ModelBundle& model, const Images& images, network::Backend& backend,
+ReportCard::HeldBack holdBack(const ModelBundle& model, const Images& images,
+                              const std::shared_ptr<const TrainingStart>& start, network::Backend& backend,
                               const Report& progress, const std::stop_token& stop) {
     Images learned;
     Images others;
@@ -205,6 +206,7 @@ ReportCard::HeldBack holdBack(const ModelBundle& model, const Images& images, ne
     TrainingOptions options;
     options.steps = std::max<std::int64_t>(model.metadata.steps, 1);
     options.latentDim = model.config.latentDim;
+    options.start = start;
     const auto tell = [&](const TrainingProgress& training) {
         if (progress) progress({ReportProgress::Part::training, training.step, training.totalSteps});
     };
@@ -356,7 +358,7 @@ ReportCard makeReport(const ModelBundle& model, const CorpusSummary& corpus, net
     sortOut(card);
     addBlemishes(card, folder, corpus, model.config.clipSamples());
     if (options.holdsBack && images.size() > 1)
-        card.heldBack = holdBack(model, images, backend, progress, stop);
+        card.heldBack = holdBack(model, images, options.start, backend, progress, stop);
     return card;
 }
 

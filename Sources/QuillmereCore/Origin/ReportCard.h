@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <string>
@@ -12,6 +13,7 @@
 #include "QuillmereCore/Model/Corpus.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/Training/TrainingProgress.h"
+#include "QuillmereCore/Model/Training/TrainingStart.h"
 #include "QuillmereCore/Network/Backend.h"
 #include "QuillmereCore/Util/Message.h"
 
@@ -83,6 +85,9 @@ struct ReportProgress {
 
 struct ReportOptions {
     bool holdsBack = false;  // trains a model anew, which takes as long as training does
+    // What that training begins from: what the model itself began from, which its few steps may be meant
+    // for. Null: random weights.
+    std::shared_ptr<const TrainingStart> start{};
 };
 
 // corpus: the folder of the model, unchanged. progress may be empty; it is called by one thread at a time.

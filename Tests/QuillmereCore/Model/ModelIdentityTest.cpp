@@ -62,5 +62,49 @@ TEST(ModelIdentity, DoesNotDependOnNamesDatesAndPlaces) {
     EXPECT_EQ(modelIdentity(ModelStore::open(folder / "stored")), modelIdentity(other));
 }
 
+// ---- Among those that are stored
+
+class StoredModels : public ::testing::Test {
+protected:
+    StoredModels() {
+        ModelStore::replace(changed([](ModelBundle& model) { model.weights.back().back() += 1; }),
+                            root / "a");
+        ModelStore::replace(smallModel(), root / "b");
+    }
+
+    const testing::TempFolder folder;
+    const std::filesystem::path root = folder / "models";
+    const std::string identity = modelIdentity(smallModel());
+};
+
+TEST_F(StoredModels, TheOneWithTheIdentityIsFound) {
+    const auto found = findIdentified(identity, root);
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->folder, root / "b");
+    EXPECT_EQ(modelIdentity(found->bundle), identity);
+    EXPECT_FALSE(findIdentified(std::string(64, '0'), root));
+    EXPECT_FALSE(findIdentified(identity, folder / "nowhere"));
+}
+
+TEST_F(StoredModels, TheLikelyFolderComesFirstAndMayHoldAnother) {
+    ModelStore::replace(smallModel(), folder / "elsewhere");
+    EXPECT_EQ(findIdentified(identity, root, folder / "elsewhere")->folder, folder / "elsewhere");
+    EXPECT_EQ(findIdentified(identity, root, root / "a")->folder, root / "b");
+    EXPECT_EQ(findIdentified(identity, root, root / "missing")->folder, root / "b");
+}
+
+TEST_F(StoredModels, ThoseThatCannotBeOpenedArePassedOver) {
+    testing::writeText(root / "a" / "model.json", "{");
+    EXPECT_EQ(findIdentified(identity, root)->folder, root / "b");
+    std::filesystem::remove(root / "b" / "weights.bin");
+    EXPECT_FALSE(findIdentified(identity, root, root / "b"));
+}
+
+TEST_F(StoredModels, TheSearchCanBeCancelled) {
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW((void)findIdentified(identity, root, {}, stop.get_token()), CancellationError);
+}
+
 }  // namespace
 }  // namespace quillmere

@@ -104,6 +104,14 @@ TEST_F(Reporting, ClipsCanBeHeldBack) {
     EXPECT_FALSE(report().heldBack.has_value());
 }
 
+TEST_F(Reporting, TheTrialBeginsWhereItIsTold) {
+    const auto start = std::make_shared<const TrainingStart>(model);
+    const ReportCard onto = report({.holdsBack = true, .start = start});
+    const ReportCard fresh = report({.holdsBack = true});
+    EXPECT_NE(onto.heldBack->heldBackDB, fresh.heldBack->heldBackDB);
+    EXPECT_EQ(onto.heldBack->heldBackDB, report({.holdsBack = true, .start = start}).heldBack->heldBackDB);
+}
+
 TEST_F(Reporting, ExamplesAreTheWorstClipsAndTheirSounds) {
     const ReportCard card = report();
     const auto examples = reportExamples(card, model, corpus, testing::processor(), 2);
