@@ -6,8 +6,8 @@ mutate.py [--mutants N] [--seed N] [--only TEXT] [--jobs N]
 Copies of the working tree, one for each job, are built once in build/mutate. Then, for each of N mutants drawn from the
 files below, one line is changed (a comparison, an operator, a number, a condition, a call left out), the tests of that
 file are built and run, and the line is restored. A mutant that does not compile is replaced by another one. What no
-test has noticed is listed at the end and in build/mutate/survivors.txt: each needs a test, or a reason why the change
-makes no difference.
+test has noticed is listed at the end and in build/mutate/survivors.txt: each needs a test, or, in mutate-verdicts.txt,
+a reason why the change makes no difference that a test could see.
 
 Takes some ten seconds of a processor for each mutant. What has been tried is kept in build/mutate/outcomes.jsonl, and a
 run that was stopped goes on from there, as long as neither the file that is broken nor the tests have changed.
@@ -32,6 +32,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 PLACE = ROOT / "build" / "mutate"
 OUTCOMES = PLACE / "outcomes.jsonl"
+VERDICTS = ROOT / "scripts" / "mutate-verdicts.txt"
 CORE = "Sources/QuillmereCore/"
 # Of the processor and of address space; many times what any of the tests needs.
 TEST_SECONDS = 120
@@ -111,9 +112,27 @@ class Mutant:
         text = f"{self.file}\0{self.number}\0{self.line}\0{stamp}"
         return hashlib.sha256(text.encode()).hexdigest()[:24]
 
+    def before(self):
+        return (ROOT / self.file).read_text(encoding="utf-8").splitlines()[self.number].strip()
+
     def shown(self):
-        before = (ROOT / self.file).read_text(encoding="utf-8").splitlines()[self.number]
-        return f"{self.file}:{self.number + 1}\n  - {before.strip()}\n  + {self.line.strip()}"
+        return f"{self.file}:{self.number + 1}\n  - {self.before()}\n  + {self.line.strip()}"
+
+    def verdict(self, known):
+        """Why it makes no difference; None if nobody has said so."""
+        return known.get((self.file, self.before(), self.line.strip()))
+
+
+def verdicts():
+    """Why a change makes no difference, by file, line before and line after.
+
+    Of four lines each, with an empty one between them: file, "- " before, "+ " after, why.
+    """
+    found = {}
+    for block in VERDICTS.read_text(encoding="utf-8").strip().split("\n\n"):
+        file, before, after, reason = (line.strip() for line in block.splitlines())
+        found[file, before.removeprefix("- "), after.removeprefix("+ ")] = reason
+    return found
 
 
 def tracked():
@@ -275,10 +294,18 @@ def main():
         thread.join()
 
     tried = survey.tried()
-    survivors = [mutant.shown() for mutant, outcome in tried if outcome == "survived"]
-    (PLACE / "survivors.txt").write_text("\n".join(survivors) + "\n", encoding="utf-8")
+    survivors = [mutant for mutant, outcome in tried if outcome == "survived"]
+    known = verdicts()
+    alike = [mutant for mutant in survivors if mutant.verdict(known)]
+    lost = [mutant for mutant in survivors if not mutant.verdict(known)]
+    listed = [f"{mutant.shown()}\n  {mutant.verdict(known)}" for mutant in alike]
+    listed += [f"{mutant.shown()}\n  Needs a test." for mutant in lost]
+    (PLACE / "survivors.txt").write_text("\n".join(listed) + "\n", encoding="utf-8")
+    print("\n" + "\n".join(listed) + "\n")
     noticed = len(tried) - len(survivors)
-    print(f"{noticed} of {len(tried)} mutants noticed ({100 * noticed / max(1, len(tried)):.1f} %)")
+    different = max(1, len(tried) - len(alike))
+    print(f"{noticed} of {len(tried)} mutants noticed ({100 * noticed / max(1, len(tried)):.1f} %), {len(alike)} make no "
+          f"difference; of the others {100 * noticed / different:.1f} % noticed")
 
 
 if __name__ == "__main__":

@@ -193,6 +193,13 @@ TEST(Drive, SaturatesAndReturnsToTheWorkingPeak) {
     EXPECT_NEAR(x[0], std::tanh(0.1F) / std::tanh(9.5F) * 0.95F, 1e-6F);
 }
 
+TEST(Drive, OfHalfADecibelIsOn) {
+    Signal x{0.5F, -0.95F};
+    Finishing::applyDrive(x, 0.5);
+    const double gain = std::pow(10, 0.5 / 20);
+    EXPECT_NEAR(x[0], std::tanh(gain * 0.5) / std::tanh(gain * 0.95) * 0.95, 1e-6);
+}
+
 TEST(Drive, IsOffAtZeroAndBelow) {
     const Signal original = noise(100);
     for (const double dB : {0.0, -12.0}) {

@@ -252,6 +252,23 @@ TEST(LatentSamplingDeathTest, AnEmptyCorpusStopsTheProgram) {
     EXPECT_DEATH((void)LatentSampler({}, 4).sample(rng, {}), "no latents");
 }
 
+TEST(LatentSampling, SurroundingsAreABlendOfAllThatAreNamed) {
+    const LatentSampler sampler(Latents{{1, 2, 3}, {3, 4, 5}}, 3);
+    SeededRNG rng(5);
+    const auto place = sampler.around(unitLatents(3), 0, rng);
+    EXPECT_EQ(place.latent, place.weights);
+    EXPECT_NEAR(place.weights[0] + place.weights[1] + place.weights[2], 1, 1e-6F);
+    EXPECT_EQ(std::ranges::count(place.weights, 0.0F), 0);
+    EXPECT_EQ(sampler.around(Latents{{4, 5, 6}}, 0, rng).latent, (Latent{4, 5, 6}));
+}
+
+TEST(LatentSamplingDeathTest, SurroundingsThatAreNoneStopTheProgram) {
+    const LatentSampler sampler(Latents{{1, 2}, {3, 4}}, 2);
+    SeededRNG rng(1);
+    EXPECT_DEATH((void)sampler.around({}, 0, rng), "nothing to sample around");
+    EXPECT_DEATH((void)sampler.around(Latents{{1}}, 0, rng), "another size");
+}
+
 TEST(LatentSamplingDeathTest, ANumberOfSourcesThatIsNoCountStopsTheProgram) {
     EXPECT_DEATH((void)sampled({{1}}, {.sources = std::numeric_limits<double>::quiet_NaN()}), "count");
     EXPECT_DEATH((void)sampled({{1}}, {.sources = 1e30}), "count");

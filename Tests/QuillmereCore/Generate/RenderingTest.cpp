@@ -217,6 +217,12 @@ TEST(Tilt, PivotsAtOneKilohertzAndLevelsOffBelowTwenty) {
     EXPECT_FLOAT_EQ(image[7], -44);
 }
 
+TEST(Tilt, OfOneRaisesAnOctaveByADecibel) {
+    Image image{-50, -60};
+    Rendering::applyTilt(image, 1, std::vector<float>{1000, 2000}, 1);
+    EXPECT_EQ(image, (Image{-50, -59}));
+}
+
 TEST(Tilt, OfZeroDoesNothing) {
     Image image{-50, -60};
     Rendering::applyTilt(image, 1, std::vector<float>{100, 5000}, 0);
@@ -382,6 +388,24 @@ TEST_F(RenderingChain, StepsComeInTheirOrder) {
     dB = Rendering::timeStretch(dB, 32, 32, Rendering::stretchedFrames(32, a.stretch, 0, expectedRng));
     EXPECT_EQ(Rendering::shape(image, a, extractor, rng).dB, dB);
     EXPECT_EQ(rng, expectedRng);
+}
+
+TEST(RenderingDeathTest, ASizeThatDoesNotMatchItsBufferStopsTheProgram) {
+    const char* const message = "size does not match";
+    const Image five(5);
+    EXPECT_DEATH((void)Rendering::timeStretch(five, 2, 3, 8), message);
+    EXPECT_DEATH((void)Rendering::timeStretch(five, 3, 2, 2), message);
+    EXPECT_DEATH((void)Rendering::timeStretch(Image(6), -2, -3, -3), message);
+    EXPECT_DEATH((void)Rendering::warpFrequency(five, 2, 3, 1), message);
+    EXPECT_DEATH((void)Rendering::blur(five, 2, 3, 1, 1), message);
+    Image image(5);
+    EXPECT_DEATH(Rendering::applyTilt(image, 3, std::vector<float>{100, 200}, 1), message);
+}
+
+TEST_F(RenderingChain, AnImageOfAnotherSizeStopsTheProgram) {
+    SeededRNG rng(3);
+    const Image shorter(image.begin(), image.end() - 1);
+    EXPECT_DEATH((void)Rendering::shape(shorter, {}, extractor, rng), "size does not match");
 }
 
 TEST_F(RenderingChain, PhasePassesThatAreNoCountStopTheProgram) {

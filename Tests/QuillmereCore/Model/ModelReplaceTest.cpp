@@ -20,6 +20,7 @@
 #include <string>
 #include <vector>
 
+#include "QuillmereCore/Model/ModelPlace.h"
 #include "QuillmereCore/Model/ModelStore.h"
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Digest.h"
@@ -206,6 +207,15 @@ TEST_F(ModelReplace, TakesTheLongestNamesThatFilesCanHave) {
     }
     EXPECT_TRUE(ModelStore::remove(longest));
     expectNothingBesides({});
+}
+
+TEST_F(ModelReplace, HiddenNamesHaveTheWholeNameUpTo200Bytes) {
+    const std::string whole(200, 'n');
+    EXPECT_EQ(ModelPlace(root / whole).stem(), whole);
+    const std::string shortened = ModelPlace(root / (whole + "n")).stem();
+    EXPECT_EQ(shortened.size(), 177U);
+    EXPECT_EQ(shortened.substr(0, 161), std::string(160, 'n') + "~");
+    EXPECT_NE(shortened, ModelPlace(root / (whole + "m")).stem());
 }
 
 TEST_F(ModelReplace, LeavesFilesOfOthersInTheFolder) {
@@ -762,6 +772,31 @@ TEST_F(ModelReplace, AListShowsModelsAndWhatKilledProgramsLeft) {
     EXPECT_FALSE(ModelStore::remove(root / "Toms-2"));
     EXPECT_TRUE(ModelStore::remove(model));
     expectNothingBesides({"Snares-1", "file", "notes"});
+}
+
+TEST_F(ModelReplace, RemovingNothingRemovesALockThatWasLeft) {
+    const fs::path lock = root / ("." + std::string(name) + ".lock");
+    writeText(lock, "");
+    EXPECT_FALSE(ModelStore::remove(model));
+    EXPECT_FALSE(fs::exists(lock));
+}
+
+TEST_F(ModelReplace, AListIsInTheOrderOfTheNames) {
+    std::vector<fs::path> expected;
+    for (const char letter : std::string("qwertasdf")) {
+        expected.push_back(root / std::string(1, letter));
+        writeText(expected.back() / "model.json", "a part of a model");
+    }
+    std::ranges::sort(expected);
+    std::vector<fs::path> listed;
+    for (const ModelStore::StoredFolder& stored : ModelStore::list(root))
+        listed.push_back(stored.folder);
+    EXPECT_EQ(listed, expected);
+}
+
+TEST_F(ModelReplace, AListShowsASingleByteThatIsLeft) {
+    writeText(root / ".Toms-2.new-7-0/weights.bin", "1");
+    EXPECT_EQ(ModelStore::list(root).at(0).remains, 1U);
 }
 
 TEST_F(ModelReplace, AListDoesNotTakeWorkInHandForRemains) {

@@ -327,7 +327,22 @@ TEST(ModelStoreManifest, OfFiftyThousandClipsCanBeOpened) {
     std::vector<std::string> names(50000, "a folder/some sample of a drum.wav");
     EXPECT_EQ(ModelStore::problemWithNumber(names, 64), std::nullopt);
     names.resize(70000, names.front());
-    ASSERT_NE(ModelStore::problemWithNumber(names, 64), std::nullopt);
+    const auto problem = ModelStore::problemWithNumber(names, 64);
+    ASSERT_NE(problem, std::nullopt);
+    const std::uint64_t most =
+        names.size() * ModelFiles::maxManifestSize / ModelFiles::manifestBound(names, 64);
+    EXPECT_EQ(problem->english(), "A model of 70000 samples could not be opened again: at most about " +
+                                      std::to_string(most) +
+                                      " are possible. Learn a folder with fewer samples.");
+    EXPECT_GT(most, 50000U);
+}
+
+TEST(ModelStoreManifest, MayBeAsLargeAsCanBeOpenedAndNoLarger) {
+    std::vector<std::string> names(1);
+    names[0].assign(ModelFiles::maxManifestSize - ModelFiles::manifestBound(names, 64), 'n');
+    EXPECT_EQ(ModelStore::problemWithNumber(names, 64), std::nullopt);
+    names[0] += 'n';
+    EXPECT_NE(ModelStore::problemWithNumber(names, 64), std::nullopt);
 }
 
 TEST(ModelStoreExists, OnlyWithBothFiles) {
@@ -495,6 +510,7 @@ TEST(ModelStore, DoesNotCheckTheLatentsAgainstTheConfiguration) {
     bundle.latents = {{1}, {}, {1, 2, 3, 4, 5, 6}};
     ModelStore::save(bundle, folder.path());
     EXPECT_EQ(ModelStore::load(folder.path()).latents, bundle.latents);
+    EXPECT_THROW((void)ModelStore::open(folder.path()), CorruptModelError);
 }
 
 // ---- Saving that fails

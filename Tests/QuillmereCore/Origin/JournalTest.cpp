@@ -172,6 +172,31 @@ TEST_F(Journalling, ALineCutShortDoesNotSpoilTheNext) {
     }
 }
 
+TEST_F(Journalling, ASingleByteDoesNotSpoilTheNextLine) {
+    fs::create_directories(file.parent_path());
+    writeText(file, "x");
+    journal.append(sampleEntry('a', 'b', "1"));
+    EXPECT_EQ(readText(file).substr(0, 2), "x\n");
+    EXPECT_EQ(find({a, none})->file, "1");
+}
+
+TEST_F(Journalling, AnEntryCutAnywhereIsNone) {
+    const std::string whole = encodeJSON(sampleEntry('c', 'c'));
+    std::string text;
+    for (std::size_t length = 0; length < std::min<std::size_t>(whole.size(), 300); ++length)
+        text += whole.substr(0, length) + "\n";
+    journal.append(sampleEntry('a', 'b', "1"));
+    writeText(file, text + readText(file));
+    EXPECT_EQ(find({c, none}), std::nullopt);
+    EXPECT_EQ(find({a, none})->file, "1");
+}
+
+TEST_F(Journalling, ASegmentThatIsMetTwiceCountsOnce) {
+    journal.append(sampleEntry('a', 'b', "1"));
+    fs::create_hard_link(file, file.string() + ".1");
+    EXPECT_EQ(journal.newest(10).size(), 1U);
+}
+
 TEST_F(Journalling, GarbageWithoutLinesIsPassedOver) {
     writeText(file, std::string((std::size_t{3} << 20) + 17, 'x'));
     journal.append(sampleEntry('a', 'b', "1"));
@@ -180,7 +205,7 @@ TEST_F(Journalling, GarbageWithoutLinesIsPassedOver) {
 
 TEST_F(Journalling, LinesAcrossTheBordersOfWhatIsReadAtOnceAreFound) {
     constexpr int count = 3000;
-    std::string text;
+    std::string text = "rubbish\n";
     const auto digest = [](int i) {
         std::string number = std::to_string(i);
         return std::string(64 - number.size(), '0') + number;

@@ -281,6 +281,22 @@ TEST(NameClaim, APlaceholderGoesWhenTheRenameFails) {
     EXPECT_EQ(entriesIn(folder.path()), 0U);
 }
 
+std::size_t openDescriptors() {
+    return entriesIn("/proc/self/fd");
+}
+
+TEST(AtomicFile, NoDescriptorStaysOpen) {
+    const TempFolder folder;
+    writeText(folder / "from", "content");
+    const std::size_t before = openDescriptors();
+    writeFileAtomically(folder / "file", bytesOf("old"));
+    EXPECT_TRUE(writeNewFile(folder / "new", bytesOf("new")));
+    EXPECT_FALSE(writeNewFile(folder / "new", bytesOf("newer")));
+    createFile(folder / "created", bytesOf("created"));
+    EXPECT_TRUE(NameClaim::byPlaceholder(folder / "from", folder / "to"));
+    EXPECT_EQ(openDescriptors(), before);
+}
+
 std::optional<bool> claimByPlaceholder(const fs::path& from, const fs::path& to) {
     return NameClaim::byPlaceholder(from, to);
 }

@@ -97,13 +97,12 @@ std::vector<float> Detail::readFaster(std::span<const float> samples, double rat
 }
 
 std::vector<long long> Detail::donorCentres(int frames, int hop, double length, SeededRNG& rng) {
-    const int locked = std::min(attackPace, frames - 1);
-    const double start = static_cast<double>(locked) * hop;
-    const double step = std::max(0.0, (length - start) / std::max(1, frames - locked));
+    const double start = static_cast<double>(attackPace) * hop;
+    const double step = std::max(0.0, (length - start) / std::max(1, frames - attackPace));
     Stroll stroll(start, hop, step, rng);
     std::vector<long long> centres;
     for (int t = 0; t < frames; ++t) {
-        const double position = t <= locked ? static_cast<double>(t) * hop : stroll.at(t - locked);
+        const double position = t <= attackPace ? static_cast<double>(t) * hop : stroll.at(t - attackPace);
         centres.push_back(std::llround(position));
     }
     return centres;

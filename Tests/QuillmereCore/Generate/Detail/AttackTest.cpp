@@ -72,8 +72,14 @@ TEST(Attack, AnImageShorterThanTheAttackIsReachedAsFarAsItGoes) {
 TEST(AttackDeathTest, SizesThatDoNotFitStopTheProgram) {
     std::vector<float> course(4);
     EXPECT_DEATH(addCourse(std::vector<float>(3), 3, two, 1, course), "size");
+    EXPECT_DEATH(addCourse(std::vector<float>(5), 4, two, 1, course), "size");
+    std::vector<float> uneven(5);
+    EXPECT_DEATH(addCourse(std::vector<float>(4), 4, two, 1, uneven), "size");
     std::vector<float> image(10);
     EXPECT_DEATH(applyAttack(image, 5, two, course, 1), "size");
+    EXPECT_DEATH(applyAttack(image, 4, two, std::vector<float>(8), 1), "size");
+    EXPECT_DEATH(applyAttack(image, 0, two, course, 1), "size");
+    EXPECT_DEATH((void)AttackFrames::forHop(0), "hop");
 }
 
 }  // namespace

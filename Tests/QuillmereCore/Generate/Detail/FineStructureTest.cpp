@@ -16,13 +16,16 @@ using ::testing::Each;
 using testing::InstructionSet;
 
 TEST(FineStructure, DecibelsBecomeLinear) {
-    const std::vector<float> dB{-100, -60, -20, 0, 6.0206F, 10, 1e9F, -1e9F, 20};
+    // Several vectors of the widest registers, and single values behind them.
+    std::vector<float> dB{1e9F, -1e9F};
+    for (int i = 0; i < 71; ++i)
+        dB.push_back(-100 + 1.7F * static_cast<float>(i));
     std::vector<float> linear(dB.size());
     fromDecibels(dB, 2, linear);
-    for (std::size_t i = 0; i < 6; ++i)
+    EXPECT_GT(linear[0], 1e37F);
+    EXPECT_EQ(linear[1], 0.0F);
+    for (std::size_t i = 2; i < dB.size(); ++i)
         EXPECT_NEAR(linear[i] / (2 * std::pow(10.0, dB[i] / 20.0)), 1, 2e-6) << dB[i];
-    EXPECT_GT(linear[6], 1e37F);
-    EXPECT_EQ(linear[7], 0.0F);
 }
 
 TEST(FineStructure, MagnitudesAreLengths) {
@@ -48,6 +51,12 @@ TEST(FineStructure, ASilentDonorIsNotTrusted) {
     std::vector<float> trust(9, 0.5F);
     trustOf(std::vector<float>(9), 0, trust);
     EXPECT_THAT(trust, Each(0.0F));
+    constexpr float silence = 1e-12F;
+    trustOf(std::vector<float>(9, silence), silence, trust);
+    EXPECT_THAT(trust, Each(0.0F));
+    const float audible = std::nextafter(silence, 1.0F);
+    trustOf(std::vector<float>(9, audible), audible, trust);
+    EXPECT_THAT(trust, Each(1.0F));
 }
 
 float applied(float donor, float envelope, float trust, float amount) {
@@ -90,6 +99,44 @@ TEST(FineStructure, AValueDoesNotDependOnItsPlace) {
             EXPECT_THAT(magnitude, Each(magnitude[0])) << InstructionSet::name(target);
         }
     }
+}
+
+TEST(FineStructure, EachValueIsMadeOfThoseOfItsOwnPlace) {
+    const auto levels = [](std::uint64_t seed) {
+        std::vector<float> values = testing::noise(seed, 53);
+        for (float& value : values)
+            value = std::abs(value) + 0.01F;
+        return values;
+    };
+    const std::vector<float> donor = levels(1);
+    const std::vector<float> envelope = levels(2);
+    const std::vector<float> before = levels(3);
+    std::vector<float> trust(donor.size());
+    trustOf(donor, 100, trust);
+    std::vector<float> after = before;
+    applyFineStructure(after, donor, envelope, trust, 0.8F);
+    for (std::size_t i = 0; i < donor.size(); ++i) {
+        std::vector<float> alone(1);
+        trustOf(std::span(donor).subspan(i, 1), 100, alone);
+        EXPECT_EQ(trust[i], alone[0]) << i;
+        alone[0] = before[i];
+        applyFineStructure(alone, std::span(donor).subspan(i, 1), std::span(envelope).subspan(i, 1),
+                           std::span(trust).subspan(i, 1), 0.8F);
+        EXPECT_EQ(after[i], alone[0]) << i;
+    }
+}
+
+TEST(FineStructureDeathTest, SizesThatDoNotFitStopTheProgram) {
+    const std::vector<float> three(3);
+    std::vector<float> two(2);
+    const std::vector<float> alsoTwo(2);
+    EXPECT_DEATH(fromDecibels(three, 1, two), "size");
+    EXPECT_DEATH(magnitudes(three, alsoTwo, two), "size");
+    EXPECT_DEATH(magnitudes(alsoTwo, three, two), "size");
+    EXPECT_DEATH(trustOf(three, 1, two), "size");
+    EXPECT_DEATH(applyFineStructure(two, three, alsoTwo, alsoTwo, 1), "size");
+    EXPECT_DEATH(applyFineStructure(two, alsoTwo, three, alsoTwo, 1), "size");
+    EXPECT_DEATH(applyFineStructure(two, alsoTwo, alsoTwo, three, 1), "size");
 }
 
 }  // namespace

@@ -74,6 +74,13 @@ TEST(TailCurve, NeverFalls) {
     EXPECT_FLOAT_EQ(curve.values()[11], curve.values()[10]);
 }
 
+TEST(TailCurve, OfLoudFramesInTheFirstCellBeginsAtItsMiddle) {
+    Levels levels = repeated(20, TailCurve::middle(0), 0.5F);
+    const Levels next = repeated(20, TailCurve::middle(1), -3.0F);
+    levels.insert(levels.end(), next.begin(), next.end());
+    EXPECT_FLOAT_EQ(TailCurve(levels).values()[1], TailCurve::middle(0));
+}
+
 TEST(TailCurve, LowersToTheRealLevelAndBetweenTheCellsLinearly) {
     std::array<float, TailCurve::cells> values{};
     for (std::size_t i = 0; i < values.size(); ++i)
@@ -99,6 +106,12 @@ TEST(TailCurve, LowersWholeFramesByTheirLoudestBand) {
 
 TEST(TailCurve, PeaksAreThoseOfTheFrames) {
     EXPECT_THAT(framePeaks(std::vector<float>{1, 5, -2, 3, 2, -3}, 3), ElementsAre(3, 5, -2));
+}
+
+TEST(TailCurveDeathTest, SizesThatDoNotFitStopTheProgram) {
+    EXPECT_DEATH((void)framePeaks(std::vector<float>(4), 3), "size");
+    EXPECT_DEATH((void)framePeaks(std::vector<float>(4), 0), "size");
+    EXPECT_DEATH((void)framePeaks({}, 4), "size");
 }
 
 }  // namespace
