@@ -31,7 +31,7 @@ TaughtNetwork taught(const ModelConfig& config, const TrainingOptions& options,
                      std::span<const std::vector<float>> images, network::Backend& backend,
                      const Report& report) {
     const auto progress = [&](const TrainingProgress& now) {
-        if (report && now.step % 500 == 0 && now.step > 0)
+        if (report && now.step % 500 == 0 && now.step > 0 && now.step < now.totalSteps)
             report("  step " + std::to_string(now.step) + ": " +
                    Text::fixed(static_cast<double>(now.reconstruction), 5));
     };
@@ -48,9 +48,9 @@ std::vector<Lesson> lessonsFor(AnalysisProfile profile) {
                 {.frames = 64, .sounds = 4000, .steps = 1000},
                 {.frames = 192, .sounds = 2000, .steps = 250, .learningRate = 0.0005F}};
     }
-    return {{.frames = 64, .sounds = 6000, .steps = 3000},
-            {.frames = 128, .sounds = 8000, .steps = 3000},
-            {.frames = 384, .sounds = 3000, .steps = 500, .learningRate = 0.0005F}};
+    return {{.frames = 64, .sounds = 24000, .steps = 12000},
+            {.frames = 128, .sounds = 32000, .steps = 12000},
+            {.frames = 384, .sounds = 12000, .steps = 2000, .learningRate = 0.0005F}};
 }
 
 std::vector<Lesson> shortened(std::vector<Lesson> lessons, double share) {

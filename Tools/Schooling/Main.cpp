@@ -30,7 +30,7 @@ namespace {
 namespace fs = std::filesystem;
 
 // Changes whenever a network of the head start does.
-constexpr const char* version = "1";
+constexpr const char* version = "2";
 
 struct Options {
     std::string analysis;
