@@ -114,7 +114,7 @@ bool isUnusable(const fs::path& modelFolder) {
     }
 }
 
-// The folders in root, links not followed, in order of their names; none without a root. Throws FileError.
+// The folders in root, links not followed, in any order; none without a root. Throws FileError.
 std::vector<fs::path> foldersIn(const fs::path& root) {
     std::error_code error;
     std::vector<fs::path> folders;
@@ -123,7 +123,6 @@ std::vector<fs::path> foldersIn(const fs::path& root) {
         if (fs::is_directory(it->symlink_status(ignored))) folders.push_back(it->path());
     }
     if (error && error != std::errc::no_such_file_or_directory) throw FileError(root, error);
-    std::ranges::sort(folders);
     return folders;
 }
 
