@@ -25,7 +25,7 @@ TELLS = re.compile(
     r"|The variations of|Enter a number|Learns and generates|Looking for|variations written|makes of the folder"
     r"|How much of|Detail then works|End the learning and keep|You can listen in|The model is stored|No folder has been learned"
     r"|Space plays|Return opens a run|The nearest sounds of|How loud it is|How the sound was|How far it is|The samples that|The next runs take|The loss says|Near one another|. of the differences|Click a point"
-    r"|Samples of the same names|The same samples were|Another model has made it|”. With the present one|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen"
+    r"|Samples of the same names|The same samples were|Another model has made it|”. With the present one|A head start begins|Before learning|off on average|s that are learned of each|samples; a few dozen|Options of 'train'"
     r"|The journal is o|While this file is|That bought|(% of the error with|more steps\b.*|steps to|dB before,|dB after\.)$"
     r"|Went on from|Stored in|Drawn in|Made of|No models are stored|A model of this folder is|The sounds (will|are)"
     r"|; use --seed|s per sample\)|Verdict: |steps, loss|, reconstruction error|Held back:|off; those learned"

@@ -27,7 +27,8 @@ TEST_F(Report, TellsHowWellAFolderWasLearned) {
     const Outcome words = report();
     EXPECT_EQ(words.exitCode, 0) << words.err;
     EXPECT_THAT(words.out, HasSubstr("The model has not learned its samples yet"));
-    EXPECT_THAT(words.out, HasSubstr("- Learn on (train --continue"));
+    EXPECT_THAT(words.out, HasSubstr("- Learn it longer"));
+    EXPECT_THAT(words.out, HasSubstr("Options of 'train' for this: --continue"));
     EXPECT_THAT(words.out, HasSubstr("Farthest off:"));
     const cli::JSON result = report({"--json"}).event("result");
     EXPECT_EQ(result["grade"], "poor");

@@ -226,8 +226,8 @@ std::string dB(double value) {
 
 Message adviceToLearnOn() {
     return Message(
-        "Learn on (train --continue N tells what N more steps buy); if that is little, the samples are many "
-        "or very different, and a greater --latent-dim or a folder for each kind may help.");
+        "Learn it longer; if that gains little, the samples are many or very different, and more latent "
+        "dimensions or a folder for each kind may help.");
 }
 
 Message adviceOnOthers(const ReportCard::HeldBack& heldBack) {
@@ -242,11 +242,10 @@ void adviseOnFiles(const ReportCard& card, std::vector<Message>& advice) {
     if (const auto cut = static_cast<std::int64_t>(card.count(Kind::cut)); cut > 0)
         advice.push_back(Message::counted(
             cut,
-            "One sample is longer than the {1} s that are learned of each; learn more of each "
-            "(--clip-seconds) "
-            "if their ends matter.",
-            "{0} samples are longer than the {1} s that are learned of each; learn more of each "
-            "(--clip-seconds) if their ends matter.",
+            "One sample is longer than the {1} s that are learned of each; learn more of each, or cut it up, "
+            "if its end matters.",
+            "{0} samples are longer than the {1} s that are learned of each; learn more of each, or cut them "
+            "up, if their ends matter.",
             Text::fixed(card.clipSeconds, 1)));
     if (const auto pairs = std::ssize(card.nearDuplicates); pairs > 0)
         advice.push_back(Message::counted(

@@ -186,7 +186,7 @@ TEST(ReportWords, EveryFindingComesWithWhatToDo) {
     card.heldBack = ReportCard::HeldBack{2, 3, 9};
     const std::vector<Message> advice = card.advice();
     EXPECT_EQ(advice.size(), 8U);
-    EXPECT_THAT(advice.front(), HasSubstr("train --continue"));
+    EXPECT_THAT(advice.front(), HasSubstr("Learn it longer"));
     EXPECT_THAT(advice, ::testing::Contains(HasSubstr("2 files were left out")));
     EXPECT_THAT(advice, ::testing::Contains(HasSubstr("9.0 dB instead of 3.0 dB")));
     card.heldBack->heldBackDB = 5;
