@@ -2,12 +2,13 @@
 """Measures how good new sounds are, and writes what it finds as a page with players and as a Markdown table.
 
 usage: bench-sound.py BUILD OUTPUT CORPUS... [--qualities quick,standard] [--starts fresh,head-start]
-                      [--presets all|A,B] [--count N] [--head-start DIR] [--no-baselines]
+                      [--presets A,B:ID=VALUE] [--details 0,1] [--count N] [--head-start DIR] [--no-baselines]
 
 Every fourth sample of a corpus is held out: no model learns it, and no number here was tuned on it. Each model makes a
-set of files per preset, with detail 0 and 1 and the same seed. A set is compared with the samples held out (the
-discrepancy) and with those learned (coverage, nearest distances, waveform correlation). Baselines: what else could be
-done with the learned samples. sound_measures.py defines every number. Models are kept in OUTPUT and not learned twice.
+set of files for each preset (with parameters changed, if it is followed by them) and amount of detail, with one seed.
+A set is compared with the samples held out (the discrepancy) and with those learned (coverage, nearest distances,
+waveform correlation). Baselines: what else could be done with the learned samples. sound_measures.py defines every
+number. Models are kept in OUTPUT and not learned twice.
 """
 import argparse
 import base64
@@ -102,9 +103,10 @@ class Product:
 
     def generate(self, corpus, model, preset, detail, count):
         output = emptied(corpus.folder / "sets" / f"{model.start}-{model.quality}-{preset}-{detail}")
+        name, *changes = preset.split(":")
         began = time.monotonic()
         self.command("generate", corpus.learned, "--models", model.models, "--output", output, "--count", count,
-                     "--preset", preset, "--detail", detail, "--seed", SEED)
+                     "--preset", name, "--detail", detail, "--seed", SEED, *(f"--set={change}" for change in changes))
         return output, time.monotonic() - began
 
 
@@ -351,9 +353,9 @@ def measure_corpus(product, corpus, options, pool):
             add(sounds)
     for model in models:
         for preset in options.presets:
-            for detail in (0, 1):
+            for detail in options.details:
                 folder, seconds = product.generate(corpus, model, preset, detail, options.count)
-                name = f"{model.start}, {model.quality}: {preset}" + (", detail 1" if detail else "")
+                name = f"{model.start}, {model.quality}: {preset}" + (f", detail {detail}" if detail != "0" else "")
                 add(measured(name, folder, seconds, pool))
     return models, rows
 
@@ -367,6 +369,7 @@ def parsed():
     parser.add_argument("--qualities", type=words, default=["quick"])
     parser.add_argument("--starts", type=words, default=["fresh", "head-start"])
     parser.add_argument("--presets", type=words, default=["Faithful", "Balanced", "Explore", "Wild", "Extreme"])
+    parser.add_argument("--details", type=words, default=["0", "1"])
     parser.add_argument("--count", type=int, default=48, help="files of each set")
     parser.add_argument("--head-start", type=Path, default=Path("Data/HeadStart"), help="its folder")
     parser.add_argument("--no-baselines", dest="baselines", action="store_false")
