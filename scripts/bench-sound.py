@@ -2,7 +2,8 @@
 """Measures how good new sounds are, and writes what it finds as a page with players and as a Markdown table.
 
 usage: bench-sound.py BUILD OUTPUT CORPUS... [--qualities quick,standard] [--starts fresh,head-start]
-                      [--presets A,B:ID=VALUE] [--details 0,1] [--count N] [--head-start DIR] [--no-baselines]
+                      [--presets A,B:ID=VALUE] [--details 0,1] [--count N] [--seed N] [--head-start DIR]
+                      [--no-baselines]
 
 Every fourth sample of a corpus is held out: no model learns it, and no number here was tuned on it. Each model makes a
 set of files for each preset (with parameters changed, if it is followed by them) and amount of detail, with one seed.
@@ -30,7 +31,6 @@ import sound_measures as measures
 
 PLAYERS = 4  # of each set, on the page
 SECONDS_PLAYED = 3.0
-SEED = 5
 HELD, LEARNED = "the samples held out", "the learned samples"
 
 
@@ -101,12 +101,13 @@ class Product:
                      json.loads(note.read_text()) if note.exists() else 0,
                      result["finalReconstructionError"], float(np.mean(unseen)))
 
-    def generate(self, corpus, model, preset, detail, count):
+    def generate(self, corpus, model, preset, detail, options):
         output = emptied(corpus.folder / "sets" / f"{model.start}-{model.quality}-{preset}-{detail}")
         name, *changes = preset.split(":")
         began = time.monotonic()
-        self.command("generate", corpus.learned, "--models", model.models, "--output", output, "--count", count,
-                     "--preset", name, "--detail", detail, "--seed", SEED, *(f"--set={change}" for change in changes))
+        self.command("generate", corpus.learned, "--models", model.models, "--output", output,
+                     "--count", options.count, "--preset", name, *(f"--set={change}" for change in changes),
+                     "--detail", detail, "--seed", options.seed)
         return output, time.monotonic() - began
 
 
@@ -212,15 +213,15 @@ def image_baselines(images, count, generator):
     return {"averages of neighbours": averages, "PCA-64 noise": np.clip(mean + draws @ components[:kept], -1, 1.2)}
 
 
-def baselines(product, corpus, stored, count, pool):
-    generator = np.random.default_rng(SEED)
+def baselines(product, corpus, stored, options, pool):
+    generator = np.random.default_rng(options.seed)
     folder = emptied(corpus.folder / "sets" / "resampled")
     resampled(corpus.folder / "sets" / LEARNED, folder, generator)
     result = [measured("resampled by ±3 semitones", folder, 0, pool)]
     file = corpus.folder / "images.f32"
     shape = product.check("images", stored, corpus.learned, file)
     images = np.fromfile(file, np.float32).reshape(-1, shape["bands"] * shape["frames"])
-    for name, values in image_baselines(images, count, generator).items():
+    for name, values in image_baselines(images, options.count, generator).items():
         values.astype(np.float32).tofile(file)
         folder = emptied(corpus.folder / "sets" / name)
         product.check("render", stored, file, folder)
@@ -349,12 +350,12 @@ def measure_corpus(product, corpus, options, pool):
     for sounds in originals.values():
         add(sounds)
     if options.baselines:
-        for sounds in baselines(product, corpus, stored, options.count, pool):
+        for sounds in baselines(product, corpus, stored, options, pool):
             add(sounds)
     for model in models:
         for preset in options.presets:
             for detail in options.details:
-                folder, seconds = product.generate(corpus, model, preset, detail, options.count)
+                folder, seconds = product.generate(corpus, model, preset, detail, options)
                 name = f"{model.start}, {model.quality}: {preset}" + (f", detail {detail}" if detail != "0" else "")
                 add(measured(name, folder, seconds, pool))
     return models, rows
@@ -371,6 +372,7 @@ def parsed():
     parser.add_argument("--presets", type=words, default=["Faithful", "Balanced", "Explore", "Wild", "Extreme"])
     parser.add_argument("--details", type=words, default=["0", "1"])
     parser.add_argument("--count", type=int, default=48, help="files of each set")
+    parser.add_argument("--seed", type=int, default=5, help="of the sets")
     parser.add_argument("--head-start", type=Path, default=Path("Data/HeadStart"), help="its folder")
     parser.add_argument("--no-baselines", dest="baselines", action="store_false")
     return parser.parse_args()

@@ -44,9 +44,9 @@ TaughtNetwork taught(const ModelConfig& config, const TrainingOptions& options,
 
 std::vector<Lesson> lessonsFor(AnalysisProfile profile) {
     if (profile == AnalysisProfile::tonal) {
-        return {{.frames = 32, .sounds = 6000, .steps = 2500},
-                {.frames = 64, .sounds = 4000, .steps = 1000},
-                {.frames = 192, .sounds = 2000, .steps = 250, .learningRate = 0.0005F}};
+        return {{.frames = 32, .sounds = 24000, .steps = 10000},
+                {.frames = 64, .sounds = 16000, .steps = 4000},
+                {.frames = 192, .sounds = 8000, .steps = 1000, .learningRate = 0.0005F}};
     }
     return {{.frames = 64, .sounds = 24000, .steps = 12000},
             {.frames = 128, .sounds = 32000, .steps = 12000},
