@@ -1,13 +1,16 @@
 """Measures of short sounds, and of sets of them: how sharp, how textured, how far apart, how new.
 
-Sounds are mono arrays at RATE, as the product writes them. Sets are compared by estimates that do not depend on
-their size: the unbiased squared maximum mean discrepancy (Gretton, Borgwardt, Rasch, Schölkopf, Smola: A kernel
-two-sample test, 2012) and coverage (Naeem, Oh, Uh, Choi, Yoo: Reliable fidelity and diversity metrics for
+Sounds are mono arrays at RATE; files of another rate are brought to it. Sets are compared by estimates that do not
+depend on their size: the unbiased squared maximum mean discrepancy (Gretton, Borgwardt, Rasch, Schölkopf, Smola: A
+kernel two-sample test, 2012) and coverage (Naeem, Oh, Uh, Choi, Yoo: Reliable fidelity and diversity metrics for
 generative models, 2020). Intervals are bootstrap intervals of the median (Efron, 1979).
 """
+import math
+
 import numpy as np
 import scipy.fft
 import scipy.io.wavfile
+import scipy.signal
 
 RATE = 44100
 NEIGHBOURS = 5  # coverage: a sample is covered if a new sound lies within its distance to this many others
@@ -20,13 +23,15 @@ DESCRIPTORS = ("log rise", "log half height", "log length", "centroid", "spread"
 
 
 def read(path):
-    """A WAV file as numbers within ±1."""
+    """A WAV file as numbers within ±1, at RATE."""
     rate, samples = scipy.io.wavfile.read(path)
-    if rate != RATE:
-        raise ValueError(f"{path}: {rate} Hz, not {RATE}")
     if samples.dtype.kind == "i":
         samples = samples / -float(np.iinfo(samples.dtype).min)
-    return samples.astype(np.float64)
+    samples = samples.astype(np.float64)
+    if rate == RATE:
+        return samples
+    common = math.gcd(rate, RATE)
+    return scipy.signal.resample_poly(samples, RATE // common, rate // common)
 
 
 def spectrogram(samples, size, hop):
