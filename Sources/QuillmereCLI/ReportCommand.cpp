@@ -81,10 +81,9 @@ void printTable(const std::string& title, const std::vector<std::vector<std::str
 
 void print(const ReportCard& card, Console& console) {
     console.print(Language::text(card.verdict()));
-    const std::vector<Message> advice = card.advice();
-    for (const Message& sentence : advice)
+    for (const Message& sentence : card.advice())
         console.print("- " + Language::text(sentence));
-    if (!advice.empty())
+    if (card.grade() != ReportCard::Grade::good || card.count(ReportCard::Blemish::Kind::cut) > 0)
         console.print(tr("Options of 'train' for this: --continue, --latent-dim, --clip-seconds."));
     console.print(trCounted(card.steps, "Training: {0} step, loss {1}, reconstruction error {2}.",
                             "Training: {0} steps, loss {1}, reconstruction error {2}.",
