@@ -65,29 +65,44 @@ void requireModel(const ModelConfig& config, std::span<const std::string> names)
     if (const auto problem = ModelStore::problemWithNumber(names, config.latentDim)) throw Failure(*problem);
 }
 
-// The usable clips.
-std::vector<ClipReading> readUsable(const CorpusSummary& corpus, const TrainingOptions& options,
-                                    const ProgressCallback& progress, const std::stop_token& stop) {
+// The usable clips, and the files that they are of.
+struct UsableClips {
+    ClipNeeds needs;
+    std::vector<ClipReading> readings;
+    std::vector<CorpusFile> files;
+};
+
+UsableClips readUsable(const CorpusSummary& corpus, const TrainingOptions& options,
+                       const ProgressCallback& progress, const std::stop_token& stop) {
     report(progress, readingStarted(static_cast<std::int64_t>(corpus.files.size())));
-    std::vector<ClipReading> clips = readClips(
-        corpus.files, needsOf(options, corpus.dominantSampleRate()),
+    UsableClips clips{.needs = needsOf(options, corpus.dominantSampleRate()), .readings = {}, .files = {}};
+    clips.needs.keptTogether = ClipNeeds::ofAnyCorpus;
+    std::vector<ClipReading> all = readClips(
+        corpus.files, clips.needs,
         [&](std::int64_t done, std::int64_t files) { report(progress, fileRead(done, files)); }, stop);
-    std::erase_if(clips, [](const ClipReading& clip) { return !clip.isUsable(); });
-    if (clips.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        if (!all[i].isUsable()) continue;
+        clips.readings.push_back(std::move(all[i]));
+        clips.files.push_back(corpus.files[i]);
+    }
+    if (clips.readings.empty()) throw TrainingError(TrainingError::Kind::noUsableAudio);
     return clips;
 }
 
-std::vector<std::vector<float>> imagesOf(std::span<const ClipReading> clips, const ModelConfig& config,
+// The samples of each clip go when it has become an image.
+std::vector<std::vector<float>> imagesOf(UsableClips clips, const ModelConfig& config,
                                          const std::stop_token& stop) {
     const FeatureExtractor extractor(config);
-    std::vector<std::vector<float>> images(clips.size());
+    std::vector<std::vector<float>> images(clips.files.size());
     WorkerTeam team;
+    const ClipNeeds needs = clips.needs.sharedBy(team.threads());
     std::vector<std::optional<STFT>> transforms(static_cast<std::size_t>(team.threads()));
-    team.run(clips.size(), [&](std::size_t i, int worker) {
+    team.run(images.size(), [&](std::size_t i, int worker) {
         if (stop.stop_requested()) return;
         std::optional<STFT>& stft = transforms[static_cast<std::size_t>(worker)];
         if (!stft) stft = extractor.makeSTFT();
-        images[i] = ClipPreparation::prepare(clips[i].clip, config, extractor, *stft).image;
+        const DecodedClip clip = clipOf(std::move(clips.readings[i]), clips.files[i], needs, stop);
+        images[i] = ClipPreparation::prepare(clip, config, extractor, *stft).image;
     });
     throwIfCancelled(stop);
     return images;
@@ -95,17 +110,17 @@ std::vector<std::vector<float>> imagesOf(std::span<const ClipReading> clips, con
 
 PreparedCorpus prepareCorpus(const CorpusSummary& corpus, const TrainingOptions& options,
                              const ProgressCallback& progress, const std::stop_token& stop) {
-    std::vector<ClipReading> clips = readUsable(corpus, options, progress, stop);
+    UsableClips clips = readUsable(corpus, options, progress, stop);
     PreparedCorpus prepared;
-    prepared.config = chooseConfig(clips, corpus.dominantSampleRate(), options);
-    for (const ClipReading& clip : clips)
+    prepared.config = chooseConfig(clips.readings, corpus.dominantSampleRate(), options);
+    for (const ClipReading& clip : clips.readings)
         prepared.names.push_back(clip.clip.name);
     requireModel(prepared.config, prepared.names);
     if (options.start) {
         if (const auto problem = options.start->problemWith(prepared.config)) throw Failure(*problem);
     }
     report(progress, analysisStarted(prepared.config.profile, prepared.config.clipSeconds()));
-    prepared.images = imagesOf(clips, prepared.config, stop);
+    prepared.images = imagesOf(std::move(clips), prepared.config, stop);
     return prepared;
 }
 

@@ -67,15 +67,16 @@ class LearnedFolder {
 public:
     LearnedFolder(const ModelBundle& model, const CorpusSummary& corpus, const Report& progress,
                   const std::stop_token& stop)
-        : model_(model), extractor_(model.config) {
-        ModelTrainer::ClipNeeds needs;
-        needs.sampleRate = static_cast<int>(model.config.sampleRate);
-        needs.keptSamples = static_cast<std::size_t>(model.config.clipSamples()) + 1;
-        needs.flatness = false;
+        : model_(model), files_(corpus.files), extractor_(model.config) {
+        needs_.sampleRate = static_cast<int>(model.config.sampleRate);
+        needs_.keptSamples = static_cast<std::size_t>(model.config.clipSamples()) + 1;
+        needs_.flatness = false;
+        needs_.keptTogether = ModelTrainer::ClipNeeds::ofAnyCorpus;
+        needs_ = needs_.sharedBy(WorkerTeam().threads());
         const auto tell = [&](std::int64_t done, std::int64_t total) {
             if (progress) progress({ReportProgress::Part::reading, done, total});
         };
-        readings_ = ModelTrainer::readClips(corpus.files, needs, tell, stop);
+        readings_ = ModelTrainer::readClips(corpus.files, needs_, tell, stop);
         for (std::size_t i = 0; i < readings_.size(); ++i) {
             if (readings_[i].isUsable()) usable_.push_back(i);
         }
@@ -85,18 +86,22 @@ public:
 
     [[nodiscard]] std::span<const std::size_t> usable() const { return usable_; }
     [[nodiscard]] const std::vector<ModelTrainer::ClipReading>& readings() const { return readings_; }
-    [[nodiscard]] const DecodedClip& clip(std::size_t position) const {
-        return readings_[usable_[position]].clip;
+    [[nodiscard]] const std::string& name(std::size_t position) const {
+        return readings_[usable_[position]].clip.name;
     }
-    [[nodiscard]] std::vector<float> image(std::size_t position, STFT& stft) const {
-        return ClipPreparation::prepare(clip(position), model_.config, extractor_, stft).image;
+    [[nodiscard]] DecodedClip clip(std::size_t position, const std::stop_token& stop) const {
+        const std::size_t file = usable_[position];
+        return ModelTrainer::clipOf(readings_[file], files_[file], needs_, stop);
+    }
+    [[nodiscard]] std::vector<float> image(const DecodedClip& clip, STFT& stft) const {
+        return ClipPreparation::prepare(clip, model_.config, extractor_, stft).image;
     }
     [[nodiscard]] Images images(const std::stop_token& stop) const {
         Images images(usable_.size());
         parallelFor(images.size(), [&](std::size_t i) {
             throwIfCancelled(stop);
             STFT stft = extractor_.makeSTFT();
-            images[i] = image(i, stft);
+            images[i] = image(clip(i, stop), stft);
         });
         return images;
     }
@@ -104,6 +109,8 @@ public:
 
 private:
     const ModelBundle& model_;
+    const std::vector<CorpusFile>& files_;
+    ModelTrainer::ClipNeeds needs_;
     FeatureExtractor extractor_;
     std::vector<ModelTrainer::ClipReading> readings_;
     std::vector<std::size_t> usable_;  // positions among the readings
@@ -126,7 +133,7 @@ void addBlemishes(ReportCard& card, const LearnedFolder& folder, const CorpusSum
         if (reading.outcome == Outcome::unreadable) add(Kind::unreadable, reading.reason);
         if (reading.outcome == Outcome::silent) add(Kind::silent, {});
         if (!reading.isUsable()) continue;
-        if (std::ssize(reading.clip.samples) > clipSamples) add(Kind::cut, {});
+        if (std::cmp_greater(reading.length, clipSamples)) add(Kind::cut, {});
         if (reading.damage.any()) add(Kind::damaged, damageText(reading.damage));
     }
 }
@@ -350,7 +357,7 @@ ReportCard makeReport(const ModelBundle& model, const CorpusSummary& corpus, net
     VAEInference inference(model.config, model.weights, backend);
     const std::vector<double> errors = errorsOf(inference, model.latents, images, stop);
     for (std::size_t i = 0; i < errors.size(); ++i)
-        card.clips.push_back({.name = folder.clip(i).name, .errorDB = errors[i]});
+        card.clips.push_back({.name = folder.name(i), .errorDB = errors[i]});
     card.errorDB = together(errors);
     card.worst = byError(card, worstClips);
     addNeighbours(card, printsOf(folder, corpus, progress, stop), progress, stop);
@@ -384,14 +391,14 @@ std::vector<ReportExample> reportExamples(const ReportCard& card, const ModelBun
     std::vector<ReportExample> examples;
     for (std::size_t i = 0; i < order.size(); ++i) {
         const std::size_t clip = order[i];
-        examples.push_back(
-            {.name = card.clips[clip].name,
-             .errorDB = card.clips[clip].errorDB,
-             .original = ClipPreparation::cutAndFade(folder.clip(clip).samples, model.config.clipSamples(),
-                                                     model.config.sampleRate),
-             .learned = std::move(learned[i].samples),
-             .originalImage = folder.image(clip, stft),
-             .learnedImage = std::move(images[i])});
+        const DecodedClip original = folder.clip(clip, stop);
+        examples.push_back({.name = card.clips[clip].name,
+                            .errorDB = card.clips[clip].errorDB,
+                            .original = ClipPreparation::cutAndFade(
+                                original.samples, model.config.clipSamples(), model.config.sampleRate),
+                            .learned = std::move(learned[i].samples),
+                            .originalImage = folder.image(original, stft),
+                            .learnedImage = std::move(images[i])});
     }
     return examples;
 }

@@ -1,6 +1,7 @@
 #include "QuillmereCore/Model/Training/ClipReading.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <optional>
@@ -162,6 +163,28 @@ ClipReading readUsable(const CorpusFile& file, const ClipNeeds& needs, const std
     return reading;
 }
 
+// Room for samples, which threads take.
+class Room {
+public:
+    explicit Room(std::size_t samples) : left_(samples) {}
+
+    [[nodiscard]] bool take(std::size_t samples) {
+        std::size_t left = left_;
+        do {
+            if (samples > left) return false;
+        } while (!left_.compare_exchange_weak(left, left - samples));
+        return true;
+    }
+
+private:
+    std::atomic<std::size_t> left_;
+};
+
+bool areOfOneSound(const ClipReading& a, const ClipReading& b) {
+    return a.length == b.length && a.effectiveSeconds == b.effectiveSeconds &&
+           a.clip.originalSeconds == b.clip.originalSeconds;
+}
+
 }  // namespace
 
 ClipNeeds needsOf(const TrainingOptions& options, int sampleRate) {
@@ -175,6 +198,13 @@ ClipNeeds needsOf(const TrainingOptions& options, int sampleRate) {
             .keptSamples = static_cast<std::size_t>(longest) + 1,
             .flatness = options.profile == AnalysisProfile::automatic,
             .samplesInMemory = ClipNeeds().samplesInMemory};
+}
+
+ClipNeeds ClipNeeds::sharedBy(int threads) const {
+    constexpr std::size_t samplesTogether = std::size_t{32} << 20;
+    ClipNeeds shared = *this;
+    shared.samplesInMemory = std::min(samplesInMemory, samplesTogether / static_cast<std::size_t>(threads));
+    return shared;
 }
 
 ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs, const std::stop_token& stop) {
@@ -200,19 +230,31 @@ std::vector<ClipReading> readClips(std::span<const CorpusFile> files, const Clip
         std::int64_t done QUILLMERE_GUARDED_BY(mutex) = 0;
     } read;
     WorkerTeam team;
-    ClipNeeds shared = needs;
-    constexpr std::size_t samplesTogether = std::size_t{32} << 20;
-    shared.samplesInMemory =
-        std::min(needs.samplesInMemory, samplesTogether / static_cast<std::size_t>(team.threads()));
+    const ClipNeeds shared = needs.sharedBy(team.threads());
+    Room room(needs.keptTogether);
     team.run(files.size(), [&](std::size_t i, int) {
         if (stop.stop_requested()) return;
         readings[i] = readClip(files[i], shared, stop);
+        std::vector<float>& samples = readings[i].clip.samples;
+        if (!room.take(samples.size())) samples = std::vector<float>();
         if (!progress) return;
         const MutexLock lock(read.mutex);
         progress(++read.done, total);
     });
     throwIfCancelled(stop);
     return readings;
+}
+
+DecodedClip clipOf(ClipReading reading, const CorpusFile& file, const ClipNeeds& needs,
+                   const std::stop_token& stop) {
+    require(reading.isUsable(), "only a usable clip has samples");
+    if (!reading.clip.samples.empty()) return std::move(reading.clip);
+    ClipNeeds samplesOnly = needs;
+    samplesOnly.flatness = false;
+    ClipReading again = readUsable(file, samplesOnly, stop);
+    if (!areOfOneSound(reading, again))
+        throw AudioIOError::unreadable(file.url, Message("it has changed while it was read"));
+    return std::move(again.clip);
 }
 
 ModelConfig chooseConfig(std::span<const ClipReading> readings, int sampleRate,

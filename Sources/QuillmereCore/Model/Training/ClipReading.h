@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 #include <span>
 #include <stop_token>
 #include <string>
@@ -24,7 +25,8 @@ struct ClipReading {
     Outcome outcome = Outcome::usable;
     Message reason;  // of unreadable: the sentence that names the file and says why
 
-    // Of a usable file. The clip's samples may end early (ClipNeeds); the rest is of the whole clip.
+    // Of a usable file. The clip's samples may end early, or be absent (ClipNeeds); the rest is of the whole
+    // clip.
     DecodedClip clip;
     std::size_t length = 0;  // samples
     double effectiveSeconds = 0;
@@ -43,6 +45,13 @@ struct ClipNeeds {
     // A clip of more samples than this, 16 MiB, is decoded twice: once for its peak, on which all else
     // depends, and once to be measured. The results are the same.
     std::size_t samplesInMemory = std::size_t{4} << 20;
+    // All clips of one readClips together; those beyond are left without samples (see clipOf).
+    std::size_t keptTogether = std::numeric_limits<std::size_t>::max();
+    static constexpr std::size_t ofAnyCorpus = std::size_t{64} << 20;  // 256 MiB, whatever its size
+
+    // For each of so many threads that read at once: many hold fewer samples each, all of them together 192
+    // MiB while their vectors grow.
+    [[nodiscard]] ClipNeeds sharedBy(int threads) const;
 };
 
 // Needs of a training with these options: one sample more than any model for them uses, which tells that a
@@ -55,12 +64,17 @@ struct ClipNeeds {
 [[nodiscard]] ClipReading readClip(const CorpusFile& file, const ClipNeeds& needs,
                                    const std::stop_token& stop = {});
 
-// Reads all files in parallel; the readings are in the order of the files. Many threads hold fewer samples
-// each: all of them together 192 MiB while their vectors grow. progress may be empty; it is called from
-// worker threads, by one at a time, after each file. stop is asked all the time. Throws as readClip, and what
-// progress throws.
+// Reads all files in parallel, with the needs shared by the threads; the readings are in the order of the
+// files. progress may be empty; it is called from worker threads, by one at a time, after each file. stop is
+// asked all the time. Throws as readClip, and what progress throws.
 [[nodiscard]] std::vector<ClipReading> readClips(std::span<const CorpusFile> files, const ClipNeeds& needs,
                                                  const CountProgress& progress, const std::stop_token& stop);
+
+// A usable clip with its samples: those of its reading, or, where there was no room for them, the same ones
+// from the file. The needs are those of the reading. Throws AudioIOError for a file that has changed since,
+// and as readClip.
+[[nodiscard]] DecodedClip clipOf(ClipReading reading, const CorpusFile& file, const ClipNeeds& needs,
+                                 const std::stop_token& stop = {});
 
 // The configuration for the usable clips, of which there must be one: profile and clip length as the options
 // say, or chosen from what was measured (ClipPreparation). Whether a model can have it is for the caller to

@@ -5,8 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <stdexcept>
 #include <stop_token>
+#include <string>
 #include <vector>
 
 #include "QuillmereCore/Model/Training/TrainingTestData.h"
@@ -17,6 +19,7 @@ namespace {
 
 using ModelTrainer::chooseConfig;
 using ModelTrainer::ClipNeeds;
+using ModelTrainer::clipOf;
 using ModelTrainer::ClipReading;
 using ModelTrainer::needsOf;
 using ModelTrainer::readClip;
@@ -123,6 +126,81 @@ TEST(ClipReading, PassesOnWhatItsCallbackThrows) {
                  std::runtime_error);
 }
 
+// ---- Clips that are too many to be kept
+
+class ManyClips : public ::testing::Test {
+protected:
+    ManyClips() {
+        for (int i = 0; i < 8; ++i)
+            corpus.addNoise(std::to_string(i) + ".wav", 0.1 + 0.01 * i, static_cast<std::uint64_t>(i));
+    }
+    // With room for the samples of some of them.
+    [[nodiscard]] static ClipNeeds roomFor(std::size_t samples) {
+        ClipNeeds needs = all;
+        needs.keptTogether = samples;
+        return needs;
+    }
+    // The reading of the first file, without samples.
+    [[nodiscard]] ClipReading firstWithoutSamples() const {
+        return readClips(corpus.scan().files, roomFor(0), {}, {}).front();
+    }
+
+    TestCorpus corpus;
+};
+
+TEST_F(ManyClips, HoldNoMoreSamplesThanThereIsRoomFor) {
+    for (const std::size_t room : {0U, 1500U, 3000U}) {
+        std::size_t held = 0;
+        for (const ClipReading& reading : readClips(corpus.scan().files, roomFor(room), {}, {}))
+            held += reading.clip.samples.capacity();
+        EXPECT_LE(held, room);
+        EXPECT_EQ(held > 0, room > 0);
+    }
+}
+
+TEST_F(ManyClips, AreMeasuredAndReadAgainAsIfThereWereRoom) {
+    const std::vector<CorpusFile> files = corpus.scan().files;
+    const auto whole = readClips(files, all, {}, {});
+    const auto some = readClips(files, roomFor(3000), {}, {});
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        EXPECT_EQ(some[i].length, whole[i].length);
+        EXPECT_EQ(some[i].flatness, whole[i].flatness);
+        const DecodedClip clip = clipOf(some[i], files[i], roomFor(3000));
+        EXPECT_EQ(clip.name, whole[i].clip.name);
+        EXPECT_EQ(clip.samples, whole[i].clip.samples);
+        EXPECT_EQ(clip.originalSeconds, whole[i].clip.originalSeconds);
+    }
+}
+
+TEST_F(ManyClips, AreRefusedIfTheirFileHasChangedMeanwhile) {
+    const CorpusFile file = corpus.scan().files.front();
+    const ClipReading before = firstWithoutSamples();
+    corpus.addNoise("0.wav", 0.2, 5);
+    try {
+        (void)clipOf(before, file, roomFor(0));
+        FAIL();
+    } catch (const AudioIOError& error) {
+        EXPECT_STREQ(error.what(), "Could not read 0.wav: it has changed while it was read");
+    }
+    corpus.add("0.wav", std::vector<float>(800, 0.0F));
+    EXPECT_THROW((void)clipOf(before, file, roomFor(0)), AudioIOError);
+}
+
+TEST_F(ManyClips, AreRefusedIfTheirFileIsGone) {
+    const CorpusFile file = corpus.scan().files.front();
+    const ClipReading before = firstWithoutSamples();
+    std::filesystem::remove(file.url);
+    EXPECT_THROW((void)clipOf(before, file, roomFor(0)), AudioIOError);
+}
+
+TEST_F(ManyClips, AreNotReadAgainIfThatIsCancelled) {
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_THROW(
+        (void)clipOf(firstWithoutSamples(), corpus.scan().files.front(), roomFor(0), stop.get_token()),
+        CancellationError);
+}
+
 // ---- What training needs of a clip
 
 TEST(ClipNeeds, AreOneSampleMoreThanTheLongestModelUses) {
@@ -134,6 +212,14 @@ TEST(ClipNeeds, AreOneSampleMoreThanTheLongestModelUses) {
     options.clipSeconds = 9;
     EXPECT_EQ(needsOf(options, 44100).keptSamples, static_cast<std::size_t>(longest(9)) + 1);
     EXPECT_EQ(needsOf(options, 44100).sampleRate, 44100);
+}
+
+TEST(ClipNeeds, AreFewerSamplesForEachOfManyThreads) {
+    const ClipNeeds needs;
+    EXPECT_EQ(needs.sharedBy(1).samplesInMemory, needs.samplesInMemory);
+    EXPECT_EQ(needs.sharedBy(8).samplesInMemory, needs.samplesInMemory);
+    EXPECT_EQ(needs.sharedBy(64).samplesInMemory, needs.samplesInMemory / 8);
+    EXPECT_EQ(needs.sharedBy(64).keptSamples, needs.keptSamples);
 }
 
 TEST(ClipNeeds, HoldFlatnessOnlyWhereTheProfileIsChosenByIt) {
