@@ -131,6 +131,22 @@ TEST(TrimSilence, CutsBelow55Decibels) {
     EXPECT_EQ(loudEnough.end, 768U);
 }
 
+float levelOf(const Signal& block) {
+    float sum = 0;
+    for (const float value : block)
+        sum += value * value;
+    return std::sqrt(sum / static_cast<float>(block.size()));
+}
+
+TEST(TrimSilence, CutsWhatIsJustAsQuietAsTheLimit) {
+    constexpr float quiet = 9.0F / 4096;  // one of the levels that the limit of another can be
+    float loud = 1.22F;
+    while (levelOf(constant(128, loud)) * 0.0018F < quiet)
+        loud = std::nextafter(loud, 2.0F);
+    ASSERT_EQ(levelOf(constant(128, loud)) * 0.0018F, quiet);
+    EXPECT_EQ(Finishing::audibleRange(constant(128, loud) + constant(640, quiet), 100).end, 129U);
+}
+
 TEST(TrimSilence, SurvivesValuesThatAreNotFinite) {
     constexpr float infinity = std::numeric_limits<float>::infinity();
     EXPECT_EQ(Finishing::trimSilence(constant(500, infinity), sampleRate).size(), 500U);
@@ -417,6 +433,14 @@ TEST(Fit, CutsLongerSoundsWithAFadeAndFillsShorterOnes) {
     std::vector<float> same{0.25F, 0.5F};
     Finishing::fit(same, 2, 1, 8000);
     EXPECT_EQ(same, (std::vector{0.25F, 0.5F}));
+}
+
+TEST(Fit, FadesAtMostAQuarterOfAShortSound) {
+    std::vector<float> sound(100, 1.0F);
+    Finishing::fit(sound, 20, 1, 8000);
+    EXPECT_EQ(sound[14], 1) << "5 ms would be 40 samples";
+    EXPECT_EQ(sound[15], 0.8F);
+    EXPECT_EQ(sound[19], 0);
 }
 
 TEST(FirstFreeIndex, IsOneForAnEmptyFolder) {

@@ -269,6 +269,10 @@ TEST(TimeStretch, InterpolatesBetweenFramesAndRepeatsTheLast) {
     EXPECT_EQ(Rendering::timeStretch(Image{0, 10, 100, 80}, 2, 2, 4), (Image{0, 5, 10, 10, 100, 90, 80, 80}));
 }
 
+TEST(TimeStretch, RepeatsASingleFrame) {
+    EXPECT_EQ(Rendering::timeStretch(Image{-10, -20}, 2, 1, 3), (Image{-10, -10, -10, -20, -20, -20}));
+}
+
 TEST(TimeStretch, PicksEverySecondFrameAtHalfTheLength) {
     EXPECT_EQ(Rendering::timeStretch(Image{1, 2, 3, 4}, 1, 4, 2), (Image{1, 3}));
 }

@@ -54,6 +54,10 @@ TEST_F(Journalling, AnEntryComesBackAsItWas) {
     EXPECT_EQ(encodeJSON(entry).find('\n'), std::string::npos);
 }
 
+TEST_F(Journalling, NamesStandInALineAsPeopleWriteThem) {
+    EXPECT_NE(encodeJSON(sampleEntry('a', 'b', "/tmp/café.wav")).find("/tmp/café.wav"), std::string::npos);
+}
+
 JournalSet sampleSet() {
     JournalSet set{.count = 12, .made = "2026-01-02T03:04:05Z", .first = sampleRecipe(), .parent = {}};
     set.first.lineage = Lineage{.way = "like", .parents = {}, .values = {{"closeness", 0.7}}};

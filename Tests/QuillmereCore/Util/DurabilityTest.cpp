@@ -1,8 +1,11 @@
 // What is on the disk, and in which order it gets there; temporary files that nobody owns any more.
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <memory>
@@ -184,6 +187,25 @@ TEST(AbandonedFiles, AFileLostBeforeItsLockIsMadeAnew) {
         return 0;
     });
     writeFileAtomically(folder / "file", bytesOf("whole"));
+    EXPECT_EQ(readText(folder / "file"), "whole");
+    EXPECT_EQ(entriesIn(folder.path()), 1U);
+}
+
+TEST(AbandonedFiles, AFileThatIsLockedByWhoeverRemovesItIsMadeAnew) {
+    const TempFolder folder;
+    fs::path taken;
+    int lock = -1;
+    const SystemCallsAsk sweep([&](const SystemCall& call) {
+        if (call.name == "flock" && taken.empty()) {
+            taken = fs::directory_iterator(folder.path())->path();
+            lock = ::open(taken.c_str(), O_RDONLY | O_CLOEXEC);
+            EXPECT_EQ(::flock(lock, LOCK_EX | LOCK_NB), 0);
+        }
+        if (call.name == "rename") fs::remove(taken);
+        return 0;
+    });
+    writeFileAtomically(folder / "file", bytesOf("whole"));
+    EXPECT_EQ(::close(lock), 0);
     EXPECT_EQ(readText(folder / "file"), "whole");
     EXPECT_EQ(entriesIn(folder.path()), 1U);
 }
