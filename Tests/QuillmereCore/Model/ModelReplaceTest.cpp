@@ -604,6 +604,35 @@ TEST_F(StrandedModel, IsAMereRemainderOnceThereIsANewOne) {
     expectNothingBesides();
 }
 
+// Another program would bring back half of it.
+TEST_F(StrandedModel, IsNotTakenApartUnderItsName) {
+    fs::copy(hidden, model);
+    const std::size_t files = entriesIn(hidden);
+    bool isHalf = false;
+    const SystemCallsAsk asking([&](const SystemCall& call) {
+        if (call.name == "unlink" || call.name == "rmdir")
+            isHalf = isHalf || (fs::exists(hidden) && entriesIn(hidden) < files);
+        return 0;
+    });
+    store(2);
+    EXPECT_FALSE(isHalf);
+    expectNothingBesides();
+}
+
+TEST_F(StrandedModel, LeavesFilesOfOthersButToNoneOfTheSameName) {
+    fs::copy(hidden, model);
+    writeText(hidden / "notes.txt", "old");
+    writeText(hidden / "more.txt", "more");
+    writeText(model / "notes.txt", "new");
+    const SystemCallsAsk asking([](const SystemCall&) {
+        errno = ENOENT;  // what an earlier call may have left
+        return 0;
+    });
+    store(2);
+    EXPECT_EQ(readText(model / "notes.txt"), "new");
+    EXPECT_EQ(readText(model / "more.txt"), "more");
+}
+
 TEST_F(StrandedModel, IsRemovedAsAnyModel) {
     EXPECT_TRUE(ModelStore::remove(model));
     expectNothingBesides({});

@@ -779,6 +779,10 @@ TEST(ModelStoreDate, IsReadBackExactly) {
         EXPECT_EQ(ModelStore::parseISODate(ModelStore::isoDate(atSecond(seconds))), atSecond(seconds));
 }
 
+TEST(ModelStoreDate, MayBeTheLastSecondOfADay) {
+    EXPECT_EQ(ModelStore::parseISODate("1969-12-31T23:59:59Z"), atSecond(-1));
+}
+
 TEST(ModelStoreDate, MayHaveAFractionOfASecondThatIsDropped) {
     EXPECT_EQ(ModelStore::parseISODate("2025-03-01T14:07:09.999Z"), atSecond(1740838029));
     EXPECT_EQ(ModelStore::parseISODate("2025-03-01T14:07:09.0Z"), atSecond(1740838029));
