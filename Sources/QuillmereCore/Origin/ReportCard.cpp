@@ -203,13 +203,13 @@ bool isHeldBack(std::size_t clip, std::size_t clips) {
     return clips >= 20 ? clip % 10 == 5 : clip % 3 == 1;
 }
 
-ReportCard::HeldBack holdBack(const ModelBundle& model, const Images& images,
+ReportCard::HeldBack holdBack(const ModelBundle& model, Images images,
                               const std::shared_ptr<const TrainingStart>& start, network::Backend& backend,
                               const Report& progress, const std::stop_token& stop) {
     Images learned;
     Images others;
     for (std::size_t i = 0; i < images.size(); ++i)
-        (isHeldBack(i, images.size()) ? others : learned).push_back(images[i]);
+        (isHeldBack(i, images.size()) ? others : learned).push_back(std::move(images[i]));
     TrainingOptions options;
     options.steps = std::max<std::int64_t>(model.metadata.steps, 1);
     options.latentDim = model.config.latentDim;
@@ -353,7 +353,7 @@ ReportCard makeReport(const ModelBundle& model, const CorpusSummary& corpus, net
                     .outliers = {},
                     .blemishes = {},
                     .heldBack = {}};
-    const Images images = folder.images(stop);
+    Images images = folder.images(stop);
     VAEInference inference(model.config, model.weights, backend);
     const std::vector<double> errors = errorsOf(inference, model.latents, images, stop);
     for (std::size_t i = 0; i < errors.size(); ++i)
@@ -364,7 +364,7 @@ ReportCard makeReport(const ModelBundle& model, const CorpusSummary& corpus, net
     sortOut(card);
     addBlemishes(card, folder, corpus, model.config.clipSamples());
     if (options.holdsBack && images.size() > 1)
-        card.heldBack = holdBack(model, images, options.start, backend, progress, stop);
+        card.heldBack = holdBack(model, std::move(images), options.start, backend, progress, stop);
     return card;
 }
 
