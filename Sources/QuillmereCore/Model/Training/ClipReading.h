@@ -71,8 +71,8 @@ struct ClipNeeds {
                                                  const CountProgress& progress, const std::stop_token& stop);
 
 // A usable clip with its samples: those of its reading, or, where there was no room for them, the same ones
-// from the file. The needs are those of the reading. Throws AudioIOError for a file that has changed since,
-// and as readClip.
+// from the file. The needs are those of the reading. Throws AudioIOError for a file that cannot be read any
+// more or has changed since, and CancellationError.
 [[nodiscard]] DecodedClip clipOf(ClipReading reading, const CorpusFile& file, const ClipNeeds& needs,
                                  const std::stop_token& stop = {});
 
