@@ -4,8 +4,30 @@ include(GoogleTest)
 pkg_check_modules(LIBXML REQUIRED IMPORTED_TARGET libxml-2.0)
 pkg_check_modules(LIBPNG REQUIRED IMPORTED_TARGET libpng)
 
-# The environment of tests that need a graphics processor: Mesa's software driver, whatever the machine has, with
-# compiled shaders kept in the build folder.
+# quillmere_gpu_environment(variable manifest...) sets the environment of a test that sees these drivers of graphics
+# processors alone, whatever the machine has; compiled shaders are kept in the build folder.
+function(quillmere_gpu_environment variable)
+    list(JOIN ARGN ":" manifests)
+    set(environment
+        VK_ICD_FILENAMES=${manifests}
+        XDG_CACHE_HOME=${PROJECT_BINARY_DIR}/shader-cache
+        MESA_SHADER_CACHE_DIR=${PROJECT_BINARY_DIR}/shader-cache
+        LP_NUM_THREADS=1)
+    # Drivers forget memory, and Vulkan's loader unloads them: what is forgotten would be nobody's. Held by the program
+    # to its end, a driver is known to the leak sanitizer.
+    if(QUILLMERE_SANITIZE STREQUAL "address")
+        foreach(manifest IN LISTS ARGN)
+            file(READ ${manifest} json)
+            string(JSON library GET "${json}" ICD library_path)
+            list(APPEND libraries ${library})
+        endforeach()
+        list(JOIN libraries ":" libraries)
+        list(APPEND environment LD_PRELOAD=${libraries})
+    endif()
+    set(${variable} ${environment} PARENT_SCOPE)
+endfunction()
+
+# Tests that need a graphics processor have Mesa's software driver.
 set(QUILLMERE_GPU_TESTS OFF)
 if(QUILLMERE_VULKAN)
     file(GLOB software_driver /usr/share/vulkan/icd.d/lvp_icd*.json)
@@ -16,12 +38,8 @@ if(QUILLMERE_VULKAN)
     endif()
 endif()
 if(QUILLMERE_GPU_TESTS)
-    list(GET software_driver 0 software_driver)
-    set(QUILLMERE_SOFTWARE_GPU
-        VK_ICD_FILENAMES=${software_driver}
-        XDG_CACHE_HOME=${PROJECT_BINARY_DIR}/shader-cache
-        MESA_SHADER_CACHE_DIR=${PROJECT_BINARY_DIR}/shader-cache
-        LP_NUM_THREADS=1)
+    list(GET software_driver 0 QUILLMERE_SOFTWARE_DRIVER)
+    quillmere_gpu_environment(QUILLMERE_SOFTWARE_GPU ${QUILLMERE_SOFTWARE_DRIVER})
     # The same behind a layer that fails when a test says so; such a test links FaultyDriver.
     set(QUILLMERE_FAULTY_GPU_FOLDER ${PROJECT_BINARY_DIR}/faulty-driver)
     set(QUILLMERE_FAULTY_GPU ${QUILLMERE_SOFTWARE_GPU}
