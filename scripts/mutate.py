@@ -10,7 +10,8 @@ test has noticed is listed at the end and in build/mutate/survivors.txt: each ne
 a reason why the change makes no difference that a test could see.
 
 Takes some ten seconds of a processor for each mutant. What has been tried is kept in build/mutate/outcomes.jsonl, and a
-run that was stopped goes on from there, as long as neither the file that is broken nor the tests have changed.
+run that was stopped goes on from there. A file's mutants are tried again when it, its tests or what
+all tests share has changed.
 """
 
 import argparse
@@ -140,13 +141,22 @@ def tracked():
     return [name for name in listing.decode().split("\0") if (ROOT / name).is_file()]
 
 
-def stamps(files):
-    """For each file what its outcomes depend on, as far as it changes often: itself and all tests."""
-    tests = hashlib.sha256()
+# What the tests share.
+SHARED = {ROOT / "Tests" / name for name in ("Data", "Golden", "Support")}
+
+
+def stamp(file, noticers):
+    """What a file's outcomes depend on, as far as it changes often: itself, the folders whose programs should notice,
+    and what all tests share."""
+    named = re.compile(r"quillmere_add_test\((" + "|".join(map(program_of, noticers)) + r")\b")
+    folders = SHARED | {lists.parent for lists in (ROOT / "Tests").rglob("CMakeLists.txt")
+                        if named.search(lists.read_text(encoding="utf-8"))}
+    digest = hashlib.sha256((ROOT / file).read_bytes())
     for name in tracked():
-        if name.startswith("Tests/"):
-            tests.update(name.encode() + b"\0" + (ROOT / name).read_bytes())
-    return {file: hashlib.sha256((ROOT / file).read_bytes() + tests.digest()).hexdigest() for file in files}
+        path = ROOT / name
+        if path.parent in folders or not SHARED.isdisjoint(path.parents):
+            digest.update(name.encode() + b"\0" + path.read_bytes())
+    return digest.hexdigest()
 
 
 # A mutant that never ends, or takes ever more memory, is noticed, too.
@@ -219,7 +229,7 @@ class Survey:
     def __init__(self, pool, wanted, subjects):
         self.subjects = subjects
         self.wanted = wanted
-        self.stamps = stamps(subjects)
+        self.stamps = {file: stamp(file, noticers) for file, noticers in subjects.items()}
         self.known = {}
         if OUTCOMES.exists():
             for line in OUTCOMES.read_text().splitlines():
