@@ -76,6 +76,8 @@ def main():
         make_folders(work)
         environment = {"PATH": f"{programs}:{os.environ['PATH']}", "HOME": str(place), "LC_ALL": "C.UTF-8",
                        "VK_ICD_FILENAMES": "none"}
+        # What the sanitizers pass over, in a build that has them.
+        environment |= {name: value for name, value in os.environ.items() if name.endswith("SAN_OPTIONS")}
         # Without -v, a failure would not say which command it was.
         result = subprocess.run(["bash", "-euvo", "pipefail"], input="\n".join(blocks), cwd=work, env=environment,
                                 text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, check=False)
