@@ -1,9 +1,9 @@
 #include "QuillmereApp/PresetFolder.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <algorithm>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <system_error>
@@ -13,13 +13,14 @@
 #include "QuillmereCore/Util/AtomicFile.h"
 #include "QuillmereCore/Util/AtomicFolder.h"
 #include "QuillmereCore/Util/Failure.h"
+#include "QuillmereCore/Util/InputFile.h"
 
 namespace quillmere {
 namespace {
 
 const QString suffix = QStringLiteral(".json");
-constexpr qint64 largestFile = 1 << 16;  // bytes; twenty numbers need a few hundred
-constexpr qsizetype longestName = 200;   // bytes; file systems allow 255 with the suffix
+constexpr std::uint64_t largestFile = 1 << 16;  // bytes; twenty numbers need a few hundred
+constexpr qsizetype longestName = 200;          // bytes; file systems allow 255 with the suffix
 
 QString fileOf(const QString& folder, const QString& name) {
     return folder + QLatin1Char('/') + name + suffix;
@@ -27,13 +28,13 @@ QString fileOf(const QString& folder, const QString& name) {
 
 OwnPreset read(const QFileInfo& info) {
     OwnPreset preset{info.completeBaseName(), std::nullopt, {}, info.fileName()};
-    QFile file(info.filePath());
-    if (info.size() > largestFile || !file.open(QIODevice::ReadOnly)) {
-        preset.problem = Words::tr("The preset's file cannot be read.");
-        return preset;
-    }
     try {
-        preset.aesthetics = inRange(decodePreset(file.readAll().toStdString()));
+        InputFile file(toPath(info.filePath()));
+        if (file.size() > largestFile)
+            throw FileError(file.path(), std::make_error_code(std::errc::file_too_large));
+        preset.aesthetics = inRange(decodePreset(file.readAll()));
+    } catch (const FileError&) {
+        preset.problem = Words::tr("The preset's file cannot be read.");
     } catch (const Failure& failure) {
         preset.problem = Words::of(failure);
     }

@@ -6,8 +6,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -16,6 +14,7 @@
 #include "QuillmereCore/Util/Digest.h"
 #include "QuillmereCore/Util/Failure.h"
 #include "QuillmereCore/Util/HalfFloat.h"
+#include "QuillmereCore/Util/InputFile.h"
 #include "QuillmereCore/Util/JSONDocument.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -25,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view firstLine = "quillmere base 1\n";
-constexpr std::uintmax_t maxFileSize = 64 << 20;
+constexpr std::uint64_t maxFileSize = 64 << 20;
 
 struct Base {
     TaughtNetwork network;
@@ -37,16 +36,11 @@ Message damaged(const fs::path& file, const Message& problem) {
     return Message("{0}: {1}", file, problem);
 }
 
-std::string readFile(const fs::path& file) {
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(file, error);
-    if (error) throw FileError(file, error);
-    if (size > maxFileSize) throw CorruptModelError(damaged(file, Message("too large for a head start")));
-    std::ifstream stream(file, std::ios::binary);
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    if (!stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size())))
-        throw FileError(file, std::make_error_code(std::errc::io_error));
-    return bytes;
+std::string readFile(const fs::path& path) {
+    InputFile file(path);
+    if (file.size() > maxFileSize)
+        throw CorruptModelError(damaged(path, Message("too large for a head start")));
+    return file.readAll();
 }
 
 float weightAt(std::string_view halves, std::size_t index) {

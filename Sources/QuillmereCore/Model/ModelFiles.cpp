@@ -2,11 +2,9 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <bit>
-#include <cerrno>
 #include <cmath>
 #include <span>
 #include <system_error>
@@ -16,6 +14,7 @@
 #include "QuillmereCore/Model/VAEArchitecture.h"
 #include "QuillmereCore/Util/Descriptor.h"
 #include "QuillmereCore/Util/Digest.h"
+#include "QuillmereCore/Util/InputFile.h"
 #include "QuillmereCore/Util/JSONDocument.h"
 #include "QuillmereCore/Util/Text.h"
 
@@ -40,47 +39,6 @@ bool isMissing(const std::error_code& error) {
 }
 
 // ---- Files
-
-// A regular file open for reading whose size is known before anything is read.
-class InputFile {
-public:
-    // path: for messages.
-    InputFile(fs::path path, Descriptor descriptor)
-        : path_(std::move(path)), descriptor_(std::move(descriptor)) {
-        struct stat status {};
-        if (::fstat(descriptor_.get(), &status) != 0) throw FileError(path_, lastError());
-        if (S_ISDIR(status.st_mode)) throw FileError(path_, std::make_error_code(std::errc::is_a_directory));
-        if (!S_ISREG(status.st_mode)) throw FileError(path_, std::make_error_code(std::errc::not_supported));
-        size_ = static_cast<std::uint64_t>(status.st_size);
-    }
-
-    [[nodiscard]] const fs::path& path() const { return path_; }
-    [[nodiscard]] std::uint64_t size() const { return size_; }
-
-    // False if the file ends too early.
-    [[nodiscard]] bool read(std::span<std::byte> bytes) {
-        while (!bytes.empty()) {
-            const ssize_t count = ::read(descriptor_.get(), bytes.data(), bytes.size());
-            if (count < 0 && errno == EINTR) continue;
-            if (count < 0) throw FileError(path_, lastError());
-            if (count == 0) return false;
-            bytes = bytes.subspan(static_cast<std::size_t>(count));
-        }
-        return true;
-    }
-
-    // All of a file whose size has been found reasonable; less if it has been cut meanwhile.
-    [[nodiscard]] std::string readAll() {
-        std::string text(static_cast<std::size_t>(size_), '\0');
-        (void)read(std::as_writable_bytes(std::span(text)));  // what is cut short does not decode
-        return text;
-    }
-
-private:
-    fs::path path_;
-    Descriptor descriptor_;
-    std::uint64_t size_ = 0;
-};
 
 // A folder held by a handle, so that what is opened in it is in the same folder.
 class OpenFolder {

@@ -4,10 +4,10 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <iterator>
 
 #include "QuillmereCore/Util/AtomicFile.h"
+#include "QuillmereCore/Util/InputFile.h"
 #include "QuillmereCore/Util/Text.h"
 
 namespace quillmere::network::vulkan {
@@ -66,9 +66,15 @@ bool isCacheOf(std::span<const char> data, const VkPhysicalDeviceProperties& pro
                       std::begin(properties.pipelineCacheUUID));
 }
 
-std::vector<char> readAll(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+// Nothing if there is no such file, or none that could be a cache.
+std::string readCache(const std::filesystem::path& path) {
+    constexpr std::uint64_t largest = 256U << 20U;  // bytes; a real one has some thousands
+    try {
+        InputFile file(path);
+        return file.size() <= largest ? file.readAll() : std::string();
+    } catch (const FileError&) {
+        return {};  // pipelines are compiled again
+    }
 }
 
 }  // namespace
@@ -153,12 +159,12 @@ void Context::loadPipelines() {
     const MutexLock lock(pipelineMutex_);
     VkPhysicalDeviceProperties properties{};
     vkGetPhysicalDeviceProperties(physical_, &properties);
-    std::vector<char> data;
+    std::string data;
     if (const std::filesystem::path folder = cacheFolder(); !folder.empty()) {
         cacheFile_ = folder / ("pipelines-" + Text::hexadecimal(properties.pipelineCacheUUID) + "-" +
                                std::to_string(properties.vendorID) + "-" +
                                std::to_string(properties.deviceID) + ".bin");
-        data = readAll(cacheFile_);
+        data = readCache(cacheFile_);
         if (!isCacheOf(data, properties)) data.clear();
     }
     VkPipelineCacheCreateInfo info{};

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <filesystem>
 #include <fstream>
@@ -103,6 +104,18 @@ TEST(PipelineCache, ADamagedFileIsReplaced) {
     std::ofstream(file, std::ios::binary) << "no pipelines";
     compileSomething();
     EXPECT_EQ(std::filesystem::file_size(file), size);
+}
+
+// Nobody ever writes into this pipe.
+TEST(PipelineCache, APipeInItsPlaceIsReplaced) {
+    const testing::TempFolder folder;
+    const testing::EnvironmentVariable cache("XDG_CACHE_HOME", folder.path().string());
+    compileSomething();
+    const std::filesystem::path file = cachedPipelines(folder.path()).at(0);
+    std::filesystem::remove(file);
+    ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0);
+    compileSomething();
+    EXPECT_TRUE(std::filesystem::is_regular_file(file));
 }
 
 TEST(PipelineCache, AFolderThatCannotBeMadeIsDoneWithout) {
