@@ -7,7 +7,8 @@
 #
 # The thread sanitizer leaves out the programs with a whole desktop below them: GLib's and D-Bus's own threads
 # are not instrumented and drown it in reports. The application's own threads belong to AppModel and its parts,
-# whose tests stay.
+# whose tests stay. Its die_after_fork=0 lets the copies of a test that are made while other threads run begin
+# threads of their own.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

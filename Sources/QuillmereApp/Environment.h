@@ -31,7 +31,8 @@ struct Environment {
     QString homeFolder;                     // what "~" means
     bool followDesktop = true;              // ask the desktop for light or dark
 
-    // The options of a training run before they are used; empty: as they are.
+    // The options of a training run before they are used; empty: as they are. Called in the background, by
+    // several threads at once.
     std::function<TrainingOptions(TrainingOptions)> adjustTraining;
     // Called in the background whenever a run tells how far it has come (files, steps, variations), before it
     // goes on; empty: nobody watches. May be called from several threads.

@@ -182,7 +182,7 @@ private slots:
             model.setQualityIndex(quality);
             model.train();
             QVERIFY(waitUntilLearned(model));
-            QCOMPARE(world.requestedTraining.steps, steps.at(quality));
+            QCOMPARE(world.requestedTraining().steps, steps.at(quality));
         }
         model.setQualityIndex(3);
         QCOMPARE(model.quality(), Quality::thorough);
@@ -202,8 +202,8 @@ private slots:
             model.train();
             QVERIFY(waitUntilLearned(model));
             QVERIFY2(model.isReady(), qPrintable(learner.told.error));
-            QCOMPARE(world.requestedTraining.steps, info(quality).stepsFromStart);
-            QVERIFY(world.requestedTraining.start);
+            QCOMPARE(world.requestedTraining().steps, info(quality).stepsFromStart);
+            QVERIFY(world.requestedTraining().start);
             QVERIFY(model.bundle()->metadata.start->kind == ModelStart::Kind::headStart);
         }
         QCOMPARE(model.trainedQuality(), QStringLiteral("2 steps from a head start"));
@@ -273,7 +273,7 @@ private slots:
         model.setAnalysisIndex(2);
         model.train();
         QVERIFY(waitUntilLearned(model));
-        const TrainingOptions options = world.requestedTraining;
+        const TrainingOptions options = world.requestedTraining();
         QCOMPARE(options.batchSize, 16);
         QCOMPARE(options.learningRate, 0.001F);
         QCOMPARE(options.klWeight, 0.002F);

@@ -25,6 +25,7 @@
 #include "QuillmereApp/FolderLooks.h"
 #include "QuillmereApp/Support/Gate.h"
 #include "QuillmereCore/Audio/AudioIO.h"
+#include "QuillmereCore/Util/ThreadSafety.h"
 #include "Support/FakeMachine.h"
 #include "Support/Signals.h"
 #include "Support/SmallModel.h"
@@ -112,7 +113,10 @@ public:
         environment.homeFolder = path("home");
         environment.followDesktop = false;
         environment.adjustTraining = [this](const TrainingOptions& options) {
-            requestedTraining = options;
+            {
+                const MutexLock lock(requestedMutex_);
+                requestedTraining_ = options;
+            }
             return tiny(options);
         };
         environment.glimpseInterval = std::chrono::hours(1);
@@ -229,12 +233,11 @@ public:
     }
 
     // Steps of a test training; more make it last.
-    std::int64_t steps = 2;
+    std::atomic<std::int64_t> steps = 2;
 
     Environment environment;
     FakePlayer* player = nullptr;  // of the newest model
     FakeMachine machine;
-    TrainingOptions requestedTraining;
     QString clipboard;
     QUrl shownFolder;
     QList<QUrl> shownFiles;
@@ -243,6 +246,12 @@ public:
     std::atomic<bool> wantsJournal = true;
     // How often somebody has looked at what cutOff has cut off.
     std::shared_ptr<std::atomic<int>> looksAtDead = std::make_shared<std::atomic<int>>(0);
+
+    // The options of the newest training as they were before they were made tiny.
+    [[nodiscard]] TrainingOptions requestedTraining() const {
+        const MutexLock lock(requestedMutex_);
+        return requestedTraining_;
+    }
 
 private:
     [[nodiscard]] TrainingOptions tiny(TrainingOptions options) const {
@@ -253,6 +262,9 @@ private:
     }
 
     QTemporaryDir folder_;
+    // Learning and an audition before it ask in threads of their own.
+    mutable Mutex requestedMutex_;
+    TrainingOptions requestedTraining_ QUILLMERE_GUARDED_BY(requestedMutex_);
     std::shared_ptr<Gate> dead_ = std::make_shared<Gate>();  // outlives this for threads that are left behind
 };
 
