@@ -17,5 +17,5 @@ cmake --build --preset no-window --target ReliabilityTest BudgetTest HardeningTe
 export QUILLMERE_EVERY_ERROR=1 QUILLMERE_KILLS=200 QUILLMERE_MANY=20000 QUILLMERE_REMAKE_SETS=1000
 ctest --preset no-window --parallel "$(nproc)" --timeout 14400 --verbose \
     --tests-regex '(Fault|Kill|TwoPrograms|PowerCut|Isolation|Budget|Hardening|FuzzCorpus)Test|Remake\.' \
-    | grep -E 'faults|kills|remains|Failure|FAILED|Passed|\*\*\*|tests passed|tests failed'
+    | grep --line-buffered -E 'faults|kills|remains|Failure|FAILED|Passed|\*\*\*|tests passed|tests failed'
 ((seconds == 0)) || scripts/fuzz.sh "$seconds"

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <exception>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -25,12 +26,22 @@ std::optional<std::size_t> terminalWidth() {
     return size.ws_col;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runProgram(int argc, char** argv) {
     quillmere::Language::takeFromEnvironment(quillmere::Language::ownFolder());
     quillmere::cli::CancelFlag cancel;
     const quillmere::cli::SignalRoute route(cancel);
     const std::vector<std::string> arguments(argv + std::min(argc, 1), argv + argc);
     return quillmere::cli::run(arguments, {std::cout, std::cerr, terminalWidth}, cancel);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return runProgram(argc, argv);
+    } catch (const std::exception& error) {
+        // What the system refuses to a program before it knows its command: a thread, the first memory.
+        std::cerr << "quillmere-cli: " << error.what() << '\n';
+        return EXIT_FAILURE;
+    }
 }

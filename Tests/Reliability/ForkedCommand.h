@@ -68,8 +68,9 @@ public:
     }
 
 private:
+    // What is thrown ends the child: it must not go on as another copy of the tests.
     [[noreturn]] static void run(const std::vector<std::string>& arguments,
-                                 const std::function<void()>& prepare, int output) {
+                                 const std::function<void()>& prepare, int output) noexcept {
         constexpr unsigned longestRun = 120;  // seconds, on the busiest of machines
         ::alarm(longestRun);
         std::ostringstream out;

@@ -87,6 +87,7 @@ TEST_P(KillTest, AtRandomCalls) {
     std::mt19937 random(11);
     for (int i = 0; i < randomKills() && !HasFailure(); ++i)
         (void)runKilledAt(std::uniform_int_distribution<long>(1, calls)(random), isAny);
+    std::cout << randomKills() << " kills among " << calls << " calls\n";
 }
 
 // ---- Several at once
@@ -161,6 +162,7 @@ TEST_F(TwoProgramsTest, LearnGenerateAndRemoveInTheSameFolders) {
         expectOrder();
         expectAllClear();
     }
+    std::cout << randomKills() << " kills beside another program\n";
 }
 
 }  // namespace
