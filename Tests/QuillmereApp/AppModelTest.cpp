@@ -305,7 +305,7 @@ private slots:
             for (const QString& name : gone)
                 QVERIFY(QFile::remove(world.path(name)));
             app.train();
-            QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
+            QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, longestWait));
             QCOMPARE(notices.takeFirst().at(0).toString(),
                      (gone.size() == 1 ? QStringLiteral("1 file is") : QStringLiteral("2 files are")) +
                          " gone since the scan. The folder is scanned again; start once more then.");
@@ -325,7 +325,7 @@ private slots:
         QSignalSpy notices(&app, &AppModel::notice);
         QVERIFY(QDir(world.path("corpus")).removeRecursively());
         app.train();
-        QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return notices.count() > 0; }, longestWait));
         QVERIFY(notices.takeFirst().at(0).toString().startsWith("3 files are gone since the scan."));
         QVERIFY(waitUntilIdle(app));
         QVERIFY(!app.corpus()->hasSummary());
@@ -500,11 +500,11 @@ private slots:
         prepare(app, world.makeCorpus("Drums"));
         learning.close();
         app.train();
-        QVERIFY(QTest::qWaitFor([&] { return app.generation()->canAudition(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return app.generation()->canAudition(); }, longestWait));
         app.audition();
         app.cancel();
         QVERIFY(app.generation()->isCancelling());
-        QVERIFY(QTest::qWaitFor([&] { return !app.generation()->isAuditioning(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !app.generation()->isAuditioning(); }, longestWait));
         QVERIFY(app.playingURL().isEmpty());
         QVERIFY(app.isTraining() && !app.model()->isCancelling());
         app.cancel();
@@ -661,7 +661,7 @@ private slots:
         auto app = std::make_unique<AppModel>(world.environment);
         prepareToGenerate(*app, world, 100000);
         app->generate();
-        QVERIFY(QTest::qWaitFor([&] { return app->generation()->done() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return app->generation()->done() > 0; }, longestWait));
         QElapsedTimer clock;
         clock.start();
         app.reset();
@@ -680,7 +680,7 @@ private slots:
         app.generate([&] { returned = true; });
         QVERIFY(app.isTraining());
         QVERIFY(!app.isGenerating());
-        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, longestWait));
         QVERIFY(app.model()->isReady());
         QCOMPARE(app.results()->count(), 2);
         QVERIFY(!app.isBusy());
@@ -695,7 +695,7 @@ private slots:
         bool returned = false;
         app.generate([&] { returned = true; });
         app.cancel();
-        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, longestWait));
         QVERIFY(!app.isBusy());
         QVERIFY(!QFileInfo::exists(world.path("out")));
         QCOMPARE(app.errorMessage(), QString());
@@ -713,7 +713,7 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return app.model()->isLoading(); }));
         bool returned = false;
         app.generate([&] { returned = true; });
-        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, longestWait));
         QCOMPARE(training.count(), 0);
         QCOMPARE(app.results()->count(), 1);
     }
@@ -731,7 +731,7 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return app.model()->isLoading(); }));
         bool returned = false;
         app.generate([&] { returned = true; });
-        QVERIFY(QTest::qWaitFor([&] { return returned; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return returned; }, longestWait));
         QVERIFY(!app.isTraining());
         QVERIFY(!app.model()->problem().isEmpty());
         QCOMPARE(std::filesystem::file_size(weights), 100U);
@@ -1011,7 +1011,7 @@ private slots:
         QVERIFY(!app.errorMessage().isEmpty());
         QVERIFY(QFile::remove(manifest) && QFile::rename(folder + "/away", manifest));
         app.generate();  // finds it
-        QVERIFY(QTest::qWaitFor([&] { return app.results()->count() == 2; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return app.results()->count() == 2; }, longestWait));
         QVERIFY(waitUntilIdle(app));
         QVERIFY(!QFileInfo::exists(folder + ".kept") && !QFileInfo::exists(folder + ".damaged"));
     }

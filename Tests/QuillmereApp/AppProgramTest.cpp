@@ -252,7 +252,7 @@ private slots:
         QVERIFY(QFile::rename(run.world.path("corpus/hit1.wav"), run.world.path("corpus/hangs.wav")));
         run.process.setWorkingDirectory(run.world.path("."));
         run.start();
-        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(run.world.path("corpus/hangs.wav.tried")), 30000);
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(run.world.path("corpus/hangs.wav.tried")), longestWait);
         ::kill(static_cast<pid_t>(run.process.processId()), SIGTERM);
         QVERIFY(run.ends());
         QCOMPARE(run.process.exitStatus(), QProcess::NormalExit);

@@ -217,7 +217,7 @@ private slots:
         engine.load(QUrl("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml"));
         QCOMPARE(engine.rootObjects().size(), 1);
         auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().constFirst());
-        QVERIFY(QTest::qWaitForWindowExposed(window, 30000));
+        QVERIFY(QTest::qWaitForWindowExposed(window, longestWait));
         waitForAnswers(portal);
         const auto ground = [&] { return QColor(window->grabWindow().pixel(2, 2)).lightness(); };
         QTRY_VERIFY(ground() > 200);

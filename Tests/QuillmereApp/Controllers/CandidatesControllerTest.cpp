@@ -68,7 +68,7 @@ struct Studio {
         return numbers;
     }
     [[nodiscard]] bool waitUntilEnded() const {
-        return QTest::qWaitFor([&] { return !candidates.isTrying(); }, 30000);
+        return QTest::qWaitFor([&] { return !candidates.isTrying(); }, longestWait);
     }
 
     std::unique_ptr<network::Backend> cpu = network::makeCPUBackend();

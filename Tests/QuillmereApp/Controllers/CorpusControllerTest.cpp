@@ -26,7 +26,7 @@ struct Opener {
 };
 
 bool waitUntilScanned(const CorpusController& corpus) {
-    return QTest::qWaitFor([&] { return !corpus.isScanning(); }, 30000);
+    return QTest::qWaitFor([&] { return !corpus.isScanning(); }, longestWait);
 }
 
 void prepare(CorpusController& corpus, const QUrl& folder) {

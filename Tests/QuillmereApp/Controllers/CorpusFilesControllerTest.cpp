@@ -35,7 +35,7 @@ struct Reader {
     [[nodiscard]] bool read(const std::shared_ptr<const CorpusSummary>& corpus) {
         controller.setCorpus(corpus);
         controller.read();
-        return QTest::qWaitFor([this] { return !controller.isReading(); }, 30000);
+        return QTest::qWaitFor([this] { return !controller.isReading(); }, longestWait);
     }
     [[nodiscard]] QString at(int row, CorpusFilesModel::Role role) {
         return controller.files()->index(row).data(role).toString();

@@ -103,7 +103,7 @@ struct Studio {
 };
 
 bool waitUntilEnded(const GenerationController& runs) {
-    return QTest::qWaitFor([&] { return !runs.isGenerating() && !runs.isAuditioning(); }, 30000);
+    return QTest::qWaitFor([&] { return !runs.isGenerating() && !runs.isAuditioning(); }, longestWait);
 }
 
 void generateAndWait(Studio& studio) {
@@ -269,7 +269,7 @@ private slots:
         studio.folder = world.url("long");
         studio.count = 100000;
         studio.runs.generate();
-        QVERIFY(QTest::qWaitFor([&] { return studio.runs.done() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return studio.runs.done() > 0; }, longestWait));
         studio.runs.cancel();
         QVERIFY(studio.runs.isCancelling());
         QVERIFY(waitUntilEnded(studio.runs));
@@ -457,7 +457,7 @@ private slots:
         auto studio = std::make_unique<Studio>(world);
         studio->count = 100000;
         studio->runs.generate();
-        QVERIFY(QTest::qWaitFor([&] { return studio->runs.done() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return studio->runs.done() > 0; }, longestWait));
         QElapsedTimer clock;
         clock.start();
         studio.reset();
@@ -566,7 +566,7 @@ private slots:
         Studio studio(world);
         studio.count = 100000;
         studio.runs.generate();
-        QVERIFY(QTest::qWaitFor([&] { return studio.runs.done() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return studio.runs.done() > 0; }, longestWait));
         studio.runs.cancel();
         QVERIFY(waitUntilEnded(studio.runs));
         QCOMPARE(studio.told.notices.size(), 2);

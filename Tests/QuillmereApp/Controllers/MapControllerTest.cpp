@@ -20,7 +20,7 @@ namespace quillmere::testing {
 namespace {
 
 bool waitUntilReady(const MapController& map) {
-    return QTest::qWaitFor([&] { return map.isReady(); }, 30000);
+    return QTest::qWaitFor([&] { return map.isReady(); }, longestWait);
 }
 
 // A model with its map.
@@ -171,7 +171,7 @@ private slots:
         played.clear();
         for (std::size_t clip = 0; clip < 5; ++clip)
             auditionAt(clip);
-        QVERIFY(QTest::qWaitFor([&] { return played.count() == 2 && !mapped.app.isBusy(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return played.count() == 2 && !mapped.app.isBusy(); }, longestWait));
         deliverEvents();
         QCOMPARE(played.count(), 2);
         QVERIFY(bytes() == newest);
@@ -202,7 +202,7 @@ private slots:
         mapped.map().audition({0, 0});
         mapped.app.setCorpus(mapped.world.url("small"));
         const bool isOther = QTest::qWaitFor(
-            [&] { return mapped.app.bundle() && mapped.app.bundle()->latents.size() == 2; }, 30000);
+            [&] { return mapped.app.bundle() && mapped.app.bundle()->latents.size() == 2; }, longestWait);
         gate.open();
         QVERIFY(isOther);
         QVERIFY(waitUntilIdle(mapped.app));

@@ -47,7 +47,7 @@ struct Learner {
 
 // Waits until nothing is trained or loaded.
 bool waitUntilLearned(const ModelController& model) {
-    return QTest::qWaitFor([&] { return !model.isTraining() && !model.isLoading(); }, 30000);
+    return QTest::qWaitFor([&] { return !model.isTraining() && !model.isLoading(); }, longestWait);
 }
 
 void Learner::open(const QUrl& folder) {
@@ -327,7 +327,7 @@ private slots:
         const ModelBundle* before = model.bundle();
         world.steps = 1000000;
         model.train();
-        QVERIFY(QTest::qWaitFor([&] { return model.lossHistory()->count() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return model.lossHistory()->count() > 0; }, longestWait));
         model.cancelTraining();
         QVERIFY(model.isCancelling());
         QVERIFY(waitUntilLearned(model));
@@ -351,7 +351,7 @@ private slots:
         QSignalSpy finished(&model, &ModelController::trainingFinished);
         model.train();
         QVERIFY(!model.canStopHere());  // nothing learned yet
-        QVERIFY(QTest::qWaitFor([&] { return model.canStopHere(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return model.canStopHere(); }, longestWait));
         model.stopHere();
         QVERIFY(!model.canStopHere());
         QVERIFY(!model.isCancelling());
@@ -377,7 +377,7 @@ private slots:
         QObject::connect(&model, &ModelController::canStopHereChanged, &model,
                          [&] { told.push_back(model.canStopHere()); });
         model.train();
-        QVERIFY(QTest::qWaitFor([&] { return model.canStopHere(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return model.canStopHere(); }, longestWait));
         model.cancelTraining();
         QVERIFY(waitUntilLearned(model));
         QVERIFY(std::ranges::count(told, true) > 0);
@@ -398,7 +398,7 @@ private slots:
         ModelController& model = learner.model;
         learner.open(world.makeCorpus("corpus"));
         model.train();
-        QVERIFY(QTest::qWaitFor([&] { return isHeld && model.canStopHere(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return isHeld && model.canStopHere(); }, longestWait));
         model.stopHere();
         model.cancelTraining();
         gate.open();
@@ -417,12 +417,12 @@ private slots:
         learner.open(world.makeCorpus("corpus"));
         model.train();
         QVERIFY(!model.sound()->isThere());
-        QVERIFY(QTest::qWaitFor([&] { return model.sound()->isThere(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return model.sound()->isThere(); }, longestWait));
         const int first = model.sound()->step();
         QVERIFY(!model.sound()->picture().isNull());
         const auto info = AudioIO::info(toPath(model.sound()->url()));
         QVERIFY(info && info->duration > 0);
-        QVERIFY(QTest::qWaitFor([&] { return model.sound()->step() > first; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return model.sound()->step() > first; }, longestWait));
         model.cancelTraining();
         QVERIFY(waitUntilLearned(model));
         QVERIFY(!model.sound()->isThere());
@@ -454,9 +454,9 @@ private slots:
         Learner learner(world);
         learner.open(world.makeCorpus("corpus"));
         learner.model.train();
-        QVERIFY(QTest::qWaitFor([&] { return !learner.told.notices.isEmpty(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !learner.told.notices.isEmpty(); }, longestWait));
         const int steps = learner.model.step();
-        QVERIFY(QTest::qWaitFor([&] { return learner.model.step() > steps + 30; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return learner.model.step() > steps + 30; }, longestWait));
         learner.model.cancelTraining();
         QVERIFY(waitUntilLearned(learner.model));
         QCOMPARE(learner.told.notices.size(), 1);
@@ -482,7 +482,7 @@ private slots:
         auto learner = std::make_unique<Learner>(world);
         learner->open(world.makeCorpus("corpus"));
         learner->model.train();
-        QVERIFY(QTest::qWaitFor([&] { return learner->model.lossHistory()->count() > 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return learner->model.lossHistory()->count() > 0; }, longestWait));
         QElapsedTimer clock;
         clock.start();
         learner.reset();
@@ -550,13 +550,13 @@ private slots:
         model.storeAgain();  // it is still there
         QVERIFY(model.isStoring());
         QCOMPARE(learner.told.error, QString());
-        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, longestWait));
         QVERIFY(model.isUnstored());
         QVERIFY2(learner.told.error.contains("Models"), qPrintable(learner.told.error));
 
         QFile::remove(root);
         model.storeAgain();
-        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, longestWait));
         QVERIFY(!model.isUnstored());
         QCOMPARE(learner.told.error, QString());
         QCOMPARE(learner.told.notices.last(), QStringLiteral("The model is stored."));
@@ -573,7 +573,7 @@ private slots:
         model.setKeepsSounds(true);
         QVERIFY(unstorable.learn());
         model.storeAgain();
-        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, longestWait));
         QVERIFY(KeptSounds::open(*model.bundle(), model.storedFolder()).has_value());
     }
 
@@ -586,7 +586,7 @@ private slots:
         watchFiles({learner.summary->directory,
                     [](const FileCall& call) { return call.kind == FileCall::Kind::open ? EIO : 0; }});
         model.storeAgain();
-        const bool isDone = QTest::qWaitFor([&] { return !model.isStoring(); }, 30000);
+        const bool isDone = QTest::qWaitFor([&] { return !model.isStoring(); }, longestWait);
         watchFilesNoMore();
         QVERIFY(isDone);
         QVERIFY(!model.isUnstored());
@@ -606,7 +606,7 @@ private slots:
         const auto folder = ModelStore::directory(*learner.summary, learner.root);
         model.forget();
         QVERIFY(!model.isReady());
-        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, longestWait));
         QVERIFY(!model.isUnstored());
         QVERIFY(ModelStore::isStored(folder));
     }
@@ -621,14 +621,14 @@ private slots:
         const auto folder = ModelStore::directory(*learner.summary, learner.root);
         const auto weights = model.bundle()->weights;
         model.forget();
-        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !model.isStoring(); }, longestWait));
         QVERIFY(!model.isReady() && model.isUnstored());
         QCOMPARE(model.unstoredText(),
                  QStringLiteral("The model of corpus is not stored yet. It is lost when the program ends."));
         // Tried again whenever a folder is chosen.
         QFile::remove(root);
         model.forget();
-        QVERIFY(QTest::qWaitFor([&] { return !model.isUnstored(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !model.isUnstored(); }, longestWait));
         QVERIFY(ModelStore::open(folder).weights == weights);
         QCOMPARE(model.unstoredText(), QString());
     }

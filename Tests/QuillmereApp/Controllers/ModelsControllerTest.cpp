@@ -11,7 +11,7 @@ namespace quillmere::testing {
 namespace {
 
 bool waitUntilSeen(const ModelsController& models) {
-    return QTest::qWaitFor([&] { return !models.isLooking(); }, 30000);
+    return QTest::qWaitFor([&] { return !models.isLooking(); }, longestWait);
 }
 
 QVariantMap at(const ModelsController& models, int row) {
@@ -107,7 +107,7 @@ private slots:
     void opensTheFolderWithItsModel() {
         TwoModels two;
         two.models().open(two.row("First"));
-        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, longestWait));
         QVERIFY(waitUntilIdle(two.app));
         QVERIFY(two.app.model()->isReady());
         QCOMPARE(two.app.bundle()->metadata.corpusName, std::string("First"));
@@ -120,7 +120,7 @@ private slots:
         QSignalSpy notices(&two.app, &AppModel::notice);
         QFile::copy(two.world.path("First/hit0.wav"), two.world.path("First/one more.wav"));
         two.models().open(two.row("First"));
-        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, longestWait));
         QVERIFY(waitUntilIdle(two.app));
         QVERIFY(two.app.model()->isReady());
         QCOMPARE(two.app.bundle()->metadata.clipNames.size(), 3U);
@@ -136,7 +136,7 @@ private slots:
         TwoModels two;
         QDir(two.world.path("First")).removeRecursively();
         two.models().open(two.row("First"));
-        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, longestWait));
         QVERIFY2(two.app.errorMessage().startsWith("There is no folder"), qPrintable(two.app.errorMessage()));
         QCOMPARE(two.app.corpusURL(), two.world.url("Second"));
     }
@@ -157,13 +157,13 @@ private slots:
         TwoModels two;
         const QVariantMap before = at(two.models(), two.row("First"));
         two.models().remove(two.row("First"));
-        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 1; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 1; }, longestWait));
         QCOMPARE(two.models().removedName(), QStringLiteral("First"));
         QCOMPARE(ModelStore::list(two.world.environment.modelsRoot).size(), 1U);
         QCOMPARE(QDir(two.world.path("trash/files")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
 
         two.models().restore();
-        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 2; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 2; }, longestWait));
         QCOMPARE(at(two.models(), two.row("First")), before);
         QCOMPARE(two.models().removedName(), QString());
     }
@@ -176,17 +176,17 @@ private slots:
         for (const char* name : {"First", "Second"}) {
             two.models().remove(two.row(name));
             two.models().remove(two.row(name));  // on its way already
-            QVERIFY(QTest::qWaitFor([&] { return two.row(name) < 0; }, 30000));
+            QVERIFY(QTest::qWaitFor([&] { return two.row(name) < 0; }, longestWait));
         }
         AppModelProbe::waitForWork(two.models());
         deliverEvents();
         QCOMPARE(two.app.errorMessage(), QString());
         QCOMPARE(two.models().removedName(), QStringLiteral("Second"));
         two.models().restore();
-        QVERIFY(QTest::qWaitFor([&] { return two.row("Second") >= 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.row("Second") >= 0; }, longestWait));
         QCOMPARE(two.models().removedName(), QStringLiteral("First"));
         two.models().restore();
-        QVERIFY(QTest::qWaitFor([&] { return two.row("First") >= 0; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.row("First") >= 0; }, longestWait));
         QCOMPARE(two.models().removedName(), QString());
     }
 
@@ -204,7 +204,7 @@ private slots:
         }
         QCOMPARE(at(two.models(), older).value("name").toString(), QStringLiteral("First"));
         two.models().open(older);
-        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.app.corpusURL() == two.world.url("First"); }, longestWait));
         QVERIFY(waitUntilIdle(two.app));
         QCOMPARE(two.app.bundle()->metadata.clipNames.size(), 3U);
         // Scanned again, the folder has the model of its present samples.
@@ -233,7 +233,7 @@ private slots:
         QVERIFY(at(two.models(), two.row(name)).value("isRemains").toBool());
         QVERIFY(!at(two.models(), two.row("First")).value("isRemains").toBool());
         two.models().remove(two.row(name));
-        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 2; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 2; }, longestWait));
         QVERIFY(!QFileInfo::exists(remains));
         QCOMPARE(two.app.errorMessage(), QString());
         QCOMPARE(two.models().removedName(), QString());  // nothing that could come back
@@ -253,7 +253,7 @@ private slots:
         TwoModels two;
         two.world.hasTrash = false;
         two.models().remove(two.row("First"));
-        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, longestWait));
         QVERIFY(two.app.errorMessage().startsWith("The model could not be moved to the trash."));
         QCOMPARE(ModelStore::list(two.world.environment.modelsRoot).size(), 2U);
     }
@@ -261,10 +261,10 @@ private slots:
     void bringsNothingBackOverANewerModel() {
         TwoModels two;
         two.models().remove(two.row("First"));
-        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 1; }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return two.models().models().size() == 1; }, longestWait));
         prepareTrained(two.app, two.world.url("First"));
         two.models().restore();
-        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return !two.app.errorMessage().isEmpty(); }, longestWait));
         QCOMPARE(QDir(two.world.path("trash/files")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
         QCOMPARE(two.models().removedName(), QStringLiteral("First"));
     }

@@ -41,7 +41,7 @@ struct Studio {
         return !tile(place).value("peaks").value<QList<qreal>>().isEmpty();
     }
     [[nodiscard]] bool waitUntilRendered() const {
-        return QTest::qWaitFor([&] { return !sweep.isRendering(); }, 30000);
+        return QTest::qWaitFor([&] { return !sweep.isRendering(); }, longestWait);
     }
     [[nodiscard]] QStringList texts() const {
         QStringList found;
@@ -226,7 +226,7 @@ private slots:
         app.character()->parameters()->setValue("pitch", 12);
         app.generation()->follow();
         app.generation()->follow();
-        QVERIFY(QTest::qWaitFor([&] { return heard.count() == 1 && !app.isBusy(); }, 30000));
+        QVERIFY(QTest::qWaitFor([&] { return heard.count() == 1 && !app.isBusy(); }, longestWait));
         deliverEvents();
         QCOMPARE(heard.count(), 1);
         const QByteArray last =

@@ -24,7 +24,7 @@ struct MapProgram {
     MapProgram() : app(world.environment) {
         prepareTrained(app, world.makeCorpus("corpus", 6));
         app.map()->setShown(true);
-        QVERIFY(QTest::qWaitFor([this] { return app.map()->isReady(); }, 30000));
+        QVERIFY(QTest::qWaitFor([this] { return app.map()->isReady(); }, longestWait));
         engine.setInitialProperties({{"app", QVariant::fromValue(&app)}});
         engine.load(QUrl("qrc:/qt-project.org/imports/QuillmereApp/qml/Main.qml"));
         QVERIFY(!engine.rootObjects().isEmpty());
@@ -49,7 +49,7 @@ struct MapProgram {
         return {};
     }
     [[nodiscard]] bool plays(const QUrl& file) const {
-        return QTest::qWaitFor([&] { return app.playingURL() == file; }, 30000);
+        return QTest::qWaitFor([&] { return app.playingURL() == file; }, longestWait);
     }
 
     TestWorld world;
