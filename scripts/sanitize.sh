@@ -43,6 +43,6 @@ for preset in "${presets[@]}"; do
     cmake --preset "$preset" -D QUILLMERE_BUILD_APP="$app" -D QUILLMERE_BUILD_TESTS=ON
     cmake --build --preset "$preset" --target "$target"
     desktop=()
-    [[ $preset == tsan ]] && desktop=(--exclude-regex '^(Window\.|AppProgramTest|EndToEnd|AppearanceTest)')
+    [[ $preset == tsan ]] && desktop=(--exclude-regex '^(Window\.|AppProgramTest|EndToEnd|AppearanceTest|DragTest|MapPointerTest)')
     ctest --preset "$preset" --parallel "$(nproc)" "${selection[@]}" "${desktop[@]}" "$@"
 done
