@@ -7,8 +7,8 @@
 #
 # The thread sanitizer leaves out the programs with a whole desktop below them: GLib's and D-Bus's own threads
 # are not instrumented and drown it in reports. The application's own threads belong to AppModel and its parts,
-# whose tests stay. Its die_after_fork=0 lets the copies of a test that are made while other threads run begin
-# threads of their own.
+# whose tests stay. Its die_after_fork=0 is for copies that libraries make of a test that has threads, on
+# their way to another program.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
