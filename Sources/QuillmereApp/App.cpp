@@ -37,6 +37,7 @@
 #include "QuillmereApp/GraphicsDevice.h"
 #include "QuillmereApp/WindowLanguage.h"
 #include "QuillmereCore/Util/Language.h"
+#include "QuillmereCore/Util/StandardStreams.h"
 
 Q_IMPORT_QML_PLUGIN(QuillmereAppPlugin)
 
@@ -237,5 +238,6 @@ int run(int argc, char** argv) {
 }  // namespace quillmere
 
 int main(int argc, char** argv) {
+    quillmere::occupyStandardStreams();
     return quillmere::run(argc, argv);
 }

@@ -13,6 +13,7 @@
 #include "QuillmereCLI/Cancellation.h"
 #include "QuillmereCLI/CommandLine.h"
 #include "QuillmereCore/Util/Language.h"
+#include "QuillmereCore/Util/StandardStreams.h"
 
 namespace {
 
@@ -37,6 +38,7 @@ int runProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    quillmere::occupyStandardStreams();
     try {
         return runProgram(argc, argv);
     } catch (const std::exception& error) {

@@ -1,10 +1,13 @@
 // The installed program as a child process: what only a whole process can show.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <sstream>
+#include <string>
 
 #include <nlohmann/json.hpp>
 
@@ -202,6 +205,17 @@ TEST_F(ProgramTest, AFullDiskBehindStandardOutputIsAFailure) {
     const auto result = Program({cli, "parameters"}, {}, "/dev/full").finish();
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_TRUE(result.err.starts_with("quillmere-cli: ")) << result.err;
+}
+
+// Files that took their numbers would be written into by whatever is said.
+TEST_F(ProgramTest, ClosedStreamsAreOccupied) {
+    Program program(trainArguments("10000000"), {}, nullptr, {STDIN_FILENO, STDOUT_FILENO});
+    ASSERT_TRUE(program.waitFor("Training"));
+    const std::filesystem::path open = std::filesystem::path("/proc") / std::to_string(program.id()) / "fd";
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO})
+        EXPECT_EQ(std::filesystem::read_symlink(open / std::to_string(stream)), "/dev/null");
+    program.signal(SIGINT);
+    EXPECT_EQ(program.finish().exitCode, 130);
 }
 
 TEST_F(ProgramTest, AClosedPipeIsAFailureAndNoCrash) {

@@ -26,9 +26,10 @@ public:
     };
 
     // arguments[0] is the program's path. environment: more variables, as NAME=value.
-    // outputFile: where standard output goes instead.
+    // outputFile: where standard output goes instead. closed: standard streams that it is started without.
     explicit Program(const std::vector<std::string>& arguments,
-                     const std::vector<std::string>& environment = {}, const char* outputFile = nullptr)
+                     const std::vector<std::string>& environment = {}, const char* outputFile = nullptr,
+                     const std::vector<int>& closed = {})
         : out_(makePipe()), err_(makePipe()) {
         std::vector<char*> argv = pointers(arguments);
         std::vector<char*> envp = pointers(environment);
@@ -46,6 +47,8 @@ public:
             posix_spawn_file_actions_adddup2(&actions, out_[1], STDOUT_FILENO);
         }
         posix_spawn_file_actions_adddup2(&actions, err_[1], STDERR_FILENO);
+        for (const int stream : closed)
+            posix_spawn_file_actions_addclose(&actions, stream);
         const int error = posix_spawn(&id_, argv[0], &actions, nullptr, argv.data(), envp.data());
         posix_spawn_file_actions_destroy(&actions);
         ::close(out_[1]);
@@ -63,6 +66,7 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
+    [[nodiscard]] pid_t id() const noexcept { return id_; }
     void signal(int number) const { ::kill(id_, number); }
 
     // Reads no more of standard output: the program's next write meets a closed pipe.
