@@ -39,10 +39,10 @@ std::size_t many() {
 
 // In the child. Memory that it writes to, stacks of its threads included: half a gibibyte for all samples
 // that are decoded at once, and a small network. A hundredth of a second for each of many files on top of a
-// minute.
+// minute, of a program as users have it.
 void keepTheBudget() {
     limit(RLIMIT_DATA, 768 * mebi);
-    limit(RLIMIT_CPU, 60 + many() / 100);
+    limit(RLIMIT_CPU, (60 + many() / 100) * QUILLMERE_SLOWNESS);
     limit(RLIMIT_NOFILE, 64);
 }
 
